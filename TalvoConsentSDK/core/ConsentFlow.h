@@ -1,0 +1,37 @@
+#pragma once
+
+// From a choice to a stored and submitted consent: the payloads, and the two ways of sending one.
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/network/APIClient.h"
+#include "TalvoConsentSDK/platform/Task.h"
+#include "TalvoConsentSDK/storage/ConsentStorage.h"
+
+namespace TalvoConsentSDK {
+
+/// The payload of a consent that somebody chose; `shown` is the customization that its analytics tell of.
+FullConsent explicitPayload(const BasicConsent& consent, const std::optional<BannerCustomization>& shown,
+                            std::optional<std::string> userId, std::string siteId);
+
+/// The payload of a consent given without a choice: everything accepted.
+FullConsent implicitPayload(std::optional<std::string> userId, std::string siteId);
+
+/// Sends `payload`, as an update or a new consent, and stores `consent` once the service has taken it. Throws
+/// the client's error, having stored nothing.
+Task<ConsentResponse> sendAndStore(std::shared_ptr<APIClient> apiClient,
+                                   std::shared_ptr<ConsentStorage> storage, FullConsent payload,
+                                   bool isUpdate, BasicConsent consent);
+
+/// Sends an implicit consent and stores it, unless somebody has decided while it was under way. A failure is
+/// printed.
+Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient,
+                                 std::shared_ptr<ConsentStorage> storage, std::string siteId,
+                                 std::optional<std::string> userId);
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,210 @@
+#include "TalvoConsentSDK/core/CookiesSDK.h"
+
+#include <mutex>
+#include <utility>
+
+#include "TalvoConsentSDK/core/ConsentFlow.h"
+#include "TalvoConsentSDK/core/CookiesSDKState.h"
+#include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
+#include "TalvoConsentSDK/platform/Printer.h"
+#include "TalvoConsentSDK/platform/Spawn.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+// Never destroyed: threads may still ask for the instance while the process exits.
+struct SharedInstance {
+  std::mutex lock;
+  std::shared_ptr<CookiesSDK> instance;
+
+  static SharedInstance& slot() {
+    static SharedInstance& shared = *new SharedInstance;
+    return shared;
+  }
+};
+
+using APIClientPointer = std::shared_ptr<APIClient>;
+using StoragePointer = std::shared_ptr<ConsentStorage>;
+using EventManagerPointer = std::shared_ptr<ConsentEventManager>;
+
+Task<void> fetchConfiguration(APIClientPointer apiClient, StoragePointer storage, std::string siteId) {
+  SiteConfiguration configuration;
+  try {
+    auto request = apiClient->fetchConfiguration();
+    configuration = co_await std::move(request);
+  } catch (...) {
+    print(std::string("Failed to fetch configuration on init: ") + Error::current().what());
+    co_return;
+  }
+  if (configuration.implicitConsent.value_or(false) && !storage->loadConsent()) {
+    auto submission = submitImplicitConsent(apiClient, storage, siteId, std::nullopt);
+    co_await std::move(submission);
+  }
+}
+
+// Tells whether the service knows a consent of the user; a failure is printed and counts as known, so that
+// nothing is given implicitly in its place.
+Task<bool> storeIdentifiedConsent(APIClientPointer apiClient, StoragePointer storage, std::string userId,
+                                  std::optional<std::string> consentId) {
+  try {
+    auto request = apiClient->fetchIdentifiedConsent(std::move(userId), std::move(consentId));
+    const std::optional<FullConsent> payload = co_await std::move(request);
+    if (payload) storage->saveConsent(payload->toBasicConsent());
+    co_return payload.has_value();
+  } catch (...) {
+    print(std::string("Error fetching identified consent: ") + Error::current().what());
+    co_return true;
+  }
+}
+
+Task<void> restoreIdentity(APIClientPointer apiClient, StoragePointer storage, std::string userId,
+                           std::optional<std::string> consentId) {
+  auto identified = storeIdentifiedConsent(apiClient, storage, std::move(userId), std::move(consentId));
+  co_await std::move(identified);
+}
+
+Task<void> completeIdentification(APIClientPointer apiClient, std::string siteId, StoragePointer storage,
+                                  std::string userId, std::optional<std::string> consentId, bool implicit,
+                                  EventManagerPointer eventManager) {
+  auto identified = storeIdentifiedConsent(apiClient, storage, userId, std::move(consentId));
+  const bool isKnown = co_await std::move(identified);
+  if (!isKnown && implicit) {
+    auto submission = submitImplicitConsent(apiClient, storage, std::move(siteId), std::move(userId));
+    co_await std::move(submission);
+  }
+  eventManager->trigger(ConsentEvent::identificationComplete);
+}
+
+Task<void> warmUp(APIClientPointer apiClient, std::string language) {
+  try {
+    auto customization = apiClient->fetchBannerCustomization(language);
+    co_await std::move(customization);
+    auto services = apiClient->fetchServices(language);
+    co_await std::move(services);
+  } catch (...) {
+    print(std::string("Failed to pre-fetch data with new language: ") + Error::current().what());
+  }
+}
+
+Task<ConsentResponse> submitAndAnnounce(APIClientPointer apiClient, StoragePointer storage,
+                                        EventManagerPointer eventManager, FullConsent payload, bool isUpdate,
+                                        BasicConsent consent) {
+  auto submission =
+      sendAndStore(std::move(apiClient), std::move(storage), std::move(payload), isUpdate, consent);
+  ConsentResponse response = co_await std::move(submission);
+  std::vector<ConsentEvent> events = consent.consentEvents();
+  events.push_back(ConsentEvent::consentSent);
+  eventManager->trigger(events);
+  co_return response;
+}
+
+}  // namespace
+
+std::shared_ptr<CookiesSDK> CookiesSDK::createInstance(const std::string& apiUrl, const std::string& siteId) {
+  SharedInstance& shared = SharedInstance::slot();
+  const std::scoped_lock guard(shared.lock);
+  if (!shared.instance) shared.instance.reset(new CookiesSDK(apiUrl, siteId));
+  return shared.instance;
+}
+
+std::shared_ptr<CookiesSDK> CookiesSDK::getInstance() {
+  SharedInstance& shared = SharedInstance::slot();
+  const std::scoped_lock guard(shared.lock);
+  return shared.instance;
+}
+
+CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
+    : platform(Platform::current()),
+      apiClient(std::make_shared<APIClient>(
+          apiUrl, site, std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background))),
+      siteId(site),
+      storage(std::make_shared<ConsentStorage>(site, platform.userDefaults)),
+      storedConsent(storage->loadConsent()),
+      userId(storage->loadUserId()) {}
+
+CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
+    : state_(std::make_unique<State>(apiUrl, siteId)) {
+  const State& state = *state_;
+  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.storage, siteId));
+  if (auto userId = state.storage->loadUserId()) {
+    const auto consent = state.storage->loadConsent();
+    spawn(state.platform.mainActor, restoreIdentity(state.apiClient, state.storage, *std::move(userId),
+                                                    consent ? consent->id : std::nullopt));
+  }
+}
+
+CookiesSDK::~CookiesSDK() = default;
+
+void CookiesSDK::setLanguage(const std::string& language) {
+  State& state = *state_;
+  if (language == state.language) return;
+  state.language = language;
+  state.cachedCustomization.reset();
+  state.cachedServices.reset();
+  spawn(state.platform.mainActor, warmUp(state.apiClient, language));
+}
+
+std::optional<BasicConsent> CookiesSDK::getConsent() const {
+  return state_->storage->loadConsent();
+}
+
+void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completion) {
+  spawn(state_->platform.background, submission(consent), std::move(completion));
+}
+
+Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
+  return submission(consent).on(state_->platform.background);
+}
+
+Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
+  const State& state = *state_;
+  return submitAndAnnounce(state.apiClient, state.storage, state.eventManager,
+                           explicitPayload(consent, state.cachedCustomization, state.userId, state.siteId),
+                           state.storedConsent.has_value(), consent);
+}
+
+void CookiesSDK::identify(const std::string& userId) {
+  State& state = *state_;
+  if (!state.userId && state.storedConsent) state.storage->saveOriginalConsent(*state.storedConsent);
+  if (state.storedConsent && state.userId != userId) {
+    state.storedConsent->id.reset();
+    state.storage->saveConsent(*state.storedConsent);
+  }
+  state.userId = userId;
+  state.storage->saveUserId(userId);
+
+  const auto consentId = state.storedConsent ? state.storedConsent->id : std::nullopt;
+  const bool implicit =
+      state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
+  spawn(state.platform.mainActor, completeIdentification(state.apiClient, state.siteId, state.storage, userId,
+                                                         consentId, implicit, state.eventManager));
+}
+
+void CookiesSDK::removeIdentity() {
+  State& state = *state_;
+  state.userId.reset();
+  state.storage->removeUserId();
+  if (auto original = state.storage->loadOriginalConsent()) {
+    state.storedConsent = std::move(original);
+    state.storage->saveConsent(*state.storedConsent);
+  } else if (state.storedConsent) {
+    state.storedConsent->id.reset();
+    state.storage->saveConsent(*state.storedConsent);
+  }
+  state.storage->removeOriginalConsent();
+}
+
+void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {
+  state_->eventManager->addListener(event, std::move(callback));
+}
+
+void CookiesSDK::removeEventListener(ConsentEvent event) {
+  state_->eventManager->removeListeners(event);
+}
+
+void CookiesSDK::removeAllEventListeners() {
+  state_->eventManager->removeAllListeners();
+}
+
+}  // namespace TalvoConsentSDK

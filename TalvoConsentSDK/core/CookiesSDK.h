@@ -1,0 +1,95 @@
+#pragma once
+
+// The client for one site's cookie consent: a host's single entry point.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/core/ConsentEvent.h"
+#include "TalvoConsentSDK/core/ConsentEventCallback.h"
+#include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/platform/Task.h"
+
+namespace TalvoConsentSDK {
+
+/// Asks for consent, keeps it on the device, reports it to the service and tells listeners. One instance
+/// exists per process, bound to the site it was first created for; it is never destroyed.
+///
+/// Install a Platform before creating it. Call its operations on the main thread. Work done in the background
+/// that fails prints one line to standard output and changes nothing. What a callback throws is contained and
+/// printed.
+class CookiesSDK {
+ public:
+  /// Called once, with the service's answer or why there is none.
+  using Completion = std::function<void(Result<ConsentResponse>)>;
+
+  /// The process's instance, created on the first call; the arguments of later calls are ignored. `apiUrl` is
+  /// the consent service's base URL, with or without a trailing slash. Reads the device's store; then, on the
+  /// main actor, fetches the site's configuration, gives implicit consent if the site asks for it and nothing
+  /// is stored, and fetches the consent of a user who is still identified. Safe from any thread.
+  static std::shared_ptr<CookiesSDK> createInstance(const std::string& apiUrl, const std::string& siteId);
+
+  /// The process's instance, or null before the first `createInstance`. Safe from any thread.
+  static std::shared_ptr<CookiesSDK> getInstance();
+
+  ~CookiesSDK();
+  CookiesSDK(const CookiesSDK&) = delete;
+  CookiesSDK& operator=(const CookiesSDK&) = delete;
+
+  /// The language of the banner and the services from now on, as the service knows it; "en" at first.
+  void setLanguage(const std::string& language);
+
+  /// The consent stored on the device now, also when background work has changed it; nothing when none is.
+  std::optional<BasicConsent> getConsent() const;
+
+  /// Sends a consent to the service: created when none was stored as the instance came to be, else updated.
+  /// On success the consent is stored as given, its events are raised, then `consentSent`, and `completion`
+  /// is called, all on a background thread. On failure nothing is stored or raised.
+  void submitConsent(const BasicConsent& consent, Completion completion);
+
+  /// The same as a task, which returns the answer or throws an Error. The consent is judged now, and sent
+  /// when the task is awaited. The awaiter goes on on its own executor, in the background if it has none.
+  Task<ConsentResponse> submitConsent(const BasicConsent& consent);
+
+  /// Ties the consent to a user the host knows. The anonymous consent is kept aside; then, on the main actor,
+  /// the consent that the service keeps for the user is fetched and stored, and `identificationComplete` is
+  /// raised, after a failure too.
+  void identify(const std::string& userId);
+
+  /// Forgets the user and restores the consent kept aside. No network, no event.
+  void removeIdentity();
+
+  /// Fetches what the banner needs and shows it above the host's windows; returns at once. Nothing is shown,
+  /// and nobody told, while the host has no window in the foreground. Each closure is called on the main
+  /// actor:
+  /// - `onAcceptAll`, `onRejectAll`: the decision has been submitted and stored;
+  /// - `onManagePreferences`: preferences the person has chosen have been submitted and stored, or the person
+  ///   asked for preferences that the host is to show;
+  /// - `onError`: the banner could not be shown, or a decision not be submitted, in which case nothing was
+  ///   stored.
+  /// Closing the banner stores nothing and calls none. A decision raises no event.
+  void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
+                  std::function<void()> onManagePreferences, std::function<void(Error)> onError);
+
+  /// Registers a listener behind the event's others; it is held until removed.
+  void addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);
+
+  /// Drops all listeners of one event, or of every event.
+  void removeEventListener(ConsentEvent event);
+  void removeAllEventListeners();
+
+ private:
+  struct State;
+
+  CookiesSDK(const std::string& apiUrl, const std::string& siteId);
+
+  Task<ConsentResponse> submission(const BasicConsent& consent) const;
+
+  const std::unique_ptr<State> state_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,36 @@
+#pragma once
+
+// What a CookiesSDK holds. Background tasks get copies of what they need of it, never the instance.
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/core/ConsentEventManager.h"
+#include "TalvoConsentSDK/core/CookiesSDK.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/Services.h"
+#include "TalvoConsentSDK/models/SiteConfiguration.h"
+#include "TalvoConsentSDK/network/APIClient.h"
+#include "TalvoConsentSDK/platform/Platform.h"
+#include "TalvoConsentSDK/storage/ConsentStorage.h"
+
+namespace TalvoConsentSDK {
+
+struct CookiesSDK::State {
+  State(const std::string& apiUrl, const std::string& site);
+
+  const Platform platform;
+  const std::shared_ptr<APIClient> apiClient;
+  const std::string siteId;
+  const std::shared_ptr<ConsentStorage> storage;
+  std::optional<BannerCustomization> cachedCustomization;  // the caches are read, never filled
+  std::optional<Services> cachedServices;
+  std::optional<SiteConfiguration> cachedConfiguration;
+  std::optional<BasicConsent> storedConsent;  // as at creation; only identify and removeIdentity change it
+  std::string language = "en";
+  std::optional<std::string> userId;
+  const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
+};
+
+}  // namespace TalvoConsentSDK

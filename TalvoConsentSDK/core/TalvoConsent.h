@@ -1,0 +1,47 @@
+#pragma once
+
+// The client for one person's choices on numbered topics. It has no storage, no banner and no events.
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/platform/Result.h"
+
+namespace TalvoConsentSDK {
+
+class HTTPClient;
+
+/// Submits choices on the topics of one collection point. One instance exists per process; it is never
+/// destroyed. Install a Platform before asking for it. Safe from any thread.
+class TalvoConsent {
+ public:
+  /// Called once, on the session's thread, with the service's reply, an `HTTPClientError`, or a
+  /// `PlatformError` of domain "HTTPClient".
+  using Completion = std::function<void(Result<JSONObject>)>;
+
+  /// The process's instance, created on the first call; the arguments of later calls are ignored. `token`
+  /// travels in the request's body. Without `apiUrl` the library's default service is used. `tenantId` is
+  /// accepted for hosts that have one; nothing is done with it.
+  static std::shared_ptr<TalvoConsent> getInstance(const std::string& tenantId,
+                                                   const std::string& collectionPointId,
+                                                   const std::optional<std::string>& token,
+                                                   const std::optional<std::string>& apiUrl);
+
+  /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
+  /// as it is. Fails with `HTTPClientError` `invalidURL`, inline, when the base URL is none.
+  void submitConsent(const std::string& userEmail, const std::map<int, bool>& topics, Completion completion);
+
+ private:
+  TalvoConsent(std::string collectionPointId, std::optional<std::string> token, std::string baseUrl);
+
+  const std::string collectionPointId_;
+  const std::optional<std::string> token_;
+  const std::string baseUrl_;
+  const std::shared_ptr<HTTPClient> httpClient_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,41 @@
+#pragma once
+
+// A person's consent as the host sees it and the device keeps it.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/core/ConsentEvent.h"
+#include "TalvoConsentSDK/models/ConsentValue.h"
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
+
+namespace TalvoConsentSDK {
+
+/// Consent per category. The necessary category is always on and has no field.
+struct BasicConsent {
+  BasicConsent() {}
+  BasicConsent(std::optional<ConsentValue> preferencesConsent, std::optional<ConsentValue> statisticsConsent,
+               std::optional<ConsentValue> marketingConsent,
+               std::optional<std::string> identifier = std::nullopt,
+               std::optional<bool> isOptedIn = std::nullopt);
+
+  std::optional<ConsentValue> preferences;
+  std::optional<ConsentValue> statistics;
+  std::optional<ConsentValue> marketing;
+  std::optional<std::string> id;  // of the record on the service, when known
+  std::optional<bool> optedIn;    // to the sale of data; absent: never asked
+
+  /// Everything accepted, or everything refused; without `id` and `optedIn`.
+  static BasicConsent acceptAll();
+  static BasicConsent rejectAll();
+
+  /// Over the categories that are present: accepted when every one is `all`, rejected when every one is
+  /// `none` or there is none, else partial.
+  ConsentStatus status() const;
+
+  /// The events that this consent announces, in order.
+  std::vector<ConsentEvent> consentEvents() const;
+};
+
+}  // namespace TalvoConsentSDK

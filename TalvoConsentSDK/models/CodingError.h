@@ -1,0 +1,41 @@
+#pragma once
+
+// Why a document could not be read as a record, or a record not be written.
+
+#include <exception>
+#include <string>
+#include <utility>
+
+namespace TalvoConsentSDK {
+
+/// What was wrong and where. `path` names the place in the document, such as
+/// "customization.components.mainScreen[2].buttons"; it is empty for the root.
+class CodingError : public std::exception {
+ public:
+  enum class Kind {
+    keyNotFound,    // a required key is missing
+    valueNotFound,  // null where a value is required
+    typeMismatch,   // another JSON type than the one expected
+    dataCorrupted,  // no JSON, or a value that its type does not allow
+    invalidValue,   // (writing) NaN, infinity, or text that is not UTF-8
+  };
+
+  CodingError(Kind kind, std::string path, std::string detail);
+
+  Kind kind() const noexcept { return kind_; }
+  const std::string& path() const noexcept { return path_; }
+
+  /// What was expected and found, or what is wrong with the data.
+  const std::string& detail() const noexcept { return detail_; }
+
+  /// All of it in one sentence.
+  const char* what() const noexcept override { return description_.c_str(); }
+
+ private:
+  Kind kind_;
+  std::string path_;
+  std::string detail_;
+  std::string description_;
+};
+
+}  // namespace TalvoConsentSDK

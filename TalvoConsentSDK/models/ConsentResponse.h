@@ -1,0 +1,18 @@
+#pragma once
+
+// The service's answer to a consent that was submitted.
+
+#include <string>
+#include <utility>
+
+namespace TalvoConsentSDK {
+
+/// Names the record under which the service keeps the consent.
+struct ConsentResponse {
+  ConsentResponse() {}
+  explicit ConsentResponse(std::string identifier) : id(std::move(identifier)) {}
+
+  std::string id;
+};
+
+}  // namespace TalvoConsentSDK

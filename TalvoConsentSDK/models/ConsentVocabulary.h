@@ -1,0 +1,38 @@
+#pragma once
+
+// The small vocabularies of consent: its categories and what a whole consent amounts to.
+
+#include <array>
+
+#include "TalvoConsentSDK/platform/RawValue.h"
+
+namespace TalvoConsentSDK {
+
+/// A category of cookies and services. Its raw text is its name.
+enum class ConsentCategory { necessary, preferences, statistics, marketing, unclassified, doNotSell };
+
+template <>
+struct RawValues<ConsentCategory> {
+  static constexpr std::array table{
+      RawValue<ConsentCategory>{ConsentCategory::necessary, "necessary"},
+      RawValue<ConsentCategory>{ConsentCategory::preferences, "preferences"},
+      RawValue<ConsentCategory>{ConsentCategory::statistics, "statistics"},
+      RawValue<ConsentCategory>{ConsentCategory::marketing, "marketing"},
+      RawValue<ConsentCategory>{ConsentCategory::unclassified, "unclassified"},
+      RawValue<ConsentCategory>{ConsentCategory::doNotSell, "doNotSell"},
+  };
+};
+
+/// What a consent amounts to over its categories. Its raw text is its name.
+enum class ConsentStatus { accepted, rejected, partial };
+
+template <>
+struct RawValues<ConsentStatus> {
+  static constexpr std::array table{
+      RawValue<ConsentStatus>{ConsentStatus::accepted, "accepted"},
+      RawValue<ConsentStatus>{ConsentStatus::rejected, "rejected"},
+      RawValue<ConsentStatus>{ConsentStatus::partial, "partial"},
+  };
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,33 @@
+#pragma once
+
+// Records to JSON and back. Keys are the fields' names; absent optional fields are left out when writing, and
+// a missing key and a null read alike. Unknown keys are ignored; of a key given twice the last value counts.
+
+#include <string>
+#include <string_view>
+
+#include "TalvoConsentSDK/platform/Result.h"
+
+namespace TalvoConsentSDK {
+
+/// Reads records. Stateless; safe from any thread. A document is refused as a whole, with a `CodingError`:
+/// when it is not strict JSON in UTF-8 (RFC 8259, at most 1,023 levels deep, numbers within 64-bit integers
+/// or doubles), or when a value does not fit its field.
+class JSONDecoder {
+ public:
+  /// Implemented for every record of this library, their enumerations, `JSONValue`, and
+  /// `std::optional<FullConsent>`, for which a null document is no consent.
+  template <class T>
+  Result<T> decode(std::string_view json) const;
+};
+
+/// Writes records. Stateless; safe from any thread. Fails with a `CodingError` on text that is not UTF-8 and
+/// on numbers that JSON cannot hold.
+class JSONEncoder {
+ public:
+  /// Implemented for the same types as `JSONDecoder::decode`.
+  template <class T>
+  Result<std::string> encode(const T& value) const;
+};
+
+}  // namespace TalvoConsentSDK

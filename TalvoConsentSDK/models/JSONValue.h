@@ -1,0 +1,52 @@
+#pragma once
+
+// JSON of any shape, for exchanges without a record type.
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace TalvoConsentSDK {
+
+class JSONValue;
+
+/// JSON objects and arrays. An object's keys are unique; their order is not kept.
+using JSONObject = std::map<std::string, JSONValue, std::less<>>;
+using JSONArray = std::vector<JSONValue>;
+
+/// One JSON value. Whole numbers that fit are read as integers, all others as doubles. NaN, infinity and text
+/// that is not UTF-8 can be held, but not written.
+class JSONValue {
+ public:
+  JSONValue() {}  // null
+  JSONValue(bool value) : value_(value) {}
+  JSONValue(int value) : value_(std::int64_t{value}) {}
+  JSONValue(std::int64_t value) : value_(value) {}
+  JSONValue(double value) : value_(value) {}
+  JSONValue(const char* value) : value_(std::string(value)) {}
+  JSONValue(std::string_view value) : value_(std::string(value)) {}
+  JSONValue(std::string value) : value_(std::move(value)) {}
+  JSONValue(JSONArray value) : value_(std::move(value)) {}
+  JSONValue(JSONObject value) : value_(std::move(value)) {}
+
+  bool isNull() const noexcept { return std::holds_alternative<std::monostate>(value_); }
+
+  /// The content when it is of that kind, else null.
+  const bool* boolean() const noexcept { return std::get_if<bool>(&value_); }
+  const std::int64_t* integer() const noexcept { return std::get_if<std::int64_t>(&value_); }
+  const double* number() const noexcept { return std::get_if<double>(&value_); }
+  const std::string* string() const noexcept { return std::get_if<std::string>(&value_); }
+  const JSONArray* array() const noexcept { return std::get_if<JSONArray>(&value_); }
+  const JSONObject* object() const noexcept { return std::get_if<JSONObject>(&value_); }
+
+  friend bool operator==(const JSONValue&, const JSONValue&) = default;
+
+ private:
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, JSONArray, JSONObject> value_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,101 @@
+// The JSON form of the consent records: what is sent, fetched and stored. Frozen by golden files.
+
+#include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/models/json/Codec.h"
+
+namespace TalvoConsentSDK {
+
+namespace json {
+
+template <>
+struct Codec<ConsentValue> {
+  static void read(const Node& node, const Path& path, ConsentValue& value) {
+    if (node.type() == Type::boolean) {
+      value = ConsentValue(node.boolean());
+    } else if (std::vector<std::string> items; node.type() == Type::array && readStrings(node, items)) {
+      value = items.empty() ? ConsentValue::none() : ConsentValue::partial(std::move(items));
+    } else {
+      throw CodingError(CodingError::Kind::dataCorrupted, path.text(),
+                        "ConsentValue must be either Bool or [String]");
+    }
+  }
+
+  static void write(Writer& writer, const ConsentValue& value) {
+    if (value.isPartial()) {
+      Codec<std::vector<std::string>>::write(writer, value.items());
+    } else {
+      writer.boolean(value.isAll());
+    }
+  }
+
+ private:
+  static bool readStrings(const Node& array, std::vector<std::string>& items) {
+    Node element = array;
+    for (Elements elements(array); elements.next(element);) {
+      if (element.type() != Type::string) return false;
+      items.emplace_back(element.string());
+    }
+    return true;
+  }
+};
+
+template <>
+struct Fields<BasicConsent> {
+  static constexpr auto table = std::tuple{
+      field("preferences", &BasicConsent::preferences), field("statistics", &BasicConsent::statistics),
+      field("marketing", &BasicConsent::marketing),     field("id", &BasicConsent::id),
+      field("optedIn", &BasicConsent::optedIn),
+  };
+};
+
+template <>
+struct Fields<ConsentDataAnalytics> {
+  static constexpr auto table = std::tuple{
+      field("bannerType", &ConsentDataAnalytics::bannerType),
+      field("positioning", &ConsentDataAnalytics::positioning),
+      field("blurred", &ConsentDataAnalytics::blurred),
+      field("poweredBy", &ConsentDataAnalytics::poweredBy),
+  };
+};
+
+template <>
+struct Fields<FullConsent> {
+  static constexpr auto table = std::tuple{
+      field("status", &FullConsent::status),
+      field("categories", &FullConsent::categories),
+      field("consentDataAnalytics", &FullConsent::consentDataAnalytics),
+      field("typeConsent", &FullConsent::typeConsent),
+      field("userId", &FullConsent::userId),
+      field("id", &FullConsent::id),
+      field("siteId", &FullConsent::siteId),
+  };
+};
+
+template <>
+struct Fields<ConsentResponse> {
+  static constexpr auto table = std::tuple{field("id", &ConsentResponse::id)};
+};
+
+}  // namespace json
+
+template Result<ConsentValue> JSONDecoder::decode(std::string_view) const;
+template Result<ConsentCategory> JSONDecoder::decode(std::string_view) const;
+template Result<ConsentStatus> JSONDecoder::decode(std::string_view) const;
+template Result<BasicConsent> JSONDecoder::decode(std::string_view) const;
+template Result<ConsentDataAnalytics> JSONDecoder::decode(std::string_view) const;
+template Result<FullConsent> JSONDecoder::decode(std::string_view) const;
+template Result<std::optional<FullConsent>> JSONDecoder::decode(std::string_view) const;
+template Result<ConsentResponse> JSONDecoder::decode(std::string_view) const;
+
+template Result<std::string> JSONEncoder::encode(const ConsentValue&) const;
+template Result<std::string> JSONEncoder::encode(const ConsentCategory&) const;
+template Result<std::string> JSONEncoder::encode(const ConsentStatus&) const;
+template Result<std::string> JSONEncoder::encode(const BasicConsent&) const;
+template Result<std::string> JSONEncoder::encode(const ConsentDataAnalytics&) const;
+template Result<std::string> JSONEncoder::encode(const FullConsent&) const;
+template Result<std::string> JSONEncoder::encode(const std::optional<FullConsent>&) const;
+template Result<std::string> JSONEncoder::encode(const ConsentResponse&) const;
+
+}  // namespace TalvoConsentSDK

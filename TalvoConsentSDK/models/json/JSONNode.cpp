@@ -1,0 +1,147 @@
+#include "TalvoConsentSDK/models/json/JSONNode.h"
+
+#include <cstring>
+#include <string>
+#include <type_traits>
+
+#include <simdjson.h>
+
+#include "TalvoConsentSDK/models/CodingError.h"
+
+namespace TalvoConsentSDK::json {
+
+namespace {
+
+namespace dom = simdjson::dom;
+
+template <class Parsed>
+Handle toHandle(const Parsed& value) {
+  static_assert(sizeof(Parsed) == sizeof(Handle) && std::is_trivially_copyable_v<Parsed>);
+  Handle handle;
+  std::memcpy(handle.data(), &value, sizeof handle);
+  return handle;
+}
+
+template <class Parsed>
+Parsed fromHandle(const Handle& handle) {
+  static_assert(sizeof(Parsed) == sizeof(Handle) && std::is_trivially_copyable_v<Parsed>);
+  Parsed value;
+  std::memcpy(static_cast<void*>(&value), handle.data(), sizeof handle);
+  return value;
+}
+
+dom::element element(const Handle& handle) {
+  return fromHandle<dom::element>(handle);
+}
+
+}  // namespace
+
+std::string_view name(Type type) {
+  switch (type) {
+    case Type::null:
+      return "null";
+    case Type::boolean:
+      return "a boolean";
+    case Type::integer:
+      return "an integer";
+    case Type::number:
+      return "a number";
+    case Type::string:
+      return "a string";
+    case Type::array:
+      return "an array";
+    case Type::object:
+      return "an object";
+  }
+  return "";
+}
+
+Type Node::type() const {
+  switch (element(handle_).type()) {
+    case dom::element_type::NULL_VALUE:
+      return Type::null;
+    case dom::element_type::BOOL:
+      return Type::boolean;
+    case dom::element_type::INT64:
+      return Type::integer;
+    case dom::element_type::UINT64:  // too large for a signed integer
+    case dom::element_type::DOUBLE:
+      return Type::number;
+    case dom::element_type::STRING:
+      return Type::string;
+    case dom::element_type::ARRAY:
+      return Type::array;
+    case dom::element_type::OBJECT:
+      return Type::object;
+  }
+  return Type::null;
+}
+
+bool Node::boolean() const {
+  return element(handle_).get_bool().value_unsafe();
+}
+
+std::int64_t Node::integer() const {
+  return element(handle_).get_int64().value_unsafe();
+}
+
+double Node::number() const {
+  return element(handle_).get_double().value_unsafe();
+}
+
+std::string_view Node::string() const {
+  return element(handle_).get_string().value_unsafe();
+}
+
+Members::Members(const Node& object) {
+  const dom::object members = element(object.handle_).get_object().value_unsafe();
+  position_ = toHandle(members.begin());
+  end_ = toHandle(members.end());
+}
+
+bool Members::next(std::string_view& key, Node& value) {
+  auto position = fromHandle<dom::object::iterator>(position_);
+  if (position == fromHandle<dom::object::iterator>(end_)) return false;
+  key = position.key();
+  value = Node(toHandle(position.value()));
+  position_ = toHandle(++position);
+  return true;
+}
+
+Elements::Elements(const Node& array) {
+  const dom::array elements = element(array.handle_).get_array().value_unsafe();
+  position_ = toHandle(elements.begin());
+  end_ = toHandle(elements.end());
+}
+
+bool Elements::next(Node& value) {
+  auto position = fromHandle<dom::array::iterator>(position_);
+  if (position == fromHandle<dom::array::iterator>(end_)) return false;
+  value = Node(toHandle(*position));
+  position_ = toHandle(++position);
+  return true;
+}
+
+struct Document::Parsed {
+  dom::parser parser;
+  dom::element root;
+};
+
+Document::Document(std::string_view text) : parsed_(std::make_unique<Parsed>()) {
+  const auto error = parsed_->parser.parse(text.data(), text.size()).get(parsed_->root);
+  if (error == simdjson::SUCCESS) return;
+  throw CodingError(CodingError::Kind::dataCorrupted, "",
+                    std::string("The data is not valid JSON (") + simdjson::error_message(error) + ")");
+}
+
+Document::~Document() = default;
+
+Node Document::root() const {
+  return Node(toHandle(parsed_->root));
+}
+
+bool isUTF8(std::string_view text) {
+  return simdjson::validate_utf8(text.data(), text.size());
+}
+
+}  // namespace TalvoConsentSDK::json

@@ -1,0 +1,109 @@
+#include "TalvoConsentSDK/models/json/JSONWriter.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "TalvoConsentSDK/models/CodingError.h"
+#include "TalvoConsentSDK/models/json/JSONNode.h"
+
+namespace TalvoConsentSDK::json {
+
+namespace {
+
+constexpr int deepestLevel = 1023;
+
+CodingError invalid(const char* detail) {
+  return {CodingError::Kind::invalidValue, "", detail};
+}
+
+}  // namespace
+
+void Writer::integer(std::int64_t content) {
+  std::array<char, 24> digits{};
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), content);
+  value({digits.data(), end});
+}
+
+// The shortest text that reads back as the same double. What would look like an integer gets a fraction, lest
+// a reader take it for one beyond 64 bits.
+void Writer::number(double content) {
+  if (!std::isfinite(content)) throw invalid("JSON has no NaN and no infinity");
+  std::array<char, 32> digits{};
+  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), content);
+  std::string text(digits.data(), end);
+  if (text.find_first_of(".e") == std::string::npos) text += ".0";
+  value(text);
+}
+
+void Writer::string(std::string_view content) {
+  separate();
+  quote(content);
+  needsComma_ = true;
+}
+
+void Writer::key(std::string_view content) {
+  separate();
+  quote(content);
+  text_ += ':';
+  needsComma_ = false;
+}
+
+void Writer::separate() {
+  if (needsComma_) text_ += ',';
+}
+
+void Writer::value(std::string_view literal) {
+  separate();
+  text_ += literal;
+  needsComma_ = true;
+}
+
+void Writer::quote(std::string_view content) {
+  if (!isUTF8(content)) throw invalid("The text is not valid UTF-8");
+  constexpr std::string_view hex = "0123456789abcdef";
+  text_ += '"';
+  for (const char c : content) {
+    switch (c) {
+      case '"':
+        text_ += "\\\"";
+        break;
+      case '\\':
+        text_ += "\\\\";
+        break;
+      case '\n':
+        text_ += "\\n";
+        break;
+      case '\r':
+        text_ += "\\r";
+        break;
+      case '\t':
+        text_ += "\\t";
+        break;
+      default:
+        if (const auto byte = static_cast<unsigned char>(c); byte < 0x20) {
+          text_ += "\\u00";
+          text_ += hex[byte >> 4];
+          text_ += hex[byte & 15];
+        } else {
+          text_ += c;
+        }
+    }
+  }
+  text_ += '"';
+}
+
+void Writer::open(char bracket) {
+  if (++depth_ > deepestLevel) throw invalid("The value is nested too deeply");
+  separate();
+  text_ += bracket;
+  needsComma_ = false;
+}
+
+void Writer::close(char bracket) {
+  --depth_;
+  text_ += bracket;
+  needsComma_ = true;
+}
+
+}  // namespace TalvoConsentSDK::json

@@ -1,0 +1,42 @@
+#pragma once
+
+// Appends JSON text. It keeps the commas right; that objects and arrays are opened and closed in turn is its
+// caller's business.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace TalvoConsentSDK::json {
+
+/// Writes one document into a string. Throws a CodingError (invalidValue) on text that is not UTF-8, on NaN
+/// and infinity, and beyond 1,023 levels, which no reader of ours would take back.
+class Writer {
+ public:
+  void null() { value("null"); }
+  void boolean(bool content) { value(content ? "true" : "false"); }
+  void integer(std::int64_t content);
+  void number(double content);
+  void string(std::string_view content);
+
+  void beginObject() { open('{'); }
+  void key(std::string_view content);
+  void endObject() { close('}'); }
+  void beginArray() { open('['); }
+  void endArray() { close(']'); }
+
+  std::string take() && { return std::move(text_); }
+
+ private:
+  void separate();
+  void value(std::string_view literal);
+  void quote(std::string_view content);
+  void open(char bracket);
+  void close(char bracket);
+
+  std::string text_;
+  int depth_ = 0;
+  bool needsComma_ = false;
+};
+
+}  // namespace TalvoConsentSDK::json

@@ -1,0 +1,47 @@
+#pragma once
+
+// The consent service's endpoints.
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/models/Services.h"
+#include "TalvoConsentSDK/models/SiteConfiguration.h"
+#include "TalvoConsentSDK/network/HTTPClient.h"
+#include "TalvoConsentSDK/platform/Task.h"
+
+namespace TalvoConsentSDK {
+
+/// Talks to the consent service about one site. Every failure is thrown as one `HTTPClientError`; nothing is
+/// printed or retried. Safe from any thread; it must outlive its tasks.
+class APIClient {
+ public:
+  APIClient(std::string baseUrl, std::string siteId, std::shared_ptr<HTTPClient> httpClient);
+
+  Task<SiteConfiguration> fetchConfiguration() const;
+  Task<BannerCustomization> fetchBannerCustomization(std::string language) const;
+  Task<Services> fetchServices(std::string language) const;
+
+  Task<ConsentResponse> createConsent(FullConsent payload) const;
+  Task<ConsentResponse> updateConsent(FullConsent payload) const;
+
+  /// The consent that the service keeps for a user; nothing when it keeps none.
+  Task<std::optional<FullConsent>> fetchIdentifiedConsent(std::string userId,
+                                                          std::optional<std::string> consentId) const;
+
+ private:
+  template <class Reply>
+  Task<Reply> get(std::string path) const;
+
+  URL endpoint(const std::string& path) const;
+
+  const std::string baseUrl_;
+  const std::string siteId_;
+  const std::shared_ptr<HTTPClient> httpClient_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,79 @@
+#pragma once
+
+// JSON over HTTP: records to and from an endpoint, or untyped objects.
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "TalvoConsentSDK/models/JSONCoding.h"
+#include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/network/HTTPClientError.h"
+#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/platform/Task.h"
+#include "TalvoConsentSDK/platform/URLSession.h"
+
+namespace TalvoConsentSDK {
+
+/// One request, one reply: nothing is cached, retried, queued or cancelled. Safe from any thread. A client
+/// must outlive its tasks.
+class HTTPClient {
+ public:
+  using JSONCompletion = std::function<void(Result<JSONObject>)>;
+
+  /// Replies of typed requests are decoded on `decodingExecutor`; null: where the awaiting task runs.
+  HTTPClient(JSONDecoder decoder, JSONEncoder encoder, std::shared_ptr<Executor> decodingExecutor)
+      : decoder_(decoder), encoder_(encoder), decodingExecutor_(std::move(decodingExecutor)) {}
+  virtual ~HTTPClient() = default;
+
+  /// Sends a request, with `body` as JSON where there is one, and reads the reply as a `Reply`. Every failure
+  /// is thrown as an `HTTPClientError`.
+  template <class Reply>
+  Task<Reply> get(URL url, HTTPHeaders headers) {
+    return reply<Reply>(exchange("GET", std::move(url), std::nullopt, std::move(headers)));
+  }
+  template <class Reply, class Body>
+  Task<Reply> post(URL url, const Body& body, HTTPHeaders headers) {
+    return reply<Reply>(exchange("POST", std::move(url), encoder_.encode(body), std::move(headers)));
+  }
+  template <class Reply, class Body>
+  Task<Reply> put(URL url, const Body& body, HTTPHeaders headers) {
+    return reply<Reply>(exchange("PUT", std::move(url), encoder_.encode(body), std::move(headers)));
+  }
+
+  /// Posts a JSON object. `completion` is called once, on the session's thread (inline when `body` cannot be
+  /// written), with the reply's object, an `HTTPClientError`, or a `PlatformError` of domain "HTTPClient":
+  /// -1 "Failed to serialize JSON payload", -2 "No data received", -3 "Invalid JSON response".
+  virtual void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) = 0;
+
+ protected:
+  /// Sends one request and returns the body of an accepted reply. Throws an `HTTPClientError`, also when the
+  /// body could not be encoded.
+  virtual Task<std::string> exchange(std::string method, URL url, std::optional<Result<std::string>> body,
+                                     HTTPHeaders headers) = 0;
+
+  const JSONDecoder& decoder() const noexcept { return decoder_; }
+  const JSONEncoder& encoder() const noexcept { return encoder_; }
+
+ private:
+  template <class Reply>
+  Task<Reply> reply(Task<std::string> body) {
+    return decoded<Reply>(std::move(body)).on(decodingExecutor_);
+  }
+
+  template <class Reply>
+  Task<Reply> decoded(Task<std::string> body) {
+    const std::string text = co_await std::move(body);
+    Result<Reply> reply = decoder_.decode<Reply>(text);
+    if (!reply) throw Error(HTTPClientError::decodingError(reply.error()));
+    co_return *std::move(reply);
+  }
+
+  const JSONDecoder decoder_;
+  const JSONEncoder encoder_;
+  const std::shared_ptr<Executor> decodingExecutor_;
+};
+
+}  // namespace TalvoConsentSDK

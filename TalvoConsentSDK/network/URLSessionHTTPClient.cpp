@@ -1,0 +1,95 @@
+#include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
+
+#include <utility>
+
+#include "TalvoConsentSDK/models/CodingError.h"
+#include "TalvoConsentSDK/models/json/JSONNode.h"
+#include "TalvoConsentSDK/platform/Printer.h"
+#include "TalvoConsentSDK/platform/Spawn.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+PlatformError transportError(int code, const char* description) {
+  return {"HTTPClient", code, description};
+}
+
+URLRequest makeRequest(std::string method, URL url, std::optional<std::string> body,
+                       const HTTPHeaders& headers) {
+  URLRequest request(std::move(url));
+  request.method = std::move(method);
+  if (body) request.headers["Content-Type"] = "application/json";
+  request.body = std::move(body);
+  for (const auto& [name, value] : headers) request.headers[name] = value;
+  return request;
+}
+
+enum class MissingBody { isEmpty, isAnError };
+
+// The one place where an outcome is judged: a transport error beats a missing body, which beats a response
+// that is not HTTP, which beats its status.
+Result<std::string> acceptedBody(Result<URLResponse> outcome, MissingBody missingBody) {
+  if (!outcome) return HTTPClientError::networkError(outcome.error());
+  URLResponse& response = *outcome;
+  if (!response.body && missingBody == MissingBody::isAnError) return transportError(-2, "No data received");
+  if (!response.statusCode) return HTTPClientError::invalidResponse();
+  std::string body = std::move(response.body).value_or("");
+  if (*response.statusCode < 200 || *response.statusCode > 299) {
+    return HTTPClientError::httpError(*response.statusCode, json::isUTF8(body) ? body : "Unknown error");
+  }
+  return body;
+}
+
+Result<JSONObject> parsedObject(const JSONDecoder& decoder, const Result<std::string>& body) {
+  if (!body) return body.error();
+  const Result<JSONValue> value = decoder.decode<JSONValue>(*body);
+  if (!value) return HTTPClientError::decodingError(value.error());
+  if (const JSONObject* object = value->object()) return *object;
+  if (value->array()) return transportError(-3, "Invalid JSON response");
+  return HTTPClientError::decodingError(
+      CodingError(CodingError::Kind::dataCorrupted, "", "The document is neither an object nor an array"));
+}
+
+void report(const HTTPClient::JSONCompletion& completion, const Result<JSONObject>& result) {
+  callHost([&] {
+    if (completion) completion(result);
+  });
+}
+
+}  // namespace
+
+URLSessionHTTPClient::URLSessionHTTPClient(std::shared_ptr<URLSession> session,
+                                           std::shared_ptr<Executor> decodingExecutor, JSONDecoder decoder,
+                                           JSONEncoder encoder)
+    : HTTPClient(decoder, encoder, std::move(decodingExecutor)), session_(std::move(session)) {}
+
+void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders headers,
+                                    JSONCompletion completion) {
+  Result<std::string> bytes = encoder().encode(body);
+  if (!bytes) {
+    return report(completion, transportError(-1, "Failed to serialize JSON payload"));
+  }
+  session_->run(makeRequest("POST", std::move(url), *std::move(bytes), headers),
+                [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
+                  const auto accepted = acceptedBody(std::move(outcome), MissingBody::isAnError);
+                  report(completion, parsedObject(decoder, accepted));
+                });
+}
+
+Task<std::string> URLSessionHTTPClient::exchange(std::string method, URL url,
+                                                 std::optional<Result<std::string>> body,
+                                                 HTTPHeaders headers) {
+  if (body && !*body) throw Error(HTTPClientError::networkError(body->error()));
+  std::optional<std::string> bytes;
+  if (body) bytes = std::move(**body);
+
+  CallbackAwaiter<Result<URLResponse>> reply(
+      [session = session_,
+       request = makeRequest(std::move(method), std::move(url), std::move(bytes), headers)](
+          URLSession::Completion completion) { session->run(request, std::move(completion)); });
+  Result<URLResponse> outcome = co_await std::move(reply);
+  co_return acceptedBody(std::move(outcome), MissingBody::isEmpty).value();
+}
+
+}  // namespace TalvoConsentSDK

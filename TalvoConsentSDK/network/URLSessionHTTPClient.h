@@ -1,0 +1,28 @@
+#pragma once
+
+// The HTTPClient over the platform's URL session.
+
+#include <memory>
+
+#include "TalvoConsentSDK/network/HTTPClient.h"
+
+namespace TalvoConsentSDK {
+
+/// Sends each request on a session and judges what that reports.
+class URLSessionHTTPClient : public HTTPClient {
+ public:
+  explicit URLSessionHTTPClient(std::shared_ptr<URLSession> session,
+                                std::shared_ptr<Executor> decodingExecutor = nullptr,
+                                JSONDecoder decoder = {}, JSONEncoder encoder = {});
+
+  void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) override;
+
+ protected:
+  Task<std::string> exchange(std::string method, URL url, std::optional<Result<std::string>> body,
+                             HTTPHeaders headers) override;
+
+ private:
+  const std::shared_ptr<URLSession> session_;
+};
+
+}  // namespace TalvoConsentSDK

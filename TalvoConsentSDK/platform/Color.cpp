@@ -1,0 +1,74 @@
+#include "TalvoConsentSDK/platform/Color.h"
+
+#include <cstdint>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+constexpr bool isASCIILetterOrDigit(unsigned char c) {
+  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+constexpr bool isPadding(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte < 0x80 && !isASCIILetterOrDigit(byte);
+}
+
+std::string_view trimmed(std::string_view text) {
+  while (!text.empty() && isPadding(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isPadding(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+std::size_t characterCount(std::string_view utf8) {
+  std::size_t count = 0;
+  for (const char c : utf8) count += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  return count;
+}
+
+constexpr int hexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+// Stops at the first character that is no digit. Only up to eight digits are ever looked at, so nothing
+// overflows that matters.
+std::uint64_t scanHex(std::string_view text) {
+  if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && hexDigit(text[2]) >= 0) {
+    text.remove_prefix(2);
+  }
+  std::uint64_t value = 0;
+  for (const char c : text) {
+    const int digit = hexDigit(c);
+    if (digit < 0) break;
+    value = value << 4 | static_cast<std::uint64_t>(digit);
+  }
+  return value;
+}
+
+constexpr Color fromBytes(std::uint64_t red, std::uint64_t green, std::uint64_t blue, std::uint64_t alpha) {
+  const auto channel = [](std::uint64_t byte) { return static_cast<double>(byte & 255) / 255; };
+  return {channel(red), channel(green), channel(blue), channel(alpha)};
+}
+
+}  // namespace
+
+Color colorFromText(std::string_view text) {
+  const std::string_view digits = trimmed(text);
+  const std::uint64_t v = scanHex(digits);
+  switch (characterCount(digits)) {
+    case 3:
+      return fromBytes((v >> 8) * 17, (v >> 4 & 15) * 17, (v & 15) * 17, 255);
+    case 6:
+      return fromBytes(v >> 16, v >> 8, v, 255);
+    case 8:
+      return fromBytes(v >> 16, v >> 8, v, v >> 24);
+    default:
+      return Color::black();
+  }
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,26 @@
+#include "TalvoConsentSDK/platform/Error.h"
+
+namespace TalvoConsentSDK {
+
+PlatformError::PlatformError(std::string domain, int code, std::string localizedDescription)
+    : domain_(std::move(domain)), code_(code) {
+  userInfo_.emplace(localizedDescriptionKey, std::move(localizedDescription));
+}
+
+const std::string& PlatformError::localizedDescription() const noexcept {
+  return userInfo_.begin()->second;
+}
+
+Error Error::current() {
+  try {
+    throw;
+  } catch (const Error& error) {
+    return error;
+  } catch (const std::exception& error) {
+    return PlatformError("TalvoConsentSDK", -1, error.what());
+  } catch (...) {
+    return PlatformError("TalvoConsentSDK", -1, "Unknown error");
+  }
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,20 @@
+#pragma once
+
+// Where work runs. The library owns no threads: it posts to the two executors of its Platform.
+
+#include <functional>
+
+namespace TalvoConsentSDK {
+
+/// A place that runs jobs. The main actor runs its jobs one at a time on the main thread, in the order posted
+/// and never inside `post`; a background executor runs them on threads other than the main one.
+class Executor {
+ public:
+  virtual ~Executor() = default;
+
+  /// Hands over one job; may be called from any thread. Every job runs exactly once, unless the process ends
+  /// first. An executor contains what a job throws (see `callHost`): its thread goes on.
+  virtual void post(std::function<void()> job) = 0;
+};
+
+}  // namespace TalvoConsentSDK

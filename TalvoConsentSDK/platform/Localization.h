@@ -1,0 +1,19 @@
+#pragma once
+
+// The seam for the few texts that do not come from the service.
+
+#include <string>
+#include <string_view>
+
+namespace TalvoConsentSDK {
+
+/// Looks texts up by key. This default knows none and answers with the key itself.
+class Localization {
+ public:
+  virtual ~Localization() = default;
+
+  /// The text for `key` in the person's language, or the key.
+  virtual std::string text(std::string_view key) { return std::string(key); }
+};
+
+}  // namespace TalvoConsentSDK

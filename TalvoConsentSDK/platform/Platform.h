@@ -1,0 +1,39 @@
+#pragma once
+
+// The set of seams between the library and everything outside it. A host installs one set at start, in one
+// line, before it creates a client.
+
+#include <memory>
+
+#include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Localization.h"
+#include "TalvoConsentSDK/platform/Printer.h"
+#include "TalvoConsentSDK/platform/URLSession.h"
+#include "TalvoConsentSDK/platform/UserDefaults.h"
+
+namespace TalvoConsentSDK {
+
+/// What the library runs on. No member is ever null: what a host leaves out is a null object, whose
+/// operations fail with an error that says so. Without an installed platform that is all of them, except for
+/// the printer, which writes to standard output; work then runs inline, on the caller's thread.
+struct Platform {
+  Platform();
+
+  std::shared_ptr<URLSession> urlSession;
+  std::shared_ptr<UserDefaults> userDefaults;
+  std::shared_ptr<Executor> mainActor;
+  std::shared_ptr<Executor> background;
+  std::shared_ptr<Application> application;
+  std::shared_ptr<Localization> localization;
+  std::shared_ptr<Printer> printer;
+
+  /// Makes `platform` the process's own. Clients keep the set that was installed when they were created. Safe
+  /// from any thread.
+  static void install(Platform platform);
+
+  /// The installed set, or null objects.
+  static Platform current();
+};
+
+}  // namespace TalvoConsentSDK

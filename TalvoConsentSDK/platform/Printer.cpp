@@ -1,0 +1,33 @@
+#include "TalvoConsentSDK/platform/Printer.h"
+
+#include <cstdio>
+#include <string>
+
+#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/platform/Platform.h"
+
+namespace TalvoConsentSDK {
+
+void StandardOutput::print(std::string_view line) {
+  std::string text(line);
+  text += '\n';
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  std::fflush(stdout);
+}
+
+void print(std::string_view line) {
+  Platform::current().printer->print(line);
+}
+
+void callHost(const std::function<void()>& code) noexcept {
+  try {
+    if (code) code();
+  } catch (...) {
+    try {
+      print(std::string("⚠️ A callback threw: ") + Error::current().what());
+    } catch (...) {  // a printer that throws has nobody left to tell
+    }
+  }
+}
+
+}  // namespace TalvoConsentSDK

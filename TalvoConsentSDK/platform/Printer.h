@@ -1,0 +1,33 @@
+#pragma once
+
+// Where diagnostic lines go. There are no log levels: a line tells of background work that failed or of input
+// that could not be used, and nothing else reports it.
+
+#include <functional>
+#include <string_view>
+
+namespace TalvoConsentSDK {
+
+/// Receives every diagnostic line. Called from any thread.
+class Printer {
+ public:
+  virtual ~Printer() = default;
+
+  /// Writes one line; `line` carries no newline at its end.
+  virtual void print(std::string_view line) = 0;
+};
+
+/// Prints to standard output, each line in one write, so that lines of several threads never mix.
+class StandardOutput : public Printer {
+ public:
+  void print(std::string_view line) override;
+};
+
+/// Prints a line on the installed platform's printer.
+void print(std::string_view line);
+
+/// Runs code that a host handed over. What it throws is contained: one line is printed and the caller goes
+/// on.
+void callHost(const std::function<void()>& code) noexcept;
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,25 @@
+#pragma once
+
+// The seam for text metrics: layout asks it how large a text will be when the window draws it.
+
+#include <string_view>
+
+#include "TalvoConsentSDK/platform/Font.h"
+#include "TalvoConsentSDK/platform/Geometry.h"
+
+namespace TalvoConsentSDK {
+
+/// Measures text at the person's text size. Main thread.
+class TextMeasurer {
+ public:
+  virtual ~TextMeasurer() = default;
+
+  /// The size of UTF-8 `text`, wrapped between words where a line would be wider than `width` (infinity: only
+  /// at newlines). A word wider than that is broken inside. The answer is at most `width` wide.
+  virtual Size measure(std::string_view text, const Font& font, double width) = 0;
+
+  /// The width below which a word of `text` would have to be broken inside.
+  virtual double widestWord(std::string_view text, const Font& font) = 0;
+};
+
+}  // namespace TalvoConsentSDK

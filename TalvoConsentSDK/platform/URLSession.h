@@ -1,0 +1,58 @@
+#pragma once
+
+// The seam for HTTP: run one request, report once. Nothing above it retries, caches or queues.
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/platform/URL.h"
+
+namespace TalvoConsentSDK {
+
+/// Orders header names without regard to ASCII case.
+struct HeaderNameLess {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const noexcept;
+};
+
+/// Header names and their values.
+using HTTPHeaders = std::map<std::string, std::string, HeaderNameLess>;
+
+/// One request. `method` is "GET", "POST", "PUT" or "HEAD".
+struct URLRequest {
+  explicit URLRequest(URL requestUrl) : url(std::move(requestUrl)) {}
+
+  URL url;
+  std::string method = "GET";
+  HTTPHeaders headers;
+  std::optional<std::string> body;
+  std::chrono::milliseconds timeout{60'000};  // without progress; not the whole transfer
+};
+
+/// What came back.
+struct URLResponse {
+  URLResponse() {}
+
+  std::optional<int> statusCode;    // absent: not an HTTP response
+  std::optional<std::string> body;  // absent for HEAD, 204 and 304; otherwise present, possibly empty
+};
+
+/// Runs requests. Implementations are safe to call from any thread.
+class URLSession {
+ public:
+  using Completion = std::function<void(Result<URLResponse>)>;
+
+  virtual ~URLSession() = default;
+
+  /// Sends `request` and calls `completion` exactly once, on the session's own thread: with a response,
+  /// whatever its status, or with the error that kept one from arriving. Redirects have been followed.
+  /// Returns at once. Once the process has begun to exit, completions may no longer be called.
+  virtual void run(URLRequest request, Completion completion) = 0;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,45 @@
+#pragma once
+
+// The seam for the banner's window.
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+#include "TalvoConsentSDK/platform/Color.h"
+
+namespace TalvoConsentSDK {
+
+class HostingController;
+
+/// How a window stacks: alerts lie above every normal window of the host.
+enum class WindowLevel { normal, alert };
+
+/// A window that covers its scene and draws what its root view controller lays out; touches where nothing is
+/// drawn pass to the host. Main thread only. It is hidden until made visible, and goes away with its last
+/// reference.
+class Window {
+ public:
+  virtual ~Window() = default;
+
+  /// Gives the window its content and keeps it alive.
+  virtual void setRootViewController(std::shared_ptr<HostingController> controller) = 0;
+
+  virtual void setWindowLevel(WindowLevel level) = 0;
+  virtual void setBackgroundColor(Color color) = 0;
+
+  /// Shows the window in front of its level and gives it the keyboard.
+  virtual void makeKeyAndVisible() = 0;
+
+  /// Opacity of the whole window, from 0 to 1.
+  virtual void setAlpha(double alpha) = 0;
+
+  virtual void setHidden(bool hidden) = 0;
+
+  /// Changes the alpha evenly over `duration` (zero: at once), then calls `completion`. A later animation
+  /// replaces this one, whose completion is still called at its own end.
+  virtual void animateAlpha(double alpha, std::chrono::milliseconds duration,
+                            std::function<void()> completion) = 0;
+};
+
+}  // namespace TalvoConsentSDK

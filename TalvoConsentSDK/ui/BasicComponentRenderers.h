@@ -1,0 +1,74 @@
+#pragma once
+
+// The components without a list: title, description, logo, and the close and back controls.
+
+#include <functional>
+#include <string>
+
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+
+namespace TalvoConsentSDK {
+
+class TitleComponentRenderer : public ComponentRenderer {
+ public:
+  TitleComponentRenderer(std::string text, const BannerCustomization::Customization& customization)
+      : text_(std::move(text)), customization_(customization) {}
+
+  AnyView render() const override;
+
+ private:
+  const std::string text_;
+  const BannerCustomization::Customization& customization_;
+};
+
+class DescriptionComponentRenderer : public ComponentRenderer {
+ public:
+  DescriptionComponentRenderer(std::string text, const BannerCustomization::Customization& customization)
+      : text_(std::move(text)), customization_(customization) {}
+
+  AnyView render() const override;
+
+ private:
+  const std::string text_;
+  const BannerCustomization::Customization& customization_;
+};
+
+/// The site's logo, loaded from the network, over a line. Nothing without a logo that has a valid URL.
+class BannerLogoRenderer : public ComponentRenderer {
+ public:
+  explicit BannerLogoRenderer(const BannerCustomization::Customization& customization)
+      : customization_(customization) {}
+
+  AnyView render() const override;
+
+ private:
+  const BannerCustomization::Customization& customization_;
+};
+
+/// Reports "close".
+class CloseButtonRenderer : public ComponentRenderer {
+ public:
+  CloseButtonRenderer(const BannerCustomization::Customization& customization, ActionHandler onAction)
+      : customization_(customization), onAction_(std::move(onAction)) {}
+
+  AnyView render() const override;
+
+ private:
+  const BannerCustomization::Customization& customization_;
+  const ActionHandler onAction_;
+};
+
+/// Made by the screens that have a way back, never by the factory.
+class BackButtonRenderer : public ComponentRenderer {
+ public:
+  BackButtonRenderer(const BannerCustomization::Customization& customization, std::function<void()> onAction)
+      : customization_(customization), onAction_(std::move(onAction)) {}
+
+  AnyView render() const override;
+
+ private:
+  const BannerCustomization::Customization& customization_;
+  const std::function<void()> onAction_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,33 @@
+#include "TalvoConsentSDK/ui/ButtonComponentRenderer.h"
+
+#include "TalvoConsentSDK/ui/Labels.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+AnyView ButtonsComponentRenderer::render() const {
+  constexpr double spacing = 12;
+  std::vector<AnyView> rows;
+  for (std::size_t i = 0; i < buttons_.size(); i += 2) {
+    std::vector<AnyView> row;
+    for (std::size_t j = i; j < i + 2 && j < buttons_.size(); ++j) row.push_back(buttonView(buttons_[j]));
+    rows.push_back(horizontalStack({.spacing = spacing, .overflow = Overflow::stackAtBrokenWord}, row));
+  }
+  return verticalStack({.spacing = spacing}, rows);
+}
+
+AnyView ButtonsComponentRenderer::buttonView(const BannerCustomization::ButtonItem& item) const {
+  if (!item.id) return {};
+  const Palette palette(customization_.colors);
+  const AnyView label =
+      text(buttonLabel(*item.id, messages_), {.font = {TextStyle::body, FontWeight::semibold},
+                                              .color = palette.buttonFont,
+                                              .alignment = HorizontalAlignment::center});
+  return button(label.frame({.maxWidth = infinity})
+                    .padding(Insets::all(12))
+                    .background({.color = palette.buttonBackground, .cornerRadius = 8}),
+                [onAction = onAction_, id = *item.id] { onAction(id); });
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,105 @@
+#include "TalvoConsentSDK/ui/CardScreen.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+constexpr double margin = 12;
+constexpr double cornerRadius = 16;
+constexpr double closeInset = 8;
+constexpr double closeSize = 32;
+
+bool isAction(const BannerCustomization::ComponentItem& item) {
+  return item.id == "buttons" || item.id == "links";
+}
+
+bool isText(const BannerCustomization::ComponentItem& item) {
+  return item.id == "title" || item.id == "description";
+}
+
+}  // namespace
+
+bool isAtTop(const BannerCustomization::Customization& customization) {
+  const std::string& text = customization.settings.positioning;
+  return std::ranges::equal(text, std::string_view("top"),
+                            [](char c, char lower) { return (c | 0x20) == lower; });
+}
+
+CardScreen::CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
+                       ActionHandler onLinkAction)
+    : customization_(customization),
+      onButtonAction_(std::move(onButtonAction)),
+      onLinkAction_(std::move(onLinkAction)) {}
+
+void CardScreen::add(AnyView view) {
+  views_.push_back(std::move(view));
+  actionsFrom_ = views_.size();
+}
+
+void CardScreen::addComponents(const Items& items, const OwnRenderer& own) {
+  const auto close = std::ranges::find(items, "closeButton", &BannerCustomization::ComponentItem::id);
+  if (close != items.end()) closeButton_ = *close;
+  for (const auto& item : items) {
+    if (item.id == "closeButton") continue;
+    AnyView view = component(item, own);
+    // A text in the card's first line leaves room for the close control.
+    if (closeButton_ && views_.empty() && isText(item)) {
+      view = view.padding({.trailing = closeSize + closeInset - margin});
+    }
+    views_.push_back(std::move(view));
+    if (!isAction(item)) actionsFrom_ = views_.size();
+  }
+}
+
+AnyView CardScreen::render() const {
+  const bool isTop = isAtTop(customization_);
+  const Palette palette(customization_.colors);
+  const Shadow shadow{Color::black().withAlpha(0.2), 10, 0, isTop ? 2.0 : -2.0};
+  const AnyView card = content()
+                           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}})
+                           .padding(Insets::all(margin))
+                           .background({palette.background, cornerRadius, shadow})
+                           .overlay(closeControl(), {HorizontalAlignment::trailing, VerticalAlignment::top})
+                           .accessibility({.role = Role::dialog,
+                                           .label = customization_.messages.bannerMessages.title,
+                                           .isModal = customization_.settings.isShowBlurBackground});
+  return verticalStack({}, {card})
+      .padding(
+          {.top = isTop ? margin : 0, .leading = margin, .bottom = isTop ? 0 : margin, .trailing = margin});
+}
+
+AnyView CardScreen::component(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const {
+  if (own) {
+    if (auto view = own(item)) return *std::move(view);
+  }
+  return ComponentRenderable(item, customization_, onButtonAction_, onLinkAction_).render();
+}
+
+AnyView CardScreen::content() const {
+  const auto stack = [](auto first, auto last) {
+    return verticalStack({.alignment = HorizontalAlignment::leading}, std::vector<AnyView>(first, last));
+  };
+  const auto actions = views_.begin() + static_cast<std::ptrdiff_t>(actionsFrom_);
+  if (views_.empty()) return {};
+  return pinnedFooter(stack(views_.begin(), actions), stack(actions, views_.end()),
+                      closeButton_ ? closeInset + closeSize - margin : 0);
+}
+
+AnyView CardScreen::closeControl() const {
+  if (!closeButton_) return {};
+  const AnyView control =
+      ComponentRenderable(
+          *closeButton_, customization_,
+          [report = onButtonAction_](const std::string&) { report("closeButton"); }, onLinkAction_)
+          .render();
+  return control.padding(Insets::all(closeInset));
+}
+
+}  // namespace TalvoConsentSDK

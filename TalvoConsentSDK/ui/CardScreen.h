@@ -1,0 +1,52 @@
+#pragma once
+
+// The card that every screen of the banner is drawn on, and how its list of components fills it.
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+
+namespace TalvoConsentSDK {
+
+/// Whether the banner sits at the top of the screen; at the bottom otherwise.
+bool isAtTop(const BannerCustomization::Customization& customization);
+
+/// Builds one screen, top to bottom. Buttons and links at the end of the list stay in reach where the window
+/// is too small for all of it, and the rest scrolls. For assistive technology the card is the banner's
+/// dialog.
+class CardScreen {
+ public:
+  using Items = std::vector<BannerCustomization::ComponentItem>;
+
+  /// Draws an item that the screen has a view of its own for; nothing leaves it to the factory.
+  using OwnRenderer = std::function<std::optional<AnyView>(const BannerCustomization::ComponentItem&)>;
+
+  CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
+             ActionHandler onLinkAction);
+
+  /// Adds a view that no component stands for.
+  void add(AnyView view);
+
+  /// Adds a view per component. A "closeButton" takes no place in the list: it is drawn once, over the card's
+  /// top trailing corner, and reports "closeButton".
+  void addComponents(const Items& items, const OwnRenderer& own = nullptr);
+
+  /// The card with its distance from the edges of the screen.
+  AnyView render() const;
+
+ private:
+  AnyView component(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
+  AnyView content() const;
+  AnyView closeControl() const;
+
+  const BannerCustomization::Customization& customization_;
+  const ActionHandler onButtonAction_;
+  const ActionHandler onLinkAction_;
+  std::vector<AnyView> views_;
+  std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
+  std::optional<BannerCustomization::ComponentItem> closeButton_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,120 @@
+#include "TalvoConsentSDK/ui/CategoryRow.h"
+
+#include <utility>
+
+#include "TalvoConsentSDK/ui/Localized.h"
+#include "TalvoConsentSDK/ui/VendorRow.h"
+#include "TalvoConsentSDK/ui/view/Element.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+constexpr double chevronSize = 14;
+constexpr double chevronGap = 10;
+constexpr double switchGap = 12;
+
+}  // namespace
+
+CategoryRow::CategoryRow(BannerCustomization::CategoryItem category, const Palette& palette, bool readOnly,
+                         VendorCataloguePointer services, bool showCategoryDescription,
+                         ConsentBindings bindings, std::string categoryId,
+                         VendorDetailHandler onVendorDetailTap)
+    : category_(std::move(category)),
+      palette_(palette),
+      readOnly_(readOnly),
+      services_(std::move(services)),
+      showCategoryDescription_(showCategoryDescription),
+      bindings_(std::move(bindings)),
+      categoryId_(std::move(categoryId)),
+      onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+
+AnyView CategoryRow::view() const {
+  return component("category row",
+                   [row = *this](RenderContext& context) { return row.body(context.state<bool>(false)); });
+}
+
+AnyView CategoryRow::body(const State<bool>& isExpanded) const {
+  std::vector<AnyView> parts{horizontalStack({.spacing = switchGap}, {header(isExpanded), switchView()})
+                                 .padding(Insets::vertical(12))};
+  if (hasVendors() && isExpanded.get()) parts.push_back(vendors().padding({.bottom = 8}).key("vendors"));
+  return verticalStack({.alignment = HorizontalAlignment::leading}, parts);
+}
+
+bool CategoryRow::canSwitch() const {
+  if (!bindings_.categoryStates || !bindings_.vendorStates || !bindings_.doNotSellState) return false;
+  if (readOnly_ || category_.required.value_or(false)) return false;
+  return isDoNotSell() || !bindings_.doNotSellState->get();
+}
+
+bool CategoryRow::hasVendors() const {
+  return services_ && !isDoNotSell() && !services_->groups(categoryId_).empty();
+}
+
+AnyView CategoryRow::switchView() const {
+  const bool isShown = category_.enabled.value_or(false);
+  Binding<bool> isOn = Binding<bool>::computed([isShown] { return isShown; }, [](bool) {});
+  if (bindings_.categoryStates && bindings_.vendorStates && bindings_.doNotSellState) {
+    isOn = isDoNotSell() ? doNotSellSwitch(bindings_, services_)
+                         : categorySwitch(bindings_, services_, categoryId_);
+  }
+  return toggle(isOn, palette_.toggle())
+      .disabled(!canSwitch())
+      .accessibility({.role = Role::toggle, .label = category_.name.value_or("")});
+}
+
+// The name, and how many of its vendors are on when that is neither none nor all.
+AnyView CategoryRow::title() const {
+  std::vector<AnyView> parts{text(category_.name.value_or(""),
+                                  {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})};
+  if (hasVendors() && bindings_.vendorStates) {
+    const std::size_t all = services_->vendors(categoryId_).size();
+    const std::size_t on = vendorsOn(bindings_.vendorStates->get(), categoryId_, *services_);
+    if (on > 0 && on < all) {
+      parts.push_back(
+          text(std::to_string(on) + " / " + std::to_string(all),
+               {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
+    }
+  }
+  return horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts);
+}
+
+AnyView CategoryRow::header(const State<bool>& isExpanded) const {
+  std::vector<AnyView> lines{title()};
+  if (showCategoryDescription_ && category_.description) {
+    lines.push_back(text(*category_.description, {.font = {TextStyle::subheadline, FontWeight::regular},
+                                                  .color = palette_.secondaryFont()}));
+  }
+  const AnyView texts = verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 3}, lines)
+                            .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
+  if (!hasVendors()) return services_ ? texts.padding({.leading = chevronSize + chevronGap}) : texts;
+
+  const AnyView chevron = symbol({.glyph = Glyph::chevronRight,
+                                  .size = chevronSize,
+                                  .weight = FontWeight::medium,
+                                  .color = palette_.secondaryFont(),
+                                  .turns = isExpanded.get() ? 0.25 : 0});
+  const auto& groups = services_->groups(categoryId_);
+  return button(horizontalStack({.spacing = chevronGap}, {chevron, texts}),
+                [isExpanded] { isExpanded.set(!isExpanded.get()); })
+      .accessibility({.role = Role::expander,
+                      .label = category_.name.value_or(""),
+                      .value = isExpanded.get() ? "expanded" : "collapsed",
+                      .description = std::to_string(groups.size()) + " " + localized("vendors")});
+}
+
+AnyView CategoryRow::vendors() const {
+  const auto& groups = services_->groups(categoryId_);
+  const bool isDisabled = !canSwitch();
+  return lazyRows(groups.size(), [row = *this, isDisabled](std::size_t index) {
+    const std::shared_ptr<const Services::ServiceGroup> group(row.services_,
+                                                              &row.services_->groups(row.categoryId_)[index]);
+    return VendorRow(group, row.palette_, row.categoryId_, isDisabled, row.bindings_, row.onVendorDetailTap_)
+        .view(row.category_.name.value_or(""))
+        .padding({.leading = chevronSize + chevronGap})
+        .key(group->vendor);
+  });
+}
+
+}  // namespace TalvoConsentSDK

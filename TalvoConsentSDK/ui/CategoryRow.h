@@ -1,0 +1,45 @@
+#pragma once
+
+// One category of the preferences screen: its switch, and its vendors when it is expanded.
+
+#include <string>
+
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+#include "TalvoConsentSDK/ui/view/AnyView.h"
+
+namespace TalvoConsentSDK {
+
+/// A required or read-only category cannot be switched, nor can any but the do-not-sell one while that is on.
+/// Whether the row is expanded is its own state.
+class CategoryRow {
+ public:
+  CategoryRow(BannerCustomization::CategoryItem category, const Palette& palette, bool readOnly,
+              VendorCataloguePointer services, bool showCategoryDescription, ConsentBindings bindings,
+              std::string categoryId, VendorDetailHandler onVendorDetailTap);
+
+  /// The row as a component.
+  AnyView view() const;
+
+  AnyView body(const State<bool>& isExpanded) const;
+
+ private:
+  bool isDoNotSell() const { return categoryId_ == "doNotSell"; }
+  bool canSwitch() const;
+  bool hasVendors() const;
+  AnyView switchView() const;
+  AnyView title() const;
+  AnyView header(const State<bool>& isExpanded) const;
+  AnyView vendors() const;
+
+  const BannerCustomization::CategoryItem category_;
+  const Palette palette_;
+  const bool readOnly_;
+  const VendorCataloguePointer services_;
+  const bool showCategoryDescription_;
+  const ConsentBindings bindings_;
+  const std::string categoryId_;
+  const VendorDetailHandler onVendorDetailTap_;
+};
+
+}  // namespace TalvoConsentSDK

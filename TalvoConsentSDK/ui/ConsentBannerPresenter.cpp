@@ -1,0 +1,103 @@
+#include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <utility>
+
+#include "TalvoConsentSDK/platform/Platform.h"
+#include "TalvoConsentSDK/ui/CardScreen.h"
+#include "TalvoConsentSDK/ui/view/HostingController.h"
+#include "TalvoConsentSDK/ui/view/TextDirection.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+constexpr std::chrono::milliseconds fadeTime(300);
+
+std::chrono::milliseconds fadeDuration() {
+  return Platform::current().application->reducesMotion() ? std::chrono::milliseconds::zero() : fadeTime;
+}
+
+LayoutDirection layoutDirection(const BannerCustomization::Customization& customization) {
+  const auto& messages = customization.messages.bannerMessages;
+  return Platform::current().application->layoutDirection().value_or(
+      dominantDirection(messages.title + messages.mainMessage));
+}
+
+std::shared_ptr<Scene> foregroundScene() {
+  const auto scenes = Platform::current().application->connectedScenes();
+  const auto scene = std::ranges::find_if(scenes, [](const auto& each) {
+    return each->activationState() == ActivationState::foregroundActive && each->isWindowScene();
+  });
+  return scene == scenes.end() ? nullptr : *scene;
+}
+
+}  // namespace
+
+AnyView bannerComposition(const AnyView& banner, const BannerCustomization::Customization& customization) {
+  const Alignment placement{HorizontalAlignment::center,
+                            isAtTop(customization) ? VerticalAlignment::top : VerticalAlignment::bottom};
+  if (!customization.settings.isShowBlurBackground) {
+    return banner.frame({.maxWidth = infinity, .maxHeight = infinity, .alignment = placement});
+  }
+  const AnyView backdrop = shape(Color::black().withAlpha(0.3)).ignoresSafeArea();
+  return depthStack(placement, {backdrop, banner});
+}
+
+const std::shared_ptr<ConsentBannerPresenter>& ConsentBannerPresenter::shared() {
+  static const auto& presenter =
+      *new std::shared_ptr<ConsentBannerPresenter>(std::make_shared<ConsentBannerPresenter>());
+  return presenter;
+}
+
+void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
+                                  const BannerCustomization::Customization& customization) {
+  const auto scene = foregroundScene();
+  if (!scene) return;
+
+  hostingController_ = std::make_shared<HostingController>(
+      bannerComposition(wrapped(bannerView).view(), customization), layoutDirection(customization));
+  hostingController_->setBackgroundColor(Color::clear());
+
+  const auto window = scene->makeWindow();
+  window->setRootViewController(hostingController_);
+  window->setWindowLevel(WindowLevel::alert);
+  window->setBackgroundColor(Color::clear());
+  window->makeKeyAndVisible();
+  overlayWindow_ = window;
+  window->setAlpha(0);
+  window->animateAlpha(1, fadeDuration(), [] {});
+}
+
+void ConsentBannerPresenter::dismiss() {
+  if (!overlayWindow_) return;
+  overlayWindow_->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = overlayWindow_] {
+    window->setHidden(true);
+    // A banner shown while this one faded out stays.
+    if (self->overlayWindow_ != window) return;
+    self->overlayWindow_.reset();
+    self->hostingController_.reset();
+  });
+}
+
+ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& bannerView) {
+  const auto dismissing = [self = weak_from_this()](auto callback) {
+    return [self, callback = std::move(callback)](const auto&... arguments) {
+      callback(arguments...);
+      if (const auto presenter = self.lock()) presenter->dismiss();
+    };
+  };
+  const BannerCallbacks& callbacks = bannerView.callbacks();
+  return bannerView.withCallbacks({
+      .onAcceptAll = dismissing(callbacks.onAcceptAll),
+      .onRejectAll = dismissing(callbacks.onRejectAll),
+      .onManagePreferences = callbacks.onManagePreferences,
+      .onSavePreferences = dismissing(callbacks.onSavePreferences),
+      .onClose = dismissing(callbacks.onClose),
+  });
+}
+
+}  // namespace TalvoConsentSDK

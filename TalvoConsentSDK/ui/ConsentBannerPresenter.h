@@ -1,0 +1,40 @@
+#pragma once
+
+// Puts the banner on screen above the host's interface, and takes it away.
+
+#include <memory>
+
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/platform/Window.h"
+#include "TalvoConsentSDK/ui/ConsentBannerView.h"
+#include "TalvoConsentSDK/ui/view/AnyView.h"
+
+namespace TalvoConsentSDK {
+
+class HostingController;
+
+/// The process's one presenter: it holds the banner's window while there is one. Main thread only.
+class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBannerPresenter> {
+ public:
+  static const std::shared_ptr<ConsentBannerPresenter>& shared();
+
+  /// Shows a banner in a new window on the first scene in the foreground, fading in. Without such a scene
+  /// nothing happens. Accepting, rejecting, saving and closing dismiss the banner after they have been
+  /// reported; managing preferences does not. A banner that is still on show is replaced.
+  void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
+
+  /// Fades the banner out and lets go of its window; nothing when there is none.
+  void dismiss();
+
+ private:
+  ConsentBannerView wrapped(const ConsentBannerView& bannerView);
+
+  std::shared_ptr<HostingController> hostingController_;
+  std::shared_ptr<Window> overlayWindow_;
+};
+
+/// The banner with its placement and, where the customization asks for it, a dimmed backdrop that keeps
+/// touches from the host.
+AnyView bannerComposition(const AnyView& banner, const BannerCustomization::Customization& customization);
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,202 @@
+#include "TalvoConsentSDK/ui/ConsentBannerView.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "TalvoConsentSDK/platform/Printer.h"
+#include "TalvoConsentSDK/ui/ExternalLink.h"
+#include "TalvoConsentSDK/ui/Labels.h"
+#include "TalvoConsentSDK/ui/MainScreenView.h"
+#include "TalvoConsentSDK/ui/PreferencesScreenView.h"
+#include "TalvoConsentSDK/ui/VendorDetailScreenView.h"
+#include "TalvoConsentSDK/ui/view/Element.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using StoredConsent = std::optional<BasicConsent>;
+
+std::optional<ConsentValue> storedValue(const StoredConsent& consent, const std::string& category) {
+  if (category == "necessary") return ConsentValue::all();
+  if (!consent) return std::nullopt;
+  if (category == "preferences") return consent->preferences;
+  if (category == "statistics") return consent->statistics;
+  return consent->marketing;
+}
+
+constexpr const char* categories[] = {"necessary", "preferences", "statistics", "marketing"};
+
+CategoryStates initialCategories(const StoredConsent& consent) {
+  CategoryStates states;
+  for (const char* category : categories) {
+    const auto value = storedValue(consent, category);
+    states[category] = value && value->isEnabled();
+  }
+  return states;
+}
+
+bool isOnInitially(const std::optional<ConsentValue>& value, const std::string& vendor) {
+  if (!value) return false;
+  if (!value->isPartial()) return value->isAll();
+  return std::ranges::find(value->items(), vendor) != value->items().end();
+}
+
+VendorStates initialVendors(const StoredConsent& consent, const VendorCataloguePointer& services) {
+  VendorStates states;
+  if (!services) return states;
+  for (const char* category : categories) {
+    const auto value = storedValue(consent, category);
+    auto& vendors = states[category];
+    for (const std::string& vendor : services->vendors(category))
+      vendors[vendor] = isOnInitially(value, vendor);
+  }
+  return states;
+}
+
+// In catalogue order; names that the catalogue no longer lists count too, and come last.
+std::vector<std::string> enabledVendors(const VendorStates& states, const std::string& category,
+                                        const std::vector<std::string>& listed) {
+  const auto vendors = states.find(category);
+  if (vendors == states.end()) return {};
+  std::vector<std::string> enabled;
+  std::set<std::string> stale;
+  for (const auto& [vendor, isOn] : vendors->second) {
+    if (isOn) stale.insert(vendor);
+  }
+  for (const std::string& vendor : listed) {
+    if (stale.erase(vendor) > 0) enabled.push_back(vendor);
+  }
+  enabled.insert(enabled.end(), stale.begin(), stale.end());
+  return enabled;
+}
+
+bool startsWithPreferences(const StoredConsent& consent,
+                           const std::optional<SiteConfiguration>& configuration) {
+  return consent && configuration && configuration->returnSecondaryView.value_or(false);
+}
+
+}  // namespace
+
+ConsentBannerView::ConsentBannerView(BannerCustomization::Customization customization,
+                                     std::optional<Services> services,
+                                     std::optional<SiteConfiguration> siteConfiguration,
+                                     std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks)
+    : inputs_(std::make_shared<const Inputs>(Inputs{
+          std::move(customization),
+          services ? std::make_shared<const VendorCatalogue>(*std::move(services)) : nullptr,
+          siteConfiguration,
+          std::move(initialConsent),
+      })),
+      callbacks_(std::move(callbacks)),
+      currentScreen_(startsWithPreferences(inputs_->initialConsent, inputs_->siteConfiguration)
+                         ? Screen(PreferencesScreen())
+                         : Screen(MainScreen())),
+      categoryStates_(initialCategories(inputs_->initialConsent)),
+      vendorStates_(initialVendors(inputs_->initialConsent, inputs_->services)),
+      doNotSellEnabled_(inputs_->initialConsent && inputs_->initialConsent->optedIn == false) {}
+
+ConsentBannerView ConsentBannerView::withCallbacks(BannerCallbacks callbacks) const {
+  ConsentBannerView copy = *this;
+  copy.callbacks_ = std::move(callbacks);
+  return copy;
+}
+
+AnyView ConsentBannerView::view() const {
+  return component("banner", [banner = *this](RenderContext& context) {
+    context.observe(banner.currentScreen_, banner.categoryStates_, banner.vendorStates_,
+                    banner.doNotSellEnabled_);
+    return banner.body();
+  });
+}
+
+AnyView ConsentBannerView::body() const {
+  const auto& customization = inputs_->customization;
+  const auto mainAction = [view = *this](const std::string& action) { view.handleMainAction(action); };
+  const auto action = [view = *this](const std::string& id) { view.handlePreferencesAction(id); };
+  const auto link = [view = *this](const std::string& id) { view.handleLinkAction(id); };
+  const auto detail = [view = *this](const Services::ServiceGroup& group) { view.showVendorDetail(group); };
+  const auto back = [view = *this] { view.currentScreen_.set(PreferencesScreen()); };
+
+  const Screen& screen = currentScreen_.get();
+  if (std::holds_alternative<MainScreen>(screen)) {
+    return MainScreenView(customization, mainAction, link).body().key("main");
+  }
+  if (const auto* vendor = std::get_if<VendorDetailScreen>(&screen)) {
+    return VendorDetailScreenView(vendor->group, customization, inputs_->services, bindings(), back, action,
+                                  link, detail)
+        .body()
+        .key("vendor " + vendor->group.vendor);
+  }
+  return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail)
+      .body()
+      .key("preferences");
+}
+
+void ConsentBannerView::handleMainAction(const std::string& action) const {
+  if (action == "closeButton") return callbacks_.onClose();
+  if (action == "managePreferences" || action == "preferences") {
+    return currentScreen_.set(PreferencesScreen());
+  }
+  performCommonAction(action);
+}
+
+void ConsentBannerView::handlePreferencesAction(const std::string& action) const {
+  if (action == "closeButton") return callbacks_.onClose();
+  if (action == "savePreferences") {
+    const auto& initial = inputs_->initialConsent;
+    return callbacks_.onSavePreferences(
+        BasicConsent(consentValue(ConsentCategory::preferences), consentValue(ConsentCategory::statistics),
+                     consentValue(ConsentCategory::marketing), initial ? initial->id : std::nullopt,
+                     !doNotSellEnabled_.get()));
+  }
+  performCommonAction(action);
+}
+
+// One table for all screens; on the main screen its last two rows are never reached.
+void ConsentBannerView::performCommonAction(const std::string& action) const {
+  const std::pair<const char*, const std::function<void()>&> table[] = {
+      {"acceptAll", callbacks_.onAcceptAll},
+      {"rejectAll", callbacks_.onRejectAll},
+      {"managePreferences", callbacks_.onManagePreferences},
+      {"preferences", callbacks_.onManagePreferences},
+  };
+  for (const auto& [id, callback] : table) {
+    if (action == id) return callback();
+  }
+  print("⚠️ Unknown button action: " + action);
+}
+
+void ConsentBannerView::handleLinkAction(const std::string& link) const {
+  if (link == "doNotSellMyData") return currentScreen_.set(PreferencesScreen());
+  const std::string key = linkURLKey(link);
+  if (const auto& urls = inputs_->customization.urls; urls && urls->contains(key)) {
+    return openExternally(link, urls->find(key)->second);
+  }
+  if (link == "doNotSellMyData") return;
+  print("No URL found for link: " + link + " (URL key: " + key + ")");
+}
+
+void ConsentBannerView::showVendorDetail(const Services::ServiceGroup& group) const {
+  currentScreen_.set(VendorDetailScreen{group});
+}
+
+ConsentValue ConsentBannerView::consentValue(ConsentCategory category) const {
+  const std::string key(rawValue(category));
+  if (doNotSellEnabled_.get() && category != ConsentCategory::necessary) return ConsentValue::none();
+  if (!isOn(categoryStates_.get(), key)) return ConsentValue::none();
+  if (!inputs_->services) return ConsentValue::all();
+
+  const std::vector<std::string>& total = inputs_->services->vendors(key);
+  if (total.empty()) return ConsentValue::all();
+  return ConsentValue::fromSelection(enabledVendors(vendorStates_.get(), key, total),
+                                     static_cast<int>(total.size()));
+}
+
+ConsentBindings ConsentBannerView::bindings() const {
+  return {categoryStates_.binding(), vendorStates_.binding(), doNotSellEnabled_.binding()};
+}
+
+}  // namespace TalvoConsentSDK

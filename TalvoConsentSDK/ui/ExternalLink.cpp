@@ -1,0 +1,29 @@
+#include "TalvoConsentSDK/ui/ExternalLink.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "TalvoConsentSDK/platform/Platform.h"
+#include "TalvoConsentSDK/platform/Printer.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
+  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  return text.size() >= lowerCasePrefix.size() &&
+         std::ranges::equal(text.substr(0, lowerCasePrefix.size()), lowerCasePrefix, {}, lower);
+}
+
+}  // namespace
+
+void openExternally(const std::string& link, const std::string& url) {
+  const bool hasScheme = startsWith(url, "http://") || startsWith(url, "https://");
+  const auto parsed = URL::parse(hasScheme ? url : "https://" + url);
+  if (!parsed) return print("⚠️ Invalid URL for link " + link + ": " + url);
+  const Platform platform = Platform::current();
+  platform.mainActor->post([application = platform.application, parsed] { application->open(*parsed); });
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,33 @@
+#include "TalvoConsentSDK/ui/LinkComponentRenderer.h"
+
+#include "TalvoConsentSDK/ui/Labels.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+AnyView LinksComponentRenderer::render() const {
+  std::vector<AnyView> visible;
+  for (const std::string& link : links_) {
+    if (isVisible(link)) visible.push_back(linkView(link));
+  }
+  if (visible.empty()) return {};
+  return horizontalStack({.spacing = 16, .overflow = Overflow::wrap}, visible).padding({.bottom = 16});
+}
+
+bool LinksComponentRenderer::isVisible(const std::string& link) const {
+  if (link == "doNotSellMyData") return true;
+  if (!customization_.urls) return false;
+  const auto url = customization_.urls->find(linkURLKey(link));
+  return url != customization_.urls->end() && !url->second.empty();
+}
+
+AnyView LinksComponentRenderer::linkView(const std::string& link) const {
+  const Palette palette(customization_.colors);
+  const AnyView label = text(linkLabel(link, messages_), {.font = {TextStyle::footnote, FontWeight::regular},
+                                                          .color = palette.buttonFont,
+                                                          .isUnderlined = true});
+  return button(label, [onAction = onAction_, link] { onAction(link); }).accessibility({.role = Role::link});
+}
+
+}  // namespace TalvoConsentSDK

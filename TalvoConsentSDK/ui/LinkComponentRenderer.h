@@ -1,0 +1,33 @@
+#pragma once
+
+// The banner's row of text links.
+
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+
+namespace TalvoConsentSDK {
+
+/// The links that have a URL, and the do-not-sell link, which needs none; an empty view when there are none
+/// such. Reports the identifier of the link that was tapped.
+class LinksComponentRenderer : public ComponentRenderer {
+ public:
+  LinksComponentRenderer(const std::vector<std::string>& links,
+                         const BannerCustomization::Customization& customization,
+                         const BannerCustomization::BannerMessages& messages, ActionHandler onAction)
+      : links_(links), customization_(customization), messages_(messages), onAction_(std::move(onAction)) {}
+
+  AnyView render() const override;
+
+ private:
+  bool isVisible(const std::string& link) const;
+  AnyView linkView(const std::string& link) const;
+
+  const std::vector<std::string>& links_;
+  const BannerCustomization::Customization& customization_;
+  const BannerCustomization::BannerMessages& messages_;
+  const ActionHandler onAction_;
+};
+
+}  // namespace TalvoConsentSDK

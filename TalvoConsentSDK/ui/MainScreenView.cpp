@@ -1,0 +1,14 @@
+#include "TalvoConsentSDK/ui/MainScreenView.h"
+
+#include "TalvoConsentSDK/ui/CardScreen.h"
+
+namespace TalvoConsentSDK {
+
+AnyView MainScreenView::body() const {
+  CardScreen screen(customization_, onButtonAction_, onLinkAction_);
+  const auto& components = customization_.components;
+  if (components && components->mainScreen) screen.addComponents(*components->mainScreen);
+  return screen.render();
+}
+
+}  // namespace TalvoConsentSDK

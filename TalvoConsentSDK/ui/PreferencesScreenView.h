@@ -1,0 +1,37 @@
+#pragma once
+
+// The banner's second screen: the categories with their switches.
+
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ConsentSwitches.h"
+#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+
+namespace TalvoConsentSDK {
+
+/// A card with the customization's secondary-screen components; its tabs have the catalogue and the bindings.
+/// Without that list it says so.
+class PreferencesScreenView {
+ public:
+  PreferencesScreenView(const BannerCustomization::Customization& customization,
+                        VendorCataloguePointer services, ConsentBindings bindings,
+                        ActionHandler onButtonAction, ActionHandler onLinkAction,
+                        VendorDetailHandler onVendorDetailTap)
+      : customization_(customization),
+        services_(std::move(services)),
+        bindings_(std::move(bindings)),
+        onButtonAction_(std::move(onButtonAction)),
+        onLinkAction_(std::move(onLinkAction)),
+        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+
+  AnyView body() const;
+
+ private:
+  const BannerCustomization::Customization& customization_;
+  const VendorCataloguePointer services_;
+  const ConsentBindings bindings_;
+  const ActionHandler onButtonAction_;
+  const ActionHandler onLinkAction_;
+  const VendorDetailHandler onVendorDetailTap_;
+};
+
+}  // namespace TalvoConsentSDK

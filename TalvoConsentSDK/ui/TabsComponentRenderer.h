@@ -1,0 +1,49 @@
+#pragma once
+
+// The preferences screen's list of categories.
+
+#include <vector>
+
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ConsentSwitches.h"
+#include "TalvoConsentSDK/ui/VendorCatalogue.h"
+
+namespace TalvoConsentSDK {
+
+/// Called with the vendor whose details are asked for.
+using VendorDetailHandler = std::function<void(const Services::ServiceGroup&)>;
+
+/// Every tab's categories, one below the other; there is no selection among tabs. Without bindings the
+/// switches show the categories' defaults and are out of use.
+class TabsComponentRenderer : public ComponentRenderer {
+ public:
+  TabsComponentRenderer(const std::vector<BannerCustomization::TabItem>& tabs,
+                        const BannerCustomization::Customization& customization,
+                        const BannerCustomization::BannerMessages& messages,
+                        VendorCataloguePointer services = nullptr, ConsentBindings bindings = {},
+                        VendorDetailHandler onVendorDetailTap = nullptr)
+      : tabs_(tabs),
+        customization_(customization),
+        messages_(messages),
+        services_(std::move(services)),
+        bindings_(std::move(bindings)),
+        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+
+  AnyView render() const override;
+
+  /// The categories of a tab: those it lists, or all five when it lists none, always in the same order.
+  static std::vector<BannerCustomization::CategoryItem> categories(
+      const BannerCustomization::TabItem& tab, const BannerCustomization::BannerMessages& messages);
+
+ private:
+  AnyView tabView(const BannerCustomization::TabItem& tab) const;
+
+  const std::vector<BannerCustomization::TabItem>& tabs_;
+  const BannerCustomization::Customization& customization_;
+  const BannerCustomization::BannerMessages& messages_;
+  const VendorCataloguePointer services_;
+  const ConsentBindings bindings_;
+  const VendorDetailHandler onVendorDetailTap_;
+};
+
+}  // namespace TalvoConsentSDK

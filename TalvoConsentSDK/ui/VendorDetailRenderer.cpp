@@ -1,0 +1,97 @@
+#include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
+
+#include <optional>
+
+#include "TalvoConsentSDK/ui/ExternalLink.h"
+#include "TalvoConsentSDK/ui/Localized.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/VendorRow.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using Text = std::optional<std::string>;
+
+bool hasValue(const Text& value) {
+  return value && !value->empty();
+}
+
+AnyView labelled(const char* label, const AnyView& value, const Palette& palette) {
+  return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 2},
+                       {
+                           text(localized(label), {.font = {TextStyle::footnote, FontWeight::semibold},
+                                                   .color = palette.secondaryFont()}),
+                           value,
+                       })
+      .padding({.bottom = 12});
+}
+
+AnyView plain(const std::string& value, const Palette& palette) {
+  return text(value, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette.font});
+}
+
+AnyView link(const char* label, const std::string& url, const Palette& palette) {
+  const AnyView shown = text(
+      url,
+      {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette.font, .isUnderlined = true});
+  return button(shown, [label = std::string(label), url] { openExternally(label, url); })
+      .accessibility({.role = Role::link});
+}
+
+AnyView serviceView(const Services::Service& service, const Palette& palette) {
+  std::vector<AnyView> lines;
+  const Text& name = hasValue(service.fullName) ? service.fullName : service.name;
+  if (hasValue(name)) {
+    lines.push_back(
+        text(*name, {.font = {TextStyle::subheadline, FontWeight::semibold}, .color = palette.font}));
+  }
+  for (const Text* value : {&service.domain, &service.description, &service.version}) {
+    if (!hasValue(*value)) continue;
+    lines.push_back(text(
+        **value, {.font = {TextStyle::footnote, FontWeight::regular}, .color = palette.secondaryFont()}));
+  }
+  return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 2}, lines)
+      .padding(Insets::vertical(8));
+}
+
+}  // namespace
+
+AnyView VendorDetailRenderer::render() const {
+  const Palette palette(customization_.colors);
+  const auto& details = vendorGroup_.details;
+  const AnyView name =
+      text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette.font})
+          .accessibility({.role = Role::heading})
+          .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
+
+  std::vector<AnyView> views{
+      horizontalStack({.spacing = 12}, {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette,
+                                                               readOnly_, bindings_)})
+          .padding({.top = 4, .bottom = 16})};
+  const auto add = [&](const char* label, const Text& value) {
+    if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette), palette));
+  };
+  add("Company Name", details.processingCompanyName);
+  add("Location", details.processingCompanyLocation);
+  add("Privacy Contact", details.DTOProbableEmails);
+  if (hasValue(details.privacyPolicyURL)) {
+    views.push_back(labelled("Privacy Policy URL",
+                             link("privacyPolicyURL", *details.privacyPolicyURL, palette), palette));
+  }
+  add("Description", details.description);
+
+  views.push_back(text(localized("Stored Information"),
+                       {.font = {TextStyle::body, FontWeight::semibold}, .color = palette.font})
+                      .accessibility({.role = Role::heading})
+                      .padding({.top = 8, .bottom = 4}));
+  views.push_back(divider(palette.line()));
+  for (const auto& service : vendorGroup_.services) {
+    views.push_back(serviceView(service, palette));
+    views.push_back(divider(palette.line()));
+  }
+  return verticalStack({.alignment = HorizontalAlignment::leading}, views).padding({.bottom = 12});
+}
+
+}  // namespace TalvoConsentSDK

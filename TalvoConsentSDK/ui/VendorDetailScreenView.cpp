@@ -1,0 +1,57 @@
+#include "TalvoConsentSDK/ui/VendorDetailScreenView.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
+#include "TalvoConsentSDK/ui/CardScreen.h"
+#include "TalvoConsentSDK/ui/Localized.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using Tabs = std::vector<BannerCustomization::TabItem>;
+
+bool isReadOnly(const Tabs& tabs, const std::string& category) {
+  const auto lists = [&](const BannerCustomization::TabItem& tab) {
+    return !tab.categories || tab.categories->empty() ||
+           std::ranges::find(*tab.categories, category) != tab.categories->end();
+  };
+  const auto tab = std::ranges::find_if(tabs, lists);
+  return tab != tabs.end() && tab->readOnly;
+}
+
+}  // namespace
+
+AnyView VendorDetailScreenView::body() const {
+  CardScreen screen(customization_, onButtonAction_, onLinkAction_);
+  screen.add(BackButtonRenderer(customization_, onBack_).render());
+  const auto& components = customization_.components;
+  if (!components || !components->secondaryScreen) {
+    const Palette palette(customization_.colors);
+    screen.add(text(localized("No vendor details available"), {.color = palette.font}));
+    return screen.render();
+  }
+
+  const std::string category = normalizedCategoryKey(vendorGroup_.services.front().category.value_or(""));
+  const bool isRequired = category == "necessary";
+  const bool isOutOfUse = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get());
+  bool isDrawn = false;
+  screen.addComponents(*components->secondaryScreen,
+                       [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
+                         if (item.id != "tabs" || !item.tabs || item.tabs->empty()) return std::nullopt;
+                         if (std::exchange(isDrawn, true)) return AnyView();
+                         return VendorDetailRenderer(vendorGroup_, category, customization_,
+                                                     isOutOfUse || isReadOnly(*item.tabs, category),
+                                                     bindings_)
+                             .render();
+                       });
+  return screen.render();
+}
+
+}  // namespace TalvoConsentSDK

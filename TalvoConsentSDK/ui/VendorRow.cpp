@@ -1,0 +1,52 @@
+#include "TalvoConsentSDK/ui/VendorRow.h"
+
+#include <utility>
+
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+namespace TalvoConsentSDK {
+
+VendorRow::VendorRow(std::shared_ptr<const Services::ServiceGroup> vendorGroup, const Palette& palette,
+                     std::string categoryId, bool readOnly, ConsentBindings bindings,
+                     VendorDetailHandler onDetailTap)
+    : vendorGroup_(std::move(vendorGroup)),
+      palette_(palette),
+      categoryId_(std::move(categoryId)),
+      readOnly_(readOnly),
+      bindings_(std::move(bindings)),
+      onDetailTap_(std::move(onDetailTap)) {}
+
+AnyView VendorRow::view(const std::string& categoryName) const {
+  const AnyView name = text(vendorGroup_->vendor,
+                            {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette_.font})
+                           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
+  const AnyView chevron = symbol({.glyph = Glyph::chevronRight,
+                                  .size = 10,
+                                  .weight = FontWeight::medium,
+                                  .color = palette_.secondaryFont()});
+  const AnyView label = horizontalStack({.spacing = 8}, {name, chevron}).padding(Insets::vertical(8));
+  const auto showDetail = [onDetailTap = onDetailTap_, group = vendorGroup_] {
+    if (onDetailTap) onDetailTap(*group);
+  };
+  return horizontalStack(
+      {.spacing = 12},
+      {
+          button(label.frame({.minHeight = 44}), showDetail)
+              .accessibility(
+                  {.role = Role::button, .label = vendorGroup_->vendor, .description = categoryName}),
+          vendorSwitchView(vendorGroup_->vendor, categoryId_, categoryName, palette_, readOnly_, bindings_),
+      });
+}
+
+AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
+                         const std::string& categoryName, const Palette& palette, bool readOnly,
+                         const ConsentBindings& bindings) {
+  const Binding<bool> isOn = bindings.vendorStates
+                                 ? vendorSwitch(bindings, categoryId, vendor)
+                                 : Binding<bool>::computed([] { return false; }, [](bool) {});
+  return toggle(isOn, palette.toggle())
+      .disabled(readOnly || !bindings.vendorStates)
+      .accessibility({.role = Role::toggle, .label = vendor, .description = categoryName});
+}
+
+}  // namespace TalvoConsentSDK

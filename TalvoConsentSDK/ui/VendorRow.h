@@ -1,0 +1,35 @@
+#pragma once
+
+// One vendor in an expanded category: its switch, and the way to its details.
+
+#include <memory>
+#include <string>
+
+#include "TalvoConsentSDK/ui/CategoryRow.h"
+
+namespace TalvoConsentSDK {
+
+class VendorRow {
+ public:
+  /// `readOnly`: the switch only shows.
+  VendorRow(std::shared_ptr<const Services::ServiceGroup> vendorGroup, const Palette& palette,
+            std::string categoryId, bool readOnly, ConsentBindings bindings, VendorDetailHandler onDetailTap);
+
+  /// The row; `categoryName` tells assistive technology where it belongs.
+  AnyView view(const std::string& categoryName) const;
+
+ private:
+  const std::shared_ptr<const Services::ServiceGroup> vendorGroup_;
+  const Palette palette_;
+  const std::string categoryId_;
+  const bool readOnly_;
+  const ConsentBindings bindings_;
+  const VendorDetailHandler onDetailTap_;
+};
+
+/// A vendor's switch, named by the vendor; out of use when read-only or without a binding.
+AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
+                         const std::string& categoryName, const Palette& palette, bool readOnly,
+                         const ConsentBindings& bindings);
+
+}  // namespace TalvoConsentSDK

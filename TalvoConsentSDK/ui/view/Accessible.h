@@ -1,0 +1,49 @@
+#pragma once
+
+// The banner as assistive technology and scripts know it: a flat list in reading order, and the controls in
+// it.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/platform/Geometry.h"
+#include "TalvoConsentSDK/ui/view/Element.h"
+#include "TalvoConsentSDK/ui/view/ViewTypes.h"
+
+namespace TalvoConsentSDK {
+
+/// The least side of an area that a finger can hit, in points (WCAG 2.2, target size enhanced).
+inline constexpr double leastTarget = 44;
+
+/// One thing to read or use.
+struct AccessibleElement {
+  ElementId id = 0;
+  Role role = Role::text;
+  std::string name;
+  std::string value;  // of a switch "on" or "off", of an expander "expanded" or "collapsed"
+  std::string description;
+  bool isEnabled = true;
+  bool isModal = false;
+  bool isDismissal = false;
+  Rect frame;                        // in window coordinates; of a control the area that can be hit
+  std::optional<Rect> clip;          // what of the window it is seen in
+  const Element* control = nullptr;  // the button or switch to use; null: none
+
+  bool isControl() const { return control != nullptr; }
+};
+
+/// Everything in a laid-out tree, what is scrolled out of sight included.
+std::vector<AccessibleElement> accessibleElements(const ElementTree& tree);
+
+/// The control that a touch at `point` is meant for: the topmost one drawn there, else the nearest one whose
+/// hit area holds the point. Disabled controls take part, so that a touch on one goes nowhere else.
+const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point);
+
+/// Whether anything is drawn at `point` that keeps touches from the host.
+bool isCovered(const ElementTree& tree, Point point);
+
+/// Does what a control is for.
+void activate(const Element& control);
+
+}  // namespace TalvoConsentSDK

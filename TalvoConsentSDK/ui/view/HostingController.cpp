@@ -1,0 +1,113 @@
+#include "TalvoConsentSDK/ui/view/HostingController.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "TalvoConsentSDK/ui/view/ViewNode.h"
+
+namespace TalvoConsentSDK {
+
+HostingController::HostingController(AnyView rootView, LayoutDirection direction)
+    : rootView_(std::move(rootView)),
+      direction_(direction),
+      tree_([this] {
+        renderIsStale_ = true;
+        requestFrame();
+      }),
+      layout_(tree_, environment_) {}
+
+void HostingController::setEnvironment(ViewEnvironment environment) {
+  const bool hasOtherMetrics = environment.textMeasurer != environment_.textMeasurer;
+  environment_ = std::move(environment);
+  environment_.layoutDirection = direction_;
+  if (hasOtherMetrics) forgetAllSizes(tree_.root());
+  layoutIsStale_ = true;
+  requestFrame();
+}
+
+const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
+  if (motion_.isFlinging()) scrollBy(*motion_.region(), motion_.step(now));
+  update();
+  animations_.begin(now, !environment_.reducesMotion);
+  const VisualState state{pressed_, focusIsVisible_ ? focused_ : std::nullopt, layout_.scrollRegions()};
+  visuals_ = visuals(tree_, environment_, state, animations_);
+  return visuals_;
+}
+
+bool HostingController::covers(Point point) {
+  update();
+  return isCovered(tree_, point);
+}
+
+const std::vector<AccessibleElement>& HostingController::accessibleElements(bool all) {
+  update();
+  if (all) {
+    layout_.run(keptElements(), Layout::Rows::all);
+    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    layoutIsStale_ = true;  // what comes next drops the rows again
+  }
+  return accessible_;
+}
+
+bool HostingController::activate(ElementId control) {
+  const AccessibleElement* element = find(control);
+  if (!element || !element->isControl() || !element->isEnabled) return false;
+  TalvoConsentSDK::activate(*element->control);
+  return true;
+}
+
+// Brings rendering and layout up to date.
+void HostingController::update() {
+  if (std::exchange(renderIsStale_, false)) {
+    tree_.render(rootView_);
+    layoutIsStale_ = true;
+  }
+  if (std::exchange(layoutIsStale_, false)) {
+    layout_.run(keptElements());
+    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    settleFocus();
+    loadImages(tree_.root());
+  }
+}
+
+// What is focused or pressed stays, however far it is scrolled away.
+std::vector<ElementId> HostingController::keptElements() const {
+  std::vector<ElementId> kept;
+  if (focused_) kept.push_back(*focused_);
+  if (pressed_) kept.push_back(*pressed_);
+  return kept;
+}
+
+void HostingController::loadImages(Element& element) {
+  if (const auto* image = std::get_if<view::AsyncImage>(&element.view.node().content)) {
+    auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
+    if (loaded.url != image->url && environment_.imageLoader) {
+      loaded = {image->url, nullptr};
+      environment_.imageLoader->load(
+          image->url, [weak = std::weak_ptr(self_), id = element.id,
+                       url = image->url](const Result<std::shared_ptr<const Image>>& result) {
+            const auto self = weak.lock();
+            if (!self || !result) return;
+            HostingController& controller = **self;
+            controller.tree_.memory().get<LoadedImage>(id, [] { return LoadedImage(); }) = {url, *result};
+            forgetAllSizes(controller.tree_.root());
+            controller.layoutIsStale_ = true;
+            controller.requestFrame();
+          });
+    }
+  }
+  forEachChild(element, [this](Element& child) { loadImages(child); });
+}
+
+void HostingController::requestFrame() {
+  if (needsFrame_) needsFrame_();
+}
+
+const AccessibleElement* HostingController::find(ElementId id) {
+  const auto& elements = accessibleElements();
+  const auto found = std::ranges::find(elements, id, &AccessibleElement::id);
+  return found == elements.end() ? nullptr : &*found;
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,24 @@
+#pragma once
+
+// What a window tells the views in it.
+
+#include <memory>
+
+#include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Geometry.h"
+#include "TalvoConsentSDK/platform/ImageLoader.h"
+#include "TalvoConsentSDK/platform/TextMeasurer.h"
+
+namespace TalvoConsentSDK {
+
+struct ViewEnvironment {
+  std::shared_ptr<TextMeasurer> textMeasurer;
+  std::shared_ptr<ImageLoader> imageLoader;
+  double textScale = 1;  // that the measurer works with
+  Size size;             // of the window, in points
+  Insets safeArea;       // what the system's own furniture covers of it
+  LayoutDirection layoutDirection = LayoutDirection::leftToRight;  // set by the controller
+  bool reducesMotion = false;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,43 @@
+#pragma once
+
+// The small vocabulary that views are described with.
+
+#include <limits>
+
+#include "TalvoConsentSDK/platform/Color.h"
+
+namespace TalvoConsentSDK {
+
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+
+enum class HorizontalAlignment { leading, center, trailing };
+enum class VerticalAlignment { top, center, bottom };
+
+struct Alignment {
+  HorizontalAlignment horizontal = HorizontalAlignment::center;
+  VerticalAlignment vertical = VerticalAlignment::center;
+  friend bool operator==(const Alignment&, const Alignment&) = default;
+};
+
+/// Symbols every toolkit can draw.
+enum class Glyph { xmark, chevronLeft, chevronRight };
+
+/// What assistive technology is told a thing is.
+enum class Role { none, text, heading, image, button, link, toggle, expander, dialog };
+
+/// What a horizontal stack does when its children do not fit side by side.
+enum class Overflow {
+  compress,           // each gets less
+  stackAtBrokenWord,  // one below the other, once a word would have to be broken inside
+  wrap,               // on to further lines
+};
+
+struct Shadow {
+  Color color;
+  double radius = 0;  // of the blur
+  double x = 0;
+  double y = 0;
+  friend bool operator==(const Shadow&, const Shadow&) = default;
+};
+
+}  // namespace TalvoConsentSDK

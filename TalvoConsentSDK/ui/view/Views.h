@@ -1,0 +1,69 @@
+#pragma once
+
+// The views that others are made of. A screen is an expression over these functions and AnyView's operations.
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/platform/Font.h"
+#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/ui/view/AnyView.h"
+#include "TalvoConsentSDK/ui/view/State.h"
+#include "TalvoConsentSDK/ui/view/ViewNode.h"
+
+namespace TalvoConsentSDK {
+
+struct TextOptions {
+  Font font = {};
+  Color color = {};
+  bool isUnderlined = false;
+  HorizontalAlignment alignment = HorizontalAlignment::leading;
+};
+
+struct ToggleColors {
+  Color on = {};
+  Color off = {};
+  Color knob = {};
+};
+
+/// Children from leading to trailing.
+struct HorizontalOptions {
+  VerticalAlignment alignment = VerticalAlignment::center;
+  double spacing = 0;
+  Overflow overflow = Overflow::compress;
+};
+
+/// Children from top to bottom.
+struct VerticalOptions {
+  HorizontalAlignment alignment = HorizontalAlignment::center;
+  double spacing = 0;
+};
+
+AnyView text(std::string content, const TextOptions& options);
+AnyView symbol(const view::Symbol& symbol);
+AnyView asyncImage(URL url, double height);
+AnyView shape(Color color);
+AnyView button(const AnyView& label, std::function<void()> action);
+AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors);
+AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children);
+AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> children);
+
+/// Children one over the other, the last one on top.
+AnyView depthStack(Alignment alignment, std::vector<AnyView> children);
+
+AnyView spacer();
+AnyView divider(Color color);
+AnyView scroll(const AnyView& content);
+
+/// See `view::PinnedFooter`.
+AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
+
+/// See `view::LazyRows`; `row` makes the row at an index.
+AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);
+
+/// A view with state of its own; `body` runs for every rendering.
+AnyView component(std::string name, std::function<AnyView(RenderContext&)> body);
+
+}  // namespace TalvoConsentSDK
