@@ -1,0 +1,289 @@
+#include "adapters/curl/CurlTransfer.h"
+
+#include <algorithm>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include <arpa/inet.h>
+#include <curl/curl.h>
+#include <netinet/in.h>
+#include <strings.h>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+constexpr int mostRedirects = 20;
+
+std::chrono::milliseconds patience(std::chrono::milliseconds timeout) {
+  using namespace std::chrono_literals;
+  return std::clamp<std::chrono::milliseconds>(timeout, 1ms, 24h);  // no overflow when it is added to a time
+}
+
+bool sameName(const std::string& a, const std::string& b) {
+  return strcasecmp(a.c_str(), b.c_str()) == 0;
+}
+
+// Headers that may follow a redirect to another origin; all others could tell it something about the person.
+bool isHarmless(const std::string& name) {
+  return sameName(name, "Accept") || sameName(name, "Accept-Language") || sameName(name, "Content-Type");
+}
+
+bool isToken(std::string_view name) {
+  constexpr std::string_view allowed =
+      "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  return !name.empty() && name.find_first_not_of(allowed) == std::string_view::npos;
+}
+
+std::optional<PlatformError> refusal(const URLRequest& request) {
+  const auto refused = [](std::string text) {
+    return curlError(CURLE_BAD_FUNCTION_ARGUMENT, std::move(text));
+  };
+  const bool mayHaveBody = request.method == "POST" || request.method == "PUT";
+  if (!mayHaveBody && request.method != "GET" && request.method != "HEAD") {
+    return refused("The request's method is not GET, HEAD, POST or PUT");
+  }
+  if (request.body && !mayHaveBody) return refused("A " + request.method + " request cannot have a body");
+  for (const auto& [name, value] : request.headers) {
+    if (!isToken(name)) return refused("A header's name cannot be sent");
+    if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
+      return refused("The value of the header " + name + " has a line break or NUL in it");
+    }
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+PlatformError curlError(int code, std::string text) {
+  return {"CURL", code, std::move(text)};
+}
+
+void CurlTransfer::HandleDeleter::operator()(void* handle) const noexcept {
+  curl_easy_cleanup(handle);
+}
+
+void CurlTransfer::ListDeleter::operator()(curl_slist* list) const noexcept {
+  curl_slist_free_all(list);
+}
+
+std::optional<CurlTransfer::Target> CurlTransfer::Target::parse(const char* url) {
+  const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parsed(curl_url(), &curl_url_cleanup);
+  if (curl_url_set(parsed.get(), CURLUPART_URL, url,
+                   CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME)) {
+    return std::nullopt;
+  }
+  const auto part = [&](CURLUPart name, unsigned flags = 0) {
+    char* text = nullptr;
+    if (curl_url_get(parsed.get(), name, &text, flags)) return std::string();
+    const std::unique_ptr<char, decltype(&curl_free)> owner(text, &curl_free);
+    return std::string(text);
+  };
+  return Target{part(CURLUPART_URL), part(CURLUPART_SCHEME), part(CURLUPART_HOST),
+                part(CURLUPART_PORT, CURLU_DEFAULT_PORT)};
+}
+
+bool CurlTransfer::Target::isLoopback() const {
+  if (sameName(host, "localhost") || host == "[::1]") return true;
+  in_addr address{};
+  return inet_pton(AF_INET, host.c_str(), &address) == 1 && ntohl(address.s_addr) >> 24U == IN_LOOPBACKNET;
+}
+
+bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
+  return scheme == other.scheme && sameName(host, other.host) && port == other.port;
+}
+
+CurlTransfer::CurlTransfer(const CurlRules& rules, URLRequest request)
+    : rules_(rules),
+      request_(std::move(request)),
+      patience_(patience(request_.timeout)),
+      handle_(curl_easy_init()) {
+  if (!handle_) throw std::bad_alloc();
+}
+
+std::optional<PlatformError> CurlTransfer::prepare() {
+  if (auto refused = refusal(request_)) return refused;
+  target_ = Target::parse(request_.url.text().c_str());
+  if (!target_) return curlError(CURLE_URL_MALFORMAT, "The request's URL cannot be used");
+  return configure();
+}
+
+std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
+  if (tooLarge_) {
+    return curlError(CURLE_FILESIZE_EXCEEDED,
+                     "The reply is larger than " + std::to_string(rules_.largestReply) + " bytes");
+  }
+  if (code != CURLE_OK) {
+    const char* const text = curl_easy_strerror(static_cast<CURLcode>(code));
+    return curlError(code, errorText_.front() ? errorText_.data() : text);
+  }
+  long status = 0;
+  const char* location = nullptr;
+  curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
+  curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &location);
+  const bool redirects = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+  if (redirects && location) {
+    if (auto refused = follow(static_cast<int>(status), location)) return *refused;
+    return std::nullopt;
+  }
+  URLResponse response;
+  response.statusCode = static_cast<int>(status);
+  if (request_.method != "HEAD" && status != 204 && status != 304) response.body = std::move(body_);
+  return response;
+}
+
+std::optional<PlatformError> CurlTransfer::follow(int status, const char* location) {
+  if (++redirects_ > mostRedirects) {
+    return curlError(CURLE_TOO_MANY_REDIRECTS,
+                     "More than " + std::to_string(mostRedirects) + " redirects in a row");
+  }
+  auto next = Target::parse(location);
+  if (!next) return curlError(CURLE_URL_MALFORMAT, "A redirect's URL cannot be used");
+  if (target_->scheme == "https" && next->scheme != "https") {
+    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "A redirect from https to " + next->scheme + " is refused");
+  }
+  const bool isPost = request_.method == "POST";
+  if ((status <= 302 && isPost) || (status == 303 && (isPost || request_.method == "PUT"))) {
+    request_.method = "GET";
+    request_.headers.erase("Content-Type");
+  }
+  leftOrigin_ = leftOrigin_ || !next->sharesOrigin(*target_);
+  target_ = std::move(next);
+  return configure();
+}
+
+std::optional<PlatformError> CurlTransfer::configure() {
+  const bool plain = target_->scheme == "http";
+  if (!plain && target_->scheme != "https") {
+    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Requests go to https URLs, not to " + target_->scheme);
+  }
+  if (plain && !rules_.allowsPlainHTTP && !target_->isLoopback()) {
+    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);
+  }
+  body_.clear();
+  tooLarge_ = false;
+  errorText_.front() = '\0';
+  progress_ = {};
+  lastProgress_ = Clock::now();
+  curl_easy_reset(handle());
+  configureConnection();
+  configureMessage();
+  configureCallbacks();
+  return std::nullopt;
+}
+
+void CurlTransfer::configureConnection() {
+  CURL* const easy = handle();
+  curl_easy_setopt(easy, CURLOPT_URL, target_->url.c_str());
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, target_->scheme.c_str());
+  curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);  // `follow` does, hop by hop
+  curl_easy_setopt(easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
+  curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
+  if (!rules_.certificates.empty()) {
+    curl_blob blob{const_cast<char*>(rules_.certificates.data()), rules_.certificates.size(),
+                   CURL_BLOB_NOCOPY};
+    curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
+  } else if (rules_.hasCertificateFile) {
+    curl_easy_setopt(easy, CURLOPT_CAPATH,
+                     nullptr);  // with a folder too, the file is read for every connection
+  }
+  if (target_->isLoopback()) curl_easy_setopt(easy, CURLOPT_PROXY, "");
+
+  // A bound on connecting that the idle limit comes before. Of several addresses, curl gives all but the last
+  // at most half of it, so that one that does not answer leaves time for the next.
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(patience_).count();
+  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit + limit / 2));
+
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // ending a transfer does not wait for a slow name server
+}
+
+void CurlTransfer::configureMessage() {
+  CURL* const easy = handle();
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // all that this libcurl can decode
+  if (request_.method == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
+  if (request_.method == "POST" || request_.method == "PUT") {
+    curl_easy_setopt(easy, CURLOPT_POST, 1L);
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body ? request_.body->data() : "");
+    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
+                     static_cast<curl_off_t>(request_.body ? request_.body->size() : 0));
+    if (request_.method == "PUT") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, "PUT");
+    // On a reused connection that closes unanswered, libcurl would send the request again.
+    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
+  }
+
+  headers_.reset();
+  const auto add = [this](const std::string& line) {
+    curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
+    if (!longer) throw std::bad_alloc();
+    static_cast<void>(headers_.release());
+    headers_.reset(longer);
+  };
+  add("Expect:");                                                        // no waiting for "100 Continue"
+  if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
+  for (const auto& [name, value] : request_.headers) {
+    if (leftOrigin_ && !isHarmless(name)) continue;
+    const bool blank = value.find_first_not_of(" \t") == std::string::npos;
+    add(blank ? name + ";" : name + ": " + value);  // libcurl's way to send a header without a value
+  }
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
+}
+
+void CurlTransfer::configureCallbacks() {
+  CURL* const easy = handle();
+  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorText_.data());
+  static_assert(std::tuple_size_v<decltype(errorText_)> >= CURL_ERROR_SIZE);
+
+  constexpr auto received = [](char* bytes, std::size_t, std::size_t count, void* self) {
+    return static_cast<CurlTransfer*>(self)->receive(bytes, count);
+  };
+  curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, static_cast<curl_write_callback>(received));
+  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+
+  constexpr auto moved = [](void* self, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
+    static_cast<CurlTransfer*>(self)->noteProgress(down, up);
+    return 0;
+  };
+  curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, static_cast<curl_xferinfo_callback>(moved));
+  curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
+  curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
+}
+
+void CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
+  const auto time = [this](CURLINFO name) {
+    curl_off_t microseconds = 0;
+    curl_easy_getinfo(handle(), name, &microseconds);
+    return std::int64_t{microseconds};
+  };
+  long headerBytes = 0;
+  curl_easy_getinfo(handle(), CURLINFO_HEADER_SIZE, &headerBytes);
+  const Progress now{time(CURLINFO_NAMELOOKUP_TIME_T),
+                     time(CURLINFO_CONNECT_TIME_T),
+                     time(CURLINFO_APPCONNECT_TIME_T),
+                     headerBytes,
+                     received,
+                     sent};
+  if (now == progress_) return;
+  progress_ = now;
+  lastProgress_ = Clock::now();
+}
+
+std::size_t CurlTransfer::receive(const char* bytes, std::size_t count) {
+  tooLarge_ = count > rules_.largestReply - body_.size();
+  if (tooLarge_) return CURL_WRITEFUNC_ERROR;
+  try {
+    body_.append(bytes, count);
+  } catch (const std::bad_alloc&) {  // must not pass through libcurl
+    return CURL_WRITEFUNC_ERROR;
+  }
+  return count;
+}
+
+PlatformError CurlTransfer::idleError() const {
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(patience_);
+  return curlError(CURLE_OPERATION_TIMEDOUT, "No progress for " + std::to_string(limit.count()) + " ms");
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,108 @@
+#pragma once
+
+// One request on its way through libcurl, redirects included. It knows what may be sent where and what counts
+// as an answer; it does not know of threads or of other requests.
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/platform/URLSession.h"
+
+struct curl_slist;
+
+namespace TalvoConsentSDK {
+
+/// A session's rules for its transfers.
+struct CurlRules {
+  bool allowsPlainHTTP = false;
+  std::size_t largestReply = 0;
+  std::string certificates;         // PEM text of the authorities to trust; empty: those of the system
+  bool hasCertificateFile = false;  // the system keeps its authorities in one file
+};
+
+/// An error of the domain "CURL"; `code` is a `CURLcode`.
+PlatformError curlError(int code, std::string text);
+
+/// A request and its libcurl easy handle. Used by one thread.
+class CurlTransfer {
+ public:
+  using Clock = std::chrono::steady_clock;
+  using Outcome = Result<URLResponse>;
+
+  /// `rules` outlive the transfer.
+  CurlTransfer(const CurlRules& rules, URLRequest request);
+  CurlTransfer(const CurlTransfer&) = delete;
+  CurlTransfer& operator=(const CurlTransfer&) = delete;
+
+  /// The easy handle.
+  void* handle() const noexcept { return handle_.get(); }
+
+  /// Makes the handle ready to be run. Nothing, or why the request is refused.
+  std::optional<PlatformError> prepare();
+
+  /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect: the handle
+  /// is then ready for its next run.
+  std::optional<Outcome> finish(int code);
+
+  /// When the transfer has gone without progress for too long, unless something moves before.
+  Clock::time_point deadline() const noexcept { return lastProgress_ + patience_; }
+
+  /// What to report when the deadline has passed.
+  PlatformError idleError() const;
+
+ private:
+  struct HandleDeleter {
+    void operator()(void* handle) const noexcept;
+  };
+  struct ListDeleter {
+    void operator()(curl_slist* list) const noexcept;
+  };
+
+  // A URL as libcurl reads it, so that what is judged is what is contacted.
+  struct Target {
+    std::string url, scheme, host, port;
+
+    static std::optional<Target> parse(const char* url);
+    bool isLoopback() const;
+    bool sharesOrigin(const Target& other) const;
+  };
+
+  // Whatever changes here is progress: times in microseconds, 0 until reached, and bytes.
+  struct Progress {
+    std::int64_t resolved = 0, connected = 0, secured = 0, headerBytes = 0, received = 0, sent = 0;
+
+    bool operator==(const Progress&) const = default;
+  };
+
+  std::optional<PlatformError> follow(int status, const char* location);
+  std::optional<PlatformError> configure();
+  void configureConnection();
+  void configureMessage();
+  void configureCallbacks();
+  void noteProgress(std::int64_t received, std::int64_t sent);
+  std::size_t receive(const char* bytes, std::size_t count);
+
+  const CurlRules& rules_;
+  URLRequest request_;
+  const Clock::duration patience_;
+  const std::unique_ptr<void, HandleDeleter> handle_;
+
+  std::optional<Target> target_;
+  int redirects_ = 0;
+  bool leftOrigin_ = false;
+
+  // Of the current run.
+  std::unique_ptr<curl_slist, ListDeleter> headers_;
+  std::array<char, 256> errorText_{};  // CURL_ERROR_SIZE
+  std::string body_;
+  bool tooLarge_ = false;
+  Progress progress_;
+  Clock::time_point lastProgress_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,248 @@
+#include "adapters/curl/CurlURLSession.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+#include <new>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <curl/curl.h>
+
+#include "TalvoConsentSDK/platform/Printer.h"
+
+#include "adapters/curl/CurlTransfer.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+void initialiseCurl() {
+  static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);
+  if (code != CURLE_OK) throw curlError(code, curl_easy_strerror(code));
+}
+
+std::string contents(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  std::string text{std::istreambuf_iterator<char>(stream), {}};
+  if (text.empty()) {
+    throw curlError(CURLE_SSL_CACERT_BADFILE, "The certificates cannot be read: " + file.string());
+  }
+  return text;
+}
+
+CurlRules rulesFor(const CurlOptions& options) {
+  initialiseCurl();
+  CurlRules rules;
+  rules.allowsPlainHTTP = options.allowsPlainHTTP;
+  rules.largestReply = options.largestReply;
+  const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
+  const char* system = nullptr;
+  curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);
+  rules.hasCertificateFile = system != nullptr;
+  if (options.certificates) {
+    if (system) rules.certificates = contents(system) + "\n";
+    rules.certificates += contents(*options.certificates);
+  }
+  return rules;
+}
+
+}  // namespace
+
+/// What the session and its thread share. `add`, `wake` and `close` may be called anywhere; the rest belongs
+/// to the thread.
+///
+/// When the process exits, the TLS library is taken down while the thread may still be there. So the thread
+/// holds `inCurl_` for as long as it is in libcurl and looks at `stop` first; once a stopper has held it too,
+/// libcurl is not entered again. Completions run outside: one that never returns delays nobody else's exit.
+class CurlURLSession::Worker {
+ public:
+  explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
+    if (!multi_) throw std::bad_alloc();
+  }
+
+  // `end` has freed libcurl's handle, unless the process exits.
+  ~Worker() = default;
+
+  void add(URLRequest request, Completion completion) {
+    const std::scoped_lock guard(lock_);
+    arrivals_.push_back({std::move(request), std::move(completion)});
+    if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
+  }
+
+  /// Call it with `stop` set: when it returns, the thread has left libcurl.
+  void wake() {
+    {
+      const std::scoped_lock guard(lock_);
+      if (multi_) curl_multi_wakeup(multi_);
+    }
+    const std::scoped_lock left(inCurl_);
+  }
+
+  /// From now on, the end of the loop ends the requests too.
+  void close() { closed_ = true; }
+
+  void run(const std::atomic<bool>& stop) {
+    std::vector<Ending> endings;
+    while (!stop) {
+      {
+        const std::scoped_lock guard(inCurl_);
+        if (stop) break;
+        begin(endings);
+        int running = 0;
+        curl_multi_perform(multi_, &running);
+        finish(endings);
+        endIdle(endings);
+        if (endings.empty() && setWaits(true)) {
+          curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
+          setWaits(false);
+        }
+      }
+      report(endings, stop);
+    }
+    if (!closed_) return;
+    end(endings);
+    report(endings, stop);
+  }
+
+ private:
+  using Clock = CurlTransfer::Clock;
+
+  struct Arrival {
+    URLRequest request;
+    Completion completion;
+  };
+  struct Running {
+    std::unique_ptr<CurlTransfer> transfer;
+    Completion completion;
+  };
+  struct Ending {
+    Completion completion;
+    CurlTransfer::Outcome outcome;
+  };
+
+  // Whether there is nothing to begin with.
+  bool setWaits(bool waits) {
+    const std::scoped_lock guard(lock_);
+    waits_ = waits && arrivals_.empty();
+    return waits_;
+  }
+
+  std::vector<Arrival> takeArrivals() {
+    const std::scoped_lock guard(lock_);
+    return std::exchange(arrivals_, {});
+  }
+
+  void begin(std::vector<Ending>& endings) {
+    for (auto& [request, completion] : takeArrivals()) {
+      auto transfer = std::make_unique<CurlTransfer>(rules_, std::move(request));
+      if (auto refused = transfer->prepare()) {
+        endings.push_back({std::move(completion), *std::move(refused)});
+        continue;
+      }
+      void* const handle = transfer->handle();
+      running_[handle] = {std::move(transfer), std::move(completion)};
+      curl_multi_add_handle(multi_, handle);
+    }
+  }
+
+  void finish(std::vector<Ending>& endings) {
+    int left = 0;
+    while (CURLMsg* const message = curl_multi_info_read(multi_, &left)) {
+      CURL* const handle = message->easy_handle;
+      const CURLcode code = message->data.result;  // the message goes with the handle
+      curl_multi_remove_handle(multi_, handle);
+      if (auto outcome = running_.at(handle).transfer->finish(code)) {
+        retire(handle, *std::move(outcome), endings);
+      } else {
+        curl_multi_add_handle(multi_, handle);
+      }
+    }
+  }
+
+  void endIdle(std::vector<Ending>& endings) {
+    const auto now = Clock::now();
+    std::vector<void*> idle;
+    for (const auto& [handle, running] : running_) {
+      if (running.transfer->deadline() <= now) idle.push_back(handle);
+    }
+    for (void* const handle : idle) {
+      curl_multi_remove_handle(multi_, handle);
+      retire(handle, running_.at(handle).transfer->idleError(), endings);
+    }
+  }
+
+  int untilNextDeadline() const {
+    using namespace std::chrono;
+    const auto now = Clock::now();
+    milliseconds wait = minutes(1);
+    for (const auto& [handle, running] : running_) {
+      wait = std::min(wait, ceil<milliseconds>(running.transfer->deadline() - now));
+    }
+    return std::max(0, static_cast<int>(wait.count()));
+  }
+
+  // Frees a handle that is not part of `multi_` any more; its outcome is due.
+  void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
+    const auto entry = running_.find(handle);
+    endings.push_back({std::move(entry->second.completion), std::move(outcome)});
+    running_.erase(entry);
+  }
+
+  // Ends everything. Connections are closed here and not in the destructor, since that can raise SIGPIPE,
+  // which only this thread is sure to have blocked.
+  void end(std::vector<Ending>& endings) {
+    const auto closed =
+        curlError(CURLE_ABORTED_BY_CALLBACK, "The session was closed before the reply arrived");
+    const std::scoped_lock guard(inCurl_);
+    while (!running_.empty()) {
+      void* const handle = running_.begin()->first;
+      curl_multi_remove_handle(multi_, handle);
+      retire(handle, closed, endings);
+    }
+    for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
+    const std::scoped_lock waking(lock_);
+    curl_multi_cleanup(std::exchange(multi_, nullptr));
+  }
+
+  // A completion may do anything, such as adding requests or destroying the session. None is called once the
+  // process exits.
+  void report(std::vector<Ending>& endings, const std::atomic<bool>& stop) {
+    for (auto& [completion, outcome] : endings) {
+      if (stop && !closed_) return;
+      callHost([&] { completion(std::move(outcome)); });
+      completion = nullptr;
+    }
+    endings.clear();
+  }
+
+  const CurlRules rules_;
+  std::atomic<bool> closed_ = false;
+  std::mutex inCurl_;
+  std::unordered_map<void*, Running> running_;  // by easy handle
+  std::mutex lock_;                             // guards what follows; held for moments only
+  std::vector<Arrival> arrivals_;
+  bool waits_ = false;  // the thread would not see an arrival unless it is woken
+  CURLM* multi_;        // null once freed
+};
+
+CurlURLSession::CurlURLSession(const CurlOptions& options)
+    : worker_(std::make_shared<Worker>(rulesFor(options))),
+      thread_(std::make_unique<ParkedThread>(
+          [worker = worker_](const std::atomic<bool>& stop) { worker->run(stop); },
+          [worker = worker_] { worker->wake(); })) {}
+
+CurlURLSession::~CurlURLSession() {
+  worker_->close();
+}
+
+void CurlURLSession::run(URLRequest request, Completion completion) {
+  worker_->add(std::move(request), std::move(completion));
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,57 @@
+#pragma once
+
+// HTTP on libcurl. All requests of a session share one worker thread and its pool of connections.
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "TalvoConsentSDK/platform/URLSession.h"
+
+#include "adapters/threads/ParkedThread.h"
+
+namespace TalvoConsentSDK {
+
+/// What a host may change about a `CurlURLSession`.
+struct CurlOptions {
+  CurlOptions() {}
+
+  std::optional<std::filesystem::path> certificates;  // PEM file of authorities trusted besides the system's
+  bool allowsPlainHTTP = false;                       // to every host; the loopback host needs no permission
+  std::size_t largestReply = 64U << 20U;              // of a body, in bytes, once decompressed
+};
+
+/// Runs requests on libcurl and calls completions on its worker thread, one at a time: one that blocks holds
+/// up all others, one that throws is contained.
+///
+/// A request ends with an error when nothing has moved for its `timeout`: no address found, connection made,
+/// handshake done, byte sent or received. Certificate and host are verified, with TLS 1.2 or later. Up to 20
+/// redirects are followed, never from https to anything else; to another origin only the headers that
+/// describe the body and the answer go along. A POST or PUT goes out on a fresh connection, so that it never
+/// is sent twice; other requests share connections. Proxies come from the environment, as libcurl has it, but
+/// the loopback host is always reached directly.
+///
+/// Errors are `PlatformError`s of the domain "CURL" whose code is libcurl's (a `CURLcode`), also where the
+/// session itself ends a request: plain http or another scheme (1), a request that cannot be sent as it is
+/// (3, 43), no progress (28), a closed session (42), too many redirects (47), a reply that is too large (63).
+/// Their texts hold nothing of a body, a header's value, a path or a query.
+class CurlURLSession : public URLSession {
+ public:
+  /// Throws a `PlatformError` when libcurl cannot be initialised or `certificates` cannot be read.
+  explicit CurlURLSession(const CurlOptions& options = {});
+
+  /// Ends what is in flight: those completions hear of a closed session before the destructor returns. May
+  /// wait for a completion that is running; when called by one, it does not wait, and the others hear later.
+  ~CurlURLSession() override;
+
+  void run(URLRequest request, Completion completion) override;
+
+ private:
+  class Worker;
+
+  const std::shared_ptr<Worker> worker_;
+  std::unique_ptr<ParkedThread> thread_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,79 @@
+#pragma once
+
+// Wrappers that pass everything on until told to fail.
+
+#include <atomic>
+#include <memory>
+#include <utility>
+
+#include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/URLSession.h"
+#include "TalvoConsentSDK/platform/UserDefaults.h"
+
+namespace TalvoConsentSDK {
+
+/// A device store of which reading, writing or both can fail. A failed write changes nothing.
+class FailingUserDefaults : public UserDefaults {
+ public:
+  explicit FailingUserDefaults(std::shared_ptr<UserDefaults> inner) : inner_(std::move(inner)) {}
+
+  std::atomic<bool> failsToRead = false;
+  std::atomic<bool> failsToWrite = false;
+
+  Result<std::optional<Data>> data(std::string_view key) override {
+    if (failsToRead) return failure();
+    return inner_->data(key);
+  }
+  Result<std::optional<std::string>> string(std::string_view key) override {
+    if (failsToRead) return failure();
+    return inner_->string(key);
+  }
+  Result<void> set(std::string_view key, Data value) override {
+    if (failsToWrite) return failure();
+    return inner_->set(key, std::move(value));
+  }
+  Result<void> set(std::string_view key, std::string value) override {
+    if (failsToWrite) return failure();
+    return inner_->set(key, std::move(value));
+  }
+  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override {
+    if (failsToRead || failsToWrite) return failure();
+    return inner_->replace(key, expected, std::move(value));
+  }
+  Result<void> remove(std::string_view key) override {
+    if (failsToWrite) return failure();
+    return inner_->remove(key);
+  }
+  Result<void> synchronize() override {
+    if (failsToWrite) return failure();
+    return inner_->synchronize();
+  }
+
+ private:
+  static PlatformError failure() { return {"FailingUserDefaults", 1, "The store is out of order"}; }
+
+  const std::shared_ptr<UserDefaults> inner_;
+};
+
+/// A URL session that can lose every request, as a device without a network does. It reports that on
+/// `thread`, which stands for the session's own.
+class FailingURLSession : public URLSession {
+ public:
+  FailingURLSession(std::shared_ptr<URLSession> inner, std::shared_ptr<Executor> thread)
+      : inner_(std::move(inner)), thread_(std::move(thread)) {}
+
+  std::atomic<bool> fails = false;
+
+  void run(URLRequest request, Completion completion) override {
+    if (!fails) return inner_->run(std::move(request), std::move(completion));
+    thread_->post([completion = std::move(completion)] {
+      completion(PlatformError("FailingURLSession", 1, "The network is out of order"));
+    });
+  }
+
+ private:
+  const std::shared_ptr<URLSession> inner_;
+  const std::shared_ptr<Executor> thread_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,61 @@
+#include "adapters/posix/PosixPlatform.h"
+
+#include <cstdlib>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include "adapters/sqlite/SQLiteUserDefaults.h"
+#include "adapters/threads/BackgroundThread.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path home() {
+  if (const char* const folder = std::getenv("HOME"); folder && *folder) return folder;
+  const passwd* const person = getpwuid(getuid());
+  if (!person || !person->pw_dir || !*person->pw_dir) {
+    throw PlatformError("TalvoConsentSDK", -3, "There is no home folder to keep consents in");
+  }
+  return person->pw_dir;
+}
+
+fs::path dataFolder() {
+  const char* const folder = std::getenv("XDG_DATA_HOME");
+  if (folder && fs::path(folder).is_absolute()) return folder;  // a relative one is to be ignored
+  return home() / ".local" / "share";
+}
+
+fs::path programName() {
+#if defined(__linux__)
+  std::error_code error;
+  const fs::path program = fs::read_symlink("/proc/self/exe", error).filename();
+  return program.empty() ? fs::path("TalvoConsentSDK") : program;
+#else
+  return getprogname();
+#endif
+}
+
+}  // namespace
+
+fs::path defaultStoreFile() {
+  return dataFolder() / programName() / "consent.sqlite";
+}
+
+Platform makePosixPlatform(std::shared_ptr<MainQueue> mainQueue, const fs::path& store,
+                           const CurlOptions& options) {
+  Platform platform;
+  platform.urlSession = std::make_shared<CurlURLSession>(options);
+  platform.userDefaults = std::make_shared<SQLiteUserDefaults>(store);
+  platform.mainActor = std::move(mainQueue);
+  platform.background = std::make_shared<BackgroundThread>();
+  return platform;
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,199 @@
+#include "adapters/qt/NinePatch.h"
+
+#include <QPainter>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGTexture>
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+#include <mutex>
+#include <numbers>
+#include <vector>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+// How much farther than the radius a continuous corner reaches along the sides, and the exponent of the
+// superellipse that, reaching so far, still passes the middle of the circular corner.
+constexpr double reach = 1.528665;
+constexpr double exponent = 3.26;
+
+QImage blankImage(double side, double pixelRatio) {
+  const int pixels = static_cast<int>(std::ceil(side * pixelRatio));
+  QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(pixelRatio);
+  image.fill(Qt::transparent);
+  return image;
+}
+
+// One pass of a box blur along rows of an alpha map, then transposed; twice makes both directions.
+std::vector<double> blurredAndTransposed(const std::vector<double>& map, int side, int radius) {
+  std::vector<double> result(map.size());
+  const double share = 1.0 / (2 * radius + 1);
+  for (int y = 0; y < side; ++y) {
+    double sum = 0;
+    const auto at = [&](int x) {
+      return x < 0 || x >= side ? 0.0 : map[static_cast<std::size_t>(y * side + x)];
+    };
+    for (int x = -radius; x < radius; ++x) sum += at(x);
+    for (int x = 0; x < side; ++x) {
+      sum += at(x + radius);
+      result[static_cast<std::size_t>(x * side + y)] = sum * share;
+      sum -= at(x - radius);
+    }
+  }
+  return result;
+}
+
+// Every window may have a render thread of its own.
+template <class Make>
+Patch cached(const std::vector<double>& key, Make make) {
+  static std::mutex lock;
+  static std::map<std::vector<double>, Patch> patches;  // a handful of looks per banner
+  const std::scoped_lock guard(lock);
+  const auto entry = patches.find(key);
+  if (entry != patches.end()) return entry->second;
+  return patches.emplace(key, make()).first->second;
+}
+
+}  // namespace
+
+QColor toQColor(const Color& color) {
+  return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                          static_cast<float>(color.blue), static_cast<float>(color.alpha));
+}
+
+QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
+  QPainterPath path;
+  const double extent = std::min({cornerRadius * reach, rect.width() / 2, rect.height() / 2});
+  if (extent <= 0) {
+    path.addRect(rect);
+    return path;
+  }
+  // One corner from its vertical side to its horizontal one, as distances from the corner's own vertex.
+  constexpr int steps = 24;
+  std::array<QPointF, steps + 1> curve;
+  for (int i = 0; i <= steps; ++i) {
+    const double angle = std::numbers::pi / 2 * i / steps;
+    curve[static_cast<std::size_t>(i)] = {extent * (1 - std::pow(std::cos(angle), 2 / exponent)),
+                                          extent * (1 - std::pow(std::sin(angle), 2 / exponent))};
+  }
+  QPolygonF outline;
+  for (const QPointF& p : curve) outline << QPointF(rect.left() + p.x(), rect.top() + p.y());
+  for (auto p = curve.rbegin(); p != curve.rend(); ++p)
+    outline << QPointF(rect.right() - p->x(), rect.top() + p->y());
+  for (const QPointF& p : curve) outline << QPointF(rect.right() - p.x(), rect.bottom() - p.y());
+  for (auto p = curve.rbegin(); p != curve.rend(); ++p)
+    outline << QPointF(rect.left() + p->x(), rect.bottom() - p->y());
+  path.addPolygon(outline);
+  path.closeSubpath();
+  return path;
+}
+
+Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio) {
+  return cached({0, color.red, color.green, color.blue, color.alpha, cornerRadius, pixelRatio}, [&] {
+    const double corner = std::ceil(cornerRadius * reach);
+    const double side = 2 * corner + 2;
+    QImage image = blankImage(side, pixelRatio);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(continuousRect({0, 0, side, side}, cornerRadius), toQColor(color));
+    return Patch{image, corner, 0};
+  });
+}
+
+Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) {
+  const Color& color = shadow.color;
+  return cached(
+      {1, color.red, color.green, color.blue, color.alpha, shadow.radius, cornerRadius, pixelRatio}, [&] {
+        // Three box blurs come close to a Gaussian; each reaches its radius farther.
+        const int boxRadius = std::max(1, static_cast<int>(std::lround(shadow.radius * pixelRatio * 0.85)));
+        const double overhang = std::ceil(3 * boxRadius / pixelRatio);
+        const double corner = std::ceil(cornerRadius * reach) + 2 * overhang;
+        const double side = 2 * corner + 2;
+        QImage image = blankImage(side, pixelRatio);
+        {
+          QPainter painter(&image);
+          painter.setRenderHint(QPainter::Antialiasing);
+          painter.fillPath(
+              continuousRect({overhang, overhang, side - 2 * overhang, side - 2 * overhang}, cornerRadius),
+              Qt::black);
+        }
+        const int pixels = image.width();
+        std::vector<double> alpha(static_cast<std::size_t>(pixels * pixels));
+        for (int y = 0; y < pixels; ++y) {
+          for (int x = 0; x < pixels; ++x) {
+            alpha[static_cast<std::size_t>(y * pixels + x)] = qAlpha(image.pixel(x, y)) / 255.0;
+          }
+        }
+        for (int pass = 0; pass < 6; ++pass) alpha = blurredAndTransposed(alpha, pixels, boxRadius);
+        for (int y = 0; y < pixels; ++y) {
+          for (int x = 0; x < pixels; ++x) {
+            const double a =
+                std::clamp(alpha[static_cast<std::size_t>(y * pixels + x)], 0.0, 1.0) * color.alpha;
+            image.setPixelColor(x, y, toQColor(color.withAlpha(a)));
+          }
+        }
+        return Patch{image, corner, overhang};
+      });
+}
+
+Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio) {
+  return cached(
+      {2, inner.red, inner.green, inner.blue, outer.red, outer.green, outer.blue, cornerRadius, pixelRatio},
+      [&] {
+        const double corner = std::ceil(cornerRadius * reach) + 2;
+        const double side = 2 * corner + 2;
+        QImage image = blankImage(side, pixelRatio);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(toQColor(outer), 4));
+        painter.drawPath(continuousRect({2, 2, side - 4, side - 4}, cornerRadius));
+        painter.setPen(QPen(toQColor(inner), 2));
+        painter.drawPath(continuousRect({3, 3, side - 6, side - 6}, cornerRadius - 1));
+        return Patch{image, corner, 0};
+      });
+}
+
+NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch) : patch_(patch) {
+  QSGTexture* texture = window.createTextureFromImage(patch.image, QQuickWindow::TextureHasAlphaChannel);
+  for (int i = 0; i < 9; ++i) {
+    QSGImageNode* node = window.createImageNode();
+    node->setTexture(texture);
+    node->setOwnsTexture(i == 0);
+    node->setFiltering(QSGTexture::Linear);
+    appendChildNode(node);
+  }
+}
+
+void NinePatchNode::resize(const QSizeF& box) {
+  const double ratio = patch_.image.devicePixelRatio();
+  const double source = patch_.image.width();
+  const auto cuts = [&](double length) {
+    const double whole = length + 2 * patch_.overhang;
+    const double corner = std::min(patch_.corner, whole / 2);
+    return std::array{-patch_.overhang, corner - patch_.overhang, length + patch_.overhang - corner,
+                      length + patch_.overhang};
+  };
+  const auto sourceCuts = [&](double length) {
+    const double corner = std::min(patch_.corner, length / 2 + patch_.overhang) * ratio;
+    return std::array{0.0, corner, source - corner, source};
+  };
+  const auto x = cuts(box.width());
+  const auto y = cuts(box.height());
+  const auto u = sourceCuts(box.width());
+  const auto v = sourceCuts(box.height());
+  QSGNode* child = firstChild();
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column, child = child->nextSibling()) {
+      auto* node = static_cast<QSGImageNode*>(child);
+      node->setRect(QRectF(QPointF(x[column], y[row]), QPointF(x[column + 1], y[row + 1])));
+      node->setSourceRect(QRectF(QPointF(u[column], v[row]), QPointF(u[column + 1], v[row + 1])));
+    }
+  }
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,48 @@
+#pragma once
+
+// Boxes of any size from one small picture: its corners are drawn as they are, its edges and middle
+// stretched.
+
+#include <QImage>
+#include <QMarginsF>
+#include <QPainterPath>
+#include <QSGNode>
+
+#include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/ui/view/ViewTypes.h"
+
+class QQuickWindow;
+
+namespace TalvoConsentSDK {
+
+QColor toQColor(const Color& color);
+
+/// A rectangle with continuous corners: the curve flows into the sides instead of beginning at once.
+QPainterPath continuousRect(const QRectF& rect, double cornerRadius);
+
+/// A picture of which `corner` points at every side are not stretched, and which reaches `overhang` points
+/// beyond the box it stands for.
+struct Patch {
+  QImage image;
+  double corner = 0;
+  double overhang = 0;
+};
+
+/// Patches are made once per look and pixel ratio, and kept.
+Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio);
+Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio);
+Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio);
+
+/// Draws a patch around a box of this size. (The scene graph's own nine-patch node is drawn wrongly by the
+/// software renderer at pixel ratios above 1.)
+class NinePatchNode : public QSGNode {
+ public:
+  NinePatchNode(QQuickWindow& window, const Patch& patch);
+
+  void resize(const QSizeF& box);
+
+ private:
+  const Patch patch_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,36 @@
+#pragma once
+
+// The banner's window over a host's window.
+
+#include <memory>
+
+#include "TalvoConsentSDK/platform/ImageLoader.h"
+#include "TalvoConsentSDK/platform/Window.h"
+
+#include "adapters/qt/OverlaySurface.h"
+
+namespace TalvoConsentSDK {
+
+/// The window seam on an OverlaySurface, which it owns.
+class OverlayWindow : public Window {
+ public:
+  OverlayWindow(QWindow* host, const QtOptions& options, std::shared_ptr<ImageLoader> imageLoader);
+  ~OverlayWindow() override;
+
+  void setRootViewController(std::shared_ptr<HostingController> controller) override;
+  void setWindowLevel(WindowLevel) override {
+  }  // it lies on its host, which is all that an alert is above here
+  void setBackgroundColor(Color color) override;
+  void makeKeyAndVisible() override;
+  void setAlpha(double alpha) override;
+  void setHidden(bool hidden) override;
+  void animateAlpha(double alpha, std::chrono::milliseconds duration,
+                    std::function<void()> completion) override;
+
+ private:
+  const std::unique_ptr<OverlaySurface, void (*)(OverlaySurface*)> surface_;
+  const QtOptions options_;
+  const std::shared_ptr<ImageLoader> imageLoader_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,31 @@
+#pragma once
+
+// The host application as Qt sees it: every window on show is a scene.
+
+#include <memory>
+#include <vector>
+
+#include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/ImageLoader.h"
+
+#include "adapters/qt/QtOptions.h"
+
+namespace TalvoConsentSDK {
+
+class QtApplication : public Application {
+ public:
+  QtApplication(QtOptions options, std::shared_ptr<ImageLoader> imageLoader);
+
+  /// The host's top-level windows, the one that has the keyboard first.
+  std::vector<std::shared_ptr<Scene>> connectedScenes() override;
+
+  void open(const URL& url) override;
+  std::optional<LayoutDirection> layoutDirection() const override { return options_.layoutDirection; }
+  bool reducesMotion() const override { return options_.reducesMotion; }
+
+ private:
+  const QtOptions options_;
+  const std::shared_ptr<ImageLoader> imageLoader_;
+};
+
+}  // namespace TalvoConsentSDK

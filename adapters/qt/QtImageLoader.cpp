@@ -1,0 +1,59 @@
+#include "adapters/qt/QtImageLoader.h"
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QImageReader>
+#include <utility>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using Loaded = Result<std::shared_ptr<const Image>>;
+
+// Larger pictures are taken for a mistake: no logo needs them, and decoding one takes the memory of its
+// pixels.
+constexpr qint64 mostPixels = 16'000'000;
+
+PlatformError failure(std::string description) {
+  return {"QtImageLoader", 1, std::move(description)};
+}
+
+Loaded decoded(const Result<URLResponse>& outcome) {
+  if (!outcome) return outcome.error();
+  const URLResponse& response = *outcome;
+  if (response.statusCode.value_or(0) < 200 || response.statusCode.value_or(0) > 299 || !response.body) {
+    return failure("No picture received");
+  }
+  QByteArray bytes =
+      QByteArray::fromRawData(response.body->data(), static_cast<qsizetype>(response.body->size()));
+  QBuffer buffer(&bytes);
+  QImageReader reader(&buffer);
+  const QSize size = reader.size();
+  if (static_cast<qint64>(size.width()) * size.height() > mostPixels)
+    return failure("The picture is too large");
+  QImage content = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  if (content.isNull()) return failure("The picture cannot be read: " + reader.errorString().toStdString());
+  return std::shared_ptr<const Image>(std::make_shared<QtImage>(std::move(content)));
+}
+
+}  // namespace
+
+QtImageLoader::QtImageLoader(std::shared_ptr<URLSession> session, std::shared_ptr<Executor> mainActor,
+                             std::shared_ptr<Executor> background)
+    : session_(std::move(session)), mainActor_(std::move(mainActor)), background_(std::move(background)) {}
+
+void QtImageLoader::load(const URL& url, Completion completion) {
+  if (!url.isRequestable()) {
+    mainActor_->post([completion] { completion(failure("The URL cannot be requested")); });
+    return;
+  }
+  session_->run(URLRequest(url), [mainActor = mainActor_, background = background_,
+                                  completion = std::move(completion)](const Result<URLResponse>& outcome) {
+    background->post([mainActor, completion, outcome] {
+      mainActor->post([completion, loaded = decoded(outcome)] { completion(loaded); });
+    });
+  });
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,26 @@
+#pragma once
+
+// The main actor on Qt's event loop.
+
+#include <memory>
+
+#include "TalvoConsentSDK/platform/Executor.h"
+
+class QObject;
+
+namespace TalvoConsentSDK {
+
+/// Runs jobs on the thread of the QGuiApplication, one per turn of its event loop, in the order posted. Make
+/// it on that thread.
+class QtMainActor : public Executor {
+ public:
+  QtMainActor();
+  ~QtMainActor() override;
+
+  void post(std::function<void()> job) override;
+
+ private:
+  const std::unique_ptr<QObject> receiver_;
+};
+
+}  // namespace TalvoConsentSDK

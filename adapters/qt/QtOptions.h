@@ -1,0 +1,29 @@
+#pragma once
+
+// What a host may choose about the banner on Qt.
+
+#include <functional>
+#include <optional>
+
+#include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Geometry.h"
+
+#include "adapters/qt/QtText.h"
+
+class QWindow;
+
+namespace TalvoConsentSDK {
+
+struct QtOptions {
+  TextSettings text;
+  std::optional<LayoutDirection> layoutDirection;  // absent: that of the banner's own text
+  bool reducesMotion = false;
+
+  /// What the system's furniture covers of a host window, in points; absent: nothing.
+  std::function<Insets(const QWindow&)> safeArea;
+
+  /// Opens a URL outside the host; absent: Qt does.
+  std::function<void(const URL&)> openURL;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,27 @@
+#include "adapters/qt/QtPlatform.h"
+
+#include "adapters/curl/CurlURLSession.h"
+#include "adapters/qt/QtApplication.h"
+#include "adapters/qt/QtImageLoader.h"
+#include "adapters/qt/QtMainActor.h"
+#include "adapters/sqlite/SQLiteUserDefaults.h"
+#include "adapters/threads/BackgroundThread.h"
+
+namespace TalvoConsentSDK {
+
+Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options) {
+  Platform platform;
+  platform.urlSession = std::make_shared<CurlURLSession>();
+  platform.userDefaults = std::make_shared<SQLiteUserDefaults>(store);
+  platform.mainActor = std::make_shared<QtMainActor>();
+  platform.background = std::make_shared<BackgroundThread>();
+  addQtWindows(platform, options);
+  return platform;
+}
+
+void addQtWindows(Platform& platform, const QtOptions& options) {
+  platform.application = std::make_shared<QtApplication>(
+      options, std::make_shared<QtImageLoader>(platform.urlSession, platform.mainActor, platform.background));
+}
+
+}  // namespace TalvoConsentSDK

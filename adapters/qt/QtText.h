@@ -1,0 +1,50 @@
+#pragma once
+
+// Fonts and line breaking: what the measurer measures is what is drawn.
+
+#include <QFont>
+#include <QString>
+#include <QTextLayout>
+
+#include "TalvoConsentSDK/platform/TextMeasurer.h"
+
+namespace TalvoConsentSDK {
+
+/// How the person wants text to be.
+struct TextSettings {
+  double scale = 1;  // of every font, from 1 to about 3
+};
+
+QString toQString(std::string_view utf8);
+
+/// Inter where it is installed, else the system's own font.
+QFont toQFont(const Font& font, const TextSettings& settings);
+
+/// A text broken into lines within `width` points; infinity breaks at newlines only.
+class BrokenText {
+ public:
+  BrokenText(std::string_view text, const Font& font, const TextSettings& settings, double width,
+             Qt::Alignment alignment = Qt::AlignLeft);
+
+  /// In whole points, so that drawing it in a frame of this size breaks it the same way.
+  Size size() const;
+
+  void draw(QPainter& painter, const QColor& color, bool isUnderlined) const;
+
+ private:
+  QTextLayout layout_;
+  double lineHeight_;
+};
+
+class QtTextMeasurer : public TextMeasurer {
+ public:
+  explicit QtTextMeasurer(const TextSettings& settings) : settings_(settings) {}
+
+  Size measure(std::string_view text, const Font& font, double width) override;
+  double widestWord(std::string_view text, const Font& font) override;
+
+ private:
+  const TextSettings settings_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,175 @@
+#include "adapters/qt/ViewWindow.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QTouchEvent>
+#include <QWheelEvent>
+#include <utility>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using Clock = HostingController::Clock;
+
+constexpr int frameInterval = 16;  // milliseconds
+constexpr double wheelStep = 48;   // points a notch of a mouse wheel
+
+Point toPoint(const QPointF& position) {
+  return {position.x(), position.y()};
+}
+
+std::optional<Key> toKey(const QKeyEvent& event) {
+  switch (event.key()) {
+    case Qt::Key_Tab:
+      return event.modifiers() & Qt::ShiftModifier ? Key::backtab : Key::tab;
+    case Qt::Key_Backtab:
+      return Key::backtab;
+    case Qt::Key_Space:
+      return Key::space;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+      return Key::enter;
+    case Qt::Key_Escape:
+    case Qt::Key_Back:
+      return Key::escape;
+    case Qt::Key_Up:
+      return Key::up;
+    case Qt::Key_Down:
+      return Key::down;
+    case Qt::Key_PageUp:
+      return Key::pageUp;
+    case Qt::Key_PageDown:
+      return Key::pageDown;
+    case Qt::Key_Home:
+      return Key::home;
+    case Qt::Key_End:
+      return Key::end;
+    default:
+      return std::nullopt;
+  }
+}
+
+}  // namespace
+
+ViewWindow::ViewWindow(const TextSettings& settings) : mount_(stage_, settings) {
+  stage_.setParentItem(contentItem());
+  timer_.setTimerType(Qt::PreciseTimer);
+  timer_.setSingleShot(true);
+  QObject::connect(&timer_, &QTimer::timeout, this, [this] { drawFrame(); });
+  QObject::connect(this, &QQuickWindow::widthChanged, this, [this] { resized(); });
+  QObject::connect(this, &QQuickWindow::heightChanged, this, [this] { resized(); });
+}
+
+ViewWindow::~ViewWindow() {
+  if (controller_) controller_->setOnNeedsFrame(nullptr);
+}
+
+void ViewWindow::setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment) {
+  if (controller_) controller_->setOnNeedsFrame(nullptr);
+  controller_ = std::move(controller);
+  environment_ = std::move(environment);
+  controller_->setOnNeedsFrame([this] { scheduleFrame(); });
+  resized();
+}
+
+void ViewWindow::scheduleFrame() {
+  if (!timer_.isActive() || timer_.remainingTime() > 0) timer_.start(0);
+}
+
+void ViewWindow::setOnFrame(std::function<bool(Clock::time_point)> onFrame) {
+  onFrame_ = std::move(onFrame);
+  scheduleFrame();
+}
+
+void ViewWindow::drawFrame() {
+  const auto now = Clock::now();
+  if (controller_) mount_.update(controller_->frame(now));
+  const bool goesOn = onFrame_ && onFrame_(now);
+  if (!timer_.isActive() && (goesOn || (controller_ && controller_->isMoving()))) timer_.start(frameInterval);
+}
+
+void ViewWindow::resized() {
+  stage_.setSize(size());
+  if (!controller_) return;
+  environment_.size = {static_cast<double>(width()), static_cast<double>(height())};
+  controller_->setEnvironment(environment_);
+}
+
+bool ViewWindow::event(QEvent* event) {
+  const auto controller = controller_;  // what it is told to do may end this window's use of it
+  if (!controller) return QQuickWindow::event(event);
+  switch (event->type()) {
+    case QEvent::TouchBegin:
+    case QEvent::TouchUpdate:
+    case QEvent::TouchEnd:
+      touch(static_cast<QTouchEvent&>(*event));
+      break;
+    case QEvent::TouchCancel:
+      finger_.reset();
+      controller->touchCancelled();
+      break;
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseMove:
+      mouse(static_cast<QMouseEvent&>(*event));
+      break;
+    case QEvent::Wheel:
+      wheel(static_cast<QWheelEvent&>(*event));
+      break;
+    case QEvent::KeyPress: {
+      const auto key = toKey(static_cast<QKeyEvent&>(*event));
+      if (!key || !controller->press(*key)) passOn(*event);
+      break;
+    }
+    default:
+      return QQuickWindow::event(event);
+  }
+  event->accept();
+  return true;
+}
+
+void ViewWindow::touch(QTouchEvent& event) {
+  if (event.type() == QEvent::TouchBegin) {
+    isPassingOn_ = !controller_->covers(toPoint(event.points().front().scenePosition()));
+  }
+  if (isPassingOn_) return passOn(event);
+  for (const QEventPoint& point : event.points()) {
+    const Point position = toPoint(point.scenePosition());
+    if (point.state() == QEventPoint::Pressed && !finger_) {
+      finger_ = point.id();
+      controller_->touchBegan(position, Clock::now());
+    } else if (finger_ == point.id() && point.state() == QEventPoint::Updated) {
+      controller_->touchMoved(position, Clock::now());
+    } else if (finger_ == point.id() && point.state() == QEventPoint::Released) {
+      finger_.reset();
+      controller_->touchEnded(position, Clock::now());
+    }
+  }
+}
+
+void ViewWindow::mouse(QMouseEvent& event) {
+  const Point position = toPoint(event.position());
+  const bool isPress =
+      event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick;
+  if (isPress) isPassingOn_ = !controller_->covers(position);
+  if (isPassingOn_) return passOn(event);
+  if (event.type() == QEvent::MouseMove) {
+    if (event.buttons().testFlag(Qt::LeftButton)) controller_->touchMoved(position, Clock::now());
+  } else if (event.button() == Qt::LeftButton) {
+    if (isPress) controller_->touchBegan(position, Clock::now());
+    if (!isPress) controller_->touchEnded(position, Clock::now());
+  }
+}
+
+void ViewWindow::wheel(QWheelEvent& event) {
+  const Point position = toPoint(event.position());
+  if (!controller_->covers(position)) return passOn(event);
+  const double notches = event.angleDelta().y() / 120.0;
+  const double distance = event.pixelDelta().isNull() ? -notches * wheelStep : -event.pixelDelta().y();
+  controller_->scroll(position, distance);
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,65 @@
+#pragma once
+
+// A Qt window that shows a HostingController: paints what it answers, and hands it what the person does.
+
+#include <QQuickWindow>
+#include <QTimer>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "TalvoConsentSDK/ui/view/HostingController.h"
+
+#include "adapters/qt/VisualMount.h"
+
+namespace TalvoConsentSDK {
+
+/// Runs on the GUI thread. Frames are drawn when something has changed, and one after another while something
+/// moves.
+class ViewWindow : public QQuickWindow {
+ public:
+  explicit ViewWindow(const TextSettings& settings);
+  ~ViewWindow() override;
+
+  /// Shows a controller from now on. Its environment follows the window's size; the rest of it is
+  /// `environment`.
+  void setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment);
+  const std::shared_ptr<HostingController>& controller() const { return controller_; }
+
+  /// The item that everything of the controller's lies in.
+  QQuickItem& stage() { return stage_; }
+
+  /// Draws a frame as soon as possible.
+  void scheduleFrame();
+
+  /// Called with the time of every frame before it is drawn; frames go on as long as one of them returns
+  /// true.
+  void setOnFrame(std::function<bool(HostingController::Clock::time_point)> onFrame);
+
+  /// Whether a frame is due.
+  bool isBusy() const { return timer_.isActive(); }
+
+ protected:
+  bool event(QEvent* event) override;
+
+  /// Receives input that the view has no use for.
+  virtual void passOn(QEvent&) {}
+
+ private:
+  void drawFrame();
+  void resized();
+  void touch(QTouchEvent& event);
+  void mouse(QMouseEvent& event);
+  void wheel(QWheelEvent& event);
+
+  QQuickItem stage_;
+  VisualMount mount_;
+  QTimer timer_;
+  std::shared_ptr<HostingController> controller_;
+  ViewEnvironment environment_;
+  std::function<bool(HostingController::Clock::time_point)> onFrame_;
+  std::optional<int> finger_;  // the one touch point that counts
+  bool isPassingOn_ = false;   // from a press that is not the view's to its release
+};
+
+}  // namespace TalvoConsentSDK

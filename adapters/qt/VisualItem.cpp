@@ -1,0 +1,222 @@
+#include "adapters/qt/VisualItem.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QQuickWindow>
+#include <QSGImageNode>
+#include <QSGRectangleNode>
+#include <cmath>
+#include <functional>
+#include <memory>
+
+#include "adapters/qt/NinePatch.h"
+#include "adapters/qt/QtImageLoader.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+// Letters of some scripts reach beyond their line.
+constexpr double textOverhang = 6;
+
+using Paint = std::function<void(QPainter&)>;
+
+// A node showing what `paint` draws, in points; `overhang` more than the size on every side.
+QSGNode* paintedNode(QQuickWindow& window, const QSizeF& size, double overhang, const Paint& paint) {
+  const double ratio = window.effectiveDevicePixelRatio();
+  const QSize pixels(static_cast<int>(std::ceil((size.width() + 2 * overhang) * ratio)),
+                     static_cast<int>(std::ceil((size.height() + 2 * overhang) * ratio)));
+  if (pixels.isEmpty()) return nullptr;
+  QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(ratio);
+  image.fill(Qt::transparent);
+  {
+    QPainter painter(&image);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    painter.translate(overhang, overhang);
+    paint(painter);
+  }
+  QSGImageNode* node = window.createImageNode();
+  node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
+  node->setOwnsTexture(true);
+  node->setRect(-overhang, -overhang, pixels.width() / ratio, pixels.height() / ratio);
+  return node;
+}
+
+Qt::Alignment alignment(visual::TextAlignment alignment) {
+  switch (alignment) {
+    case visual::TextAlignment::left:
+      return Qt::AlignLeft;
+    case visual::TextAlignment::center:
+      return Qt::AlignHCenter;
+    case visual::TextAlignment::right:
+      return Qt::AlignRight;
+  }
+  return Qt::AlignLeft;
+}
+
+QPainterPath path(Glyph glyph) {  // in a square of side 1
+  QPainterPath path;
+  switch (glyph) {
+    case Glyph::xmark:
+      path.moveTo(0.06, 0.06);
+      path.lineTo(0.94, 0.94);
+      path.moveTo(0.94, 0.06);
+      path.lineTo(0.06, 0.94);
+      break;
+    case Glyph::chevronLeft:
+      path.moveTo(0.70, 0.08);
+      path.lineTo(0.28, 0.50);
+      path.lineTo(0.70, 0.92);
+      break;
+    case Glyph::chevronRight:
+      path.moveTo(0.30, 0.08);
+      path.lineTo(0.72, 0.50);
+      path.lineTo(0.30, 0.92);
+      break;
+  }
+  return path;
+}
+
+double strokeWidth(FontWeight weight) {  // of a square of side 1
+  switch (weight) {
+    case FontWeight::regular:
+      return 0.11;
+    case FontWeight::medium:
+      return 0.14;
+    case FontWeight::semibold:
+      return 0.17;
+    case FontWeight::bold:
+      return 0.20;
+  }
+  return 0.11;
+}
+
+void paintSymbol(QPainter& painter, const visual::Symbol& symbol, double side) {
+  QPen pen(toQColor(symbol.color), strokeWidth(symbol.weight));
+  pen.setCapStyle(Qt::RoundCap);
+  pen.setJoinStyle(Qt::RoundJoin);
+  painter.scale(side, side);
+  painter.translate(0.5, 0.5);
+  if (symbol.isMirrored) painter.scale(-1, 1);
+  painter.rotate(symbol.turns * 360);
+  painter.translate(-0.5, -0.5);
+  painter.strokePath(path(symbol.glyph), pen);
+}
+
+QColor mixed(const Color& from, const Color& to, double share) {
+  const auto mix = [share](double a, double b) { return a + (b - a) * share; };
+  return toQColor(
+      {mix(from.red, to.red), mix(from.green, to.green), mix(from.blue, to.blue), mix(from.alpha, to.alpha)});
+}
+
+void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& size) {
+  constexpr double inset = 2;
+  const double knob = size.height() - 2 * inset;
+  const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
+  const double x = inset + (size.width() - 2 * inset - knob) * position;
+  const auto disc = [&](double grow, double dy, const QColor& color) {
+    painter.setBrush(color);
+    painter.drawEllipse(QRectF(x - grow, inset - grow + dy, knob + 2 * grow, knob + 2 * grow));
+  };
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
+  painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
+  disc(0.5, 1.5, QColor(0, 0, 0, 18));
+  disc(0, 1, QColor(0, 0, 0, 40));
+  disc(0, 0, toQColor(toggle.knobColor));
+}
+
+// Makes the node for each kind of visual, of the item's size.
+struct NodeMaker {
+  QQuickWindow& window;
+  const TextSettings& settings;
+  QSizeF size;
+
+  double ratio() const { return window.effectiveDevicePixelRatio(); }
+
+  QSGNode* operator()(const visual::Text& text) const {
+    return paintedNode(window, size, textOverhang, [&](QPainter& painter) {
+      BrokenText(text.text, text.font, settings, size.width(), alignment(text.alignment))
+          .draw(painter, toQColor(text.color), text.isUnderlined);
+    });
+  }
+
+  QSGNode* operator()(const visual::Symbol& symbol) const {
+    return paintedNode(window, size, 2,
+                       [&](QPainter& painter) { paintSymbol(painter, symbol, size.width()); });
+  }
+
+  QSGNode* operator()(const visual::Box& box) const {
+    if (box.cornerRadius > 0) return patch(boxPatch(box.color, box.cornerRadius, ratio()));
+    QSGRectangleNode* node = window.createRectangleNode();
+    node->setColor(toQColor(box.color));
+    node->setRect(QRectF(QPointF(0, 0), size));
+    return node;
+  }
+
+  QSGNode* operator()(const visual::BoxShadow& box) const {
+    return patch(shadowPatch(box.shadow, box.cornerRadius, ratio()), {box.shadow.x, box.shadow.y});
+  }
+
+  QSGNode* operator()(const visual::Picture& picture) const {
+    const auto* image = dynamic_cast<const QtImage*>(picture.image.get());
+    if (!image) return nullptr;
+    const QSize pixels = (size * ratio()).toSize();
+    const QImage scaled = image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QSGImageNode* node = window.createImageNode();
+    node->setTexture(window.createTextureFromImage(scaled, QQuickWindow::TextureHasAlphaChannel));
+    node->setOwnsTexture(true);
+    node->setRect(QRectF(QPointF(0, 0), size));
+    return node;
+  }
+
+  QSGNode* operator()(const visual::Switch& toggle) const {
+    return paintedNode(window, size, 2, [&](QPainter& painter) { paintSwitch(painter, toggle, size); });
+  }
+
+  QSGNode* operator()(const visual::FocusRing& ring) const {
+    return patch(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+  }
+
+  QSGNode* patch(const Patch& look, QPointF offset = {}) const {
+    auto* nine = new NinePatchNode(window, look);
+    nine->resize(size);
+    if (offset.isNull()) return nine;
+    auto* moved = new QSGTransformNode;
+    QMatrix4x4 matrix;
+    matrix.translate(static_cast<float>(offset.x()), static_cast<float>(offset.y()));
+    moved->setMatrix(matrix);
+    moved->appendChildNode(nine);
+    return moved;
+  }
+};
+
+}  // namespace
+
+VisualItem::VisualItem(const TextSettings& settings) : settings_(settings) {
+  setFlag(ItemHasContents);
+}
+
+void VisualItem::show(const Visual& visual, const QPointF& origin, double depth) {
+  const double ratio = window() ? window()->effectiveDevicePixelRatio() : 1;
+  const auto onPixel = [ratio](double x) { return std::round(x * ratio) / ratio; };
+  setPosition({onPixel(visual.frame.x) - origin.x(), onPixel(visual.frame.y) - origin.y()});
+  setSize({visual.frame.width, visual.frame.height});
+  setOpacity(visual.opacity);
+  setZ(depth);
+  if (!visual_ || visual_->content != visual.content || visual_->frame.size() != visual.frame.size()) {
+    contentChanged_ = true;
+    update();
+  }
+  visual_ = visual;
+}
+
+QSGNode* VisualItem::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
+  if (!contentChanged_ && old) return old;
+  contentChanged_ = false;
+  delete old;
+  return std::visit(NodeMaker{*window(), settings_, size()}, visual_->content);
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,30 @@
+#pragma once
+
+// One visual as an item of Qt's scene.
+
+#include <QQuickItem>
+
+#include "TalvoConsentSDK/ui/view/Visual.h"
+
+#include "adapters/qt/QtText.h"
+
+namespace TalvoConsentSDK {
+
+/// Draws one visual, and again only when it changes.
+class VisualItem : public QQuickItem {
+ public:
+  explicit VisualItem(const TextSettings& settings);
+
+  /// Takes over what is to be drawn, with its place relative to `origin`, at a depth among its siblings.
+  void show(const Visual& visual, const QPointF& origin, double depth);
+
+ protected:
+  QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
+
+ private:
+  const TextSettings settings_;
+  std::optional<Visual> visual_;
+  bool contentChanged_ = false;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,36 @@
+#pragma once
+
+// Keeps the items of a scene in line with a list of visuals.
+
+#include <map>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "TalvoConsentSDK/ui/view/Visual.h"
+
+#include "adapters/qt/VisualItem.h"
+
+namespace TalvoConsentSDK {
+
+/// One item a visual, found again by identity. What did not change is not touched. Visuals that share a clip
+/// and follow each other share a clipping item.
+class VisualMount {
+ public:
+  VisualMount(QQuickItem& root, const TextSettings& settings);
+  ~VisualMount();
+
+  void update(const std::vector<Visual>& visuals);
+
+ private:
+  using Identity = std::pair<ElementId, int>;
+
+  QQuickItem& group(std::size_t index, const std::optional<Rect>& clip);
+
+  QQuickItem& root_;
+  const TextSettings settings_;
+  std::vector<std::unique_ptr<QQuickItem>> groups_;
+  std::map<Identity, std::unique_ptr<VisualItem>> items_;
+};
+
+}  // namespace TalvoConsentSDK

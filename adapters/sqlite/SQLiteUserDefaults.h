@@ -1,0 +1,53 @@
+#pragma once
+
+// The device store in one SQLite file.
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+
+#include "TalvoConsentSDK/platform/UserDefaults.h"
+
+namespace TalvoConsentSDK {
+
+/// Keeps values in a file that several objects and processes may share; every operation is one transaction,
+/// on the disk when it returns. The file is opened by the first operation, which takes a millisecond or two,
+/// and can only be read and written by the person it belongs to. Keys and values may hold any bytes. Not for
+/// network file systems, and not to be carried across a `fork`.
+///
+/// A failure is a `PlatformError` of domain "SQLite" with SQLite's extended result code and its text, which
+/// never holds a value. After one, the next operation opens the file again, so a disk that comes back is used
+/// again. A file that turns out damaged is renamed to "NAME.damaged-N", one line is printed, and the
+/// operation goes on with a new, empty file.
+class SQLiteUserDefaults : public UserDefaults {
+ public:
+  /// `file` and its folder are created when they are missing. An operation fails once it has waited for
+  /// another connection's writing for `busyTimeout`.
+  explicit SQLiteUserDefaults(const std::filesystem::path& file,
+                              std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
+  ~SQLiteUserDefaults() override;
+
+  Result<std::optional<Data>> data(std::string_view key) override;
+  Result<std::optional<std::string>> string(std::string_view key) override;
+  Result<void> set(std::string_view key, Data value) override;
+  Result<void> set(std::string_view key, std::string value) override;
+  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override;
+  Result<void> remove(std::string_view key) override;
+
+  /// Does nothing: what has been set or removed already is durable.
+  Result<void> synchronize() override { return {}; }
+
+ private:
+  struct Connection;
+
+  template <class T, class Operation>
+  Result<T> perform(const Operation& operation);
+
+  const std::filesystem::path file_;
+  const std::chrono::milliseconds busyTimeout_;
+  std::mutex lock_;
+  std::unique_ptr<Connection> connection_;  // null until the first operation, and after a failed one
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,31 @@
+#pragma once
+
+// The background executor of the ready-made platforms.
+
+#include <memory>
+#include <mutex>
+
+#include "TalvoConsentSDK/platform/Executor.h"
+
+#include "adapters/threads/ParkedThread.h"
+
+namespace TalvoConsentSDK {
+
+/// Runs jobs one after another on a thread that starts with the first one. Jobs still waiting when the
+/// executor is destroyed or the process exits are dropped.
+class BackgroundThread : public Executor {
+ public:
+  BackgroundThread();
+  ~BackgroundThread() override;
+
+  void post(std::function<void()> job) override;
+
+ private:
+  struct Queue;
+
+  const std::shared_ptr<Queue> queue_;
+  std::once_flag started_;
+  std::unique_ptr<ParkedThread> thread_;
+};
+
+}  // namespace TalvoConsentSDK
