@@ -1,0 +1,100 @@
+#include "Endpoints.h"
+
+#include <cstdint>
+#include <utility>
+
+#include "TalvoConsentSDK/models/JSONCoding.h"
+
+#include "Identifier.h"
+#include "Submissions.h"
+
+namespace TalvoConsentSDK::service {
+
+namespace {
+
+Reply refusal(int status, const Error& error) {
+  return errorReply(status, error.what());
+}
+
+Reply unknownSite(const Call& call) {
+  return errorReply(404, "unknown site: " + call.site);
+}
+
+Reply document(const Call& call, std::string text) {
+  constexpr std::string_view placeholder = "{{base}}";
+  for (auto at = text.find(placeholder); at != std::string::npos; at = text.find(placeholder, at)) {
+    text.replace(at, placeholder.size(), call.base);
+    at += call.base.size();
+  }
+  return jsonReply(std::move(text));
+}
+
+Reply keptConsent(const Result<std::string>& id) {
+  return id ? jsonReply(JSONObject{{"id", *id}}) : refusal(500, id.error());
+}
+
+}  // namespace
+
+Reply Endpoints::index(const Call&) const {
+  JSONArray identifiers;
+  for (std::string& each : sites_.identifiers()) identifiers.emplace_back(std::move(each));
+  return jsonReply(JSONObject{{"sites", std::move(identifiers)}});
+}
+
+Reply Endpoints::siteFile(const Call& call) const {
+  auto content = sites_.file(call.site, call.rest);
+  if (!content) return errorReply(404, "no such file");
+  Reply reply = jsonReply(*std::move(content));
+  reply.contentType = contentTypeOf(call.rest);
+  return reply;
+}
+
+Reply Endpoints::configuration(const Call& call) const {
+  if (!sites_.has(call.site)) return unknownSite(call);
+  return document(call, sites_.configuration(call.site));
+}
+
+Reply Endpoints::customization(const Call& call) const {
+  if (!sites_.has(call.site)) return unknownSite(call);
+  auto text = sites_.customization(call.site, call.language);
+  if (!text) return errorReply(404, "the site has no customization: " + call.site);
+  return document(call, *std::move(text));
+}
+
+Reply Endpoints::services(const Call& call) const {
+  if (!sites_.has(call.site)) return unknownSite(call);
+  return document(call, sites_.services(call.site, call.language));
+}
+
+Reply Endpoints::createConsent(const Call& call) const {
+  if (!sites_.has(call.site)) return unknownSite(call);
+  auto consent = parseConsent(call.body, call.site);
+  if (!consent) return refusal(400, consent.error());
+  return keptConsent(store_->create(call.site, *std::move(consent)));
+}
+
+Reply Endpoints::updateConsent(const Call& call) const {
+  if (!sites_.has(call.site)) return unknownSite(call);
+  auto consent = parseConsent(call.body, call.site);
+  if (!consent) return refusal(400, consent.error());
+  return keptConsent(store_->update(call.site, *std::move(consent)));
+}
+
+Reply Endpoints::identifiedConsent(const Call& call) const {
+  if (!sites_.has(call.site)) return unknownSite(call);
+  const auto consent = store_->newest(call.site, call.rest);
+  if (!consent) return refusal(500, consent.error());
+  return jsonReply(JSONEncoder().encode(*consent).value());
+}
+
+Reply Endpoints::submitTopics(const Call& call) const {
+  const auto submission = parseTopics(call.body);
+  if (!submission) return refusal(400, submission.error());
+  return jsonReply(JSONObject{
+      {"receiptId", newIdentifier()},
+      {"collectionPointId", submission->collectionPointId},
+      {"topics", static_cast<std::int64_t>(submission->topics)},
+  });
+}
+
+}  // namespace TalvoConsentSDK::service

@@ -1,0 +1,56 @@
+#pragma once
+
+// Failures that the service is told to answer with, so that a client's handling of them can be seen.
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TalvoConsentSDK/platform/Result.h"
+
+#include "Reply.h"
+
+namespace TalvoConsentSDK::service {
+
+/// One failure: which requests it hits and what they get instead of the answer.
+class Fault {
+ public:
+  /// Reads "PATHPART=KIND". PATHPART is any part of "METHOD PATH?QUERY", such as "configurations" or
+  /// "POST /public/cookie-consent". KIND is a status from 200 to 599, or one of
+  ///   reset      the connection closes without an answer
+  ///   stall      no answer ever comes
+  ///   truncated  the connection closes half-way through the answer's body
+  ///   empty      an empty body
+  ///   null       the JSON text null
+  ///   array      the JSON text []
+  ///   notutf8    a body that is not UTF-8
+  ///   html500    status 500 with an error page in HTML
+  /// or "STATUS:KIND" to change the kind's own status. A failure to read it names what is wrong.
+  static Result<Fault> parse(std::string_view text);
+
+  bool hits(std::string_view methodAndTarget) const {
+    return methodAndTarget.find(part_) != std::string::npos;
+  }
+
+  /// The spoiled reply. `answer` is called, and the request thus takes effect, only where part of the true
+  /// answer is needed: for `truncated` and for a success status.
+  Reply reply(const std::function<Reply()>& answer) const;
+
+  /// As it was given, without PATHPART.
+  const std::string& kind() const noexcept { return kindText_; }
+
+ private:
+  enum class Kind { status, reset, stall, truncated, empty, null, array, notutf8, html500 };
+
+  std::string part_;
+  std::string kindText_;
+  Kind kind_ = Kind::status;
+  std::optional<int> status_;
+};
+
+/// The first fault that hits a request, or null.
+const Fault* findFault(const std::vector<Fault>& faults, std::string_view methodAndTarget);
+
+}  // namespace TalvoConsentSDK::service

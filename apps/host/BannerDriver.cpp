@@ -1,0 +1,188 @@
+#include "apps/host/BannerDriver.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPointingDevice>
+#include <QTouchEvent>
+#include <algorithm>
+#include <utility>
+
+#include "adapters/qt/OverlaySurface.h"
+
+#include "apps/host/Timing.h"
+
+namespace TalvoConsentHost {
+
+using namespace TalvoConsentSDK;
+
+namespace {
+
+std::string name(Role role) {
+  switch (role) {
+    case Role::none:
+      return "none";
+    case Role::text:
+      return "text";
+    case Role::heading:
+      return "heading";
+    case Role::image:
+      return "image";
+    case Role::button:
+      return "button";
+    case Role::link:
+      return "link";
+    case Role::toggle:
+      return "switch";
+    case Role::expander:
+      return "expander";
+    case Role::dialog:
+      return "dialog";
+  }
+  return "";
+}
+
+struct Target {
+  std::optional<std::string> role;
+  std::string name;
+};
+
+Target parse(const std::string& text) {
+  for (const Role role : {Role::button, Role::link, Role::toggle, Role::expander}) {
+    const std::string prefix = name(role) + ":";
+    if (text.starts_with(prefix)) return {name(role), text.substr(prefix.size())};
+  }
+  return {std::nullopt, text};
+}
+
+JSONObject describe(const AccessibleElement& element) {
+  const Rect& f = element.frame;
+  JSONObject object{{"role", name(element.role)},
+                    {"name", element.name},
+                    {"enabled", element.isEnabled},
+                    {"rect", JSONArray{f.x, f.y, f.width, f.height}}};
+  if (!element.value.empty()) object["value"] = element.value;
+  if (!element.description.empty()) object["description"] = element.description;
+  return object;
+}
+
+const AccessibleElement* find(const std::vector<AccessibleElement>& elements, const Target& target) {
+  const auto found = std::ranges::find_if(elements, [&](const AccessibleElement& each) {
+    return each.isControl() && each.name == target.name && (!target.role || name(each.role) == *target.role);
+  });
+  return found == elements.end() ? nullptr : &*found;
+}
+
+std::optional<Qt::Key> toQtKey(const std::string& key) {
+  if (key == "Tab") return Qt::Key_Tab;
+  if (key == "Shift+Tab") return Qt::Key_Backtab;
+  if (key == "Space") return Qt::Key_Space;
+  if (key == "Return") return Qt::Key_Return;
+  if (key == "Escape") return Qt::Key_Escape;
+  if (key == "Up") return Qt::Key_Up;
+  if (key == "Down") return Qt::Key_Down;
+  return std::nullopt;
+}
+
+QPointingDevice& touchScreen() {
+  static QPointingDevice& device =
+      *new QPointingDevice(QStringLiteral("script"), 1, QInputDevice::DeviceType::TouchScreen,
+                           QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, 1, 0);
+  return device;
+}
+
+}  // namespace
+
+BannerDriver::BannerDriver(ViewWindow& host, std::function<bool(const std::function<bool()>&)> wait)
+    : host_(host), wait_(std::move(wait)) {}
+
+ViewWindow* BannerDriver::banner() const {
+  ViewWindow* newest = nullptr;
+  for (QWindow* window : QGuiApplication::allWindows()) {
+    if (OverlaySurface::isOverlay(*window) && window->isVisible()) newest = static_cast<ViewWindow*>(window);
+  }
+  return newest;
+}
+
+bool BannerDriver::isMoving() const {
+  const ViewWindow* shown = banner();
+  return host_.isBusy() || (shown && shown->isBusy());
+}
+
+JSONArray BannerDriver::view() {
+  JSONArray array;
+  for (const auto& element : window().controller()->accessibleElements(true))
+    array.push_back(describe(element));
+  return array;
+}
+
+bool BannerDriver::tap(const std::string& text) {
+  const Target target = parse(text);
+  ViewWindow& shown = window();
+  HostingController& controller = *shown.controller();
+  const AccessibleElement* far = find(controller.accessibleElements(true), target);
+  if (!far) return false;
+  controller.reveal(*far);
+  waitForFrames();
+  const AccessibleElement* near = find(controller.accessibleElements(), target);
+  if (!near) return false;
+  const Rect& frame = near->control->frame;
+  touch(shown, (near->clip ? frame.intersection(*near->clip) : frame).center(), near->role == Role::toggle);
+  waitForFrames();
+  return true;
+}
+
+bool BannerDriver::press(const std::string& key) {
+  const auto code = toQtKey(key);
+  if (!code) return false;
+  const Qt::KeyboardModifiers modifiers = *code == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier;
+  for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+    QKeyEvent event(type, *code, modifiers);
+    QCoreApplication::sendEvent(&window(), &event);
+  }
+  waitForFrames();
+  return true;
+}
+
+std::optional<std::string> BannerDriver::focus() {
+  HostingController& controller = *window().controller();
+  const auto focused = controller.focused();
+  if (!focused) return std::nullopt;
+  const auto& elements = controller.accessibleElements();
+  const auto element = std::ranges::find(elements, *focused, &AccessibleElement::id);
+  return element == elements.end() ? std::nullopt : std::optional(element->name);
+}
+
+bool BannerDriver::screenshot(const std::string& file) {
+  waitForFrames();
+  QImage picture = host_.grabWindow().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  if (ViewWindow* shown = banner()) {
+    QPainter painter(&picture);
+    painter.drawImage(0, 0, shown->grabWindow());
+  }
+  return picture.save(toQString(file), "PNG");
+}
+
+ViewWindow& BannerDriver::window() const {
+  ViewWindow* shown = banner();
+  return shown ? *shown : host_;
+}
+
+void BannerDriver::touch(ViewWindow& window, Point point, bool isSwitch) {
+  const QPointF position(point.x, point.y);
+  const QPointF global = window.mapToGlobal(position);
+  const auto send = [&](QEvent::Type type, QEventPoint::State state) {
+    QTouchEvent event(type, &touchScreen(), Qt::NoModifier, {QEventPoint(1, state, position, global)});
+    QCoreApplication::sendEvent(&window, &event);
+  };
+  send(QEvent::TouchBegin, QEventPoint::Pressed);
+  waitForFrames();
+  if (isSwitch) Timing::switchTapped();
+  send(QEvent::TouchEnd, QEventPoint::Released);
+}
+
+void BannerDriver::waitForFrames() {
+  wait_([this] { return !isMoving(); });
+}
+
+}  // namespace TalvoConsentHost

@@ -1,0 +1,97 @@
+#include "apps/host/HostOptions.h"
+
+#include <QCommandLineParser>
+#include <cstdio>
+#include <cstdlib>
+
+namespace TalvoConsentHost {
+
+namespace {
+
+using TalvoConsentSDK::Insets;
+using TalvoConsentSDK::LayoutDirection;
+
+[[noreturn]] void fail(const QString& message) {
+  std::fprintf(stderr, "talvo-host: %s\n", qPrintable(message));
+  std::exit(2);
+}
+
+double number(const QCommandLineParser& parser, const QString& option, double least, double most) {
+  bool isNumber = false;
+  const double value = parser.value(option).toDouble(&isNumber);
+  if (!isNumber || value < least || value > most) {
+    fail(QStringLiteral("--%1 takes a number from %2 to %3").arg(option).arg(least).arg(most));
+  }
+  return value;
+}
+
+QSize size(const QString& text) {
+  const QStringList sides = text.split(QLatin1Char('x'));
+  const QSize size(sides.value(0).toInt(), sides.value(1).toInt());
+  if (sides.size() != 2 || size.isEmpty()) fail(QStringLiteral("--size takes WIDTHxHEIGHT in points"));
+  return size;
+}
+
+Insets insets(const QString& text) {
+  const QStringList sides = text.split(QLatin1Char(','));
+  if (sides.size() != 4) fail(QStringLiteral("--safe-area takes TOP,LEFT,BOTTOM,RIGHT in points"));
+  return {sides[0].toDouble(), sides[1].toDouble(), sides[2].toDouble(), sides[3].toDouble()};
+}
+
+LayoutDirection direction(const QString& text) {
+  if (text == QLatin1String("rtl")) return LayoutDirection::rightToLeft;
+  if (text == QLatin1String("ltr")) return LayoutDirection::leftToRight;
+  fail(QStringLiteral("--layout takes rtl or ltr"));
+}
+
+}  // namespace
+
+HostOptions parseOptions(const QStringList& arguments) {
+  HostOptions defaults;
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("A sample host of TalvoConsentSDK: a window for people, a script for machines."));
+  const auto add = [&](const char* name, const char* help, const char* value,
+                       const std::string& fallback = {}) {
+    parser.addOption(
+        {QLatin1String(name), QLatin1String(help), QLatin1String(value), QString::fromStdString(fallback)});
+  };
+  add("api-url", "The consent service.", "URL", defaults.apiUrl);
+  add("site", "The site asked for.", "ID", defaults.site);
+  add("language", "The banner's language.", "CODE", defaults.language);
+  add("store", "The file that consents are kept in.", "FILE");
+  add("size", "The window's size in points.", "WxH", "390x844");
+  add("scale", "Pixels a point.", "N");
+  add("text-scale", "How much larger text is than usual.", "F", "1");
+  add("layout", "The direction of the layout, whatever the language.", "rtl|ltr");
+  add("safe-area", "What the system covers of the window, in points.", "T,L,B,R");
+  add("script", "Commands to run, one a line; - reads them from standard input.", "FILE");
+  parser.addOption({QStringLiteral("hidden"), QStringLiteral("Stay in the background, without a window.")});
+  parser.addHelpOption();
+
+  if (!parser.parse(arguments)) fail(parser.errorText());
+  if (parser.isSet(QStringLiteral("help"))) parser.showHelp();
+  if (!parser.positionalArguments().isEmpty()) fail(QStringLiteral("Unexpected argument"));
+
+  const auto text = [&](const char* name) { return parser.value(QLatin1String(name)).toStdString(); };
+  HostOptions options;
+  options.apiUrl = text("api-url");
+  options.site = text("site");
+  options.language = text("language");
+  options.store = text("store");
+  options.size = size(parser.value(QStringLiteral("size")));
+  if (parser.isSet(QStringLiteral("scale")))
+    options.pixelRatio = number(parser, QStringLiteral("scale"), 0.5, 8);
+  options.textScale = number(parser, QStringLiteral("text-scale"), 0.5, 4);
+  if (parser.isSet(QStringLiteral("layout"))) {
+    options.layoutDirection = direction(parser.value(QStringLiteral("layout")));
+  }
+  if (parser.isSet(QStringLiteral("safe-area"))) {
+    options.safeArea = insets(parser.value(QStringLiteral("safe-area")));
+  }
+  if (parser.isSet(QStringLiteral("script"))) options.script = text("script");
+  options.isHidden = parser.isSet(QStringLiteral("hidden"));
+  return options;
+}
+
+}  // namespace TalvoConsentHost

@@ -1,0 +1,30 @@
+#pragma once
+
+// The sample host's own screen: what is stored, what happened, and a button for every public operation.
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/ui/view/AnyView.h"
+#include "TalvoConsentSDK/ui/view/State.h"
+
+namespace TalvoConsentHost {
+
+/// What the screen shows.
+struct HostContent {
+  std::string stored = "Nothing yet";
+  std::vector<std::string> log;  // newest first
+};
+
+/// An operation that the person can start.
+struct HostOperation {
+  std::string title;
+  std::function<void()> start;
+};
+
+/// The screen as a view that follows `content`.
+TalvoConsentSDK::AnyView hostScreen(const TalvoConsentSDK::State<HostContent>& content,
+                                    std::vector<HostOperation> operations);
+
+}  // namespace TalvoConsentHost

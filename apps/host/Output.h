@@ -1,0 +1,21 @@
+#pragma once
+
+// What the script form prints: one JSON object a line.
+
+#include <string>
+
+#include "TalvoConsentSDK/TalvoConsentSDK.h"
+
+namespace TalvoConsentHost {
+
+/// Prints an object; any thread.
+void printObject(const TalvoConsentSDK::JSONObject& object);
+
+/// "main" or "background", for the calling thread. The first call must come from the main one.
+std::string threadName();
+
+/// A record or null, and an error, as the script form shows them.
+TalvoConsentSDK::JSONValue toJSON(const std::optional<TalvoConsentSDK::BasicConsent>& consent);
+TalvoConsentSDK::JSONValue toJSON(const TalvoConsentSDK::Error& error);
+
+}  // namespace TalvoConsentHost

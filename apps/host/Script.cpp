@@ -1,0 +1,263 @@
+#include "apps/host/Script.h"
+
+#include <QCoreApplication>
+#include <QMetaObject>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <thread>
+#include <utility>
+
+#include "TalvoConsentSDK/models/JSONCoding.h"
+
+#include "apps/host/EventLoop.h"
+#include "apps/host/Output.h"
+#include "apps/host/Timing.h"
+
+namespace TalvoConsentHost {
+
+using namespace TalvoConsentSDK;
+
+namespace {
+
+// A coroutine of a host's own that is no Task, as any host may have.
+struct HostCoroutine {
+  struct promise_type {
+    HostCoroutine get_return_object() const noexcept { return {}; }
+    std::suspend_never initial_suspend() const noexcept { return {}; }
+    std::suspend_never final_suspend() const noexcept { return {}; }
+    void return_void() const noexcept {}
+    [[noreturn]] void unhandled_exception() const noexcept { std::terminate(); }
+  };
+};
+
+JSONObject answer(const Result<ConsentResponse>& result) {
+  if (!result) return {{"error", toJSON(result.error())}, {"thread", threadName()}};
+  return {{"submitted", JSONObject{{"id", result->id}}}, {"thread", threadName()}};
+}
+
+HostCoroutine awaitSubmission(Task<ConsentResponse> submission, std::function<void(JSONObject)> done) {
+  std::optional<Result<ConsentResponse>> result;
+  try {
+    ConsentResponse response = co_await std::move(submission);
+    result.emplace(std::move(response));
+  } catch (const Error& error) {
+    result.emplace(error);
+  }
+  done(answer(*result));
+}
+
+std::function<void()> reporting(const char* callback) {
+  return [callback] { printObject({{"callback", callback}, {"thread", threadName()}}); };
+}
+
+}  // namespace
+
+Script::Script(std::shared_ptr<CookiesSDK> sdk, std::string apiUrl, const Activity& activity,
+               ViewWindow& host)
+    : sdk_(std::move(sdk)), apiUrl_(std::move(apiUrl)), activity_(activity), driver_(host, &waitUntil) {}
+
+void Script::start(const std::string& file) {
+  // Lines are read on a thread of their own, so that events go on while nothing comes.
+  std::thread([this, file] {
+    std::ifstream opened;
+    if (file != "-") opened.open(file);
+    std::istream& input = file == "-" ? std::cin : opened;
+    for (std::string line; std::getline(input, line);) {
+      QMetaObject::invokeMethod(qApp, [this, line] { run(line); }, Qt::BlockingQueuedConnection);
+      if (isOver_) return;
+    }
+    const bool isMissing = file != "-" && !opened.is_open();
+    QMetaObject::invokeMethod(qApp, [this, isMissing] {
+      if (isMissing) fail("The script cannot be read");
+      finish();
+    });
+  }).detach();
+}
+
+const std::map<std::string, Script::Command>& Script::commands() {
+  static const std::map<std::string, Command> table{
+      {"consent", &Script::consent},
+      {"submit", &Script::submit},
+      {"submit-async", &Script::submitAsync},
+      {"identify", &Script::identify},
+      {"remove-identity", &Script::removeIdentity},
+      {"language", &Script::language},
+      {"listen", &Script::listen},
+      {"banner", &Script::banner},
+      {"view", &Script::view},
+      {"tap", &Script::tap},
+      {"key", &Script::key},
+      {"screenshot", &Script::screenshot},
+      {"settle", &Script::settle},
+      {"topics", &Script::topics},
+      {"timing", &Script::timing},
+      {"quit", &Script::quit},
+  };
+  return table;
+}
+
+void Script::run(const std::string& line) {
+  const std::size_t end = line.find(' ');
+  const std::string name = line.substr(0, end);
+  if (name.empty() || name.starts_with('#')) return;
+  const auto command = commands().find(name);
+  if (command == commands().end()) return fail("Unknown command: " + name);
+  (this->*command->second)(end == std::string::npos ? "" : line.substr(end + 1));
+}
+
+void Script::finish() {
+  isOver_ = true;
+  QCoreApplication::exit(hasFailed_ ? 1 : 0);
+}
+
+void Script::consent(const std::string&) {
+  printObject({{"consent", toJSON(sdk_->getConsent())}});
+}
+
+void Script::submit(const std::string& record) {
+  submitRecord(record, [this](const BasicConsent& consent, std::function<void(JSONObject)> done) {
+    sdk_->submitConsent(
+        consent, [done = std::move(done)](const Result<ConsentResponse>& result) { done(answer(result)); });
+  });
+}
+
+void Script::submitAsync(const std::string& record) {
+  submitRecord(record, [this](const BasicConsent& consent, std::function<void(JSONObject)> done) {
+    awaitSubmission(sdk_->submitConsent(consent), std::move(done));
+  });
+}
+
+void Script::submitRecord(
+    const std::string& record,
+    const std::function<void(const BasicConsent&, std::function<void(JSONObject)>)>& send) {
+  const auto consent = JSONDecoder().decode<BasicConsent>(record);
+  if (!consent) return fail(consent.error().what());
+  const auto isDone = std::make_shared<std::atomic<int>>(0);
+  send(*consent, [isDone](const JSONObject& reply) {
+    printObject(reply);
+    *isDone = reply.contains("error") ? 2 : 1;
+  });
+  waitUntil([isDone] { return *isDone != 0; });
+  hasFailed_ = hasFailed_ || *isDone != 1;
+}
+
+void Script::identify(const std::string& user) {
+  sdk_->identify(user);
+  printObject({{"done", "identify"}});
+}
+
+void Script::removeIdentity(const std::string&) {
+  sdk_->removeIdentity();
+  printObject({{"done", "remove-identity"}});
+}
+
+void Script::language(const std::string& code) {
+  sdk_->setLanguage(code);
+  printObject({{"done", "language"}});
+}
+
+void Script::listen(const std::string&) {
+  for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
+    const std::string name(raw);
+    sdk_->addEventListener(event,
+                           std::make_shared<ConsentEventClosureCallback>(
+                               [name] { printObject({{"event", name}, {"thread", threadName()}}); }, [] {}));
+  }
+  printObject({{"done", "listen"}});
+}
+
+void Script::banner(const std::string&) {
+  const ViewWindow* const before = driver_.banner();
+  const auto error = std::make_shared<std::optional<Error>>();
+  Timing::bannerRequested();
+  sdk_->showBanner(
+      reporting("onAcceptAll"), reporting("onRejectAll"), reporting("onManagePreferences"),
+      [error](const Error& reason) {
+        *error = reason;
+        printObject({{"callback", "onError"}, {"error", toJSON(reason)}, {"thread", threadName()}});
+      });
+  waitUntil([this] { return isSettled(); });
+  const ViewWindow* const shown = driver_.banner();
+  if (*error) {
+    hasFailed_ = true;
+    printObject({{"error", toJSON(**error)}});
+  } else {
+    printObject({{"banner", shown && shown != before ? "shown" : "none"}});
+  }
+}
+
+void Script::view(const std::string&) {
+  printObject({{"view", driver_.view()}});
+}
+
+void Script::tap(const std::string& target) {
+  if (!driver_.tap(target)) return fail("No control is named: " + target);
+  printObject({{"tapped", target}});
+}
+
+void Script::key(const std::string& name) {
+  if (!driver_.press(name)) return fail("Unknown key: " + name);
+  const auto focus = driver_.focus();
+  printObject({{"key", name}, {"focus", focus ? JSONValue(*focus) : JSONValue()}});
+}
+
+void Script::screenshot(const std::string& file) {
+  if (!driver_.screenshot(file)) return fail("The picture cannot be written: " + file);
+  printObject({{"screenshot", file}});
+}
+
+void Script::settle(const std::string&) {
+  if (!waitUntil([this] { return isSettled(); })) return fail("Something is still under way");
+  printObject({{"settled", true}});
+}
+
+// topics POINT EMAIL TOKEN N=yes ...
+void Script::topics(const std::string& arguments) {
+  std::istringstream words(arguments);
+  std::string point;
+  std::string email;
+  std::string token;
+  if (!(words >> point >> email >> token)) return fail("topics takes POINT EMAIL TOKEN and N=yes or N=no");
+  std::map<int, bool> choices;
+  for (std::string word; words >> word;) {
+    int number = 0;
+    std::string choice;
+    std::istringstream parts(word);
+    char equals = 0;
+    if (!(parts >> number >> equals >> choice) || equals != '=' || (choice != "yes" && choice != "no")) {
+      return fail("A topic is N=yes or N=no, not " + word);
+    }
+    choices[number] = choice == "yes";
+  }
+  const auto client =
+      TalvoConsent::getInstance("", point, token == "-" ? std::nullopt : std::optional(token), apiUrl_);
+  const auto isDone = std::make_shared<std::atomic<int>>(0);
+  client->submitConsent(email, choices, [isDone](const Result<JSONObject>& reply) {
+    printObject(reply ? JSONObject{{"reply", *reply}, {"thread", threadName()}}
+                      : JSONObject{{"error", toJSON(reply.error())}, {"thread", threadName()}});
+    *isDone = reply ? 1 : 2;
+  });
+  waitUntil([isDone] { return *isDone != 0; });
+  hasFailed_ = hasFailed_ || *isDone != 1;
+}
+
+void Script::timing(const std::string&) {
+  printObject({{"timing", Timing::report()}});
+}
+
+void Script::quit(const std::string&) {
+  finish();
+}
+
+void Script::fail(const std::string& description) {
+  hasFailed_ = true;
+  printObject({{"error", JSONObject{{"type", "script"}, {"description", description}}}});
+}
+
+bool Script::isSettled() const {
+  return activity_.isIdle() && !driver_.isMoving();
+}
+
+}  // namespace TalvoConsentHost

@@ -1,0 +1,68 @@
+#pragma once
+
+// The script form: commands in, one JSON object a line out.
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "TalvoConsentSDK/TalvoConsentSDK.h"
+
+#include "apps/host/Activity.h"
+#include "apps/host/BannerDriver.h"
+
+namespace TalvoConsentHost {
+
+/// Runs commands one after another on the GUI thread; a command ends when its answer is printed. Events and
+/// host callbacks print whenever they come.
+class Script {
+ public:
+  Script(std::shared_ptr<TalvoConsentSDK::CookiesSDK> sdk, std::string apiUrl, const Activity& activity,
+         TalvoConsentSDK::ViewWindow& host);
+
+  /// Runs the commands of a file, or of standard input for "-", then ends the application. Its exit status is
+  /// 1 when a command failed or was unknown.
+  void start(const std::string& file);
+
+ private:
+  using Command = void (Script::*)(const std::string& arguments);
+
+  void run(const std::string& line);
+  void finish();
+
+  void consent(const std::string&);
+  void submit(const std::string& record);
+  void submitAsync(const std::string& record);
+  void identify(const std::string& user);
+  void removeIdentity(const std::string&);
+  void language(const std::string& code);
+  void listen(const std::string&);
+  void banner(const std::string&);
+  void view(const std::string&);
+  void tap(const std::string& target);
+  void key(const std::string& name);
+  void screenshot(const std::string& file);
+  void settle(const std::string&);
+  void topics(const std::string& arguments);
+  void timing(const std::string&);
+  void quit(const std::string&);
+
+  void fail(const std::string& description);
+  void submitRecord(const std::string& record,
+                    const std::function<void(const TalvoConsentSDK::BasicConsent&,
+                                             std::function<void(TalvoConsentSDK::JSONObject)>)>& send);
+  bool isSettled() const;
+
+  static const std::map<std::string, Command>& commands();
+
+  const std::shared_ptr<TalvoConsentSDK::CookiesSDK> sdk_;
+  const std::string apiUrl_;
+  const Activity& activity_;
+  BannerDriver driver_;
+  bool hasFailed_ = false;
+  bool isOver_ = false;
+};
+
+}  // namespace TalvoConsentHost

@@ -1,0 +1,126 @@
+#include "apps/host/Timing.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QObject>
+#include <QQuickWindow>
+#include <chrono>
+#include <ctime>
+#include <fstream>
+#include <mutex>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#if defined(__linux__)
+#include <unistd.h>
+#endif
+
+#include "adapters/qt/OverlaySurface.h"
+
+namespace TalvoConsentHost {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using TalvoConsentSDK::JSONValue;
+using TalvoConsentSDK::OverlaySurface;
+
+// Frames are presented on a render thread.
+struct Moments {
+  std::mutex lock;
+  std::optional<Clock::time_point> processStart;
+  std::optional<Clock::time_point> requested;
+  std::optional<Clock::time_point> firstFrame;      // of the process's first banner
+  std::optional<Clock::time_point> requestedFrame;  // of the banner last asked for
+  std::optional<Clock::time_point> switchTap;
+  std::optional<Clock::time_point> switchFrame;
+
+  static Moments& instance() {
+    static Moments& moments = *new Moments;
+    return moments;
+  }
+};
+
+// When the kernel started this process; to a hundredth of a second.
+std::optional<Clock::time_point> processStart() {
+#if defined(__linux__)
+  std::ifstream file("/proc/self/stat");
+  std::string text;
+  std::getline(file, text);
+  std::istringstream fields(text.substr(text.rfind(')') + 2));
+  std::string field;
+  constexpr int startTime = 22;  // counted from 1; the third field is the first behind the name
+  for (int i = 3; i <= startTime; ++i) fields >> field;
+  timespec now{};
+  if (clock_gettime(CLOCK_BOOTTIME, &now) != 0 || field.empty()) return std::nullopt;
+  const double started = std::stod(field) / static_cast<double>(sysconf(_SC_CLK_TCK));
+  const double age = static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9 - started;
+  return Clock::now() - std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(age));
+#else
+  return std::nullopt;
+#endif
+}
+
+void framePresented() {
+  Moments& moments = Moments::instance();
+  const std::scoped_lock guard(moments.lock);
+  const auto now = Clock::now();
+  if (!moments.firstFrame) moments.firstFrame = now;
+  if (moments.requested && !moments.requestedFrame) moments.requestedFrame = now;
+  if (moments.switchTap && !moments.switchFrame) moments.switchFrame = now;
+}
+
+class BannerWatcher : public QObject {
+ public:
+  using QObject::QObject;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::PlatformSurface && event->type() != QEvent::Show) return false;
+    auto* window = qobject_cast<QQuickWindow*>(watched);
+    if (!window || !OverlaySurface::isOverlay(*window) || window->property("timed").toBool()) return false;
+    window->setProperty("timed", true);
+    connect(window, &QQuickWindow::frameSwapped, this, &framePresented, Qt::DirectConnection);
+    return false;
+  }
+};
+
+JSONValue milliseconds(const std::optional<Clock::time_point>& from,
+                       const std::optional<Clock::time_point>& to) {
+  if (!from || !to || *to < *from) return {};
+  return std::chrono::duration<double, std::milli>(*to - *from).count();
+}
+
+}  // namespace
+
+void Timing::bannerRequested() {
+  Moments& moments = Moments::instance();
+  const std::scoped_lock guard(moments.lock);
+  moments.requested = Clock::now();
+  moments.requestedFrame.reset();
+}
+
+void Timing::watchBanners() {
+  Moments::instance().processStart = processStart();
+  qApp->installEventFilter(new BannerWatcher(qApp));
+}
+
+void Timing::switchTapped() {
+  Moments& moments = Moments::instance();
+  const std::scoped_lock guard(moments.lock);
+  moments.switchTap = Clock::now();
+  moments.switchFrame.reset();
+}
+
+TalvoConsentSDK::JSONObject Timing::report() {
+  Moments& moments = Moments::instance();
+  const std::scoped_lock guard(moments.lock);
+  return {
+      {"process_to_first_frame_ms", milliseconds(moments.processStart, moments.firstFrame)},
+      {"show_to_first_frame_ms", milliseconds(moments.requested, moments.requestedFrame)},
+      {"last_switch_to_frame_ms", milliseconds(moments.switchTap, moments.switchFrame)},
+  };
+}
+
+}  // namespace TalvoConsentHost

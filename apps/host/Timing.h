@@ -1,0 +1,27 @@
+#pragma once
+
+// How long the banner took to be seen.
+
+#include "TalvoConsentSDK/models/JSONValue.h"
+
+class QQuickWindow;
+
+namespace TalvoConsentHost {
+
+/// Moments of the last banner. GUI thread.
+class Timing {
+ public:
+  /// showBanner is about to be called.
+  static void bannerRequested();
+
+  /// Notes the first frame that each banner's window presents from now on, and every frame's time.
+  static void watchBanners();
+
+  /// A switch is about to be tapped.
+  static void switchTapped();
+
+  /// Milliseconds; null for what has not happened.
+  static TalvoConsentSDK::JSONObject report();
+};
+
+}  // namespace TalvoConsentHost

@@ -1,0 +1,161 @@
+// The sample host: an app's window with the SDK behind it, for people to try and for scripts to drive.
+
+#include <QGuiApplication>
+#include <QStandardPaths>
+#include <QSurfaceFormat>
+#include <cstdlib>
+#include <memory>
+
+#include "TalvoConsentSDK/models/JSONCoding.h"
+
+#include "adapters/curl/CurlURLSession.h"
+#include "adapters/qt/QtMainActor.h"
+#include "adapters/qt/QtPlatform.h"
+#include "adapters/qt/ViewWindow.h"
+
+#include "apps/host/Activity.h"
+#include "apps/host/HostOptions.h"
+#include "apps/host/HostScreen.h"
+#include "apps/host/Output.h"
+#include "apps/host/Script.h"
+#include "apps/host/Timing.h"
+
+using namespace TalvoConsentSDK;
+using namespace TalvoConsentHost;
+
+namespace {
+
+QtOptions qtOptions(const HostOptions& options) {
+  QtOptions qt;
+  qt.text.scale = options.textScale;
+  qt.layoutDirection = options.layoutDirection;
+  qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
+  if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
+  return qt;
+}
+
+std::filesystem::path storeFile(const HostOptions& options) {
+  if (!options.store.empty()) return options.store;
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+  return std::filesystem::path(folder.toStdString()) / "consent.sqlite";
+}
+
+/// Keeps the screen's content in line with what the SDK stores and tells.
+class HostModel {
+ public:
+  HostModel(std::shared_ptr<CookiesSDK> sdk, std::shared_ptr<Executor> mainActor, std::string apiUrl)
+      : sdk_(std::move(sdk)), mainActor_(std::move(mainActor)), apiUrl_(std::move(apiUrl)) {
+    for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
+      sdk_->addEventListener(
+          event, std::make_shared<ConsentEventClosureCallback>(noting("Event " + std::string(raw)), [] {}));
+    }
+    refresh();
+  }
+
+  const State<HostContent>& content() const { return content_; }
+
+  std::vector<HostOperation> operations() {
+    const auto submit = [this](const BasicConsent& consent) {
+      sdk_->submitConsent(consent, [this](const Result<ConsentResponse>& result) {
+        noting(result ? "Submitted as " + result->id : std::string("Failed: ") + result.error().what())();
+      });
+    };
+    return {
+        {"Privacy settings", [this] { showBanner(); }},
+        {"Accept all", [submit] { submit(BasicConsent::acceptAll()); }},
+        {"Reject all", [submit] { submit(BasicConsent::rejectAll()); }},
+        {"Identify demo-user",
+         [this] {
+           sdk_->identify("demo-user");
+           refresh();
+         }},
+        {"Remove identity",
+         [this] {
+           sdk_->removeIdentity();
+           refresh();
+         }},
+        {"English", [this] { sdk_->setLanguage("en"); }},
+        {"Deutsch", [this] { sdk_->setLanguage("de"); }},
+        {"العربية", [this] { sdk_->setLanguage("ar"); }},
+        {"Submit topics", [this] { submitTopics(); }},
+        {"Stop listening", [this] { sdk_->removeAllEventListeners(); }},
+    };
+  }
+
+ private:
+  // A note for the log, from any thread.
+  std::function<void()> noting(std::string line) {
+    return [this, line = std::move(line)] {
+      mainActor_->post([this, line] {
+        content_.update([&](HostContent& content) { content.log.insert(content.log.begin(), line); });
+        refresh();
+      });
+    };
+  }
+
+  void refresh() {
+    const auto consent = sdk_->getConsent();
+    const auto json = consent ? JSONEncoder().encode(*consent) : std::string("Nothing yet");
+    content_.update([&](HostContent& content) { content.stored = json ? *json : "Unreadable"; });
+  }
+
+  void showBanner() {
+    sdk_->showBanner(noting("Host callback onAcceptAll"), noting("Host callback onRejectAll"),
+                     noting("Host callback onManagePreferences"), [this](const Error& error) {
+                       noting(std::string("Host callback onError: ") + error.what())();
+                     });
+  }
+
+  void submitTopics() {
+    TalvoConsent::getInstance("", "demo-point", std::nullopt, apiUrl_)
+        ->submitConsent(
+            "person@mail.example", {{1, true}, {2, false}}, [this](const Result<JSONObject>& reply) {
+              noting(reply ? "Topics submitted" : std::string("Topics failed: ") + reply.error().what())();
+            });
+  }
+
+  const std::shared_ptr<CookiesSDK> sdk_;
+  const std::shared_ptr<Executor> mainActor_;
+  const std::string apiUrl_;
+  State<HostContent> content_{HostContent()};
+};
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  threadName();
+  QStringList arguments;
+  for (int i = 0; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
+  QCoreApplication::setApplicationName(QStringLiteral("talvo-host"));
+  const HostOptions options = parseOptions(arguments);
+  if (options.pixelRatio > 0) qputenv("QT_SCALE_FACTOR", QByteArray::number(options.pixelRatio));
+  const QGuiApplication application(argc, argv);
+
+  const QtOptions qt = qtOptions(options);
+  Platform platform = makeQtPlatform(storeFile(options), qt);
+  Activity activity;
+  activity.watch(platform);
+  addQtWindows(platform, qt);
+  Platform::install(platform);
+  Timing::watchBanners();
+
+  const auto sdk = CookiesSDK::createInstance(options.apiUrl, options.site);
+  sdk->setLanguage(options.language);
+
+  HostModel model(sdk, platform.mainActor, options.apiUrl);
+  ViewWindow window(qt.text);
+  window.setTitle(QStringLiteral("Aurora Daily"));
+  window.resize(options.size);
+  ViewEnvironment environment;
+  environment.textMeasurer = std::make_shared<QtTextMeasurer>(qt.text);
+  environment.safeArea = options.safeArea;
+  window.setController(
+      std::make_shared<HostingController>(hostScreen(model.content(), model.operations()),
+                                          options.layoutDirection.value_or(LayoutDirection::leftToRight)),
+      environment);
+  if (!options.isHidden) window.show();
+
+  Script script(sdk, options.apiUrl, activity, window);
+  if (options.script) script.start(*options.script);
+  return QGuiApplication::exec();
+}
