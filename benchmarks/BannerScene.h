@@ -1,0 +1,46 @@
+#pragma once
+
+// A banner with as many vendors as wanted, in a real window.
+
+#include <QGuiApplication>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "TalvoConsentSDK/ui/ConsentBannerView.h"
+#include "TalvoConsentSDK/ui/view/HostingController.h"
+
+#include "adapters/qt/ViewWindow.h"
+
+namespace TalvoConsentBenchmarks {
+
+/// A banner whose marketing category has `vendorCount` vendors, each with one service, on its preferences
+/// screen.
+TalvoConsentSDK::ConsentBannerView makeBanner(std::size_t vendorCount);
+
+/// Shows such a banner in a window of 390 x 844 points and draws frames of it on demand.
+class BannerScene {
+ public:
+  explicit BannerScene(std::size_t vendorCount);
+
+  /// Runs the event loop until the next frame has been presented.
+  void presentFrame();
+
+  /// Runs the event loop until nothing moves.
+  void settle();
+
+  /// Uses the first control with this role and name; it must exist.
+  void use(TalvoConsentSDK::Role role, const std::string& name);
+
+  /// Scrolls the middle of the window.
+  void scroll(double distance);
+
+  TalvoConsentSDK::HostingController& controller() { return *controller_; }
+
+ private:
+  std::shared_ptr<TalvoConsentSDK::HostingController> controller_;
+  TalvoConsentSDK::ViewWindow window_;
+  int framesPresented_ = 0;
+};
+
+}  // namespace TalvoConsentBenchmarks

@@ -1,0 +1,97 @@
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <list>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "adapters/threads/BackgroundThread.h"
+
+// A process that ends while its background thread is at work.
+namespace TalvoConsentSDK {
+namespace {
+
+// Posts a job that posts itself again, and returns once it runs.
+void keepBusy(const std::shared_ptr<BackgroundThread>& thread) {
+  struct Again {
+    std::weak_ptr<BackgroundThread> thread;
+    std::shared_ptr<std::string> work = std::make_shared<std::string>();
+    void operator()() const {
+      work->append(100, 'x').clear();
+      if (const auto alive = thread.lock()) alive->post(*this);
+    }
+  };
+  std::promise<void> running;
+  thread->post([&] { running.set_value(); });
+  for (int job = 0; job < 100; ++job) thread->post(Again{thread});
+  running.get_future().wait();
+}
+
+struct Ending {
+  const char* name;
+  std::function<void()> leave;
+};
+
+// Never destroyed, as a process-wide platform's threads are.
+std::shared_ptr<BackgroundThread>& leaked() {
+  static auto& threads = *new std::list<std::shared_ptr<BackgroundThread>>;
+  return threads.emplace_back(std::make_shared<BackgroundThread>());
+}
+
+class ThreadsExitTest : public ::testing::TestWithParam<Ending> {};
+
+TEST_P(ThreadsExitTest, EndsSoonAndWithoutACrash) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (int run = 0; run < 5; ++run) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EXIT(GetParam().leave(), ::testing::ExitedWithCode(0), "");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+  }
+}
+
+const Ending endings[] = {
+    {"Idle",
+     [] {
+       std::promise<void> ran;
+       leaked()->post([&] { ran.set_value(); });
+       ran.get_future().wait();
+       std::exit(0);
+     }},
+    {"Busy",
+     [] {
+       keepBusy(leaked());
+       keepBusy(leaked());
+       std::exit(0);
+     }},
+    {"InAJobThatNeverReturns",
+     [] {
+       std::promise<void> running;
+       leaked()->post([&] {
+         running.set_value();
+         for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+       });
+       running.get_future().wait();
+       std::exit(0);
+     }},
+    {"CalledByAJob",
+     [] {
+       leaked()->post([] { std::exit(0); });
+       for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+     }},
+    {"AfterTheThreadIsDestroyed",
+     [] {
+       auto thread = std::make_shared<BackgroundThread>();
+       keepBusy(thread);
+       thread = nullptr;
+       std::exit(0);
+     }},
+};
+INSTANTIATE_TEST_SUITE_P(Exit, ThreadsExitTest, ::testing::ValuesIn(endings),
+                         [](const auto& each) { return each.param.name; });
+
+}  // namespace
+}  // namespace TalvoConsentSDK

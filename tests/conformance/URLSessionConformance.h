@@ -1,0 +1,169 @@
+#pragma once
+
+// What every URLSession does, whatever it runs on. A backend is default-constructible and has
+//   URLSession& session();
+//   URL serve(std::string method, std::string path, int status, std::string body): answers that request so;
+//   URL unreachable(): where every request fails.
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "TalvoConsentSDK/platform/URLSession.h"
+
+namespace TalvoConsentSDK {
+
+inline URLRequest makeRequest(std::string method, const std::string& url) {
+  URLRequest request(URL::parse(url).value());
+  request.method = std::move(method);
+  return request;
+}
+
+/// Collects the outcomes that its completions receive.
+class Outcomes {
+ public:
+  using Value = std::pair<Result<URLResponse>, std::thread::id>;  // and where it was reported
+
+  /// `then` runs inside the completion.
+  URLSession::Completion completion(std::function<void()> then = [] {}) {
+    return [shared = shared_, then = std::move(then)](Result<URLResponse> outcome) {
+      {
+        const std::scoped_lock guard(shared->lock);
+        shared->values.emplace_back(std::move(outcome), std::this_thread::get_id());
+        shared->changed.notify_all();
+      }
+      then();
+    };
+  }
+
+  /// Waits until there are `count` outcomes and returns all there are.
+  std::vector<Value> wait(std::size_t count) const {
+    std::unique_lock guard(shared_->lock);
+    if (!shared_->changed.wait_for(guard, std::chrono::seconds(30),
+                                   [&] { return shared_->values.size() >= count; })) {
+      throw std::runtime_error("A completion was not called");
+    }
+    return shared_->values;
+  }
+
+ private:
+  struct Shared {
+    std::mutex lock;
+    std::condition_variable changed;
+    std::vector<Value> values;
+  };
+
+  std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
+};
+
+/// Runs one request and waits for its outcome.
+inline Result<URLResponse> await(URLSession& session, URLRequest request) {
+  Outcomes outcomes;
+  session.run(std::move(request), outcomes.completion());
+  return outcomes.wait(1).front().first;
+}
+
+template <class Backend>
+class URLSessionConformance : public ::testing::Test {
+ protected:
+  Backend backend;
+};
+
+TYPED_TEST_SUITE_P(URLSessionConformance);
+
+TYPED_TEST_P(URLSessionConformance, ReportsStatusAndBodyAsTheyCame) {
+  const std::string any("\0\r\n\xff{}", 6);
+  const struct {
+    const char* method;
+    int status;
+    std::string body;
+    std::optional<std::string> expected;
+  } cases[] = {
+      {"GET", 200, "{}", "{}"},
+      {"GET", 200, "", ""},
+      {"POST", 201, any, any},
+      {"PUT", 299, std::string(1U << 20U, '\0'), std::string(1U << 20U, '\0')},
+      {"GET", 300, "choose", "choose"},
+      {"POST", 404, "", ""},
+      {"GET", 500, "<html>Sorry</html>", "<html>Sorry</html>"},
+      {"GET", 204, "", std::nullopt},
+      {"PUT", 304, "", std::nullopt},
+      {"HEAD", 200, "", std::nullopt},
+      {"HEAD", 404, "", std::nullopt},
+  };
+  for (const auto& [method, status, body, expected] : cases) {
+    SCOPED_TRACE(std::string(method) + " " + std::to_string(status));
+    const std::string path = "/" + std::to_string(status) + "/" + std::to_string(body.size());
+    const URL url = this->backend.serve(method, path, status, body);
+    const auto outcome = await(this->backend.session(), makeRequest(method, url.text()));
+    ASSERT_TRUE(outcome) << outcome.error().what();
+    EXPECT_EQ(outcome->statusCode, status);
+    EXPECT_TRUE(outcome->body == expected);  // not printed: it may be large
+  }
+}
+
+TYPED_TEST_P(URLSessionConformance, ReportsEveryRequestOnceOnAThreadOfItsOwn) {
+  constexpr int threads = 4;
+  constexpr int each = 25;
+  const URL url = this->backend.serve("GET", "/many", 200, "x");
+  Outcomes outcomes;
+  std::vector<std::thread> callers;
+  std::vector<std::thread::id> ids{std::this_thread::get_id()};
+  for (int caller = 0; caller < threads; ++caller) {
+    callers.emplace_back([&] {
+      for (int count = 0; count < each; ++count) {
+        this->backend.session().run(makeRequest("GET", url.text()), outcomes.completion());
+      }
+    });
+    ids.push_back(callers.back().get_id());
+  }
+  const auto all = outcomes.wait(threads * each);
+  for (std::thread& caller : callers) caller.join();
+  for (const auto& [outcome, thread] : all) {
+    EXPECT_TRUE(outcome && outcome->body == "x");
+    EXPECT_EQ(thread, all.front().second);
+    for (const auto id : ids) EXPECT_NE(thread, id);
+  }
+  ASSERT_TRUE(await(this->backend.session(), makeRequest("GET", url.text())));
+  EXPECT_EQ(outcomes.wait(0).size(), std::size_t{threads * each});
+}
+
+TYPED_TEST_P(URLSessionConformance, ReportsAFailureOnceAndGoesOn) {
+  const URL good = this->backend.serve("GET", "/good", 200, "x");
+  Outcomes outcomes;
+  this->backend.session().run(makeRequest("POST", this->backend.unreachable().text()), outcomes.completion());
+  const auto outcome = outcomes.wait(1).front().first;
+  ASSERT_FALSE(outcome);
+  ASSERT_TRUE(outcome.error().template as<PlatformError>());
+  EXPECT_STRNE(outcome.error().what(), "");
+  EXPECT_TRUE(await(this->backend.session(), makeRequest("GET", good.text())));
+  EXPECT_EQ(outcomes.wait(1).size(), 1U);
+}
+
+TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowAndThatRunMore) {
+  const URL url = this->backend.serve("GET", "/again", 200, "x");
+  Outcomes outcomes;
+  URLSession& session = this->backend.session();
+  session.run(makeRequest("GET", url.text()),
+              outcomes.completion([] { throw std::runtime_error("a host's"); }));
+  session.run(makeRequest("GET", url.text()), outcomes.completion([] { throw 1; }));
+  session.run(makeRequest("GET", url.text()), outcomes.completion([&session, outcomes, url]() mutable {
+    session.run(makeRequest("GET", url.text()), outcomes.completion());
+  }));
+  for (const auto& [outcome, thread] : outcomes.wait(4)) EXPECT_TRUE(outcome);
+}
+
+REGISTER_TYPED_TEST_SUITE_P(URLSessionConformance, ReportsStatusAndBodyAsTheyCame,
+                            ReportsEveryRequestOnceOnAThreadOfItsOwn, ReportsAFailureOnceAndGoesOn,
+                            SurvivesCompletionsThatThrowAndThatRunMore);
+
+}  // namespace TalvoConsentSDK

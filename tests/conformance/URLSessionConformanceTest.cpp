@@ -1,0 +1,56 @@
+// The in-memory sessions under the conformance suite.
+
+#include "adapters/memory/FailingSeams.h"
+#include "adapters/memory/FakeURLSession.h"
+#include "adapters/threads/BackgroundThread.h"
+
+#include "tests/conformance/URLSessionConformance.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+class FakeBackend {
+ public:
+  URLSession& session() { return *fake_; }
+
+  URL serve(const std::string& method, const std::string& path, int status, std::string body) {
+    URLResponse response;
+    response.statusCode = status;
+    if (method != "HEAD" && status != 204 && status != 304) response.body = std::move(body);
+    fake_->answer(method, base_ + path, std::move(response));
+    return URL::parse(base_ + path).value();
+  }
+
+  URL unreachable() { return URL::parse(base_ + "/unprepared").value(); }
+
+ protected:
+  const std::string base_ = "https://consent.example";
+  const std::shared_ptr<Executor> thread_ = std::make_shared<BackgroundThread>();
+  const std::shared_ptr<FakeURLSession> fake_ = std::make_shared<FakeURLSession>(thread_);
+};
+
+class FailingBackend : public FakeBackend {
+ public:
+  FailingURLSession& session() { return failing_; }
+
+ private:
+  FailingURLSession failing_{fake_, thread_};
+};
+
+using Backends = ::testing::Types<FakeBackend, FailingBackend>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, URLSessionConformance, Backends);
+
+TEST(FailingURLSession, LosesRequestsWhileItFails) {
+  FailingBackend backend;
+  const std::string url = backend.serve("GET", "/good", 200, "x").text();
+  for (const bool fails : {true, false, true}) {
+    backend.session().fails = fails;
+    Outcomes outcomes;
+    backend.session().run(makeRequest("GET", url), outcomes.completion());
+    EXPECT_EQ(outcomes.wait(1).front().first.has_value(), !fails);
+    EXPECT_EQ(outcomes.wait(1).size(), 1U);
+  }
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

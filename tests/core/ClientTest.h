@@ -1,0 +1,78 @@
+#pragma once
+
+// The client over a platform in memory. It is a singleton: each test needs a process of its own.
+
+#include "TalvoConsentSDK/TalvoConsentSDK.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+
+class ClientTest : public ::testing::Test {
+ protected:
+  ClientTest() { platform.install(); }
+  ~ClientTest() override { EXPECT_THAT(platform.session->unexpected(), IsEmpty()); }
+
+  /// Prepares a reply to "METHOD path".
+  void answer(const std::string& method, const std::string& path, int status, const std::string& reply) {
+    platform.session->answer(method, root + path, status, reply);
+  }
+
+  /// Creates the client for site "s", which is configured so.
+  std::shared_ptr<CookiesSDK> create(const std::string& configuration = "{}") {
+    answer("GET", "cookies/s/configurations", 200, configuration);
+    return CookiesSDK::createInstance("https://service.example/", "s");
+  }
+
+  /// The same, with what it does at creation done and forgotten.
+  std::shared_ptr<CookiesSDK> created(const std::string& configuration = "{}") {
+    const auto client = create(configuration);
+    platform.settle();
+    platform.printer->take();
+    newRequests();
+    return client;
+  }
+
+  /// "METHOD path" of the requests since the last call.
+  Texts newRequests() {
+    Texts texts;
+    const auto all = platform.session->requests();
+    for (; seen < all.size(); ++seen)
+      texts.push_back(all[seen].method + " " + all[seen].url.text().substr(root.size()));
+    return texts;
+  }
+
+  /// Under the keys "basicConsent", "originalConsent" and "userId" of the site: what is stored, "none" for
+  /// nothing, and a way to store it.
+  std::string stored(const std::string& key) const {
+    const auto data = platform.store->data(prefix + key + ".s").value();
+    return data ? data->bytes : platform.store->string(prefix + key + ".s").value().value_or("none");
+  }
+  void store(const std::string& key, const std::string& value) {
+    if (value == "none") return;
+    const std::string full = prefix + key + ".s";
+    (key == "userId" ? platform.store->set(full, value) : platform.store->set(full, Data(value))).value();
+  }
+
+  /// Notes in `trace` what happens, and where.
+  void note(const std::string& what) {
+    trace.push_back(what + (platform.mainActor->isCurrent()    ? " on main"
+                            : platform.background->isCurrent() ? " in background"
+                                                               : " elsewhere"));
+  }
+  void noteEvents(CookiesSDK& client) {
+    for (const auto& [event, name] : RawValues<ConsentEvent>::table) {
+      client.addEventListener(event,
+                              std::make_shared<ConsentEventClosureCallback>(
+                                  [this, text = std::string(name)] { note(text); }, [this] { note("!"); }));
+    }
+  }
+
+  const std::string root = "https://service.example/public/";
+  const std::string prefix = "com.talvo.consent.";
+  MemoryPlatform platform;
+  Texts trace;
+  std::size_t seen = 0;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,68 @@
+#include <thread>
+
+#include "TalvoConsentSDK/core/ConsentEventManager.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+using Event = ConsentEvent;
+
+class ConsentEventManagerTest : public ::testing::Test {
+ protected:
+  std::shared_ptr<ConsentEventCallback> listener(
+      const std::string& name, std::function<void()> work = [] {}) {
+    const auto success = [this, name, work] {
+      trace += name;
+      work();
+    };
+    return std::make_shared<ConsentEventClosureCallback>(success, [this] { trace += "!"; });
+  }
+
+  std::string traceOf(const std::vector<Event>& events) {
+    trace.clear();
+    manager.trigger(events);
+    return trace;
+  }
+
+  ConsentEventManager manager;
+  std::string trace;
+};
+
+TEST_F(ConsentEventManagerTest, DeliversInOrderToWhoIsRegistered) {
+  EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "");
+  const auto a = listener("a");
+  for (const auto& each : {a, listener("b"), a}) manager.addListener(Event::consentSent, each);
+  for (const auto& each : {listener("c"), {}}) manager.addListener(Event::acceptAll, each);
+  EXPECT_EQ(traceOf({Event::consentSent, Event::rejectAll, Event::acceptAll, Event::consentSent}), "abacaba");
+  manager.removeListeners(Event::acceptAll);
+  EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "aba");
+  manager.removeAllListeners();
+  EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "");
+  EXPECT_EQ(a.use_count(), 1) << "no longer held";
+}
+
+TEST_F(ConsentEventManagerTest, LetsListenersChangeTheRegistry) {
+  manager.addListener(Event::acceptAll, listener("a", [this] { manager.removeAllListeners(); }));
+  manager.addListener(Event::acceptAll,
+                      listener("b", [this] { manager.addListener(Event::acceptAll, listener("c")); }));
+  manager.addListener(Event::consentSent, listener("d"));
+  EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "ab")
+      << "this delivery goes on, later ones change";
+  EXPECT_EQ(traceOf({Event::acceptAll}), "c");
+}
+
+TEST_F(ConsentEventManagerTest, ServesTwoThreads) {
+  std::thread other([this] {
+    for (int n = 0; n < 500; ++n) manager.addListener(Event::consentSent, listener("", [] {}));
+    manager.removeAllListeners();
+  });
+  for (int n = 0; n < 100; ++n) manager.trigger(Event::acceptAll);
+  for (int n = 0; n < 100; ++n) manager.addListener(Event::acceptAll, listener("x"));
+  other.join();
+  EXPECT_LE(traceOf({Event::acceptAll}).size(), 100u);
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,160 @@
+#include <thread>
+
+#include "tests/core/ClientTest.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+const std::string configurations = "GET cookies/s/configurations";
+const std::string identified = "GET cookie-consent/s/identified/";
+const std::string loadFailure =
+    "⚠️ Failed to load consent from UserDefaults: Type mismatch at id: expected a string, found an integer";
+
+struct Creation {
+  std::string name;
+  std::string consent;  // stored before
+  std::string user;
+  std::string configuration;
+  Texts requests;  // besides the configuration
+  std::string storedAfter;
+  Texts lines = {};
+};
+
+class CreationTest : public ClientTest, public ::testing::WithParamInterface<Creation> {};
+
+TEST_P(CreationTest, DoesWhatTheSiteAndTheStoreAskFor) {
+  const auto& [name, consent, user, configuration, requests, storedAfter, lines] = GetParam();
+  store("basicConsent", consent);
+  store("userId", user);
+  answer("GET", "cookie-consent/s/identified/new", 200, "null");
+  answer("GET", "cookie-consent/s/identified/known", 200,
+         R"({"id":"k","categories":{"marketing":["a"],"optedIn":false}})");
+  answer("GET", "cookie-consent/s/identified/known?consentId=c", 200, "{}");
+  answer("GET", "cookie-consent/s/identified/broken", 500, "down");
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+
+  const auto client = create(configuration);
+  noteEvents(*client);
+  EXPECT_THAT(newRequests(), IsEmpty()) << "before it has returned";
+  platform.settle();
+  Texts all{configurations};
+  all.insert(all.end(), requests.begin(), requests.end());
+  EXPECT_EQ(newRequests(), all);
+  EXPECT_EQ(stored("basicConsent"), storedAfter);
+  EXPECT_EQ(platform.printer->take(), lines);
+  EXPECT_THAT(trace, IsEmpty());
+}
+
+const std::string implicitly = R"({"implicitConsent":true})";
+const std::string all = written(BasicConsent::acceptAll());
+const std::string unreadable =
+    "Failed to fetch configuration on init: Failed to decode response: Type mismatch at implicitConsent: "
+    "expected a boolean, found an integer";
+const std::string broken = "Error fetching identified consent: ";
+const std::string known = R"({"marketing":["a"],"id":"k","optedIn":false})";
+const Texts post{"POST cookie-consent/s"};
+const Creation creations[] = {
+    {"Plain", "none", "none", "{}", {}, "none"},
+    {"NotImplicit", "none", "none", R"({"implicitConsent":false})", {}, "none"},
+    {"Implicit", "none", "none", implicitly, post, all},
+    {"ImplicitButDecided", "{}", "none", implicitly, {}, "{}"},
+    {"ImplicitOverADamagedOne", R"({"id":7})", "none", implicitly, post, all, Texts(3, loadFailure)},
+    {"Unreadable", "none", "none", R"({"implicitConsent":1})", {}, "none", {unreadable}},
+    {"NewUser", "none", "new", "{}", {identified + "new"}, "none"},
+    {"KnownUser", "{}", "known", "{}", {identified + "known"}, known},
+    {"KnownUserWithConsent", R"({"id":"c"})", "known", "{}", {identified + "known?consentId=c"}, "{}"},
+    {"BrokenUser", "{}", "broken", "{}", {identified + "broken"}, "{}", {broken + "HTTP error 500: down"}},
+    {"NoURLForTheUser", "none", "a b", "{}", {}, "none", {broken + "Invalid URL"}},
+};
+INSTANTIATE_TEST_SUITE_P(Client, CreationTest, ValuesIn(creations), byName);
+
+TEST_F(ClientTest, IsOneInstanceForEver) {
+  EXPECT_EQ(CookiesSDK::getInstance(), nullptr);
+  answer("GET", "cookies/s/configurations", 200, "{}");
+  std::vector<std::shared_ptr<CookiesSDK>> instances(4);
+  std::vector<std::thread> threads;
+  for (auto& instance : instances) {
+    threads.emplace_back([&] { instance = CookiesSDK::createInstance("https://service.example", "s"); });
+  }
+  for (auto& thread : threads) thread.join();
+  instances.push_back(CookiesSDK::createInstance("https://elsewhere.example", "other"));
+  EXPECT_THAT(instances, Each(CookiesSDK::getInstance()));
+  platform.mainActor->runAll();
+  platform.background->runAll();
+  platform.sessionThread->runAll();
+  EXPECT_EQ(platform.background->runAll(), 1u) << "replies are decoded off the main thread";
+  platform.settle();
+  EXPECT_THAT(newRequests(), ElementsAre(configurations));
+}
+
+TEST_F(ClientTest, SendsTheImplicitPayloadAndReportsItsFailure) {
+  answer("POST", "cookie-consent/s", 503, "busy");
+  create(implicitly);
+  platform.settle();
+  EXPECT_EQ(canonical(*platform.session->requests().back().body),
+            canonical(R"({"status":"accepted","categories":{"necessary":true,"unclassified":true,
+                          "preferences":true,"marketing":true,"statistics":true},"consentDataAnalytics":{},
+                          "typeConsent":"implicit","siteId":"s"})"));
+  EXPECT_EQ(stored("basicConsent"), "none");
+  EXPECT_THAT(platform.printer->take(),
+              ElementsAre("Failed to submit implicit consent: HTTP error 503: busy"));
+}
+
+TEST_F(ClientTest, KeepsADecisionMadeWhileImplicitConsentIsUnderWay) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  const auto client = create(implicitly);
+  while (platform.mainActor->runAll() + platform.background->runAll() > 0 ||
+         newRequests() == Texts{configurations}) {
+    if (platform.session->requests().size() < 2) platform.sessionThread->runAll();
+  }
+  ASSERT_EQ(platform.session->requests().size(), 2u);
+  store("basicConsent", R"({"marketing":false})");
+  platform.settle();
+  EXPECT_EQ(written(client->getConsent().value()), R"({"marketing":false})");
+}
+
+TEST_F(ClientTest, LivesWithAStoreThatFails) {
+  platform.userDefaults->failsToRead = platform.userDefaults->failsToWrite = true;
+  const auto client = create(implicitly);
+  platform.settle();
+  const std::string reason = ": The store is out of order";
+  const std::string noConsent = "⚠️ Failed to load consent from UserDefaults" + reason;
+  const std::string noUser = "⚠️ Failed to load user identifier from UserDefaults" + reason;
+  EXPECT_THAT(platform.printer->take(), ElementsAre(noConsent, noUser, noUser, noConsent,
+                                                    "Failed to submit implicit consent" + reason));
+  EXPECT_THAT(newRequests(), ElementsAre(configurations)) << "nothing is given that might have been refused";
+  EXPECT_FALSE(client->getConsent());
+}
+
+TEST_F(ClientTest, WarmsUpForANewLanguage) {
+  for (const char* language : {"de", "en"}) {
+    answer("GET", "banner-customization/s?lng="s + language, 200, R"({"bannerType":"x"})");
+    answer("GET", "cookies/s?lng="s + language, 200, language == "de"s ? "{}" : "[]");
+  }
+  answer("GET", "banner-customization/s?lng=fr", 500, "down");
+  const std::string failure = "Failed to pre-fetch data with new language: ";
+  const std::tuple<std::string, Texts, Texts> changes[] = {
+      {"en", {}, {}},
+      {"de", {"GET banner-customization/s?lng=de", "GET cookies/s?lng=de"}, {}},
+      {"de", {}, {}},
+      {"fr", {"GET banner-customization/s?lng=fr"}, {failure + "HTTP error 500: down"}},
+      {"en",
+       {"GET banner-customization/s?lng=en", "GET cookies/s?lng=en"},
+       {failure + "Failed to decode response: Type mismatch: expected an object, found an array"}},
+      {"a b", {}, {failure + "Invalid URL"}},
+  };
+  store("basicConsent", "{}");
+  const auto client = created();
+  for (const auto& [language, requests, lines] : changes) {
+    client->setLanguage(language);
+    EXPECT_THAT(newRequests(), IsEmpty());
+    platform.settle();
+    EXPECT_EQ(newRequests(), requests) << language;
+    EXPECT_EQ(platform.printer->take(), lines) << language;
+  }
+  EXPECT_EQ(platform.store->values().size(), 1u);
+  EXPECT_EQ(stored("basicConsent"), "{}");
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

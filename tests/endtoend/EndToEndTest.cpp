@@ -1,0 +1,216 @@
+// The sample host against the consent service, both as programs: what the host prints and what the service is
+// sent. Each file in tests/endtoend/visits is one visit: options, a script, and what came of it. After an
+// intended change run with TALVO_UPDATE_GOLDEN=1, which rewrites the files and fails, and read the
+// difference.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+
+#include <unistd.h>
+
+#include "tests/apps/ConsentServiceProcess.h"
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using std::regex;
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+Texts split(const std::string& text, char separator) {
+  Texts parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
+  return parts;
+}
+
+// A line without what differs from run to run. Of a view the switches and how they stand. Empty for what only
+// says that a command is done.
+std::string inShort(const std::string& line) {
+  static const regex done(R"re(\{"(settled|tapped|done)":.*)re");
+  static const regex toggle(
+      R"re("enabled":(\w+),"name":"([^"]*)","rect":\[[^\]]*\],"role":"switch","value":"(\w+)")re");
+  static const regex time(R"re(,"time":"[^"]*")re");
+  static const regex identifier("[0-9a-f]{8}-[0-9a-f-]{27}");
+  if (std::regex_match(line, done)) return "";
+  if (!line.starts_with("{\"view\"")) {
+    return std::regex_replace(std::regex_replace(line, time, ""), identifier, "ID");
+  }
+  std::string view = "view:";
+  for (std::sregex_iterator each(line.begin(), line.end(), toggle); each != std::sregex_iterator(); ++each) {
+    view += each->format(" $2=$3") + ((*each)[1] == "true" ? ";" : " (disabled);");
+  }
+  return view;
+}
+
+// A folder of a test's own, with a store that all its hosts share and the service's log.
+template <class Param>
+class EndToEnd : public TestWithParam<Param> {
+ protected:
+  EndToEnd() { fs::create_directory(folder); }
+  ~EndToEnd() override { fs::remove_all(folder); }
+
+  // Runs a host until its script ends, and answers what it printed and an exit status other than 0. Of
+  // options given twice the later one counts; URL in one stands for the service's own.
+  Texts run(const ConsentServiceProcess& service, const Texts& options, const std::string& script) const {
+    std::ofstream(folder / "script") << script;
+    std::string command = "cd '" + folder.string() + "'; '" TALVO_HOST "' --script script --store store";
+    command += " --api-url " + service.url();
+    for (const std::string& each : options) {
+      command += " '" + (each.starts_with("URL") ? service.url() + each.substr(3) : each) + '\'';
+    }
+    FILE* const output = popen((command + " || echo exit $?").c_str(), "r");
+    Texts printed;
+    char buffer[1 << 16];  // more than any line
+    while (std::fgets(buffer, sizeof buffer, output)) printed.push_back(inShort(split(buffer, '\n').at(0)));
+    pclose(output);
+    std::erase(printed, "");
+    return printed;
+  }
+
+  // The service's log, without pictures, which are fetched at any time. Requests without a body that follow
+  // each other are sorted, for some run at once.
+  Texts requests() const {
+    Texts lines = split(inShort(contentOf(folder / "log")), '\n');
+    std::erase_if(lines, [](const std::string& line) { return line.find(".png") != std::string::npos; });
+    const auto isGet = [](const std::string& line) { return line.starts_with("{\"headers\""); };
+    for (auto begin = lines.begin(); begin != lines.end();) {
+      const auto end = std::find_if_not(begin, lines.end(), isGet);
+      std::sort(begin, end);
+      begin = std::find_if(end, lines.end(), isGet);
+    }
+    return lines;
+  }
+
+  const fs::path folder = fs::path(::testing::TempDir()) / ("talvo-visit-" + std::to_string(getpid()));
+};
+
+Texts visitFiles() {
+  Texts files;
+  for (const auto& each : fs::directory_iterator(TALVO_TEST_DATA "/endtoend/visits")) {
+    files.push_back(each.path());
+  }
+  return files;
+}
+
+class Visits : public EndToEnd<std::string> {};
+INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visitFiles()),
+                         [](const auto& each) { return fs::path(each.param).stem().string(); });
+
+TEST_P(Visits, GoAsTheyWent) {
+  const std::string expected = contentOf(GetParam());
+  const std::string head = expected.substr(0, expected.find("\nprints:"));
+  fs::copy(TALVO_SHIPPED_SITES, folder / "sites", fs::copy_options::recursive);
+  Texts serviceOptions{"--log", folder / "log", "--sites", folder / "sites"};
+  Texts hostOptions;
+  Texts scripts;  // after "script:", and after "restart", which ends one host and starts the next
+  for (const std::string& line : split(head, '\n')) {
+    const std::string value = line.substr(line.find(' ') + 1);
+    if (line == "script:" || line == "restart") {
+      scripts.emplace_back("settle\n");
+    } else if (!scripts.empty()) {
+      scripts.back() += line + '\n';
+    } else if (line.starts_with("edit: ")) {  // SITE/FILE|FROM|TO
+      const Texts edit = split(value, '|');
+      std::string text = contentOf(folder / "sites" / edit.at(0));
+      text.replace(text.find(edit.at(1)), edit.at(1).size(), edit.at(2));
+      std::ofstream(folder / "sites" / edit.at(0)) << text;
+    } else if (!line.starts_with('#')) {  // host: or service:
+      std::ranges::copy(words(value), std::back_inserter(line[0] == 'h' ? hostOptions : serviceOptions));
+    }
+  }
+
+  const ConsentServiceProcess service(serviceOptions);
+  std::string actual = head + "\nprints:\n";
+  for (const std::string& script : scripts) {
+    for (const std::string& line : run(service, hostOptions, script)) actual += line + '\n';
+  }
+  actual += "\nsends:\n";
+  for (const std::string& line : requests()) actual += line + '\n';
+  if (std::getenv("TALVO_UPDATE_GOLDEN")) {
+    std::ofstream(GetParam()) << actual;
+    FAIL() << "rewritten: " << GetParam();
+  }
+  EXPECT_EQ(actual, expected);
+}
+
+// A service that answers nothing as it should, by its options or by the host's.
+struct Failure {
+  const char* name;
+  Texts service;            // options
+  Texts host;               // options
+  std::string description;  // how that of the error begins
+  std::string end;          // of an error as it is printed
+  std::string topics = "";  // how what the topics print begins, where it is something else
+};
+const std::string network = R"(","type":"networkError"})";
+const std::string decoding = R"(","type":"decodingError"})";
+const std::string url = R"(","type":"invalidURL"})";
+const std::string notJSON = "Failed to decode response: Data corrupted: The data is not valid JSON";
+const std::string notAnObject =
+    "Failed to decode response: Type mismatch: expected an object, found an array";
+const Failure failures[] = {
+    {"refused", {}, {"--api-url", "http://127.0.0.1:1"}, "Network error: Failed to connect to", network},
+    {"plain", {}, {"--api-url", "http://192.0.2.1"}, "Network error: Plain http is refused", network},
+    {"space", {}, {"--api-url", "URL/a b"}, "Invalid URL", url},
+    {"siteSpace", {}, {"--site", "de mo"}, "Invalid URL", url, R"({"reply")"},
+    {"twoSlashes",
+     {},
+     {"--api-url", "URL//"},
+     "HTTP error 404: {",
+     R"(","statusCode":404,"type":"httpError"})"},
+    {"status", {"--fail", "/=503"}, {}, "HTTP error 503: {", R"(","statusCode":503,"type":"httpError"})"},
+    {"notUTF8",
+     {"--fail", "/=404:notutf8"},
+     {},
+     "HTTP error 404: Unknown error",
+     R"(404,"type":"httpError"})"},
+    {"reset", {"--fail", "/=reset"}, {}, "Network error: Empty reply from server", network},
+    {"truncated", {"--fail", "/=truncated"}, {}, "Network error: transfer closed with", network},
+    {"empty", {"--fail", "/=empty"}, {}, notJSON, decoding},
+    {"garbage", {"--fail", "/=notutf8"}, {}, notJSON, decoding},
+    {"noBody", {"--fail", "/=204"}, {}, notJSON, decoding, R"({"error":{"code":-2,"description":"No data)"},
+    {"array",
+     {"--fail", "/=array"},
+     {},
+     notAnObject,
+     decoding,
+     R"({"error":{"code":-3,"description":"Invalid)"},
+};
+
+class Failures : public EndToEnd<Failure> {};
+INSTANTIATE_TEST_SUITE_P(All, Failures, ValuesIn(failures), byName);
+
+TEST_P(Failures, AreToldAndLoseNothing) {
+  const auto& [name, serviceOptions, hostOptions, description, end, topics] = GetParam();
+  const ConsentServiceProcess good;
+  const ConsentServiceProcess bad(serviceOptions);
+  EXPECT_EQ(run(good, {}, "submit {\"marketing\":[\"A\"]}\n").size(), 1U);
+  const auto error = StartsWith(R"({"error":{"description":")" + description);
+  const auto background = EndsWith(end + R"(,"thread":"background"})");
+  EXPECT_THAT(
+      run(bad, hostOptions,
+          "settle\nlisten\nsubmit {}\nsubmit-async {}\nbanner\nidentify ann\nsettle\nlanguage de\nsettle\n"
+          "topics p a@b.example -\n"),
+      ElementsAre(StartsWith("Failed to fetch configuration on init: " + description),
+                  AllOf(error, background), AllOf(error, background),
+                  StartsWith(R"({"callback":"onError","error":{"description":")" + description),
+                  AllOf(error, EndsWith(end + "}")),
+                  StartsWith("Error fetching identified consent: " + description),
+                  R"({"event":"IdentificationComplete","thread":"main"})",
+                  StartsWith("Failed to pre-fetch data with new language: " + description),
+                  topics.empty() ? error : StartsWith(topics), "exit 1"));
+  EXPECT_THAT(run(good, {}, "settle\nconsent\n"), ElementsAre(R"({"consent":{"marketing":["A"]}})"));
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK::testing

@@ -1,0 +1,98 @@
+#include "TalvoConsentSDK/core/ConsentEvent.h"
+#include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+TEST(ConsentValueTest, FollowsItsSelection) {
+  const std::tuple<Texts, int, const char*> selections[] = {
+      {{}, 0, "false"},        {{}, 2, "false"},       {{"a", "b"}, 2, "true"},
+      {{"a", "a"}, 2, "true"}, {{"a"}, 2, R"(["a"])"}, {{"b", "a", "a"}, 2, R"(["b","a","a"])"},
+  };
+  for (const auto& [selected, totalCount, json] : selections) {
+    const ConsentValue value = ConsentValue::fromSelection(selected, totalCount);
+    EXPECT_EQ(written(value), json);
+    EXPECT_EQ(value.isEnabled(), !selected.empty());
+  }
+  const ConsentValue empty = ConsentValue::partial({});
+  EXPECT_FALSE(empty.isEnabled() || empty.isAll() || empty.isNone());
+  EXPECT_EQ(written(empty), "[]");
+  EXPECT_TRUE(parsed<ConsentValue>("true").isAll() && parsed<ConsentValue>("[]").isNone());
+  EXPECT_THAT(parsed<ConsentValue>(R"(["a"])").items(), ElementsAre("a"));
+  for (const char* json : {"0", "\"all\"", "null", "{}", "[true]", "[[]]"}) {
+    EXPECT_EQ(failure(JSONDecoder().decode<ConsentValue>(json)),
+              "Data corrupted: ConsentValue must be either Bool or [String]");
+  }
+}
+
+TEST(BasicConsentTest, HasAStatusAndAnnouncesEvents) {
+  const std::tuple<const char*, const char*, Texts> consents[] = {
+      {"{}", "rejected", {"RejectAll"}},
+      {R"({"preferences":false,"marketing":false})", "rejected", {"RejectAll"}},
+      {R"({"marketing":true})", "accepted", {"MarketingAccepted"}},
+      {R"({"preferences":true,"statistics":true,"marketing":["a"]})",
+       "partial",
+       {"AcceptAll", "PreferenceAccepted", "MarketingAccepted", "StatisticsAccepted"}},
+      {R"({"preferences":true,"statistics":true,"marketing":false})",
+       "partial",
+       {"PreferenceAccepted", "StatisticsAccepted"}},
+      {R"({"statistics":["a"],"optedIn":true,"id":"i"})", "partial", {"StatisticsAccepted"}},
+  };
+  for (const auto& [json, status, events] : consents) {
+    const auto consent = parsed<BasicConsent>(json);
+    EXPECT_EQ(rawValue(consent.status()), status) << json;
+    Texts announced;
+    for (const ConsentEvent event : consent.consentEvents()) announced.emplace_back(rawValue(event));
+    EXPECT_EQ(announced, events) << json;
+  }
+  BasicConsent odd;
+  odd.statistics = ConsentValue::partial({});
+  EXPECT_EQ(odd.status(), ConsentStatus::partial);
+  EXPECT_THAT(odd.consentEvents(), ElementsAre(ConsentEvent::rejectAll));
+  EXPECT_EQ(written(BasicConsent::acceptAll()), R"({"preferences":true,"statistics":true,"marketing":true})");
+  EXPECT_EQ(written(BasicConsent::rejectAll()),
+            R"({"preferences":false,"statistics":false,"marketing":false})");
+}
+
+TEST(FullConsentTest, ShowsTheHostItsPart) {
+  const std::pair<const char*, const char*> payloads[] = {
+      {"{}", "{}"},
+      {R"({"id":"c","status":"accepted","userId":"u","siteId":"s","typeConsent":"explicit"})",
+       R"({"id":"c"})"},
+      {R"({"categories":{"necessary":true,"marketing":["a"],"statistics":false,"Preferences":true}})",
+       R"({"statistics":false,"marketing":["a"]})"},
+      {R"({"categories":{"preferences":true,"optedIn":[]}})", R"({"preferences":true,"optedIn":false})"},
+      {R"({"categories":{"optedIn":["x"]}})", R"({"optedIn":true})"},
+  };
+  for (const auto& [payload, consent] : payloads) {
+    EXPECT_EQ(written(parsed<FullConsent>(payload).toBasicConsent()), consent);
+  }
+}
+
+template <class Enum>
+void expectRawValues(const Texts& texts) {
+  EXPECT_EQ(RawValues<Enum>::table.size(), texts.size());
+  for (std::size_t index = 0; index < texts.size(); ++index) {
+    const std::string& text = texts[index];
+    EXPECT_EQ(rawValue(static_cast<Enum>(index)), text) << "in order of declaration";
+    EXPECT_EQ(fromRawValue<Enum>(text), static_cast<Enum>(index));
+    EXPECT_FALSE(fromRawValue<Enum>(static_cast<char>(text[0] ^ 0x20) + text.substr(1))) << "case matters";
+  }
+}
+
+TEST(EnumerationsTest, HaveTheirRawValues) {
+  expectRawValues<ConsentCategory>(
+      {"necessary", "preferences", "statistics", "marketing", "unclassified", "doNotSell"});
+  expectRawValues<ConsentStatus>({"accepted", "rejected", "partial"});
+  expectRawValues<ConsentEvent>({"AcceptAll", "RejectAll", "MarketingAccepted", "StatisticsAccepted",
+                                 "PreferenceAccepted", "ConsentSent", "IdentificationComplete"});
+  EXPECT_EQ(written(parsed<ConsentCategory>("\"doNotSell\"")), "\"doNotSell\"");
+  EXPECT_EQ(failure(JSONDecoder().decode<ConsentStatus>("\"Partial\"")),
+            "Data corrupted: no case is named \"Partial\"");
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,121 @@
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/models/Services.h"
+#include "TalvoConsentSDK/models/SiteConfiguration.h"
+
+#include "tests/support/Testing.h"
+
+// The forms on the wire and on the disk, against the documents in tests/golden.
+namespace TalvoConsentSDK {
+namespace {
+
+std::string golden(const std::string& record, const std::string& name) {
+  std::ifstream stream(std::string(TALVO_TEST_DATA) + "/golden/" + record + "/" + name + ".json");
+  EXPECT_TRUE(stream) << record << "/" << name;
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+struct GoldenRecord {
+  std::string name;
+  std::string wrongType;  // how the error of wrong-type.json begins
+  std::function<Result<std::string>(const std::string&)> recode;
+};
+
+template <class Record>
+GoldenRecord record(const char* name, const char* wrongType) {
+  return {name, wrongType, [](const std::string& json) -> Result<std::string> {
+            const auto decoded = JSONDecoder().decode<Record>(json);
+            return decoded ? JSONEncoder().encode(*decoded) : decoded.error();
+          }};
+}
+
+const GoldenRecord records[] = {
+    record<BasicConsent>("BasicConsent", "Data corrupted at statistics: ConsentValue must be"),
+    record<FullConsent>("FullConsent",
+                        "Type mismatch at consentDataAnalytics.blurred: expected a boolean, found a s"),
+    record<ConsentResponse>("ConsentResponse", "Type mismatch at id: expected a string, found an integer"),
+    record<SiteConfiguration>("SiteConfiguration",
+                              "Type mismatch at implicitConsent: expected a boolean, found an in"),
+    record<BannerCustomization>(
+        "BannerCustomization",
+        "Type mismatch at customization.components.secondaryScreen[1].tabs[1].readOnly:"),
+    record<BannerCustomization::CategoryItem>("CategoryItem", "Type mismatch at enabled:"),
+    record<Services>("Services", "Type mismatch at libraries[1].version:"),
+};
+
+class GoldenRecordsTest : public TestWithParam<GoldenRecord> {};
+
+TEST_P(GoldenRecordsTest, ReadsAndWritesTheFrozenForm) {
+  const auto& [name, wrongType, recode] = GetParam();
+  for (const char* document : {"normal", "minimal"}) {
+    const std::string json = golden(name, document);
+    EXPECT_EQ(canonical(recode(json).value()), canonical(json));
+    EXPECT_EQ(recode(recode(json).value()).value(), recode(json).value());
+  }
+  EXPECT_EQ(recode(golden(name, "unknown-key")).value(), recode(golden(name, "normal")).value());
+  EXPECT_THAT(failure(recode(golden(name, "wrong-type"))), StartsWith(wrongType));
+}
+
+INSTANTIATE_TEST_SUITE_P(Records, GoldenRecordsTest, ValuesIn(records), byName);
+
+// Where two keys could be mistaken for each other; in these documents each text is made of its key.
+TEST(GoldenFieldsTest, EveryKeyHasItsOwnField) {
+  const auto banner =
+      parsed<BannerCustomization>(golden("BannerCustomization", "normal")).customization.value();
+  const auto& m = banner.messages.bannerMessages;
+  const auto catalogue = parsed<Services>(golden("Services", "normal"));
+  const auto& s = catalogue.libraries->front();
+  const auto& d = catalogue.services->front();
+  EXPECT_EQ(
+      *m.preferences + *m.preferenceTitle + *m.preferencesTitle + *m.marketing + *m.marketingTitle + m.title,
+      "preferences textpreferenceTitle textpreferencesTitle textmarketing textmarketingTitle texttitle text");
+  EXPECT_EQ(
+      *s.name + *s.fullName + *s.vendor + *s.domain + *s.id + *d.id + *d.cookiePolicyURL +
+          *d.privacyPolicyURL,
+      "name textfullName textvendor textdomain textid textid textcookiePolicyURL textprivacyPolicyURL text");
+  const auto& c = banner.colors;
+  EXPECT_EQ(c.background + c.buttonBackground + c.buttonFontColor + c.font, "#FFFFFF#1A73E8#FFFFF202124");
+  const auto& tab = banner.components->secondaryScreen->at(1).tabs->at(0);
+  EXPECT_TRUE(banner.settings.isShowBlurBackground && !banner.settings.isShowPoweredBy && !tab.readOnly);
+  const auto consent = parsed<FullConsent>(golden("FullConsent", "normal"));
+  EXPECT_EQ(*consent.userId + *consent.id + *consent.siteId, "user@example.comc-17site-1");
+}
+
+// The normal documents with one text in them replaced, and how the error begins; empty: they still read.
+TEST(GoldenFieldsTest, RefusesWhatARecordCannotHold) {
+  const std::string banner = "BannerCustomization";
+  const std::string noKey = "Missing key at customization.";
+  const std::string noText = noKey + "messages.bannerMessages.";
+  const std::string null = "Null value at customization.";
+  const std::tuple<std::string, std::string, std::string, std::string> alterations[] = {
+      {banner, "showBlur", "isShowBlur", noKey + "settings.showBlurBackground"},
+      {banner, "\"acceptB", "\"b", noText + "acceptButton"},
+      {banner, "\"title text\"", "null", null + "messages.bannerMessages.title:"},
+      {banner, "\"font\"", "\"f\"", noKey + "colors.font"},
+      {banner, "\"readOnly\": f", "\"\": f", noKey + "components.secondaryScreen[1].tabs[0].readOnly"},
+      {banner, "\"https://site.example/privacy\"", "null", null + "urls.privacyPolicy"},
+      {banner, "\"privacyPolicy\",", "null,", null + "components.mainScreen[1].links[0]"},
+      {banner, "\"customization\": {", "\"customization\": null, \"\": {", ""},
+      {banner, "\"marketing text\"", "null", ""},
+      {"FullConsent", "\"necessary\": true", "\"necessary\": null",
+       "Data corrupted at categories.necessary:"},
+      {"BasicConsent", "false", "0", "Data corrupted at marketing:"},
+      {"BasicConsent", "false", "null", ""},
+      {"Services", "\"vendor text\"", "[]", "Type mismatch at libraries[0].vendor:"},
+  };
+  for (const auto& [name, text, replacement, error] : alterations) {
+    std::string json = golden(name, "normal");
+    json.replace(json.find(text), text.size(), replacement);
+    const auto outcome = std::ranges::find(records, name, &GoldenRecord::name)->recode(json);
+    EXPECT_THAT(failure(outcome), StartsWith(error)) << replacement;
+    EXPECT_EQ(outcome.has_value(), error.empty());
+  }
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

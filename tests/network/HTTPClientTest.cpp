@@ -1,0 +1,165 @@
+#include <cmath>
+#include <stdexcept>
+
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/network/HTTPClient.h"
+#include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
+#include "TalvoConsentSDK/platform/Spawn.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+const std::string address = "https://service.example/x";
+
+URLResponse response(std::optional<int> statusCode, std::optional<std::string> body) {
+  URLResponse answer;
+  answer.statusCode = statusCode;
+  answer.body = std::move(body);
+  return answer;
+}
+
+class HTTPClientTest : public ::testing::Test {
+ protected:
+  HTTPClientTest() { platform.install(); }
+
+  // How a request ends: "" or its error's text.
+  template <class Reply>
+  std::string end(Task<Reply> request) {
+    std::string text = "no end";
+    spawn<Reply>(nullptr, std::move(request), [&](const Result<Reply>& result) {
+      text = failure(result);
+      EXPECT_TRUE(result || result.error().template as<HTTPClientError>());
+    });
+    platform.settle();
+    return text;
+  }
+
+  std::string end(const JSONObject& body) {
+    std::string text = "no end";
+    client.postJSON(url, body, {}, [&](const Result<JSONObject>& reply) {
+      text = failure(reply);
+      if (const auto* error = reply ? nullptr : reply.error().as<PlatformError>()) {
+        text += " (" + error->domain() + " " + std::to_string(error->code()) + ")";
+      }
+    });
+    platform.settle();
+    return text;
+  }
+
+  MemoryPlatform platform;
+  URLSessionHTTPClient client{platform.session};
+  URL url = *URL::parse(address);
+  FullConsent record;
+};
+
+TEST_F(HTTPClientTest, JudgesEveryOutcome) {
+  struct Judgement {
+    std::string typed;  // how a request for a record ends, or begins to
+    std::string untyped;
+    std::optional<int> status;
+    std::vector<std::optional<std::string>> bodies;
+  };
+  const std::string noJSON = "Failed to decode response: Data corrupted: The data is not valid JSON";
+  const std::string noObject =
+      "Failed to decode response: Data corrupted: The document is neither an object nor an array";
+  const std::string mismatch = "Failed to decode response: Type mismatch: expected an object, found ";
+  const std::string null = "Failed to decode response: Null value: expected an object, found null";
+  const std::string noResponse = "Invalid response from server";
+  const std::string noData = "No data received (HTTPClient -2)";
+  const Judgement judgements[] = {
+      {"", "", 200, {R"({"id":"1"})"}},
+      {"", "", 299, {R"({"id":"1"})"}},
+      {"HTTP error 199: {}", "HTTP error 199: {}", 199, {"{}"}},
+      {"HTTP error 300: moved", "HTTP error 300: moved", 300, {"moved"}},
+      {"HTTP error 404:  no site\n", "HTTP error 404:  no site\n", 404, {" no site\n"}},
+      {"HTTP error 404: Unknown error", "HTTP error 404: Unknown error", 404, {"\xFF"}},
+      {"HTTP error 500: <html>", "HTTP error 500: <html>", 500, {"<html>"}},
+      {"HTTP error 500: ", noData, 500, {std::nullopt}},
+      {noResponse, noResponse, std::nullopt, {R"({"id":"1"})"}},
+      {noResponse, noData, std::nullopt, {std::nullopt}},
+      {noJSON, noData, 204, {std::nullopt}},
+      {noJSON, noJSON, 200, {"", "{\"id\":\"\xFF\"}", R"({"id":"1")", R"({"id":"1","n":NaN})", "<html>"}},
+      {mismatch + "an array", "Invalid JSON response (HTTPClient -3)", 200, {"[{}]"}},
+      {null, noObject, 200, {"null"}},
+      {mismatch + "a boolean", noObject, 200, {"true"}},
+      {mismatch + "a string", noObject, 200, {"\"x\""}},
+      {mismatch + "an integer", noObject, 200, {"5"}},
+      {"Failed to decode response: Missing key at id", "", 200, {"{}"}},
+  };
+  const auto expectEnd = [](const std::string& actual, const std::string& expected) {
+    EXPECT_THAT(actual, StartsWith(expected));
+    EXPECT_TRUE(actual == expected || expected.ends_with("valid JSON")) << actual;
+  };
+  const auto expectEnds = [&](const Result<URLResponse>& outcome, const std::string& typed,
+                              const std::string& untyped) {
+    url = *URL::parse(address + std::to_string(platform.session->requests().size()));
+    for (const char* method : {"GET", "POST", "PUT"}) platform.session->answer(method, url.text(), outcome);
+    expectEnd(end(client.get<ConsentResponse>(url, {})), typed);
+    expectEnd(end(client.post<ConsentResponse>(url, record, {})), typed);
+    expectEnd(end(client.put<ConsentResponse>(url, record, {})), typed);
+    expectEnd(end({}), untyped);
+  };
+  expectEnds(PlatformError("net", 1, "offline"), "Network error: offline", "Network error: offline");
+  for (const auto& [typed, untyped, status, bodies] : judgements) {
+    for (const auto& body : bodies) expectEnds(response(status, body), typed, untyped);
+  }
+  EXPECT_THAT(platform.printer->take(), IsEmpty());
+}
+
+TEST_F(HTTPClientTest, SendsWhatItWasGiven) {
+  for (const char* method : {"GET", "POST", "PUT"})
+    platform.session->answer(method, address, 200, R"({"id":"1"})");
+  record.siteId = "s";
+  end(client.get<ConsentResponse>(url, {{"A", "b"}}));
+  end(client.post<ConsentResponse>(url, record, {{"A", "b"}}));
+  end(client.put<ConsentResponse>(url, record, {{"content-type", "text/plain"}}));
+  end({{"a", 1}});
+  Texts sent;
+  for (const URLRequest& request : platform.session->requests()) {
+    sent.push_back(request.method + " " + request.body.value_or("-"));
+    for (const auto& [name, value] : request.headers) sent.back() += " " + name + "=" + value;
+    EXPECT_EQ(request.timeout, std::chrono::seconds(60));
+  }
+  EXPECT_THAT(sent, ElementsAre("GET - A=b", R"(POST {"siteId":"s"} A=b Content-Type=application/json)",
+                                R"(PUT {"siteId":"s"} Content-Type=text/plain)",
+                                R"(POST {"a":1} Content-Type=application/json)"));
+}
+
+TEST_F(HTTPClientTest, SendsNothingThatCannotBeWritten) {
+  record.userId = "\xFF";
+  const std::string unwritable = "Network error: Invalid value: The text is not valid UTF-8";
+  EXPECT_EQ(end(client.post<ConsentResponse>(url, record, {})), unwritable);
+  EXPECT_EQ(end(client.put<ConsentResponse>(url, record, {})), unwritable);
+  EXPECT_EQ(end({{"n", std::nan("")}}), "Failed to serialize JSON payload (HTTPClient -1)");
+  EXPECT_THAT(platform.session->requests(), IsEmpty());
+}
+
+TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesWhereItWasTold) {
+  platform.session->answer("POST", address, 200, R"({"id":"1"})");
+  client.postJSON(url, {}, {}, [&](const Result<JSONObject>&) {
+    EXPECT_TRUE(platform.sessionThread->isCurrent());
+    throw std::runtime_error("host's");
+  });
+  platform.settle();
+  EXPECT_THAT(platform.printer->take(), ElementsAre("⚠️ A callback threw: host's"));
+
+  URLSessionHTTPClient inlined(Platform().urlSession);  // completes inside the call
+  EXPECT_NO_THROW(inlined.postJSON(url, {}, {}, [](const Result<JSONObject>&) { throw 1; }));
+
+  URLSessionHTTPClient decoding(platform.session, platform.background);
+  std::string text;
+  spawn<ConsentResponse>(platform.mainActor, decoding.post<ConsentResponse>(url, record, {}),
+                         [&](const Result<ConsentResponse>& reply) { text = reply->id; });
+  EXPECT_EQ(platform.mainActor->runAll() + platform.background->runAll() + platform.sessionThread->runAll(),
+            3u);
+  EXPECT_EQ(platform.background->runAll(), 1u) << "decoding";
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(platform.mainActor->runAll(), 1u);
+  EXPECT_EQ(text, "1");
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,56 @@
+#include <stdexcept>
+
+#include "TalvoConsentSDK/network/HTTPClientError.h"
+#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/platform/Result.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+Error caught(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (...) {
+    return Error::current();
+  }
+  return PlatformError("test", 0, "nothing was thrown");
+}
+
+TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
+  Result<int> failed = PlatformError("domain", 7, "text");
+  const Error copy = failed.error();
+  failed = 1;
+  EXPECT_EQ(*failed, 1);
+  EXPECT_THROW((void)failed.error(), std::bad_variant_access);
+  for (const Error& error : {copy, caught([&] { throw copy; }), caught([&] { Result<void>(copy).value(); }),
+                             caught([&] { (void)Result<std::string>(copy)->size(); })}) {
+    ASSERT_TRUE(error.as<PlatformError>());
+    EXPECT_EQ(error.as<PlatformError>()->domain() + error.what(), "domaintext");
+    EXPECT_THAT(error.as<PlatformError>()->userInfo(), ElementsAre(Pair("NSLocalizedDescription", "text")));
+    EXPECT_FALSE(error.as<HTTPClientError>());
+  }
+  EXPECT_STREQ(caught([] { throw std::runtime_error("plain"); }).what(), "plain");
+  EXPECT_STREQ(caught([] { throw 3; }).what(), "Unknown error");
+}
+
+TEST(ErrorTest, HasTheTextsThatHostsSee) {
+  using Case = HTTPClientError::Case;
+  const PlatformError cause("domain", 7, "cause's");
+  const std::tuple<HTTPClientError, Case, const char*> texts[] = {
+      {HTTPClientError::httpError(404, "no site"), Case::httpError, "HTTP error 404: no site"},
+      {HTTPClientError::decodingError(cause), Case::decodingError, "Failed to decode response: cause's"},
+      {HTTPClientError::networkError(cause), Case::networkError, "Network error: cause's"},
+      {HTTPClientError::invalidURL(), Case::invalidURL, "Invalid URL"},
+      {HTTPClientError::invalidResponse(), Case::invalidResponse, "Invalid response from server"}};
+  for (const auto& [error, kind, text] : texts) {
+    EXPECT_EQ(error.kind(), kind);
+    EXPECT_EQ(error.errorDescription(), text);
+    EXPECT_EQ(error.statusCode(), kind == Case::httpError ? 404 : 0);
+    EXPECT_EQ(error.underlying() != nullptr, kind == Case::decodingError || kind == Case::networkError);
+  }
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

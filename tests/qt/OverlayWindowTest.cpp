@@ -1,0 +1,261 @@
+// The banner's window over a host's: where it lies, how it fades, and whose touches are whose.
+
+#include <QMetaEnum>
+#include <QWheelEvent>
+
+#include "TalvoConsentSDK/ui/view/Views.h"
+
+#include "adapters/qt/QtApplication.h"
+
+#include "tests/qt/QtTesting.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = HostingController::Clock;
+
+const QPoint outside(10, 12);
+const Insets safeArea{1, 2, 3, 2};
+
+// A host's window that writes down the touches, clicks, wheels and keys it is given.
+class Host : public QQuickWindow {
+ public:
+  Texts inputs;
+
+ protected:
+  bool event(QEvent* event) override {
+    std::string name = QMetaEnum::fromType<QEvent::Type>().valueToKey(event->type());
+    if (event->isPointerEvent()) {
+      const QPointF at = static_cast<QPointerEvent*>(event)->points().front().position();
+      name += ' ' + std::to_string(std::lround(at.x())) + ' ' + std::to_string(std::lround(at.y()));
+    }
+    const bool isHovering = event->type() == QEvent::MouseMove || event->type() == QEvent::Enter;
+    if (event->isInputEvent() && !isHovering) inputs.push_back(name);
+    return QQuickWindow::event(event);
+  }
+};
+
+class OverlayWindowTest : public ::testing::Test {
+ protected:
+  OverlayWindowTest() {
+    host->setGeometry(0, 0, 300, 400);
+    host->setColor(Qt::red);
+    host->show();
+    options.safeArea = [](const QWindow&) { return safeArea; };
+  }
+
+  ~OverlayWindowTest() override { close(); }
+
+  // A card at the bottom of the window: a button, and 20 more in 120 points that scroll.
+  AnyView banner(bool hasBackdrop) {
+    std::vector<AnyView> rows;
+    for (int row = 0; row < 20; ++row) {
+      const AnyView label = text("Row " + std::to_string(row), {}).frame({.minHeight = 50});
+      rows.push_back(button(label, [this] { ++rowPresses; }));
+    }
+    const AnyView list = scroll(verticalStack({}, rows)).frame({.maxHeight = 120});
+    const AnyView press = button(text("Press", {}).padding(Insets::all(14)), [this] { ++presses; });
+    const Alignment bottom{HorizontalAlignment::center, VerticalAlignment::bottom};
+    const AnyView card = verticalStack({}, {press, list})
+                             .background({.color = Color::black()})
+                             .frame({.maxWidth = infinity, .maxHeight = infinity, .alignment = bottom});
+    const AnyView backdrop = shape(Color::black().withAlpha(0.5)).ignoresSafeArea();
+    return hasBackdrop ? depthStack({}, {backdrop, card}) : card;
+  }
+
+  void show(bool hasBackdrop) {
+    controller = std::make_shared<HostingController>(banner(hasBackdrop));
+    window = QtApplication(options, nullptr).connectedScenes().at(0)->makeWindow();
+    window->setRootViewController(controller);
+    window->makeKeyAndVisible();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&surface()));
+  }
+
+  void close() {
+    window.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  }
+
+  OverlaySurface& surface() { return *overlays().front(); }
+
+  Rect frame(const std::string& name) {
+    const auto& elements = controller->accessibleElements();
+    return std::ranges::find(elements, name, &AccessibleElement::name)->frame;
+  }
+
+  QPoint middle(const std::string& name) {
+    const Point center = frame(name).center();
+    return QPointF(center.x, center.y).toPoint();
+  }
+
+  void click(QWindow& on, const QPoint& at) { QTest::mouseClick(&on, Qt::LeftButton, {}, at); }
+  auto touch() { return QTest::touchEvent(&surface(), finger.get()); }
+
+  void wheel(const QPoint& at) {
+    QWheelEvent event(at, surface().mapToGlobal(at), {}, {0, -120}, {}, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&surface(), &event);
+  }
+
+  int presses = 0;
+  int rowPresses = 0;
+  std::unique_ptr<Host> host = std::make_unique<Host>();
+  QtOptions options;
+  std::shared_ptr<HostingController> controller;
+  std::shared_ptr<Window> window;
+  std::unique_ptr<QPointingDevice> finger{QTest::createTouchDevice()};
+};
+
+TEST_F(OverlayWindowTest, LiesOnItsHostAndFollowsIt) {
+  show(true);
+  for (const QRect& geometry : {QRect(40, 60, 300, 400), QRect(100, 10, 400, 300)}) {
+    host->setGeometry(geometry);
+    EXPECT_TRUE(spinUntil([&] { return surface().geometry() == geometry; }));
+    EXPECT_EQ(frame("Press").center().x, geometry.width() / 2.0);
+  }
+  EXPECT_EQ(controller->environment().safeArea, safeArea);
+  EXPECT_EQ(surface().transientParent(), host.get());
+}
+
+TEST_F(OverlayWindowTest, FadesByTheClock) {
+  show(true);
+  for (const auto& [alpha, red] : {std::pair(0.0, 255), {0.5, 191}, {1.0, 127}}) {
+    window->setAlpha(alpha);
+    EXPECT_NEAR(colorAt(surface(), outside).red(), red, 2) << "the host is seen through the backdrop";
+  }
+  window->setAlpha(0);
+  const auto start = Clock::now();
+  std::chrono::duration<double> first{};
+  std::chrono::duration<double> second{};
+  window->animateAlpha(1, 300ms, [&] { first = Clock::now() - start; });
+  QTest::qWait(150);
+  const std::chrono::duration<double> passed = Clock::now() - start;
+  EXPECT_NEAR(surface().stage().opacity(), passed / 300ms, 0.2);
+  window->animateAlpha(0, 300ms, [&] { second = Clock::now() - start; });
+  EXPECT_NEAR(surface().stage().opacity(), passed / 300ms, 0.2)
+      << "it goes on from where the first has come to";
+  EXPECT_TRUE(spinUntil([&] { return first.count() > 0 && second.count() > 0; }));
+  EXPECT_GE(first, 300ms);
+  EXPECT_LT(first, 400ms) << "at its own end";
+  EXPECT_GE(second, passed + 300ms);
+  EXPECT_LT(second, passed + 400ms);
+  EXPECT_EQ(surface().stage().opacity(), 0);
+  EXPECT_TRUE(spinUntil([&] { return !surface().isBusy(); }));
+  bool isDone = false;
+  window->animateAlpha(1, 0ms, [&] { isDone = true; });
+  EXPECT_TRUE(isDone);
+}
+
+TEST_F(OverlayWindowTest, HidesAndGoesAway) {
+  show(true);
+  window->setHidden(true);
+  EXPECT_FALSE(surface().isVisible());
+  window->setHidden(false);
+  EXPECT_TRUE(surface().isVisible());
+  window->animateAlpha(0, 10ms, [held = window] { held->setHidden(true); });
+  window.reset();
+  EXPECT_TRUE(spinUntil([&] { return overlays().empty() || !surface().isVisible(); }));
+  close();
+  EXPECT_THAT(overlays(), IsEmpty()) << "the fade held the last reference";
+  click(*host, outside);
+  EXPECT_EQ(host->inputs.size(), 2U) << "the host is in use again";
+}
+
+TEST_F(OverlayWindowTest, OutlivesItsHost) {
+  show(true);
+  bool isDone = false;
+  window->animateAlpha(0, 50ms, [&] { isDone = true; });
+  host.reset();
+  EXPECT_TRUE(spinUntil([&] { return isDone; }));
+  click(surface(), middle("Press"));
+  EXPECT_EQ(presses, 1);
+  window->setHidden(true);
+}
+
+TEST_F(OverlayWindowTest, ASecondOneLiesOnTheFirstAndStaysWhenItGoes) {
+  show(false);
+  const auto first = window;
+  show(true);
+  EXPECT_EQ(overlays().size(), 2U);
+  click(surface(), middle("Press"));
+  EXPECT_EQ(presses, 1);
+  first->setHidden(true);
+  EXPECT_TRUE(surface().isVisible());
+  host->hide();
+  const auto scenes = QtApplication(options, nullptr).connectedScenes();
+  ASSERT_EQ(scenes.size(), 1U) << "banners are no scenes";
+  EXPECT_EQ(scenes[0]->activationState(), ActivationState::background);
+}
+
+TEST_F(OverlayWindowTest, PassesOnWhatIsNotItsOwnUnlessThereIsABackdrop) {
+  for (const bool hasBackdrop : {true, false}) {
+    show(hasBackdrop);
+    const QPoint inside = middle("Press");
+    click(surface(), inside);
+    touch().press(0, inside);
+    touch().release(0, inside);
+    wheel(inside);
+    EXPECT_THAT(host->inputs, IsEmpty());
+    click(surface(), outside);
+    wheel(outside);
+    QTest::keyClick(&surface(), Qt::Key_A);
+    touch().press(0, outside);
+    touch().move(0, inside);
+    touch().release(0, inside);
+    if (hasBackdrop) click(*host, outside);
+    if (hasBackdrop) EXPECT_THAT(host->inputs, IsEmpty());
+    close();
+  }
+  EXPECT_THAT(host->inputs,
+              ElementsAre("MouseButtonPress 10 12", "MouseButtonRelease 10 12", "Wheel 10 12", "KeyPress",
+                          "TouchBegin 10 12", StartsWith("TouchUpdate"), StartsWith("TouchEnd")));
+  EXPECT_EQ(presses, 4);
+}
+
+TEST_F(OverlayWindowTest, OneFingerTapsAndDrags) {
+  show(true);
+  const QPoint inside = middle("Press");
+  touch().press(0, inside);
+  touch().stationary(0).press(1, inside);
+  touch().stationary(0).release(1, inside);
+  EXPECT_EQ(presses, 0) << "the second finger";
+  touch().release(0, inside);
+  touch().press(0, inside);
+  QTouchEvent cancel(QEvent::TouchCancel, finger.get());
+  QCoreApplication::sendEvent(&surface(), &cancel);
+  touch().release(0, inside);
+  EXPECT_EQ(presses, 1);
+
+  const double start = frame("Row 0").y;
+  const QPoint row = middle("Row 1");
+  touch().press(0, row);
+  touch().move(0, row - QPoint(0, 12));
+  touch().move(0, row - QPoint(0, 42));
+  EXPECT_EQ(frame("Row 0").y, start - 30) << "the first movement only tells a drag from a tap";
+  touch().release(0, row - QPoint(0, 42));
+  EXPECT_TRUE(spinUntil([&] { return !surface().isBusy(); }));
+  EXPECT_EQ(frame("Row 0").y, start - (20 * 50 - 120)) << "the fling ends with the list";
+  EXPECT_EQ(rowPresses, 0);
+}
+
+TEST_F(OverlayWindowTest, MouseWheelAndKeysReachTheControls) {
+  show(true);
+  const double start = frame("Row 0").y;
+  wheel(middle("Row 0"));
+  EXPECT_EQ(frame("Row 0").y, start - 48);
+  QTest::keyClick(&surface(), Qt::Key_Home);
+  EXPECT_EQ(frame("Row 0").y, start);
+  QTest::mousePress(&surface(), Qt::LeftButton, {}, middle("Row 0"));
+  QTest::mouseMove(&surface(), middle("Press"));
+  QTest::mouseRelease(&surface(), Qt::LeftButton, {}, middle("Press"));
+  EXPECT_EQ(presses + rowPresses, 0) << "a drag";
+  for (const auto key :
+       {Qt::Key_Tab, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Backtab, Qt::Key_Enter}) {
+    QTest::keyClick(&surface(), key);
+  }
+  EXPECT_EQ(presses, 2);
+  EXPECT_EQ(rowPresses, 1);
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,70 @@
+#include <QBuffer>
+
+#include "adapters/qt/QtImageLoader.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+const std::string picture = [] {
+  QImage image(20, 10, QImage::Format_RGB32);
+  image.fill(Qt::green);
+  QByteArray bytes;
+  QBuffer buffer(&bytes);
+  image.save(&buffer, "PNG");
+  return bytes.toStdString();
+}();
+// The beginning of one of 60,000 x 60,000 pixels.
+const std::string hugePicture(
+    "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0\x0F\xB0\xE2\x15\0\0\0\x01IDAT",
+    41);
+
+const struct {
+  const char* name;
+  std::optional<int> status;
+  std::optional<std::string> body;
+  std::string error;  // its beginning; empty: a picture
+  const char* url = "https://a.example/logo";
+} cases[] = {
+    {"picture", 201, picture, ""},
+    {"notFound", 404, picture, "No picture received"},
+    {"noHTTP", std::nullopt, picture, "No picture received"},
+    {"noBody", 204, std::nullopt, "No picture received"},
+    {"empty", 200, "", "The picture cannot be read"},
+    {"broken", 200, picture.substr(0, 50), "The picture cannot be read"},
+    {"huge", 200, hugePicture, "The picture is too large"},
+    {"lost", 200, picture, "Unexpected request", "https://other.example"},
+    {"noHost", 200, picture, "The URL cannot be requested", "data:text"},
+};
+
+class QtImageLoaderTest : public TestWithParam<std::decay_t<decltype(cases[0])>> {};
+INSTANTIATE_TEST_SUITE_P(All, QtImageLoaderTest, ValuesIn(cases), byName);
+
+TEST_P(QtImageLoaderTest, AnswersOnceOnTheMainActorAndDecodesInTheBackground) {
+  MemoryPlatform platform;
+  URLResponse response;
+  response.statusCode = GetParam().status;
+  response.body = GetParam().body;
+  platform.session->answer("GET", "https://a.example/logo", response);
+  QtImageLoader loader(platform.session, platform.mainActor, platform.background);
+  std::vector<Result<std::shared_ptr<const Image>>> answers;
+  loader.load(*URL::parse(GetParam().url), [&](Result<std::shared_ptr<const Image>> answer) {
+    EXPECT_TRUE(platform.mainActor->isCurrent());
+    answers.push_back(std::move(answer));
+  });
+  EXPECT_THAT(answers, IsEmpty());
+  const std::size_t responses = platform.sessionThread->runAll();
+  EXPECT_EQ(platform.background->runAll(), responses);
+  platform.mainActor->runAll();
+  ASSERT_EQ(answers.size(), 1U);
+  EXPECT_THAT(failure(answers[0]), StartsWith(GetParam().error));
+  ASSERT_EQ(answers[0].has_value(), GetParam().error.empty());
+  if (!answers[0]) return;
+  const auto& image = dynamic_cast<const QtImage&>(**answers[0]);
+  EXPECT_EQ(image.size(), (Size{20, 10}));
+  EXPECT_EQ(image.content().pixelColor(19, 9), QColor(Qt::green));
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

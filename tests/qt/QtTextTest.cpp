@@ -1,0 +1,65 @@
+// Text is measured as it is drawn: a frame of the measured size shows all of it.
+
+#include <QPainter>
+
+#include "adapters/qt/QtText.h"
+
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+constexpr double ratio = 2;
+constexpr double margin = 40;  // around the frame, to find what lies outside of it
+
+// Where a text that is drawn in a frame leaves its colour, in points from the frame's corner.
+QRectF ink(const std::string& text, const Font& font, double scale, const Size& frame,
+           Qt::Alignment alignment) {
+  QImage image((QSizeF(frame.width + 2 * margin, frame.height + 2 * margin) * ratio).toSize(),
+               QImage::Format_Alpha8);
+  image.setDevicePixelRatio(ratio);
+  image.fill(0);
+  QPainter painter(&image);
+  painter.translate(margin, margin);
+  BrokenText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, true);
+  painter.end();
+  QRect found;
+  for (int i = 0; i < image.width() * image.height(); ++i) {
+    const int x = i % image.width();
+    const int y = i / image.width();
+    if (image.constScanLine(y)[x] > 16) found |= QRect(x, y, 1, 1);
+  }
+  return QRectF(QPointF(found.topLeft()) / ratio, QSizeF(found.size()) / ratio).translated(-margin, -margin);
+}
+
+class QtTextTest : public TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(
+    All, QtTextTest,
+    ::testing::Values("Your privacy, your choice", "Jagged (fly) «Ågjpqy» ÅÉÎÕÜ ẤỆ",
+                      "We and our partners use cookies,\nremember your settings and measure what is read.",
+                      "Datenschutzgrundverordnungskonformitätserklärung und mehr",
+                      "אנחנו משתמשים בעוגיות כדי להפעיל את היישום", "ขอความยินยอมใช้คุกกี้ที่นี่ กี่ปู่",
+                      "我们使用 cookie 来运行此应用程序并衡量阅读内容。", "قبول الكل", "f",
+                      " trailing spaces   ", "https://example.test/a/very/long/path?with=query&and=more",
+                      "line\n\nafter an empty one\n"));
+
+TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
+  // Items show 6 points around their frames, as letters lean and stack.
+  for (const double scale : {0.8, 1.0, 1.35, 2.0}) {
+    for (const auto style : {TextStyle::headline, TextStyle::subheadline, TextStyle::footnote}) {
+      for (const double width : {90.0, 250.4, std::numeric_limits<double>::infinity()}) {
+        const Font font{style, FontWeight::semibold};
+        const Size size = QtTextMeasurer({scale}).measure(GetParam(), font, width);
+        EXPECT_LE(size.width, width);
+        const QRectF shown = QRectF(0, 0, size.width, size.height).marginsAdded({6, 6, 6, 6});
+        for (const auto alignment : {Qt::AlignLeft, Qt::AlignRight}) {
+          EXPECT_TRUE(shown.contains(ink(GetParam(), font, scale, size, alignment)))
+              << "scale " << scale << ", font size " << font.size() << ", width " << width;
+        }
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,194 @@
+#include "tests/support/LoopbackServer.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <arpa/inet.h>
+#include <netinet/tcp.h>
+#include <openssl/ssl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+void require(bool condition, const char* what) {
+  if (!condition) throw std::runtime_error(what);
+}
+
+std::string between(const std::string& text, std::size_t begin, std::size_t end) {
+  return text.substr(begin, end - begin);
+}
+
+}  // namespace
+
+TestCertificate::TestCertificate(const std::string& host) {
+  std::string name = (std::filesystem::temp_directory_path() / "certificate-XXXXXX").string();
+  require(mkdtemp(name.data()) != nullptr, "mkdtemp");
+  folder_ = name;
+  certificate_ = folder_ / "certificate.pem";
+  key_ = folder_ / "key.pem";
+  const std::string command =
+      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 " +
+      ("-subj /CN=test -addext subjectAltName=DNS:" + host) + " -keyout " + key_.string() + " -out " +
+      certificate_.string() + " 2>/dev/null";
+  require(std::system(command.c_str()) == 0, "openssl req");
+}
+
+TestCertificate::~TestCertificate() {
+  std::filesystem::remove_all(folder_);
+}
+
+void LoopbackServer::Connection::send(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto sent = tls_ ? SSL_write(tls_, bytes.data(), static_cast<int>(bytes.size()))
+                           : ::send(socket_, bytes.data(), bytes.size(), 0);
+    if (sent <= 0) return close();
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
+  }
+}
+
+void LoopbackServer::Connection::reply(int status, std::string_view body, std::string_view headers) {
+  std::string head = "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers);
+  if (status != 204 && status != 304) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
+  send(head + "\r\n" + std::string(body));
+}
+
+void LoopbackServer::Connection::reset() {
+  const linger now{1, 0};
+  setsockopt(socket_, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+  close();
+}
+
+void LoopbackServer::Connection::waitForPeer() {
+  char bytes[256];
+  while (read(bytes, sizeof bytes) > 0) {
+  }
+  close();
+}
+
+std::size_t LoopbackServer::Connection::read(char* bytes, std::size_t count) {
+  const auto got = tls_ ? SSL_read(tls_, bytes, static_cast<int>(count)) : ::recv(socket_, bytes, count, 0);
+  return got > 0 ? static_cast<std::size_t>(got) : 0;
+}
+
+std::optional<LoopbackServer::Request> LoopbackServer::Connection::receive() {
+  const auto readUntil = [this](auto done) {
+    char bytes[65536];
+    while (!done()) {
+      const std::size_t got = read(bytes, sizeof bytes);
+      if (got == 0) return false;
+      unread_.append(bytes, got);
+    }
+    return true;
+  };
+  std::size_t end = 0;
+  if (!readUntil([&] { return (end = unread_.find("\r\n\r\n")) != std::string::npos; })) return std::nullopt;
+
+  Request request;
+  const std::string head = unread_.substr(0, end + 2);
+  unread_.erase(0, end + 4);
+  const std::size_t line = head.find("\r\n");
+  const std::size_t space = head.find(' ');
+  request.method = head.substr(0, space);
+  request.target = between(head, space + 1, head.find(' ', space + 1));
+  for (std::size_t at = line + 2; at < head.size(); at = head.find("\r\n", at) + 2) {
+    const std::size_t colon = head.find(':', at);
+    const std::size_t value = head.find_first_not_of(' ', colon + 1);
+    request.headers[between(head, at, colon)] = between(head, value, head.find("\r\n", at));
+  }
+  const auto length = request.headers.find("Content-Length");
+  const std::size_t size = length == request.headers.end() ? 0 : std::stoul(length->second);
+  if (!readUntil([&] { return unread_.size() >= size; })) return std::nullopt;
+  request.body = unread_.substr(0, size);
+  unread_.erase(0, size);
+  return request;
+}
+
+LoopbackServer::LoopbackServer(Handler handler, const TestCertificate* identity)
+    : handler_(std::move(handler)) {
+  if (identity) {
+    tls_ = SSL_CTX_new(TLS_server_method());
+    require(SSL_CTX_use_certificate_file(tls_, identity->certificate().c_str(), SSL_FILETYPE_PEM) == 1 &&
+                SSL_CTX_use_PrivateKey_file(tls_, identity->key().c_str(), SSL_FILETYPE_PEM) == 1,
+            "certificate");
+  }
+  listener_ = ::socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* const any = reinterpret_cast<sockaddr*>(&address);
+  require(bind(listener_, any, size) == 0 && listen(listener_, 512) == 0 &&
+              getsockname(listener_, any, &size) == 0,
+          "listen");
+  port_ = ntohs(address.sin_port);
+  acceptor_ = std::thread([this] { accept(); });
+}
+
+LoopbackServer::~LoopbackServer() {
+  shutdown(listener_, SHUT_RDWR);
+  acceptor_.join();
+  ::close(listener_);
+  {
+    const std::scoped_lock guard(lock_);
+    for (const int socket : open_) shutdown(socket, SHUT_RDWR);
+  }
+  for (std::thread& thread : threads_) thread.join();
+  SSL_CTX_free(tls_);
+}
+
+std::string LoopbackServer::url(std::string_view path, std::string_view host) const {
+  return (tls_ ? "https://" : "http://") + std::string(host) + ":" + std::to_string(port_) +
+         std::string(path);
+}
+
+std::vector<LoopbackServer::Request> LoopbackServer::requests() const {
+  const std::scoped_lock guard(lock_);
+  return requests_;
+}
+
+void LoopbackServer::accept() {
+  for (;;) {
+    const int socket = ::accept(listener_, nullptr, nullptr);
+    if (socket < 0) return;
+    const int on = 1;
+    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    const std::scoped_lock guard(lock_);
+    open_.push_back(socket);
+    threads_.emplace_back([this, socket, number = ++connections_] { serve(socket, number); });
+  }
+}
+
+void LoopbackServer::serve(int socket, int number) {
+  sigset_t pipe;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+
+  Connection connection;
+  connection.socket_ = socket;
+  if (tls_) {
+    connection.tls_ = SSL_new(tls_);
+    SSL_set_fd(connection.tls_, socket);
+    connection.ends_ = SSL_accept(connection.tls_) != 1;
+  }
+  while (!connection.ends_) {
+    std::optional<Request> request = connection.receive();
+    if (!request) break;
+    request->connection = number;
+    {
+      const std::scoped_lock guard(lock_);
+      requests_.push_back(*request);
+    }
+    handler_(*request, connection);
+  }
+  SSL_free(connection.tls_);
+  const std::scoped_lock guard(lock_);
+  std::erase(open_, socket);
+  ::close(socket);
+}
+
+}  // namespace TalvoConsentSDK

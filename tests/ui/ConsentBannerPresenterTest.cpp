@@ -1,0 +1,115 @@
+#include "tests/ui/BannerTesting.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+class ConsentBannerPresenterTest : public BannerTest {
+ protected:
+  ~ConsentBannerPresenterTest() override {
+    for (const auto& window : platform.scene->windows()) window->finishAnimations();
+  }
+
+  std::shared_ptr<FakeWindow> show() {
+    presenter->show(banner(), made);
+    const auto windows = platform.scene->windows();
+    return windows.empty() ? nullptr : windows.back();
+  }
+
+  std::shared_ptr<ConsentBannerPresenter> presenter = std::make_shared<ConsentBannerPresenter>();
+};
+
+TEST_F(ConsentBannerPresenterTest, ShowsOnTheFirstSceneInTheForeground) {
+  using enum ActivationState;
+  const auto second = std::make_shared<FakeScene>();
+  auto& scenes = platform.application->scenes;
+  scenes = {std::make_shared<FakeScene>(background), std::make_shared<FakeScene>(foregroundInactive),
+            std::make_shared<FakeScene>(unattached), std::make_shared<FakeScene>(foregroundActive, false)};
+  EXPECT_FALSE(show());
+  presenter->dismiss();  // nothing is on show
+  scenes.insert(scenes.end(), {platform.scene, second});
+  const auto window = show();
+  ASSERT_TRUE(window && second->windows().empty());
+  EXPECT_TRUE(window->isVisible && window->alpha == 0 && window->level == WindowLevel::alert);
+  EXPECT_THAT((std::vector{window->backgroundColor, window->controller->backgroundColor()}),
+              Each(Color::clear()));
+  EXPECT_THAT(window->fades, ElementsAre(300ms));
+  window->finishAnimations();
+  EXPECT_EQ(window->alpha, 1);
+}
+
+TEST_F(ConsentBannerPresenterTest, ReportsThenDismisses) {
+  // Buttons tapped in turn, what is called, and how often a fade has begun.
+  const auto table = rows<3>(R"(
+    Accept                                 | accept | 2
+    Reject                                 | reject | 2
+    Close                                  | close  | 2
+    Manage Preferences; Save Preferences   | {"preferences":false,"statistics":false,"marketing":false,"optedIn":true} | 2
+    Manage Preferences; Manage Preferences | manage | 1
+    Manage Preferences; Close              | close  | 2)");
+  for (const auto& [buttons, called, fades] : table) {
+    auto window = show();
+    for (const std::string& name : split(buttons, ';')) EXPECT_TRUE(window->tap(Role::button, name));
+    EXPECT_EQ(joined(std::exchange(trace, {})), called) << buttons;
+    EXPECT_EQ(std::to_string(window->fades.size()), fades) << buttons;
+    presenter->dismiss();  // once more, or at last
+    EXPECT_THAT(window->fades, Each(300ms));
+    window->finishAnimations();
+    EXPECT_FALSE(window->isVisible);
+    window.reset();
+    EXPECT_THAT(platform.scene->windows(), IsEmpty()) << "nobody holds it any more";
+  }
+}
+
+TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
+  const auto first = show();
+  presenter->dismiss();
+  const auto second = show();
+  first->finishAnimations();
+  EXPECT_TRUE(second->isVisible && !first->isVisible);
+  presenter->dismiss();
+  EXPECT_EQ(second->fades.size(), 2u) << "it is still the one on show";
+  const std::weak_ptr<FakeWindow> replaced = show();
+  show();
+  EXPECT_TRUE(replaced.expired()) << "a banner on show is replaced at once";
+}
+
+TEST_F(ConsentBannerPresenterTest, CallsFirstAndDoesWithoutMotionAndWithoutItself) {
+  platform.application->hasReducedMotion = true;
+  const auto window = [this] { return platform.scene->windows().back(); };
+  const auto note = [&] { EXPECT_EQ(window()->fades.size(), 1u) << "it is not fading yet"; };
+  presenter->show(banner().withCallbacks({note, {}, {}, {}, {}}), made);
+  EXPECT_TRUE(window()->tap(Role::button, "Accept"));
+  EXPECT_THAT(window()->fades, ElementsAre(0ms, 0ms));
+  window()->finishAnimations();
+  const auto alone = show();
+  presenter.reset();
+  EXPECT_TRUE(alone->tap(Role::button, "Accept"));
+  EXPECT_EQ(alone->fades.size(), 1u);
+}
+
+TEST_F(ConsentBannerPresenterTest, PlacesTheBanner) {
+  // Positioning and backdrop, the direction the host asks for, the title, and where card and title are.
+  const auto table = rows<5>(R"(
+    tOP dimmed  |     | Title    | 12 12 366 200  | 24 24 42.5 22
+    bottom      |     | Title    | 12 632 366 200 | 24 644 42.5 22
+    left        |     | Title    | 12 632 366 200 | 24 644 42.5 22
+    top         | rtl | Title    | 12 12 366 200  | 323.5 24 42.5 22
+    top         |     | الخصوصية | 12 12 366 200  | 298 24 68 22
+    top         | ltr | الخصوصية | 12 12 366 200  | 24 24 68 22)");
+  made.messages.bannerMessages.mainMessage = "A";
+  for (const auto& [placement, direction, title, card, heading] : table) {
+    made.settings.positioning = words(placement).front();
+    made.settings.isShowBlurBackground = placement.ends_with("dimmed");
+    made.messages.bannerMessages.title = title;
+    platform.application->direction.reset();
+    if (!direction.empty()) platform.application->direction = LayoutDirection(direction == "rtl");
+    const auto window = show();
+    const auto& elements = window->controller->accessibleElements();
+    EXPECT_EQ(rectText(elements.at(0).frame), card) << placement;
+    EXPECT_EQ(rectText(elements.at(1).frame), heading) << placement << direction << title;
+    EXPECT_EQ(window->controller->covers({200, 420}), made.settings.isShowBlurBackground);
+  }
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

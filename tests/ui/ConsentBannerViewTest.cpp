@@ -1,0 +1,167 @@
+#include "tests/ui/BannerTesting.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+class ConsentBannerViewTest : public BannerTest {
+ protected:
+  static std::string screenOf(const ConsentBannerView& view) {
+    return words("vendor main preferences").at(view.currentScreen().index());
+  }
+};
+
+TEST_F(ConsentBannerViewTest, BeginsWithTheSecondScreenWhereThatIsAskedFor) {
+  SiteConfiguration configuration;
+  EXPECT_EQ(screenOf(banner(BasicConsent(), vendors, configuration)), "main");
+  EXPECT_EQ(screenOf(banner(BasicConsent())), "main");
+  for (const bool isAskedFor : {true, false}) {
+    configuration.returnSecondaryView = isAskedFor;
+    EXPECT_EQ(screenOf(banner(BasicConsent(), vendors, configuration)), isAskedFor ? "preferences" : "main");
+    EXPECT_EQ(screenOf(banner({}, vendors, configuration)), "main");
+  }
+}
+
+TEST_F(ConsentBannerViewTest, AnswersActions) {
+  // What is done in turn (taps; "main", "other": calls), the screen then, callbacks and printed lines.
+  const auto table = rows<3>(R"(
+    button Accept; button Reject; button Close               | main        | accept; reject; close
+    button Manage                                            | preferences |
+    main preferences                                         | preferences |
+    link Don't                                               | preferences |
+    button Close; main close                                 | main        | close; ⚠️ Unknown button action: close
+    main savePreferences                                     | main        | ⚠️ Unknown button action: savePreferences
+    button Manage; button Save; button Close; link Don't     | preferences | save; close
+    button Manage; button Manage; other managePreferences    | preferences | manage; manage
+    button Manage; other acceptAll; other rejectAll; other a | preferences | accept; reject; ⚠️ Unknown button action: a
+    button Manage; expander M; button B                      | vendor      |
+    button Manage; expander M; button B; button Save; button Manage; button Close | vendor | save; manage; close
+    button Manage; expander M; button B; button Back         | preferences |
+    button Manage; expander M; button B; link Don't          | preferences |)");
+  for (const auto& [events, to, called] : table) {
+    trace.clear();
+    const ConsentBannerView view = banner();
+    TestScreen screen(view.view());
+    for (const std::string& event : split(events, ';')) {
+      const std::string kind = words(event).front(), what = words(event).back();
+      if (kind == "main") view.handleMainAction(what);
+      if (kind == "other") view.handlePreferencesAction(what);
+      if (kind != "main" && kind != "other") EXPECT_TRUE(tap(screen, event)) << event;
+    }
+    std::ranges::copy(platform.printer->take(), std::back_inserter(trace));
+    for (std::string& each : trace) each = each.starts_with("{") ? "save" : each;
+    EXPECT_EQ(screenOf(view), to) << events;
+    EXPECT_EQ(joined(trace), called) << events;
+    for (const auto& group : vendors.groupedByVendor("marketing")) {
+      view.showVendorDetail(group);
+      EXPECT_EQ(std::get<0>(view.currentScreen()).group.vendor, group.vendor) << "from any screen";
+    }
+  }
+  EXPECT_THAT(platform.application->opened, IsEmpty());
+}
+
+TEST_F(ConsentBannerViewTest, OpensLinks) {
+  made.urls = URLs{{"dsrForm", "a.b/dsr"}, {"dsr", "https://x"}, {"big", "HTTP://A/b"},
+                   {"safe", "https://c"},  {"broken", "%zz"},    {"foo", ""}};
+  const auto table = rows<3>(R"(
+    dsr             | https://a.b/dsr |
+    dsrForm         | https://a.b/dsr |
+    big             | HTTP://A/b      |
+    safe            | https://c       |
+    doNotSellMyData |                 |
+    broken          |                 | ⚠️ Invalid URL for link broken: %zz
+    Big             |                 | No URL found for link: Big (URL key: Big))");
+  for (const auto& [link, opened, line] : table) {
+    banner().handleLinkAction(link);
+    EXPECT_THAT(platform.application->opened, IsEmpty()) << "in a task of its own: " << link;
+    platform.settle();
+    EXPECT_EQ(joined(std::exchange(platform.application->opened, {})), opened) << link;
+    EXPECT_EQ(joined(platform.printer->take()), line) << link;
+  }
+  made.urls.reset();
+  banner().handleLinkAction("dsr");
+  EXPECT_THAT(platform.printer->take(), ElementsAre("No URL found for link: dsr (URL key: dsrForm)"));
+}
+
+TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
+  // The tab and a flag of it, what is stored, what is tapped, what is shown then - texts and buttons,
+  // expanders
+  // (+: open) and switches (!: disabled) -, and what is saved for marketing.
+  const auto table = rows<6>(R"(
+    marketing,doNotSell    |          | {} |                                | M- M=off D D=off                   | false
+    marketing,doNotSell    |          | {} | expander M; switch A           | M+ M=on A A=on B B=off D D=off     | ["A"]
+    marketing              |          | {} | expander M; switch A; switch B | M+ M=on A A=on B B=on              | true
+    marketing              |          | {} | expander M; switch A; switch A | M+ M=off A A=off B B=off           | false
+    marketing              |          | {} | switch M; expander M; switch A | M+ M=on A A=off B B=on             | ["B"]
+    marketing              |          | {} | switch M; switch M; expander M | M+ M=off A A=off B B=off           | false
+    marketing,doNotSell    |          | {} | switch M; switch D; expander M | M+ M=off! A A=off! B B=off! D D=on | false
+    marketing,doNotSell    |          | {} | switch M; switch D; switch D   | M- M=off D D=off                   | false
+    marketing,doNotSell    |          | {"marketing":true,"optedIn":false} | expander M | M+ M=on! A A=on! B B=on! D D=on | false
+    marketing,doNotSell    |          | {"marketing":true,"optedIn":false} | switch D   | M- M=on D D=off  | true
+    marketing              |          | {"marketing":["x","B"],"optedIn":true} | expander M | M+ M=on A A=off B B=on | ["B"]
+    statistics,preferences |          | {"preferences":true,"statistics":false} |       | S- S=off P P=on  | false
+    necessary,statistics   |          | {"statistics":["a"]} | expander S; expander N | N+ N=on! v v=on! S+ S=on a a=on b b=off | false
+    marketing              | none     | {} | switch M                       | M M=on                             | true
+    marketing              | bare     | {} | switch M                       | M M=on                             | false
+    marketing              | bare     | {"marketing":true} | switch M       | M M=off                            | false
+    preferences            | told     | {} |                                | P why P=off                        | false
+    marketing,doNotSell    | readOnly | {} | expander M                     | M+ M=off! A A=off! B B=off! D D=off! | false
+    marketing              |          | {} | expander M; button A; switch A | A A=on Stored                      | ["A"]
+    marketing              | readOnly | {} | expander M; button A           | A A=off! Stored                    | false
+    marketing,doNotSell    |          | {} | switch D; expander M; button A | A A=off! Stored                    | false
+    necessary              |          | {} | expander N; button v           | v v=on! Stored                     | false)");
+  const std::string texts =
+      R"(,"necessaryTitle":"N","statisticsTitle":"S","preferencesTitle":"P","marketingTitle":"M",
+      "doNotSellLabelText":"D","preferences":"why")";
+  for (const auto& [categories, flag, stored, taps, expected, marketing] : table) {
+    made = customization("", "tabs:" + categories, texts);
+    auto& shown = made.components->secondaryScreen->front().tabs->front();
+    shown.readOnly = flag == "readOnly";
+    shown.services = flag != "bare";
+    shown.showCategoryDescription = flag == "told";
+    const auto services = flag == "none" ? std::nullopt : std::optional(vendors);
+    const auto view = banner(parsed<BasicConsent>(stored), services);
+    view.handleMainAction("preferences");
+    TestScreen screen(view.view());
+    for (const std::string& each : split(taps, ';')) EXPECT_TRUE(tap(screen, each)) << each;
+    Texts found;
+    for (const auto& each : screen.accessibleElements()) {
+      if (each.role == Role::dialog || each.name == "Back") continue;
+      std::string mark = each.role == Role::expander ? (each.value == "expanded" ? "+" : "-") : "";
+      if (each.role == Role::toggle) mark = "=" + each.value + (each.isEnabled ? "" : "!");
+      found.push_back(words(each.name).front() + mark);
+    }
+    EXPECT_EQ(joined(found, " "), expected) << flag << stored << taps;
+    view.handlePreferencesAction("savePreferences");
+    EXPECT_THAT(trace.back(), HasSubstr("\"marketing\":" + marketing + ",")) << flag << stored << taps;
+  }
+}
+
+TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
+  const auto view = banner(parsed<BasicConsent>(R"({"statistics":true,"marketing":["B"],"id":"c"})"));
+  const ConsentBindings bindings = view.bindings();
+  const auto saved = [&] {
+    view.handlePreferencesAction("savePreferences");
+    return trace.back();
+  };
+  EXPECT_TRUE(bindings.categoryStates->get().size() == 4 && bindings.vendorStates->get().size() == 4);
+  EXPECT_TRUE(banner({}, std::nullopt).bindings().vendorStates->get().empty());
+  vendorSwitch(bindings, "marketing", "old").set(true);  // only the counts are compared
+  EXPECT_EQ(saved(), R"({"preferences":false,"statistics":true,"marketing":true,"id":"c","optedIn":true})");
+  vendorSwitch(bindings, "marketing", "A").set(true);
+  EXPECT_THAT(saved(), HasSubstr(R"("marketing":["B","A","old"])"));
+  doNotSellSwitch(bindings, nullptr).set(true);
+  bindings.categoryStates->update([](CategoryStates& states) { states["statistics"] = true; });
+  EXPECT_THAT(saved(), EndsWith(R"("statistics":false,"marketing":false,"id":"c","optedIn":false})"));
+  EXPECT_TRUE(view.consentValue(ConsentCategory::necessary).isAll());
+
+  ConsentBindings alone;
+  alone.vendorStates = bindings.vendorStates;
+  vendorSwitch(alone, "new", "A").set(true);
+  EXPECT_TRUE(vendorSwitch(alone, "new", "A").get() && !vendorSwitch(alone, "never", "heard of").get());
+  EXPECT_FALSE(isOn(bindings.categoryStates->get(), "new"));
+  const BasicConsent emptySelection(std::nullopt, ConsentValue::partial({}), std::nullopt);
+  EXPECT_FALSE(isOn(banner(emptySelection).bindings().categoryStates->get(), "statistics"));
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

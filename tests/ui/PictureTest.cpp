@@ -1,0 +1,70 @@
+// Whole screens as text, compared with the files in tests/golden/pictures. After an intended change run with
+// TALVO_UPDATE_GOLDEN=1, which rewrites the files and fails, and read the difference before keeping it.
+
+#include <cstdlib>
+#include <fstream>
+
+#include "TalvoConsentSDK/ui/view/TextPicture.h"
+
+#include "tests/ui/BannerTesting.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+const Services services = parsed<Services>(R"({"libraries":[
+    {"category":"marketing","vendor":"Zeta"},
+    {"category":"Marketing","vendor":"Acme","name":"short","fullName":"Acme pixel","domain":"acme.example",
+     "description":"Counts","version":"2"},
+    {"category":"marketing","vendor":"Acme","name":"Acme tag"}],
+  "services":[{"id":"Acme","processingCompanyName":"Acme Ltd","processingCompanyLocation":"",
+     "DTOProbableEmails":"dpo@acme.example","privacyPolicyURL":"acme.example/privacy"}]})");
+
+ConsentBannerView banner(const Customization& made) {
+  return {made, services, std::nullopt, parsed<BasicConsent>(R"({"marketing":["Acme"]})"), {}};
+}
+
+void expectPicture(const std::string& name, const std::string& drawn) {
+  const std::string path = TALVO_TEST_DATA "/golden/pictures/" + name + ".txt";
+  if (std::getenv("TALVO_UPDATE_GOLDEN")) {
+    std::ofstream(path) << drawn;
+    FAIL() << "rewritten: " << path;
+  }
+  std::ifstream file(path);
+  const std::string golden{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(drawn, golden) << path << " (see the top of this file)";
+}
+
+TEST(PictureTest, ShowsEveryScreen) {
+  const std::string links = "privacyPolicy,cookiePolicy,termsAndConditions,doNotSell,doNotSellMyData,dsr,x,y";
+  const std::string buttons = "acceptAll,rejectAll,managePreferences,-,preferences,savePreferences,showALL";
+  Customization site =
+      customization("bannerLogo closeButton title description links:" + links + " buttons:" + buttons,
+                    "title tabs: buttons:savePreferences closeButton");
+  site.urls = URLs{{"privacyPolicy", "x"}, {"cookiePolicy", "x"}, {"termsAndConditions", "x"},
+                   {"doNotSell", "x"},     {"dsrForm", "x"},      {"x", "x"}};
+  site.components->mainScreen->back().buttons->at(3).id.reset();
+  site.resources.emplace().mainLogoUrl = "https://site.example/logo.png";
+  site.components->secondaryScreen->at(1).tabs->front().showCategoryDescription = true;
+  const ConsentBannerView view = banner(site);
+  expectPicture("main-bottom", textPicture(bannerComposition(view.view(), site)));
+  view.handleMainAction("preferences");
+  expectPicture("preferences", textPicture(view.body()));
+  view.showVendorDetail(services.groupedByVendor("marketing").front());
+  expectPicture("vendor", textPicture(view.body()));
+
+  site.settings.positioning = "tOp";
+  site.settings.isShowBlurBackground = true;
+  site.components->mainScreen = components("title closeButton buttons:rejectAll");
+  expectPicture("main-top-backdrop", textPicture(bannerComposition(banner(site).view(), site)));
+
+  site.components.reset();
+  const ConsentBannerView bare = banner(site);
+  std::string all = textPicture(bare.body());
+  bare.handleMainAction("preferences");
+  all += textPicture(bare.body());
+  bare.showVendorDetail(services.groupedByVendor("marketing").back());
+  expectPicture("without-components", all + textPicture(bare.body()));
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

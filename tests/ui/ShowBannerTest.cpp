@@ -1,0 +1,133 @@
+#include "TalvoConsentSDK/models/FullConsent.h"
+
+#include "tests/core/ClientTest.h"
+#include "tests/ui/BannerTesting.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+std::string document() {
+  BannerCustomization made;
+  made.bannerType = "popup";
+  made.customization =
+      customization("buttons:acceptAll,rejectAll,preferences closeButton",
+                    "tabs:statistics,marketing,doNotSell buttons:savePreferences,preferences",
+                    R"(,"doNotSellLabelText":"Sell","savePreference":"Save","preferencesButton":"Manage")");
+  return written(made);
+}
+
+const Texts documents{document(), written(catalogue("Marketing:A marketing:B statistics:S")), "{}"};
+const Texts paths{"banner-customization/s?lng=en", "cookies/s?lng=en", "cookies/s/configurations"};
+
+class ShowBannerTest : public ClientTest {
+ protected:
+  ~ShowBannerTest() override {
+    for (const auto& window : platform.scene->windows()) window->finishAnimations();
+  }
+
+  /// Each fetch will have its wrong replies in turn, then the right one; "500" is a failure.
+  void prepare(const std::array<Texts, 3>& wrong = {}) {
+    for (std::size_t i = 0; i < 3; ++i) {
+      for (const std::string& reply : wrong[i]) answer("GET", paths[i], reply == "500" ? 500 : 200, reply);
+      answer("GET", paths[i], 200, documents[i]);
+    }
+  }
+
+  /// Answers the requests and what was called.
+  std::string show(CookiesSDK& client) {
+    newRequests();
+    const auto noting = [this](const char* what) { return [this, what] { note(what); }; };
+    client.showBanner(noting("accepted"), noting("rejected"), noting("managed"),
+                      [this](const Error& error) { note((reported = error)->what()); });
+    EXPECT_THAT(newRequests(), IsEmpty()) << "it returns at once";
+    platform.settle();
+    return joined(newRequests()) + " " + joined(std::exchange(trace, {}));
+  }
+
+  std::shared_ptr<FakeWindow> window() const { return platform.scene->windows().at(0); }
+
+  std::optional<Error> reported;
+};
+
+const std::string sameInAll = R"(,"consentDataAnalytics":{"bannerType":"popup","positioning":"bottom",
+    "blurred":false,"poweredBy":true},"typeConsent":"explicit","userId":"u","siteId":"s"})";
+const std::string fetched = "GET " + joined(paths, "; GET ");
+
+TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
+  prepare();
+  answer("POST", "cookie-consent/s", 422, "refused");
+  for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  store("userId", "u");
+  const auto client = created();
+  noteEvents(*client);
+  // What is stored before, what is tapped, the request's method and status, consent to preferences,
+  // statistics and marketing, the opt-in, the payload's identifier and the stored one ("-": nothing new), and
+  // what is called.
+  const auto table = rows<9>(R"(
+    none       | button Accept | POST | accepted | true,"statistics":true,"marketing":true | | | - | HTTP error 422: refused on main
+    none       | button Accept | POST | accepted | true,"statistics":true,"marketing":true | | | | accepted on main
+    {}         | button Reject | PUT  | rejected | false,"statistics":false,"marketing":false | | | | rejected on main
+    {"id":"c"} | button Accept | PUT  | accepted | true,"statistics":true,"marketing":true | | ,"id":"c" | | accepted on main
+    {"id":"c"} | button Manage; switch Sell; button Save | PUT | rejected | false,"statistics":false,"marketing":false | ,"optedIn":false | ,"id":"c" | ,"id":"c" | managed on main
+    none | button Manage; switch S; expander Ma; switch B; button Save | POST | partial | false,"statistics":true,"marketing":["B"] | ,"optedIn":true | | | managed on main
+    {}         | button Close                 | | | | | | - |
+    none       | button Manage; button Manage | | | | | | - | managed on main)");
+  for (const auto& [before, taps, method, status, given, optedIn, sentId, storedId, called] : table) {
+    platform.store->remove(prefix + "basicConsent.s").value();
+    store("basicConsent", before);
+    EXPECT_EQ(show(*client), fetched + " ") << "nothing is kept from one banner to the next";
+    if (before == "none") store("basicConsent", R"({"id":"late"})");  // does not count
+    for (const std::string& each : split(taps, ';')) EXPECT_TRUE(tap(*window()->controller, each)) << each;
+    platform.mainActor->runAll();
+    EXPECT_THAT(newRequests(), IsEmpty()) << "not on the main actor";
+    platform.settle();
+    EXPECT_EQ(joined(newRequests()), method.empty() ? "" : method + " cookie-consent/s");
+    EXPECT_EQ(joined(std::exchange(trace, {})), called) << "and no events";
+    const std::string held = before == "none" ? R"({"id":"late"})" : before;
+    const std::string values = R"("preferences":)" + given;
+    EXPECT_EQ(stored("basicConsent"), storedId == "-" ? held : "{" + values + storedId + optedIn + "}");
+    const std::string sent = R"({"status":")" + status +
+                             R"(","categories":{"necessary":true,"unclassified":true,)" + values + optedIn +
+                             "}" + sentId + sameInAll;
+    if (!method.empty()) EXPECT_EQ(canonical(*platform.session->requests().back().body), canonical(sent));
+    window()->finishAnimations();
+  }
+  EXPECT_THAT(platform.printer->take(), IsEmpty());
+}
+
+TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
+  prepare({{{"500", "{}", R"({"bannerType":"popup"})"}, {"500", "[]"}, {"{}", "500"}}});
+  const auto client = created();
+  const std::string first = "GET " + paths[0] + " ", second = "GET " + paths[0] + "; GET " + paths[1] + " ";
+  EXPECT_EQ(show(*client), first + "HTTP error 500: 500 on main");
+  EXPECT_EQ(show(*client), first + "Failed to decode response: Missing key at bannerType on main");
+  EXPECT_EQ(show(*client), first + "No customization data in response on main");
+  const auto* missing = reported ? reported->as<PlatformError>() : nullptr;
+  ASSERT_TRUE(missing && missing->domain() == "TalvoConsentSDK" && missing->code() == -5);
+  EXPECT_THAT(missing->userInfo(), ElementsAre(Pair("NSLocalizedDescription", missing->what())));
+  EXPECT_EQ(show(*client), second + "HTTP error 500: 500 on main");
+  EXPECT_THAT(show(*client), StartsWith(second + "Failed to decode response: Type mismatch: "));
+  EXPECT_EQ(show(*client), fetched + " HTTP error 500: 500 on main");
+  EXPECT_TRUE(platform.scene->windows().empty() && platform.store->values().empty());
+  EXPECT_EQ(show(*client), fetched + " ");
+  EXPECT_TRUE(window()->isVisible);
+}
+
+TEST_F(ShowBannerTest, ReadsTheInstanceAtTheCallAndNeedsNoClosures) {
+  prepare({{{}, {}, Texts(2, R"({"returnSecondaryView":true})")}});
+  answer("GET", "banner-customization/s?lng=de", 500, "");
+  answer("PUT", "cookie-consent/s", 200, R"({"id":"c"})");
+  const auto client = created();
+  client->showBanner({}, {}, {}, {});
+  client->setLanguage("de");
+  store("basicConsent", "{}");  // in time: it is read by the task
+  platform.settle();
+  // The second screen comes first where there is a consent and the site asks for it.
+  for (const char* each : {"button Manage", "button Save"}) EXPECT_TRUE(tap(*window()->controller, each));
+  platform.settle();
+  EXPECT_EQ(newRequests().back(), "PUT cookie-consent/s");
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
