@@ -32,6 +32,26 @@ TEST_F(HostingControllerTest, TellsWhatThereIsAndWhereItCanBeHit) {
   EXPECT_EQ(used(), "");
 }
 
+// Over every screen lies the close control; a long list of vendors leaves only the last buttons in reach.
+TEST_F(HostingControllerTest, KeepsControlsInReach) {
+  made.messages.bannerMessages.title = std::string(200, 'T');
+  for (const char* first :
+       {"unknown title", "title", "tabs:statistics unknown", "buttons:acceptAll,rejectAll"}) {
+    const auto all = components(first + std::string(" tabs:marketing closeButton buttons:save bannerLogo"));
+    made.components->secondaryScreen = all;
+    const ConsentBannerView view = banner();
+    view.handleMainAction("preferences");
+    TestScreen screen(view.view(), {390, 400});
+    tap(screen, "expander Marketing");
+    EXPECT_FALSE(find(screen, "button Save").clip) << first;
+    const Rect close = find(screen, "button Close").control->frame;
+    for (const auto& each : screen.accessibleElements()) {
+      if (each.role == Role::dialog || each.isDismissal) continue;
+      EXPECT_FALSE(close.intersects(each.control ? each.control->frame : each.frame)) << first << line(each);
+    }
+  }
+}
+
 TEST_F(HostingControllerTest, HitsTheNearestControl) {
   const AnyView clipped = scroll(noting("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
   const AnyView deep = depthStack({}, {noting("low", 60, 20), noting("high", 20, 20)});
