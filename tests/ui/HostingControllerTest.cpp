@@ -75,6 +75,8 @@ TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
   screen.touchCancelled();
   screen.touchEnded({50, 50}, at(10));
   EXPECT_EQ(opacity(), 1);
+  screen.touchBegan({50, 50}, at(20));  // its end gets lost
+  screen.touch({{300, 300}});
   screen.touch({{50, 50}, {58, 58}, {50, 50}});
   EXPECT_EQ(used(), "");
   screen.touch({{50, 50}, {56, 57}});
@@ -84,8 +86,10 @@ TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
 TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
   TestScreen screen(component("counter", [this](RenderContext& context) {
     const State<int> count = context.state<int>(0);
-    const auto use = [this, count, now = count.get()] {
-      trace.push_back(std::to_string(now));
+    const State<std::string> said = context.state<std::string>("");  // one of each type
+    const auto use = [this, count, said, now = count.get()] {
+      trace.push_back(std::to_string(now) + said.get());
+      said.set(said.get() + "!");
       count.set(now + 1);
     };
     return button(box(10, 10), use).disabled(count.get() == 3);
@@ -94,7 +98,7 @@ TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(screen.activate(id));
   EXPECT_FALSE(screen.activate(id));
   EXPECT_FALSE(screen.activate(id + 1));
-  EXPECT_EQ(used(), "0; 1; 2");
+  EXPECT_EQ(used(), "0; 1!; 2!!");
 }
 
 TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
@@ -143,6 +147,7 @@ TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
   EXPECT_FALSE(screen.isMoving()) << "it rested";
   // 100 points in 40 ms are 2500 a second, which fall to their e^-2 a second: 1250 * (1 - e^-2t).
   screen.touch({{50, 250}, {50, 230}, {50, 150}});
+  screen.setOnNeedsFrame([] { ADD_FAILURE() << "a frame that is due is not asked for"; });
   const std::pair<int, double> table[] = {{140, 226.6}, {150, 246.9}, {540, 790.2}, {4540, 1250}};
   for (const auto& [time, distance] : table) {
     EXPECT_TRUE(screen.isMoving());
@@ -150,6 +155,7 @@ TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
     EXPECT_NEAR(offset(), 160 + distance, 1) << time;
   }
   EXPECT_FALSE(screen.isMoving());
+  screen.setOnNeedsFrame({});
 
   screen.touch({{50, 100}, {50, 130}, {50, 150}});
   screen.frame(at(100));
