@@ -58,12 +58,17 @@ CurlRules rulesFor(const CurlOptions& options) {
 /// to the thread.
 ///
 /// When the process exits, the TLS library is taken down while the thread may still be there. So the thread
-/// holds `inCurl_` for as long as it is in libcurl and looks at `stop` first; once a stopper has held it too,
-/// libcurl is not entered again. Completions run outside: one that never returns delays nobody else's exit.
+/// looks at `stop` before it enters libcurl, and is given time to end its loop. What may keep it for longer
+/// is a completion, after which it does not enter libcurl again.
 class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
+    // Without descriptors for it, nothing could ever wake the thread. The first wait will just be short.
+    if (const CURLMcode code = curl_multi_wakeup(multi_); code != CURLM_OK) {
+      curl_multi_cleanup(multi_);
+      throw curlError(CURLE_FAILED_INIT, std::string("No requests can be run: ") + curl_multi_strerror(code));
+    }
   }
 
   // `end` has freed libcurl's handle, unless the process exits.
@@ -75,13 +80,9 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
-  /// Call it with `stop` set: when it returns, the thread has left libcurl.
   void wake() {
-    {
-      const std::scoped_lock guard(lock_);
-      if (multi_) curl_multi_wakeup(multi_);
-    }
-    const std::scoped_lock left(inCurl_);
+    const std::scoped_lock guard(lock_);
+    if (multi_) curl_multi_wakeup(multi_);
   }
 
   /// From now on, the end of the loop ends the requests too.
@@ -90,18 +91,14 @@ class CurlURLSession::Worker {
   void run(const std::atomic<bool>& stop) {
     std::vector<Ending> endings;
     while (!stop) {
-      {
-        const std::scoped_lock guard(inCurl_);
-        if (stop) break;
-        begin(endings);
-        int running = 0;
-        curl_multi_perform(multi_, &running);
-        finish(endings);
-        endIdle(endings);
-        if (endings.empty() && setWaits(true)) {
-          curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
-          setWaits(false);
-        }
+      begin(endings);
+      int running = 0;
+      curl_multi_perform(multi_, &running);
+      finish(endings);
+      endIdle(endings);
+      if (endings.empty() && setWaits(true)) {
+        curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
+        setWaits(false);
       }
       report(endings, stop);
     }
@@ -199,15 +196,16 @@ class CurlURLSession::Worker {
   void end(std::vector<Ending>& endings) {
     const auto closed =
         curlError(CURLE_ABORTED_BY_CALLBACK, "The session was closed before the reply arrived");
-    const std::scoped_lock guard(inCurl_);
     while (!running_.empty()) {
       void* const handle = running_.begin()->first;
       curl_multi_remove_handle(multi_, handle);
       retire(handle, closed, endings);
     }
     for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
-    const std::scoped_lock waking(lock_);
-    curl_multi_cleanup(std::exchange(multi_, nullptr));
+    std::unique_lock guard(lock_);
+    CURLM* const multi = std::exchange(multi_, nullptr);
+    guard.unlock();
+    curl_multi_cleanup(multi);
   }
 
   // A completion may do anything, such as adding requests or destroying the session. None is called once the
@@ -223,7 +221,6 @@ class CurlURLSession::Worker {
 
   const CurlRules rules_;
   std::atomic<bool> closed_ = false;
-  std::mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::mutex lock_;                             // guards what follows; held for moments only
   std::vector<Arrival> arrivals_;
