@@ -30,6 +30,7 @@ class ParkedThread {
 
  private:
   struct Shared;
+  struct ExitList;
 
   const std::shared_ptr<Shared> shared_;
 };
