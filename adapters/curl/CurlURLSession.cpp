@@ -58,8 +58,8 @@ CurlRules rulesFor(const CurlOptions& options) {
 /// to the thread.
 ///
 /// When the process exits, the TLS library is taken down while the thread may still be there. So the thread
-/// looks at `stop` before it enters libcurl, and is given time to end its loop. What may keep it for longer
-/// is a completion, after which it does not enter libcurl again.
+/// holds `inCurl_` for as long as it is in libcurl and looks at `stop` first; once a stopper has held it too,
+/// libcurl is not entered again. Completions run outside: one that never returns delays nobody else's exit.
 class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
@@ -80,9 +80,15 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
+  /// Call it with `stop` set: when it returns, the thread has left libcurl. On a busy device that takes as
+  /// long as reading certificates or shaking hands, and a process that ends under these crashes; so the limit
+  /// only is there for a libcurl that never returns.
   void wake() {
-    const std::scoped_lock guard(lock_);
-    if (multi_) curl_multi_wakeup(multi_);
+    {
+      const std::scoped_lock guard(lock_);
+      if (multi_) curl_multi_wakeup(multi_);
+    }
+    if (inCurl_.try_lock_for(std::chrono::seconds(5))) inCurl_.unlock();
   }
 
   /// From now on, the end of the loop ends the requests too.
@@ -91,14 +97,18 @@ class CurlURLSession::Worker {
   void run(const std::atomic<bool>& stop) {
     std::vector<Ending> endings;
     while (!stop) {
-      begin(endings);
-      int running = 0;
-      curl_multi_perform(multi_, &running);
-      finish(endings);
-      endIdle(endings);
-      if (endings.empty() && setWaits(true)) {
-        curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
-        setWaits(false);
+      {
+        const std::scoped_lock guard(inCurl_);
+        if (stop) break;
+        begin(endings);
+        int running = 0;
+        curl_multi_perform(multi_, &running);
+        finish(endings);
+        endIdle(endings);
+        if (endings.empty() && setWaits(true)) {
+          curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
+          setWaits(false);
+        }
       }
       report(endings, stop);
     }
@@ -196,15 +206,16 @@ class CurlURLSession::Worker {
   void end(std::vector<Ending>& endings) {
     const auto closed =
         curlError(CURLE_ABORTED_BY_CALLBACK, "The session was closed before the reply arrived");
+    const std::scoped_lock guard(inCurl_);
     while (!running_.empty()) {
       void* const handle = running_.begin()->first;
       curl_multi_remove_handle(multi_, handle);
       retire(handle, closed, endings);
     }
     for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
-    std::unique_lock guard(lock_);
+    std::unique_lock waking(lock_);
     CURLM* const multi = std::exchange(multi_, nullptr);
-    guard.unlock();
+    waking.unlock();
     curl_multi_cleanup(multi);
   }
 
@@ -221,6 +232,7 @@ class CurlURLSession::Worker {
 
   const CurlRules rules_;
   std::atomic<bool> closed_ = false;
+  std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::mutex lock_;                             // guards what follows; held for moments only
   std::vector<Arrival> arrivals_;
