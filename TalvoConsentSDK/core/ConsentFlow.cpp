@@ -61,14 +61,15 @@ Task<ConsentResponse> sendAndStore(std::shared_ptr<APIClient> apiClient,
 
 Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient,
                                  std::shared_ptr<ConsentStorage> storage, std::string siteId,
-                                 std::optional<std::string> userId) {
+                                 std::optional<std::string> userId, ImplicitOver over) {
   try {
-    const std::optional<Data> before = storage->consentData().value();
+    const ConsentStorage::Snapshot before = storage->consentSnapshot().value();
+    if (before.consent && over == ImplicitOver::nothing) co_return;
     FullConsent payload = implicitPayload(std::move(userId), std::move(siteId));
-    auto request = storage->loadConsent() ? apiClient->updateConsent(std::move(payload))
-                                          : apiClient->createConsent(std::move(payload));
+    auto request = before.consent ? apiClient->updateConsent(std::move(payload))
+                                  : apiClient->createConsent(std::move(payload));
     const ConsentResponse response = co_await std::move(request);
-    storage->saveConsentIfStill(before, BasicConsent::acceptAll());
+    storage->saveConsentIfStill(before.data, BasicConsent::acceptAll());
   } catch (...) {
     print(std::string("Failed to submit implicit consent: ") + Error::current().what());
   }

@@ -28,10 +28,13 @@ Task<ConsentResponse> sendAndStore(std::shared_ptr<APIClient> apiClient,
                                    std::shared_ptr<ConsentStorage> storage, FullConsent payload,
                                    bool isUpdate, BasicConsent consent);
 
-/// Sends an implicit consent and stores it, unless somebody has decided while it was under way. A failure is
-/// printed.
+/// What an implicit consent may take the place of.
+enum class ImplicitOver { nothing, anyConsent };
+
+/// Sends an implicit consent and stores it, unless somebody has decided while it was under way. One reading
+/// of the store says what stands there before. A failure is printed.
 Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient,
                                  std::shared_ptr<ConsentStorage> storage, std::string siteId,
-                                 std::optional<std::string> userId);
+                                 std::optional<std::string> userId, ImplicitOver over);
 
 }  // namespace TalvoConsentSDK

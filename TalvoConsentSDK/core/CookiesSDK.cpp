@@ -15,7 +15,8 @@ namespace {
 
 // Never destroyed: threads may still ask for the instance while the process exits.
 struct SharedInstance {
-  std::mutex lock;
+  std::mutex creation;  // creating an instance calls the host's store, printer and executors
+  std::mutex lock;      // guards what follows; no host code runs under it
   std::shared_ptr<CookiesSDK> instance;
 
   static SharedInstance& slot() {
@@ -38,7 +39,7 @@ Task<void> fetchConfiguration(APIClientPointer apiClient, StoragePointer storage
     co_return;
   }
   if (configuration.implicitConsent.value_or(false) && !storage->loadConsent()) {
-    auto submission = submitImplicitConsent(apiClient, storage, siteId, std::nullopt);
+    auto submission = submitImplicitConsent(apiClient, storage, siteId, std::nullopt, ImplicitOver::nothing);
     co_await std::move(submission);
   }
 }
@@ -70,7 +71,8 @@ Task<void> completeIdentification(APIClientPointer apiClient, std::string siteId
   auto identified = storeIdentifiedConsent(apiClient, storage, userId, std::move(consentId));
   const bool isKnown = co_await std::move(identified);
   if (!isKnown && implicit) {
-    auto submission = submitImplicitConsent(apiClient, storage, std::move(siteId), std::move(userId));
+    auto submission = submitImplicitConsent(apiClient, storage, std::move(siteId), std::move(userId),
+                                            ImplicitOver::anyConsent);
     co_await std::move(submission);
   }
   eventManager->trigger(ConsentEvent::identificationComplete);
@@ -103,9 +105,11 @@ Task<ConsentResponse> submitAndAnnounce(APIClientPointer apiClient, StoragePoint
 
 std::shared_ptr<CookiesSDK> CookiesSDK::createInstance(const std::string& apiUrl, const std::string& siteId) {
   SharedInstance& shared = SharedInstance::slot();
+  const std::scoped_lock creating(shared.creation);
+  if (auto existing = getInstance()) return existing;
+  std::shared_ptr<CookiesSDK> created(new CookiesSDK(apiUrl, siteId));
   const std::scoped_lock guard(shared.lock);
-  if (!shared.instance) shared.instance.reset(new CookiesSDK(apiUrl, siteId));
-  return shared.instance;
+  return shared.instance = std::move(created);
 }
 
 std::shared_ptr<CookiesSDK> CookiesSDK::getInstance() {
@@ -122,6 +126,11 @@ CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
       storage(std::make_shared<ConsentStorage>(site, platform.userDefaults)),
       storedConsent(storage->loadConsent()),
       userId(storage->loadUserId()) {}
+
+void CookiesSDK::State::loadWhatIsUnknown() {
+  if (storedConsent.isUnknown) storedConsent = storage->loadConsent();
+  if (userId.isUnknown) userId = storage->loadUserId();
+}
 
 CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
     : state_(std::make_unique<State>(apiUrl, siteId)) {
@@ -166,7 +175,11 @@ Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const 
 
 void CookiesSDK::identify(const std::string& userId) {
   State& state = *state_;
-  if (!state.userId && state.storedConsent) state.storage->saveOriginalConsent(*state.storedConsent);
+  state.loadWhatIsUnknown();
+  const bool isAnonymous = !state.userId && !state.userId.isUnknown;
+  if (isAnonymous && state.storedConsent && !state.holdsOriginal) {
+    state.storage->saveOriginalConsent(*state.storedConsent);
+  }
   if (state.storedConsent && state.userId != userId) {
     state.storedConsent->id.reset();
     state.storage->saveConsent(*state.storedConsent);
@@ -183,16 +196,19 @@ void CookiesSDK::identify(const std::string& userId) {
 
 void CookiesSDK::removeIdentity() {
   State& state = *state_;
-  state.userId.reset();
+  state.loadWhatIsUnknown();
+  state.userId = std::nullopt;
   state.storage->removeUserId();
-  if (auto original = state.storage->loadOriginalConsent()) {
+  auto original = state.storage->loadOriginalConsent();
+  state.holdsOriginal = original.isUnknown;
+  if (original) {
     state.storedConsent = std::move(original);
-    state.storage->saveConsent(*state.storedConsent);
+    state.holdsOriginal = !state.storage->saveConsent(*state.storedConsent);
   } else if (state.storedConsent) {
     state.storedConsent->id.reset();
     state.storage->saveConsent(*state.storedConsent);
   }
-  state.storage->removeOriginalConsent();
+  if (!state.holdsOriginal) state.storage->removeOriginalConsent();
 }
 
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {

@@ -20,8 +20,8 @@ namespace TalvoConsentSDK {
 /// exists per process, bound to the site it was first created for; it is never destroyed.
 ///
 /// Install a Platform before creating it. Call its operations on the main thread. Work done in the background
-/// that fails prints one line to standard output and changes nothing. What a callback throws is contained and
-/// printed.
+/// that fails prints one line to standard output and changes nothing; so does a device whose store fails,
+/// which no callback tells of. What a callback throws is contained and printed.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.
@@ -47,8 +47,9 @@ class CookiesSDK {
   std::optional<BasicConsent> getConsent() const;
 
   /// Sends a consent to the service: created when none was stored as the instance came to be, else updated.
-  /// On success the consent is stored as given, its events are raised, then `consentSent`, and `completion`
-  /// is called, all on a background thread. On failure nothing is stored or raised.
+  /// On success the consent is stored as given, where the device's store allows, its events are raised, then
+  /// `consentSent`, and `completion` is called, all on a background thread. On failure nothing is stored or
+  /// raised.
   void submitConsent(const BasicConsent& consent, Completion completion);
 
   /// The same as a task, which returns the answer or throws an Error. The consent is judged now, and sent
@@ -60,15 +61,17 @@ class CookiesSDK {
   /// raised, after a failure too.
   void identify(const std::string& userId);
 
-  /// Forgets the user and restores the consent kept aside. No network, no event.
+  /// Forgets the user and restores the consent kept aside, which stays there should the device's store fail.
+  /// No network, no event.
   void removeIdentity();
 
   /// Fetches what the banner needs and shows it above the host's windows; returns at once. Nothing is shown,
   /// and nobody told, while the host has no window in the foreground. Each closure is called on the main
   /// actor:
-  /// - `onAcceptAll`, `onRejectAll`: the decision has been submitted and stored;
-  /// - `onManagePreferences`: preferences the person has chosen have been submitted and stored, or the person
-  ///   asked for preferences that the host is to show;
+  /// - `onAcceptAll`, `onRejectAll`: the service has taken the decision, and then the device's store, unless
+  ///   that failed and a line was printed;
+  /// - `onManagePreferences`: the same of preferences the person has chosen, or the person asked for
+  ///   preferences that the host is to show;
   /// - `onError`: the banner could not be shown, or a decision not be submitted, in which case nothing was
   ///   stored.
   /// Closing the banner stores nothing and calls none. A decision raises no event.

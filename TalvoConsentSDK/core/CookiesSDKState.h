@@ -20,6 +20,9 @@ namespace TalvoConsentSDK {
 struct CookiesSDK::State {
   State(const std::string& apiUrl, const std::string& site);
 
+  /// Reads once more what the store has failed to give so far. What then still is unknown may be there.
+  void loadWhatIsUnknown();
+
   const Platform platform;
   const std::shared_ptr<APIClient> apiClient;
   const std::string siteId;
@@ -27,9 +30,10 @@ struct CookiesSDK::State {
   std::optional<BannerCustomization> cachedCustomization;  // the caches are read, never filled
   std::optional<Services> cachedServices;
   std::optional<SiteConfiguration> cachedConfiguration;
-  std::optional<BasicConsent> storedConsent;  // as at creation; only identify and removeIdentity change it
+  Loaded<BasicConsent> storedConsent;  // as at creation; only identify and removeIdentity change it
   std::string language = "en";
-  std::optional<std::string> userId;
+  Loaded<std::string> userId;
+  bool holdsOriginal = false;  // a consent kept aside could not be restored and must not be overwritten
   const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
 };
 

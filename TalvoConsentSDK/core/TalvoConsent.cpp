@@ -44,7 +44,7 @@ TalvoConsent::TalvoConsent(std::string collectionPointId, std::optional<std::str
       baseUrl_(std::move(baseUrl)),
       httpClient_(std::make_shared<URLSessionHTTPClient>(Platform::current().urlSession)) {}
 
-void TalvoConsent::submitConsent(const std::string& userEmail, const std::map<int, bool>& topics,
+void TalvoConsent::submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
                                  Completion completion) {
   JSONArray topicSelectionDtos;
   for (const auto& [topicId, selected] : topics) {

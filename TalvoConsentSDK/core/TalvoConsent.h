@@ -2,6 +2,7 @@
 
 // The client for one person's choices on numbered topics. It has no storage, no banner and no events.
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -33,7 +34,8 @@ class TalvoConsent {
 
   /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
   /// as it is. Fails with `HTTPClientError` `invalidURL`, inline, when the base URL is none.
-  void submitConsent(const std::string& userEmail, const std::map<int, bool>& topics, Completion completion);
+  void submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
+                     Completion completion);
 
  private:
   TalvoConsent(std::string collectionPointId, std::optional<std::string> token, std::string baseUrl);

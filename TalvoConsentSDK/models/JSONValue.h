@@ -42,6 +42,7 @@ class JSONValue {
   const std::string* string() const noexcept { return std::get_if<std::string>(&value_); }
   const JSONArray* array() const noexcept { return std::get_if<JSONArray>(&value_); }
   const JSONObject* object() const noexcept { return std::get_if<JSONObject>(&value_); }
+  JSONObject* object() noexcept { return std::get_if<JSONObject>(&value_); }
 
   friend bool operator==(const JSONValue&, const JSONValue&) = default;
 

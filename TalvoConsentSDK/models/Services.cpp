@@ -3,17 +3,11 @@
 #include <algorithm>
 #include <unordered_map>
 
+#include "TalvoConsentSDK/platform/ASCII.h"
+
 namespace TalvoConsentSDK {
 
 namespace {
-
-std::string lowercased(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
 
 using Service = Services::Service;
 using Details = Services::SpecificServiceDetails;

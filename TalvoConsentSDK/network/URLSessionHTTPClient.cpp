@@ -41,14 +41,18 @@ Result<std::string> acceptedBody(Result<URLResponse> outcome, MissingBody missin
   return body;
 }
 
-Result<JSONObject> parsedObject(const JSONDecoder& decoder, const Result<std::string>& body) {
+// A reply that memory runs out over is an error too: somebody waits for the outcome.
+Result<JSONObject> acceptedObject(const JSONDecoder& decoder, Result<URLResponse> outcome) try {
+  const auto body = acceptedBody(std::move(outcome), MissingBody::isAnError);
   if (!body) return body.error();
-  const Result<JSONValue> value = decoder.decode<JSONValue>(*body);
+  Result<JSONValue> value = decoder.decode<JSONValue>(*body);
   if (!value) return HTTPClientError::decodingError(value.error());
-  if (const JSONObject* object = value->object()) return *object;
+  if (JSONObject* object = value->object()) return std::move(*object);
   if (value->array()) return transportError(-3, "Invalid JSON response");
   return HTTPClientError::decodingError(
       CodingError(CodingError::Kind::dataCorrupted, "", "The document is neither an object nor an array"));
+} catch (...) {
+  return HTTPClientError::decodingError(Error::current());
 }
 
 void report(const HTTPClient::JSONCompletion& completion, const Result<JSONObject>& result) {
@@ -72,8 +76,7 @@ void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders
   }
   session_->run(makeRequest("POST", std::move(url), *std::move(bytes), headers),
                 [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
-                  const auto accepted = acceptedBody(std::move(outcome), MissingBody::isAnError);
-                  report(completion, parsedObject(decoder, accepted));
+                  report(completion, acceptedObject(decoder, std::move(outcome)));
                 });
 }
 

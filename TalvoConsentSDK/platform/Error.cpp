@@ -16,6 +16,8 @@ Error Error::current() {
     throw;
   } catch (const Error& error) {
     return error;
+  } catch (const PlatformError& error) {
+    return error;
   } catch (const std::exception& error) {
     return PlatformError("TalvoConsentSDK", -1, error.what());
   } catch (...) {

@@ -13,7 +13,8 @@ class Executor {
   virtual ~Executor() = default;
 
   /// Hands over one job; may be called from any thread. Every job runs exactly once, unless the process ends
-  /// first. An executor contains what a job throws (see `callHost`): its thread goes on.
+  /// first. An executor contains what a job throws (see `callHost`): its thread goes on. Also called while a
+  /// client is being created, so `post` must not create one.
   virtual void post(std::function<void()> job) = 0;
 };
 

@@ -28,8 +28,9 @@ struct Platform {
   std::shared_ptr<Localization> localization;
   std::shared_ptr<Printer> printer;
 
-  /// Makes `platform` the process's own. Clients keep the set that was installed when they were created. Safe
-  /// from any thread.
+  /// Makes `platform` the process's own. Clients keep the session, the store and the executors that were
+  /// installed when they were created; application, localization and printer are those installed at the time.
+  /// Safe from any thread.
   static void install(Platform platform);
 
   /// The installed set, or null objects.

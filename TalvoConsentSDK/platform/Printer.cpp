@@ -15,18 +15,18 @@ void StandardOutput::print(std::string_view line) {
   std::fflush(stdout);
 }
 
-void print(std::string_view line) {
-  Platform::current().printer->print(line);
+void print(std::string_view line) noexcept {
+  try {
+    Platform::current().printer->print(line);
+  } catch (...) {  // nobody is left to tell
+  }
 }
 
 void callHost(const std::function<void()>& code) noexcept {
   try {
     if (code) code();
   } catch (...) {
-    try {
-      print(std::string("⚠️ A callback threw: ") + Error::current().what());
-    } catch (...) {  // a printer that throws has nobody left to tell
-    }
+    print(std::string("⚠️ A callback threw: ") + Error::current().what());
   }
 }
 

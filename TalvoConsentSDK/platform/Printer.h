@@ -8,7 +8,8 @@
 
 namespace TalvoConsentSDK {
 
-/// Receives every diagnostic line. Called from any thread.
+/// Receives every diagnostic line. Called from any thread, also while a client is being created: it must not
+/// create one itself.
 class Printer {
  public:
   virtual ~Printer() = default;
@@ -23,8 +24,8 @@ class StandardOutput : public Printer {
   void print(std::string_view line) override;
 };
 
-/// Prints a line on the installed platform's printer.
-void print(std::string_view line);
+/// Prints a line on the installed platform's printer. What that throws is contained.
+void print(std::string_view line) noexcept;
 
 /// Runs code that a host handed over. What it throws is contained: one line is printed and the caller goes
 /// on.

@@ -1,9 +1,10 @@
 #include "TalvoConsentSDK/platform/URL.h"
 
-#include <algorithm>
 #include <charconv>
 
 #include <uriparser/Uri.h>
+
+#include "TalvoConsentSDK/platform/ASCII.h"
 
 namespace TalvoConsentSDK {
 
@@ -30,13 +31,11 @@ std::optional<URL> URL::parse(std::string_view text) {
   const char* const begin = url.text_.data();
   if (uriParseSingleUriExA(&uri, begin, begin + url.text_.size(), nullptr) != URI_SUCCESS)
     return std::nullopt;
-  url.scheme_ = view(uri.scheme);
+  url.scheme_ = lowercased(view(uri.scheme));
   url.host_ = view(uri.hostText);
   url.requestable_ = !url.host_.empty() && fitsPort(view(uri.portText));
   uriFreeUriMembersA(&uri);
   if (url.scheme_.empty()) return std::nullopt;
-  std::ranges::transform(url.scheme_, url.scheme_.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
   return url;
 }
 

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 
+#include "TalvoConsentSDK/platform/ASCII.h"
+
 namespace TalvoConsentSDK {
 
 bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const noexcept {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+  const auto lower = [](char c) { return lowercased(c); };
   return std::ranges::lexicographical_compare(a, b, {}, lower, lower);
 }
 

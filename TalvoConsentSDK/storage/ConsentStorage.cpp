@@ -25,6 +25,23 @@ bool succeeded(const Result<T>& result, const char* failure) {
   return result.has_value();
 }
 
+// A host's store that throws has failed.
+template <class Operation>
+auto attempt(const Operation& operation) -> decltype(operation()) {
+  try {
+    return operation();
+  } catch (...) {
+    return Error::current();
+  }
+}
+
+std::optional<BasicConsent> decoded(const std::optional<Data>& data, const char* failure) {
+  if (!data) return std::nullopt;
+  auto consent = JSONDecoder().decode<BasicConsent>(data->bytes);
+  if (!succeeded(consent, failure)) return std::nullopt;
+  return *std::move(consent);
+}
+
 }  // namespace
 
 ConsentStorage::ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults)
@@ -33,15 +50,15 @@ ConsentStorage::ConsentStorage(const std::string& siteId, std::shared_ptr<UserDe
       userIdKey_("com.talvo.consent.userId." + siteId),
       originalConsentKey_("com.talvo.consent.originalConsent." + siteId) {}
 
-std::optional<BasicConsent> ConsentStorage::loadConsent() const {
+Loaded<BasicConsent> ConsentStorage::loadConsent() const {
   return load(storageKey_, loadFailure);
 }
 
-void ConsentStorage::saveConsent(const BasicConsent& consent) {
-  save(storageKey_, consent, saveFailure);
+bool ConsentStorage::saveConsent(const BasicConsent& consent) {
+  return save(storageKey_, consent, saveFailure);
 }
 
-std::optional<BasicConsent> ConsentStorage::loadOriginalConsent() const {
+Loaded<BasicConsent> ConsentStorage::loadOriginalConsent() const {
   return load(originalConsentKey_, loadOriginalFailure);
 }
 
@@ -50,50 +67,57 @@ void ConsentStorage::saveOriginalConsent(const BasicConsent& consent) {
 }
 
 void ConsentStorage::removeOriginalConsent() {
-  commit(userDefaults_->remove(originalConsentKey_), removeOriginalFailure);
+  commit(attempt([&] { return userDefaults_->remove(originalConsentKey_); }), removeOriginalFailure);
 }
 
-std::optional<std::string> ConsentStorage::loadUserId() const {
-  auto userId = userDefaults_->string(userIdKey_);
-  if (!succeeded(userId, loadUserFailure)) return std::nullopt;
-  return *std::move(userId);
+Loaded<std::string> ConsentStorage::loadUserId() const {
+  Loaded<std::string> loaded;
+  auto userId = attempt([&] { return userDefaults_->string(userIdKey_); });
+  loaded.isUnknown = !succeeded(userId, loadUserFailure);
+  if (!loaded.isUnknown) loaded = *std::move(userId);
+  return loaded;
 }
 
 void ConsentStorage::saveUserId(const std::string& userId) {
-  commit(userDefaults_->set(userIdKey_, userId), saveUserFailure);
+  commit(attempt([&] { return userDefaults_->set(userIdKey_, userId); }), saveUserFailure);
 }
 
 void ConsentStorage::removeUserId() {
-  commit(userDefaults_->remove(userIdKey_), removeUserFailure);
+  commit(attempt([&] { return userDefaults_->remove(userIdKey_); }), removeUserFailure);
 }
 
-Result<std::optional<Data>> ConsentStorage::consentData() const {
-  return userDefaults_->data(storageKey_);
+Result<ConsentStorage::Snapshot> ConsentStorage::consentSnapshot() const {
+  auto data = attempt([&] { return userDefaults_->data(storageKey_); });
+  if (!data) return data.error();
+  auto consent = decoded(*data, loadFailure);
+  return Snapshot{*std::move(data), std::move(consent)};
 }
 
 void ConsentStorage::saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent) {
   auto json = JSONEncoder().encode(consent);
   if (!succeeded(json, saveFailure)) return;
-  const auto replaced = userDefaults_->replace(storageKey_, expected, Data(*std::move(json)));
-  if (succeeded(replaced, saveFailure) && *replaced) succeeded(userDefaults_->synchronize(), saveFailure);
+  const auto replaced =
+      attempt([&] { return userDefaults_->replace(storageKey_, expected, Data(*std::move(json))); });
+  if (succeeded(replaced, saveFailure) && *replaced) commit({}, saveFailure);
 }
 
-std::optional<BasicConsent> ConsentStorage::load(const std::string& key, const char* failure) const {
-  const auto data = userDefaults_->data(key);
-  if (!succeeded(data, failure) || !*data) return std::nullopt;
-  auto consent = JSONDecoder().decode<BasicConsent>((*data)->bytes);
-  if (!succeeded(consent, failure)) return std::nullopt;
-  return *std::move(consent);
+Loaded<BasicConsent> ConsentStorage::load(const std::string& key, const char* failure) const {
+  Loaded<BasicConsent> loaded;
+  const auto data = attempt([&] { return userDefaults_->data(key); });
+  loaded.isUnknown = !succeeded(data, failure);
+  if (!loaded.isUnknown) loaded = decoded(*data, failure);
+  return loaded;
 }
 
-void ConsentStorage::save(const std::string& key, const BasicConsent& consent, const char* failure) {
+bool ConsentStorage::save(const std::string& key, const BasicConsent& consent, const char* failure) {
   auto json = JSONEncoder().encode(consent);
-  if (!succeeded(json, failure)) return;
-  commit(userDefaults_->set(key, Data(*std::move(json))), failure);
+  if (!succeeded(json, failure)) return false;
+  return commit(attempt([&] { return userDefaults_->set(key, Data(*std::move(json))); }), failure);
 }
 
-void ConsentStorage::commit(const Result<void>& written, const char* failure) {
-  if (succeeded(written, failure)) succeeded(userDefaults_->synchronize(), failure);
+bool ConsentStorage::commit(const Result<void>& written, const char* failure) {
+  return succeeded(written, failure) &&
+         succeeded(attempt([&] { return userDefaults_->synchronize(); }), failure);
 }
 
 }  // namespace TalvoConsentSDK

@@ -5,43 +5,61 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
 namespace TalvoConsentSDK {
 
-/// A site's values in the device's store. As safe to call from any thread as the store is. Nothing reports an
-/// error to its caller: what cannot be read counts as absent and what cannot be written leaves the stored
-/// value as it was; either prints one line. There is no way to remove the current consent, only to overwrite
-/// it.
+/// What a load found: nothing also when the value is damaged or the store has failed.
+template <class T>
+struct Loaded : std::optional<T> {
+  using std::optional<T>::optional;
+  Loaded(std::optional<T> found) : std::optional<T>(std::move(found)) {}
+
+  bool isUnknown = false;  // the store has failed, so that there may be a value
+};
+
+/// A site's values in the device's store. As safe to call from any thread as the store is. Nothing throws,
+/// also when the store does: what cannot be read counts as absent and what cannot be written leaves the
+/// stored value as it was; either prints one line. There is no way to remove the current consent, only to
+/// overwrite it.
 class ConsentStorage {
  public:
   ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults);
 
-  std::optional<BasicConsent> loadConsent() const;
-  void saveConsent(const BasicConsent& consent);
+  Loaded<BasicConsent> loadConsent() const;
+
+  /// Tells whether the consent now is on the device.
+  bool saveConsent(const BasicConsent& consent);
 
   /// The consent kept aside while the person is identified.
-  std::optional<BasicConsent> loadOriginalConsent() const;
+  Loaded<BasicConsent> loadOriginalConsent() const;
   void saveOriginalConsent(const BasicConsent& consent);
   void removeOriginalConsent();
 
-  std::optional<std::string> loadUserId() const;
+  Loaded<std::string> loadUserId() const;
   void saveUserId(const std::string& userId);
   void removeUserId();
 
-  /// What stands under the consent's key, readable or not; an error when the store cannot tell.
-  Result<std::optional<Data>> consentData() const;
+  /// One reading of the consent: what stands under its key, and what that says; nothing when it is damaged.
+  struct Snapshot {
+    std::optional<Data> data;
+    std::optional<BasicConsent> consent;
+  };
+
+  /// The error, which is not printed, when the store cannot tell.
+  Result<Snapshot> consentSnapshot() const;
 
   /// Saves `consent` unless the stored data is no longer `expected`: for a consent that nobody chose and that
   /// must not overrule one that somebody has chosen meanwhile.
   void saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent);
 
  private:
-  std::optional<BasicConsent> load(const std::string& key, const char* failure) const;
-  void save(const std::string& key, const BasicConsent& consent, const char* failure);
-  void commit(const Result<void>& written, const char* failure);
+  Loaded<BasicConsent> load(const std::string& key, const char* failure) const;
+  bool save(const std::string& key, const BasicConsent& consent, const char* failure);
+  bool commit(const Result<void>& written, const char* failure);
 
   const std::shared_ptr<UserDefaults> userDefaults_;
   const std::string storageKey_;

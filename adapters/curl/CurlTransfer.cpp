@@ -25,9 +25,9 @@ bool sameName(const std::string& a, const std::string& b) {
   return strcasecmp(a.c_str(), b.c_str()) == 0;
 }
 
-// Headers that may follow a redirect to another origin; all others could tell it something about the person.
-bool isHarmless(const std::string& name) {
-  return sameName(name, "Accept") || sameName(name, "Accept-Language") || sameName(name, "Content-Type");
+// Headers that do not follow a redirect to another origin.
+bool isCredential(const std::string& name) {
+  return sameName(name, "Authorization") || sameName(name, "Proxy-Authorization") || sameName(name, "Cookie");
 }
 
 bool isToken(std::string_view name) {
@@ -224,7 +224,7 @@ void CurlTransfer::configureMessage() {
   add("Expect:");                                                        // no waiting for "100 Continue"
   if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
   for (const auto& [name, value] : request_.headers) {
-    if (leftOrigin_ && !isHarmless(name)) continue;
+    if (leftOrigin_ && isCredential(name)) continue;
     const bool blank = value.find_first_not_of(" \t") == std::string::npos;
     add(blank ? name + ";" : name + ": " + value);  // libcurl's way to send a header without a value
   }

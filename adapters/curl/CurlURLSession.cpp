@@ -64,6 +64,11 @@ class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
+    // Without descriptors for it, nothing could ever wake the thread. The first wait will just be short.
+    if (const CURLMcode code = curl_multi_wakeup(multi_); code != CURLM_OK) {
+      curl_multi_cleanup(multi_);
+      throw curlError(CURLE_FAILED_INIT, std::string("No requests can be run: ") + curl_multi_strerror(code));
+    }
   }
 
   // `end` has freed libcurl's handle, unless the process exits.
@@ -75,13 +80,15 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
-  /// Call it with `stop` set: when it returns, the thread has left libcurl.
+  /// Call it with `stop` set: when it returns, the thread has left libcurl. On a busy device that takes as
+  /// long as reading certificates or shaking hands, and a process that ends under these crashes; so the limit
+  /// only is there for a libcurl that never returns.
   void wake() {
     {
       const std::scoped_lock guard(lock_);
       if (multi_) curl_multi_wakeup(multi_);
     }
-    const std::scoped_lock left(inCurl_);
+    if (inCurl_.try_lock_for(std::chrono::seconds(5))) inCurl_.unlock();
   }
 
   /// From now on, the end of the loop ends the requests too.
@@ -206,8 +213,10 @@ class CurlURLSession::Worker {
       retire(handle, closed, endings);
     }
     for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
-    const std::scoped_lock waking(lock_);
-    curl_multi_cleanup(std::exchange(multi_, nullptr));
+    std::unique_lock waking(lock_);
+    CURLM* const multi = std::exchange(multi_, nullptr);
+    waking.unlock();
+    curl_multi_cleanup(multi);
   }
 
   // A completion may do anything, such as adding requests or destroying the session. None is called once the
@@ -223,7 +232,7 @@ class CurlURLSession::Worker {
 
   const CurlRules rules_;
   std::atomic<bool> closed_ = false;
-  std::mutex inCurl_;
+  std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::mutex lock_;                             // guards what follows; held for moments only
   std::vector<Arrival> arrivals_;

@@ -27,10 +27,10 @@ struct CurlOptions {
 ///
 /// A request ends with an error when nothing has moved for its `timeout`: no address found, connection made,
 /// handshake done, byte sent or received. Certificate and host are verified, with TLS 1.2 or later. Up to 20
-/// redirects are followed, never from https to anything else; to another origin only the headers that
-/// describe the body and the answer go along. A POST or PUT goes out on a fresh connection, so that it never
-/// is sent twice; other requests share connections. Proxies come from the environment, as libcurl has it, but
-/// the loopback host is always reached directly.
+/// redirects are followed, never from https to anything else; to another origin the headers Authorization,
+/// Proxy-Authorization and Cookie do not go along. A POST or PUT goes out on a fresh connection, so that it
+/// never is sent twice; other requests share connections. Proxies come from the environment, as libcurl has
+/// it, but the loopback host is always reached directly.
 ///
 /// Errors are `PlatformError`s of the domain "CURL" whose code is libcurl's (a `CURLcode`), also where the
 /// session itself ends a request: plain http or another scheme (1), a request that cannot be sent as it is
@@ -38,7 +38,8 @@ struct CurlOptions {
 /// Their texts hold nothing of a body, a header's value, a path or a query.
 class CurlURLSession : public URLSession {
  public:
-  /// Throws a `PlatformError` when libcurl cannot be initialised or `certificates` cannot be read.
+  /// Throws a `PlatformError` when libcurl cannot be initialised, the process is out of descriptors, or
+  /// `certificates` cannot be read.
   explicit CurlURLSession(const CurlOptions& options = {});
 
   /// Ends what is in flight: those completions hear of a closed session before the destructor returns. May

@@ -3,6 +3,7 @@
 // Wrappers that pass everything on until told to fail.
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -12,35 +13,46 @@
 
 namespace TalvoConsentSDK {
 
-/// A device store of which reading, writing or both can fail. A failed write changes nothing.
+/// A device store of which reading, writing or both can fail, with an error or by throwing it. A failed write
+/// changes nothing.
 class FailingUserDefaults : public UserDefaults {
  public:
   explicit FailingUserDefaults(std::shared_ptr<UserDefaults> inner) : inner_(std::move(inner)) {}
 
   std::atomic<bool> failsToRead = false;
   std::atomic<bool> failsToWrite = false;
+  std::atomic<bool> throws = false;
+
+  /// Called before every operation on a key; may change what fails and what is stored.
+  std::function<void(std::string_view key)> before = [](std::string_view) {};
 
   Result<std::optional<Data>> data(std::string_view key) override {
+    before(key);
     if (failsToRead) return failure();
     return inner_->data(key);
   }
   Result<std::optional<std::string>> string(std::string_view key) override {
+    before(key);
     if (failsToRead) return failure();
     return inner_->string(key);
   }
   Result<void> set(std::string_view key, Data value) override {
+    before(key);
     if (failsToWrite) return failure();
     return inner_->set(key, std::move(value));
   }
   Result<void> set(std::string_view key, std::string value) override {
+    before(key);
     if (failsToWrite) return failure();
     return inner_->set(key, std::move(value));
   }
   Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override {
+    before(key);
     if (failsToRead || failsToWrite) return failure();
     return inner_->replace(key, expected, std::move(value));
   }
   Result<void> remove(std::string_view key) override {
+    before(key);
     if (failsToWrite) return failure();
     return inner_->remove(key);
   }
@@ -50,7 +62,11 @@ class FailingUserDefaults : public UserDefaults {
   }
 
  private:
-  static PlatformError failure() { return {"FailingUserDefaults", 1, "The store is out of order"}; }
+  PlatformError failure() const {
+    PlatformError error("FailingUserDefaults", 1, "The store is out of order");
+    if (throws) throw error;
+    return error;
+  }
 
   const std::shared_ptr<UserDefaults> inner_;
 };

@@ -157,7 +157,9 @@ Handle open(const fs::path& file, std::chrono::milliseconds busyTimeout) {
   }
   useWriteAheadLog(connection, busyTimeout);
   execute(connection, "PRAGMA synchronous = FULL");
-  if (version == "0") {
+  const auto tables =
+      Statement(connection, "SELECT count(*) FROM sqlite_master WHERE name = 'defaults'").run();
+  if (version == "0" || tables == "0") {
     execute(connection,
             "BEGIN IMMEDIATE;"
             "CREATE TABLE IF NOT EXISTS defaults("

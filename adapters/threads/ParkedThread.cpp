@@ -30,64 +30,69 @@ struct ParkedThread::Shared {
     guard.unlock();
     if (taken.joinable()) taken.join();  // what libraries keep for each thread has to go before they do
   }
-
-  static void parkAtExit(std::weak_ptr<Shared> shared);
 };
 
-namespace {
-
-// Exit handlers take no arguments; each takes the last entry. Never destroyed: it is read while exiting.
-struct ExitList {
+// The threads to park. Exit handlers take no arguments; each parks the last thread that is left. Never
+// destroyed: it is read while exiting.
+struct ParkedThread::ExitList {
   std::mutex lock;
-  std::vector<std::function<void()>> handlers;
+  std::vector<std::weak_ptr<Shared>> threads;
 
   static ExitList& instance() {
     static ExitList& list = *new ExitList;
     return list;
   }
 
-  static void runLast() {
-    ExitList& list = instance();
-    std::function<void()> handler;
-    {
-      const std::scoped_lock guard(list.lock);
-      handler = std::move(list.handlers.back());
-      list.handlers.pop_back();
-    }
-    handler();
+  void add(const std::shared_ptr<Shared>& shared) {
+    const std::scoped_lock guard(lock);
+    std::erase_if(threads, [](const auto& thread) { return thread.expired(); });
+    threads.push_back(shared);
+    std::atexit(&ExitList::parkLast);
   }
+
+  static void parkLast() {
+    if (const auto last = instance().takeLast()) last->park();
+  }
+
+  std::shared_ptr<Shared> takeLast() {
+    const std::scoped_lock guard(lock);
+    std::shared_ptr<Shared> last;
+    for (; !last && !threads.empty(); threads.pop_back()) last = threads.back().lock();
+    return last;
+  }
+};
+
+namespace {
+
+// Threads started meanwhile begin with all signals blocked.
+class BlockedSignals {
+ public:
+  BlockedSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &previous_);
+  }
+  ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
+  BlockedSignals(const BlockedSignals&) = delete;
+
+ private:
+  sigset_t previous_;
 };
 
 }  // namespace
 
-void ParkedThread::Shared::parkAtExit(std::weak_ptr<Shared> shared) {
-  ExitList& list = ExitList::instance();
-  const std::scoped_lock guard(list.lock);
-  list.handlers.push_back([shared = std::move(shared)] {
-    if (const auto alive = shared.lock()) alive->park();
-  });
-  std::atexit(&ExitList::runLast);
-}
-
 ParkedThread::ParkedThread(Loop loop, std::function<void()> wake) : shared_(std::make_shared<Shared>()) {
   shared_->wake = std::move(wake);
-  Shared::parkAtExit(shared_);
-
-  sigset_t all;
-  sigset_t previous;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &previous);
-  {
-    const std::scoped_lock guard(shared_->lock);
-    shared_->thread = std::thread([shared = shared_, loop = std::move(loop)] {
-      loop(shared->stop);
-      const std::scoped_lock ending(shared->lock);
-      shared->ended = true;
-      shared->changed.notify_all();
-    });
-    shared_->id = shared_->thread.get_id();
-  }
-  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  ExitList::instance().add(shared_);  // first, since it can throw; should the thread not start, it expires
+  const BlockedSignals blocked;
+  const std::scoped_lock guard(shared_->lock);
+  shared_->thread = std::thread([shared = shared_, loop = std::move(loop)] {
+    loop(shared->stop);
+    const std::scoped_lock ending(shared->lock);
+    shared->ended = true;
+    shared->changed.notify_all();
+  });
+  shared_->id = shared_->thread.get_id();
 }
 
 ParkedThread::~ParkedThread() {

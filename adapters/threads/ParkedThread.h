@@ -10,9 +10,9 @@
 namespace TalvoConsentSDK {
 
 /// Runs a loop on a thread of its own, with all signals blocked. When the process exits, the loop is asked to
-/// stop and given 250 ms to end; the thread is then left as it is, so that a host callback that never returns
-/// cannot hang the exit. Make one only after the libraries that its loop uses have been initialised: exit
-/// handlers run in reverse order, so theirs then come after this one's.
+/// stop and, once `wake` has returned, given 250 ms to end; the thread is then left as it is, so that a host
+/// callback that never returns cannot hang the exit. Make one only after the libraries that its loop uses
+/// have been initialised: exit handlers run in reverse order, so theirs then come after this one's.
 class ParkedThread {
  public:
   using Loop = std::function<void(const std::atomic<bool>& stop)>;
@@ -30,6 +30,7 @@ class ParkedThread {
 
  private:
   struct Shared;
+  struct ExitList;
 
   const std::shared_ptr<Shared> shared_;
 };

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QMetaObject>
+#include <cstdint>
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -220,9 +221,9 @@ void Script::topics(const std::string& arguments) {
   std::string email;
   std::string token;
   if (!(words >> point >> email >> token)) return fail("topics takes POINT EMAIL TOKEN and N=yes or N=no");
-  std::map<int, bool> choices;
+  std::map<std::int64_t, bool> choices;
   for (std::string word; words >> word;) {
-    int number = 0;
+    std::int64_t number = 0;
     std::string choice;
     std::istringstream parts(word);
     char equals = 0;

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include "adapters/curl/CurlURLSession.h"
 
@@ -177,7 +178,7 @@ TEST(CurlURLSession, FollowsRedirectsAsTheirStatusSays) {
   }
 }
 
-TEST(CurlURLSession, FollowsTwentyRedirectsAndLeavesOriginsWithoutOwnHeaders) {
+TEST(CurlURLSession, FollowsTwentyRedirectsAndLeavesOriginsWithoutCredentials) {
   LoopbackServer other([](const Received& request, Connection& connection) {
     const bool first = request.target == "/";
     connection.reply(first ? 308 : 200, "", first ? "Location: /then\r\n" : "");
@@ -190,15 +191,17 @@ TEST(CurlURLSession, FollowsTwentyRedirectsAndLeavesOriginsWithoutOwnHeaders) {
   const auto run = [&](const std::string& url) {
     auto request = makeRequest("POST", url);
     request.body = "{}";
-    request.headers = {{"Authorization", "secret"}, {"X-Token", "secret"}, {"Content-Type", "text/plain"}};
+    request.headers = {{"authorization", "secret"}, {"Proxy-Authorization", "secret"}, {"Cookie", "secret"}};
+    for (const char* name : {"X-Client-Name", "Content-Type"}) request.headers[name] = "text/plain";
     return await(session, request);
   };
   EXPECT_TRUE(run(server.url("/")));
   EXPECT_EQ(server.requests().back().target, "/x%20y%c3%a9");
-  EXPECT_EQ(server.requests().back().headers.at("X-Token"), "secret");
+  EXPECT_EQ(server.requests().back().headers.at("Cookie"), "secret");
   for (const Received& received : other.requests()) {
-    EXPECT_EQ(received.headers.count("Authorization") + received.headers.count("X-Token"), 0U);
-    EXPECT_EQ(received.headers.at("Content-Type"), "text/plain");
+    for (const auto& [name, value] : received.headers) EXPECT_NE(value, "secret") << name;
+    EXPECT_EQ(received.headers.at("X-Client-Name") + received.headers.at("Content-Type"),
+              "text/plaintext/plain");
     EXPECT_EQ(received.body, "{}");
   }
   EXPECT_EQ(other.requests().back().target, "/then");
@@ -392,6 +395,16 @@ TEST(CurlURLSession, TrustsOnlyTheRightCertificates) {
   CurlOptions missing;
   missing.certificates = "/nowhere/ca.pem";
   EXPECT_THROW(CurlURLSession{missing}, PlatformError);
+}
+
+TEST(CurlURLSession, IsNotMadeWhereItCouldNotBeWoken) {
+  CurlURLSession first;  // initialises libcurl
+  rlimit before{};
+  getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  EXPECT_THROW(CurlURLSession(), PlatformError);
+  setrlimit(RLIMIT_NOFILE, &before);
 }
 
 }  // namespace

@@ -125,6 +125,8 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
     EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
   }
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
+  OtherConnection(file).execute("DROP TABLE defaults");
+  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt) << "not unusable for ever";
 
   OtherConnection(file).execute("PRAGMA user_version = 2");
   const std::string newer = contentOf(file);

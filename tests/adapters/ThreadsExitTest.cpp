@@ -1,10 +1,12 @@
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <future>
 #include <list>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -92,6 +94,19 @@ const Ending endings[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Exit, ThreadsExitTest, ::testing::ValuesIn(endings),
                          [](const auto& each) { return each.param.name; });
+
+TEST(ParkedThreadTest, LeavesTheSignalsAsTheyWereWhereNoThreadCanStart) {
+  pthread_attr_t usual;
+  pthread_getattr_default_np(&usual);
+  pthread_attr_t huge = usual;
+  pthread_attr_setstacksize(&huge, std::size_t{1} << 46U);
+  pthread_setattr_default_np(&huge);
+  EXPECT_THROW(ParkedThread([](const auto&) {}, [] {}), std::system_error);
+  pthread_setattr_default_np(&usual);
+  sigset_t blocked;
+  pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+  EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
+}
 
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -10,6 +10,8 @@ const std::string identified = "GET cookie-consent/s/identified/";
 const std::string loadFailure =
     "⚠️ Failed to load consent from UserDefaults: Type mismatch at id: expected a string, found an integer";
 
+const std::string outOfOrder = "⚠️ Failed to load consent from UserDefaults: The store is out of order";
+
 struct Creation {
   std::string name;
   std::string consent;  // stored before
@@ -18,13 +20,22 @@ struct Creation {
   Texts requests;  // besides the configuration
   std::string storedAfter;
   Texts lines = {};
+  int failingRead = 0;  // of the consent; the first is 1
+  int decidedAt = 0;    // the read before which somebody decides
 };
 
 class CreationTest : public ClientTest, public ::testing::WithParamInterface<Creation> {};
 
 TEST_P(CreationTest, DoesWhatTheSiteAndTheStoreAskFor) {
-  const auto& [name, consent, user, configuration, requests, storedAfter, lines] = GetParam();
+  const auto& [name, consent, user, configuration, requests, storedAfter, lines, failingRead, decidedAt] =
+      GetParam();
   store("basicConsent", consent);
+  int reads = 0;
+  platform.userDefaults->before = [&, fails = failingRead, decided = decidedAt](std::string_view key) {
+    if (key != prefix + "basicConsent.s") return;
+    platform.userDefaults->failsToRead = ++reads == fails;
+    if (reads == decided) store("basicConsent", "{}");
+  };
   store("userId", user);
   answer("GET", "cookie-consent/s/identified/new", 200, "null");
   answer("GET", "cookie-consent/s/identified/known", 200,
@@ -58,6 +69,8 @@ const Creation creations[] = {
     {"NotImplicit", "none", "none", R"({"implicitConsent":false})", {}, "none"},
     {"Implicit", "none", "none", implicitly, post, all},
     {"ImplicitButDecided", "{}", "none", implicitly, {}, "{}"},
+    {"ImplicitButUnread", "{}", "none", implicitly, {}, "{}", {outOfOrder}, 2},
+    {"ImplicitButDecidedMeanwhile", "none", "none", implicitly, {}, "{}", {}, 0, 3},
     {"ImplicitOverADamagedOne", R"({"id":7})", "none", implicitly, post, all, Texts(3, loadFailure)},
     {"Unreadable", "none", "none", R"({"implicitConsent":1})", {}, "none", {unreadable}},
     {"NewUser", "none", "new", "{}", {identified + "new"}, "none"},
@@ -113,14 +126,24 @@ TEST_F(ClientTest, KeepsADecisionMadeWhileImplicitConsentIsUnderWay) {
   EXPECT_EQ(written(client->getConsent().value()), R"({"marketing":false})");
 }
 
-TEST_F(ClientTest, LivesWithAStoreThatFails) {
+// A printer is the host's: it may ask for the client, and throw.
+struct HostilePrinter : CapturingPrinter {
+  void print(std::string_view line) override {
+    CapturingPrinter::print(line);
+    CookiesSDK::getInstance();
+    throw 1;
+  }
+};
+
+TEST_F(ClientTest, LivesWithAStoreThatFailsAndAPrinterThatThrows) {
+  platform.printer = std::make_shared<HostilePrinter>();
+  platform.install();
   platform.userDefaults->failsToRead = platform.userDefaults->failsToWrite = true;
   const auto client = create(implicitly);
   platform.settle();
   const std::string reason = ": The store is out of order";
-  const std::string noConsent = "⚠️ Failed to load consent from UserDefaults" + reason;
   const std::string noUser = "⚠️ Failed to load user identifier from UserDefaults" + reason;
-  EXPECT_THAT(platform.printer->take(), ElementsAre(noConsent, noUser, noUser, noConsent,
+  EXPECT_THAT(platform.printer->take(), ElementsAre(outOfOrder, noUser, noUser, outOfOrder,
                                                     "Failed to submit implicit consent" + reason));
   EXPECT_THAT(newRequests(), ElementsAre(configurations)) << "nothing is given that might have been refused";
   EXPECT_FALSE(client->getConsent());

@@ -11,12 +11,15 @@ struct Identity {
   Texts steps;
   Texts requested;  // for whom the service was asked
   Texts after;
+  std::string unreadable = "";  // keys that fail, from creation on
+  std::string unwritable = "";
+  bool recovers = false;  // once the client is created
 };
 
 class IdentityTest : public ClientTest, public ::testing::WithParamInterface<Identity> {};
 
 TEST_P(IdentityTest, MovesConsentsAsItsRulesSay) {
-  const auto& [name, before, steps, requested, after] = GetParam();
+  const auto& [name, before, steps, requested, after, unreadable, unwritable, recovers] = GetParam();
   const Texts keys{"basicConsent", "originalConsent", "userId"};
   for (std::size_t n = 0; n < keys.size(); ++n) store(keys[n], before[n]);
   for (const std::string query : {"", "?consentId=c"}) {
@@ -26,7 +29,14 @@ TEST_P(IdentityTest, MovesConsentsAsItsRulesSay) {
            R"({"id":"k","categories":{"statistics":["a"]}})");
     answer("GET", "cookie-consent/s/identified/broken" + query, 500, "down");
   }
+  FailingUserDefaults& device = *platform.userDefaults;
+  device.before = [&, reading = unreadable, writing = unwritable](std::string_view key) {
+    device.failsToRead = key == prefix + reading + ".s";
+    device.failsToWrite = key == prefix + writing + ".s";
+  };
   const auto client = created();
+  if (recovers) device.before = [&](std::string_view) { device.failsToRead = false; };
+  const bool fails = !recovers && !(unreadable + unwritable).empty();
   noteEvents(*client);
   for (const std::string& step : steps) {
     trace.clear();
@@ -35,7 +45,7 @@ TEST_P(IdentityTest, MovesConsentsAsItsRulesSay) {
     EXPECT_THAT(trace, IsEmpty());
     platform.settle();
     EXPECT_EQ(trace, step == "-" ? Texts() : Texts{"IdentificationComplete on main"});
-    EXPECT_EQ(platform.printer->take(),
+    EXPECT_EQ(fails ? (platform.printer->take(), Texts()) : platform.printer->take(),
               step == "+broken" ? Texts{"Error fetching identified consent: HTTP error 500: down"} : Texts());
   }
   Texts requests;
@@ -65,6 +75,25 @@ const Identity identities[] = {
     {"RemoveRestores", {held, kept, "a"}, {"-", "-"}, {}, {"{}", "none", "none"}},
     {"RemoveRestoresOnce", {held, kept, "a"}, {"-"}, {}, {kept, "none", "none"}},
     {"RemoveNobody", {held, "none", "none"}, {"-"}, {}, {bare, "none", "none"}},
+    {"UserUnread", {held, kept, "a"}, {"+a"}, {"a"}, {bare, kept, "a"}, "userId"},
+    {"UserUnreadAtFirst",
+     {held, kept, "a"},
+     {"+a"},
+     {"a?consentId=c"},
+     {held, kept, "a"},
+     "userId",
+     "",
+     true},
+    {"ConsentUnreadAtFirst",
+     {held, "none", "none"},
+     {"+a"},
+     {"a"},
+     {bare, held, "a"},
+     "basicConsent",
+     "",
+     true},
+    {"OriginalUnread", {held, kept, "a"}, {"-", "+b"}, {"b"}, {bare, kept, "b"}, "originalConsent"},
+    {"NotRestored", {held, kept, "a"}, {"-", "+b"}, {"b"}, {held, kept, "b"}, "", "basicConsent"},
 };
 INSTANTIATE_TEST_SUITE_P(Client, IdentityTest, ValuesIn(identities), byName);
 

@@ -9,7 +9,7 @@ struct Topics {
   std::string name;
   std::optional<std::string> token;
   std::optional<std::string> apiUrl;
-  std::map<int, bool> topics;
+  std::map<std::int64_t, bool> topics;
   std::string url;
   std::string members;  // of the body, besides those that are always the same
 };
@@ -43,9 +43,9 @@ const Topics allTopics[] = {
     {"WithToken",
      "t-1",
      "https://x.example",
-     {{-3, true}, {7, false}},
+     {{-3, true}, {7000000000, false}},
      "https://x.example/public/consent",
-     R"("token":"t-1","topicSelectionDtos":[{"topicId":-3,"selected":true},{"topicId":7,"selected":false}]})"},
+     R"("token":"t-1","topicSelectionDtos":[{"topicId":-3,"selected":true},{"topicId":7000000000,"selected":false}]})"},
     {"WithoutTopics", std::nullopt, "https://x.example/", {}, "https://x.example/public/consent", none},
     {"TwoSlashes", std::nullopt, "https://x.example//", {}, "https://x.example//public/consent", none},
     {"DefaultService", std::nullopt, std::nullopt, {}, TALVO_DEFAULT_API_URL "/public/consent", none},

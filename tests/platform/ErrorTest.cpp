@@ -24,8 +24,10 @@ TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
   failed = 1;
   EXPECT_EQ(*failed, 1);
   EXPECT_THROW((void)failed.error(), std::bad_variant_access);
-  for (const Error& error : {copy, caught([&] { throw copy; }), caught([&] { Result<void>(copy).value(); }),
-                             caught([&] { (void)Result<std::string>(copy)->size(); })}) {
+  for (const Error& error :
+       {copy, caught([&] { throw copy; }), caught([] { throw PlatformError("domain", 7, "text"); }),
+        caught([&] { Result<void>(copy).value(); }),
+        caught([&] { (void)Result<std::string>(copy)->size(); })}) {
     ASSERT_TRUE(error.as<PlatformError>());
     EXPECT_EQ(error.as<PlatformError>()->domain() + error.what(), "domaintext");
     EXPECT_THAT(error.as<PlatformError>()->userInfo(), ElementsAre(Pair("NSLocalizedDescription", "text")));

@@ -90,19 +90,22 @@ TEST_F(ConsentStorageTest, TellsOfWhatCannotBeReadOrWritten) {
       {[&] { storage.removeUserId(); }, "remove user identifier from"},
       {[&] { storage.removeOriginalConsent(); }, "remove original consent from"},
   };
-  for (const auto& [operation, what] : operations) {
-    operation();
-    EXPECT_THAT(platform.printer->take(),
-                ElementsAre("⚠️ Failed to " + what + " UserDefaults: The store is out of order"));
+  for (const bool throws : {false, true}) {
+    platform.userDefaults->throws = throws;
+    for (const auto& [operation, what] : operations) {
+      operation();
+      EXPECT_THAT(platform.printer->take(),
+                  ElementsAre("⚠️ Failed to " + what + " UserDefaults: The store is out of order"));
+    }
+    EXPECT_FALSE(storage.consentSnapshot());
   }
-  EXPECT_FALSE(storage.consentData());
   EXPECT_EQ(platform.store->values(), before);
   EXPECT_EQ(platform.store->synchronizations(), synchronizations);
 }
 
 TEST_F(ConsentStorageTest, SavesOverWhatItStillExpectsOnly) {
   storage.saveConsentIfStill(std::nullopt, BasicConsent::rejectAll());
-  const auto before = storage.consentData().value();
+  const auto before = storage.consentSnapshot().value().data;
   EXPECT_EQ(before, Data(written(BasicConsent::rejectAll())));
   storage.saveConsent(BasicConsent());
   storage.saveConsentIfStill(before, BasicConsent::acceptAll());
