@@ -152,6 +152,10 @@ bool OverlaySurface::eventFilter(QObject* watched, QEvent* event) {
       // A child window is not given the keyboard on Wayland; the host has it.
       if (kind_ == OverlayKind::child && isVisible()) return QCoreApplication::sendEvent(this, event);
       break;
+    case QEvent::KeyRelease:
+    case QEvent::InputMethod:
+      if (kind_ == OverlayKind::child && isVisible() && coversHost_) return true;
+      break;
     default:
       break;
   }
