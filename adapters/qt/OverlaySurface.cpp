@@ -101,7 +101,7 @@ void OverlaySurface::appear() {
   if (kind_ == OverlayKind::opaque) {
     takeHostPicture();
     create();  // a mask is one of the system's window
-    if (controller()) setMask(visibleRegion(controller()->frame(Clock::now())));
+    if (controller() && !coversHost_) setMask(visibleRegion(controller()->frame(Clock::now())));
   }
   show();
   if (kind_ != OverlayKind::child) requestActivate();

@@ -66,14 +66,14 @@ Script::Script(std::shared_ptr<CookiesSDK> sdk, std::string apiUrl, const Activi
 void Script::start(const std::string& file) {
   // Lines are read on a thread of their own, so that events go on while nothing comes. The thread may outlive
   // everything of main's.
-  const auto turns = std::make_shared<QtMainActor>();
-  std::thread([turns, self = weak_from_this(), file] {
+  static QtMainActor& turns = *new QtMainActor;
+  std::thread([self = weak_from_this(), file] {
     std::ifstream opened;
     if (file != "-") opened.open(file);
     std::istream& input = file == "-" ? std::cin : opened;
     for (std::string line; std::getline(input, line);) {
       const auto goesOn = std::make_shared<std::promise<bool>>();
-      turns->post([self, line, goesOn] {
+      turns.post([self, line, goesOn] {
         const auto script = self.lock();
         if (script) script->run(line);
         goesOn->set_value(script && !script->isOver_);
@@ -81,7 +81,7 @@ void Script::start(const std::string& file) {
       if (!goesOn->get_future().get()) return;
     }
     const bool isMissing = file != "-" && !opened.is_open();
-    turns->post([self, isMissing] {
+    turns.post([self, isMissing] {
       const auto script = self.lock();
       if (script && isMissing) script->fail("The script cannot be read");
       if (script) script->finish();
