@@ -1,7 +1,6 @@
 #include "adapters/qt/OverlaySurface.h"
 
 #include <QGuiApplication>
-#include <QRegion>
 #include <QSGImageNode>
 #include <QScreen>
 #include <algorithm>
@@ -12,6 +11,7 @@ namespace TalvoConsentSDK {
 namespace {
 
 constexpr const char* overlayProperty = "talvoConsentOverlay";
+constexpr std::chrono::milliseconds redrawTime(40);  // two frames
 
 class PictureItem : public QQuickItem {
  public:
@@ -48,8 +48,8 @@ QImage pictureOf(QWindow& window) {
 
 }  // namespace
 
-OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options)
-    : ViewWindow(options.text), host_(host), options_(options), kind_(overlayKind()) {
+OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options, OverlayKind kind)
+    : ViewWindow(options.text), host_(host), options_(options), kind_(kind) {
   setProperty(overlayProperty, true);
   setColor(Qt::transparent);
   QSurfaceFormat surfaceFormat = format();
@@ -62,29 +62,46 @@ OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options)
     setTransientParent(host);
   }
   if (kind_ == OverlayKind::opaque) hostPicture_ = new PictureItem(contentItem());
+  hostIsRedrawn_.setSingleShot(true);
+  hostIsRedrawn_.setInterval(redrawTime);
+  QObject::connect(&hostIsRedrawn_, &QTimer::timeout, this, [this] { takeHostPicture(); });
   if (host_) host_->installEventFilter(this);
   follow();
+}
+
+// A host that is destroyed takes its child windows along; who waits for the end of a fade still hears of it.
+OverlaySurface::~OverlaySurface() {
+  for (Completion& each : completions_) {
+    QMetaObject::invokeMethod(qApp, std::move(each.call), Qt::QueuedConnection);
+  }
 }
 
 bool OverlaySurface::isOverlay(const QWindow& window) {
   return window.property(overlayProperty).toBool();
 }
 
-Insets OverlaySurface::safeArea() const {
-  return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
+void OverlaySurface::present() {
+  isWanted_ = true;
+  appear();
 }
 
-void OverlaySurface::present() {
-  isAwaitingHost_ = kind_ == OverlayKind::child && host_ && !host_->isExposed();
-  if (isAwaitingHost_) return;
+void OverlaySurface::conceal() {
+  isWanted_ = false;
+  hide();
+}
+
+void OverlaySurface::appear() {
+  if (!isWanted_ || !host_ || !host_->isVisible()) return;
+  // A child window shown before its parent is exposed never gets a frame on Wayland.
+  if (kind_ == OverlayKind::child && !host_->isExposed()) return;
   follow();
-  // A backdrop keeps everything else of the host out of reach as well.
-  const bool coversHost =
+  coversHost_ =
       controller() && controller()->covers({1, 1}) && controller()->covers({width() - 1.0, height() - 1.0});
-  if (kind_ != OverlayKind::child) setModality(coversHost ? Qt::WindowModal : Qt::NonModal);
+  if (kind_ != OverlayKind::child) setModality(coversHost_ ? Qt::WindowModal : Qt::NonModal);
   if (kind_ == OverlayKind::opaque) {
     takeHostPicture();
-    if (!coversHost) maskToContent();
+    create();  // a mask is one of the system's window
+    if (controller() && !coversHost_) setMask(visibleRegion(controller()->frame(Clock::now())));
   }
   show();
   if (kind_ != OverlayKind::child) requestActivate();
@@ -100,23 +117,44 @@ void OverlaySurface::animateAlpha(double alpha, std::chrono::milliseconds durati
   const auto now = Clock::now();
   fade_ = {alphaAt(now), alpha, now, duration};
   completions_.push_back({now + duration, std::move(completion)});
-  if (!stepFade(now)) return;
-  setOnFrame([this](Clock::time_point time) { return stepFade(time); });
+  if (stepFade(now)) scheduleFrame();
+}
+
+bool OverlaySurface::event(QEvent* event) {
+  // It does not refuse to be closed, as that would keep the application from quitting. A person who closes it
+  // means Escape.
+  if (event->type() == QEvent::Close) {
+    const auto comeBack = [this] {
+      appear();
+      if (isVisible() && controller()) controller()->press(Key::escape);
+    };
+    QMetaObject::invokeMethod(this, comeBack, Qt::QueuedConnection);
+  }
+  return ViewWindow::event(event);
 }
 
 bool OverlaySurface::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
-    case QEvent::Move:
     case QEvent::Resize:
+      if (kind_ == OverlayKind::opaque) hostIsRedrawn_.start();
       follow();
-      if (kind_ == OverlayKind::opaque && isVisible()) takeHostPicture();
+      break;
+    case QEvent::Move:
+      follow();
+      break;
+    case QEvent::Hide:
+      hide();
       break;
     case QEvent::Expose:
-      if (isAwaitingHost_ && host_->isExposed()) present();
+      if (!isVisible()) QMetaObject::invokeMethod(this, &OverlaySurface::appear, Qt::QueuedConnection);
       break;
     case QEvent::KeyPress:
       // A child window is not given the keyboard on Wayland; the host has it.
       if (kind_ == OverlayKind::child && isVisible()) return QCoreApplication::sendEvent(this, event);
+      break;
+    case QEvent::KeyRelease:
+    case QEvent::InputMethod:
+      if (kind_ == OverlayKind::child && isVisible() && coversHost_) return true;
       break;
     default:
       break;
@@ -124,10 +162,19 @@ bool OverlaySurface::eventFilter(QObject* watched, QEvent* event) {
   return ViewWindow::eventFilter(watched, event);
 }
 
-void OverlaySurface::passOn(QEvent& event) {
+bool OverlaySurface::passOn(QEvent& event) {
+  if (!host_ || coversHost_) return true;
   const bool isKey = event.type() == QEvent::KeyPress;
-  if (!host_ || modality() != Qt::NonModal || (isKey && kind_ == OverlayKind::child)) return;
+  if (isKey && kind_ == OverlayKind::child) return false;  // the host has it already
+  // Who presses outside of the banner goes on to type there.
+  if (event.type() == QEvent::MouseButtonPress || event.type() == QEvent::TouchBegin)
+    host_->requestActivate();
   QCoreApplication::sendEvent(host_, &event);
+  return event.isAccepted();
+}
+
+Insets OverlaySurface::safeArea() const {
+  return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
 }
 
 void OverlaySurface::follow() {
@@ -144,16 +191,25 @@ void OverlaySurface::takeHostPicture() {
 }
 
 // An opaque window without a backdrop shows no more than the card and its shadow, so that the host stays
-// alive around it.
-void OverlaySurface::maskToContent() {
+// alive around it. Empty: all of it.
+QRegion OverlaySurface::visibleRegion(const std::vector<Visual>& visuals) const {
+  if (coversHost_) return {};
   QRectF content;
-  for (const Visual& visual : controller()->frame(Clock::now())) {
+  for (const Visual& visual : visuals) {
     const auto* box = std::get_if<visual::BoxShadow>(&visual.content);
     const double margin = box ? 3 * box->shadow.radius : 0;
-    const Rect& f = visual.frame;
+    const Rect f = visual.clip ? visual.frame.intersection(*visual.clip) : visual.frame;
     content |= QRectF(f.x, f.y, f.width, f.height).adjusted(-margin, -margin, margin, margin);
   }
-  setMask(QRegion(content.toAlignedRect()));
+  return content.toAlignedRect();
+}
+
+bool OverlaySurface::frameDrawn(Clock::time_point now, const std::vector<Visual>& visuals) {
+  if (kind_ == OverlayKind::opaque && isVisible()) {
+    const QRegion region = visibleRegion(visuals);
+    if (region != mask()) setMask(region);
+  }
+  return stepFade(now);
 }
 
 bool OverlaySurface::stepFade(Clock::time_point now) {

@@ -3,6 +3,7 @@
 // The Qt window behind an OverlayWindow.
 
 #include <QPointer>
+#include <QRegion>
 #include <chrono>
 #include <functional>
 #include <vector>
@@ -16,24 +17,29 @@ namespace TalvoConsentSDK {
 /// Lies on its host exactly, follows it, and fades by a clock. Where the window system can blend windows it
 /// is translucent; on Wayland it is a child of the host, since only those can be placed; elsewhere it is
 /// opaque and draws a picture of the host below the banner. Touches that are not the banner's go to the host.
+/// Without its host it is never seen.
 class OverlaySurface : public ViewWindow {
  public:
-  OverlaySurface(QWindow* host, const QtOptions& options);
+  OverlaySurface(QWindow* host, const QtOptions& options, OverlayKind kind = overlayKind());
+  ~OverlaySurface() override;
 
   /// Whether a window is one of these.
   static bool isOverlay(const QWindow& window);
 
-  Insets safeArea() const;
-
-  /// Shows it over its host, once that is on screen itself.
+  /// Shows it over its host, now or once that is on screen itself, and whenever the host comes back.
   void present();
+
+  void conceal();
 
   void setAlpha(double alpha);
   void animateAlpha(double alpha, std::chrono::milliseconds duration, std::function<void()> completion);
 
  protected:
+  bool event(QEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
-  void passOn(QEvent& event) override;
+  bool passOn(QEvent& event) override;
+  Insets safeArea() const override;
+  bool frameDrawn(HostingController::Clock::time_point now, const std::vector<Visual>& visuals) override;
 
  private:
   using Clock = HostingController::Clock;
@@ -49,9 +55,10 @@ class OverlaySurface : public ViewWindow {
     std::function<void()> call;
   };
 
+  void appear();
   void follow();
   void takeHostPicture();
-  void maskToContent();
+  QRegion visibleRegion(const std::vector<Visual>& visuals) const;
   bool stepFade(Clock::time_point now);
   double alphaAt(Clock::time_point now) const;
 
@@ -59,7 +66,9 @@ class OverlaySurface : public ViewWindow {
   const QtOptions options_;
   const OverlayKind kind_;
   QPointer<QQuickItem> hostPicture_;
-  bool isAwaitingHost_ = false;
+  QTimer hostIsRedrawn_;
+  bool isWanted_ = false;
+  bool coversHost_ = false;  // a backdrop keeps everything else of the host out of reach
   Fade fade_;
   std::vector<Completion> completions_;
 };

@@ -6,49 +6,43 @@
 
 namespace TalvoConsentSDK {
 
-namespace {
-
-// The surface may be in one of its own event handlers, and its last frame on its way to the screen.
-void deleteLater(OverlaySurface* surface) {
-  surface->hide();
-  surface->deleteLater();
-}
-
-}  // namespace
-
 OverlayWindow::OverlayWindow(QWindow* host, const QtOptions& options,
-                             std::shared_ptr<ImageLoader> imageLoader)
-    : surface_(new OverlaySurface(host, options), &deleteLater),
+                             std::shared_ptr<ImageLoader> imageLoader, OverlayKind kind)
+    : surface_(new OverlaySurface(host, options, kind)),
       options_(options),
       imageLoader_(std::move(imageLoader)) {}
 
-OverlayWindow::~OverlayWindow() = default;
+OverlayWindow::~OverlayWindow() {
+  if (!surface_) return;
+  surface_->conceal();
+  surface_->deleteLater();  // it may be in one of its own event handlers
+}
 
 void OverlayWindow::setRootViewController(std::shared_ptr<HostingController> controller) {
   ViewEnvironment environment;
   environment.textMeasurer = std::make_shared<QtTextMeasurer>(options_.text);
   environment.textScale = options_.text.scale;
   environment.imageLoader = imageLoader_;
-  environment.safeArea = surface_->safeArea();
   environment.reducesMotion = options_.reducesMotion;
-  surface_->setController(std::move(controller), std::move(environment));
+  if (surface_) surface_->setController(std::move(controller), std::move(environment));
 }
 
 void OverlayWindow::setBackgroundColor(Color color) {
-  surface_->setColor(toQColor(color));
+  if (surface_) surface_->setColor(toQColor(color));
 }
 
 void OverlayWindow::makeKeyAndVisible() {
-  surface_->present();
+  setHidden(false);
 }
 
 void OverlayWindow::setAlpha(double alpha) {
-  surface_->setAlpha(alpha);
+  if (surface_) surface_->setAlpha(alpha);
 }
 
 void OverlayWindow::setHidden(bool hidden) {
+  if (!surface_) return;
   if (hidden) {
-    surface_->hide();
+    surface_->conceal();
   } else {
     surface_->present();
   }
@@ -56,6 +50,7 @@ void OverlayWindow::setHidden(bool hidden) {
 
 void OverlayWindow::animateAlpha(double alpha, std::chrono::milliseconds duration,
                                  std::function<void()> completion) {
+  if (!surface_) return completion();
   surface_->animateAlpha(alpha, duration, std::move(completion));
 }
 

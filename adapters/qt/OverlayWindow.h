@@ -11,10 +11,11 @@
 
 namespace TalvoConsentSDK {
 
-/// The window seam on an OverlaySurface, which it owns.
+/// The window seam on an OverlaySurface, which it owns, and which may go before it with the host.
 class OverlayWindow : public Window {
  public:
-  OverlayWindow(QWindow* host, const QtOptions& options, std::shared_ptr<ImageLoader> imageLoader);
+  OverlayWindow(QWindow* host, const QtOptions& options, std::shared_ptr<ImageLoader> imageLoader,
+                OverlayKind kind = overlayKind());
   ~OverlayWindow() override;
 
   void setRootViewController(std::shared_ptr<HostingController> controller) override;
@@ -28,7 +29,7 @@ class OverlayWindow : public Window {
                     std::function<void()> completion) override;
 
  private:
-  const std::unique_ptr<OverlaySurface, void (*)(OverlaySurface*)> surface_;
+  const QPointer<OverlaySurface> surface_;
   const QtOptions options_;
   const std::shared_ptr<ImageLoader> imageLoader_;
 };

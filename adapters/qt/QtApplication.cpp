@@ -51,11 +51,13 @@ QtApplication::QtApplication(QtOptions options, std::shared_ptr<ImageLoader> ima
 
 std::vector<std::shared_ptr<Scene>> QtApplication::connectedScenes() {
   QWindowList windows = QGuiApplication::topLevelWindows();
+  windows.removeIf([](const QWindow* window) { return !canCarryABanner(window); });
+  // A host is active as well while a banner or a dialog of its own is.
   const auto active = std::ranges::find_if(windows, &QWindow::isActive);
   if (active != windows.end()) std::rotate(windows.begin(), active, active + 1);
   std::vector<std::shared_ptr<Scene>> scenes;
   for (QWindow* window : windows) {
-    if (canCarryABanner(window)) scenes.push_back(std::make_shared<QtScene>(*window, options_, imageLoader_));
+    scenes.push_back(std::make_shared<QtScene>(*window, options_, imageLoader_));
   }
   return scenes;
 }

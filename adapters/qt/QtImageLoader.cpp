@@ -19,7 +19,7 @@ PlatformError failure(std::string description) {
   return {"QtImageLoader", 1, std::move(description)};
 }
 
-Loaded decoded(const Result<URLResponse>& outcome) {
+Loaded decoded(const Result<URLResponse>& outcome) try {
   if (!outcome) return outcome.error();
   const URLResponse& response = *outcome;
   if (response.statusCode.value_or(0) < 200 || response.statusCode.value_or(0) > 299 || !response.body) {
@@ -30,11 +30,14 @@ Loaded decoded(const Result<URLResponse>& outcome) {
   QBuffer buffer(&bytes);
   QImageReader reader(&buffer);
   const QSize size = reader.size();
+  if (!size.isValid()) return failure("The picture cannot be read: " + reader.errorString().toStdString());
   if (static_cast<qint64>(size.width()) * size.height() > mostPixels)
     return failure("The picture is too large");
   QImage content = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
   if (content.isNull()) return failure("The picture cannot be read: " + reader.errorString().toStdString());
   return std::shared_ptr<const Image>(std::make_shared<QtImage>(std::move(content)));
+} catch (...) {
+  return Error::current();
 }
 
 }  // namespace

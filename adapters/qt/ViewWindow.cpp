@@ -78,15 +78,12 @@ void ViewWindow::scheduleFrame() {
   if (!timer_.isActive() || timer_.remainingTime() > 0) timer_.start(0);
 }
 
-void ViewWindow::setOnFrame(std::function<bool(Clock::time_point)> onFrame) {
-  onFrame_ = std::move(onFrame);
-  scheduleFrame();
-}
-
 void ViewWindow::drawFrame() {
   const auto now = Clock::now();
-  if (controller_) mount_.update(controller_->frame(now));
-  const bool goesOn = onFrame_ && onFrame_(now);
+  static const std::vector<Visual> nothing;
+  const std::vector<Visual>& visuals = controller_ ? controller_->frame(now) : nothing;
+  mount_.update(visuals);
+  const bool goesOn = frameDrawn(now, visuals);
   if (!timer_.isActive() && (goesOn || (controller_ && controller_->isMoving()))) timer_.start(frameInterval);
 }
 
@@ -94,6 +91,7 @@ void ViewWindow::resized() {
   stage_.setSize(size());
   if (!controller_) return;
   environment_.size = {static_cast<double>(width()), static_cast<double>(height())};
+  environment_.safeArea = safeArea();
   controller_->setEnvironment(environment_);
 }
 
@@ -104,11 +102,8 @@ bool ViewWindow::event(QEvent* event) {
     case QEvent::TouchBegin:
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
-      touch(static_cast<QTouchEvent&>(*event));
-      break;
     case QEvent::TouchCancel:
-      finger_.reset();
-      controller->touchCancelled();
+      touch(static_cast<QTouchEvent&>(*event));
       break;
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
@@ -121,7 +116,7 @@ bool ViewWindow::event(QEvent* event) {
       break;
     case QEvent::KeyPress: {
       const auto key = toKey(static_cast<QKeyEvent&>(*event));
-      if (!key || !controller->press(*key)) passOn(*event);
+      if ((!key || !controller->press(*key)) && !passOn(*event)) return false;
       break;
     }
     default:
@@ -132,10 +127,21 @@ bool ViewWindow::event(QEvent* event) {
 }
 
 void ViewWindow::touch(QTouchEvent& event) {
+  const bool isCancel = event.type() == QEvent::TouchCancel;
   if (event.type() == QEvent::TouchBegin) {
+    finger_.reset();
     isPassingOn_ = !controller_->covers(toPoint(event.points().front().scenePosition()));
   }
-  if (isPassingOn_) return passOn(event);
+  if (isPassingOn_) {
+    isPassingOn_ = !isCancel && event.type() != QEvent::TouchEnd;
+    passOn(event);
+    return;
+  }
+  if (isCancel) {
+    finger_.reset();
+    controller_->touchCancelled();
+    return;
+  }
   for (const QEventPoint& point : event.points()) {
     const Point position = toPoint(point.scenePosition());
     if (point.state() == QEventPoint::Pressed && !finger_) {
@@ -154,9 +160,16 @@ void ViewWindow::mouse(QMouseEvent& event) {
   const Point position = toPoint(event.position());
   const bool isPress =
       event.type() == QEvent::MouseButtonPress || event.type() == QEvent::MouseButtonDblClick;
-  if (isPress) isPassingOn_ = !controller_->covers(position);
-  if (isPassingOn_) return passOn(event);
-  if (event.type() == QEvent::MouseMove) {
+  const bool isMove = event.type() == QEvent::MouseMove;
+  const bool isFirstPress = isPress && event.buttons() == event.button();
+  const bool isHover = isMove && event.buttons() == Qt::NoButton;
+  if (isFirstPress || isHover) isPassingOn_ = !controller_->covers(position);
+  if (isPassingOn_) {
+    isPassingOn_ = event.buttons() != Qt::NoButton;
+    passOn(event);
+    return;
+  }
+  if (isMove) {
     if (event.buttons().testFlag(Qt::LeftButton)) controller_->touchMoved(position, Clock::now());
   } else if (event.button() == Qt::LeftButton) {
     if (isPress) controller_->touchBegan(position, Clock::now());
@@ -166,7 +179,10 @@ void ViewWindow::mouse(QMouseEvent& event) {
 
 void ViewWindow::wheel(QWheelEvent& event) {
   const Point position = toPoint(event.position());
-  if (!controller_->covers(position)) return passOn(event);
+  if (!controller_->covers(position)) {
+    passOn(event);
+    return;
+  }
   const double notches = event.angleDelta().y() / 120.0;
   const double distance = event.pixelDelta().isNull() ? -notches * wheelStep : -event.pixelDelta().y();
   controller_->scroll(position, distance);

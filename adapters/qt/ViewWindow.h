@@ -4,9 +4,9 @@
 
 #include <QQuickWindow>
 #include <QTimer>
-#include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "TalvoConsentSDK/ui/view/HostingController.h"
 
@@ -32,18 +32,20 @@ class ViewWindow : public QQuickWindow {
   /// Draws a frame as soon as possible.
   void scheduleFrame();
 
-  /// Called with the time of every frame before it is drawn; frames go on as long as one of them returns
-  /// true.
-  void setOnFrame(std::function<bool(HostingController::Clock::time_point)> onFrame);
-
   /// Whether a frame is due.
   bool isBusy() const { return timer_.isActive(); }
 
  protected:
   bool event(QEvent* event) override;
 
-  /// Receives input that the view has no use for.
-  virtual void passOn(QEvent&) {}
+  /// Receives input that the view has no use for; false when nobody else has either.
+  virtual bool passOn(QEvent&) { return true; }
+
+  /// What the system's furniture covers of the window now; asked whenever the window's size changes.
+  virtual Insets safeArea() const { return environment_.safeArea; }
+
+  /// Called after every frame with what it shows; frames go on as long as it returns true.
+  virtual bool frameDrawn(HostingController::Clock::time_point, const std::vector<Visual>&) { return false; }
 
  private:
   void drawFrame();
@@ -57,7 +59,6 @@ class ViewWindow : public QQuickWindow {
   QTimer timer_;
   std::shared_ptr<HostingController> controller_;
   ViewEnvironment environment_;
-  std::function<bool(HostingController::Clock::time_point)> onFrame_;
   std::optional<int> finger_;  // the one touch point that counts
   bool isPassingOn_ = false;   // from a press that is not the view's to its release
 };

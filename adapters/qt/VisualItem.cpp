@@ -212,6 +212,14 @@ void VisualItem::show(const Visual& visual, const QPointF& origin, double depth)
   visual_ = visual;
 }
 
+void VisualItem::itemChange(ItemChange change, const ItemChangeData& data) {
+  if (change == ItemDevicePixelRatioHasChanged) {
+    contentChanged_ = true;
+    update();
+  }
+  QQuickItem::itemChange(change, data);
+}
+
 QSGNode* VisualItem::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
   if (!contentChanged_ && old) return old;
   contentChanged_ = false;

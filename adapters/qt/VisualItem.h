@@ -19,6 +19,7 @@ class VisualItem : public QQuickItem {
   void show(const Visual& visual, const QPointF& origin, double depth);
 
  protected:
+  void itemChange(ItemChange change, const ItemChangeData& data) override;
   QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
 
  private:

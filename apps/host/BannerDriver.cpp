@@ -96,40 +96,49 @@ QPointingDevice& touchScreen() {
 BannerDriver::BannerDriver(ViewWindow& host, std::function<bool(const std::function<bool()>&)> wait)
     : host_(host), wait_(std::move(wait)) {}
 
-ViewWindow* BannerDriver::banner() const {
-  ViewWindow* newest = nullptr;
+// Newest first, as Qt lists them.
+std::vector<ViewWindow*> BannerDriver::banners() const {
+  std::vector<ViewWindow*> shown;
   for (QWindow* window : QGuiApplication::allWindows()) {
-    if (OverlaySurface::isOverlay(*window) && window->isVisible()) newest = static_cast<ViewWindow*>(window);
+    if (OverlaySurface::isOverlay(*window) && window->isVisible())
+      shown.push_back(static_cast<ViewWindow*>(window));
   }
-  return newest;
+  return shown;
+}
+
+ViewWindow* BannerDriver::banner() const {
+  const auto shown = banners();
+  return shown.empty() ? nullptr : shown.front();
 }
 
 bool BannerDriver::isMoving() const {
-  const ViewWindow* shown = banner();
-  return host_.isBusy() || (shown && shown->isBusy());
+  return host_.isBusy() || std::ranges::any_of(banners(), &ViewWindow::isBusy);
 }
 
 JSONArray BannerDriver::view() {
   JSONArray array;
-  for (const auto& element : window().controller()->accessibleElements(true))
+  const ViewWindow* shown = banner();
+  if (!shown) return array;
+  for (const auto& element : shown->controller()->accessibleElements(true))
     array.push_back(describe(element));
   return array;
 }
 
-bool BannerDriver::tap(const std::string& text) {
+std::optional<std::string> BannerDriver::tap(const std::string& text) {
   const Target target = parse(text);
-  ViewWindow& shown = window();
+  ViewWindow* const newest = banner();
+  ViewWindow& shown = newest ? *newest : host_;
   HostingController& controller = *shown.controller();
   const AccessibleElement* far = find(controller.accessibleElements(true), target);
-  if (!far) return false;
+  if (!far) return std::nullopt;
   controller.reveal(*far);
   waitForFrames();
   const AccessibleElement* near = find(controller.accessibleElements(), target);
-  if (!near) return false;
+  if (!near) return std::nullopt;
   const Rect& frame = near->control->frame;
   touch(shown, (near->clip ? frame.intersection(*near->clip) : frame).center(), near->role == Role::toggle);
   waitForFrames();
-  return true;
+  return target.name;
 }
 
 bool BannerDriver::press(const std::string& key) {
@@ -138,14 +147,16 @@ bool BannerDriver::press(const std::string& key) {
   const Qt::KeyboardModifiers modifiers = *code == Qt::Key_Backtab ? Qt::ShiftModifier : Qt::NoModifier;
   for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
     QKeyEvent event(type, *code, modifiers);
-    QCoreApplication::sendEvent(&window(), &event);
+    if (ViewWindow* shown = banner()) QCoreApplication::sendEvent(shown, &event);
   }
   waitForFrames();
   return true;
 }
 
 std::optional<std::string> BannerDriver::focus() {
-  HostingController& controller = *window().controller();
+  const ViewWindow* shown = banner();
+  if (!shown) return std::nullopt;
+  HostingController& controller = *shown->controller();
   const auto focused = controller.focused();
   if (!focused) return std::nullopt;
   const auto& elements = controller.accessibleElements();
@@ -161,11 +172,6 @@ bool BannerDriver::screenshot(const std::string& file) {
     painter.drawImage(0, 0, shown->grabWindow());
   }
   return picture.save(toQString(file), "PNG");
-}
-
-ViewWindow& BannerDriver::window() const {
-  ViewWindow* shown = banner();
-  return shown ? *shown : host_;
 }
 
 void BannerDriver::touch(ViewWindow& window, Point point, bool isSwitch) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TalvoConsentSDK/models/JSONValue.h"
 #include "TalvoConsentSDK/ui/view/Accessible.h"
@@ -15,25 +16,26 @@ class ViewWindow;
 
 namespace TalvoConsentHost {
 
-/// Drives the banner where there is one, else the host's own window. GUI thread.
+/// Drives the newest banner. GUI thread.
 class BannerDriver {
  public:
   /// `wait` runs the event loop until what it is given is true, or gives up.
   BannerDriver(TalvoConsentSDK::ViewWindow& host, std::function<bool(const std::function<bool()>&)> wait);
 
-  /// The banner's window while it is visible.
+  /// The newest banner's window that is visible.
   TalvoConsentSDK::ViewWindow* banner() const;
 
   /// Whether anything is moving, fading or waiting to be drawn.
   bool isMoving() const;
 
-  /// Everything to read and use, in reading order.
+  /// Everything of the banner to read and use, in reading order.
   TalvoConsentSDK::JSONArray view();
 
-  /// Scrolls the first control called "[ROLE:]NAME" into view and taps its centre; false when there is none.
-  bool tap(const std::string& target);
+  /// Scrolls the first control called "[ROLE:]NAME" into view and taps its centre, without a banner one of
+  /// the host's own; answers the name, or nothing when there is none.
+  std::optional<std::string> tap(const std::string& target);
 
-  /// Presses a key by name; false when no key is called so.
+  /// Presses a key by name, for the banner if there is one; false when no key is called so.
   bool press(const std::string& key);
 
   /// The name of what the keys act on.
@@ -43,7 +45,7 @@ class BannerDriver {
   bool screenshot(const std::string& file);
 
  private:
-  TalvoConsentSDK::ViewWindow& window() const;
+  std::vector<TalvoConsentSDK::ViewWindow*> banners() const;
   void touch(TalvoConsentSDK::ViewWindow& window, TalvoConsentSDK::Point point, bool isSwitch);
   void waitForFrames();
 

@@ -17,7 +17,7 @@ bool waitUntil(const std::function<bool()>& condition) {
     if (condition()) loop.quit();
   });
   ticks.start(2ms);
-  QTimer::singleShot(30s, &loop, [&] { loop.exit(1); });
+  QTimer::singleShot(90s, &loop, [&] { loop.exit(1); });
   return loop.exec() == 0;
 }
 

@@ -16,10 +16,16 @@ using TalvoConsentSDK::LayoutDirection;
   std::exit(2);
 }
 
-double number(const QCommandLineParser& parser, const QString& option, double least, double most) {
+// Whether it is a number in a range, which NaN is in none of.
+bool parse(const QString& text, double least, double most, double& value) {
   bool isNumber = false;
-  const double value = parser.value(option).toDouble(&isNumber);
-  if (!isNumber || value < least || value > most) {
+  value = text.toDouble(&isNumber);
+  return isNumber && value >= least && value <= most;
+}
+
+double number(const QCommandLineParser& parser, const QString& option, double least, double most) {
+  double value = 0;
+  if (!parse(parser.value(option), least, most, value)) {
     fail(QStringLiteral("--%1 takes a number from %2 to %3").arg(option).arg(least).arg(most));
   }
   return value;
@@ -34,8 +40,11 @@ QSize size(const QString& text) {
 
 Insets insets(const QString& text) {
   const QStringList sides = text.split(QLatin1Char(','));
-  if (sides.size() != 4) fail(QStringLiteral("--safe-area takes TOP,LEFT,BOTTOM,RIGHT in points"));
-  return {sides[0].toDouble(), sides[1].toDouble(), sides[2].toDouble(), sides[3].toDouble()};
+  double side[4] = {};
+  bool isGood = sides.size() == 4;
+  for (int i = 0; isGood && i < 4; ++i) isGood = parse(sides[i], 0, 10'000, side[i]);
+  if (!isGood) fail(QStringLiteral("--safe-area takes TOP,LEFT,BOTTOM,RIGHT in points"));
+  return {side[0], side[1], side[2], side[3]};
 }
 
 LayoutDirection direction(const QString& text) {
@@ -70,7 +79,12 @@ HostOptions parseOptions(const QStringList& arguments) {
   parser.addHelpOption();
 
   if (!parser.parse(arguments)) fail(parser.errorText());
-  if (parser.isSet(QStringLiteral("help"))) parser.showHelp();
+  if (parser.isSet(QStringLiteral("help"))) {
+    // Qt knows the program's name only once there is an application.
+    std::printf("%s", qPrintable(parser.helpText().replace(QLatin1String("<executable_name>"),
+                                                           QLatin1String("talvo-host"))));
+    std::exit(0);
+  }
   if (!parser.positionalArguments().isEmpty()) fail(QStringLiteral("Unexpected argument"));
 
   const auto text = [&](const char* name) { return parser.value(QLatin1String(name)).toStdString(); };

@@ -5,6 +5,8 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
+#include "adapters/qt/QtText.h"
+
 namespace TalvoConsentHost {
 
 using namespace TalvoConsentSDK;
@@ -32,6 +34,10 @@ const char* name(HTTPClientError::Case kind) {
 void printObject(const JSONObject& object) {
   const auto line = JSONEncoder().encode(JSONValue(object));
   StandardOutput().print(line ? *line : R"({"error":{"type":"output"}})");
+}
+
+void ObjectPrinter::print(std::string_view line) {
+  printObject({{"printed", toQString(line).toStdString()}});  // which mends what is no text
 }
 
 std::string threadName() {

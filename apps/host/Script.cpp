@@ -1,9 +1,11 @@
 #include "apps/host/Script.h"
 
 #include <QCoreApplication>
-#include <QMetaObject>
+#include <QPointer>
+#include <atomic>
 #include <cstdint>
 #include <fstream>
+#include <future>
 #include <iostream>
 #include <optional>
 #include <sstream>
@@ -11,6 +13,9 @@
 #include <utility>
 
 #include "TalvoConsentSDK/models/JSONCoding.h"
+
+#include "adapters/qt/QtMainActor.h"
+#include "adapters/qt/ViewWindow.h"
 
 #include "apps/host/EventLoop.h"
 #include "apps/host/Output.h"
@@ -60,19 +65,27 @@ Script::Script(std::shared_ptr<CookiesSDK> sdk, std::string apiUrl, const Activi
     : sdk_(std::move(sdk)), apiUrl_(std::move(apiUrl)), activity_(activity), driver_(host, &waitUntil) {}
 
 void Script::start(const std::string& file) {
-  // Lines are read on a thread of their own, so that events go on while nothing comes.
-  std::thread([this, file] {
+  // Lines are read on a thread of their own, so that events go on while nothing comes. The thread may outlive
+  // everything of main's.
+  static QtMainActor& turns = *new QtMainActor;
+  std::thread([self = weak_from_this(), file] {
     std::ifstream opened;
     if (file != "-") opened.open(file);
     std::istream& input = file == "-" ? std::cin : opened;
     for (std::string line; std::getline(input, line);) {
-      QMetaObject::invokeMethod(qApp, [this, line] { run(line); }, Qt::BlockingQueuedConnection);
-      if (isOver_) return;
+      const auto goesOn = std::make_shared<std::promise<bool>>();
+      turns.post([self, line, goesOn] {
+        const auto script = self.lock();
+        if (script) script->run(line);
+        goesOn->set_value(script && !script->isOver_);
+      });
+      if (!goesOn->get_future().get()) return;
     }
     const bool isMissing = file != "-" && !opened.is_open();
-    QMetaObject::invokeMethod(qApp, [this, isMissing] {
-      if (isMissing) fail("The script cannot be read");
-      finish();
+    turns.post([self, isMissing] {
+      const auto script = self.lock();
+      if (script && isMissing) script->fail("The script cannot be read");
+      if (script) script->finish();
     });
   }).detach();
 }
@@ -99,7 +112,8 @@ const std::map<std::string, Script::Command>& Script::commands() {
   return table;
 }
 
-void Script::run(const std::string& line) {
+void Script::run(std::string line) {
+  if (line.ends_with('\r')) line.pop_back();
   const std::size_t end = line.find(' ');
   const std::string name = line.substr(0, end);
   if (name.empty() || name.starts_with('#')) return;
@@ -118,29 +132,32 @@ void Script::consent(const std::string&) {
 }
 
 void Script::submit(const std::string& record) {
-  submitRecord(record, [this](const BasicConsent& consent, std::function<void(JSONObject)> done) {
+  submitRecord(record, [this](const BasicConsent& consent, Answer done) {
     sdk_->submitConsent(
         consent, [done = std::move(done)](const Result<ConsentResponse>& result) { done(answer(result)); });
   });
 }
 
 void Script::submitAsync(const std::string& record) {
-  submitRecord(record, [this](const BasicConsent& consent, std::function<void(JSONObject)> done) {
+  submitRecord(record, [this](const BasicConsent& consent, Answer done) {
     awaitSubmission(sdk_->submitConsent(consent), std::move(done));
   });
 }
 
-void Script::submitRecord(
-    const std::string& record,
-    const std::function<void(const BasicConsent&, std::function<void(JSONObject)>)>& send) {
+void Script::submitRecord(const std::string& record,
+                          const std::function<void(const BasicConsent&, Answer)>& send) {
   const auto consent = JSONDecoder().decode<BasicConsent>(record);
   if (!consent) return fail(consent.error().what());
+  waitForAnswer([&](const Answer& done) { send(*consent, done); });
+}
+
+void Script::waitForAnswer(const std::function<void(const Answer&)>& send) {
   const auto isDone = std::make_shared<std::atomic<int>>(0);
-  send(*consent, [isDone](const JSONObject& reply) {
+  send([isDone](const JSONObject& reply) {
     printObject(reply);
     *isDone = reply.contains("error") ? 2 : 1;
   });
-  waitUntil([isDone] { return *isDone != 0; });
+  if (!waitUntil([isDone] { return *isDone != 0; })) return fail("No answer came");
   hasFailed_ = hasFailed_ || *isDone != 1;
 }
 
@@ -170,7 +187,7 @@ void Script::listen(const std::string&) {
 }
 
 void Script::banner(const std::string&) {
-  const ViewWindow* const before = driver_.banner();
+  const QPointer<ViewWindow> before = driver_.banner();
   const auto error = std::make_shared<std::optional<Error>>();
   Timing::bannerRequested();
   sdk_->showBanner(
@@ -179,7 +196,7 @@ void Script::banner(const std::string&) {
         *error = reason;
         printObject({{"callback", "onError"}, {"error", toJSON(reason)}, {"thread", threadName()}});
       });
-  waitUntil([this] { return isSettled(); });
+  if (!waitUntil([this] { return isSettled(); })) return fail("No banner came to rest");
   const ViewWindow* const shown = driver_.banner();
   if (*error) {
     hasFailed_ = true;
@@ -194,8 +211,9 @@ void Script::view(const std::string&) {
 }
 
 void Script::tap(const std::string& target) {
-  if (!driver_.tap(target)) return fail("No control is named: " + target);
-  printObject({{"tapped", target}});
+  const auto name = driver_.tap(target);
+  if (!name) return fail("No control is named: " + target);
+  printObject({{"tapped", *name}});
 }
 
 void Script::key(const std::string& name) {
@@ -234,14 +252,11 @@ void Script::topics(const std::string& arguments) {
   }
   const auto client =
       TalvoConsent::getInstance("", point, token == "-" ? std::nullopt : std::optional(token), apiUrl_);
-  const auto isDone = std::make_shared<std::atomic<int>>(0);
-  client->submitConsent(email, choices, [isDone](const Result<JSONObject>& reply) {
-    printObject(reply ? JSONObject{{"reply", *reply}, {"thread", threadName()}}
-                      : JSONObject{{"error", toJSON(reply.error())}, {"thread", threadName()}});
-    *isDone = reply ? 1 : 2;
+  waitForAnswer([&](const Answer& done) {
+    client->submitConsent(email, choices, [done](const Result<JSONObject>& reply) {
+      done(reply ? JSONObject{{"reply", *reply}} : JSONObject{{"error", toJSON(reply.error())}});
+    });
   });
-  waitUntil([isDone] { return *isDone != 0; });
-  hasFailed_ = hasFailed_ || *isDone != 1;
 }
 
 void Script::timing(const std::string&) {

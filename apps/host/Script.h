@@ -17,7 +17,7 @@ namespace TalvoConsentHost {
 
 /// Runs commands one after another on the GUI thread; a command ends when its answer is printed. Events and
 /// host callbacks print whenever they come.
-class Script {
+class Script : public std::enable_shared_from_this<Script> {
  public:
   Script(std::shared_ptr<TalvoConsentSDK::CookiesSDK> sdk, std::string apiUrl, const Activity& activity,
          TalvoConsentSDK::ViewWindow& host);
@@ -27,9 +27,10 @@ class Script {
   void start(const std::string& file);
 
  private:
+  using Answer = std::function<void(TalvoConsentSDK::JSONObject)>;
   using Command = void (Script::*)(const std::string& arguments);
 
-  void run(const std::string& line);
+  void run(std::string line);
   void finish();
 
   void consent(const std::string&);
@@ -51,8 +52,8 @@ class Script {
 
   void fail(const std::string& description);
   void submitRecord(const std::string& record,
-                    const std::function<void(const TalvoConsentSDK::BasicConsent&,
-                                             std::function<void(TalvoConsentSDK::JSONObject)>)>& send);
+                    const std::function<void(const TalvoConsentSDK::BasicConsent&, Answer)>& send);
+  void waitForAnswer(const std::function<void(const Answer&)>& send);
   bool isSettled() const;
 
   static const std::map<std::string, Command>& commands();

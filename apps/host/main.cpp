@@ -44,20 +44,22 @@ std::filesystem::path storeFile(const HostOptions& options) {
 class HostModel {
  public:
   HostModel(std::shared_ptr<CookiesSDK> sdk, std::shared_ptr<Executor> mainActor, std::string apiUrl)
-      : sdk_(std::move(sdk)), mainActor_(std::move(mainActor)), apiUrl_(std::move(apiUrl)) {
+      : sdk_(sdk),
+        apiUrl_(std::move(apiUrl)),
+        log_{std::move(sdk), std::move(mainActor), State(HostContent())} {
     for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
       sdk_->addEventListener(
           event, std::make_shared<ConsentEventClosureCallback>(noting("Event " + std::string(raw)), [] {}));
     }
-    refresh();
+    log_.refresh();
   }
 
-  const State<HostContent>& content() const { return content_; }
+  const State<HostContent>& content() const { return log_.content; }
 
   std::vector<HostOperation> operations() {
     const auto submit = [this](const BasicConsent& consent) {
-      sdk_->submitConsent(consent, [this](const Result<ConsentResponse>& result) {
-        noting(result ? "Submitted as " + result->id : std::string("Failed: ") + result.error().what())();
+      sdk_->submitConsent(consent, [log = log_](const Result<ConsentResponse>& result) {
+        log.note(result ? "Submitted as " + result->id : std::string("Failed: ") + result.error().what());
       });
     };
     return {
@@ -67,12 +69,12 @@ class HostModel {
         {"Identify demo-user",
          [this] {
            sdk_->identify("demo-user");
-           refresh();
+           log_.refresh();
          }},
         {"Remove identity",
          [this] {
            sdk_->removeIdentity();
-           refresh();
+           log_.refresh();
          }},
         {"English", [this] { sdk_->setLanguage("en"); }},
         {"Deutsch", [this] { sdk_->setLanguage("de"); }},
@@ -83,41 +85,49 @@ class HostModel {
   }
 
  private:
-  // A note for the log, from any thread.
-  std::function<void()> noting(std::string line) {
-    return [this, line = std::move(line)] {
-      mainActor_->post([this, line] {
-        content_.update([&](HostContent& content) { content.log.insert(content.log.begin(), line); });
-        refresh();
-      });
-    };
-  }
+  // The SDK's own threads may call back when the model is gone: what they are given shares its parts.
+  struct Log {
+    std::shared_ptr<CookiesSDK> sdk;
+    std::shared_ptr<Executor> mainActor;
+    State<HostContent> content;
 
-  void refresh() {
-    const auto consent = sdk_->getConsent();
-    const auto json = consent ? JSONEncoder().encode(*consent) : std::string("Nothing yet");
-    content_.update([&](HostContent& content) { content.stored = json ? *json : "Unreadable"; });
+    // From any thread.
+    void note(const std::string& line) const {
+      mainActor->post([log = *this, line] {
+        log.content.update([&](HostContent& content) { content.log.insert(content.log.begin(), line); });
+        log.refresh();
+      });
+    }
+
+    void refresh() const {
+      const auto consent = sdk->getConsent();
+      const auto json = consent ? JSONEncoder().encode(*consent) : std::string("Nothing yet");
+      content.update([&](HostContent& shown) { shown.stored = json ? *json : "Unreadable"; });
+    }
+  };
+
+  std::function<void()> noting(std::string line) const {
+    return [log = log_, line = std::move(line)] { log.note(line); };
   }
 
   void showBanner() {
     sdk_->showBanner(noting("Host callback onAcceptAll"), noting("Host callback onRejectAll"),
-                     noting("Host callback onManagePreferences"), [this](const Error& error) {
-                       noting(std::string("Host callback onError: ") + error.what())();
+                     noting("Host callback onManagePreferences"), [log = log_](const Error& error) {
+                       log.note(std::string("Host callback onError: ") + error.what());
                      });
   }
 
   void submitTopics() {
     TalvoConsent::getInstance("", "demo-point", std::nullopt, apiUrl_)
         ->submitConsent(
-            "person@mail.example", {{1, true}, {2, false}}, [this](const Result<JSONObject>& reply) {
-              noting(reply ? "Topics submitted" : std::string("Topics failed: ") + reply.error().what())();
+            "person@mail.example", {{1, true}, {2, false}}, [log = log_](const Result<JSONObject>& reply) {
+              log.note(reply ? "Topics submitted" : std::string("Topics failed: ") + reply.error().what());
             });
   }
 
   const std::shared_ptr<CookiesSDK> sdk_;
-  const std::shared_ptr<Executor> mainActor_;
   const std::string apiUrl_;
-  State<HostContent> content_{HostContent()};
+  const Log log_;
 };
 
 }  // namespace
@@ -136,6 +146,7 @@ int main(int argc, char* argv[]) {
   Activity activity;
   activity.watch(platform);
   addQtWindows(platform, qt);
+  if (options.script) platform.printer = std::make_shared<ObjectPrinter>();
   Platform::install(platform);
   Timing::watchBanners();
 
@@ -155,7 +166,7 @@ int main(int argc, char* argv[]) {
       environment);
   if (!options.isHidden) window.show();
 
-  Script script(sdk, options.apiUrl, activity, window);
-  if (options.script) script.start(*options.script);
+  const auto script = std::make_shared<Script>(sdk, options.apiUrl, activity, window);
+  if (options.script) script->start(*options.script);
   return QGuiApplication::exec();
 }

@@ -36,7 +36,7 @@ Texts split(const std::string& text, char separator) {
 // A line without what differs from run to run. Of a view the switches and how they stand. Empty for what only
 // says that a command is done.
 std::string inShort(const std::string& line) {
-  static const regex done(R"re(\{"(settled|tapped|done)":.*)re");
+  static const regex done(R"re(\{"(settled|done|tapped)":[^:]*)re");
   static const regex toggle(
       R"re("enabled":(\w+),"name":"([^"]*)","rect":\[[^\]]*\],"role":"switch","value":"(\w+)")re");
   static const regex time(R"re(,"time":"[^"]*")re");
@@ -199,17 +199,26 @@ TEST_P(Failures, AreToldAndLoseNothing) {
   const auto background = EndsWith(end + R"(,"thread":"background"})");
   EXPECT_THAT(
       run(bad, hostOptions,
-          "settle\nlisten\nsubmit {}\nsubmit-async {}\nbanner\nidentify ann\nsettle\nlanguage de\nsettle\n"
+          "settle\r\nlisten\nsubmit {}\nsubmit-async {}\nbanner\nidentify ann\nsettle\nlanguage de\nsettle\n"
           "topics p a@b.example -\n"),
-      ElementsAre(StartsWith("Failed to fetch configuration on init: " + description),
+      ElementsAre(StartsWith(R"({"printed":"Failed to fetch configuration on init: )" + description),
                   AllOf(error, background), AllOf(error, background),
                   StartsWith(R"({"callback":"onError","error":{"description":")" + description),
                   AllOf(error, EndsWith(end + "}")),
-                  StartsWith("Error fetching identified consent: " + description),
+                  StartsWith(R"({"printed":"Error fetching identified consent: )" + description),
                   R"({"event":"IdentificationComplete","thread":"main"})",
-                  StartsWith("Failed to pre-fetch data with new language: " + description),
-                  topics.empty() ? error : StartsWith(topics), "exit 1"));
+                  StartsWith(R"({"printed":"Failed to pre-fetch data with new language: )" + description),
+                  AllOf(topics.empty() ? error : StartsWith(topics), Not(HasSubstr("thread"))), "exit 1"));
   EXPECT_THAT(run(good, {}, "settle\nconsent\n"), ElementsAre(R"({"consent":{"marketing":["A"]}})"));
+}
+
+class Options : public EndToEnd<Texts> {};
+INSTANTIATE_TEST_SUITE_P(All, Options,
+                         ValuesIn({Texts{"--text-scale", "nan"}, Texts{"--safe-area", "-1,0,0,0"},
+                                   Texts{"--safe-area", "1,2,3,x"}}));
+
+TEST_P(Options, OutOfRangeAreRefused) {
+  EXPECT_THAT(run(ConsentServiceProcess(), GetParam(), ""), ElementsAre("exit 2"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "TalvoConsentSDK/ui/view/Views.h"
 
+#include "adapters/qt/OverlayWindow.h"
 #include "adapters/qt/QtApplication.h"
 
 #include "tests/qt/QtTesting.h"
@@ -16,7 +17,6 @@ using namespace std::chrono_literals;
 using Clock = HostingController::Clock;
 
 const QPoint outside(10, 12);
-const Insets safeArea{1, 2, 3, 2};
 
 // A host's window that writes down the touches, clicks, wheels and keys it is given.
 class Host : public QQuickWindow {
@@ -26,7 +26,7 @@ class Host : public QQuickWindow {
  protected:
   bool event(QEvent* event) override {
     std::string name = QMetaEnum::fromType<QEvent::Type>().valueToKey(event->type());
-    if (event->isPointerEvent()) {
+    if (event->isPointerEvent() && event->type() != QEvent::TouchCancel) {
       const QPointF at = static_cast<QPointerEvent*>(event)->points().front().position();
       name += ' ' + std::to_string(std::lround(at.x())) + ' ' + std::to_string(std::lround(at.y()));
     }
@@ -39,10 +39,8 @@ class Host : public QQuickWindow {
 class OverlayWindowTest : public ::testing::Test {
  protected:
   OverlayWindowTest() {
-    host->setGeometry(0, 0, 300, 400);
-    host->setColor(Qt::red);
-    host->show();
-    options.safeArea = [](const QWindow&) { return safeArea; };
+    options.safeArea = [](const QWindow& window) { return Insets{window.width() / 100.0, 2, 3, 2}; };
+    openHost();
   }
 
   ~OverlayWindowTest() override { close(); }
@@ -64,9 +62,18 @@ class OverlayWindowTest : public ::testing::Test {
     return hasBackdrop ? depthStack({}, {backdrop, card}) : card;
   }
 
-  void show(bool hasBackdrop) {
+  void openHost() {
+    host = std::make_unique<Host>();
+    host->setGeometry(0, 0, 300, 400);
+    host->setColor(Qt::red);
+    host->show();
+  }
+
+  void show(bool hasBackdrop, std::optional<OverlayKind> kind = {}) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(host.get()));
     controller = std::make_shared<HostingController>(banner(hasBackdrop));
     window = QtApplication(options, nullptr).connectedScenes().at(0)->makeWindow();
+    if (kind) window = std::make_shared<OverlayWindow>(host.get(), options, nullptr, *kind);
     window->setRootViewController(controller);
     window->makeKeyAndVisible();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&surface()));
@@ -99,7 +106,7 @@ class OverlayWindowTest : public ::testing::Test {
 
   int presses = 0;
   int rowPresses = 0;
-  std::unique_ptr<Host> host = std::make_unique<Host>();
+  std::unique_ptr<Host> host;
   QtOptions options;
   std::shared_ptr<HostingController> controller;
   std::shared_ptr<Window> window;
@@ -107,14 +114,45 @@ class OverlayWindowTest : public ::testing::Test {
 };
 
 TEST_F(OverlayWindowTest, LiesOnItsHostAndFollowsIt) {
-  show(true);
-  for (const QRect& geometry : {QRect(40, 60, 300, 400), QRect(100, 10, 400, 300)}) {
-    host->setGeometry(geometry);
-    EXPECT_TRUE(spinUntil([&] { return surface().geometry() == geometry; }));
-    EXPECT_EQ(frame("Press").center().x, geometry.width() / 2.0);
+  for (const bool hasBackdrop : {false, true}) {
+    show(hasBackdrop);
+    for (const QRect& geometry : {QRect(40, 60, 300, 400), QRect(100, 10, 400, 300)}) {
+      host->setGeometry(geometry);
+      EXPECT_TRUE(spinUntil([&] { return surface().geometry() == geometry; }));
+      EXPECT_EQ(frame("Press").center().x, geometry.width() / 2.0);
+      EXPECT_EQ(controller->environment().safeArea.top, geometry.width() / 100.0);
+      const auto shows = [&](const QPoint& at) { return hasBackdrop || surface().mask().contains(at); };
+      EXPECT_TRUE(spinUntil([&] { return shows(middle("Press")) && shows(outside) == hasBackdrop; }));
+      EXPECT_TRUE(surface().mask().isEmpty() || !hasBackdrop);
+    }
+    EXPECT_EQ(surface().transientParent(), host.get());
   }
-  EXPECT_EQ(controller->environment().safeArea, safeArea);
-  EXPECT_EQ(surface().transientParent(), host.get());
+  host->resize(300, 400);
+  QTimer::singleShot(10, host.get(), [&] { host->setColor(Qt::green); });  // a host that draws itself late
+  EXPECT_TRUE(spinUntil([&] { return colorAt(surface(), outside).green() > 100; }));
+}
+
+TEST_F(OverlayWindowTest, ComesAndGoesWithItsHost) {
+  for (const auto kind : {OverlayKind::opaque, OverlayKind::child}) {
+    show(false, kind);
+    const auto isVisible = [&] { return surface().isVisible(); };
+    host->close();
+    EXPECT_FALSE(isVisible());
+    host->show();
+    EXPECT_TRUE(spinUntil(isVisible));
+    host->hide();
+    window->setHidden(false);
+    EXPECT_FALSE(isVisible());
+    window->setHidden(true);
+    host->show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(host.get()));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(isVisible());
+    window->setHidden(false);
+    surface().close();
+    EXPECT_TRUE(spinUntil(isVisible)) << "no person's answer";
+    close();
+  }
 }
 
 TEST_F(OverlayWindowTest, FadesByTheClock) {
@@ -161,15 +199,20 @@ TEST_F(OverlayWindowTest, HidesAndGoesAway) {
   EXPECT_EQ(host->inputs.size(), 2U) << "the host is in use again";
 }
 
-TEST_F(OverlayWindowTest, OutlivesItsHost) {
-  show(true);
-  bool isDone = false;
-  window->animateAlpha(0, 50ms, [&] { isDone = true; });
-  host.reset();
-  EXPECT_TRUE(spinUntil([&] { return isDone; }));
-  click(surface(), middle("Press"));
-  EXPECT_EQ(presses, 1);
-  window->setHidden(true);
+TEST_F(OverlayWindowTest, OutlivesItsHostUnseen) {
+  for (const auto kind : {OverlayKind::opaque, OverlayKind::translucent, OverlayKind::child}) {
+    show(true, kind);
+    int ends = 0;
+    window->animateAlpha(0, 50ms, [&] { ++ends; });
+    host.reset();
+    EXPECT_TRUE(spinUntil([&] { return ends == 1; }));
+    window->animateAlpha(1, 0ms, [&] { ++ends; });
+    EXPECT_EQ(ends, 2);
+    window->makeKeyAndVisible();
+    EXPECT_TRUE(overlays().empty() || !surface().isVisible());
+    close();
+    openHost();
+  }
 }
 
 TEST_F(OverlayWindowTest, ASecondOneLiesOnTheFirstAndStaysWhenItGoes) {
@@ -181,9 +224,17 @@ TEST_F(OverlayWindowTest, ASecondOneLiesOnTheFirstAndStaysWhenItGoes) {
   EXPECT_EQ(presses, 1);
   first->setHidden(true);
   EXPECT_TRUE(surface().isVisible());
+  Host other;
+  other.show();
+  surface().requestActivate();
+  EXPECT_TRUE(spinUntil([&] { return surface().isActive(); }));
+  show(true);
+  EXPECT_EQ(surface().transientParent(), host.get()) << "the host of the banner in use, not the newest";
+  close();
+  other.close();
   host->hide();
   const auto scenes = QtApplication(options, nullptr).connectedScenes();
-  ASSERT_EQ(scenes.size(), 1U) << "banners are no scenes";
+  ASSERT_EQ(scenes.size(), 2U) << "banners are no scenes";
   EXPECT_EQ(scenes[0]->activationState(), ActivationState::background);
 }
 
@@ -202,14 +253,28 @@ TEST_F(OverlayWindowTest, PassesOnWhatIsNotItsOwnUnlessThereIsABackdrop) {
     touch().press(0, outside);
     touch().move(0, inside);
     touch().release(0, inside);
+    touch().press(0, outside);
+    QTouchEvent cancel(QEvent::TouchCancel, finger.get());
+    QCoreApplication::sendEvent(&surface(), &cancel);
+    EXPECT_TRUE(hasBackdrop || spinUntil([&] { return QGuiApplication::focusWindow() == host.get(); }));
     if (hasBackdrop) click(*host, outside);
     if (hasBackdrop) EXPECT_THAT(host->inputs, IsEmpty());
     close();
   }
-  EXPECT_THAT(host->inputs,
-              ElementsAre("MouseButtonPress 10 12", "MouseButtonRelease 10 12", "Wheel 10 12", "KeyPress",
-                          "TouchBegin 10 12", StartsWith("TouchUpdate"), StartsWith("TouchEnd")));
+  EXPECT_THAT(host->inputs, ElementsAre("MouseButtonPress 10 12", "MouseButtonRelease 10 12", "Wheel 10 12",
+                                        "KeyPress", "TouchBegin 10 12", StartsWith("TouchUpdate"),
+                                        StartsWith("TouchEnd"), "TouchBegin 10 12", "TouchCancel"));
   EXPECT_EQ(presses, 4);
+}
+
+TEST_F(OverlayWindowTest, AChildLeavesItsHostTheKeysItHasNoUseFor) {
+  for (const bool hasBackdrop : {true, false}) {
+    show(hasBackdrop, OverlayKind::child);
+    for (const auto key : {Qt::Key_Tab, Qt::Key_Space, Qt::Key_A}) QTest::keyPress(host.get(), key);
+    close();
+  }
+  EXPECT_EQ(presses, 2);
+  EXPECT_EQ(std::ranges::count(host->inputs, "KeyPress"), 1) << "a letter, without a backdrop";
 }
 
 TEST_F(OverlayWindowTest, OneFingerTapsAndDrags) {

@@ -54,6 +54,21 @@ TEST_F(VisualMountTest, PaintsAnewOnlyWhatHasChanged) {
   }
 }
 
+TEST_F(VisualMountTest, PaintsAnewForOtherPixels) {
+  struct Item : VisualItem {
+    using VisualItem::itemChange;
+    using VisualItem::VisualItem;
+  };
+  Probe probe;
+  Item item(TextSettings{});
+  item.setParentItem(window.contentItem());
+  item.show(probe.at(1, {0, 0, 10, 10}), {}, 1);
+  EXPECT_EQ(at(5, 5), QColor(Qt::red));
+  probe.pixel = qRgb(0, 0, 255);
+  item.itemChange(QQuickItem::ItemDevicePixelRatioHasChanged, 3.0);
+  EXPECT_EQ(at(5, 5), QColor(Qt::blue));
+}
+
 TEST_F(VisualMountTest, KeepsTheOrderAndTheClips) {
   const Rect clip{10, 10, 20, 20};
   const visual::Box green{{0, 1, 0, 1}};
