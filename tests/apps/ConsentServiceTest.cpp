@@ -14,6 +14,7 @@
 #include "TalvoConsentSDK/models/FullConsent.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/models/Services.h"
 
 #include "tests/apps/ConsentServiceProcess.h"
 
@@ -72,6 +73,13 @@ TEST(ConsentService, ServesDocumentsInTheLanguageAsked) {
     EXPECT_EQ(reply->get_header_value("Content-Type"), "application/json; charset=utf-8");
     EXPECT_THAT(reply->body, HasSubstr(each.part)) << each.path;
   }
+
+  const auto large = JSONDecoder().decode<Services>(client->Get("/public/cookies/large")->body);
+  std::size_t vendors = 0;
+  for (const char* category : {"necessary", "preferences", "statistics", "marketing"}) {
+    vendors += large.value().groupedByVendor(category).size();
+  }
+  EXPECT_EQ(vendors, 1000U);
 
   const auto banner = client->Get("/public/banner-customization/demo?lng=en");
   EXPECT_THAT(banner->body, HasSubstr('"' + service.url() + "/sites/demo/logo.png\""));
