@@ -1,5 +1,6 @@
 #include "TalvoConsentSDK/platform/Color.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace TalvoConsentSDK {
@@ -69,6 +70,12 @@ Color colorFromText(std::string_view text) {
     default:
       return Color::black();
   }
+}
+
+bool isColorText(std::string_view text) {
+  const std::string_view digits = trimmed(text);
+  return (digits.size() == 3 || digits.size() == 6 || digits.size() == 8) &&
+         std::ranges::all_of(digits, [](char c) { return hexDigit(c) >= 0; });
 }
 
 }  // namespace TalvoConsentSDK

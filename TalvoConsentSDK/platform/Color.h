@@ -26,4 +26,7 @@ struct Color {
 /// counts.
 Color colorFromText(std::string_view text);
 
+/// Whether `text` is such a text to its last digit; the rule above makes something of others too.
+bool isColorText(std::string_view text);
+
 }  // namespace TalvoConsentSDK

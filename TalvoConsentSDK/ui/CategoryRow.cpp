@@ -36,7 +36,10 @@ AnyView CategoryRow::view() const {
 }
 
 AnyView CategoryRow::body(const State<bool>& isExpanded) const {
-  std::vector<AnyView> parts{horizontalStack({.spacing = switchGap}, {header(isExpanded), switchView()})
+  std::vector<AnyView> parts{horizontalStack({.spacing = switchGap,
+                                              .overflow = Overflow::stackAtBrokenWord,
+                                              .stacked = HorizontalAlignment::trailing},
+                                             {header(isExpanded), switchView()})
                                  .padding(Insets::vertical(12))};
   if (hasVendors() && isExpanded.get()) parts.push_back(vendors().padding({.bottom = 8}).key("vendors"));
   return verticalStack({.alignment = HorizontalAlignment::leading}, parts);

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/ui/view/AnyView.h"
@@ -31,6 +32,10 @@ class ComponentRendererFactory {
                  const BannerCustomization::Customization& customization,
                  const BannerCustomization::BannerMessages& messages, const ActionHandler& onButtonAction,
                  const ActionHandler& onLinkAction) const;
+
+  /// Whether a component of that identifier exists; with a list, whether `item` holds it as well.
+  static bool isKnown(std::string_view id);
+  static bool isComplete(const BannerCustomization::ComponentItem& item);
 };
 
 /// A component together with the screen it stands on, ready to be drawn through the factory.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Printer.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 #include "TalvoConsentSDK/ui/Labels.h"
 #include "TalvoConsentSDK/ui/MainScreenView.h"
@@ -136,7 +137,7 @@ AnyView ConsentBannerView::body() const {
 }
 
 void ConsentBannerView::handleMainAction(const std::string& action) const {
-  if (action == "closeButton") return callbacks_.onClose();
+  if (action == closeAction) return callbacks_.onClose();
   if (action == "managePreferences" || action == "preferences") {
     return currentScreen_.set(PreferencesScreen());
   }
@@ -144,8 +145,8 @@ void ConsentBannerView::handleMainAction(const std::string& action) const {
 }
 
 void ConsentBannerView::handlePreferencesAction(const std::string& action) const {
-  if (action == "closeButton") return callbacks_.onClose();
-  if (action == "savePreferences") {
+  if (action == closeAction) return callbacks_.onClose();
+  if (action == saveAction) {
     const auto& initial = inputs_->initialConsent;
     return callbacks_.onSavePreferences(
         BasicConsent(consentValue(ConsentCategory::preferences), consentValue(ConsentCategory::statistics),
@@ -155,16 +156,9 @@ void ConsentBannerView::handlePreferencesAction(const std::string& action) const
   performCommonAction(action);
 }
 
-// One table for all screens; on the main screen its last two rows are never reached.
 void ConsentBannerView::performCommonAction(const std::string& action) const {
-  const std::pair<const char*, const std::function<void()>&> table[] = {
-      {"acceptAll", callbacks_.onAcceptAll},
-      {"rejectAll", callbacks_.onRejectAll},
-      {"managePreferences", callbacks_.onManagePreferences},
-      {"preferences", callbacks_.onManagePreferences},
-  };
-  for (const auto& [id, callback] : table) {
-    if (action == id) return callback();
+  for (const auto& [id, callback] : commonActions) {
+    if (action == id) return (callbacks_.*callback)();
   }
   print("⚠️ Unknown button action: " + action);
 }

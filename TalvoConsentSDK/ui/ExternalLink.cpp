@@ -18,9 +18,13 @@ bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
 
 }  // namespace
 
+std::optional<URL> externalURL(const std::string& text) {
+  const bool hasScheme = startsWith(text, "http://") || startsWith(text, "https://");
+  return URL::parse(hasScheme ? text : "https://" + text);
+}
+
 void openExternally(const std::string& link, const std::string& url) {
-  const bool hasScheme = startsWith(url, "http://") || startsWith(url, "https://");
-  const auto parsed = URL::parse(hasScheme ? url : "https://" + url);
+  const auto parsed = externalURL(url);
   if (!parsed) return print("⚠️ Invalid URL for link " + link + ": " + url);
   const Platform platform = Platform::current();
   platform.mainActor->post([application = platform.application, parsed] { application->open(*parsed); });

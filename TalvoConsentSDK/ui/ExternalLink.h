@@ -2,12 +2,18 @@
 
 // Opening a customization's URLs outside the host.
 
+#include <optional>
 #include <string>
+
+#include "TalvoConsentSDK/platform/URL.h"
 
 namespace TalvoConsentSDK {
 
-/// Opens `url`, with "https://" in front of it when it names neither http nor https, in a task on the main
-/// actor. Of one that is no URL a line is printed, naming `link` and the text as it stands.
+/// What `text` opens: itself as a URL, with "https://" in front of it when it names neither http nor https.
+std::optional<URL> externalURL(const std::string& text);
+
+/// Opens the external URL of `url` in a task on the main actor. Of one that is no URL a line is printed,
+/// naming `link` and the text as it stands.
 void openExternally(const std::string& link, const std::string& url);
 
 }  // namespace TalvoConsentSDK

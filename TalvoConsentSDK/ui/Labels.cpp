@@ -1,8 +1,29 @@
 #include "TalvoConsentSDK/ui/Labels.h"
 
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
 namespace TalvoConsentSDK {
 
 namespace {
+
+using Messages = BannerCustomization::BannerMessages;
+
+struct LinkLabel {
+  std::string_view id;
+  std::optional<std::string> Messages::* message;
+  const char* standard;
+};
+
+constexpr LinkLabel linkLabels[] = {
+    {"privacyPolicy", &Messages::privacyPolicyURLText, "Privacy Policy"},
+    {"cookiePolicy", &Messages::cookiePolicyURLText, "Cookie Policy"},
+    {"termsAndConditions", &Messages::TACURLText, "Terms & Conditions"},
+    {"doNotSell", &Messages::doNotSellURLText, "Don't Sell My Data"},
+    {"doNotSellMyData", &Messages::doNotSellURLText, "Don't Sell My Data"},
+    {"dsr", &Messages::dsrURLText, "Data Subject Rights"},
+};
 
 // The first letter of each word in upper case, the others in lower case. ASCII letters only.
 std::string capitalized(std::string text) {
@@ -28,14 +49,13 @@ std::string buttonLabel(const std::string& id, const BannerCustomization::Banner
 }
 
 std::string linkLabel(const std::string& id, const BannerCustomization::BannerMessages& messages) {
-  if (id == "privacyPolicy") return messages.privacyPolicyURLText.value_or("Privacy Policy");
-  if (id == "cookiePolicy") return messages.cookiePolicyURLText.value_or("Cookie Policy");
-  if (id == "termsAndConditions") return messages.TACURLText.value_or("Terms & Conditions");
-  if (id == "doNotSell" || id == "doNotSellMyData") {
-    return messages.doNotSellURLText.value_or("Don't Sell My Data");
-  }
-  if (id == "dsr") return messages.dsrURLText.value_or("Data Subject Rights");
-  return capitalized(id);
+  const auto* link = std::ranges::find(linkLabels, id, &LinkLabel::id);
+  if (link == std::end(linkLabels)) return capitalized(id);
+  return (messages.*link->message).value_or(link->standard);
+}
+
+bool isKnownLink(std::string_view id) {
+  return std::ranges::find(linkLabels, id, &LinkLabel::id) != std::end(linkLabels);
 }
 
 std::string linkURLKey(const std::string& link) {

@@ -9,17 +9,18 @@ namespace TalvoConsentSDK {
 AnyView LinksComponentRenderer::render() const {
   std::vector<AnyView> visible;
   for (const std::string& link : links_) {
-    if (isVisible(link)) visible.push_back(linkView(link));
+    if (isVisible(link, customization_)) visible.push_back(linkView(link));
   }
   if (visible.empty()) return {};
   return horizontalStack({.spacing = 16, .overflow = Overflow::wrap}, visible).padding({.bottom = 16});
 }
 
-bool LinksComponentRenderer::isVisible(const std::string& link) const {
+bool LinksComponentRenderer::isVisible(const std::string& link,
+                                       const BannerCustomization::Customization& customization) {
   if (link == "doNotSellMyData") return true;
-  if (!customization_.urls) return false;
-  const auto url = customization_.urls->find(linkURLKey(link));
-  return url != customization_.urls->end() && !url->second.empty();
+  if (!customization.urls) return false;
+  const auto url = customization.urls->find(linkURLKey(link));
+  return url != customization.urls->end() && !url->second.empty();
 }
 
 AnyView LinksComponentRenderer::linkView(const std::string& link) const {

@@ -20,8 +20,9 @@ class LinksComponentRenderer : public ComponentRenderer {
 
   AnyView render() const override;
 
+  static bool isVisible(const std::string& link, const BannerCustomization::Customization& customization);
+
  private:
-  bool isVisible(const std::string& link) const;
   AnyView linkView(const std::string& link) const;
 
   const std::vector<std::string>& links_;

@@ -21,12 +21,7 @@ Reply unknownSite(const Call& call) {
 }
 
 Reply document(const Call& call, std::string text) {
-  constexpr std::string_view placeholder = "{{base}}";
-  for (auto at = text.find(placeholder); at != std::string::npos; at = text.find(placeholder, at)) {
-    text.replace(at, placeholder.size(), call.base);
-    at += call.base.size();
-  }
-  return jsonReply(std::move(text));
+  return jsonReply(withBase(std::move(text), call.base));
 }
 
 Reply keptConsent(const Result<std::string>& id) {

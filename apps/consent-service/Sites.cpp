@@ -84,6 +84,15 @@ std::string Sites::defaultLanguage(std::string_view site) const {
   return first ? *first : "en";
 }
 
+std::string withBase(std::string document, std::string_view base) {
+  constexpr std::string_view placeholder = "{{base}}";
+  for (auto at = document.find(placeholder); at != std::string::npos; at = document.find(placeholder, at)) {
+    document.replace(at, placeholder.size(), base);
+    at += base.size();
+  }
+  return document;
+}
+
 std::string contentTypeOf(std::string_view fileName) {
   static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> types{{
       {".json", jsonType},

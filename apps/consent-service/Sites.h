@@ -44,6 +44,9 @@ class Sites {
   std::filesystem::path folder_;
 };
 
+/// A document with the URL that clients reach the service by in place of {{base}}.
+std::string withBase(std::string document, std::string_view base);
+
 /// The content type of a file, by its name's extension.
 std::string contentTypeOf(std::string_view fileName);
 

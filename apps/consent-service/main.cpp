@@ -10,10 +10,12 @@
 #include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <pthread.h>
 #include <signal.h>
 
+#include "LintCommand.h"
 #include "Server.h"
 
 namespace {
@@ -22,6 +24,7 @@ using namespace TalvoConsentSDK::service;
 namespace fs = std::filesystem;
 
 constexpr const char* usage = R"(Usage: talvo-consent-service [OPTION]...
+       talvo-consent-service lint FILE...
 Serves the documents of consent sites and keeps the consents that it is sent.
 
   --port N              port to listen on (8787); 0 picks a free one
@@ -36,6 +39,10 @@ Serves the documents of consent sites and keeps the consents that it is sent.
                         html500, or STATUS:KIND
   --log FILE            append one line of JSON per request to this file
   --help                print this text
+
+"lint" reads documents, or all those of a site's folder or of a folder of sites, and prints what is
+wrong with them, one "FILE: error|warning: KEY: SENTENCE" a line. The exit status is 1 when an error is
+among them.
 
 Prints "listening on URL" once it is ready, and ends on SIGINT and SIGTERM. The exit status is 2 for
 wrong usage and 1 for whatever else prevents it from running.
@@ -136,6 +143,10 @@ int serve(ServerOptions options) {
 
 int main(int count, char** arguments) {
   try {
+    if (count > 1 && std::string_view(arguments[1]) == "lint") {
+      if (count == 2) throw UsageError("lint needs a file or a folder");
+      return lint(std::vector<fs::path>(arguments + 2, arguments + count)) ? 0 : 1;
+    }
     auto options = parseOptions(count, arguments);
     if (!options) return std::fputs(usage, stdout) < 0 ? 1 : 0;
     return serve(*std::move(options));

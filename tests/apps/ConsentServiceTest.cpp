@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/models/Services.h"
 
 #include "tests/apps/ConsentServiceProcess.h"
 #include "tests/support/Testing.h"
@@ -74,6 +75,15 @@ TEST_P(Exchanges, GoAsWritten) {
     ++count;
   } while (std::getline(file, line));
   EXPECT_GT(count, 10);
+}
+
+TEST(ConsentService, HasASiteWithAThousandVendors) {
+  const auto large = parsed<Services>(ConsentServiceProcess().client()->Get("/public/cookies/large")->body);
+  std::size_t vendors = 0;
+  for (const char* category : {"necessary", "preferences", "statistics", "marketing"}) {
+    vendors += large.groupedByVendor(category).size();
+  }
+  EXPECT_EQ(vendors, 1000U);
 }
 
 TEST(ConsentService, KeepsConsentsAcrossARestart) {

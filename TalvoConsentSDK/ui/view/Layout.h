@@ -70,10 +70,11 @@ class Layout {
 
   Size measureStack(Element& element, const view::Stack& stack, const Proposal& proposal);
   void placeStack(Element& element, const view::Stack& stack, const Rect& frame, const Proposal& proposal);
-  std::vector<StackItem> distribute(Element& element, const view::Stack& stack, const Proposal& proposal);
+  std::vector<StackItem> distribute(Element& element, const view::Stack& stack, view::Axis axis,
+                                    const Proposal& proposal);
   std::vector<FlowLine> flow(Element& element, double spacing, const Proposal& proposal);
   double flexibility(Element& child, view::Axis axis, const Proposal& proposal);
-  bool breaksAWord(const Element& element, const view::Stack& stack, const Proposal& proposal) const;
+  bool breaksAWord(Element& element, const view::Stack& stack, const Proposal& proposal);
 
   Size measureImage(const Element& element, const view::AsyncImage& image, const Proposal& proposal);
 

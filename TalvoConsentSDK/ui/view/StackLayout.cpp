@@ -66,7 +66,7 @@ Size Layout::measureStack(Element& element, const Stack& stack, const Proposal& 
     return extent(flow(element, stack.spacing, proposal), Axis::vertical, stack.spacing);
   }
   const Axis axis = breaksAWord(element, stack, proposal) ? Axis::vertical : stack.axis;
-  return extent(distribute(element, stack, proposal), axis, stack.spacing);
+  return extent(distribute(element, stack, axis, proposal), axis, stack.spacing);
 }
 
 void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame, const Proposal& proposal) {
@@ -98,14 +98,13 @@ void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame,
     return;
   }
   const Axis axis = breaksAWord(element, stack, proposal) ? Axis::vertical : stack.axis;
-  placeItems(distribute(element, stack, proposal), axis, frame);
+  placeItems(distribute(element, stack, axis, proposal), axis, frame);
 }
 
 // The least flexible child chooses first, out of an equal share of what is left; spacers come last and take
 // the rest. Empty views take no part, so that they leave no gap.
-std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack& stack,
+std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack& stack, Axis axis,
                                                   const Proposal& proposal) {
-  const Axis axis = breaksAWord(element, stack, proposal) ? Axis::vertical : stack.axis;
   std::vector<StackItem> items;
   for (const auto& child : element.children) {
     if (!isEmpty(*child)) items.push_back({child.get(), proposal, {}});
@@ -162,12 +161,12 @@ double Layout::flexibility(Element& child, Axis axis, const Proposal& proposal) 
   return most - least;
 }
 
-bool Layout::breaksAWord(const Element& element, const Stack& stack, const Proposal& proposal) const {
+bool Layout::breaksAWord(Element& element, const Stack& stack, const Proposal& proposal) {
   if (stack.overflow != Overflow::stackAtBrokenWord || !proposal.width) return false;
-  const auto count = static_cast<double>(
-      std::ranges::count_if(element.children, [](const auto& child) { return !isEmpty(*child); }));
-  const double share = (*proposal.width - stack.spacing * (count - 1)) / count;
-  return std::ranges::any_of(element.children, [&](const auto& child) { return leastWidth(*child) > share; });
+  const auto isBroken = [this](const StackItem& item) {
+    return leastWidth(*item.element) > item.proposal.width.value_or(infinity);
+  };
+  return std::ranges::any_of(distribute(element, stack, stack.axis, proposal), isBroken);
 }
 
 }  // namespace TalvoConsentSDK

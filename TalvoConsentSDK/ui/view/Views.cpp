@@ -99,7 +99,7 @@ AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors) {
 
 AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children) {
   return make(view::Stack{.axis = view::Axis::horizontal,
-                          .alignment = {HorizontalAlignment::center, options.alignment},
+                          .alignment = {options.stacked, options.alignment},
                           .spacing = options.spacing,
                           .overflow = options.overflow},
               std::move(children));

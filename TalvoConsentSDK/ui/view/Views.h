@@ -33,6 +33,7 @@ struct HorizontalOptions {
   VerticalAlignment alignment = VerticalAlignment::center;
   double spacing = 0;
   Overflow overflow = Overflow::compress;
+  HorizontalAlignment stacked = HorizontalAlignment::center;  // where the overflow puts one below the other
 };
 
 /// Children from top to bottom.

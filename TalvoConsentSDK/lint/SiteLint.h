@@ -1,0 +1,53 @@
+#pragma once
+
+// Finds what is wrong with a site's documents before a person meets it: what cannot be read, what the banner
+// would leave out, and what would be hard to see or unfair. It changes nothing and asks no network.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/platform/TextMeasurer.h"
+
+namespace TalvoConsentSDK {
+
+/// One document as it stands in a file.
+struct SiteDocument {
+  SiteDocument() {}
+  SiteDocument(std::string documentName, std::string documentLanguage, std::string documentText)
+      : name(std::move(documentName)), language(std::move(documentLanguage)), text(std::move(documentText)) {}
+
+  std::string name;      // that findings call it by, such as a path
+  std::string language;  // empty: for all languages
+  std::string text;
+};
+
+/// Those of one site; any kind may be absent, and is then left out of the checks.
+struct SiteDocuments {
+  SiteDocuments() {}
+
+  std::vector<SiteDocument> configurations;
+  std::vector<SiteDocument> customizations;  // one per language
+  std::vector<SiteDocument> services;        // one per language, or one for all
+};
+
+struct LintFinding {
+  enum class Severity {
+    warning,  // a person is told less, or something is never used
+    error,    // something is missing, cannot be used or read, or is unfair
+  };
+
+  Severity severity = Severity::error;
+  std::string document;
+  std::string path;  // of the key, such as "customization.colors.font"; empty: the document as a whole
+  std::string sentence;
+};
+
+/// The findings, by document and kind. `doubleScale` measures text at scale 2: with it, all screens are laid
+/// out 320 points wide, and a word of the customization that is wider than its button or column, so that it
+/// would be broken inside, is an error. Without it that check is left out. A document that cannot be read has
+/// one finding, the first error in it. Main thread.
+std::vector<LintFinding> lintSite(const SiteDocuments& documents,
+                                  const std::shared_ptr<TextMeasurer>& doubleScale = nullptr);
+
+}  // namespace TalvoConsentSDK
