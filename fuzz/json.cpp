@@ -19,18 +19,18 @@ class Limits : public nlohmann::json_sax<Other> {
  public:
   bool isExceeded() const { return deepest_ > 1023 || isTooLarge_; }
 
-  bool null() override { return true; }
-  bool boolean(bool) override { return true; }
-  bool number_integer(number_integer_t) override { return true; }
-  bool number_unsigned(number_unsigned_t) override { return true; }
+  bool null() override { return content(); }
+  bool boolean(bool) override { return content(); }
+  bool number_integer(number_integer_t) override { return content(); }
+  bool number_unsigned(number_unsigned_t) override { return content(); }
   bool number_float(number_float_t, const string_t& text) override {
     isTooLarge_ |= text.find_first_of(".eE") == text.npos;
-    return true;
+    return content();
   }
-  bool string(string_t&) override { return true; }
-  bool binary(binary_t&) override { return true; }
+  bool string(string_t&) override { return content(); }
+  bool binary(binary_t&) override { return content(); }
   bool start_object(std::size_t) override { return open(); }
-  bool key(string_t&) override { return true; }
+  bool key(string_t&) override { return content(); }
   bool end_object() override { return close(); }
   bool start_array(std::size_t) override { return open(); }
   bool end_array() override { return close(); }
@@ -39,14 +39,12 @@ class Limits : public nlohmann::json_sax<Other> {
   }
 
  private:
-  bool open() {
-    deepest_ = std::max(deepest_, ++depth_);
+  bool content() {
+    deepest_ = std::max(deepest_, depth_);
     return true;
   }
-  bool close() {
-    --depth_;
-    return true;
-  }
+  bool open() { return content() && ++depth_ > 0; }
+  bool close() { return --depth_ >= 0; }
 
   int depth_ = 0;
   int deepest_ = 0;

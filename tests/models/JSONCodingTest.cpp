@@ -107,6 +107,8 @@ TEST(JSONCodingTest, ReadsAndWritesEveryValue) {
 TEST(JSONEncoderTest, RefusesWhatJSONCannotHold) {
   JSONValue tooDeep = parsed<JSONValue>(nested(1023));
   EXPECT_EQ(written(tooDeep), nested(1023));
+  const std::string withoutContent = std::string(1024, '[') + std::string(1024, ']');
+  EXPECT_EQ(written(parsed<JSONValue>(withoutContent)), withoutContent);
   tooDeep = JSONArray{tooDeep};
   for (const JSONValue& value :
        {JSONValue(std::nan("")), JSONValue(JSONArray{-HUGE_VAL}), JSONValue("\xFF"),
