@@ -1,9 +1,11 @@
 // The same verdict as another strict parser, and the same values. Settled differences: this library refuses a
-// byte order mark, a NUL, more than 1,023 levels, and integers beyond 64 bits, all of which the other reads.
+// byte order mark, a NUL, more levels than its limit, and integers beyond 64 bits, all of which the other
+// reads.
 
 #include <nlohmann/json.hpp>
 
 #include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/models/json/JSONNode.h"
 
 #include "fuzz/Fuzzing.h"
 
@@ -17,7 +19,7 @@ using Other = nlohmann::json;
 // Finds what this library alone refuses.
 class Limits : public nlohmann::json_sax<Other> {
  public:
-  bool isExceeded() const { return deepest_ > 1023 || isTooLarge_; }
+  bool isExceeded() const { return deepest_ > json::deepestLevel || isTooLarge_; }
 
   bool null() override { return content(); }
   bool boolean(bool) override { return content(); }

@@ -128,7 +128,10 @@ struct Document::Parsed {
 };
 
 Document::Document(std::string_view text) : parsed_(std::make_unique<Parsed>()) {
-  const auto error = parsed_->parser.parse(text.data(), text.size()).get(parsed_->root);
+  auto error = parsed_->parser.allocate(text.size(), deepestLevel + 1);  // the parser counts the root's value
+  if (error == simdjson::SUCCESS) {
+    error = parsed_->parser.parse(text.data(), text.size()).get(parsed_->root);
+  }
   if (error == simdjson::SUCCESS) return;
   throw CodingError(CodingError::Kind::dataCorrupted, "",
                     std::string("The data is not valid JSON (") + simdjson::error_message(error) + ")");

@@ -12,6 +12,10 @@ namespace TalvoConsentSDK::json {
 
 enum class Type { null, boolean, integer, number, string, array, object };
 
+/// How deep objects and arrays may be nested. Readers and writers recurse as deep, on threads with stacks of
+/// a few hundred kilobytes.
+inline constexpr int deepestLevel = 256;
+
 /// The type's name in error texts.
 std::string_view name(Type type);
 

@@ -11,8 +11,6 @@ namespace TalvoConsentSDK::json {
 
 namespace {
 
-constexpr int deepestLevel = 1023;
-
 CodingError invalid(const char* detail) {
   return {CodingError::Kind::invalidValue, "", detail};
 }

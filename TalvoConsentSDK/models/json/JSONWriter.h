@@ -6,11 +6,12 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace TalvoConsentSDK::json {
 
 /// Writes one document into a string. Throws a CodingError (invalidValue) on text that is not UTF-8, on NaN
-/// and infinity, and beyond 1,023 levels, which no reader of ours would take back.
+/// and infinity, and beyond `deepestLevel`, which no reader of ours would take back.
 class Writer {
  public:
   void null() { value("null"); }
