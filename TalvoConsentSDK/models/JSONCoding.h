@@ -11,8 +11,8 @@
 namespace TalvoConsentSDK {
 
 /// Reads records. Stateless; safe from any thread. A document is refused as a whole, with a `CodingError`:
-/// when it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels deep, numbers within 64-bit integers
-/// or doubles), or when a value does not fit its field.
+/// when it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels deep, an empty one inside these not
+/// counted, numbers within 64-bit integers or doubles), or when a value does not fit its field.
 class JSONDecoder {
  public:
   /// Implemented for every record of this library, their enumerations, `JSONValue`, and

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iostream>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
 #include "tests/conformance/UserDefaultsConformance.h"
+#include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
 namespace {
@@ -288,16 +290,17 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
 
 TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
   constexpr int processes = 8;
+  const int keys = repetitions("TALVO_TEST_SAVES", 10);
   std::array<pid_t, processes> children{};
   for (int n = 0; n < processes; ++n) {
     children[static_cast<std::size_t>(n)] = start([&] {
       SQLiteUserDefaults store(file);
-      for (int key = 0; key < 10; ++key) store.set(std::to_string(n * 10 + key), Data("v")).value();
+      for (int key = 0; key < keys; ++key) store.set(std::to_string(n * keys + key), Data("v")).value();
     });
   }
   for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
   SQLiteUserDefaults store(file);
-  for (int key = 0; key < processes * 10; ++key)
+  for (int key = 0; key < processes * keys; ++key)
     EXPECT_EQ(store.data(std::to_string(key)).value(), Data("v"));
 }
 
@@ -305,7 +308,8 @@ TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
 TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
   std::string padding(3000, '.');
   int last = 0;
-  for (int kill = 0; kill < 50; ++kill) {
+  const int kills = repetitions("TALVO_TEST_KILLS", 50);
+  for (int kill = 0; kill < kills; ++kill) {
     int reports[2];
     ASSERT_EQ(::pipe(reports), 0);
     const pid_t child = start([&] {
@@ -334,6 +338,8 @@ TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
     EXPECT_LE(last, acknowledged + 1);
   }
   EXPECT_THAT(printer->take(), IsEmpty());
+  for (const auto& left : fs::directory_iterator(file.parent_path())) EXPECT_EQ(left.path(), file);
+  std::cout << kills << " kills, " << last << " saves\n";
 }
 
 }  // namespace

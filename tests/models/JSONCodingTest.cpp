@@ -107,6 +107,8 @@ TEST(JSONCodingTest, ReadsAndWritesEveryValue) {
 TEST(JSONEncoderTest, RefusesWhatJSONCannotHold) {
   JSONValue tooDeep = parsed<JSONValue>(nested(256));
   EXPECT_EQ(written(tooDeep), nested(256));
+  const std::string withoutContent = std::string(257, '[') + std::string(257, ']');
+  EXPECT_EQ(written(parsed<JSONValue>(withoutContent)), withoutContent);
   tooDeep = JSONArray{tooDeep};
   for (const JSONValue& value :
        {JSONValue(std::nan("")), JSONValue(JSONArray{-HUGE_VAL}), JSONValue("\xFF"),

@@ -1,3 +1,6 @@
+#include <fstream>
+
+#include "tests/support/Repetitions.h"
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
@@ -76,6 +79,43 @@ TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
   const std::weak_ptr<FakeWindow> replaced = show();
   show();
   EXPECT_TRUE(replaced.expired()) << "a banner on show is replaced at once";
+}
+
+// In KiB; 0 where the system does not tell.
+long residentMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    if (word == "VmRSS:" && status >> word) return std::stol(word);
+  }
+  return 0;
+}
+
+TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
+  const int banners = repetitions("TALVO_TEST_BANNERS", 50);
+  HostingController::Clock::time_point now;
+  const auto visit = [&](const std::shared_ptr<FakeWindow>& window) {
+    EXPECT_TRUE(window->tap(Role::button, "Manage Preferences"));
+    for (int frame = 0; frame < 3; ++frame) window->controller->frame(now += 100ms);
+  };
+  long before = 0;
+  for (int shown = 0; shown < banners; ++shown) {
+    if (shown == banners / 10) before = residentMemory();
+    const std::weak_ptr<FakeWindow> replaced = show();
+    visit(replaced.lock());
+    auto window = show();
+    EXPECT_TRUE(replaced.expired());
+    visit(window);
+    presenter->dismiss();
+    window->finishAnimations();
+    window.reset();
+    EXPECT_THAT(platform.scene->windows(), IsEmpty());
+  }
+  const long after = residentMemory();
+  std::cout << 2 * banners << " banners, resident before " << before << " KiB, after " << after << " KiB\n";
+  // Fewer would measure how an allocator warms up.
+  if (banners >= 1000) {
+    EXPECT_LT(after - before, 512);
+  }
 }
 
 TEST_F(ConsentBannerPresenterTest, CallsFirstAndDoesWithoutMotionAndWithoutItself) {

@@ -47,7 +47,9 @@ void Writer::key(std::string_view content) {
   needsComma_ = false;
 }
 
+// Readers do not count a level without content.
 void Writer::separate() {
+  if (depth_ > deepestLevel) throw invalid("The value is nested too deeply");
   if (needsComma_) text_ += ',';
 }
 
@@ -92,8 +94,8 @@ void Writer::quote(std::string_view content) {
 }
 
 void Writer::open(char bracket) {
-  if (++depth_ > deepestLevel) throw invalid("The value is nested too deeply");
   separate();
+  ++depth_;
   text_ += bracket;
   needsComma_ = false;
 }

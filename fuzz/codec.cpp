@@ -1,0 +1,61 @@
+// Any bytes as every record: what is read can be written and reads back as the same.
+
+#include <optional>
+
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/CodingError.h"
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/models/Services.h"
+#include "TalvoConsentSDK/models/SiteConfiguration.h"
+
+#include "fuzz/Fuzzing.h"
+
+using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::fuzzing;
+
+namespace {
+
+template <class Record>
+void check(std::string_view text, bool isDocument) {
+  const auto decoded = JSONDecoder().decode<Record>(text);
+  if (!decoded) {
+    const auto* error = decoded.error().template as<CodingError>();
+    require(error && !std::string_view(error->what()).empty(), "a document is refused with a coding error");
+    require(isDocument || error->kind() == CodingError::Kind::dataCorrupted, "what is no JSON is corrupt");
+    return;
+  }
+  require(isDocument, "a record is read from JSON only");
+  const std::string written = recoded(*decoded);
+  const auto document = JSONDecoder().decode<JSONValue>(written);
+  require(document.has_value(), "a record's text is JSON");
+  require(recoded(*JSONDecoder().decode<Record>(recoded(*document))) == written,
+          "the keys' order is of no matter");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view text(reinterpret_cast<const char*>(data), size);
+  const auto document = JSONDecoder().decode<JSONValue>(text);
+  if (document) {
+    recoded(*document);
+    require(*JSONDecoder().decode<JSONValue>(*JSONEncoder().encode(*document)) == *document,
+            "no value changes");
+  }
+  const bool isDocument = document.has_value();
+  check<BannerCustomization>(text, isDocument);
+  if (!isDocument) return 0;
+  check<BannerCustomization::CategoryItem>(text, isDocument);
+  check<BasicConsent>(text, isDocument);
+  check<ConsentDataAnalytics>(text, isDocument);
+  check<ConsentResponse>(text, isDocument);
+  check<ConsentStatus>(text, isDocument);
+  check<ConsentValue>(text, isDocument);
+  check<FullConsent>(text, isDocument);
+  check<std::optional<FullConsent>>(text, isDocument);
+  check<Services>(text, isDocument);
+  check<SiteConfiguration>(text, isDocument);
+  return 0;
+}

@@ -1,0 +1,98 @@
+// The same verdict as another strict parser, and the same values. Settled differences: this library refuses a
+// byte order mark, a NUL, more levels than its limit, and integers beyond 64 bits, all of which the other
+// reads.
+
+#include <nlohmann/json.hpp>
+
+#include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/models/json/JSONNode.h"
+
+#include "fuzz/Fuzzing.h"
+
+using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::fuzzing;
+
+namespace {
+
+using Other = nlohmann::json;
+
+// Finds what this library alone refuses.
+class Limits : public nlohmann::json_sax<Other> {
+ public:
+  bool isExceeded() const { return deepest_ > json::deepestLevel || isTooLarge_; }
+
+  bool null() override { return content(); }
+  bool boolean(bool) override { return content(); }
+  bool number_integer(number_integer_t) override { return content(); }
+  bool number_unsigned(number_unsigned_t) override { return content(); }
+  bool number_float(number_float_t, const string_t& text) override {
+    isTooLarge_ |= text.find_first_of(".eE") == text.npos;
+    return content();
+  }
+  bool string(string_t&) override { return content(); }
+  bool binary(binary_t&) override { return content(); }
+  bool start_object(std::size_t) override { return open(); }
+  bool key(string_t&) override { return content(); }
+  bool end_object() override { return close(); }
+  bool start_array(std::size_t) override { return open(); }
+  bool end_array() override { return close(); }
+  bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+    return false;
+  }
+
+ private:
+  bool content() {
+    deepest_ = std::max(deepest_, depth_);
+    return true;
+  }
+  bool open() { return content() && ++depth_ > 0; }
+  bool close() { return --depth_ >= 0; }
+
+  int depth_ = 0;
+  int deepest_ = 0;
+  bool isTooLarge_ = false;
+};
+
+JSONValue converted(const Other& value) {
+  switch (value.type()) {
+    case Other::value_t::boolean:
+      return value.get<bool>();
+    case Other::value_t::number_integer:
+      return value.get<std::int64_t>();
+    case Other::value_t::number_unsigned:
+      if (std::in_range<std::int64_t>(value.get<std::uint64_t>())) return value.get<std::int64_t>();
+      return value.get<double>();
+    case Other::value_t::number_float:
+      return value.get<double>();
+    case Other::value_t::string:
+      return value.get<std::string>();
+    case Other::value_t::array: {
+      JSONArray array;
+      for (const Other& element : value) array.push_back(converted(element));
+      return array;
+    }
+    case Other::value_t::object: {
+      JSONObject object;
+      for (const auto& [key, member] : value.items()) object.emplace(key, converted(member));
+      return object;
+    }
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  const auto ours = JSONDecoder().decode<JSONValue>(text);
+  if (text.starts_with("\xEF\xBB\xBF") || text.find('\0') != text.npos) {
+    require(!ours, "a byte order mark and a NUL are no JSON");
+    return 0;
+  }
+  Limits limits;
+  const bool isRead = Other::sax_parse(text, &limits);
+  require(ours.has_value() == (isRead && !limits.isExceeded()), "both come to the same verdict");
+  if (ours) require(*ours == converted(Other::parse(text)), "both read the same values");
+  return 0;
+}

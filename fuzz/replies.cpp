@@ -1,0 +1,94 @@
+// What a session may report, through the transport: every request ends once, in the error that the outcome
+// deserves. Parts: the body, the status, the error's text.
+
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/models/Services.h"
+#include "TalvoConsentSDK/models/SiteConfiguration.h"
+#include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
+#include "TalvoConsentSDK/platform/Spawn.h"
+
+#include "fuzz/Fuzzing.h"
+
+using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::fuzzing;
+
+namespace {
+
+using Case = HTTPClientError::Case;
+
+class OneOutcome : public URLSession {
+ public:
+  explicit OneOutcome(Result<URLResponse> outcome) : outcome_(std::move(outcome)) {}
+  void run(URLRequest, Completion completion) override { completion(outcome_); }
+
+ private:
+  const Result<URLResponse> outcome_;
+};
+
+Result<URLResponse> outcomeOf(Input& input) {
+  URLResponse response;
+  response.body = input.text();
+  const std::string status = input.text();
+  const std::string error = input.text();
+  if (!error.empty()) return PlatformError("net", 1, error);
+  if (status == "-") response.body.reset();
+  if (status != "?") response.statusCode = status.empty() || status == "-" ? 200 : std::atoi(status.c_str());
+  return response;
+}
+
+// The case that must come of an outcome before its body is read; nothing when the body decides.
+std::optional<Case> judged(const Result<URLResponse>& outcome) {
+  if (!outcome) return Case::networkError;
+  if (!outcome->statusCode) return Case::invalidResponse;
+  if (*outcome->statusCode < 200 || *outcome->statusCode > 299) return Case::httpError;
+  return std::nullopt;
+}
+
+template <class Reply>
+void checkTyped(URLSessionHTTPClient& client, const Result<URLResponse>& outcome, const URL& url) {
+  int ends = 0;
+  spawn<Reply>(nullptr, client.get<Reply>(url, {}), [&](const Result<Reply>& reply) {
+    ++ends;
+    const auto expected = judged(outcome);
+    if (reply) return require(!expected && (recoded(*reply), true), "only a good reply is a success");
+    const auto* error = reply.error().template as<HTTPClientError>();
+    require(error && error->kind() == expected.value_or(Case::decodingError), "the error fits the outcome");
+    if (error->kind() == Case::httpError) {
+      require(error->statusCode() == *outcome->statusCode, "the status is the reply's");
+      require(error->message() == outcome->body.value_or("") || error->message() == "Unknown error",
+              "the message is the body");
+    }
+  });
+  require(ends == 1, "a request ends once");
+}
+
+void checkUntyped(URLSessionHTTPClient& client, const Result<URLResponse>& outcome, const URL& url) {
+  int ends = 0;
+  client.postJSON(url, {{"a", 1}}, {}, [&](const Result<JSONObject>& reply) {
+    ++ends;
+    if (reply) return require(!judged(outcome), "only a good reply is a success");
+    const auto* error = reply.error().as<PlatformError>();
+    const bool isMissing = outcome && !outcome->body;
+    require((error && error->code() == -2) == isMissing, "a missing body is told as such");
+    if (!error) require(reply.error().as<HTTPClientError>() != nullptr, "every other error is the client's");
+  });
+  require(ends == 1, "a request ends once");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  Input input(data, size);
+  const auto outcome = outcomeOf(input);
+  const URL url = *URL::parse("https://service.example/x");
+  URLSessionHTTPClient client(std::make_shared<OneOutcome>(outcome));
+  checkTyped<BannerCustomization>(client, outcome, url);
+  checkTyped<ConsentResponse>(client, outcome, url);
+  checkTyped<std::optional<FullConsent>>(client, outcome, url);
+  checkTyped<Services>(client, outcome, url);
+  checkTyped<SiteConfiguration>(client, outcome, url);
+  checkUntyped(client, outcome, url);
+  return 0;
+}

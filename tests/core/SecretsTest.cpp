@@ -1,0 +1,60 @@
+#include "tests/core/ClientTest.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+class Answering : public URLSession {
+ public:
+  void run(URLRequest, Completion completion) override { completion(outcome); }
+
+  Result<URLResponse> outcome = PlatformError("net", 1, "offline");
+};
+
+URLResponse response(std::optional<int> status, const std::string& body) {
+  URLResponse made;
+  made.statusCode = status;
+  made.body = body;
+  return made;
+}
+
+// Who the person is stands in no line and no error of ours, whatever goes wrong.
+TEST(SecretsTest, AreNotTold) {
+  MemoryPlatform fakes;
+  fakes.install();
+  Platform platform = Platform::current();
+  const auto session = std::make_shared<Answering>();
+  platform.urlSession = session;
+  Platform::install(platform);
+  const auto client = CookiesSDK::createInstance("https://service.example/", "s");
+  const auto topics = TalvoConsent::getInstance("t", "p", "secret-token", "https://service.example/");
+  Texts told;
+  const auto note = [&](const auto& result) { told.push_back(failure(result)); };
+  const Result<URLResponse> outcomes[] = {
+      session->outcome,    response(200, "{"), response(200, "[]"),           response(200, R"({"id":1})"),
+      response(500, "no"), response({}, ""),   response(200, R"({"id":"c"})")};
+  for (const auto& outcome : outcomes) {
+    session->outcome = outcome;
+    for (const bool storeFails : {false, true}) {
+      fakes.userDefaults->failsToRead = fakes.userDefaults->failsToWrite = storeFails;
+      // The last two make no URL and no JSON.
+      for (const std::string user : {"secret", "secret user", "secret\xFF"}) {
+        client->identify(user);
+        fakes.settle();
+        client->submitConsent(BasicConsent::acceptAll(), note);
+        client->showBanner({}, {}, {}, [&](const Error& error) { told.push_back(error.what()); });
+        topics->submitConsent(user + "@x.example", {{1, true}}, note);
+        fakes.settle();
+        client->removeIdentity();
+        fakes.settle();
+      }
+    }
+  }
+  const Texts printed = fakes.printer->take();
+  EXPECT_GT(told.size(), 100u);
+  EXPECT_GT(printed.size(), 100u);
+  told.insert(told.end(), printed.begin(), printed.end());
+  EXPECT_THAT(told, Each(::testing::Not(HasSubstr("secret"))));
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
