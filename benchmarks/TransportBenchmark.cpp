@@ -130,16 +130,32 @@ void bareSubmission(State& state) {
   }
 }
 
-BENCHMARK_CAPTURE(requests, get, "")->Name("requests/GET/ours")->Arg(1)->Arg(32)->UseRealTime();
-BENCHMARK_CAPTURE(bareRequests, get, "")->Name("requests/GET/bare-curl")->Arg(1)->Arg(32)->UseRealTime();
-BENCHMARK_CAPTURE(requests, post, consentBody())->Name("requests/POST/ours")->Arg(1)->Arg(32)->UseRealTime();
+BENCHMARK_CAPTURE(requests, get, "")
+    ->Name("requests/GET/ours")
+    ->Arg(1)
+    ->Arg(32)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK_CAPTURE(bareRequests, get, "")
+    ->Name("requests/GET/bare-curl")
+    ->Arg(1)
+    ->Arg(32)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
+BENCHMARK_CAPTURE(requests, post, consentBody())
+    ->Name("requests/POST/ours")
+    ->Arg(1)
+    ->Arg(32)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
 BENCHMARK_CAPTURE(bareRequests, post, consentBody())
     ->Name("requests/POST/bare-curl")
     ->Arg(1)
     ->Arg(32)
+    ->MeasureProcessCPUTime()
     ->UseRealTime();
-BENCHMARK(submission)->Name("submission/ours")->UseRealTime();
-BENCHMARK(bareSubmission)->Name("submission/bare-curl-and-sqlite")->UseRealTime();
+BENCHMARK(submission)->Name("submission/ours")->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(bareSubmission)->Name("submission/bare-curl-and-sqlite")->MeasureProcessCPUTime()->UseRealTime();
 
 }  // namespace
 }  // namespace TalvoConsentBenchmarks
