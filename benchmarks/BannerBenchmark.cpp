@@ -2,18 +2,104 @@
 // it.
 
 #include <QGuiApplication>
+#include <QQuickWindow>
+#include <memory>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
+#include "TalvoConsentSDK/ui/view/Animations.h"
+#include "TalvoConsentSDK/ui/view/Layout.h"
+#include "TalvoConsentSDK/ui/view/Visual.h"
+
+#include "adapters/qt/QtText.h"
+#include "adapters/qt/VisualMount.h"
+
 #include "benchmarks/BannerScene.h"
+#include "benchmarks/Documents.h"
 
 namespace TalvoConsentBenchmarks {
 namespace {
 
-using TalvoConsentSDK::Role;
+using namespace TalvoConsentSDK;
 
 std::size_t vendorCount(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));
+}
+
+// The preferences without a window, one step at a time, with the marketing category open.
+struct Stages {
+  explicit Stages(std::size_t vendors)
+      : banner(makeBanner(vendors)),
+        root(bannerComposition(banner.view(), banner.customization())),
+        layout(tree, environment) {
+    environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings());
+    environment.size = {390, 844};
+    environment.reducesMotion = true;
+    tree.render(root);
+    layout.run({});
+    for (const AccessibleElement& each : accessibleElements(tree)) {
+      if (each.role == Role::expander && each.name == "Marketing") activate(*each.control);
+    }
+    tree.render(root);
+    layout.run({});
+  }
+
+  std::vector<Visual> flatten() {
+    animations.begin(HostingController::Clock::time_point(), false);
+    return visuals(tree, environment, {{}, {}, layout.scrollRegions()}, animations);
+  }
+
+  const ConsentBannerView banner;
+  const AnyView root;
+  ViewEnvironment environment;
+  ElementTree tree{[] {}};
+  Layout layout;
+  Animations animations;
+};
+
+// The views of the screen, rows that are near included, brought into a new tree.
+void render(benchmark::State& state) {
+  const ConsentBannerView banner = makeBanner(vendorCount(state));
+  const AnyView root = bannerComposition(banner.view(), banner.customization());
+  for (auto _ : state) {
+    ElementTree tree([] {});
+    tree.render(root);
+    benchmark::DoNotOptimize(tree.root().children.size());
+  }
+}
+
+void compare(benchmark::State& state) {
+  Stages stages(vendorCount(state));
+  for (auto _ : state) stages.tree.render(stages.root);
+}
+
+void layOut(benchmark::State& state) {
+  Stages stages(vendorCount(state));
+  for (auto _ : state) {
+    forgetAllSizes(stages.tree.root());
+    stages.layout.run({});
+  }
+}
+
+// Items for everything on the screen, in a window that is not shown.
+void mount(benchmark::State& state) {
+  Stages stages(vendorCount(state));
+  const std::vector<Visual> all = stages.flatten();
+  QQuickWindow window;
+  for (auto _ : state) {
+    VisualMount visualMount(*window.contentItem(), TextSettings());
+    visualMount.update(all);
+  }
+}
+
+// From the records to the first frame of the preferences.
+void firstFrame(benchmark::State& state) {
+  for (auto _ : state) {
+    const auto scene = std::make_unique<BannerScene>(vendorCount(state));
+    benchmark::DoNotOptimize(scene.get());
+  }
 }
 
 void openCategory(benchmark::State& state) {
@@ -69,10 +155,19 @@ void scrollHundredFrames(benchmark::State& state) {
   }
 }
 
-BENCHMARK(openCategory)->Arg(10)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(switchVendor)->Arg(10)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(switchCategory)->Arg(10)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(scrollHundredFrames)->Arg(10)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+void vendorCounts(benchmark::internal::Benchmark* entry) {
+  entry->Arg(10)->Arg(200)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond)->UseRealTime();
+}
+
+BENCHMARK(render)->Apply(&vendorCounts);
+BENCHMARK(compare)->Apply(&vendorCounts);
+BENCHMARK(layOut)->Name("layout")->Apply(&vendorCounts);
+BENCHMARK(mount)->Apply(&vendorCounts);
+BENCHMARK(firstFrame)->Apply(&vendorCounts);
+BENCHMARK(openCategory)->Apply(&vendorCounts);
+BENCHMARK(switchVendor)->Apply(&vendorCounts);
+BENCHMARK(switchCategory)->Apply(&vendorCounts);
+BENCHMARK(scrollHundredFrames)->Apply(&vendorCounts);
 
 }  // namespace
 }  // namespace TalvoConsentBenchmarks

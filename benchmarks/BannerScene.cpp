@@ -5,71 +5,11 @@
 
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
 
+#include "benchmarks/Documents.h"
+
 namespace TalvoConsentBenchmarks {
 
 using namespace TalvoConsentSDK;
-
-namespace {
-
-BannerCustomization::ComponentItem component(const char* id) {
-  BannerCustomization::ComponentItem item;
-  item.id = id;
-  return item;
-}
-
-BannerCustomization::Customization customization() {
-  BannerCustomization::Customization result;
-  result.colors.background = "#101B36";
-  result.colors.buttonBackground = "#2F6BEB";
-  result.colors.buttonFontColor = "#FFFFFF";
-  result.colors.font = "#E9EEF9";
-  result.settings.positioning = "bottom";
-  result.settings.isShowBlurBackground = true;
-  auto& messages = result.messages.bannerMessages;
-  messages.title = "Your privacy, your choice";
-  messages.mainMessage = "We and our partners use cookies and similar technologies to run this app.";
-  messages.acceptButton = "Accept all";
-  messages.rejectButton = "Reject all";
-
-  auto buttons = component("buttons");
-  for (const char* id : {"acceptAll", "rejectAll", "savePreferences"}) {
-    buttons.buttons.emplace(buttons.buttons.value_or(std::vector<BannerCustomization::ButtonItem>()))
-        .emplace_back()
-        .id = id;
-  }
-  BannerCustomization::TabItem tab;
-  tab.services = true;
-  tab.showCategoryDescription = true;
-  auto tabs = component("tabs");
-  tabs.tabs = {tab};
-  auto& components = result.components.emplace();
-  components.mainScreen = {component("title"), component("description"), buttons};
-  components.secondaryScreen = {component("closeButton"), component("title"), tabs, buttons};
-  return result;
-}
-
-Services catalogue(std::size_t vendorCount) {
-  Services services;
-  auto& libraries = services.libraries.emplace();
-  for (std::size_t i = 0; i < vendorCount; ++i) {
-    auto& service = libraries.emplace_back();
-    std::string number = std::to_string(i);
-    number.insert(0, 6 - number.size(), '0');
-    service.id = "service-" + number;
-    service.name = "Advertising " + number;
-    service.category = "marketing";
-    service.vendor = "Vendor " + number;
-  }
-  return services;
-}
-
-}  // namespace
-
-ConsentBannerView makeBanner(std::size_t vendorCount) {
-  const ConsentBannerView banner(customization(), catalogue(vendorCount), std::nullopt, std::nullopt, {});
-  banner.handleMainAction("preferences");
-  return banner;
-}
 
 BannerScene::BannerScene(std::size_t vendorCount) : window_(TextSettings()) {
   const ConsentBannerView banner = makeBanner(vendorCount);

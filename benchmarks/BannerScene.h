@@ -7,18 +7,13 @@
 #include <memory>
 #include <string>
 
-#include "TalvoConsentSDK/ui/ConsentBannerView.h"
 #include "TalvoConsentSDK/ui/view/HostingController.h"
 
 #include "adapters/qt/ViewWindow.h"
 
 namespace TalvoConsentBenchmarks {
 
-/// A banner whose marketing category has `vendorCount` vendors, each with one service, on its preferences
-/// screen.
-TalvoConsentSDK::ConsentBannerView makeBanner(std::size_t vendorCount);
-
-/// Shows such a banner in a window of 390 x 844 points and draws frames of it on demand.
+/// Shows a banner with so many vendors in a window of 390 x 844 points and draws frames of it on demand.
 class BannerScene {
  public:
   explicit BannerScene(std::size_t vendorCount);

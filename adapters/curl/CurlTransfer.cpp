@@ -60,7 +60,7 @@ PlatformError curlError(int code, std::string text) {
   return {"CURL", code, std::move(text)};
 }
 
-void CurlTransfer::HandleDeleter::operator()(void* handle) const noexcept {
+void CurlHandleDeleter::operator()(void* handle) const noexcept {
   curl_easy_cleanup(handle);
 }
 
@@ -69,19 +69,26 @@ void CurlTransfer::ListDeleter::operator()(curl_slist* list) const noexcept {
 }
 
 std::optional<CurlTransfer::Target> CurlTransfer::Target::parse(const char* url) {
-  const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> parsed(curl_url(), &curl_url_cleanup);
-  if (curl_url_set(parsed.get(), CURLUPART_URL, url,
+  Target target;
+  target.url.reset(curl_url());
+  if (curl_url_set(target.url.get(), CURLUPART_URL, url,
                    CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME)) {
     return std::nullopt;
   }
-  const auto part = [&](CURLUPart name, unsigned flags = 0) {
-    char* text = nullptr;
-    if (curl_url_get(parsed.get(), name, &text, flags)) return std::string();
-    const std::unique_ptr<char, decltype(&curl_free)> owner(text, &curl_free);
-    return std::string(text);
-  };
-  return Target{part(CURLUPART_URL), part(CURLUPART_SCHEME), part(CURLUPART_HOST),
-                part(CURLUPART_PORT, CURLU_DEFAULT_PORT)};
+  target.scheme = target.part(CURLUPART_SCHEME);
+  target.host = target.part(CURLUPART_HOST);
+  return target;
+}
+
+void CurlTransfer::Target::Deleter::operator()(CURLU* parsed) const noexcept {
+  curl_url_cleanup(parsed);
+}
+
+std::string CurlTransfer::Target::part(int name) const {
+  char* text = nullptr;
+  if (curl_url_get(url.get(), static_cast<CURLUPart>(name), &text, CURLU_DEFAULT_PORT)) return {};
+  const std::unique_ptr<char, decltype(&curl_free)> owner(text, &curl_free);
+  return text;
 }
 
 bool CurlTransfer::Target::isLoopback() const {
@@ -91,14 +98,15 @@ bool CurlTransfer::Target::isLoopback() const {
 }
 
 bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
-  return scheme == other.scheme && sameName(host, other.host) && port == other.port;
+  return scheme == other.scheme && sameName(host, other.host) &&
+         part(CURLUPART_PORT) == other.part(CURLUPART_PORT);
 }
 
-CurlTransfer::CurlTransfer(const CurlRules& rules, URLRequest request)
+CurlTransfer::CurlTransfer(const CurlRules& rules, URLRequest request, CurlHandle handle)
     : rules_(rules),
       request_(std::move(request)),
       patience_(patience(request_.timeout)),
-      handle_(curl_easy_init()) {
+      handle_(handle ? std::move(handle) : CurlHandle(curl_easy_init())) {
   if (!handle_) throw std::bad_alloc();
 }
 
@@ -175,7 +183,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
 
 void CurlTransfer::configureConnection() {
   CURL* const easy = handle();
-  curl_easy_setopt(easy, CURLOPT_URL, target_->url.c_str());
+  curl_easy_setopt(easy, CURLOPT_CURLU, target_->url.get());
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, target_->scheme.c_str());
   curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);  // `follow` does, hop by hop
   curl_easy_setopt(easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
@@ -204,7 +212,8 @@ void CurlTransfer::configureMessage() {
   CURL* const easy = handle();
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // all that this libcurl can decode
   if (request_.method == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
-  if (request_.method == "POST" || request_.method == "PUT") {
+  const bool mayHaveBody = request_.method == "POST" || request_.method == "PUT";
+  if (mayHaveBody) {
     curl_easy_setopt(easy, CURLOPT_POST, 1L);
     curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body ? request_.body->data() : "");
     curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
@@ -221,8 +230,8 @@ void CurlTransfer::configureMessage() {
     static_cast<void>(headers_.release());
     headers_.reset(longer);
   };
-  add("Expect:");                                                        // no waiting for "100 Continue"
-  if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
+  if (mayHaveBody) add("Expect:");  // no waiting for "100 Continue"
+  if (mayHaveBody && !request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
   for (const auto& [name, value] : request_.headers) {
     if (leftOrigin_ && isCredential(name)) continue;
     const bool blank = value.find_first_not_of(" \t") == std::string::npos;

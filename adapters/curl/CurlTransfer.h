@@ -10,10 +10,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "TalvoConsentSDK/platform/URLSession.h"
 
 struct curl_slist;
+struct Curl_URL;
 
 namespace TalvoConsentSDK {
 
@@ -28,19 +30,28 @@ struct CurlRules {
 /// An error of the domain "CURL"; `code` is a `CURLcode`.
 PlatformError curlError(int code, std::string text);
 
+/// A libcurl easy handle.
+struct CurlHandleDeleter {
+  void operator()(void* handle) const noexcept;
+};
+using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
+
 /// A request and its libcurl easy handle. Used by one thread.
 class CurlTransfer {
  public:
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules` outlive the transfer.
-  CurlTransfer(const CurlRules& rules, URLRequest request);
+  /// `rules` outlive the transfer. `handle` is a spare one of an earlier transfer, or null.
+  CurlTransfer(const CurlRules& rules, URLRequest request, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
   /// The easy handle.
   void* handle() const noexcept { return handle_.get(); }
+
+  /// Gives the handle away once the transfer has ended.
+  CurlHandle takeHandle() { return std::move(handle_); }
 
   /// Makes the handle ready to be run. Nothing, or why the request is refused.
   std::optional<PlatformError> prepare();
@@ -56,17 +67,19 @@ class CurlTransfer {
   PlatformError idleError() const;
 
  private:
-  struct HandleDeleter {
-    void operator()(void* handle) const noexcept;
-  };
   struct ListDeleter {
     void operator()(curl_slist* list) const noexcept;
   };
 
   // A URL as libcurl reads it, so that what is judged is what is contacted.
   struct Target {
-    std::string url, scheme, host, port;
+    struct Deleter {
+      void operator()(Curl_URL* parsed) const noexcept;
+    };
+    std::unique_ptr<Curl_URL, Deleter> url;
+    std::string scheme, host;
 
+    std::string part(int name) const;  // a CURLUPart
     static std::optional<Target> parse(const char* url);
     bool isLoopback() const;
     bool sharesOrigin(const Target& other) const;
@@ -90,7 +103,7 @@ class CurlTransfer {
   const CurlRules& rules_;
   URLRequest request_;
   const Clock::duration patience_;
-  const std::unique_ptr<void, HandleDeleter> handle_;
+  CurlHandle handle_;
 
   std::optional<Target> target_;
   int redirects_ = 0;

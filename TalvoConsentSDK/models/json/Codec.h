@@ -3,6 +3,7 @@
 // The one place that turns values into JSON and back. A record joins with a table of its fields, a scalar
 // with a Codec of its own. Include this in .cpp files only, and instantiate the coders' members there.
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -10,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -64,15 +66,17 @@ inline constexpr bool isOptional = false;
 template <class T>
 inline constexpr bool isOptional<std::optional<T>> = true;
 
-inline void require(Type type, const Node& node, const Path& path) {
-  const Type found = node.type();
-  if (found == type) return;
+[[noreturn]] inline void refuse(Type type, Type found, const Path& path) {
   if (found == Type::null) {
     throw CodingError(CodingError::Kind::valueNotFound, path.text(),
                       "expected " + std::string(name(type)) + ", found null");
   }
   throw CodingError(CodingError::Kind::typeMismatch, path.text(),
                     "expected " + std::string(name(type)) + ", found " + std::string(name(found)));
+}
+
+inline void require(Type type, const Node& node, const Path& path) {
+  if (node.type() != type) refuse(type, node.type(), path);
 }
 
 /// How a `T` is read and written. This general form is that of records.
@@ -99,17 +103,18 @@ struct Codec {
     std::string_view key;
     Node value = node;
     for (Members members(node); members.next(key, value);) {
-      (void)(readField(key, value, path, record, std::get<index>(Fields<T>::table), found[index]) || ...);
+      (void)((key == std::get<index>(Fields<T>::table).key &&
+              readField(value, path, record, std::get<index>(Fields<T>::table), found[index])) ||
+             ...);
     }
     (requireFound(path, std::get<index>(Fields<T>::table), found[index]), ...);
   }
 
   template <class Member>
-  static bool readField(std::string_view key, const Node& value, const Path& path, T& record,
-                        const Field<T, Member>& field, bool& found) {
-    if (key != field.key) return false;
+  static bool readField(const Node& value, const Path& path, T& record, const Field<T, Member>& field,
+                        bool& found) {
     if (found) record.*field.member = Member();  // the key was given before
-    Codec<Member>::read(value, Path(path, key), record.*field.member);
+    Codec<Member>::read(value, Path(path, field.key), record.*field.member);
     return found = true;
   }
 
@@ -135,6 +140,9 @@ struct Codec<std::optional<T>> {
   static void read(const Node& node, const Path& path, std::optional<T>& value) {
     if (node.type() == Type::null) {
       value.reset();
+    } else if constexpr (std::is_same_v<T, std::string>) {
+      require(Type::string, node, path);
+      value.emplace(node.string());  // quicker than to assign to an empty one
     } else {
       Codec<T>::read(node, path, value.emplace());
     }
@@ -147,6 +155,9 @@ struct Codec<std::optional<T>> {
     }
   }
 };
+
+/// Room made in advance for an array's elements. Beyond it they must have been read to be believed.
+inline constexpr std::size_t mostReservedBytes = std::size_t{64} << 20U;
 
 template <>
 struct Codec<bool> {
@@ -173,7 +184,9 @@ struct Codec<std::vector<T>> {
     value.clear();
     Node element = node;
     std::size_t index = 0;
-    for (Elements elements(node); elements.next(element);) {
+    Elements elements(node);
+    value.reserve(std::min(elements.count(), mostReservedBytes / sizeof(T)));
+    while (elements.next(element)) {
       Codec<T>::read(element, Path(path, index++), value.emplace_back());
     }
   }

@@ -34,6 +34,27 @@ dom::element element(const Handle& handle) {
   return fromHandle<dom::element>(handle);
 }
 
+Type typeOf(const dom::element& value) {
+  switch (value.type()) {
+    case dom::element_type::NULL_VALUE:
+      return Type::null;
+    case dom::element_type::BOOL:
+      return Type::boolean;
+    case dom::element_type::INT64:
+      return Type::integer;
+    case dom::element_type::UINT64:  // too large for a signed integer
+    case dom::element_type::DOUBLE:
+      return Type::number;
+    case dom::element_type::STRING:
+      return Type::string;
+    case dom::element_type::ARRAY:
+      return Type::array;
+    case dom::element_type::OBJECT:
+      return Type::object;
+  }
+  return Type::null;
+}
+
 }  // namespace
 
 std::string_view name(Type type) {
@@ -54,27 +75,6 @@ std::string_view name(Type type) {
       return "an object";
   }
   return "";
-}
-
-Type Node::type() const {
-  switch (element(handle_).type()) {
-    case dom::element_type::NULL_VALUE:
-      return Type::null;
-    case dom::element_type::BOOL:
-      return Type::boolean;
-    case dom::element_type::INT64:
-      return Type::integer;
-    case dom::element_type::UINT64:  // too large for a signed integer
-    case dom::element_type::DOUBLE:
-      return Type::number;
-    case dom::element_type::STRING:
-      return Type::string;
-    case dom::element_type::ARRAY:
-      return Type::array;
-    case dom::element_type::OBJECT:
-      return Type::object;
-  }
-  return Type::null;
 }
 
 bool Node::boolean() const {
@@ -103,7 +103,8 @@ bool Members::next(std::string_view& key, Node& value) {
   auto position = fromHandle<dom::object::iterator>(position_);
   if (position == fromHandle<dom::object::iterator>(end_)) return false;
   key = position.key();
-  value = Node(toHandle(position.value()));
+  const dom::element element = position.value();
+  value = Node(toHandle(element), typeOf(element));
   position_ = toHandle(++position);
   return true;
 }
@@ -112,12 +113,14 @@ Elements::Elements(const Node& array) {
   const dom::array elements = element(array.handle_).get_array().value_unsafe();
   position_ = toHandle(elements.begin());
   end_ = toHandle(elements.end());
+  count_ = elements.size();
 }
 
 bool Elements::next(Node& value) {
   auto position = fromHandle<dom::array::iterator>(position_);
   if (position == fromHandle<dom::array::iterator>(end_)) return false;
-  value = Node(toHandle(*position));
+  const dom::element element = *position;
+  value = Node(toHandle(element), typeOf(element));
   position_ = toHandle(++position);
   return true;
 }
@@ -140,7 +143,7 @@ Document::Document(std::string_view text) : parsed_(std::make_unique<Parsed>()) 
 Document::~Document() = default;
 
 Node Document::root() const {
-  return Node(toHandle(parsed_->root));
+  return Node(toHandle(parsed_->root), typeOf(parsed_->root));
 }
 
 bool isUTF8(std::string_view text) {

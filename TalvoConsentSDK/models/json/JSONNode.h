@@ -22,13 +22,13 @@ std::string_view name(Type type);
 // The parser's own handles, as opaque bytes: two words each.
 using Handle = std::array<std::uintptr_t, 2>;
 
-/// One value of a document. A plain handle, valid as long as its Document; the readers require the matching
-/// `type`.
+/// One value of a document. A plain handle and its type, valid as long as its Document; the readers require
+/// the matching `type`.
 class Node {
  public:
-  explicit Node(Handle handle) : handle_(handle) {}
+  Node(Handle handle, Type type) : handle_(handle), type_(type) {}
 
-  Type type() const;
+  Type type() const { return type_; }
   bool boolean() const;
   std::int64_t integer() const;
   double number() const;  // also of an integer
@@ -38,6 +38,7 @@ class Node {
   friend class Members;
   friend class Elements;
   Handle handle_;
+  Type type_;
 };
 
 /// Walks the members of an object, in document order.
@@ -60,7 +61,11 @@ class Elements {
 
   bool next(Node& value);
 
+  /// How many there are; too few of more than 16 million.
+  std::size_t count() const { return count_; }
+
  private:
+  std::size_t count_;
   Handle position_;
   Handle end_;
 };

@@ -1,0 +1,293 @@
+"""Runs the benchmarks and assembles their figures into one table.
+
+Every ratio is taken within one run of one program, or of programs started in turn; figures are medians.
+
+  report.py measure [--quick]    everything, as a table, and as JSON in build/bench.json
+  report.py check OLD NEW        instruction counts of two builds of the fixed operations
+"""
+
+import json
+import os
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+RELEASE = Path("build/release").absolute()
+SHARED = Path("build/release-shared").absolute()
+BENCHMARKS = RELEASE / "benchmarks"
+MOST_GROWTH = 0.03
+
+
+def run(command, **options):
+    return subprocess.run([str(each) for each in command], check=True, capture_output=True, text=True, **options).stdout
+
+
+def environment():
+    """Qt without a display, drawing on the processor."""
+    runtime = tempfile.mkdtemp(prefix="talvo-bench-")
+    return {**os.environ, "QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software", "XDG_RUNTIME_DIR": runtime,
+            "QT_SCALE_FACTOR": "2"}
+
+
+class Figures:
+    """The medians of one benchmark program's repetitions, by name; nanoseconds."""
+
+    def __init__(self, program, quick, env, time_name="cpu_time", filters=None):
+        command = [BENCHMARKS / program, "--benchmark_format=json", "--benchmark_report_aggregates_only=true",
+                   "--benchmark_min_time=" + ("0.05" if quick else "0.2"),
+                   "--benchmark_repetitions=" + ("3" if quick else "9")]
+        # In turn, so that what else the machine does falls on all of them.
+        command.append("--benchmark_enable_random_interleaving=true")
+        if filters:
+            command.append("--benchmark_filter=" + filters)
+        units = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+        self.values = {}
+        for each in json.loads(run(command, env=env, cwd=BENCHMARKS))["benchmarks"]:
+            if each.get("error_occurred"):
+                raise SystemExit(f"{program}: {each['name']}: {each['error_message']}")
+            if each["aggregate_name"] == "median":
+                name = re.sub("/(process_time|real_time)", "", each["run_name"])
+                self.values[name] = each[time_name] * units[each["time_unit"]]
+
+    def __getitem__(self, name):
+        return self.values[name]
+
+
+def duration(nanoseconds):
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("us", 1e3)):
+        if nanoseconds >= size:
+            return f"{nanoseconds / size:.3g} {unit}"
+    return f"{nanoseconds:.3g} ns"
+
+
+class Table:
+    def __init__(self):
+        self.rows = []
+
+    def add(self, what, ours, peer=None, limit=None, ratio=None, budget=None, show=duration, peer_name="", limit_name=""):
+        """`budget` is a pair: its text, and whether it is kept."""
+        cell = lambda value, name: "" if value is None else f"{show(value)} {name}".strip()
+        if ratio is None and (peer or limit):
+            ratio = ours / (limit or peer)
+        self.rows.append({
+            "what": what, "ours": cell(ours, ""), "peer": cell(peer, peer_name), "limit": cell(limit, limit_name),
+            "ratio": "" if ratio is None else f"{ratio:.2f}", "budget": budget[0] if budget else "",
+            "inside": "" if not budget else "yes" if budget[1] else "NO",
+            "values": {"ours": ours, "peer": peer, "limit": limit, "ratio": ratio}})
+
+    def text(self):
+        names = ["what", "ours", "peer", "limit", "ratio", "budget", "inside"]
+        widths = [max(len(name), *(len(row[name]) for row in self.rows)) for name in names]
+        line = lambda cells: "| " + " | ".join(cell.ljust(width) for cell, width in zip(cells, widths)) + " |"
+        rule = "|" + "|".join("-" * (width + 2) for width in widths) + "|"
+        return "\n".join([line(names), rule] + [line([row[name] for name in names]) for row in self.rows])
+
+
+def within(ratio, most):
+    return (f"<= {most:g} x", ratio <= most)
+
+
+def records(table, quick, env):
+    figures = Figures("codec_benchmark", quick, env)
+    for name in ("BannerCustomization", "CategoryItem", "BasicConsent", "ConsentResponse", "FullConsent", "Services",
+                 "SiteConfiguration"):
+        table.add(f"decode {name}", figures[f"decode/ours/{name}"], figures[f"decode/nlohmann-untyped/{name}"],
+                  figures[f"decode/parse/{name}"], peer_name="nlohmann, untyped", limit_name="simdjson parse")
+        table.add(f"encode {name}", figures[f"encode/ours/{name}"], figures[f"encode/nlohmann-untyped/{name}"],
+                  peer_name="nlohmann, untyped")
+    for count in (100, 10_000, 200_000):
+        of = lambda name: figures[f"services/{name}/{count}"]
+        ours = of("decode/ours")
+        what = f"decode {count:,} services"
+        faster, share = of("decode/nlohmann") / ours, of("decode/limit") / ours
+        table.add(what, ours, of("decode/nlohmann"), ratio=faster, peer_name="nlohmann, typed",
+                  budget=(">= 5 x as fast", faster >= 5))
+        table.add(what, ours, of("decode/rapidjson"), ratio=of("decode/rapidjson") / ours,
+                  peer_name="RapidJSON, typed (x as fast)")
+        table.add(what, ours, limit=of("decode/limit"), ratio=share, limit_name="parse + one copy",
+                  budget=(">= 0.6 of the limit", share >= 0.6))
+        table.add(what, ours, limit=of("memcpy"), limit_name="memcpy of the text")
+        table.add(f"encode {count:,} services", of("encode/ours"), of("encode/nlohmann-untyped"), of("memcpy"),
+                  peer_name="nlohmann, untyped", limit_name="memcpy of the text")
+    counts = (10, 100, 1_000, 10_000, 100_000)
+    for count in counts:
+        table.add(f"category index, {count:,} services", figures[f"index/{count}"],
+                  limit=figures[f"index/limit-copy/{count}"], limit_name="copy of the records")
+    for count in counts:
+        table.add(f"grouping, {count:,} services", figures[f"grouping/{count}"])
+
+
+def store(table, quick, env):
+    figures = Figures("store_benchmark", quick, env, "real_time")
+    ours = figures["save/ours"]
+    ratio = ours / figures["save/bare-sqlite"]
+    table.add("durable save", ours, limit=figures["save/bare-sqlite"], limit_name="bare SQLite", budget=within(ratio, 1.5))
+    table.add("durable save", ours, figures["save/qsettings"], peer_name="QSettings")
+    table.add("getConsent", figures["getConsent/ours"], limit=figures["getConsent/bare-sqlite-read"],
+              limit_name="bare SQLite read")
+    runs = [json.loads(run([BENCHMARKS / "creation", order], cwd=BENCHMARKS))
+            for order in ("ours-first", "bare-first") * (5 if quick else 20)]
+    ours, limit = (statistics.median(each[name] for each in runs) * 1e3 for name in ("createInstance", "openAndRead"))
+    table.add("createInstance", ours, limit=limit, limit_name="open + read two keys", budget=within(ours / limit, 2))
+
+
+def transport(table, quick, env):
+    wall = Figures("transport_benchmark", quick, env, "real_time")
+    for method in ("GET", "POST"):
+        for flight in (1, 32):
+            ours, limit = (wall[f"requests/{method}/{name}/{flight}"] for name in ("ours", "bare-curl"))
+            table.add(f"1,000 {method} requests, {flight} in flight", ours, limit=limit, limit_name="bare libcurl multi",
+                      budget=within(ours / limit, 1.2))
+    table.add("submission on loopback", wall["submission/ours"], limit=wall["submission/bare-curl-and-sqlite"],
+              limit_name="bare libcurl + SQLite")
+
+
+def events(table, quick, env):
+    figures = Figures("event_benchmark", quick, env)
+    for count in (0, 1, 100):
+        table.add(f"event, {count} listeners", figures[f"events/ours/{count}"], limit=figures[f"events/direct-calls/{count}"],
+                  limit_name="direct calls")
+
+
+def banner(table, quick, env):
+    figures = Figures("banner_benchmark", quick, env, "real_time")
+    counts = (10, 200, 1_000, 10_000)
+    for name, what in (("render", "render"), ("compare", "compare, nothing changed"), ("layout", "layout"),
+                       ("mount", "mount"), ("firstFrame", "first frame"), ("openCategory", "open a category"),
+                       ("switchVendor", "one switch to frame"), ("switchCategory", "switch a category to frame"),
+                       ("scrollHundredFrames", "scroll 100 frames")):
+        for count in counts:
+            ours = figures[f"{name}/{count}"]
+            budget = None
+            ratio = ours / figures[f"{name}/10"]
+            if name == "switchVendor":
+                budget = ("<= 16.6 ms", ours <= 16.6e6) if count <= 1_000 else ("grows < 1,000 x", ratio < 1_000)
+            if name == "openCategory" and count == 1_000:
+                budget = ("<= 3 x of 10", ratio <= 3)
+            table.add(f"{what}, {count:,} vendors", ours, ratio=ratio, budget=budget)
+
+
+def memory(process):
+    """The proportional set size, in kB."""
+    text = Path(f"/proc/{process.pid}/smaps_rollup").read_text()
+    return int(re.search(r"^Pss:\s+(\d+)", text, re.MULTILINE).group(1))
+
+
+def bare_window(env):
+    with subprocess.Popen([BENCHMARKS / "bare_window"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                          stderr=subprocess.DEVNULL, text=True, env=env) as process:
+        first = json.loads(process.stdout.readline())["process_to_first_frame_ms"]
+        used = memory(process)
+        process.communicate("\n")
+    return first, used
+
+
+def banner_process(env, url, site):
+    """One run of the sample host up to its banner."""
+    with tempfile.TemporaryDirectory() as folder:
+        command = [RELEASE / "apps/host/talvo-host", "--api-url", url, "--site", site, "--store", folder + "/store",
+                   "--script", "-"]
+        with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                              env=env) as process:
+            replies = iter(process.stdout.readline, "")
+            process.stdin.write("banner\ntiming\n")
+            process.stdin.flush()
+            timing = next(reply for reply in map(json.loads, replies) if "timing" in reply)["timing"]
+            used = memory(process)
+            process.communicate("quit\n")
+    return timing["process_to_first_frame_ms"], timing["show_to_first_frame_ms"], used
+
+
+def processes(table, quick, env):
+    env = {name: value for name, value in env.items() if name != "QT_SCALE_FACTOR"}
+    service = subprocess.Popen([RELEASE / "apps/consent-service/talvo-consent-service", "--port", "0"],
+                               stdout=subprocess.PIPE, text=True)
+    try:
+        url = service.stdout.readline().removeprefix("listening on ").strip()
+        bare, demo, large = [], [], []
+        for _ in range(5 if quick else 15):
+            bare.append(bare_window(env))
+            demo.append(banner_process(env, url, "demo"))
+            large.append(banner_process(env, url, "large"))
+    finally:
+        service.terminate()
+        service.wait()
+    median = lambda runs, index: statistics.median(each[index] for each in runs)
+    window, megabytes = median(bare, 0) * 1e6, lambda kilobytes: f"{kilobytes / 1024:.1f} MB"
+    for name, runs in (("demo", demo), ("large", large)):
+        table.add(f"process start to banner's first frame, {name} site", median(runs, 0) * 1e6, window,
+                  peer_name="bare window")
+        table.add(f"showBanner to first frame, {name} site", median(runs, 1) * 1e6)
+        table.add(f"memory (PSS), {name} site", median(runs, 2), median(bare, 1), peer_name="bare window", show=megabytes)
+
+
+def sizes(table, quick):
+    for library in sorted(SHARED.glob("**/libTalvoConsent*.so")):
+        stripped = Path(tempfile.gettempdir()) / library.name
+        run(["strip", "-o", stripped, library])
+        size = stripped.stat().st_size
+        stripped.unlink()
+        needed = len(re.findall(r"\(NEEDED\)", run(["readelf", "-d", library])))
+        is_library = library.name == "libTalvoConsentSDK.so"
+        table.add(f"stripped size of {library.name}", size, show=lambda bytes: f"{bytes / 1000:.0f} kB",
+                  budget=("< 400 kB", size < 400_000) if is_library else None)
+        table.add(f"dynamic dependencies of {library.name}", needed, show=str)
+    programs = {name: [] for name in ("linked", "unlinked")}
+    for _ in range(20 if quick else 200):
+        for name, times in programs.items():
+            start = os.times()
+            run([SHARED / "benchmarks" / name])
+            end = os.times()
+            times.append(end.children_user + end.children_system - start.children_user - start.children_system)
+    ours, peer = (statistics.mean(programs[name]) * 1e9 for name in ("linked", "unlinked"))
+    table.add("a process that links the library, unused", ours, peer, peer_name="without it; processor time")
+
+
+def instructions(program, operation):
+    program = Path(program).absolute()
+    with tempfile.NamedTemporaryFile() as output:
+        result = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={output.name}",
+                                 "--toggle-collect=talvoMeasured", str(program), operation],
+                                check=True, capture_output=True, text=True)
+    return int(re.search(r"Collected : (\d+)", result.stderr).group(1))
+
+
+def count(table):
+    program = "build/operations/operations"
+    for operation in run([program]).split():
+        table.add(f"instructions: {operation}", instructions(program, operation), show=lambda n: f"{n:,}")
+
+
+def check(old, new):
+    grown = []
+    for operation in run([new]).split():
+        before, after = instructions(old, operation), instructions(new, operation)
+        growth = after / before - 1
+        print(f"{operation:22}{before:>14,} -> {after:>14,}  {growth:+.2%}")
+        if growth > MOST_GROWTH:
+            grown.append(operation)
+    if grown:
+        raise SystemExit(f"More than {MOST_GROWTH:.0%} more instructions: {', '.join(grown)}")
+
+
+def measure(quick):
+    table, env = Table(), environment()
+    for part in (records, store, transport, events, banner, processes):
+        print(f"Measuring {part.__name__}, load {os.getloadavg()[0]:.1f} ...", file=sys.stderr)
+        part(table, quick, env)
+    sizes(table, quick)
+    count(table)
+    print(table.text())
+    Path("build/bench.json").write_text(json.dumps({"load": os.getloadavg(), "rows": table.rows}, indent=1) + "\n")
+    if any(row["inside"] == "NO" for row in table.rows):
+        raise SystemExit("Some figures are outside their budgets.")
+
+
+if __name__ == "__main__":
+    if sys.argv[1] == "check":
+        check(*sys.argv[2:4])
+    else:
+        measure("--quick" in sys.argv)
