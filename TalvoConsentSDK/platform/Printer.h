@@ -6,7 +6,9 @@
 #include <functional>
 #include <string_view>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Receives every diagnostic line. Called from any thread.
 class Printer {

@@ -7,10 +7,11 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A device store of which reading, writing or both can fail. A failed write changes nothing.
 class FailingUserDefaults : public UserDefaults {
