@@ -44,7 +44,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/TalvoConsentSDK ${PROJECT_BINARY_DIR}/adapters/curl ${PROJECT_BINARY_DIR}/adapters/memory
   ${PROJECT_BINARY_DIR}/adapters/posix ${PROJECT_BINARY_DIR}/adapters/qt ${PROJECT_BINARY_DIR}/adapters/sqlite
-  ${PROJECT_BINARY_DIR}/adapters/threads)
+  ${PROJECT_BINARY_DIR}/adapters/threads ${PROJECT_BINARY_DIR}/bindings/c)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(runtime_package libtalvoconsentsdk${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})

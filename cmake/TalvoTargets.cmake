@@ -26,7 +26,9 @@ function(talvo_add_library target alias)
   talvo_configure(${target})
   target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${TALVO_INSTALL_INCLUDEDIR}>)
   set_target_properties(${target} PROPERTIES
+    DEFINE_SYMBOL ""
     EXPORT_NAME ${alias}
+    INSTALL_RPATH "$ORIGIN"  # the libraries find each other wherever they are
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     VERSION ${PROJECT_VERSION}
