@@ -33,7 +33,7 @@ void forget() noexcept;
 /// Refuses null.
 template <class T>
 T& required(T* argument, const char* name) {
-  if (!argument) throw InvalidArgument(std::string(name) + " is null");
+  if (!argument) throw Error(InvalidArgument(std::string(name) + " is null"));
   return *argument;
 }
 inline std::string requiredText(const char* argument, const char* name) {

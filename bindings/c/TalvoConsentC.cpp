@@ -29,7 +29,7 @@ struct MainLoop {
 
   std::shared_ptr<MainQueue> installed() {
     const std::scoped_lock guard(lock);
-    if (!queue) throw InvalidArgument("talvo_install has not been called");
+    if (!queue) throw Error(InvalidArgument("talvo_install has not been called"));
     return queue;
   }
 };
@@ -41,7 +41,7 @@ CookiesSDK& cookies(talvo_cookies* client) {
 
 ConsentEvent eventOf(talvo_event event) {
   if (event < TALVO_ACCEPT_ALL || event > TALVO_IDENTIFICATION_COMPLETE) {
-    throw InvalidArgument("There is no event " + std::to_string(event));
+    throw Error(InvalidArgument("There is no event " + std::to_string(event)));
   }
   return static_cast<ConsentEvent>(event);
 }
@@ -79,7 +79,7 @@ talvo_status talvo_install(const char* store, talvo_callback wake, void* user_da
     const auto queue = std::make_shared<MainQueue>(closure(wake, {user_data, [](void*) {}}));
     MainLoop& loop = MainLoop::shared();
     const std::scoped_lock guard(loop.lock);
-    if (loop.queue) throw InvalidArgument("talvo_install has been called before");
+    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
     Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile()));
     loop.queue = queue;
   });
@@ -156,7 +156,7 @@ talvo_status talvo_cookies_add_listener(talvo_cookies* client, talvo_event event
   return guarded([&] {
     CookiesSDK& sdk = cookies(client);
     const ConsentEvent consentEvent = eventOf(event);
-    if (!callback) throw InvalidArgument("callback is null");
+    if (!callback) throw Error(InvalidArgument("callback is null"));
     sdk.addEventListener(consentEvent, std::make_shared<ConsentEventClosureCallback>(
                                            [callback, event, userData = owned(user_data, release)] {
                                              callback(event, userData.get());
