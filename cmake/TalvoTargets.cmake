@@ -1,6 +1,13 @@
 # How the project's own targets are built: include paths from the root, and warnings as errors when this is the
 # project being developed rather than a dependency of another.
 
+include(GNUInstallDirs)
+
+# The tree is installed as it is, below a folder of its own: `#include "adapters/qt/QtPlatform.h"` reads the same
+# in this tree and in a host, and two major versions can stand side by side.
+set(TALVO_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/TalvoConsentSDK-${PROJECT_VERSION_MAJOR})
+set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
+
 function(talvo_configure target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
@@ -11,9 +18,51 @@ function(talvo_configure target)
   endif()
 endfunction()
 
-# talvo_add_library(NAME ALIAS SOURCES...): a library, also known as TalvoConsentSDK::ALIAS.
+# talvo_add_library(NAME ALIAS SOURCES...): a library, also known as TalvoConsentSDK::ALIAS. It shows only what its
+# public headers export.
 function(talvo_add_library target alias)
   add_library(${target} ${ARGN})
   add_library(TalvoConsentSDK::${alias} ALIAS ${target})
   talvo_configure(${target})
+  target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${TALVO_INSTALL_INCLUDEDIR}>)
+  set_target_properties(${target} PROPERTIES
+    DEFINE_SYMBOL ""
+    EXPORT_NAME ${alias}
+    INSTALL_RPATH "$ORIGIN"  # the libraries find each other wherever they are
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
+
+# talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
+#               [DESCRIPTION text]): installs a library, those of its headers that are public, its part of the CMake
+# package and its pkg-config file.
+function(talvo_install target component)
+  cmake_parse_arguments(PARSE_ARGV 2 PART "" "DESCRIPTION" "HEADERS;REQUIRES;REQUIRES_PRIVATE")
+  if(NOT TALVO_INSTALL)
+    return()
+  endif()
+  install(TARGETS ${target} EXPORT TalvoConsentSDK-${component}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+  set_property(GLOBAL APPEND PROPERTY TALVO_COMPONENTS ${component})
+  foreach(header IN LISTS PART_HEADERS)
+    file(RELATIVE_PATH path ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/${header})
+    get_filename_component(folder ${path} DIRECTORY)
+    install(FILES ${header} DESTINATION ${TALVO_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)
+  endforeach()
+
+  string(JOIN ", " requires ${PART_REQUIRES})
+  string(JOIN ", " requires_private ${PART_REQUIRES_PRIVATE})
+  set(name ${target})
+  get_target_property(type ${target} TYPE)
+  # Hosts of a static library have to link what it uses themselves.
+  if(type STREQUAL "STATIC_LIBRARY" AND requires_private)
+    string(JOIN ", " requires ${requires} ${requires_private})
+    set(requires_private "")
+  endif()
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endfunction()

@@ -4,9 +4,10 @@
 
 #include <array>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/RawValue.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// What became of a consent or an identity.
 enum class ConsentEvent {

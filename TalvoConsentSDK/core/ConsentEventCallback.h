@@ -5,7 +5,9 @@
 #include <functional>
 #include <utility>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A listener. It is called on the thread on which its event arises: events of a submission on a background
 /// thread, `identificationComplete` on the main one.

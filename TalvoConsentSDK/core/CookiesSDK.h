@@ -11,10 +11,11 @@
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Asks for consent, keeps it on the device, reports it to the service and tells listeners. One instance
 /// exists per process, bound to the site it was first created for; it is never destroyed.

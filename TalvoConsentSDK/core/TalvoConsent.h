@@ -10,9 +10,10 @@
 #include <string>
 
 #include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Result.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 class HTTPClient;
 

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A site's banner, in one language. Texts that are absent have defaults where they are drawn.
 struct BannerCustomization {

@@ -9,8 +9,9 @@
 #include "TalvoConsentSDK/core/ConsentEvent.h"
 #include "TalvoConsentSDK/models/ConsentValue.h"
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Consent per category. The necessary category is always on and has no field.
 struct BasicConsent {

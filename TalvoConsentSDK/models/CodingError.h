@@ -6,7 +6,9 @@
 #include <string>
 #include <utility>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// What was wrong and where. `path` names the place in the document, such as
 /// "customization.components.mainScreen[2].buttons"; it is empty for the root.

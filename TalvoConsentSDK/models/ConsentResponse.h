@@ -5,7 +5,9 @@
 #include <string>
 #include <utility>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Names the record under which the service keeps the consent.
 struct ConsentResponse {

@@ -6,7 +6,9 @@
 #include <utility>
 #include <vector>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// All of a category, none of it, or only the items listed (vendor or service identifiers). As JSON: `true`,
 /// `false`, or an array of strings.

@@ -4,9 +4,10 @@
 
 #include <array>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/RawValue.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A category of cookies and services. Its raw text is its name.
 enum class ConsentCategory { necessary, preferences, statistics, marketing, unclassified, doNotSell };

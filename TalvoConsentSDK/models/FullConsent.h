@@ -8,8 +8,9 @@
 
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentValue.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// How the banner looked when the choice was made.
 struct ConsentDataAnalytics {

@@ -6,9 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Result.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Reads records. Stateless; safe from any thread. A document is refused as a whole, with a `CodingError`:
 /// when it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels deep, an empty one inside these not

@@ -10,7 +10,9 @@
 #include <variant>
 #include <vector>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 class JSONValue;
 

@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The catalogue as the service sends it. The services proper are its `libraries`; its `services` are details
 /// about vendors.

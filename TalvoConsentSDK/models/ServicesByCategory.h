@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "TalvoConsentSDK/models/Services.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A catalogue and, per normalized category key, its distinct vendor names in order of appearance. Immutable;
 /// shared by pointer.

@@ -4,7 +4,9 @@
 
 #include <optional>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct SiteConfiguration {
   SiteConfiguration() {}

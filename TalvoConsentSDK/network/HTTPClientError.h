@@ -7,8 +7,9 @@
 #include <string>
 
 #include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Why an exchange with the service failed. Immutable.
 class HTTPClientError : public std::exception {

@@ -6,10 +6,11 @@
 #include <optional>
 #include <vector>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/URL.h"
 #include "TalvoConsentSDK/platform/Window.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 enum class ActivationState { unattached, foregroundInactive, foregroundActive, background };
 

@@ -4,7 +4,9 @@
 
 #include <string_view>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// sRGB, not premultiplied, each channel from 0 to 1.
 struct Color {

@@ -10,7 +10,9 @@
 #include <string_view>
 #include <utility>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A failure in the platform's terms: a domain, a code that is unique within it, and a text for people.
 /// Immutable.

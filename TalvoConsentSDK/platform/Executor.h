@@ -4,7 +4,9 @@
 
 #include <functional>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A place that runs jobs. The main actor runs its jobs one at a time on the main thread, in the order posted
 /// and never inside `post`; a background executor runs them on threads other than the main one.

@@ -2,7 +2,9 @@
 
 // How text looks: the named styles of a phone, which the toolkit scales with the person's text size.
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 enum class FontWeight { regular, medium, semibold, bold };
 

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct Point {
   double x = 0;

@@ -5,11 +5,12 @@
 #include <functional>
 #include <memory>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/URL.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A decoded picture, in the toolkit's own form.
 class Image {

@@ -5,7 +5,9 @@
 #include <string>
 #include <string_view>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Looks texts up by key. This default knows none and answers with the key itself.
 class Localization {

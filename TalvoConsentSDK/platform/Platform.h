@@ -7,12 +7,13 @@
 
 #include "TalvoConsentSDK/platform/Application.h"
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Localization.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// What the library runs on. No member is ever null: what a host leaves out is a null object, whose
 /// operations fail with an error that says so. Without an installed platform that is all of them, except for

@@ -6,7 +6,9 @@
 #include <functional>
 #include <string_view>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Receives every diagnostic line. Called from any thread, also while a client is being created: it must not
 /// create one itself.

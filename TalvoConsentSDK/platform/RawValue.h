@@ -7,7 +7,9 @@
 #include <string_view>
 #include <utility>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// `RawValues<Enum>::table` pairs every case of `Enum` with its raw text, in declaration order.
 template <class Enum>

@@ -6,8 +6,9 @@
 #include <variant>
 
 #include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Either a `T` or an `Error`. Reading the value of a failed result throws its `Error`; reading the error of
 /// a successful one throws `std::bad_variant_access`.

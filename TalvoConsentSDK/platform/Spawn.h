@@ -11,11 +11,12 @@
 #include <type_traits>
 #include <utility>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
 /// it once, on any thread. In a task the wait ends on the task's executor, elsewhere on the callback's

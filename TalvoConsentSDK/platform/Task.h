@@ -15,8 +15,9 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 namespace detail {
 

@@ -4,10 +4,11 @@
 
 #include <string_view>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Font.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Measures text at the person's text size. Main thread.
 class TextMeasurer {

@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// An absolute URL, kept as the text it was parsed from.
 class URL {

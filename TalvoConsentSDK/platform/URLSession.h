@@ -9,10 +9,11 @@
 #include <string>
 #include <string_view>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/URL.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Orders header names without regard to ASCII case.
 struct HeaderNameLess {

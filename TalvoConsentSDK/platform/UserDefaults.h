@@ -6,9 +6,10 @@
 #include <string>
 #include <string_view>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Result.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A binary value, distinct from a string with the same bytes.
 struct Data {

@@ -7,8 +7,9 @@
 #include <memory>
 
 #include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 class HostingController;
 

@@ -7,11 +7,12 @@
 #include <memory>
 #include <optional>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
 #include "adapters/threads/ParkedThread.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// What a host may change about a `CurlURLSession`.
 struct CurlOptions {

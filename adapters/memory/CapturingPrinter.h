@@ -7,9 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Collects diagnostic lines.
 class CapturingPrinter : public Printer {

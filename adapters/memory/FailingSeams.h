@@ -8,10 +8,11 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A device store of which reading, writing or both can fail, with an error or by throwing it. A failed write
 /// changes nothing.

@@ -10,9 +10,10 @@
 #include <vector>
 
 #include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/ui/view/HostingController.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A window whose fades end when the test says so, and whose view is laid out with FixedWidthMeasurer
 /// metrics.

@@ -11,9 +11,10 @@
 #include <vector>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Answers each expected request with the outcomes prepared for it, in turn; the last one stays. A request
 /// that nobody prepared for fails, and is listed as unexpected.

@@ -2,9 +2,10 @@
 
 // Text metrics that can be computed by hand.
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Every character is half as wide as the font is large, and lines are as far apart as the font says; both
 /// grow with the scale. Characters are code points; lines break at spaces.

@@ -7,9 +7,10 @@
 #include <string>
 #include <variant>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps values until it is destroyed. Never fails.
 class InMemoryUserDefaults : public UserDefaults {

@@ -8,8 +8,9 @@
 #include <mutex>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps jobs until `runAll`. It stands for a thread: while it runs a job it is the current one.
 class ManualExecutor : public Executor {

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 #include "adapters/memory/CapturingPrinter.h"
@@ -13,7 +14,7 @@
 #include "adapters/memory/InMemoryUserDefaults.h"
 #include "adapters/memory/ManualExecutor.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Fakes of every seam. Nothing happens until `settle` runs what is due; nothing takes time.
 class MemoryPlatform {

@@ -5,12 +5,13 @@
 #include <filesystem>
 #include <memory>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 #include "adapters/curl/CurlURLSession.h"
 #include "adapters/threads/MainQueue.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Where an application's consents are kept unless it says otherwise: "consent.sqlite" in a folder that is
 /// named after the running program, inside XDG_DATA_HOME or else ".local/share" of the home folder. Nothing

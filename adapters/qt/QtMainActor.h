@@ -5,10 +5,11 @@
 #include <memory>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
 class QObject;
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs jobs on the thread of the QGuiApplication, one per turn of its event loop, in the order posted. Make
 /// it on that thread.

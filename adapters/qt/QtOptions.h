@@ -6,13 +6,14 @@
 #include <optional>
 
 #include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 
 #include "adapters/qt/QtText.h"
 
 class QWindow;
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct QtOptions {
   TextSettings text;

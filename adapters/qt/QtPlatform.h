@@ -4,11 +4,12 @@
 
 #include <filesystem>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 #include "adapters/qt/QtOptions.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Call it on the thread of the
 /// QGuiApplication, once that exists. `store` is the file that consents are kept in; it is made when it is

@@ -6,9 +6,10 @@
 #include <QString>
 #include <QTextLayout>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// How the person wants text to be.
 struct TextSettings {

@@ -7,9 +7,10 @@
 #include <memory>
 #include <mutex>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps values in a file that several objects and processes may share; every operation is one transaction,
 /// on the disk when it returns. The file is opened by the first operation, which takes a millisecond or two,

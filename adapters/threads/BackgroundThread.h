@@ -6,10 +6,11 @@
 #include <mutex>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
 #include "adapters/threads/ParkedThread.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs jobs one after another on a thread that starts with the first one. Jobs still waiting when the
 /// executor is destroyed or the process exits are dropped.

@@ -10,8 +10,9 @@
 #include <mutex>
 
 #include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps jobs until the host's main loop drains them.
 class MainQueue : public Executor {

@@ -7,7 +7,9 @@
 #include <memory>
 #include <thread>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs a loop on a thread of its own, with all signals blocked. When the process exits, the loop is asked to
 /// stop and, once `wake` has returned, given 250 ms to end; the thread is then left as it is, so that a host

@@ -7,11 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/ui/view/Element.h"
 #include "TalvoConsentSDK/ui/view/ViewTypes.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The least side of an area that a finger can hit, in points (WCAG 2.2, target size enhanced).
 inline constexpr double leastTarget = 44;

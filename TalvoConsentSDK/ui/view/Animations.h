@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <unordered_map>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Moving numbers by the identity of what they move. Time is what the owner says it is.
 class Animations {

@@ -7,10 +7,11 @@
 #include <string>
 
 #include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/ui/view/ViewTypes.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct ViewNode;
 

@@ -14,11 +14,12 @@
 #include <utility>
 #include <vector>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/ui/view/AnyView.h"
 #include "TalvoConsentSDK/ui/view/State.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Identity of a view in its tree: a hash of the keys or positions on the way from the root. It stays the
 /// same from one rendering to the next, and when a view goes and comes back.

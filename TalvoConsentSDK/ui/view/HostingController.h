@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/ui/view/Accessible.h"
 #include "TalvoConsentSDK/ui/view/Animations.h"
 #include "TalvoConsentSDK/ui/view/Element.h"
@@ -21,7 +22,7 @@
 #include "TalvoConsentSDK/ui/view/ViewEnvironment.h"
 #include "TalvoConsentSDK/ui/view/Visual.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The keys that a banner answers to.
 enum class Key { tab, backtab, space, enter, escape, up, down, pageUp, pageDown, home, end };

@@ -6,11 +6,12 @@
 #include <optional>
 #include <vector>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/ui/view/Element.h"
 #include "TalvoConsentSDK/ui/view/ViewEnvironment.h"
 #include "TalvoConsentSDK/ui/view/ViewNode.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A part of the window whose content scrolls.
 struct ScrollRegion {

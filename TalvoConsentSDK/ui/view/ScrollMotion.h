@@ -7,7 +7,9 @@
 #include <deque>
 #include <optional>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// One drag and the fling after it, as a function of a clock. Distances are points the content moves up by.
 class ScrollMotion {

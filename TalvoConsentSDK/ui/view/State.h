@@ -7,7 +7,9 @@
 #include <type_traits>
 #include <utility>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Two-way access to a value that lives elsewhere. Main thread only.
 template <class T>

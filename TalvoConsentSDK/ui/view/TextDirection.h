@@ -5,8 +5,9 @@
 #include <string_view>
 
 #include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The direction of most of the letters in UTF-8 `text`, so that a Latin name at its beginning does not
 /// decide for an Arabic sentence. Left to right when there are as many of one kind as of the other.

@@ -4,9 +4,10 @@
 
 #include <string>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/ui/view/AnyView.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// One line a view, children indented under it, components by what they show at first. What wraps a view
 /// stands behind it on its line, in the order of wrapping:

@@ -5,11 +5,12 @@
 #include <memory>
 
 #include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/platform/ImageLoader.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct ViewEnvironment {
   std::shared_ptr<TextMeasurer> textMeasurer;

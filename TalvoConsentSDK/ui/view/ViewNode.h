@@ -13,13 +13,14 @@
 #include <vector>
 
 #include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Font.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/platform/URL.h"
 #include "TalvoConsentSDK/ui/view/AnyView.h"
 #include "TalvoConsentSDK/ui/view/ViewTypes.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 class RenderContext;
 

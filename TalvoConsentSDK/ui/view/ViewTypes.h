@@ -5,8 +5,9 @@
 #include <limits>
 
 #include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/platform/Export.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 

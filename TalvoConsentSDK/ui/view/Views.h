@@ -7,13 +7,14 @@
 #include <string>
 #include <vector>
 
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Font.h"
 #include "TalvoConsentSDK/platform/URL.h"
 #include "TalvoConsentSDK/ui/view/AnyView.h"
 #include "TalvoConsentSDK/ui/view/State.h"
 #include "TalvoConsentSDK/ui/view/ViewNode.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct TextOptions {
   Font font = {};

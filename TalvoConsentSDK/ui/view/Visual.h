@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Font.h"
 #include "TalvoConsentSDK/platform/Geometry.h"
 #include "TalvoConsentSDK/platform/ImageLoader.h"
@@ -19,7 +20,7 @@
 #include "TalvoConsentSDK/ui/view/Layout.h"
 #include "TalvoConsentSDK/ui/view/ViewTypes.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 namespace visual {
 

@@ -1,0 +1,10 @@
+#pragma once
+
+// What a shared library shows of itself. Everything is compiled hidden; a public header opens its namespace
+// with TALVO_EXPORT, which makes what it declares visible, typeinfo of errors included.
+
+#if defined(__GNUC__)
+#define TALVO_EXPORT __attribute__((visibility("default")))
+#else
+#define TALVO_EXPORT
+#endif

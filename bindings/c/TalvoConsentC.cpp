@@ -1,0 +1,204 @@
+// The flat interface, function by function, over the C++ one.
+
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+
+#include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/models/JSONCoding.h"
+
+#include "adapters/posix/PosixPlatform.h"
+
+#include "bindings/c/Boundary.h"
+
+using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::c;
+
+namespace {
+
+// Never destroyed: other threads may still post to it while the process exits.
+struct MainLoop {
+  std::mutex lock;
+  std::shared_ptr<MainQueue> queue;
+
+  static MainLoop& shared() {
+    static MainLoop& loop = *new MainLoop;
+    return loop;
+  }
+
+  std::shared_ptr<MainQueue> installed() {
+    const std::scoped_lock guard(lock);
+    if (!queue) throw Error(InvalidArgument("talvo_install has not been called"));
+    return queue;
+  }
+};
+
+// A client's handle is its address: it lives as long as the process.
+CookiesSDK& cookies(talvo_cookies* client) {
+  return required(reinterpret_cast<CookiesSDK*>(client), "client");
+}
+
+ConsentEvent eventOf(talvo_event event) {
+  if (event < TALVO_ACCEPT_ALL || event > TALVO_IDENTIFICATION_COMPLETE) {
+    throw Error(InvalidArgument("There is no event " + std::to_string(event)));
+  }
+  return static_cast<ConsentEvent>(event);
+}
+static_assert(static_cast<int>(ConsentEvent::identificationComplete) == TALVO_IDENTIFICATION_COMPLETE);
+static_assert(static_cast<int>(ConsentEvent::consentSent) == TALVO_CONSENT_SENT);
+
+char* copied(const std::string& text) {
+  char* const copy = static_cast<char*>(std::malloc(text.size() + 1));
+  if (!copy) throw std::bad_alloc();
+  std::memcpy(copy, text.c_str(), text.size() + 1);
+  return copy;
+}
+
+void answer(talvo_reply_callback callback, void* userData, const Result<std::string>& json) {
+  if (!callback) return;
+  if (json) return callback(nullptr, json->c_str(), userData);
+  const talvo_error error = describe(json.error());
+  callback(&error, nullptr, userData);
+}
+
+std::function<void()> closure(talvo_callback callback, std::shared_ptr<void> userData) {
+  return [callback, userData = std::move(userData)] {
+    if (callback) callback(userData.get());
+  };
+}
+
+}  // namespace
+
+void talvo_free(char* text) {
+  std::free(text);
+}
+
+talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data) {
+  return guarded([&] {
+    const auto queue = std::make_shared<MainQueue>(closure(wake, {user_data, [](void*) {}}));
+    MainLoop& loop = MainLoop::shared();
+    const std::scoped_lock guard(loop.lock);
+    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
+    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile()));
+    loop.queue = queue;
+  });
+}
+
+size_t talvo_drain(void) {
+  size_t count = 0;
+  guarded([&] { count = MainLoop::shared().installed()->drain(); });
+  return count;
+}
+
+int talvo_wait(unsigned milliseconds) {
+  bool isReady = false;
+  guarded([&] { isReady = MainLoop::shared().installed()->wait(std::chrono::milliseconds(milliseconds)); });
+  return isReady ? 1 : 0;
+}
+
+talvo_cookies* talvo_cookies_create(const char* api_url, const char* site_id) {
+  CookiesSDK* client = nullptr;
+  guarded([&] {
+    client =
+        CookiesSDK::createInstance(requiredText(api_url, "api_url"), requiredText(site_id, "site_id")).get();
+  });
+  return reinterpret_cast<talvo_cookies*>(client);
+}
+
+talvo_status talvo_cookies_set_language(talvo_cookies* client, const char* language) {
+  return guarded([&] { cookies(client).setLanguage(requiredText(language, "language")); });
+}
+
+talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json) {
+  return guarded([&] {
+    required(json, "json") = nullptr;
+    if (const auto consent = cookies(client).getConsent()) *json = copied(*JSONEncoder().encode(*consent));
+  });
+}
+
+talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
+                                          talvo_reply_callback callback, void* user_data) {
+  return guarded([&] {
+    const auto consent = JSONDecoder().decode<BasicConsent>(requiredText(json, "json"));
+    cookies(client).submitConsent(*consent, [callback, user_data](const Result<ConsentResponse>& result) {
+      answer(callback, user_data,
+             result ? JSONEncoder().encode(*result) : Result<std::string>(result.error()));
+    });
+  });
+}
+
+talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id) {
+  return guarded([&] { cookies(client).identify(requiredText(user_id, "user_id")); });
+}
+
+talvo_status talvo_cookies_remove_identity(talvo_cookies* client) {
+  return guarded([&] { cookies(client).removeIdentity(); });
+}
+
+talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner_callbacks* callbacks) {
+  return guarded([&] {
+    CookiesSDK& sdk = cookies(client);
+    const talvo_banner_callbacks host = required(callbacks, "callbacks");
+    const auto userData = owned(host.user_data, host.release);
+    sdk.showBanner(closure(host.on_accept_all, userData), closure(host.on_reject_all, userData),
+                   closure(host.on_manage_preferences, userData),
+                   [onError = host.on_error, userData](const Error& error) {
+                     const talvo_error described = describe(error);
+                     if (onError) onError(&described, userData.get());
+                   });
+  });
+}
+
+talvo_status talvo_cookies_add_listener(talvo_cookies* client, talvo_event event,
+                                        talvo_event_callback callback, void* user_data,
+                                        talvo_callback release) {
+  return guarded([&] {
+    CookiesSDK& sdk = cookies(client);
+    const ConsentEvent consentEvent = eventOf(event);
+    if (!callback) throw Error(InvalidArgument("callback is null"));
+    sdk.addEventListener(consentEvent, std::make_shared<ConsentEventClosureCallback>(
+                                           [callback, event, userData = owned(user_data, release)] {
+                                             callback(event, userData.get());
+                                           },
+                                           [] {}));
+  });
+}
+
+talvo_status talvo_cookies_remove_listeners(talvo_cookies* client, talvo_event event) {
+  return guarded([&] { cookies(client).removeEventListener(eventOf(event)); });
+}
+
+talvo_status talvo_cookies_remove_all_listeners(talvo_cookies* client) {
+  return guarded([&] { cookies(client).removeAllEventListeners(); });
+}
+
+talvo_topics* talvo_topics_get(const char* tenant_id, const char* collection_point_id, const char* token,
+                               const char* api_url) {
+  TalvoConsent* client = nullptr;
+  guarded([&] {
+    const auto optional = [](const char* text) {
+      return text ? std::optional<std::string>(text) : std::nullopt;
+    };
+    client = TalvoConsent::getInstance(requiredText(tenant_id, "tenant_id"),
+                                       requiredText(collection_point_id, "collection_point_id"),
+                                       optional(token), optional(api_url))
+                 .get();
+  });
+  return reinterpret_cast<talvo_topics*>(client);
+}
+
+talvo_status talvo_topics_submit(talvo_topics* client, const char* email, const talvo_topic* topics,
+                                 size_t count, talvo_reply_callback callback, void* user_data) {
+  return guarded([&] {
+    std::map<int, bool> choices;
+    if (count > 0) required(topics, "topics");
+    for (size_t i = 0; i < count; ++i) choices[topics[i].number] = topics[i].selected != 0;
+    required(reinterpret_cast<TalvoConsent*>(client), "client")
+        .submitConsent(
+            requiredText(email, "email"), choices, [callback, user_data](const Result<JSONObject>& reply) {
+              answer(callback, user_data,
+                     reply ? JSONEncoder().encode(JSONValue(*reply)) : Result<std::string>(reply.error()));
+            });
+  });
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+// The whole integration of a Qt Quick host, as one QML type.
+
+#include <QObject>
+#include <QQmlParserStatus>
+#include <QString>
+#include <QVariantMap>
+#include <functional>
+#include <memory>
+
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
+
+class CookiesSDK;
+class Error;
+
+/// Makes `import TalvoConsent` work: call it once, before the first QML file is loaded.
+void registerQmlTypes();
+
+/// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. What it is
+/// given counts once, when it is complete; only `language` can change later. GUI thread; every signal comes
+/// there.
+class ConsentSdk : public QObject, public QQmlParserStatus {
+  Q_OBJECT
+  Q_INTERFACES(QQmlParserStatus)
+  Q_PROPERTY(QString apiUrl MEMBER apiUrl_)
+  Q_PROPERTY(QString siteId MEMBER siteId_)
+  Q_PROPERTY(QString store MEMBER store_)  // the file consents are kept in; empty: in the app's data folder
+  Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
+
+  /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null when none is. Read anew
+  /// each time; consent given implicitly at start changes it without a signal.
+  Q_PROPERTY(QVariant consent READ consent NOTIFY consentChanged)
+
+ public:
+  explicit ConsentSdk(QObject* parent = nullptr);
+  ~ConsentSdk() override;
+
+  QString language() const { return language_; }
+  void setLanguage(const QString& language);
+  QVariant consent() const;
+
+  Q_INVOKABLE void showBanner();
+  Q_INVOKABLE void submitConsent(const QVariantMap& consent);
+  Q_INVOKABLE void acceptAll();
+  Q_INVOKABLE void rejectAll();
+  Q_INVOKABLE void identify(const QString& userId);
+  Q_INVOKABLE void removeIdentity();
+
+  void classBegin() override {}
+  void componentComplete() override;
+
+ signals:
+  void languageChanged();
+
+  /// Something was decided, submitted, identified or restored.
+  void consentChanged();
+
+  /// One of the SDK's events, by its name, such as "ConsentSent".
+  void eventRaised(const QString& event);
+
+  /// Nothing was stored; `description` tells why.
+  void failed(const QString& description);
+
+ private:
+  CookiesSDK* sdk();
+  void submit(const QByteArray& json);
+  void report(const Error& error);
+  std::function<void()> announcing();
+
+  QString apiUrl_;
+  QString siteId_;
+  QString store_;
+  QString language_ = QStringLiteral("en");
+  std::shared_ptr<CookiesSDK> sdk_;
+};
+
+}  // namespace TalvoConsentSDK

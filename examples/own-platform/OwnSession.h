@@ -1,0 +1,71 @@
+#pragma once
+
+// The host's own HTTP: one blocking socket a request, plain http to the loopback host only.
+
+#include <string>
+#include <thread>
+
+#include <TalvoConsentSDK/platform/URLSession.h>
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace own {
+using namespace TalvoConsentSDK;
+
+class OwnSession : public URLSession {
+ public:
+  // Each request has a thread, on which its completion is called, once.
+  void run(URLRequest request, Completion completion) override {
+    std::thread([request = std::move(request), completion = std::move(completion)] {
+      completion(exchange(request));
+    }).detach();
+  }
+
+ private:
+  static PlatformError failure(const char* what) { return {"OwnSession", 1, what}; }
+
+  static Result<URLResponse> exchange(const URLRequest& request) {
+    // "http://127.0.0.1:8080/path?query"
+    const std::string& url = request.url.text();
+    const std::size_t host = url.find("//") + 2;
+    const std::size_t path = url.find('/', host);
+    const std::size_t colon = url.rfind(':', path);
+    if (request.url.scheme() != "http" || colon < host) return failure("Only http://ADDRESS:PORT is spoken");
+
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(url.substr(colon + 1, path - colon - 1))));
+    const int peer = socket(AF_INET, SOCK_STREAM, 0);
+    const std::unique_ptr<const int, void (*)(const int*)> closing(&peer, [](const int* it) { close(*it); });
+    if (inet_pton(AF_INET, request.url.host().c_str(), &address.sin_addr) != 1 ||
+        connect(peer, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+      return failure("The service cannot be reached");
+    }
+    const timeval patience{request.timeout.count() / 1000, 0};
+    setsockopt(peer, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+
+    std::string sent = request.method + " " + url.substr(path) + " HTTP/1.0\r\n";
+    for (const auto& [name, value] : request.headers) sent += name + ": " + value + "\r\n";
+    const std::string body = request.body.value_or("");
+    sent += "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+    if (send(peer, sent.data(), sent.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(sent.size())) {
+      return failure("The request could not be sent");
+    }
+
+    std::string reply;
+    char part[4096];
+    ssize_t count = 0;
+    while ((count = recv(peer, part, sizeof part, 0)) > 0)
+      reply.append(part, static_cast<std::size_t>(count));
+    const std::size_t end = reply.find("\r\n\r\n");
+    if (count < 0 || reply.size() < 12 || end == std::string::npos) return failure("No reply arrived");
+
+    URLResponse response;
+    response.statusCode = std::stoi(reply.substr(9, 3));  // "HTTP/1.1 200 OK"
+    if (request.method != "HEAD" && response.statusCode != 204) response.body = reply.substr(end + 4);
+    return response;
+  }
+};
+
+}  // namespace own

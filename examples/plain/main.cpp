@@ -1,0 +1,47 @@
+// A host with a main loop of its own and no toolkit: asks what is stored, submits a choice, listens.
+//
+//   plain URL [STORE]
+
+#include <cstdio>
+
+#include <TalvoConsentSDK/TalvoConsentSDK.h>
+#include <adapters/posix/PosixPlatform.h>
+
+using namespace TalvoConsentSDK;
+
+int main(int count, char** arguments) {
+  if (count < 2) return std::fprintf(stderr, "usage: plain URL [STORE]\n"), 2;
+
+  // The main loop is whatever drains this queue.
+  const auto mainQueue = std::make_shared<MainQueue>();
+  Platform::install(makePosixPlatform(mainQueue, count > 2 ? arguments[2] : defaultStoreFile()));
+  const auto sdk = CookiesSDK::createInstance(arguments[1], "demo");
+
+  const auto stored = sdk->getConsent();
+  std::printf("stored: %s\n", stored ? std::string(rawValue(stored->status())).c_str() : "nothing");
+
+  for (const auto& [event, name] : RawValues<ConsentEvent>::table) {
+    const auto told = [text = std::string(name)] { std::printf("event: %s\n", text.c_str()); };
+    sdk->addEventListener(event, std::make_shared<ConsentEventClosureCallback>(told, [] {}));
+  }
+
+  bool isDone = false;
+  bool hasSucceeded = false;
+  const BasicConsent choice(ConsentValue::all(), ConsentValue::none(), ConsentValue::partial({"Adlantern"}));
+  sdk->submitConsent(choice, [&](const Result<ConsentResponse>& result) {
+    // This is a background thread; the host's own state belongs to the main one.
+    mainQueue->post([&, result] {
+      hasSucceeded = result.has_value();
+      std::printf("%s\n", result ? ("submitted: " + result->id).c_str() : result.error().what());
+      isDone = true;
+    });
+  });
+
+  while (!isDone) {
+    mainQueue->wait(std::chrono::milliseconds(100));  // a real host does its own work here
+    mainQueue->drain();
+  }
+  const auto now = sdk->getConsent();
+  std::printf("stored: %s\n", now ? std::string(rawValue(now->status())).c_str() : "nothing");
+  return hasSucceeded ? 0 : 1;
+}

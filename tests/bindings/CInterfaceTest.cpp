@@ -1,0 +1,140 @@
+// The flat interface against a server on the loopback address: what comes back, on which thread, and what is
+// refused.
+
+#include <atomic>
+#include <filesystem>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "bindings/c/talvo_consent.h"
+#include "tests/support/LoopbackServer.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+struct Heard {
+  std::atomic<int> replies = 0, releases = 0;
+  std::string json, description, domain;
+  talvo_status status = TALVO_OK;
+  int httpStatus = 0;
+  std::vector<int> events;
+  std::thread::id thread;
+
+  static void reply(const talvo_error* error, const char* json, void* heard) {
+    Heard& self = *static_cast<Heard*>(heard);
+    self.json = json ? json : "";
+    self.status = error ? error->status : TALVO_OK;
+    self.httpStatus = error ? error->http_status : 0;
+    self.description = error ? error->description : "";
+    self.thread = std::this_thread::get_id();
+    ++self.replies;
+  }
+  static void event(talvo_event event, void* heard) { static_cast<Heard*>(heard)->events.push_back(event); }
+  static void release(void* heard) { ++static_cast<Heard*>(heard)->releases; }
+
+  void await(int count) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (replies < count && std::chrono::steady_clock::now() < end) {
+      talvo_wait(10);
+      talvo_drain();
+    }
+    ASSERT_EQ(replies, count);
+  }
+};
+
+TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
+  std::atomic<bool> isDown = false;
+  LoopbackServer server([&](const auto& request, auto& connection) {
+    if (isDown) return connection.reply(503, "closed for today");
+    connection.reply(200, request.method == "GET" ? "{}" : R"({"id":"c1"})");
+  });
+  const auto store =
+      std::filesystem::path(::testing::TempDir()) / ("c-" + std::to_string(getpid()) + ".sqlite");
+
+  EXPECT_EQ(talvo_drain(), 0U);
+  EXPECT_THAT(talvo_last_error(), HasSubstr("talvo_install"));
+  ASSERT_EQ(talvo_install(store.c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
+  EXPECT_EQ(talvo_install(store.c_str(), nullptr, nullptr), TALVO_INVALID_ARGUMENT);
+  EXPECT_EQ(talvo_cookies_create(nullptr, "site"), nullptr);
+  EXPECT_THAT(talvo_last_error(), StartsWith("api_url"));
+  talvo_cookies* const sdk = talvo_cookies_create(server.url("").c_str(), "site");
+  ASSERT_NE(sdk, nullptr);
+  EXPECT_STREQ(talvo_last_error(), "");
+
+  char* json = nullptr;
+  ASSERT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK);
+  EXPECT_EQ(json, nullptr);
+
+  Heard heard;
+  for (const talvo_event event :
+       {TALVO_MARKETING_ACCEPTED, TALVO_CONSENT_SENT, TALVO_IDENTIFICATION_COMPLETE}) {
+    ASSERT_EQ(talvo_cookies_add_listener(sdk, event, Heard::event, &heard, Heard::release), TALVO_OK);
+  }
+  const struct {
+    talvo_status status;
+    std::string what;
+  } refusals[] = {
+      {talvo_cookies_add_listener(sdk, 99, Heard::event, &heard, Heard::release), "There is no event 99"},
+      {talvo_cookies_add_listener(sdk, 0, nullptr, &heard, Heard::release), "callback is null"},
+      {talvo_cookies_submit_consent(sdk, "{", Heard::reply, &heard), ""},
+      {talvo_cookies_submit_consent(sdk, R"({"marketing":1})", Heard::reply, &heard), "marketing"},
+      {talvo_cookies_identify(nullptr, "user"), "client is null"},
+      {talvo_cookies_get_consent(sdk, nullptr), "json is null"},
+      {talvo_cookies_show_banner(sdk, nullptr), "callbacks is null"},
+      {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
+  };
+  for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
+
+  ASSERT_EQ(talvo_cookies_submit_consent(sdk, R"({"marketing":["v"]})", Heard::reply, &heard), TALVO_OK);
+  heard.await(1);
+  EXPECT_EQ(heard.json, R"({"id":"c1"})");
+  EXPECT_NE(heard.thread, std::this_thread::get_id());
+  EXPECT_THAT(heard.events, ElementsAre(TALVO_MARKETING_ACCEPTED, TALVO_CONSENT_SENT));
+  ASSERT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK);
+  EXPECT_STREQ(json, R"({"marketing":["v"]})");
+  talvo_free(json);
+
+  isDown = true;
+  ASSERT_EQ(talvo_cookies_submit_consent(sdk, "{}", Heard::reply, &heard), TALVO_OK);
+  heard.await(2);
+  EXPECT_EQ(heard.status, TALVO_HTTP_ERROR);
+  EXPECT_EQ(heard.httpStatus, 503);
+  EXPECT_EQ(heard.description, "HTTP error 503: closed for today");
+  isDown = false;
+
+  talvo_topics* const topics = talvo_topics_get("t", "point", nullptr, server.url("").c_str());
+  const talvo_topic choices[] = {{1, 1}, {2, 0}};
+  ASSERT_EQ(talvo_topics_submit(topics, "a@mail.example", choices, 2, Heard::reply, &heard), TALVO_OK);
+  heard.await(3);
+  EXPECT_EQ(heard.json, R"({"id":"c1"})");
+  EXPECT_THAT(server.requests().back().body, HasSubstr(R"({"selected":false,"topicId":2})"));
+
+  EXPECT_EQ(heard.releases, 0);
+  talvo_cookies_remove_listeners(sdk, TALVO_CONSENT_SENT);
+  EXPECT_EQ(heard.releases, 1);
+  talvo_cookies_remove_all_listeners(sdk);
+  EXPECT_EQ(heard.releases, 3);
+
+  // Without a window nothing is shown: the callbacks are given back, and none of them was called.
+  talvo_banner_callbacks banner{};
+  banner.on_error = [](const talvo_error*, void* other) { ++static_cast<Heard*>(other)->replies; };
+  banner.user_data = &heard;
+  banner.release = [](void* other) { static_cast<Heard*>(other)->releases = 9; };
+  ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
+  for (int i = 0; i < 3000 && heard.releases != 9; ++i) {
+    talvo_wait(10);
+    talvo_drain();
+  }
+  EXPECT_EQ(heard.releases, 9);
+  std::filesystem::remove(store);
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
