@@ -130,6 +130,12 @@ void OverlaySurface::passOn(QEvent& event) {
   QCoreApplication::sendEvent(host_, &event);
 }
 
+// The keys go back to the host, and there to what they acted on.
+void OverlaySurface::hideEvent(QHideEvent* event) {
+  ViewWindow::hideEvent(event);
+  if (host_ && QGuiApplication::focusWindow() == this) host_->requestActivate();
+}
+
 void OverlaySurface::follow() {
   if (!host_) return;
   if (kind_ == OverlayKind::child) {

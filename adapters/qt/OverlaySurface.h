@@ -34,6 +34,7 @@ class OverlaySurface : public ViewWindow {
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;
   void passOn(QEvent& event) override;
+  void hideEvent(QHideEvent* event) override;
 
  private:
   using Clock = HostingController::Clock;
