@@ -112,7 +112,8 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
 
   QRect rect() const override {
     if (!element()) return {};
-    const Rect& f = element()->frame;
+    Rect f = element()->frame;
+    if (element()->clip && element()->clip->intersects(f)) f = f.intersection(*element()->clip);
     return QRectF(tree_.window().mapToGlobal(QPointF(f.x, f.y)), QSizeF(f.width, f.height)).toAlignedRect();
   }
 
