@@ -34,9 +34,10 @@ Texts split(const std::string& text, char separator) {
 }
 
 // A line without what differs from run to run. Of a view the switches and how they stand. Empty for what only
-// says that a command is done.
+// says that a command is done, or that the keys are the host's again, which may come before or after its
+// callback.
 std::string inShort(const std::string& line) {
-  static const regex done(R"re(\{"(settled|tapped|done)":.*)re");
+  static const regex done(R"re(\{"(settled|tapped|done|focus":"STORED CONSENT)".*)re");
   static const regex toggle(
       R"re("enabled":(\w+),"name":"([^"]*)","rect":\[[^\]]*\],"role":"switch","value":"(\w+)")re");
   static const regex time(R"re(,"time":"[^"]*")re");
