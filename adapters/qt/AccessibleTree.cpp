@@ -27,10 +27,6 @@ void tellState(QAccessibleInterface* interface, const QAccessible::State& change
   QAccessible::updateAccessibility(&event);
 }
 
-void forget(QAccessibleInterface* interface) {
-  QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(interface));
-}
-
 std::vector<ElementId> ids(const std::vector<AccessibleElement>& elements) {
   std::vector<ElementId> all;
   for (const AccessibleElement& each : elements) all.push_back(each.id);
@@ -40,28 +36,25 @@ std::vector<ElementId> ids(const std::vector<AccessibleElement>& elements) {
 }  // namespace
 
 AccessibleTree::AccessibleTree(ViewWindow& window)
-    : window_(window), root_(makeAccessibleWindow(*this, window)) {
-  QAccessible::registerAccessibleInterface(root_);
-}
+    : window_(window), root_(QAccessible::registerAccessibleInterface(makeAccessibleWindow(*this, window))) {}
 
 AccessibleTree::~AccessibleTree() {
-  tell(root_, QAccessible::ObjectDestroyed);
+  if (root()) tell(root(), QAccessible::ObjectDestroyed);
   for (const auto& [id, known] : known_) gone_.push_back(known.item);
-  std::ranges::for_each(gone_, forget);
-  forget(root_);
+  gone_.push_back(root_);
+  std::ranges::for_each(gone_, QAccessible::deleteAccessibleInterface);
 }
 
 QAccessibleInterface* AccessibleTree::container() {
-  return hasDialog() ? item(elements_.front()) : root_;
+  return hasDialog() ? item(elements_.front()) : root();
 }
 
 QAccessibleInterface* AccessibleTree::item(const AccessibleElement& element) {
   Known& known = known_[element.id];
   if (!known.item) {
-    known = {makeAccessibleItem(*this, element.id), element};
-    QAccessible::registerAccessibleInterface(known.item);
+    known = {QAccessible::registerAccessibleInterface(makeAccessibleItem(*this, element.id)), element};
   }
-  return known.item;
+  return QAccessible::accessibleInterface(known.item);
 }
 
 const std::vector<AccessibleElement>& AccessibleTree::elements() {
@@ -69,15 +62,15 @@ const std::vector<AccessibleElement>& AccessibleTree::elements() {
   std::vector<AccessibleElement> now = window_.controller()->accessibleElements(true);
   std::unordered_map<ElementId, std::size_t> indices;
   for (std::size_t i = 0; i < now.size(); ++i) indices[now[i].id] = i;
-  std::vector<QAccessibleInterface*> gone;
+  std::vector<QAccessible::Id> gone;
   std::erase_if(known_, [&](const auto& each) {
     if (indices.contains(each.first)) return false;
     gone.push_back(each.second.item);
     return true;
   });
-  for (QAccessibleInterface* each : gone) {  // told while it can still be asked what it was
-    tell(each, QAccessible::ObjectHide);
-    tell(each, QAccessible::ObjectDestroyed);
+  for (const QAccessible::Id each : gone) {  // told while it can still be asked what it was
+    tell(QAccessible::accessibleInterface(each), QAccessible::ObjectHide);
+    tell(QAccessible::accessibleInterface(each), QAccessible::ObjectDestroyed);
     gone_.push_back(each);
   }
   elements_ = std::move(now);
@@ -137,12 +130,11 @@ void AccessibleTree::notify() {
     notifyNew(now);
     for (const AccessibleElement& each : now) {
       const auto known = known_.find(each.id);
-      if (known != known_.end())
-        notifyChange(known->second.item, std::exchange(known->second.told, each), each);
+      if (known != known_.end()) notifyChange(item(each), std::exchange(known->second.told, each), each);
     }
     if (focused() != toldFocus_) notifyFocus();
   }
-  std::ranges::for_each(std::exchange(gone_, {}), forget);
+  std::ranges::for_each(std::exchange(gone_, {}), QAccessible::deleteAccessibleInterface);
 }
 
 void AccessibleTree::notifyNew(const std::vector<AccessibleElement>& now) {

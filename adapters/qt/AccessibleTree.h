@@ -25,7 +25,7 @@ class AccessibleTree {
   AccessibleTree& operator=(const AccessibleTree&) = delete;
 
   ViewWindow& window() const { return window_; }
-  QAccessibleInterface* root() const { return root_; }
+  QAccessibleInterface* root() const { return QAccessible::accessibleInterface(root_); }
 
   /// The dialog, or without one the root.
   QAccessibleInterface* container();
@@ -59,7 +59,7 @@ class AccessibleTree {
 
  private:
   struct Known {
-    QAccessibleInterface* item = nullptr;
+    QAccessible::Id item = 0;
     AccessibleElement told;
   };
 
@@ -68,11 +68,11 @@ class AccessibleTree {
                     const AccessibleElement& now);
 
   ViewWindow& window_;
-  QAccessibleInterface* const root_;
+  const QAccessible::Id root_;  // ids, since Qt owns the interfaces and deletes them with the application
   std::vector<AccessibleElement> elements_;
   std::unordered_map<ElementId, std::size_t> indices_;
   std::unordered_map<ElementId, Known> known_;  // those that were asked for
-  std::vector<QAccessibleInterface*> gone_;     // may be in use by who is calling
+  std::vector<QAccessible::Id> gone_;           // may be in use by who is calling
   std::vector<ElementId> toldOrder_;
   std::optional<ElementId> toldFocus_;
   bool isStale_ = true;
