@@ -11,7 +11,7 @@ namespace {
 
 constexpr QSize imageSize(195, 422);  // half a pixel a point, which keeps the files small
 
-const struct {
+const struct Image {
   const char* name;
   std::string site;
   std::string language;
@@ -23,7 +23,7 @@ const struct {
     {"minimal", "minimal", ".en.json", ""},
 };
 
-class BannerImagesTest : public TestWithParam<std::decay_t<decltype(cases[0])>> {};
+class BannerImagesTest : public TestWithParam<Image> {};
 INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
 
 TEST_P(BannerImagesTest, AreAsKept) {
