@@ -28,7 +28,6 @@ struct Insets {
 
   static constexpr Insets all(double distance) { return {distance, distance, distance, distance}; }
   static constexpr Insets vertical(double distance) { return {distance, 0, distance, 0}; }
-  static constexpr Insets horizontal(double distance) { return {0, distance, 0, distance}; }
 
   constexpr double width() const { return leading + trailing; }
   constexpr double height() const { return top + bottom; }
@@ -56,7 +55,6 @@ struct Rect {
     return {left, top, std::max(0.0, std::min(right(), other.right()) - left),
             std::max(0.0, std::min(bottom(), other.bottom()) - top)};
   }
-  constexpr Rect offsetBy(double dx, double dy) const { return {x + dx, y + dy, width, height}; }
 
   /// Grown about its centre to at least `least` in each direction.
   constexpr Rect grownTo(Size least) const {

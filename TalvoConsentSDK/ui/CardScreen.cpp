@@ -15,9 +15,14 @@ constexpr double margin = 12;
 constexpr double cornerRadius = 16;
 constexpr double closeInset = 8;
 constexpr double closeSize = 32;
+constexpr double roomForClose = closeInset + closeSize - margin;  // in the card's content
 
 bool isAction(const BannerCustomization::ComponentItem& item) {
   return item.id == "buttons" || item.id == "links";
+}
+
+bool hasControls(const BannerCustomization::ComponentItem& item) {
+  return isAction(item) || item.id == "tabs";
 }
 
 bool isText(const BannerCustomization::ComponentItem& item) {
@@ -49,9 +54,10 @@ void CardScreen::addComponents(const Items& items, const OwnRenderer& own) {
   for (const auto& item : items) {
     if (item.id == "closeButton") continue;
     AnyView view = component(item, own);
-    // A text in the card's first line leaves room for the close control.
-    if (closeButton_ && views_.empty() && isText(item)) {
-      view = view.padding({.trailing = closeSize + closeInset - margin});
+    if (view.isEmpty()) continue;
+    if (closeButton_ && views_.empty()) {
+      if (isText(item)) view = view.padding({.trailing = roomForClose});
+      isBelowClose_ = hasControls(item);
     }
     views_.push_back(std::move(view));
     if (!isAction(item)) actionsFrom_ = views_.size();
@@ -88,8 +94,10 @@ AnyView CardScreen::content() const {
   };
   const auto actions = views_.begin() + static_cast<std::ptrdiff_t>(actionsFrom_);
   if (views_.empty()) return {};
-  return pinnedFooter(stack(views_.begin(), actions), stack(actions, views_.end()),
-                      closeButton_ ? closeInset + closeSize - margin : 0);
+  const double room = closeButton_ ? roomForClose : 0;
+  const AnyView all =
+      pinnedFooter(stack(views_.begin(), actions), stack(actions, views_.end()), isBelowClose_ ? 0 : room);
+  return isBelowClose_ ? all.padding({.top = room}) : all;
 }
 
 AnyView CardScreen::closeControl() const {

@@ -29,8 +29,9 @@ class CardScreen {
   /// Adds a view that no component stands for.
   void add(AnyView view);
 
-  /// Adds a view per component. A "closeButton" takes no place in the list: it is drawn once, over the card's
-  /// top trailing corner, and reports "closeButton".
+  /// Adds a view per component that draws anything. A "closeButton" takes no place in the list: it is drawn
+  /// once, over the card's top trailing corner, and reports "closeButton". Texts that come first end before
+  /// it, controls that come first begin below it.
   void addComponents(const Items& items, const OwnRenderer& own = nullptr);
 
   /// The card with its distance from the edges of the screen.
@@ -47,6 +48,7 @@ class CardScreen {
   std::vector<AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
   std::optional<BannerCustomization::ComponentItem> closeButton_;
+  bool isBelowClose_ = false;  // all content is
 };
 
 }  // namespace TalvoConsentSDK

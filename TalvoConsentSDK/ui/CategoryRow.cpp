@@ -64,27 +64,29 @@ AnyView CategoryRow::switchView() const {
       .accessibility({.role = Role::toggle, .label = category_.name.value_or("")});
 }
 
-// The name, and how many of its vendors are on when that is neither none nor all.
+std::string CategoryRow::vendorsOnText() const {
+  if (!hasVendors() || !bindings_.vendorStates) return {};
+  const std::size_t all = services_->vendors(categoryId_).size();
+  const std::size_t on = vendorsOn(bindings_.vendorStates->get(), categoryId_, *services_);
+  return on > 0 && on < all ? std::to_string(on) + " / " + std::to_string(all) : "";
+}
+
 AnyView CategoryRow::title() const {
   std::vector<AnyView> parts{text(category_.name.value_or(""),
                                   {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})};
-  if (hasVendors() && bindings_.vendorStates) {
-    const std::size_t all = services_->vendors(categoryId_).size();
-    const std::size_t on = vendorsOn(bindings_.vendorStates->get(), categoryId_, *services_);
-    if (on > 0 && on < all) {
-      parts.push_back(
-          text(std::to_string(on) + " / " + std::to_string(all),
-               {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
-    }
+  if (const std::string on = vendorsOnText(); !on.empty()) {
+    parts.push_back(
+        text(on, {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
   }
   return horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts);
 }
 
 AnyView CategoryRow::header(const State<bool>& isExpanded) const {
+  const std::string told = showCategoryDescription_ ? category_.description.value_or("") : "";
   std::vector<AnyView> lines{title()};
-  if (showCategoryDescription_ && category_.description) {
-    lines.push_back(text(*category_.description, {.font = {TextStyle::subheadline, FontWeight::regular},
-                                                  .color = palette_.secondaryFont()}));
+  if (!told.empty()) {
+    lines.push_back(text(
+        told, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette_.secondaryFont()}));
   }
   const AnyView texts = verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 3}, lines)
                             .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
@@ -95,13 +97,18 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
                                   .weight = FontWeight::medium,
                                   .color = palette_.secondaryFont(),
                                   .turns = isExpanded.get() ? 0.25 : 0});
-  const auto& groups = services_->groups(categoryId_);
+  // As one control it is one thing to hear, so that what its texts say is said here.
+  std::string description =
+      std::to_string(services_->groups(categoryId_).size()) + " " + localized("vendors");
+  for (const std::string& more : {vendorsOnText(), told}) {
+    if (!more.empty()) description += ". " + more;
+  }
   return button(horizontalStack({.spacing = chevronGap}, {chevron, texts}),
                 [isExpanded] { isExpanded.set(!isExpanded.get()); })
       .accessibility({.role = Role::expander,
                       .label = category_.name.value_or(""),
                       .value = isExpanded.get() ? "expanded" : "collapsed",
-                      .description = std::to_string(groups.size()) + " " + localized("vendors")});
+                      .description = description});
 }
 
 AnyView CategoryRow::vendors() const {

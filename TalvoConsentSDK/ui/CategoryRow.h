@@ -27,6 +27,10 @@ class CategoryRow {
   bool isDoNotSell() const { return categoryId_ == "doNotSell"; }
   bool canSwitch() const;
   bool hasVendors() const;
+
+  /// How many of the vendors are on, "1 / 2", when that is neither none nor all; else empty.
+  std::string vendorsOnText() const;
+
   AnyView switchView() const;
   AnyView title() const;
   AnyView header(const State<bool>& isExpanded) const;

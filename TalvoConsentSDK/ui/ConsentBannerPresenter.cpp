@@ -58,6 +58,7 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   const auto scene = foregroundScene();
   if (!scene) return;
 
+  isOver_ = std::make_shared<bool>(false);
   hostingController_ = std::make_shared<HostingController>(
       bannerComposition(wrapped(bannerView).view(), customization), layoutDirection(customization));
   hostingController_->setBackgroundColor(Color::clear());
@@ -74,6 +75,7 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
 
 void ConsentBannerPresenter::dismiss() {
   if (!overlayWindow_) return;
+  *isOver_ = true;
   overlayWindow_->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = overlayWindow_] {
     window->setHidden(true);
     // A banner shown while this one faded out stays.
@@ -84,8 +86,9 @@ void ConsentBannerPresenter::dismiss() {
 }
 
 ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& bannerView) {
-  const auto dismissing = [self = weak_from_this()](auto callback) {
-    return [self, callback = std::move(callback)](const auto&... arguments) {
+  const auto dismissing = [self = weak_from_this(), isOver = isOver_](auto callback) {
+    return [self, isOver, callback = std::move(callback)](const auto&... arguments) {
+      if (std::exchange(*isOver, true)) return;
       callback(arguments...);
       if (const auto presenter = self.lock()) presenter->dismiss();
     };
@@ -94,7 +97,10 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
   return bannerView.withCallbacks({
       .onAcceptAll = dismissing(callbacks.onAcceptAll),
       .onRejectAll = dismissing(callbacks.onRejectAll),
-      .onManagePreferences = callbacks.onManagePreferences,
+      .onManagePreferences =
+          [isOver = isOver_, manage = callbacks.onManagePreferences] {
+            if (!*isOver) manage();
+          },
       .onSavePreferences = dismissing(callbacks.onSavePreferences),
       .onClose = dismissing(callbacks.onClose),
   });

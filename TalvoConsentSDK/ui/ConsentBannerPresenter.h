@@ -20,7 +20,8 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
 
   /// Shows a banner in a new window on the first scene in the foreground, fading in. Without such a scene
   /// nothing happens. Accepting, rejecting, saving and closing dismiss the banner after they have been
-  /// reported; managing preferences does not. A banner that is still on show is replaced.
+  /// reported; managing preferences does not. A banner that is still on show is replaced. Once a banner has
+  /// reported one of them or is being dismissed, it reports nothing more, though it is still seen.
   void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
 
   /// Fades the banner out and lets go of its window; nothing when there is none.
@@ -31,6 +32,7 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
 
   std::shared_ptr<HostingController> hostingController_;
   std::shared_ptr<Window> overlayWindow_;
+  std::shared_ptr<bool> isOver_;  // of the banner in that window; shared with its callbacks
 };
 
 /// The banner with its placement and, where the customization asks for it, a dimmed backdrop that keeps

@@ -15,15 +15,18 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-using Tabs = std::vector<BannerCustomization::TabItem>;
-
-bool isReadOnly(const Tabs& tabs, const std::string& category) {
+// Of the first tab that lists the category, whichever component it belongs to.
+bool isReadOnly(const CardScreen::Items& components, const std::string& category) {
   const auto lists = [&](const BannerCustomization::TabItem& tab) {
     return !tab.categories || tab.categories->empty() ||
            std::ranges::find(*tab.categories, category) != tab.categories->end();
   };
-  const auto tab = std::ranges::find_if(tabs, lists);
-  return tab != tabs.end() && tab->readOnly;
+  for (const auto& item : components) {
+    if (item.id != "tabs" || !item.tabs) continue;
+    const auto tab = std::ranges::find_if(*item.tabs, lists);
+    if (tab != item.tabs->end()) return tab->readOnly;
+  }
+  return false;
 }
 
 }  // namespace
@@ -40,17 +43,16 @@ AnyView VendorDetailScreenView::body() const {
 
   const std::string category = normalizedCategoryKey(vendorGroup_.services.front().category.value_or(""));
   const bool isRequired = category == "necessary";
-  const bool isOutOfUse = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get());
+  const bool isOutOfUse = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
+                          isReadOnly(*components->secondaryScreen, category);
   bool isDrawn = false;
-  screen.addComponents(*components->secondaryScreen,
-                       [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
-                         if (item.id != "tabs" || !item.tabs || item.tabs->empty()) return std::nullopt;
-                         if (std::exchange(isDrawn, true)) return AnyView();
-                         return VendorDetailRenderer(vendorGroup_, category, customization_,
-                                                     isOutOfUse || isReadOnly(*item.tabs, category),
-                                                     bindings_)
-                             .render();
-                       });
+  screen.addComponents(
+      *components->secondaryScreen,
+      [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
+        if (item.id != "tabs" || !item.tabs || item.tabs->empty()) return std::nullopt;
+        if (std::exchange(isDrawn, true)) return AnyView();
+        return VendorDetailRenderer(vendorGroup_, category, customization_, isOutOfUse, bindings_).render();
+      });
   return screen.render();
 }
 

@@ -2,6 +2,8 @@
 
 // What the library's own tests share: short names, and JSON texts that can be compared.
 
+#include <algorithm>
+#include <array>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -38,6 +40,33 @@ using Texts = std::vector<std::string>;
 inline Texts words(const std::string& text) {
   std::istringstream stream(text);
   return Texts(std::istream_iterator<std::string>(stream), {});
+}
+
+/// The parts of a text, without the blanks around them.
+inline Texts split(const std::string& text, char separator) {
+  Texts parts;
+  std::istringstream stream(text);
+  for (std::string part; std::getline(stream, part, separator);) {
+    part.erase(0, part.find_first_not_of(' '));
+    parts.push_back(part.erase(part.find_last_not_of(' ') + 1));
+  }
+  return parts;
+}
+
+/// The rows of a table, their cells between bars.
+template <std::size_t columns>
+std::vector<std::array<std::string, columns>> rows(const std::string& text) {
+  std::vector<std::array<std::string, columns>> all;
+  for (const std::string& line : split(text.substr(text.find('\n') + 1), '\n')) {
+    std::ranges::copy(split(line, '|'), all.emplace_back().begin());
+  }
+  return all;
+}
+
+inline std::string joined(const Texts& texts, const std::string& separator = "; ") {
+  std::string all;
+  for (const std::string& each : texts) all += (all.empty() ? "" : separator) + each;
+  return all;
 }
 
 template <class T>

@@ -16,33 +16,6 @@ using namespace std::chrono_literals;
 using Customization = BannerCustomization::Customization;
 using URLs = decltype(Customization::urls)::value_type;
 
-/// The parts of a text, without the blanks around them.
-inline Texts split(const std::string& text, char separator) {
-  Texts parts;
-  std::istringstream stream(text);
-  for (std::string part; std::getline(stream, part, separator);) {
-    part.erase(0, part.find_first_not_of(' '));
-    parts.push_back(part.erase(part.find_last_not_of(' ') + 1));
-  }
-  return parts;
-}
-
-/// The rows of a table, their cells between bars.
-template <std::size_t columns>
-std::vector<std::array<std::string, columns>> rows(const std::string& text) {
-  std::vector<std::array<std::string, columns>> all;
-  for (const std::string& line : split(text.substr(text.find('\n') + 1), '\n')) {
-    std::ranges::copy(split(line, '|'), all.emplace_back().begin());
-  }
-  return all;
-}
-
-inline std::string joined(const Texts& texts, const std::string& separator = "; ") {
-  std::string all;
-  for (const std::string& each : texts) all += (all.empty() ? "" : separator) + each;
-  return all;
-}
-
 /// Components as words: an identifier, and after a colon the entries of its list. Those of "tabs" are the
 /// categories of one tab with vendors.
 inline std::vector<BannerCustomization::ComponentItem> components(const std::string& text) {

@@ -45,7 +45,9 @@ TEST_F(ConsentBannerPresenterTest, ReportsThenDismisses) {
     Close                                  | close  | 2
     Manage Preferences; Save Preferences   | {"preferences":false,"statistics":false,"marketing":false,"optedIn":true} | 2
     Manage Preferences; Manage Preferences | manage | 1
-    Manage Preferences; Close              | close  | 2)");
+    Manage Preferences; Close              | close  | 2
+    Accept; Reject; Close; Accept          | accept | 2
+    Manage Preferences; Close; Manage Preferences | close | 2)");
   for (const auto& [buttons, called, fades] : table) {
     auto window = show();
     for (const std::string& name : split(buttons, ';')) EXPECT_TRUE(window->tap(Role::button, name));
@@ -64,6 +66,9 @@ TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
   const auto first = show();
   presenter->dismiss();
   const auto second = show();
+  EXPECT_TRUE(first->tap(Role::button, "Accept"));
+  EXPECT_THAT(trace, IsEmpty()) << "it was dismissed, though it is still seen";
+  EXPECT_EQ(second->fades.size(), 1u);
   first->finishAnimations();
   EXPECT_TRUE(second->isVisible && !first->isVisible);
   presenter->dismiss();

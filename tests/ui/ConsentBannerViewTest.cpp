@@ -107,15 +107,16 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
     marketing,doNotSell    | readOnly | {} | expander M                     | M+ M=off! A A=off! B B=off! D D=off! | false
     marketing              |          | {} | expander M; button A; switch A | A A=on Stored                      | ["A"]
     marketing              | readOnly | {} | expander M; button A           | A A=off! Stored                    | false
+    marketing              | second   | {} | expander M; button A           | A A=off! Stored                    | false
     marketing,doNotSell    |          | {} | switch D; expander M; button A | A A=off! Stored                    | false
     necessary              |          | {} | expander N; button v           | v v=on! Stored                     | false)");
   const std::string texts =
       R"(,"necessaryTitle":"N","statisticsTitle":"S","preferencesTitle":"P","marketingTitle":"M",
       "doNotSellLabelText":"D","preferences":"why")";
   for (const auto& [categories, flag, stored, taps, expected, marketing] : table) {
-    made = customization("", "tabs:" + categories, texts);
-    auto& shown = made.components->secondaryScreen->front().tabs->front();
-    shown.readOnly = flag == "readOnly";
+    made = customization("", (flag == "second" ? "tabs:necessary tabs:" : "tabs:") + categories, texts);
+    auto& shown = made.components->secondaryScreen->back().tabs->front();
+    shown.readOnly = flag == "readOnly" || flag == "second";
     shown.services = flag != "bare";
     shown.showCategoryDescription = flag == "told";
     const auto services = flag == "none" ? std::nullopt : std::optional(vendors);

@@ -32,6 +32,26 @@ TEST_F(HostingControllerTest, TellsWhatThereIsAndWhereItCanBeHit) {
   EXPECT_EQ(used(), "");
 }
 
+// Over every screen lies the close control; a long list of vendors leaves only the last buttons in reach.
+TEST_F(HostingControllerTest, KeepsControlsInReach) {
+  made.messages.bannerMessages.title = std::string(200, 'T');
+  for (const char* first :
+       {"unknown title", "title", "tabs:statistics unknown", "buttons:acceptAll,rejectAll"}) {
+    const auto all = components(first + std::string(" tabs:marketing closeButton buttons:save bannerLogo"));
+    made.components->secondaryScreen = all;
+    const ConsentBannerView view = banner();
+    view.handleMainAction("preferences");
+    TestScreen screen(view.view(), {390, 400});
+    tap(screen, "expander Marketing");
+    EXPECT_FALSE(find(screen, "button Save").clip) << first;
+    const Rect close = find(screen, "button Close").control->frame;
+    for (const auto& each : screen.accessibleElements()) {
+      if (each.role == Role::dialog || each.isDismissal) continue;
+      EXPECT_FALSE(close.intersects(each.control ? each.control->frame : each.frame)) << first << line(each);
+    }
+  }
+}
+
 TEST_F(HostingControllerTest, HitsTheNearestControl) {
   const AnyView clipped = scroll(noting("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
   const AnyView deep = depthStack({}, {noting("low", 60, 20), noting("high", 20, 20)});
@@ -55,6 +75,8 @@ TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
   screen.touchCancelled();
   screen.touchEnded({50, 50}, at(10));
   EXPECT_EQ(opacity(), 1);
+  screen.touchBegan({50, 50}, at(20));  // its end gets lost
+  screen.touch({{300, 300}});
   screen.touch({{50, 50}, {58, 58}, {50, 50}});
   EXPECT_EQ(used(), "");
   screen.touch({{50, 50}, {56, 57}});
@@ -64,8 +86,10 @@ TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
 TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
   TestScreen screen(component("counter", [this](RenderContext& context) {
     const State<int> count = context.state<int>(0);
-    const auto use = [this, count, now = count.get()] {
-      trace.push_back(std::to_string(now));
+    const State<std::string> said = context.state<std::string>("");  // one of each type
+    const auto use = [this, count, said, now = count.get()] {
+      trace.push_back(std::to_string(now) + said.get());
+      said.set(said.get() + "!");
       count.set(now + 1);
     };
     return button(box(10, 10), use).disabled(count.get() == 3);
@@ -74,7 +98,7 @@ TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(screen.activate(id));
   EXPECT_FALSE(screen.activate(id));
   EXPECT_FALSE(screen.activate(id + 1));
-  EXPECT_EQ(used(), "0; 1; 2");
+  EXPECT_EQ(used(), "0; 1!; 2!!");
 }
 
 TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
@@ -123,6 +147,7 @@ TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
   EXPECT_FALSE(screen.isMoving()) << "it rested";
   // 100 points in 40 ms are 2500 a second, which fall to their e^-2 a second: 1250 * (1 - e^-2t).
   screen.touch({{50, 250}, {50, 230}, {50, 150}});
+  screen.setOnNeedsFrame([] { ADD_FAILURE() << "a frame that is due is not asked for"; });
   const std::pair<int, double> table[] = {{140, 226.6}, {150, 246.9}, {540, 790.2}, {4540, 1250}};
   for (const auto& [time, distance] : table) {
     EXPECT_TRUE(screen.isMoving());
@@ -130,6 +155,7 @@ TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
     EXPECT_NEAR(offset(), 160 + distance, 1) << time;
   }
   EXPECT_FALSE(screen.isMoving());
+  screen.setOnNeedsFrame({});
 
   screen.touch({{50, 100}, {50, 130}, {50, 150}});
   screen.frame(at(100));

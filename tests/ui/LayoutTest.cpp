@@ -76,8 +76,9 @@ TEST(LayoutTest, PinsTheFooter) {
 
 /// A window of 100 by 200 over lazy rows, every third of them 20 high, that can be switched.
 struct Rows : TestScreen {
-  Rows(std::size_t count, double height)
-      : TestScreen(TalvoConsentSDK::scroll(lazyRows(count, row(height))), {100, 200}) {}
+  Rows(std::size_t count, double height, double below = 0)
+      : TestScreen(TalvoConsentSDK::scroll(lazyRows(count, row(height)).padding({.bottom = below})),
+                   {100, 200}) {}
 
   static std::function<AnyView(std::size_t)> row(double height) {
     return [=](std::size_t index) {
@@ -106,9 +107,18 @@ TEST(LayoutTest, MakesOnlyTheRowsThatAreNear) {
   EXPECT_LE(rows.accessibleElements().size(), 22u);
   EXPECT_EQ(rows.seen(Key::end), "9990 9999");
   EXPECT_EQ(rows.seen(Key::up), "9988 9997");
-  EXPECT_EQ(rows.accessibleElements(true).size(), 10'000u);
+  const auto& all = rows.accessibleElements(true);
+  const auto revision = rows.accessibleRevision();
+  ASSERT_EQ(all.size(), 10'000u);
   EXPECT_EQ(rows.seen(), "9988 9997");
   EXPECT_LE(rows.accessibleElements().size(), 34u);
+  const auto* first = all.data();
+  EXPECT_EQ(rows.accessibleElements(true).data(), first) << "nothing has changed";
+  activate(*all[5'000].control);  // its row is gone, but not what it does
+  EXPECT_EQ(rows.accessibleElements(true).at(5'000).name, "5000on");
+  EXPECT_TRUE(rows.activate(rows.accessibleElements(true)[5'000].id));
+  EXPECT_EQ(rows.accessibleElements(true).at(5'000).name, "5000");
+  EXPECT_GT(rows.accessibleRevision(), revision);
 }
 
 TEST(LayoutTest, KeepsWhatRowsRememberAndLearnsTheirHeights) {
@@ -116,12 +126,28 @@ TEST(LayoutTest, KeepsWhatRowsRememberAndLearnsTheirHeights) {
   EXPECT_TRUE(tap(rows, "button 3"));
   const ElementId last = find(rows, "button 5").id;
   rows.focus(last);
-  for (int i = 0; i < 10; ++i) rows.seen(Key::end);
-  EXPECT_EQ(rows.seen(), "295 299");
+  EXPECT_EQ(rows.seen(Key::end), "295 299");
   EXPECT_ANY_THROW(find(rows, "button 3"));
   EXPECT_EQ(rows.focused(), last) << "what has the focus stays, however far away";
   EXPECT_EQ(rows.seen(Key::home), "0 4");
   EXPECT_TRUE(find(rows, "button 3").name == "3on" && find(rows, "button 4").name == "4");
+}
+
+TEST(LayoutTest, KeepsWhatIsSeenInPlaceWhileRowsAboveAreMeasured) {
+  for (const double height : {50.0, 12.0}) {
+    Rows rows(300, height, 30);
+    rows.seen(Key::backtab);
+    EXPECT_LE(find(rows, "button 299").control->frame.bottom(), 188) << "the last row, from below";
+    for (int i = 0; i < 100; ++i) {
+      // The row in the middle stays where it is through a scroll, a change of all rows, and measuring them.
+      const auto isBelow = [](const auto& each) { return each.control->frame.bottom() > 80; };
+      const auto seen = *std::ranges::find_if(rows.accessibleElements(), isBelow);
+      rows.press(Key::up);
+      if (i % 10 == 0) tap(rows, "button " + seen.name);
+      if (i % 30 == 0) rows.accessibleElements(true);
+      EXPECT_EQ(find(rows, "button " + seen.name).frame.y, seen.frame.y + 40) << i;
+    }
+  }
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ class Collector {
   AccessibleElement& appendControl(const Element& element, Role role, std::string name, bool isEnabled) {
     AccessibleElement& added = append(element, role, std::move(name), isEnabled);
     added.frame = element.frame.grownTo({leastTarget, leastTarget});
-    added.control = &element;
+    added.control = AccessibleControl{element.view, element.frame};
     return added;
   }
 
@@ -72,7 +72,6 @@ class Collector {
   // A dialog stands before its content. Any other role, label or value belongs to the first thing inside, or,
   // where that is no thing of its own, to the whole as one.
   void collect(const Element& element, const view::Accessibility& own, bool isEnabled) {
-    if (own.isHidden) return;
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;
       addChildren(element, isEnabled);
@@ -146,7 +145,7 @@ bool isCovered(const ElementTree& tree, Point point) {
   return covers(covers, tree.root());
 }
 
-void activate(const Element& control) {
+void activate(const AccessibleControl& control) {
   const auto& content = control.view.node().content;
   if (const auto* button = std::get_if<view::Button>(&content)) {
     const auto action = button->action.run;  // the handler may replace the view it belongs to

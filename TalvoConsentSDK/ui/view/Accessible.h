@@ -16,6 +16,12 @@ namespace TalvoConsentSDK {
 /// The least side of an area that a finger can hit, in points (WCAG 2.2, target size enhanced).
 inline constexpr double leastTarget = 44;
 
+/// A button or switch to use. Stays valid when its element is gone.
+struct AccessibleControl {
+  AnyView view;
+  Rect frame;  // as drawn
+};
+
 /// One thing to read or use.
 struct AccessibleElement {
   ElementId id = 0;
@@ -26,11 +32,11 @@ struct AccessibleElement {
   bool isEnabled = true;
   bool isModal = false;
   bool isDismissal = false;
-  Rect frame;                        // in window coordinates; of a control the area that can be hit
-  std::optional<Rect> clip;          // what of the window it is seen in
-  const Element* control = nullptr;  // the button or switch to use; null: none
+  Rect frame;                // in window coordinates; of a control the area that can be hit
+  std::optional<Rect> clip;  // what of the window it is seen in
+  std::optional<AccessibleControl> control;
 
-  bool isControl() const { return control != nullptr; }
+  bool isControl() const { return control.has_value(); }
 };
 
 /// Everything in a laid-out tree, what is scrolled out of sight included.
@@ -44,6 +50,6 @@ const AccessibleElement* controlAt(const std::vector<AccessibleElement>& element
 bool isCovered(const ElementTree& tree, Point point);
 
 /// Does what a control is for.
-void activate(const Element& control);
+void activate(const AccessibleControl& control);
 
 }  // namespace TalvoConsentSDK

@@ -91,10 +91,7 @@ bool ElementTree::updateRows(Element& element) {
     const AnyView view = rows->row.run(index);
     const ElementId id = identity(element.id, view, index);
     if (row->id != id) row = std::make_unique<Element>(id, &element);
-    if (update(*row, view)) {
-      state.heights[index] = -1;
-      changed = true;
-    }
+    if (update(*row, view)) changed = true;
   }
   return changed;
 }

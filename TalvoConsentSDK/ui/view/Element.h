@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <typeindex>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -35,7 +36,7 @@ struct Element;
 /// What a LazyRows element knows of its rows.
 struct LazyRowsState {
   std::map<std::size_t, std::unique_ptr<Element>> rows;  // those that exist now, by index
-  std::vector<double> heights;                           // of all rows; negative: not seen yet
+  std::vector<double> heights;                           // of all rows, last seen; negative: not yet
   double width = -1;                                     // for which the heights hold
   double estimate = 0;                                   // height of a row that has not been seen
 };
@@ -63,13 +64,18 @@ class ElementMemory {
   /// The value of type `T` remembered for `id`, made by `make` the first time.
   template <class T, class Make>
   T& get(ElementId id, Make make) {
-    std::any& value = values_[id];
-    if (!std::any_cast<T>(&value)) value = make();
+    std::any& value = values_[{id, typeid(T)}];
+    if (!value.has_value()) value = make();
     return *std::any_cast<T>(&value);
   }
 
  private:
-  std::unordered_map<ElementId, std::any> values_;
+  using Key = std::pair<ElementId, std::type_index>;
+  struct KeyHash {
+    std::size_t operator()(const Key& key) const { return key.first ^ key.second.hash_code(); }
+  };
+
+  std::unordered_map<Key, std::any, KeyHash> values_;
 };
 
 /// What a component's body may ask for.

@@ -27,7 +27,7 @@ void HostingController::setEnvironment(ViewEnvironment environment) {
 }
 
 const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
-  if (motion_.isFlinging()) scrollBy(*motion_.region(), motion_.step(now));
+  if (motion_.isFlinging()) applyScroll(*motion_.region(), motion_.step(now));
   update();
   animations_.begin(now, !environment_.reducesMotion);
   const VisualState state{pressed_, focusIsVisible_ ? focused_ : std::nullopt, layout_.scrollRegions()};
@@ -42,12 +42,20 @@ bool HostingController::covers(Point point) {
 
 const std::vector<AccessibleElement>& HostingController::accessibleElements(bool all) {
   update();
-  if (all) {
+  if (!all) return accessible_;
+  if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
+    allAccessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    layout_.run(keptElements());  // drops the rows again, but now their heights are known
     accessible_ = TalvoConsentSDK::accessibleElements(tree_);
-    layoutIsStale_ = true;  // what comes next drops the rows again
+    requestFrame();
   }
-  return accessible_;
+  return *allAccessible_;
+}
+
+std::uint64_t HostingController::accessibleRevision() {
+  update();
+  return accessibleRevision_;
 }
 
 bool HostingController::activate(ElementId control) {
@@ -66,6 +74,8 @@ void HostingController::update() {
   if (std::exchange(layoutIsStale_, false)) {
     layout_.run(keptElements());
     accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    allAccessible_.reset();
+    ++accessibleRevision_;
     settleFocus();
     loadImages(tree_.root());
   }
@@ -105,9 +115,12 @@ void HostingController::requestFrame() {
 }
 
 const AccessibleElement* HostingController::find(ElementId id) {
-  const auto& elements = accessibleElements();
-  const auto found = std::ranges::find(elements, id, &AccessibleElement::id);
-  return found == elements.end() ? nullptr : &*found;
+  for (const bool all : {false, true}) {
+    const auto& elements = accessibleElements(all);
+    const auto found = std::ranges::find(elements, id, &AccessibleElement::id);
+    if (found != elements.end()) return &*found;
+  }
+  return nullptr;
 }
 
 }  // namespace TalvoConsentSDK

@@ -5,6 +5,7 @@
 // answers.
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -65,10 +66,13 @@ class HostingController {
   bool press(Key key);
 
   /// Everything there is to read and use. `all` includes rows that are far out of sight, which takes time in
-  /// proportion to their number.
+  /// proportion to their number the first time after a change. Valid until the next change.
   const std::vector<AccessibleElement>& accessibleElements(bool all = false);
 
-  /// Uses a control as a tap would; false when there is none such that is enabled.
+  /// Tells lists apart: while it is the same, so are the elements. It only grows.
+  std::uint64_t accessibleRevision();
+
+  /// Uses a control as a tap would, in sight or not; false when there is none such that is enabled.
   bool activate(ElementId control);
 
   /// Scrolls an element into view; it may be one of a list of all.
@@ -82,6 +86,7 @@ class HostingController {
   std::vector<ElementId> keptElements() const;
   void loadImages(Element& element);
   void requestFrame();
+  bool applyScroll(ElementId region, double distance);
   void scrollBy(ElementId region, double distance);
   const ScrollRegion* regionAt(Point point) const;
   const AccessibleElement* find(ElementId id);
@@ -99,6 +104,8 @@ class HostingController {
   ScrollMotion motion_;
   std::vector<Visual> visuals_;
   std::vector<AccessibleElement> accessible_;
+  std::optional<std::vector<AccessibleElement>> allAccessible_;  // absent: out of date
+  std::uint64_t accessibleRevision_ = 0;
   bool renderIsStale_ = true;
   bool layoutIsStale_ = true;
 

@@ -22,6 +22,7 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
   motion_.stop();
   touchStart_ = point;
   isDragging_ = false;
+  pressed_.reset();  // the end of the last touch may have been lost
   focusIsVisible_ = false;
   const AccessibleElement* control = controlAt(accessibleElements(), point);
   if (control && control->isEnabled && !wasFlinging) pressed_ = control->id;
@@ -125,20 +126,32 @@ std::optional<ElementId> HostingController::focused() {
 
 void HostingController::focus(ElementId element) {
   focused_ = element;
-  if (const AccessibleElement* found = find(element)) reveal(*found);
+  // Once more, since rows that come into sight on the way may turn out taller than thought.
+  for (int i = 0; i < 2; ++i) {
+    if (const AccessibleElement* found = find(element)) reveal(*found);
+  }
   requestFrame();
 }
 
-void HostingController::scrollBy(ElementId region, double distance) {
+// Tells whether there was anything left to scroll; where there was not, a fling ends.
+bool HostingController::applyScroll(ElementId region, double distance) {
   const auto& regions = layout_.scrollRegions();
   const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
-  if (scrolled == regions.end()) return motion_.stop();
+  const double furthest = scrolled == regions.end() ? 0 : scrolled->furthest();
   double& y = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); }).y;
-  const double target = std::clamp(y + distance, 0.0, scrolled->furthest());
-  if (target == y) return motion_.isFlinging() ? motion_.stop() : void();
-  y = target;
+  const double from = std::min(y, furthest);
+  const double target = std::clamp(from + distance, 0.0, furthest);
+  if (target == from) {
+    if (motion_.isFlinging()) motion_.stop();
+    return false;
+  }
+  y = target == furthest ? infinity : target;  // the end stays the end, however tall rows turn out
   layoutIsStale_ = true;
-  requestFrame();
+  return true;
+}
+
+void HostingController::scrollBy(ElementId region, double distance) {
+  if (applyScroll(region, distance)) requestFrame();
 }
 
 const ScrollRegion* HostingController::regionAt(Point point) const {

@@ -58,10 +58,14 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   for (int pass = 0; pass < mostPasses && (pass == 0 || rowsChanged_); ++pass) {
     scrollRegions_.clear();
     rowsChanged_ = false;
-    visible_ = {0, 0, window.width, window.height};
-    clip_.reset();
+    viewport_ = {{0, 0, window.width, window.height}, std::nullopt, nullptr};
     placeAligned(tree_.root(), area, {}, {area.width, area.height});
   }
+  for (const ScrollRegion& region : scrollRegions_) {
+    double& y = scrollOffset(region.id).y;
+    y = std::clamp(y, 0.0, region.furthest());
+  }
+  std::erase_if(scrollRegions_, [](const ScrollRegion& region) { return region.furthest() <= 0; });
   if (environment_.layoutDirection == LayoutDirection::rightToLeft) {
     mirror(tree_.root());
     for (ScrollRegion& region : scrollRegions_) mirror(region.frame);
@@ -130,19 +134,17 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
 
 void Layout::place(Element& element, const Rect& frame, const Proposal& proposal) {
   element.frame = frame;
-  element.clip = clip_;
+  element.clip = viewport_.clip;
   const auto child = [&](std::size_t index) -> Element& { return *element.children[index]; };
   std::visit(Overloaded{
                  [&](const view::Stack& stack) { placeStack(element, stack, frame, proposal); },
                  [&](const view::Scroll&) {
                    const Proposal offered{proposal.width, std::nullopt};
                    const Size content = size(child(0), offered);
-                   const auto outerClip = clip_;
-                   const Rect outerVisible = visible_;
+                   const Viewport outer = viewport_;
                    const double top = placeScroller(element, frame, content.height);
                    place(child(0), {frame.x, top, content.width, content.height}, offered);
-                   clip_ = outerClip;
-                   visible_ = outerVisible;
+                   viewport_ = outer;
                  },
                  [&](const view::PinnedFooter& pinned) { placePinned(element, pinned, frame, proposal); },
                  [&](const view::LazyRows&) { placeRows(element, frame); },

@@ -21,7 +21,8 @@ struct ScrollRegion {
   double furthest() const { return std::max(0.0, contentHeight - frame.height); }
 };
 
-/// How far a region has been scrolled, in points from the top; remembered by the region's identity.
+/// How far a region has been scrolled, in points from the top; remembered by the region's identity. A layout
+/// reduces what is beyond the end to the end.
 struct ScrollOffset {
   double y = 0;
 };
@@ -86,6 +87,7 @@ class Layout {
   PinnedHeights pinnedHeights(Element& element, const view::PinnedFooter& pinned, const Proposal& proposal);
   void placePinned(Element& element, const view::PinnedFooter& pinned, const Rect& frame,
                    const Proposal& proposal);
+  ScrollOffset& scrollOffset(ElementId region);
   double placeScroller(const Element& element, const Rect& region, double contentHeight);
 
   Size measureRows(Element& element, const Proposal& proposal);
@@ -97,9 +99,15 @@ class Layout {
 
   ElementTree& tree_;
   const ViewEnvironment& environment_;
+  /// What the element that is being placed is seen through.
+  struct Viewport {
+    Rect visible;
+    std::optional<Rect> clip;
+    ScrollOffset* offset = nullptr;  // null: it does not scroll
+  };
+
   std::vector<ScrollRegion> scrollRegions_;
-  Rect visible_;
-  std::optional<Rect> clip_;
+  Viewport viewport_;
   std::vector<ElementId> kept_;
   Rows rows_ = Rows::near;
   bool rowsChanged_ = false;

@@ -6,17 +6,19 @@
 
 namespace TalvoConsentSDK {
 
+ScrollOffset& Layout::scrollOffset(ElementId region) {
+  return tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+}
+
 // Registers a region, narrows what is visible to it, and answers where its content begins.
 double Layout::placeScroller(const Element& element, const Rect& region, double contentHeight) {
   const ScrollRegion scroller{element.id, region, contentHeight};
-  auto& offset = tree_.memory().get<ScrollOffset>(element.id, [] { return ScrollOffset(); });
-  offset.y = std::clamp(offset.y, 0.0, scroller.furthest());
-  if (scroller.furthest() > 0) {
-    scrollRegions_.push_back(scroller);
-    clip_ = clip_ ? clip_->intersection(region) : region;
-  }
-  visible_ = visible_.intersection(region);
-  return region.y - offset.y;
+  scrollRegions_.push_back(scroller);
+  auto& [visible, clip, offset] = viewport_;
+  if (scroller.furthest() > 0) clip = clip ? clip->intersection(region) : region;
+  visible = visible.intersection(region);
+  offset = &scrollOffset(element.id);
+  return region.y - std::clamp(offset->y, 0.0, scroller.furthest());
 }
 
 Layout::PinnedHeights Layout::pinnedHeights(Element& element, const view::PinnedFooter& pinned,
@@ -39,8 +41,7 @@ void Layout::placePinned(Element& element, const view::PinnedFooter& pinned, con
   const PinnedHeights heights = pinnedHeights(element, pinned, proposal);
   const double footerTop = frame.bottom() - heights.footer;
 
-  const auto outerClip = clip_;
-  const Rect outerVisible = visible_;
+  const Viewport outer = viewport_;
   const double height = heights.scrollsAll ? frame.height - heights.inset : heights.middle;
   const Rect region{frame.x, frame.y + heights.inset, frame.width, std::max(0.0, height)};
   const double all = heights.content + heights.footer;
@@ -52,8 +53,7 @@ void Layout::placePinned(Element& element, const view::PinnedFooter& pinned, con
   };
   placeAt(content, top);
   if (heights.scrollsAll) placeAt(footer, top + heights.content);
-  clip_ = outerClip;
-  visible_ = outerVisible;
+  viewport_ = outer;
   if (!heights.scrollsAll) placeAt(footer, footerTop);
 }
 
@@ -72,16 +72,20 @@ Size Layout::measureRows(Element& element, const Proposal& proposal) {
   return {width, height};
 }
 
-// Rows within one visible height above and below exist, so that what scrolls into view is there already.
+// Rows within one visible height above and below exist, so that what scrolls into view is there already; so
+// do the first and the last one, for whoever enters the list by a key. When a row above the visible part
+// turns out otherwise than thought, the offset makes up for it, so that what is seen stays where it is.
 void Layout::placeRows(Element& element, const Rect& frame) {
   LazyRowsState& state = *element.lazyRows;
-  const double margin = rows_ == Rows::all ? infinity : visible_.height;
+  const Rect visible = viewport_.visible;
+  const double margin = rows_ == Rows::all ? infinity : visible.height;
   const Proposal offered{state.width, std::nullopt};
   double top = frame.y;
   for (std::size_t index = 0; index < state.heights.size(); ++index) {
     double& height = state.heights[index];
     const double thought = height < 0 ? state.estimate : height;
-    if (top + thought < visible_.y - margin || top > visible_.bottom() + margin) {
+    const bool isFar = top + thought < visible.y - margin || top > visible.bottom() + margin;
+    if (isFar && index > 0 && index + 1 < state.heights.size()) {
       const auto row = state.rows.find(index);
       if (row == state.rows.end() || !holdsKept(*row->second)) {
         if (row != state.rows.end()) state.rows.erase(row);
@@ -93,7 +97,9 @@ void Layout::placeRows(Element& element, const Rect& frame) {
     height = size(row, offered).height;
     if (height != thought) rowsChanged_ = true;
     place(row, {frame.x, top, frame.width, height}, offered);
-    top += height;
+    const bool isAbove = viewport_.offset && top + thought <= visible.y;
+    if (isAbove) viewport_.offset->y += height - thought;
+    top += isAbove ? thought : height;
   }
   if (rowsChanged_) forgetSizes(element);
 }

@@ -32,9 +32,8 @@ double ScrollMotion::drag(double y, Clock::time_point now) {
 void ScrollMotion::release(Clock::time_point now) {
   if (samples_.size() > 1) {
     const Seconds time = now - samples_.front().time;
-    const bool isResting = now - samples_.back().time > memory;
     const double speed = time.count() > 0 ? (samples_.front().y - samples_.back().y) / time.count() : 0;
-    if (!isResting && std::abs(speed) >= leastFling) speed_ = speed;
+    if (std::abs(speed) >= leastFling) speed_ = speed;
   }
   samples_.clear();
   stepped_ = now;

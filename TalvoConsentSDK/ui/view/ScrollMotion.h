@@ -20,7 +20,7 @@ class ScrollMotion {
   /// The finger is at `y`; answers how far to scroll.
   double drag(double y, Clock::time_point now);
 
-  /// The finger lets go; quick enough, the content goes on.
+  /// The finger lets go, where `drag` was last told; quick enough, the content goes on.
   void release(Clock::time_point now);
 
   /// How far to scroll since the last step of a fling.

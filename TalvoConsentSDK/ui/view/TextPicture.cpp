@@ -243,7 +243,6 @@ struct WrapperText {
   }
   std::string operator()(const view::IgnoresSafeArea&) const { return "ignores safe area"; }
   std::string operator()(const view::Accessibility& own) const {
-    if (own.isHidden) return "hidden";
     std::string text = "as " + name(own.role) + optionally("named", own.label) +
                        optionally("value", own.value) + optionally("description", own.description);
     if (own.isModal) text += " modal";

@@ -122,8 +122,7 @@ struct PinnedFooter {
   friend bool operator==(const PinnedFooter&, const PinnedFooter&) = default;
 };
 
-/// A vertical stack whose rows are made when they come near the visible part. `rowHeight` is the height that
-/// a row is thought to have until it has been seen.
+/// A vertical stack whose rows are made when they come near the visible part.
 struct LazyRows {
   std::size_t count = 0;
   Handler<AnyView(std::size_t)> row = {};
@@ -185,7 +184,6 @@ struct Accessibility {
   std::string description = {};
   bool isModal = false;      // (dialog) what lies below cannot be reached
   bool isDismissal = false;  // (button) what the Escape key does
-  bool isHidden = false;
   friend bool operator==(const Accessibility&, const Accessibility&) = default;
 };
 
