@@ -177,6 +177,12 @@ Insets OverlaySurface::safeArea() const {
   return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
 }
 
+// The keys go back to the host, and there to what they acted on.
+void OverlaySurface::hideEvent(QHideEvent* event) {
+  ViewWindow::hideEvent(event);
+  if (host_ && QGuiApplication::focusWindow() == this) host_->requestActivate();
+}
+
 void OverlaySurface::follow() {
   if (!host_) return;
   if (kind_ == OverlayKind::child) {

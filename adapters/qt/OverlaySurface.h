@@ -40,6 +40,7 @@ class OverlaySurface : public ViewWindow {
   bool passOn(QEvent& event) override;
   Insets safeArea() const override;
   bool frameDrawn(HostingController::Clock::time_point now, const std::vector<Visual>& visuals) override;
+  void hideEvent(QHideEvent* event) override;
 
  private:
   using Clock = HostingController::Clock;

@@ -53,7 +53,7 @@ std::optional<Key> toKey(const QKeyEvent& event) {
 
 }  // namespace
 
-ViewWindow::ViewWindow(const TextSettings& settings) : mount_(stage_, settings) {
+ViewWindow::ViewWindow(const TextSettings& settings) : mount_(stage_, settings), accessible_(*this) {
   stage_.setParentItem(contentItem());
   timer_.setTimerType(Qt::PreciseTimer);
   timer_.setSingleShot(true);
@@ -70,7 +70,10 @@ void ViewWindow::setController(std::shared_ptr<HostingController> controller, Vi
   if (controller_) controller_->setOnNeedsFrame(nullptr);
   controller_ = std::move(controller);
   environment_ = std::move(environment);
-  controller_->setOnNeedsFrame([this] { scheduleFrame(); });
+  controller_->setOnNeedsFrame([this] {
+    accessible_.invalidate();
+    scheduleFrame();
+  });
   resized();
 }
 
@@ -85,6 +88,7 @@ void ViewWindow::drawFrame() {
   mount_.update(visuals);
   const bool goesOn = frameDrawn(now, visuals);
   if (!timer_.isActive() && (goesOn || (controller_ && controller_->isMoving()))) timer_.start(frameInterval);
+  if (!timer_.isActive()) accessible_.notify();  // once it is still: whoever listens may ask for everything
 }
 
 void ViewWindow::resized() {
@@ -118,6 +122,12 @@ bool ViewWindow::event(QEvent* event) {
       const auto key = toKey(static_cast<QKeyEvent&>(*event));
       if ((!key || !controller->press(*key)) && !passOn(*event)) return false;
       break;
+    }
+    case QEvent::FocusIn:
+    case QEvent::Show: {
+      const bool isHandled = QQuickWindow::event(event);
+      accessible_.notifyFocus();
+      return isHandled;
     }
     default:
       return QQuickWindow::event(event);

@@ -10,6 +10,7 @@
 
 #include "TalvoConsentSDK/ui/view/HostingController.h"
 
+#include "adapters/qt/AccessibleTree.h"
 #include "adapters/qt/VisualMount.h"
 
 namespace TalvoConsentSDK {
@@ -34,6 +35,8 @@ class ViewWindow : public QQuickWindow {
 
   /// Whether a frame is due.
   bool isBusy() const { return timer_.isActive(); }
+
+  QAccessibleInterface* accessibleRoot() const override { return accessible_.root(); }
 
  protected:
   bool event(QEvent* event) override;
@@ -61,6 +64,7 @@ class ViewWindow : public QQuickWindow {
   ViewEnvironment environment_;
   std::optional<int> finger_;  // the one touch point that counts
   bool isPassingOn_ = false;   // from a press that is not the view's to its release
+  AccessibleTree accessible_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -2,30 +2,16 @@
 // with TALVO_UPDATE_GOLDEN=1, which rewrites the files and fails, and look at the pictures before keeping
 // them.
 
-#include <QFile>
 #include <cstdlib>
 
-#include "TalvoConsentSDK/models/BannerCustomization.h"
-#include "TalvoConsentSDK/models/Services.h"
-#include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
-
-#include "adapters/qt/QtMainActor.h"
-#include "adapters/qt/QtPlatform.h"
-
-#include "tests/qt/QtTesting.h"
+#include "tests/qt/ShownBanner.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
 constexpr QSize imageSize(195, 422);  // half a pixel a point, which keeps the files small
 
-std::string siteFile(const std::string& name) {
-  QFile file(QString::fromStdString(TALVO_SHIPPED_SITES "/" + name));
-  EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-  return file.readAll().replace("{{base}}", "https://service.example").toStdString();
-}
-
-const struct {
+const struct Image {
   const char* name;
   std::string site;
   std::string language;
@@ -37,36 +23,19 @@ const struct {
     {"minimal", "minimal", ".en.json", ""},
 };
 
-class BannerImagesTest : public TestWithParam<std::decay_t<decltype(cases[0])>> {};
+class BannerImagesTest : public TestWithParam<Image> {};
 INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
 
 TEST_P(BannerImagesTest, AreAsKept) {
   const auto& [name, site, language, tapped] = GetParam();
-  QQuickWindow host;
-  host.setColor(QColor(0xF4, 0xF5, 0xF6));
-  host.resize(390, 844);
-  host.show();
-  Platform platform;
-  platform.mainActor = std::make_shared<QtMainActor>();
-  platform.background = platform.mainActor;
-  const auto session = std::make_shared<FakeURLSession>(platform.mainActor);
-  session->answer("GET", "https://service.example/sites/demo/logo.png", 200, siteFile("demo/logo.png"));
-  platform.urlSession = session;
-  addQtWindows(platform, {});
-  Platform::install(platform);
-
-  const auto document = parsed<BannerCustomization>(siteFile(site + "/customization" + language));
-  const auto services = parsed<Services>(site == "demo" ? siteFile("demo/services" + language) : "{}");
-  const ConsentBannerView banner(*document.customization, services, {}, {}, {});
-  ConsentBannerPresenter::shared()->show(banner, *document.customization);
-  OverlaySurface& surface = *overlays().front();
-  const auto isAtRest = [&] { return surface.stage().opacity() == 1 && !surface.isBusy(); };
-  EXPECT_TRUE(spinUntil(isAtRest));
+  ShownBanner banner(siteFile(site + "/customization" + language),
+                     site == "demo" ? siteFile("demo/services" + language) : "{}");
+  OverlaySurface& surface = banner.surface();
   for (const auto& each : std::vector(surface.controller()->accessibleElements())) {
     if (each.name == tapped) surface.controller()->activate(each.id);
   }
-  EXPECT_TRUE(spinUntil(isAtRest));
-  EXPECT_THAT(session->unexpected(), IsEmpty());
+  EXPECT_TRUE(banner.isStill());
+  EXPECT_THAT(banner.session->unexpected(), IsEmpty());
   const QImage image =
       surface.grabWindow().scaled(imageSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 

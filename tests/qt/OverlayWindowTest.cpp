@@ -188,6 +188,7 @@ TEST_F(OverlayWindowTest, HidesAndGoesAway) {
   show(true);
   window->setHidden(true);
   EXPECT_FALSE(surface().isVisible());
+  EXPECT_TRUE(spinUntil([&] { return QGuiApplication::focusWindow() == host.get(); })) << "the keys go back";
   window->setHidden(false);
   EXPECT_TRUE(surface().isVisible());
   window->animateAlpha(0, 10ms, [held = window] { held->setHidden(true); });

@@ -1,0 +1,82 @@
+#pragma once
+
+// What assistive technology knows of a ViewWindow: everything its controller has to read and use, and what
+// has changed of it. The interfaces that Qt hands out are in AccessibleInterfaces.h.
+
+#include <QAccessible>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+#include "TalvoConsentSDK/ui/view/Accessible.h"
+
+namespace TalvoConsentSDK {
+
+class ViewWindow;
+
+/// Runs on the GUI thread. The window is the root; below it stands the dialog, where there is one, and below
+/// that the elements in reading order, rows that are far out of sight included. To list those takes time in
+/// proportion to their number, so they are listed when asked for, and at most once a change.
+class AccessibleTree {
+ public:
+  explicit AccessibleTree(ViewWindow& window);
+  ~AccessibleTree();
+  AccessibleTree(const AccessibleTree&) = delete;
+  AccessibleTree& operator=(const AccessibleTree&) = delete;
+
+  ViewWindow& window() const { return window_; }
+  QAccessibleInterface* root() const { return QAccessible::accessibleInterface(root_); }
+
+  /// The dialog, or without one the root.
+  QAccessibleInterface* container();
+
+  /// The interface of an element, the same one for as long as the element is there.
+  QAccessibleInterface* item(const AccessibleElement& element);
+
+  /// In reading order; valid until the content changes. Their `control` is not.
+  const std::vector<AccessibleElement>& elements();
+  const AccessibleElement* find(ElementId id);
+  bool hasDialog();
+
+  /// The topmost element at a point of the window.
+  const AccessibleElement* at(Point point);
+
+  /// What the keys act on, while the window has them.
+  std::optional<ElementId> focused() const;
+
+  /// Scrolls the element into view and does what it is for, or gives it the focus.
+  void activate(ElementId id);
+  void focus(ElementId id);
+
+  /// The content may be other than before.
+  void invalidate();
+
+  /// Tells assistive technology, where there is any, what has changed since the last time.
+  void notify();
+
+  /// Tells it what the keys act on.
+  void notifyFocus();
+
+ private:
+  struct Known {
+    QAccessible::Id item = 0;
+    AccessibleElement told;
+  };
+
+  void notifyNew(const std::vector<AccessibleElement>& now);
+  void notifyChange(QAccessibleInterface* item, const AccessibleElement& before,
+                    const AccessibleElement& now);
+
+  ViewWindow& window_;
+  const QAccessible::Id root_;  // ids, since Qt owns the interfaces and deletes them with the application
+  std::vector<AccessibleElement> elements_;
+  std::unordered_map<ElementId, std::size_t> indices_;
+  std::unordered_map<ElementId, Known> known_;  // those that were asked for
+  std::vector<QAccessible::Id> gone_;           // may be in use by who is calling
+  std::vector<ElementId> toldOrder_;
+  std::optional<ElementId> toldFocus_;
+  bool isStale_ = true;
+  bool hasNews_ = false;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,123 @@
+#!/usr/bin/python3
+"""Visits the sample host through the platform's accessibility bus alone, as a screen reader would: reads and uses
+the banner, and hears what changes. Takes the host's command."""
+
+import json
+import subprocess
+import sys
+import time
+
+import pyatspi
+from gi.repository import GLib
+
+LANGUAGES = {  # the host's button for it, and what the banner calls things
+    "English": ("Your privacy, your choice", "Accept all", "Reject all", "Manage preferences", "Marketing",
+                "Save choices"),
+    "العربية": ("خصوصيتك، خيارك", "قبول الكل", "رفض الكل", "إدارة التفضيلات", "التسويق", "حفظ الاختيارات"),
+}
+heard = []
+
+
+def wait_for(look, what):
+    """Answers what `look` finds once it finds something."""
+    end = time.time() + 10
+    while time.time() < end:
+        while GLib.MainContext.default().iteration(False):
+            pass
+        try:
+            found = look()
+        except GLib.Error:  # what was looked at has just gone
+            found = None
+        if found:
+            return found
+        time.sleep(0.02)
+    sys.exit(f"not seen within 10 s: {what}; heard {heard}")
+
+
+def hears(event, name):
+    wait_for(lambda: (event, name) in heard, f"{event} of {name}")
+
+
+class Visit:
+    def __init__(self, process):
+        self.app = wait_for(lambda: next((each for each in pyatspi.Registry.getDesktop(0)
+                                          if each and each.get_process_id() == process.pid), None), "the host")
+
+    def dialog(self):
+        return pyatspi.findDescendant(self.app, lambda each: each.getRole() == pyatspi.ROLE_DIALOG)
+
+    def find(self, role, name, *states, inside=None, description=""):
+        """An element that is in all these states; without `inside`, of the banner."""
+        def look():
+            within = inside or self.dialog()
+            found = within and pyatspi.findDescendant(
+                within, lambda each: (each.getRoleName(), each.name, each.description) == (role, name, description))
+            now = found and [pyatspi.stateToString(state) for state in found.getState().getStates()]
+            return found if found and all(state in now for state in states) else None
+        return wait_for(look, f"{role} {name} {states}")
+
+    def use(self, action, role, name, **where):
+        actions = self.find(role, name, **where).queryAction()
+        names = [actions.getName(i) for i in range(actions.nActions)]
+        assert actions.doAction(names.index(action)), f"{action} {name}"
+
+    def press(self, name, **where):
+        heard.clear()
+        self.use("Press", "push button", name, **where)
+
+    def opens(self, title):
+        self.press("Privacy settings", inside=self.app)
+        self.find("heading", title, "focused")
+        assert self.dialog().name == title and self.dialog().getState().contains(pyatspi.STATE_MODAL)
+        hears("window:activate", title)
+
+    def ends_with(self, consent):
+        stored = lambda each: each.name.startswith("{") and json.loads(each.name) == consent
+        wait_for(lambda: not self.dialog() and pyatspi.findDescendant(self.app, stored), f"{consent}, stored")
+        hears("window:activate", "Aurora Daily")
+
+
+def go(visit, title, accept, reject, manage, marketing, save):
+    every = lambda choice: dict(marketing=choice, preferences=choice, statistics=choice)
+    for name, choice in ((accept, True), (reject, False)):
+        visit.opens(title)
+        visit.press(name, inside=visit.dialog())
+        visit.ends_with(every(choice))
+
+    visit.opens(title)
+    visit.press(manage)
+    visit.find("push button", marketing, "collapsed", description="4 vendors")
+    visit.press(marketing, description="4 vendors")
+    visit.find("push button", marketing, "expanded", description="4 vendors")
+    for vendor in ("Adlantern", "Echotrail"):
+        visit.use("Toggle", "check box", vendor, description=marketing)
+        visit.find("check box", vendor, "checked", description=marketing)
+        hears("object:state-changed:checked", vendor)
+    visit.press("Adlantern", description=marketing)
+    visit.find("heading", "Adlantern")
+    visit.find("label", "Adlantern Inc.")
+    visit.press("Back")
+    visit.press(save)
+    visit.ends_with(every(False) | dict(marketing=["Adlantern", "Echotrail"], optedIn=True))
+
+    visit.opens(title)
+    visit.press("Close")
+    visit.ends_with(every(False) | dict(marketing=["Adlantern", "Echotrail"], optedIn=True))
+
+
+def main():
+    for event in ("window:activate", "object:state-changed:checked"):
+        pyatspi.Registry.registerEventListener(
+            lambda each: heard.append((each.type, each.source.name if each.source else "")), event)
+    with subprocess.Popen(sys.argv[1:]) as host:
+        try:
+            visit = Visit(host)
+            for language, names in LANGUAGES.items():
+                visit.press(language, inside=visit.app)
+                go(visit, *names)
+                print(f"{language}: accepted, rejected, saved a choice, read a vendor's detail, closed")
+        finally:
+            host.terminate()
+
+
+main()
