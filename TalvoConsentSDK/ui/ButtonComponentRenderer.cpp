@@ -24,10 +24,11 @@ AnyView ButtonsComponentRenderer::buttonView(const BannerCustomization::ButtonIt
       text(buttonLabel(*item.id, messages_), {.font = {TextStyle::body, FontWeight::semibold},
                                               .color = palette.buttonFont,
                                               .alignment = HorizontalAlignment::center});
-  return button(label.frame({.maxWidth = infinity})
-                    .padding(Insets::all(12))
-                    .background({.color = palette.buttonBackground, .cornerRadius = 8}),
-                [onAction = onAction_, id = *item.id] { onAction(id); });
+  return button(
+      label.frame({.maxWidth = infinity})
+          .padding(Insets::all(12))
+          .background({.color = palette.buttonBackground, .cornerRadius = 8, .outline = palette.font}),
+      [onAction = onAction_, id = *item.id] { onAction(id); });
 }
 
 }  // namespace TalvoConsentSDK

@@ -234,6 +234,7 @@ struct WrapperText {
       text += " shadow " + hex(shadow->color) + " blur " + number(shadow->radius) + " at " +
               number(shadow->x) + " " + number(shadow->y);
     }
+    if (background.outline) text += " outline " + hex(*background.outline);
     return text;
   }
   std::string operator()(const view::Overlay& overlay) const { return "overlay " + name(overlay.alignment); }

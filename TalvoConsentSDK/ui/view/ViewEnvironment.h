@@ -20,6 +20,7 @@ struct ViewEnvironment {
   Insets safeArea;       // what the system's own furniture covers of it
   LayoutDirection layoutDirection = LayoutDirection::leftToRight;  // set by the controller
   bool reducesMotion = false;
+  bool highContrast = false;  // translucent texts and lines are drawn solid, controls with an outline
 };
 
 }  // namespace TalvoConsentSDK

@@ -152,6 +152,7 @@ struct Background {
   Color color = {};
   double cornerRadius = 0;
   std::optional<Shadow> shadow = {};
+  std::optional<Color> outline = {};  // drawn where high contrast is asked for
   friend bool operator==(const Background&, const Background&) = default;
 };
 

@@ -13,7 +13,7 @@ constexpr double pressedOpacity = 0.6;
 constexpr double disabledOpacity = 0.45;
 constexpr double ringDistance = 3;
 
-enum Part { mainPart, shadowPart, ringPart, upperEdgePart, lowerEdgePart };
+enum Part { mainPart, shadowPart, ringPart, upperEdgePart, lowerEdgePart, outlinePart };
 
 class Flattener {
  public:
@@ -22,6 +22,7 @@ class Flattener {
       : memory_(tree.memory()),
         window_{0, 0, environment.size.width, environment.size.height},
         isMirrored_(environment.layoutDirection == LayoutDirection::rightToLeft),
+        hasHighContrast_(environment.highContrast),
         state_(state),
         animations_(animations) {}
 
@@ -48,12 +49,19 @@ class Flattener {
   void addRing() {
     if (!ring_) return;
     constexpr Color inner{1, 1, 1, 1};
-    constexpr Color outer{0.04, 0.32, 0.84, 1};
+    constexpr Color outer{0.03, 0.2, 0.6, 1};  // so far from white that one of them is 3:1 from any colour
     constexpr double cornerRadius = 8;
     const Rect& f = ring_->frame;
     push(ring_->id, ringPart,
          {f.x - ringDistance, f.y - ringDistance, f.width + 2 * ringDistance, f.height + 2 * ringDistance},
          ring_->clip, 1, visual::FocusRing{inner, outer, cornerRadius + ringDistance});
+  }
+
+  // Switches and backgrounds with an outline are drawn with it where high contrast is asked for.
+  void addOutline(const Element& element, double opacity, const Color& color, double cornerRadius) {
+    if (!hasHighContrast_) return;
+    push(element.id, outlinePart, element.frame, element.clip, opacity,
+         visual::FocusRing{Color::clear(), color, cornerRadius});
   }
 
   std::vector<Visual> take() && { return std::move(visuals_); }
@@ -64,13 +72,14 @@ class Flattener {
   }
 
   void draw(const Element& element, const view::Text& text, double opacity, bool) {
-    pushMain(element, opacity,
-             visual::Text{text.text, text.font, text.color, text.isUnderlined, alignment(text.alignment)});
+    pushMain(
+        element, opacity,
+        visual::Text{text.text, text.font, strong(text.color), text.isUnderlined, alignment(text.alignment)});
   }
 
   void draw(const Element& element, const view::Symbol& symbol, double opacity, bool) {
     pushMain(element, opacity,
-             visual::Symbol{symbol.glyph, symbol.weight, symbol.color,
+             visual::Symbol{symbol.glyph, symbol.weight, strong(symbol.color),
                             animations_.value(element.id, symbol.turns), isMirrored_});
   }
 
@@ -84,13 +93,15 @@ class Flattener {
   }
 
   void draw(const Element& element, const view::Divider& line, double opacity, bool) {
-    pushMain(element, opacity, visual::Box{line.color});
+    pushMain(element, opacity, visual::Box{strong(line.color)});
   }
 
   void draw(const Element& element, const view::Toggle& toggle, double opacity, bool isDisabled) {
-    pushMain(element, isDisabled ? opacity * disabledOpacity : opacity,
+    if (isDisabled) opacity *= disabledOpacity;
+    pushMain(element, opacity,
              visual::Switch{toggle.onColor, toggle.offColor, toggle.knobColor,
                             animations_.value(element.id, toggle.isOn ? 1 : 0), isMirrored_});
+    addOutline(element, opacity, strong(toggle.offColor), element.frame.height / 2);
   }
 
   void draw(const Element& element, const view::Background& background, double opacity, bool isDisabled) {
@@ -99,6 +110,7 @@ class Flattener {
            visual::BoxShadow{*background.shadow, background.cornerRadius});
     }
     pushMain(element, opacity, visual::Box{background.color, background.cornerRadius});
+    if (background.outline) addOutline(element, opacity, *background.outline, background.cornerRadius);
     addChildren(element, opacity, isDisabled);
   }
 
@@ -121,6 +133,8 @@ class Flattener {
   void draw(const Element& element, const Container&, double opacity, bool isDisabled) {
     addChildren(element, opacity, isDisabled);
   }
+
+  Color strong(const Color& color) const { return hasHighContrast_ ? color.withAlpha(1) : color; }
 
   void pushMain(const Element& element, double opacity, visual::Content content) {
     push(element.id, mainPart, element.frame, element.clip, opacity, std::move(content));
@@ -148,6 +162,7 @@ class Flattener {
   ElementMemory& memory_;
   const Rect window_;
   const bool isMirrored_;
+  const bool hasHighContrast_;
   const VisualState& state_;
   Animations& animations_;
   const Element* ring_ = nullptr;

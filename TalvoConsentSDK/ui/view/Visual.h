@@ -73,7 +73,8 @@ struct Switch {
   friend bool operator==(const Switch&, const Switch&) = default;
 };
 
-/// An outline around the control that keys act on.
+/// An outline of two strokes: around the control that keys act on, and, with a clear inner one, around
+/// controls where high contrast is asked for.
 struct FocusRing {
   Color inner;
   Color outer;
