@@ -94,7 +94,7 @@ class HostModel {
     // From any thread.
     void note(const std::string& line) const {
       mainActor->post([log = *this, line] {
-        log.content.update([&](HostContent& content) { content.log.insert(content.log.begin(), line); });
+        log.content.update([&](HostContent& shown) { shown.log.insert(shown.log.begin(), line); });
         log.refresh();
       });
     }
