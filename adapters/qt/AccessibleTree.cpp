@@ -58,7 +58,9 @@ QAccessibleInterface* AccessibleTree::item(const AccessibleElement& element) {
 }
 
 const std::vector<AccessibleElement>& AccessibleTree::elements() {
-  if (!window_.controller() || !std::exchange(isStale_, false)) return elements_;
+  if (!window_.controller()) return elements_;
+  const auto revision = window_.controller()->accessibleRevision();
+  if (std::exchange(revision_, revision) == revision) return elements_;
   std::vector<AccessibleElement> now = window_.controller()->accessibleElements(true);
   std::unordered_map<ElementId, std::size_t> indices;
   for (std::size_t i = 0; i < now.size(); ++i) indices[now[i].id] = i;
@@ -113,24 +115,19 @@ void AccessibleTree::activate(ElementId id) {
 }
 
 void AccessibleTree::focus(ElementId id) {
-  const auto controller = window_.controller();
-  if (const AccessibleElement* element = find(id)) controller->reveal(*element);
-  controller->focus(id);
-}
-
-void AccessibleTree::invalidate() {
-  isStale_ = true;
-  hasNews_ = true;
+  window_.controller()->focus(id);
 }
 
 void AccessibleTree::notify() {
-  if (!std::exchange(hasNews_, false)) return;
   if (QAccessible::isActive()) {
-    const std::vector<AccessibleElement> now = elements();  // who is told may ask, and make it change
-    notifyNew(now);
-    for (const AccessibleElement& each : now) {
-      const auto known = known_.find(each.id);
-      if (known != known_.end()) notifyChange(item(each), std::exchange(known->second.told, each), each);
+    const auto& all = elements();
+    if (std::exchange(toldRevision_, revision_) != revision_) {
+      const std::vector<AccessibleElement> now = all;  // who is told may ask, and make it change
+      notifyNew(now);
+      for (const AccessibleElement& each : now) {
+        const auto known = known_.find(each.id);
+        if (known != known_.end()) notifyChange(item(each), std::exchange(known->second.told, each), each);
+      }
     }
     if (focused() != toldFocus_) notifyFocus();
   }

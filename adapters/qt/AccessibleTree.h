@@ -48,8 +48,8 @@ class AccessibleTree {
   void activate(ElementId id);
   void focus(ElementId id);
 
-  /// The content may be other than before.
-  void invalidate();
+  /// A controller of its own has revisions of its own.
+  void controllerChanged() { revision_.reset(); }
 
   /// Tells assistive technology, where there is any, what has changed since the last time.
   void notify();
@@ -75,8 +75,8 @@ class AccessibleTree {
   std::vector<QAccessible::Id> gone_;           // may be in use by who is calling
   std::vector<ElementId> toldOrder_;
   std::optional<ElementId> toldFocus_;
-  bool isStale_ = true;
-  bool hasNews_ = false;
+  std::optional<std::uint64_t> revision_;  // of the elements
+  std::optional<std::uint64_t> toldRevision_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -70,10 +70,8 @@ void ViewWindow::setController(std::shared_ptr<HostingController> controller, Vi
   if (controller_) controller_->setOnNeedsFrame(nullptr);
   controller_ = std::move(controller);
   environment_ = std::move(environment);
-  controller_->setOnNeedsFrame([this] {
-    accessible_.invalidate();
-    scheduleFrame();
-  });
+  controller_->setOnNeedsFrame([this] { scheduleFrame(); });
+  accessible_.controllerChanged();
   resized();
 }
 

@@ -51,7 +51,8 @@ class Visit:
         def look():
             within = inside or self.dialog()
             found = within and pyatspi.findDescendant(
-                within, lambda each: (each.getRoleName(), each.name, each.description) == (role, name, description))
+                within, lambda each: (each.getRoleName(), each.name) == (role, name) and
+                each.description.startswith(description))
             now = found and [pyatspi.stateToString(state) for state in found.getState().getStates()]
             return found if found and all(state in now for state in states) else None
         return wait_for(look, f"{role} {name} {states}")

@@ -17,11 +17,11 @@ using ::testing::IsSupersetOf;
 
 Texts events;  // as words
 
-// "Link 'Privacy policy' (description) focusable".
+// "Link 'Privacy policy' (description's first sentence) focusable".
 std::string describe(QAccessibleInterface& item) {
   std::string all = qAccessibleRoleString(item.role());
   all += " '" + item.text(QAccessible::Name).toStdString() + "'";
-  const QString description = item.text(QAccessible::Description);
+  const QString description = item.text(QAccessible::Description).section('.', 0, 0);
   if (!description.isEmpty()) all += " (" + description.toStdString() + ")";
   const QAccessible::State state = item.state();
   const auto add = [&](bool is, const char* name) { all += is ? std::string(" ") + name : ""; };
@@ -155,7 +155,9 @@ TEST_F(AccessibilityTest, TellsWhatChanges) {
     QString action;
     std::vector<std::string> told;
   } cases[] = {
-      {"CheckBox 'Voxlet'", "", {"checked: Preferences", "checked: Voxlet"}},
+      {"CheckBox 'Voxlet'",
+       "",
+       {"checked: Preferences", "DescriptionChanged: Preferences", "checked: Voxlet"}},
       {"CheckBox 'Statistics'", "SetFocus", {"Focus: Statistics"}},
       {"CheckBox 'Necessary'", "Toggle", {}},
       {"StaticText 'Do not", "SetFocus", {"Focus: Do not sell my data"}},
