@@ -2,13 +2,14 @@
 
 Every ratio is taken within one run of one program, or of programs started in turn; figures are medians.
 
-  report.py measure [--quick]    everything, as a table, and as JSON in build/bench.json
-  report.py check OLD NEW        instruction counts of two builds of the fixed operations
+  report.py measure [--quick] [PART...]   all parts or those named, as a table, and as JSON in build/bench.json
+  report.py check OLD NEW                 instruction counts of two builds of the fixed operations
 """
 
 import json
 import os
 import re
+import resource
 import statistics
 import subprocess
 import sys
@@ -224,7 +225,12 @@ def processes(table, quick, env):
         table.add(f"memory (PSS), {name} site", median(runs, 2), median(bare, 1), peer_name="bare window", show=megabytes)
 
 
-def sizes(table, quick):
+def processor_time_of_children():
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
+def sizes(table, quick, env):
     for library in sorted(SHARED.glob("**/libTalvoConsent*.so")):
         stripped = Path(tempfile.gettempdir()) / library.name
         run(["strip", "-o", stripped, library])
@@ -238,11 +244,10 @@ def sizes(table, quick):
     programs = {name: [] for name in ("linked", "unlinked")}
     for _ in range(20 if quick else 200):
         for name, times in programs.items():
-            start = os.times()
+            start = processor_time_of_children()
             run([SHARED / "benchmarks" / name])
-            end = os.times()
-            times.append(end.children_user + end.children_system - start.children_user - start.children_system)
-    ours, peer = (statistics.mean(programs[name]) * 1e9 for name in ("linked", "unlinked"))
+            times.append(processor_time_of_children() - start)
+    ours, peer = (statistics.median(programs[name]) * 1e9 for name in ("linked", "unlinked"))
     table.add("a process that links the library, unused", ours, peer, peer_name="without it; processor time")
 
 
@@ -255,7 +260,7 @@ def instructions(program, operation):
     return int(re.search(r"Collected : (\d+)", result.stderr).group(1))
 
 
-def count(table):
+def counts(table, quick, env):
     program = "build/operations/operations"
     for operation in run([program]).split():
         table.add(f"instructions: {operation}", instructions(program, operation), show=lambda n: f"{n:,}")
@@ -273,13 +278,16 @@ def check(old, new):
         raise SystemExit(f"More than {MOST_GROWTH:.0%} more instructions: {', '.join(grown)}")
 
 
-def measure(quick):
+PARTS = (records, store, transport, events, banner, processes, sizes, counts)
+
+
+def measure(arguments):
+    quick, names = "--quick" in arguments, [each for each in arguments if each != "--quick"]
     table, env = Table(), environment()
-    for part in (records, store, transport, events, banner, processes):
-        print(f"Measuring {part.__name__}, load {os.getloadavg()[0]:.1f} ...", file=sys.stderr)
-        part(table, quick, env)
-    sizes(table, quick)
-    count(table)
+    for part in PARTS:
+        if not names or part.__name__ in names:
+            print(f"Measuring {part.__name__}, load {os.getloadavg()[0]:.1f} ...", file=sys.stderr)
+            part(table, quick, env)
     print(table.text())
     Path("build/bench.json").write_text(json.dumps({"load": os.getloadavg(), "rows": table.rows}, indent=1) + "\n")
     if any(row["inside"] == "NO" for row in table.rows):
@@ -287,7 +295,4 @@ def measure(quick):
 
 
 if __name__ == "__main__":
-    if sys.argv[1] == "check":
-        check(*sys.argv[2:4])
-    else:
-        measure("--quick" in sys.argv)
+    check(*sys.argv[2:4]) if sys.argv[1] == "check" else measure(sys.argv[2:])

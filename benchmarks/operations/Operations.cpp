@@ -19,7 +19,7 @@
 #include "adapters/memory/FixedWidthMeasurer.h"
 #include "adapters/memory/MemoryPlatform.h"
 
-#include "../Documents.h"
+#include "benchmarks/Documents.h"
 
 extern "C" __attribute__((noinline)) void talvoMeasured(const std::function<void()>& operation) {
   operation();
