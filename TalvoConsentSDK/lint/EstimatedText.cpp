@@ -37,11 +37,11 @@ double weightFactor(FontWeight weight) {
     case FontWeight::regular:
       return 1;
     case FontWeight::medium:
-      return 1.02;
+      return 1.03;
     case FontWeight::semibold:
-      return 1.04;
+      return 1.055;
     case FontWeight::bold:
-      return 1.06;
+      return 1.08;
   }
   return 1;
 }
