@@ -20,7 +20,7 @@ const std::string hugePicture(
     "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0\x0F\xB0\xE2\x15\0\0\0\x01IDAT",
     41);
 
-const struct {
+const struct Download {
   const char* name;
   std::optional<int> status;
   std::optional<std::string> body;
@@ -38,7 +38,7 @@ const struct {
     {"noHost", 200, picture, "The URL cannot be requested", "data:text"},
 };
 
-class QtImageLoaderTest : public TestWithParam<std::decay_t<decltype(cases[0])>> {};
+class QtImageLoaderTest : public TestWithParam<Download> {};
 INSTANTIATE_TEST_SUITE_P(All, QtImageLoaderTest, ValuesIn(cases), byName);
 
 TEST_P(QtImageLoaderTest, AnswersOnceOnTheMainActorAndDecodesInTheBackground) {
