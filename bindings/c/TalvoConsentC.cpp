@@ -191,7 +191,7 @@ talvo_topics* talvo_topics_get(const char* tenant_id, const char* collection_poi
 talvo_status talvo_topics_submit(talvo_topics* client, const char* email, const talvo_topic* topics,
                                  size_t count, talvo_reply_callback callback, void* user_data) {
   return guarded([&] {
-    std::map<int, bool> choices;
+    std::map<std::int64_t, bool> choices;
     if (count > 0) required(topics, "topics");
     for (size_t i = 0; i < count; ++i) choices[topics[i].number] = topics[i].selected != 0;
     required(reinterpret_cast<TalvoConsent*>(client), "client")
