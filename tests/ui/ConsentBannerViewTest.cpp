@@ -45,7 +45,9 @@ TEST_F(ConsentBannerViewTest, AnswersActions) {
       const std::string kind = words(event).front(), what = words(event).back();
       if (kind == "main") view.handleMainAction(what);
       if (kind == "other") view.handlePreferencesAction(what);
-      if (kind != "main" && kind != "other") EXPECT_TRUE(tap(screen, event)) << event;
+      if (kind != "main" && kind != "other") {
+        EXPECT_TRUE(tap(screen, event)) << event;
+      }
     }
     std::ranges::copy(platform.printer->take(), std::back_inserter(trace));
     for (std::string& each : trace) each = each.starts_with("{") ? "save" : each;

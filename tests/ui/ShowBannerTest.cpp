@@ -90,7 +90,9 @@ TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
     const std::string sent = R"({"status":")" + status +
                              R"(","categories":{"necessary":true,"unclassified":true,)" + values + optedIn +
                              "}" + sentId + sameInAll;
-    if (!method.empty()) EXPECT_EQ(canonical(*platform.session->requests().back().body), canonical(sent));
+    if (!method.empty()) {
+      EXPECT_EQ(canonical(*platform.session->requests().back().body), canonical(sent));
+    }
     window()->finishAnimations();
   }
   EXPECT_THAT(platform.printer->take(), IsEmpty());
