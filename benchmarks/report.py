@@ -288,8 +288,9 @@ def measure(arguments):
         if not names or part.__name__ in names:
             print(f"Measuring {part.__name__}, load {os.getloadavg()[0]:.1f} ...", file=sys.stderr)
             part(table, quick, env)
+            Path("build/bench.json").write_text(
+                json.dumps({"load": os.getloadavg(), "rows": table.rows}, indent=1) + "\n")
     print(table.text())
-    Path("build/bench.json").write_text(json.dumps({"load": os.getloadavg(), "rows": table.rows}, indent=1) + "\n")
     if any(row["inside"] == "NO" for row in table.rows):
         raise SystemExit("Some figures are outside their budgets.")
 
