@@ -145,13 +145,18 @@ void scrollHundredFrames(benchmark::State& state) {
   BannerScene scene(vendorCount(state));
   scene.use(Role::expander, "Marketing");
   scene.settle();
-  double direction = 1;
+  // To and fro: at an end nothing would move, and no frame come.
+  constexpr int turn = 20;
   for (auto _ : state) {
     for (int frame = 0; frame < 100; ++frame) {
-      scene.scroll(direction * 3);
+      scene.scroll(frame / turn % 2 == 0 ? 3 : -3);
       scene.presentFrame();
     }
-    direction = -direction;
+    state.PauseTiming();
+    scene.scroll(-3.0 * turn);
+    scene.presentFrame();
+    scene.settle();
+    state.ResumeTiming();
   }
 }
 

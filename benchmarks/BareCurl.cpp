@@ -32,7 +32,6 @@ void BareCurl::begin(Transfer& transfer) {
       curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body_.data());
       curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body_.size()));
       curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
-      curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, 1L);
       curl_easy_setopt(easy, CURLOPT_HTTPHEADER, static_cast<curl_slist*>(headers_));
     }
     constexpr auto received = [](char* bytes, std::size_t, std::size_t count, void* self) {

@@ -114,9 +114,10 @@ void measureAll() {
   measureCatalogue("services/encode/ours",
                    [](const Catalogue& from) { return JSONEncoder().encode(from.records)->size(); });
   measureCatalogue("services/encode/nlohmann-untyped", [](const Catalogue& from) {
-    static std::pair<const Catalogue*, nlohmann::json> parsed;
-    if (parsed.first != &from) parsed = {&from, nlohmann::json::parse(from.text)};
-    return parsed.second.dump().size();
+    static std::map<const Catalogue*, nlohmann::json> parsed;
+    auto& document = parsed[&from];
+    if (document.is_null()) document = nlohmann::json::parse(from.text);
+    return document.dump().size();
   });
 
   const auto sizes = {std::int64_t{10}, std::int64_t{100}, std::int64_t{1'000}, std::int64_t{10'000},
