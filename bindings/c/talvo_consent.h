@@ -16,6 +16,7 @@
  */
 
 #include <stddef.h>
+#include <stdint.h>
 
 #if defined(__GNUC__)
 #define TALVO_API __attribute__((visibility("default")))
@@ -139,7 +140,7 @@ TALVO_API talvo_topics* talvo_topics_get(const char* tenant_id, const char* coll
                                          const char* token, const char* api_url);
 
 typedef struct talvo_topic {
-  int number;
+  int64_t number;
   int selected; /* 0: no, else yes */
 } talvo_topic;
 
