@@ -113,19 +113,6 @@ TEST_F(ClientTest, SendsTheImplicitPayloadAndReportsItsFailure) {
               ElementsAre("Failed to submit implicit consent: HTTP error 503: busy"));
 }
 
-TEST_F(ClientTest, KeepsADecisionMadeWhileImplicitConsentIsUnderWay) {
-  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
-  const auto client = create(implicitly);
-  while (platform.mainActor->runAll() + platform.background->runAll() > 0 ||
-         newRequests() == Texts{configurations}) {
-    if (platform.session->requests().size() < 2) platform.sessionThread->runAll();
-  }
-  ASSERT_EQ(platform.session->requests().size(), 2u);
-  store("basicConsent", R"({"marketing":false})");
-  platform.settle();
-  EXPECT_EQ(written(client->getConsent().value()), R"({"marketing":false})");
-}
-
 // A printer is the host's: it may ask for the client, and throw.
 struct HostilePrinter : CapturingPrinter {
   void print(std::string_view line) override {

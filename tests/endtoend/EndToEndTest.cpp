@@ -34,9 +34,9 @@ Texts split(const std::string& text, char separator) {
 }
 
 // A line without what differs from run to run. Of a view the switches and how they stand. Empty for what only
-// says that a command is done.
+// says that a command is done, or that a banner has ended, which may be before or after its callback.
 std::string inShort(const std::string& line) {
-  static const regex done(R"re(\{"(settled|done|tapped)":[^:]*)re");
+  static const regex done(R"re(\{"((settled|done|tapped)":[^:]*|focus":null.*))re");
   static const regex toggle(
       R"re("enabled":(\w+),"name":"([^"]*)","rect":\[[^\]]*\],"role":"switch","value":"(\w+)")re");
   static const regex time(R"re(,"time":"[^"]*")re");

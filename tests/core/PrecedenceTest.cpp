@@ -1,0 +1,115 @@
+// What becomes of a person's choice: each source of a consent over each kind of stored one, with the network
+// and the store in order and not. The table is tests/golden/precedence.txt, whose head says how to read it.
+
+#include <fstream>
+
+#include "tests/core/ClientTest.h"
+#include "tests/ui/BannerTesting.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+const std::string document = [] {
+  BannerCustomization made;
+  made.customization =
+      customization("buttons:acceptAll,rejectAll,preferences", "tabs:marketing buttons:savePreferences",
+                    R"(,"savePreference":"Save","preferencesButton":"Manage")");
+  return written(made);
+}();
+
+std::vector<std::array<std::string, 6>> table() {
+  std::ifstream file(TALVO_TEST_DATA "/golden/precedence.txt");
+  std::string text;
+  for (std::string line; std::getline(file, line);) {
+    if (!line.empty() && line[0] != '#') text += '\n' + line;
+  }
+  return rows<6>(text);
+}
+
+class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {
+ protected:
+  PrecedenceTest() {
+    for (const std::string query : {"", "?consentId=c", "?consentId=o"}) {
+      const std::string path = "cookie-consent/s/identified/";
+      answer("GET", path + "new" + query, 200, "null");
+      answer("GET", path + "known" + query, 200, R"({"id":"k","categories":{"statistics":["a"]}})");
+      answer("GET", path + "broken" + query, 500, "down");
+    }
+    platform.userDefaults->before = [this](std::string_view key) {
+      const auto fails = [&](const std::string& which) {
+        return which == "all" || key == prefix + which + ".s";
+      };
+      platform.userDefaults->failsToRead = fails(unreadable);
+      platform.userDefaults->failsToWrite = fails(unwritable);
+    };
+    answer("GET", "banner-customization/s?lng=en", 200, document);
+    answer("GET", "cookies/s?lng=en", 200, written(catalogue("marketing:A,B")));
+  }
+
+  void take(const std::string& step) {
+    const std::string verb = words(step).front(), object = words(step).back();
+    if (verb == "create") {
+      const std::string site = object == "implicit" ? R"({"implicitConsent":true})" : "{}";
+      platform.session->answer("GET", root + "cookies/s/configurations", 200, site);
+      client = CookiesSDK::createInstance("https://service.example/", "s");
+      noteEvents(*client);
+    }
+    if (verb == "identify") client->identify(object);
+    if (verb == "removeIdentity") client->removeIdentity();
+    if (verb == "submit")
+      client->submitConsent(parsed<BasicConsent>(object),
+                            [this](const auto& r) { note(r ? "sent" : failure(r)); });
+    if (verb == "tap") {
+      client->showBanner([this] { note("accepted"); }, [this] { note("rejected"); },
+                         [this] { note("saved"); }, [this](const Error& error) { note(error.what()); });
+      platform.settle();
+      HostingController& banner = *platform.scene->windows().at(0)->controller;
+      if (object == "Save") tap(banner, "button Manage") && tap(banner, "switch");
+      EXPECT_TRUE(tap(banner, "button " + object));
+    }
+    if (verb == "answer")
+      for (const char* method : {"POST", "PUT"})
+        answer(method, "cookie-consent/s", std::stoi(object), object == "200" ? R"({"id":"n"})" : "down");
+    if (verb == "unreadable") unreadable = object;
+    if (verb == "unwritable") unwritable = object;
+    if (verb == "stored") store("basicConsent", object);
+    if (verb == "until")  // the next request of this method is under way
+      while (newRequests().empty() || !platform.session->requests().back().method.starts_with(object))
+        if (platform.mainActor->runAll() + platform.background->runAll() == 0)
+          platform.sessionThread->runAll();
+    if (verb == "settle") platform.settle();
+  }
+
+  std::shared_ptr<CookiesSDK> client;
+  std::string unreadable, unwritable;  // the key that fails, or "all", or "nothing"
+};
+
+TEST_P(PrecedenceTest, Holds) {
+  const auto& [name, before, steps, requested, after, told] = GetParam();
+  const Texts keys{"basicConsent", "originalConsent", "userId"};
+  const auto state = [&] {
+    Texts values;
+    for (const std::string& key : keys) values.push_back(stored(key));
+    return joined(values);
+  };
+  const Texts values = split(before, ';');
+  for (std::size_t i = 0; i < values.size(); ++i) store(keys[i], values[i]);
+  for (const std::string& step : split(steps, ';')) take(step);
+  EXPECT_EQ(state(), after);
+  Texts requests = newRequests();
+  std::erase_if(requests, [](const std::string& each) {
+    return each.starts_with("GET ") && each.find("identified") == std::string::npos;
+  });
+  EXPECT_EQ(joined(requests), requested);
+  for (const std::string& line : platform.printer->take()) {
+    trace.push_back(line.substr(0, line.find(" UserDefaults: ")));
+    if (trace.back().starts_with("⚠️ ")) trace.back().erase(0, std::string("⚠️ ").size());
+  }
+  EXPECT_EQ(joined(trace), told);
+}
+
+INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(table()),
+                         [](const auto& each) { return each.param[0]; });
+
+}  // namespace
+}  // namespace TalvoConsentSDK
