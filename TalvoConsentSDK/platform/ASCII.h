@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 
-namespace TalvoConsentSDK {
+#include "TalvoConsentSDK/platform/Export.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The character, or the text, with the letters A to Z in lower case and all else as it is.
 constexpr char lowercased(char c) noexcept {
