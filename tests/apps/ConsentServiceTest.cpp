@@ -145,36 +145,6 @@ TEST(ConsentService, ServesManyClientsAtOnce) {
   for (std::thread& each : clients) each.join();
 }
 
-TEST(ConsentService, LogsEveryRequestBeforeItsReply) {
-  const TemporaryFile log(".log");
-  const ConsentServiceProcess service({"--log", log, "--fail", "minimal=reset"});
-  const auto client = service.client();
-  const std::string choices =
-      R"({"collectionPointId":"p","requesterId":"a@b.example","requesterType":"EMAIL","token":"t",)"
-      R"("topicSelectionDtos":[{"topicId":7,"selected":true},{"topicId":8,"selected":false}]})";
-  const auto receipt = client->Post("/public/consent", {{"X-Client-Name", "me"}}, choices, json);
-  EXPECT_EQ(object(receipt->body).at("topics"), JSONValue(2));
-  EXPECT_EQ(object(receipt->body).at("collectionPointId"), JSONValue("p"));
-  EXPECT_TRUE(object(receipt->body).at("receiptId").string());
-  client->Post("/public/consent?a=%20", "\xFF{", json);
-  EXPECT_FALSE(client->Get("/public/cookies/minimal?lng=en"));
-
-  std::vector<JSONObject> lines;
-  std::ifstream file(log);
-  for (std::string line; std::getline(file, line);) lines.push_back(object(line));
-  ASSERT_EQ(lines.size(), 3U);
-  EXPECT_THAT(*lines[0].at("time").string(), MatchesRegex("....-..-..T..:..:..\\....Z"));
-  EXPECT_EQ(lines[0].at("method"), JSONValue("POST"));
-  EXPECT_EQ(lines[0].at("headers"), JSONValue(JSONObject{{"x-client-name", "me"}, {"content-type", json}}));
-  EXPECT_EQ(lines[0].at("body"), JSONValue(object(choices)));
-  EXPECT_EQ(lines[0].at("status"), JSONValue(200));
-  EXPECT_EQ(lines[1].at("path"), JSONValue("/public/consent?a=%20"));
-  EXPECT_EQ(lines[1].at("body"), JSONValue("\\xff{"));
-  EXPECT_EQ(lines[1].at("status"), JSONValue(400));
-  EXPECT_EQ(lines[2].at("fault"), JSONValue("reset"));
-  EXPECT_TRUE(lines[2].at("status").isNull());
-}
-
 TEST(ConsentService, ServesHTTPS) {
   const TemporaryFile key(".key");
   const TemporaryFile certificate(".pem");
