@@ -11,7 +11,7 @@
 
 #include "adapters/curl/CurlURLSession.h"
 
-#include "tests/support/LoopbackServer.h"
+#include "testing/LoopbackServer.h"
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {

@@ -10,8 +10,8 @@
 
 #include "adapters/curl/CurlURLSession.h"
 
-#include "tests/conformance/URLSessionConformance.h"
-#include "tests/support/LoopbackServer.h"
+#include "testing/LoopbackServer.h"
+#include "testing/URLSessionConformance.h"
 
 namespace TalvoConsentSDK {
 namespace {

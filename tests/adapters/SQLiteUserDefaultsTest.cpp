@@ -21,7 +21,7 @@
 #include "adapters/memory/CapturingPrinter.h"
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
-#include "tests/conformance/UserDefaultsConformance.h"
+#include "testing/UserDefaultsConformance.h"
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {

@@ -129,26 +129,6 @@ TEST(ConsentService, KeepsConsentsAcrossARestart) {
   service.stop();  // before its store is removed
 }
 
-TEST(ConsentService, ServesManyClientsAtOnce) {
-  const TemporaryFile log(".log");
-  const ConsentServiceProcess service({"--log", log, "--fail", "?broken=reset"});
-  std::vector<std::thread> clients;
-  for (int index = 0; index < 12; ++index) {
-    clients.emplace_back([&service, user = "user" + std::to_string(index)] {
-      for (int round = 0; round < 10; ++round) {
-        const auto client = service.client();
-        EXPECT_TRUE(
-            client->Post("/public/cookie-consent/demo", consent(R"(,"userId":")" + user + '"'), json));
-        EXPECT_FALSE(client->Get("/public/cookies/demo?broken"));
-        const auto reply = client->Get("/public/cookie-consent/demo/identified/" + user);
-        ASSERT_TRUE(reply);
-        EXPECT_EQ(object(reply->body)["userId"], JSONValue(user));
-      }
-    });
-  }
-  for (std::thread& each : clients) each.join();
-}
-
 TEST(ConsentService, ServesHTTPS) {
   const TemporaryFile key(".key");
   const TemporaryFile certificate(".pem");

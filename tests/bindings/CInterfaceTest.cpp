@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "bindings/c/talvo_consent.h"
-#include "tests/support/LoopbackServer.h"
+#include "testing/LoopbackServer.h"
 
 namespace TalvoConsentSDK {
 namespace {

@@ -4,7 +4,7 @@
 #include "adapters/memory/FakeURLSession.h"
 #include "adapters/threads/BackgroundThread.h"
 
-#include "tests/conformance/URLSessionConformance.h"
+#include "testing/URLSessionConformance.h"
 
 namespace TalvoConsentSDK {
 namespace {

@@ -1,7 +1,7 @@
 #include "adapters/memory/FailingSeams.h"
 #include "adapters/memory/InMemoryUserDefaults.h"
 
-#include "tests/conformance/UserDefaultsConformance.h"
+#include "testing/UserDefaultsConformance.h"
 
 namespace TalvoConsentSDK {
 namespace {

@@ -37,22 +37,5 @@ TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
   EXPECT_STREQ(caught([] { throw 3; }).what(), "Unknown error");
 }
 
-TEST(ErrorTest, HasTheTextsThatHostsSee) {
-  using Case = HTTPClientError::Case;
-  const PlatformError cause("domain", 7, "cause's");
-  const std::tuple<HTTPClientError, Case, const char*> texts[] = {
-      {HTTPClientError::httpError(404, "no site"), Case::httpError, "HTTP error 404: no site"},
-      {HTTPClientError::decodingError(cause), Case::decodingError, "Failed to decode response: cause's"},
-      {HTTPClientError::networkError(cause), Case::networkError, "Network error: cause's"},
-      {HTTPClientError::invalidURL(), Case::invalidURL, "Invalid URL"},
-      {HTTPClientError::invalidResponse(), Case::invalidResponse, "Invalid response from server"}};
-  for (const auto& [error, kind, text] : texts) {
-    EXPECT_EQ(error.kind(), kind);
-    EXPECT_EQ(error.errorDescription(), text);
-    EXPECT_EQ(error.statusCode(), kind == Case::httpError ? 404 : 0);
-    EXPECT_EQ(error.underlying() != nullptr, kind == Case::decodingError || kind == Case::networkError);
-  }
-}
-
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -1,4 +1,4 @@
-#include "tests/support/LoopbackServer.h"
+#include "testing/LoopbackServer.h"
 
 #include <csignal>
 #include <cstdlib>
