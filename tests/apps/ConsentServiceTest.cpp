@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "TalvoConsentSDK/models/FullConsent.h"
-#include "TalvoConsentSDK/models/Services.h"
 
 #include "tests/apps/ConsentServiceProcess.h"
 #include "tests/support/Testing.h"
@@ -81,15 +80,6 @@ TEST_P(Exchanges, GoAsWritten) {
   EXPECT_GT(count, 10);
 }
 
-TEST(ConsentService, HasASiteWithAThousandVendors) {
-  const auto large = parsed<Services>(ConsentServiceProcess().client()->Get("/public/cookies/large")->body);
-  std::size_t vendors = 0;
-  for (const char* category : {"necessary", "preferences", "statistics", "marketing"}) {
-    vendors += large.groupedByVendor(category).size();
-  }
-  EXPECT_EQ(vendors, 1000U);
-}
-
 TEST(ConsentService, KeepsConsentsAcrossARestart) {
   const TemporaryFile store(".db");
   const std::string path = "/public/cookie-consent/demo";
@@ -158,32 +148,6 @@ TEST(ConsentService, EndsCleanlyWithConnectionsOpenAndRequestsUnanswered) {
   waiting.join();
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4))
       << "idle connections last five";
-}
-
-TEST(ConsentService, ExplainsWhyItDoesNotStart) {
-  const ConsentServiceProcess running;
-  const std::string port = running.url().substr(running.url().rfind(':') + 1);
-  struct {
-    std::vector<std::string> options;
-    int status;
-  } const cases[] = {
-      {{"--port", "eighty"}, 2},
-      {{"--port"}, 2},
-      {{"--tls", "only"}, 2},
-      {{"--fail", "=reset"}, 2},
-      {{"--fail", "a=99"}, 2},
-      {{"--fail", "a=odd"}, 2},
-      {{"--what"}, 2},
-      {{"--port", port}, 1},
-      {{"--sites", "/nowhere"}, 1},
-      {{"--help"}, 0},
-      {{"--store", "/nowhere/store"}, 1},
-  };
-  for (const auto& each : cases) {
-    ConsentServiceProcess service(each.options);
-    const bool runs = service.firstLine().starts_with("listening");
-    EXPECT_EQ(runs ? -1 : service.wait(), each.status) << each.options.back();
-  }
 }
 
 }  // namespace

@@ -40,17 +40,5 @@ class FailingBackend : public FakeBackend {
 using Backends = ::testing::Types<FakeBackend, FailingBackend>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, URLSessionConformance, Backends);
 
-TEST(FailingURLSession, LosesRequestsWhileItFails) {
-  FailingBackend backend;
-  const std::string url = backend.serve("GET", "/good", 200, "x").text();
-  for (const bool fails : {true, false, true}) {
-    backend.session().fails = fails;
-    Outcomes outcomes;
-    backend.session().run(makeRequest("GET", url), outcomes.completion());
-    EXPECT_EQ(outcomes.wait(1).front().first.has_value(), !fails);
-    EXPECT_EQ(outcomes.wait(1).size(), 1U);
-  }
-}
-
 }  // namespace
 }  // namespace TalvoConsentSDK

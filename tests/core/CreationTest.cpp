@@ -67,16 +67,11 @@ const Texts post{"POST cookie-consent/s"};
 const Creation creations[] = {
     {"Plain", "none", "none", "{}", {}, "none"},
     {"NotImplicit", "none", "none", R"({"implicitConsent":false})", {}, "none"},
-    {"Implicit", "none", "none", implicitly, post, all},
-    {"ImplicitButDecided", "{}", "none", implicitly, {}, "{}"},
     {"ImplicitButUnread", "{}", "none", implicitly, {}, "{}", {outOfOrder}, 2},
     {"ImplicitButDecidedMeanwhile", "none", "none", implicitly, {}, "{}", {}, 0, 3},
     {"ImplicitOverADamagedOne", R"({"id":7})", "none", implicitly, post, all, Texts(3, loadFailure)},
     {"Unreadable", "none", "none", R"({"implicitConsent":1})", {}, "none", {unreadable}},
-    {"NewUser", "none", "new", "{}", {identified + "new"}, "none"},
     {"KnownUser", "{}", "known", "{}", {identified + "known"}, known},
-    {"KnownUserWithConsent", R"({"id":"c"})", "known", "{}", {identified + "known?consentId=c"}, "{}"},
-    {"BrokenUser", "{}", "broken", "{}", {identified + "broken"}, "{}", {broken + "HTTP error 500: down"}},
     {"NoURLForTheUser", "none", "a b", "{}", {}, "none", {broken + "Invalid URL"}},
 };
 INSTANTIATE_TEST_SUITE_P(Client, CreationTest, ValuesIn(creations), byName);

@@ -52,14 +52,6 @@ const Topics allTopics[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Client, TopicsTest, ValuesIn(allTopics), byName);
 
-TEST_F(ClientTest, SendsNoTopicsToWhatIsNoURL) {
-  std::string error;
-  const auto note = [&](const Result<JSONObject>& reply) { error += failure(reply); };
-  TalvoConsent::getInstance("", "", "", "no url")->submitConsent("", {{1, true}}, note);
-  EXPECT_EQ(error, "Invalid URL");
-  EXPECT_THAT(newRequests(), IsEmpty());
-}
-
 // A host that forgot to install a platform is told so by every operation.
 TEST(WithoutPlatformTest, SaysWhatIsMissing) {
   ::testing::internal::CaptureStdout();
