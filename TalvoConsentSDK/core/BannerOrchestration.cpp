@@ -121,13 +121,17 @@ Task<void> presentBanner(BannerRequestPointer request) {
 
 void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                             std::function<void()> onManagePreferences, std::function<void(Error)> onError) {
-  const State& state = *state_;
-  spawn(state.platform.mainActor,
-        presentBanner(std::make_shared<const BannerRequest>(
-            BannerRequest{state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
-                          state.cachedConfiguration, state.language, state.userId, state.siteId,
-                          state.platform.mainActor, state.platform.background, std::move(onAcceptAll),
-                          std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)})));
+  State& state = *state_;
+  BannerRequestPointer request;
+  {
+    const std::scoped_lock guard(state.lock);
+    request = std::make_shared<const BannerRequest>(
+        BannerRequest{state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
+                      state.cachedConfiguration, state.language, state.userId, state.siteId,
+                      state.platform.mainActor, state.platform.background, std::move(onAcceptAll),
+                      std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
+  }
+  spawn(state.platform.mainActor, presentBanner(std::move(request)));
 }
 
 }  // namespace TalvoConsentSDK

@@ -147,10 +147,13 @@ CookiesSDK::~CookiesSDK() = default;
 
 void CookiesSDK::setLanguage(const std::string& language) {
   State& state = *state_;
-  if (language == state.language) return;
-  state.language = language;
-  state.cachedCustomization.reset();
-  state.cachedServices.reset();
+  {
+    const std::scoped_lock guard(state.lock);
+    if (language == state.language) return;
+    state.language = language;
+    state.cachedCustomization.reset();
+    state.cachedServices.reset();
+  }
   spawn(state.platform.mainActor, warmUp(state.apiClient, language));
 }
 
@@ -167,7 +170,8 @@ Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
 }
 
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
-  const State& state = *state_;
+  State& state = *state_;
+  const std::scoped_lock guard(state.lock);
   return submitAndAnnounce(state.apiClient, state.storage, state.eventManager,
                            explicitPayload(consent, state.cachedCustomization, state.userId, state.siteId),
                            state.storedConsent.has_value(), consent);
@@ -175,10 +179,13 @@ Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const 
 
 void CookiesSDK::identify(const std::string& userId) {
   State& state = *state_;
+  std::unique_lock guard(state.lock);
   state.loadWhatIsUnknown();
   const bool isAnonymous = !state.userId && !state.userId.isUnknown;
-  if (isAnonymous && state.storedConsent && !state.holdsOriginal) {
-    state.storage->saveOriginalConsent(*state.storedConsent);
+  if (isAnonymous && state.storedConsent) {
+    // One that is kept aside while there is no user could not be restored, and is the person's own.
+    const auto original = state.storage->loadOriginalConsent();
+    if (!original && !original.isUnknown) state.storage->saveOriginalConsent(*state.storedConsent);
   }
   if (state.storedConsent && state.userId != userId) {
     state.storedConsent->id.reset();
@@ -190,25 +197,27 @@ void CookiesSDK::identify(const std::string& userId) {
   const auto consentId = state.storedConsent ? state.storedConsent->id : std::nullopt;
   const bool implicit =
       state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
+  guard.unlock();
   spawn(state.platform.mainActor, completeIdentification(state.apiClient, state.siteId, state.storage, userId,
                                                          consentId, implicit, state.eventManager));
 }
 
 void CookiesSDK::removeIdentity() {
   State& state = *state_;
+  const std::scoped_lock guard(state.lock);
   state.loadWhatIsUnknown();
   state.userId = std::nullopt;
   state.storage->removeUserId();
   auto original = state.storage->loadOriginalConsent();
-  state.holdsOriginal = original.isUnknown;
+  bool isOwed = original.isUnknown;
   if (original) {
     state.storedConsent = std::move(original);
-    state.holdsOriginal = !state.storage->saveConsent(*state.storedConsent);
+    isOwed = !state.storage->saveConsent(*state.storedConsent);
   } else if (state.storedConsent) {
     state.storedConsent->id.reset();
     state.storage->saveConsent(*state.storedConsent);
   }
-  if (!state.holdsOriginal) state.storage->removeOriginalConsent();
+  if (!isOwed) state.storage->removeOriginalConsent();
 }
 
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {

@@ -20,9 +20,10 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Asks for consent, keeps it on the device, reports it to the service and tells listeners. One instance
 /// exists per process, bound to the site it was first created for; it is never destroyed.
 ///
-/// Install a Platform before creating it. Call its operations on the main thread. Work done in the background
-/// that fails prints one line to standard output and changes nothing; so does a device whose store fails,
-/// which no callback tells of. What a callback throws is contained and printed.
+/// Install a Platform before creating it. Its operations are safe from any thread, and meant for the main
+/// one: of two at once either may count as the later. Work done in the background that fails prints one line
+/// to standard output and changes nothing; so does a device whose store fails, which no callback tells of.
+/// What a callback throws is contained and printed.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.

@@ -3,6 +3,7 @@
 // What a CookiesSDK holds. Background tasks get copies of what they need of it, never the instance.
 
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -27,14 +28,15 @@ struct CookiesSDK::State {
   const std::shared_ptr<APIClient> apiClient;
   const std::string siteId;
   const std::shared_ptr<ConsentStorage> storage;
+  const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
+
+  std::recursive_mutex lock;  // guards what follows; recursive, since a host's store and printer may call in
   std::optional<BannerCustomization> cachedCustomization;  // the caches are read, never filled
   std::optional<Services> cachedServices;
   std::optional<SiteConfiguration> cachedConfiguration;
   Loaded<BasicConsent> storedConsent;  // as at creation; only identify and removeIdentity change it
   std::string language = "en";
   Loaded<std::string> userId;
-  bool holdsOriginal = false;  // a consent kept aside could not be restored and must not be overwritten
-  const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
 };
 
 }  // namespace TalvoConsentSDK

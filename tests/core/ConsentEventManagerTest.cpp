@@ -1,5 +1,3 @@
-#include <thread>
-
 #include "TalvoConsentSDK/core/ConsentEventManager.h"
 
 #include "tests/support/Testing.h"
@@ -51,17 +49,6 @@ TEST_F(ConsentEventManagerTest, LetsListenersChangeTheRegistry) {
   EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "ab")
       << "this delivery goes on, later ones change";
   EXPECT_EQ(traceOf({Event::acceptAll}), "c");
-}
-
-TEST_F(ConsentEventManagerTest, ServesTwoThreads) {
-  std::thread other([this] {
-    for (int n = 0; n < 500; ++n) manager.addListener(Event::consentSent, listener("", [] {}));
-    manager.removeAllListeners();
-  });
-  for (int n = 0; n < 100; ++n) manager.trigger(Event::acceptAll);
-  for (int n = 0; n < 100; ++n) manager.addListener(Event::acceptAll, listener("x"));
-  other.join();
-  EXPECT_LE(traceOf({Event::acceptAll}).size(), 100u);
 }
 
 }  // namespace

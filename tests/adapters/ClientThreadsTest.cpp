@@ -1,0 +1,102 @@
+// Every operation of both clients from many threads at once, over the real session, store and threads.
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "TalvoConsentSDK/TalvoConsentSDK.h"
+
+#include "adapters/memory/CapturingPrinter.h"
+#include "adapters/memory/FakeApplication.h"
+#include "adapters/posix/PosixPlatform.h"
+
+#include "testing/LoopbackServer.h"
+#include "tests/support/Repetitions.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::string golden(const std::string& name) {
+  std::ifstream file(TALVO_TEST_DATA "/golden/" + name + "/normal.json");
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+TEST(ClientThreads, SixteenDoEverythingAtOnce) {
+  constexpr int threadCount = 16;
+  const int rounds = repetitions("TALVO_TEST_ROUNDS", 5);
+  const int submissions = threadCount * rounds;
+  std::atomic<int> received = 0;
+  LoopbackServer server([&](const LoopbackServer::Request& request, LoopbackServer::Connection& connection) {
+    const bool isTopics = request.body.find("requesterId") != std::string::npos;
+    if (request.method != "GET" && !isTopics) ++received;
+    const bool isBanner = request.target.find("banner") != std::string::npos;
+    connection.reply(200, isBanner                  ? golden("BannerCustomization")
+                          : request.method == "GET" ? "{}"
+                                                    : R"({"id":"c"})");
+  });
+  const auto folder = std::filesystem::temp_directory_path() / ("threads-" + std::to_string(getpid()));
+  std::filesystem::create_directory(folder);
+  const auto mainQueue = std::make_shared<MainQueue>();
+  const auto application = std::make_shared<FakeApplication>();
+  application->scenes = {std::make_shared<FakeScene>()};
+  const auto printer = std::make_shared<CapturingPrinter>();
+  Platform platform = makePosixPlatform(mainQueue, folder / "consent.sqlite");
+  platform.application = application;
+  platform.printer = printer;
+  Platform::install(platform);
+
+  std::atomic<int> submitted = 0, answered = 0, heard = 0, others = 0;
+  const auto work = [&, url = server.url("")](int number) {
+    const auto client = CookiesSDK::createInstance(url, "s");
+    EXPECT_EQ(CookiesSDK::getInstance(), client);
+    const auto topics = TalvoConsent::getInstance("t", "p", std::nullopt, url);
+    for (int round = 0; round < rounds; ++round) {
+      const auto listener = std::make_shared<ConsentEventClosureCallback>(
+          [&, client] {
+            ++heard;
+            client->removeEventListener(ConsentEvent::rejectAll);
+            if (heard % 3 == 0) throw std::runtime_error("listener");
+          },
+          [] {});
+      client->addEventListener(ConsentEvent::consentSent, listener);
+      client->addEventListener(ConsentEvent::rejectAll, listener);
+      client->submitConsent(number % 2 ? BasicConsent::acceptAll() : BasicConsent(),
+                            [&, client](const Result<ConsentResponse>& outcome) {
+                              outcome ? ++submitted : ++others;
+                              client->getConsent();
+                              if (++answered % 2 == 0) throw std::runtime_error("completion");
+                            });
+      topics->submitConsent("me@x.example", {{1, true}}, [&](const Result<JSONObject>& outcome) {
+        EXPECT_TRUE(outcome);
+        ++answered;
+      });
+      client->setLanguage(round % 2 ? "de" : "en");
+      client->showBanner([] {}, [] {}, [] {}, [](const Error& error) { ADD_FAILURE() << error.what(); });
+      if (number == 0) client->removeAllEventListeners();
+      if (number == 1) round % 2 ? client->removeIdentity() : client->identify("u");
+      client->getConsent();
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int number = 0; number < threadCount; ++number) threads.emplace_back(work, number);
+  const auto patience = std::chrono::steady_clock::now() + 60s;
+  while (answered < 2 * submissions && std::chrono::steady_clock::now() < patience) {
+    mainQueue->wait(1ms);
+    mainQueue->drain();
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(answered, 2 * submissions) << "each is answered once";
+  EXPECT_EQ(submitted, submissions) << testing::PrintToString(printer->take());
+  EXPECT_EQ(received, submissions);
+  EXPECT_GT(heard, 0);
+  std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
