@@ -6,75 +6,9 @@ namespace TalvoConsentSDK {
 namespace {
 
 const std::string configurations = "GET cookies/s/configurations";
-const std::string identified = "GET cookie-consent/s/identified/";
-const std::string loadFailure =
-    "⚠️ Failed to load consent from UserDefaults: Type mismatch at id: expected a string, found an integer";
-
 const std::string outOfOrder = "⚠️ Failed to load consent from UserDefaults: The store is out of order";
 
-struct Creation {
-  std::string name;
-  std::string consent;  // stored before
-  std::string user;
-  std::string configuration;
-  Texts requests;  // besides the configuration
-  std::string storedAfter;
-  Texts lines = {};
-  int failingRead = 0;  // of the consent; the first is 1
-  int decidedAt = 0;    // the read before which somebody decides
-};
-
-class CreationTest : public ClientTest, public ::testing::WithParamInterface<Creation> {};
-
-TEST_P(CreationTest, DoesWhatTheSiteAndTheStoreAskFor) {
-  const auto& [name, consent, user, configuration, requests, storedAfter, lines, failingRead, decidedAt] =
-      GetParam();
-  store("basicConsent", consent);
-  int reads = 0;
-  platform.userDefaults->before = [&, fails = failingRead, decided = decidedAt](std::string_view key) {
-    if (key != prefix + "basicConsent.s") return;
-    platform.userDefaults->failsToRead = ++reads == fails;
-    if (reads == decided) store("basicConsent", "{}");
-  };
-  store("userId", user);
-  answer("GET", "cookie-consent/s/identified/new", 200, "null");
-  answer("GET", "cookie-consent/s/identified/known", 200,
-         R"({"id":"k","categories":{"marketing":["a"],"optedIn":false}})");
-  answer("GET", "cookie-consent/s/identified/known?consentId=c", 200, "{}");
-  answer("GET", "cookie-consent/s/identified/broken", 500, "down");
-  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
-
-  const auto client = create(configuration);
-  noteEvents(*client);
-  EXPECT_THAT(newRequests(), IsEmpty()) << "before it has returned";
-  platform.settle();
-  Texts all{configurations};
-  all.insert(all.end(), requests.begin(), requests.end());
-  EXPECT_EQ(newRequests(), all);
-  EXPECT_EQ(stored("basicConsent"), storedAfter);
-  EXPECT_EQ(platform.printer->take(), lines);
-  EXPECT_THAT(trace, IsEmpty());
-}
-
 const std::string implicitly = R"({"implicitConsent":true})";
-const std::string all = written(BasicConsent::acceptAll());
-const std::string unreadable =
-    "Failed to fetch configuration on init: Failed to decode response: Type mismatch at implicitConsent: "
-    "expected a boolean, found an integer";
-const std::string broken = "Error fetching identified consent: ";
-const std::string known = R"({"marketing":["a"],"id":"k","optedIn":false})";
-const Texts post{"POST cookie-consent/s"};
-const Creation creations[] = {
-    {"Plain", "none", "none", "{}", {}, "none"},
-    {"NotImplicit", "none", "none", R"({"implicitConsent":false})", {}, "none"},
-    {"ImplicitButUnread", "{}", "none", implicitly, {}, "{}", {outOfOrder}, 2},
-    {"ImplicitButDecidedMeanwhile", "none", "none", implicitly, {}, "{}", {}, 0, 3},
-    {"ImplicitOverADamagedOne", R"({"id":7})", "none", implicitly, post, all, Texts(3, loadFailure)},
-    {"Unreadable", "none", "none", R"({"implicitConsent":1})", {}, "none", {unreadable}},
-    {"KnownUser", "{}", "known", "{}", {identified + "known"}, known},
-    {"NoURLForTheUser", "none", "a b", "{}", {}, "none", {broken + "Invalid URL"}},
-};
-INSTANTIATE_TEST_SUITE_P(Client, CreationTest, ValuesIn(creations), byName);
 
 TEST_F(ClientTest, IsOneInstanceForEver) {
   EXPECT_EQ(CookiesSDK::getInstance(), nullptr);

@@ -39,7 +39,9 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
       const auto fails = [&](const std::string& which) {
         return which == "all" || key == prefix + which + ".s";
       };
-      platform.userDefaults->failsToRead = fails(unreadable);
+      const int read = key == prefix + "basicConsent.s" ? ++reads : 0;
+      platform.userDefaults->failsToRead = fails(unreadable) || (read > 0 && read == failingRead);
+      if (read > 0 && read == decidingRead) store("basicConsent", "{}");
       platform.userDefaults->failsToWrite = fails(unwritable);
     };
     answer("GET", "banner-customization/s?lng=en", 200, document);
@@ -49,9 +51,12 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
   void take(const std::string& step) {
     const std::string verb = words(step).front(), object = words(step).back();
     if (verb == "create") {
-      const std::string site = object == "implicit" ? R"({"implicitConsent":true})" : "{}";
+      const std::string site = object == "implicit" ? R"({"implicitConsent":true})"
+                               : object == "plain"  ? "{}"
+                                                    : object;
       platform.session->answer("GET", root + "cookies/s/configurations", 200, site);
       client = CookiesSDK::createInstance("https://service.example/", "s");
+      EXPECT_THAT(newRequests(), IsEmpty()) << "before it has returned";
       noteEvents(*client);
     }
     if (verb == "identify") client->identify(object);
@@ -71,6 +76,8 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
       for (const char* method : {"POST", "PUT"})
         answer(method, "cookie-consent/s", std::stoi(object), object == "200" ? R"({"id":"n"})" : "down");
     if (verb == "unreadable") unreadable = object;
+    if (verb == "unread") failingRead = std::stoi(object);
+    if (verb == "decided") decidingRead = std::stoi(object);
     if (verb == "unwritable") unwritable = object;
     if (verb == "stored") store("basicConsent", object);
     if (verb == "until")  // the next request of this method is under way
@@ -81,7 +88,8 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
   }
 
   std::shared_ptr<CookiesSDK> client;
-  std::string unreadable, unwritable;  // the key that fails, or "all", or "nothing"
+  std::string unreadable, unwritable;                // the key that fails, or "all", or "nothing"
+  int reads = 0, failingRead = 0, decidingRead = 0;  // of the consent; reads are counted from 1
 };
 
 TEST_P(PrecedenceTest, Holds) {
