@@ -34,14 +34,13 @@ QAccessible::Role toQtRole(Role role) {
   return QAccessible::NoRole;
 }
 
+// A value is told by the states alone: Qt's bridges have words for these in the person's language.
 QString text(const AccessibleElement& element, QAccessible::Text kind) {
   switch (kind) {
     case QAccessible::Name:
       return toQString(element.name);
     case QAccessible::Description:
       return toQString(element.description);
-    case QAccessible::Value:
-      return toQString(element.value);
     default:
       return {};
   }

@@ -21,7 +21,8 @@ Texts events;  // as words
 std::string describe(QAccessibleInterface& item) {
   std::string all = qAccessibleRoleString(item.role());
   all += " '" + item.text(QAccessible::Name).toStdString() + "'";
-  const QString description = item.text(QAccessible::Description).section('.', 0, 0);
+  const QString description =
+      (item.text(QAccessible::Value) + item.text(QAccessible::Description)).section('.', 0, 0);
   if (!description.isEmpty()) all += " (" + description.toStdString() + ")";
   const QAccessible::State state = item.state();
   const auto add = [&](bool is, const char* name) { all += is ? std::string(" ") + name : ""; };
