@@ -3,6 +3,8 @@
 #include <QAccessibleObject>
 #include <QGuiApplication>
 
+#include "TalvoConsentSDK/platform/Platform.h"
+
 #include "adapters/qt/AccessibleTree.h"
 #include "adapters/qt/QtText.h"
 #include "adapters/qt/ViewWindow.h"
@@ -34,13 +36,17 @@ QAccessible::Role toQtRole(Role role) {
   return QAccessible::NoRole;
 }
 
-// A value is told by the states alone: Qt's bridges have words for these in the person's language.
+// Qt's bridges have words of their own for a switch's state, in the person's language. Whether an expander is
+// open some know from its state and some, as that of Windows, from its value alone.
 QString text(const AccessibleElement& element, QAccessible::Text kind) {
   switch (kind) {
     case QAccessible::Name:
       return toQString(element.name);
     case QAccessible::Description:
       return toQString(element.description);
+    case QAccessible::Value:
+      if (element.role != Role::expander) return {};
+      return toQString(Platform::current().localization->text(element.value));
     default:
       return {};
   }
