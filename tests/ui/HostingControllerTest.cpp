@@ -131,26 +131,6 @@ TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
   EXPECT_NE(screen.frame(at(0)).back().part, ring.part) << "a finger shows where it is";
 }
 
-TEST_F(HostingControllerTest, DrawsStronglyWhereThatIsAskedFor) {
-  const ConsentBannerView view = banner();
-  view.handleMainAction("preferences");
-  TestScreen screen(view.view());
-  for (const bool isStrong : {false, true}) {
-    ViewEnvironment environment = screen.environment();
-    environment.highContrast = isStrong;
-    screen.setEnvironment(environment);
-    std::ptrdiff_t outlines = 0, lines = 0;
-    for (const Visual& each : screen.frame(at(0))) {
-      const auto* outline = std::get_if<visual::FocusRing>(&each.content);
-      const auto* line = std::get_if<visual::Box>(&each.content);
-      outlines += outline && outline->outer == Color::black();
-      lines += each.frame.height == 1 && line && line->color == Color::black();
-    }
-    EXPECT_EQ(outlines, isStrong ? 6 : 0) << "three switches, two buttons and the card";
-    EXPECT_EQ(lines, isStrong ? 2 : 0) << "between the categories";
-  }
-}
-
 class ScrollingTest : public HostingControllerTest {
  protected:
   double offset() { return 0 - find(screen, "button first").frame.y; }
