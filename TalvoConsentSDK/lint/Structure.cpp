@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "TalvoConsentSDK/lint/Site.h"
+#include "TalvoConsentSDK/platform/ASCII.h"
 #include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
@@ -57,10 +58,7 @@ class StructureCheck {
     }
     checkTexts();
     const std::string& position = customization_.settings.positioning;
-    const auto isPosition = [&](std::string_view name) {
-      return std::ranges::equal(position, name, [](char c, char lower) { return (c | 0x20) == lower; });
-    };
-    if (!isPosition("top") && !isPosition("bottom")) {
+    if (lowercased(position) != "top" && lowercased(position) != "bottom") {
       warning("customization.settings.positioning", quoted(position) + " means \"bottom\"");
     }
   }

@@ -58,6 +58,11 @@ struct Rect {
             std::max(0.0, std::min(bottom(), other.bottom()) - top)};
   }
 
+  /// With each edge moved outwards.
+  constexpr Rect grownBy(double distance) const {
+    return {x - distance, y - distance, width + 2 * distance, height + 2 * distance};
+  }
+
   /// Grown about its centre to at least `least` in each direction.
   constexpr Rect grownTo(Size least) const {
     const double w = std::max(width, least.width);

@@ -16,10 +16,11 @@ class TextMeasurer {
   virtual ~TextMeasurer() = default;
 
   /// The size of UTF-8 `text`, wrapped between words where a line would be wider than `width` (infinity: only
-  /// at newlines). A word wider than that is broken inside. The answer is at most `width` wide.
+  /// at newlines). A word wider than that is broken inside, or the text drawn smaller to avoid it. The answer
+  /// is at most `width` wide.
   virtual Size measure(std::string_view text, const Font& font, double width) = 0;
 
-  /// The width below which a word of `text` would have to be broken inside.
+  /// The width below which a word of `text` would have to be broken inside, or drawn smaller.
   virtual double widestWord(std::string_view text, const Font& font) = 0;
 };
 

@@ -28,7 +28,7 @@ AnyView BannerLogoRenderer::render() const {
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 16},
                        {
                            asyncImage(*url, logoHeight),
-                           shape(palette.line()).frame({.minHeight = 1, .maxHeight = 1}),
+                           divider(palette.line()),
                        })
       .padding({.bottom = 20});
 }

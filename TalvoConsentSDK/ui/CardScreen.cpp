@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "TalvoConsentSDK/platform/ASCII.h"
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/view/Views.h"
 
@@ -32,9 +33,7 @@ bool isText(const BannerCustomization::ComponentItem& item) {
 }  // namespace
 
 bool isAtTop(const BannerCustomization::Customization& customization) {
-  const std::string& text = customization.settings.positioning;
-  return std::ranges::equal(text, std::string_view("top"),
-                            [](char c, char lower) { return (c | 0x20) == lower; });
+  return lowercased(customization.settings.positioning) == "top";
 }
 
 CardScreen::CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
@@ -71,7 +70,7 @@ AnyView CardScreen::render() const {
   const AnyView card = content()
                            .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}})
                            .padding(Insets::all(margin))
-                           .background({palette.background, cornerRadius, shadow})
+                           .background({palette.background, cornerRadius, shadow, palette.font})
                            .overlay(closeControl(), {HorizontalAlignment::trailing, VerticalAlignment::top})
                            .accessibility({.role = Role::dialog,
                                            .label = customization_.messages.bannerMessages.title,

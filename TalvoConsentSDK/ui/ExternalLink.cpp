@@ -1,8 +1,8 @@
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 
-#include <algorithm>
 #include <string_view>
 
+#include "TalvoConsentSDK/platform/ASCII.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
@@ -11,9 +11,7 @@ namespace TalvoConsentSDK {
 namespace {
 
 bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
-  const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-  return text.size() >= lowerCasePrefix.size() &&
-         std::ranges::equal(text.substr(0, lowerCasePrefix.size()), lowerCasePrefix, {}, lower);
+  return lowercased(text.substr(0, lowerCasePrefix.size())) == lowerCasePrefix;
 }
 
 }  // namespace

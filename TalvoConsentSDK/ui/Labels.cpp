@@ -4,6 +4,8 @@
 #include <iterator>
 #include <optional>
 
+#include "TalvoConsentSDK/platform/ASCII.h"
+
 namespace TalvoConsentSDK {
 
 namespace {
@@ -30,7 +32,7 @@ std::string capitalized(std::string text) {
   bool startsWord = true;
   for (char& c : text) {
     if (startsWord && c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    if (!startsWord && c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    if (!startsWord) c = lowercased(c);
     startsWord = c == ' ' || c == '\t' || c == '\n' || c == '\r';
   }
   return text;

@@ -1,15 +1,12 @@
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 
-#include <algorithm>
+#include "TalvoConsentSDK/platform/ASCII.h"
 
 namespace TalvoConsentSDK {
 
 const std::vector<std::string>& VendorCatalogue::vendors(std::string_view category) const {
   static const std::vector<std::string>& none = *new std::vector<std::string>;
-  std::string key(category);
-  std::ranges::transform(key, key.begin(),
-                         [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  const auto entry = index_.servicesByCategory().find(key);
+  const auto entry = index_.servicesByCategory().find(lowercased(category));
   return entry == index_.servicesByCategory().end() ? none : entry->second;
 }
 

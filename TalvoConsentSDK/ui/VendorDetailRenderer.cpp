@@ -67,8 +67,9 @@ AnyView VendorDetailRenderer::render() const {
           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
 
   std::vector<AnyView> views{
-      horizontalStack({.spacing = 12}, {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette,
-                                                               readOnly_, bindings_)})
+      horizontalStack(
+          {.spacing = 12, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
+          {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette, readOnly_, bindings_)})
           .padding({.top = 4, .bottom = 16})};
   const auto add = [&](const char* label, const Text& value) {
     if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette), palette));

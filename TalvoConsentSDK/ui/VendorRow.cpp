@@ -29,7 +29,7 @@ AnyView VendorRow::view(const std::string& categoryName) const {
     if (onDetailTap) onDetailTap(*group);
   };
   return horizontalStack(
-      {.spacing = 12},
+      {.spacing = 12, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
       {
           button(label.frame({.minHeight = 44}), showDetail)
               .accessibility(

@@ -3,6 +3,8 @@
 #include <QAccessibleObject>
 #include <QGuiApplication>
 
+#include "TalvoConsentSDK/platform/Platform.h"
+
 #include "adapters/qt/AccessibleTree.h"
 #include "adapters/qt/QtText.h"
 #include "adapters/qt/ViewWindow.h"
@@ -34,6 +36,8 @@ QAccessible::Role toQtRole(Role role) {
   return QAccessible::NoRole;
 }
 
+// Qt's bridges have words of their own for a switch's state, in the person's language. Whether an expander is
+// open some know from its state and some, as that of Windows, from its value alone.
 QString text(const AccessibleElement& element, QAccessible::Text kind) {
   switch (kind) {
     case QAccessible::Name:
@@ -41,7 +45,8 @@ QString text(const AccessibleElement& element, QAccessible::Text kind) {
     case QAccessible::Description:
       return toQString(element.description);
     case QAccessible::Value:
-      return toQString(element.value);
+      if (element.role != Role::expander) return {};
+      return toQString(Platform::current().localization->text(element.value));
     default:
       return {};
   }

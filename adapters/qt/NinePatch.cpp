@@ -150,10 +150,13 @@ Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, dou
         QImage image = blankImage(side, pixelRatio);
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(toQColor(outer), 4));
-        painter.drawPath(continuousRect({2, 2, side - 4, side - 4}, cornerRadius));
-        painter.setPen(QPen(toQColor(inner), 2));
-        painter.drawPath(continuousRect({3, 3, side - 6, side - 6}, cornerRadius - 1));
+        const auto stroke = [&](const Color& color, double inset) {
+          painter.setPen(QPen(toQColor(color), 2));
+          painter.drawPath(
+              continuousRect({inset, inset, side - 2 * inset, side - 2 * inset}, cornerRadius - inset));
+        };
+        stroke(outer, 1);
+        stroke(inner, 3);
         return Patch{image, corner, 0};
       });
 }

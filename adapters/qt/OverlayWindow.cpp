@@ -1,10 +1,29 @@
 #include "adapters/qt/OverlayWindow.h"
 
+#include <QGuiApplication>
+#include <QStyleHints>
 #include <utility>
+
+#if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
+#include <QAccessibilityHints>
+#endif
 
 #include "adapters/qt/NinePatch.h"
 
 namespace TalvoConsentSDK {
+
+namespace {
+
+bool asksForHighContrast() {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 10, 0)
+  const QAccessibilityHints* const hints = QGuiApplication::styleHints()->accessibility();
+  return hints && hints->contrastPreference() == Qt::ContrastPreference::HighContrast;
+#else
+  return false;
+#endif
+}
+
+}  // namespace
 
 OverlayWindow::OverlayWindow(QWindow* host, const QtOptions& options,
                              std::shared_ptr<ImageLoader> imageLoader, OverlayKind kind)
@@ -24,6 +43,7 @@ void OverlayWindow::setRootViewController(std::shared_ptr<HostingController> con
   environment.textScale = options_.text.scale;
   environment.imageLoader = imageLoader_;
   environment.reducesMotion = options_.reducesMotion;
+  environment.highContrast = options_.highContrast.value_or(asksForHighContrast());
   if (surface_) surface_->setController(std::move(controller), std::move(environment));
 }
 

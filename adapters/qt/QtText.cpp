@@ -13,6 +13,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
+constexpr double leastShare = 2.0 / 3;   // of the font's size, for the sake of a long word
 constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts take no infinity
 
 QFont::Weight weight(FontWeight weight) {
@@ -40,6 +41,18 @@ const QStringList& families() {
     return found << QFontDatabase::systemFont(QFontDatabase::GeneralFont).families();
   }();
   return list;
+}
+
+double widestWord(const QString& text, const QFont& font) {
+  const QFontMetricsF metrics(font);
+  QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
+  double widest = 0;
+  qsizetype begin = 0;
+  for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
+    widest = std::max(widest, metrics.horizontalAdvance(text.mid(begin, end - begin).trimmed()));
+    begin = end;
+  }
+  return std::ceil(widest);
 }
 
 }  // namespace
@@ -70,6 +83,20 @@ BrokenText::BrokenText(std::string_view text, const Font& font, const TextSettin
   layout_.setTextOption(option);
   layout_.setCacheEnabled(true);
 
+  breakLines(width);
+  if (!isBrokenInAWord()) return;
+  const double room = std::floor(width);  // drawn in a frame of whole points, it shrinks as much again
+  const double share = room / TalvoConsentSDK::widestWord(content, layout_.font());
+  if (share < leastShare || share >= 1) return;
+  QFont smaller = layout_.font();
+  smaller.setPixelSize(std::max(1, static_cast<int>(smaller.pixelSize() * share)));
+  layout_.setFont(smaller);
+  lineHeight_ *= share;
+  leastWidth_ = room;
+  breakLines(width);
+}
+
+void BrokenText::breakLines(double width) {
   layout_.beginLayout();
   double top = 0;
   for (QTextLine line = layout_.createLine(); line.isValid(); line = layout_.createLine()) {
@@ -80,8 +107,18 @@ BrokenText::BrokenText(std::string_view text, const Font& font, const TextSettin
   layout_.endLayout();
 }
 
+bool BrokenText::isBrokenInAWord() const {
+  QTextBoundaryFinder finder(QTextBoundaryFinder::Line, layout_.text());
+  for (int i = 0; i + 1 < layout_.lineCount(); ++i) {
+    const QTextLine line = layout_.lineAt(i);
+    finder.setPosition(line.textStart() + line.textLength());
+    if (!finder.isAtBoundary()) return true;
+  }
+  return false;
+}
+
 Size BrokenText::size() const {
-  double widest = 0;
+  double widest = leastWidth_;
   for (int i = 0; i < layout_.lineCount(); ++i)
     widest = std::max(widest, layout_.lineAt(i).naturalTextWidth());
   return {std::ceil(widest), lineHeight_ * std::max(1, layout_.lineCount())};
@@ -106,16 +143,7 @@ Size QtTextMeasurer::measure(std::string_view text, const Font& font, double wid
 }
 
 double QtTextMeasurer::widestWord(std::string_view text, const Font& font) {
-  const QString content = toQString(text);
-  const QFontMetricsF metrics(toQFont(font, settings_));
-  QTextBoundaryFinder finder(QTextBoundaryFinder::Line, content);
-  double widest = 0;
-  qsizetype begin = 0;
-  for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
-    widest = std::max(widest, metrics.horizontalAdvance(content.mid(begin, end - begin).trimmed()));
-    begin = end;
-  }
-  return std::ceil(widest);
+  return TalvoConsentSDK::widestWord(toQString(text), toQFont(font, settings_));
 }
 
 }  // namespace TalvoConsentSDK

@@ -21,7 +21,8 @@ QString toQString(std::string_view utf8);
 /// Inter where it is installed, else the system's own font.
 QFont toQFont(const Font& font, const TextSettings& settings);
 
-/// A text broken into lines within `width` points; infinity breaks at newlines only.
+/// A text broken into lines within `width` points; infinity breaks at newlines only. Where a word would be
+/// broken inside that need not be if the text were up to a third smaller, it is.
 class BrokenText {
  public:
   BrokenText(std::string_view text, const Font& font, const TextSettings& settings, double width,
@@ -33,8 +34,12 @@ class BrokenText {
   void draw(QPainter& painter, const QColor& color, bool isUnderlined) const;
 
  private:
+  void breakLines(double width);
+  bool isBrokenInAWord() const;
+
   QTextLayout layout_;
   double lineHeight_;
+  double leastWidth_ = 0;
 };
 
 class QtTextMeasurer : public TextMeasurer {

@@ -18,46 +18,22 @@ using namespace TalvoConsentSDK;
 
 namespace {
 
-std::string name(Role role) {
-  switch (role) {
-    case Role::none:
-      return "none";
-    case Role::text:
-      return "text";
-    case Role::heading:
-      return "heading";
-    case Role::image:
-      return "image";
-    case Role::button:
-      return "button";
-    case Role::link:
-      return "link";
-    case Role::toggle:
-      return "switch";
-    case Role::expander:
-      return "expander";
-    case Role::dialog:
-      return "dialog";
-  }
-  return "";
-}
-
 struct Target {
-  std::optional<std::string> role;
+  std::optional<Role> role;
   std::string name;
 };
 
 Target parse(const std::string& text) {
   for (const Role role : {Role::button, Role::link, Role::toggle, Role::expander}) {
-    const std::string prefix = name(role) + ":";
-    if (text.starts_with(prefix)) return {name(role), text.substr(prefix.size())};
+    const std::string prefix = std::string(rawValue(role)) + ":";
+    if (text.starts_with(prefix)) return {role, text.substr(prefix.size())};
   }
   return {std::nullopt, text};
 }
 
 JSONObject describe(const AccessibleElement& element) {
   const Rect& f = element.frame;
-  JSONObject object{{"role", name(element.role)},
+  JSONObject object{{"role", std::string(rawValue(element.role))},
                     {"name", element.name},
                     {"enabled", element.isEnabled},
                     {"rect", JSONArray{f.x, f.y, f.width, f.height}}};
@@ -68,7 +44,7 @@ JSONObject describe(const AccessibleElement& element) {
 
 const AccessibleElement* find(const std::vector<AccessibleElement>& elements, const Target& target) {
   const auto found = std::ranges::find_if(elements, [&](const AccessibleElement& each) {
-    return each.isControl() && each.name == target.name && (!target.role || name(each.role) == *target.role);
+    return each.isControl() && each.name == target.name && (!target.role || each.role == *target.role);
   });
   return found == elements.end() ? nullptr : &*found;
 }

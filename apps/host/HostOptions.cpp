@@ -75,7 +75,12 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("layout", "The direction of the layout, whatever the language.", "rtl|ltr");
   add("safe-area", "What the system covers of the window, in points.", "T,L,B,R");
   add("script", "Commands to run, one a line; - reads them from standard input.", "FILE");
-  parser.addOption({QStringLiteral("hidden"), QStringLiteral("Stay in the background, without a window.")});
+  const auto addSwitch = [&](const char* name, const char* help) {
+    parser.addOption({QLatin1String(name), QLatin1String(help)});
+  };
+  addSwitch("high-contrast", "Draw the banner with solid lines and outlines.");
+  addSwitch("reduced-motion", "Let nothing move.");
+  addSwitch("hidden", "Stay in the background, without a window.");
   parser.addHelpOption();
 
   if (!parser.parse(arguments)) fail(parser.errorText());
@@ -104,6 +109,8 @@ HostOptions parseOptions(const QStringList& arguments) {
     options.safeArea = insets(parser.value(QStringLiteral("safe-area")));
   }
   if (parser.isSet(QStringLiteral("script"))) options.script = text("script");
+  options.highContrast = parser.isSet(QStringLiteral("high-contrast"));
+  options.reducesMotion = parser.isSet(QStringLiteral("reduced-motion"));
   options.isHidden = parser.isSet(QStringLiteral("hidden"));
   return options;
 }

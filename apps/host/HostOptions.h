@@ -23,6 +23,8 @@ struct HostOptions {
   double textScale = 1;
   std::optional<TalvoConsentSDK::LayoutDirection> layoutDirection;
   TalvoConsentSDK::Insets safeArea;
+  bool highContrast = false;  // else as the system asks for
+  bool reducesMotion = false;
   std::optional<std::string> script;  // a file, or "-" for standard input
   bool isHidden = false;              // as in the background: the window is not shown
 };

@@ -29,6 +29,8 @@ QtOptions qtOptions(const HostOptions& options) {
   QtOptions qt;
   qt.text.scale = options.textScale;
   qt.layoutDirection = options.layoutDirection;
+  if (options.highContrast) qt.highContrast = true;
+  qt.reducesMotion = options.reducesMotion;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
   return qt;

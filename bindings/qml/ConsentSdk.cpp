@@ -43,7 +43,13 @@ ConsentSdk::ConsentSdk(QObject* parent) : QObject(parent) {}
 ConsentSdk::~ConsentSdk() = default;
 
 void ConsentSdk::componentComplete() {
-  if (!CookiesSDK::getInstance()) Platform::install(makeQtPlatform(storeFile(store_).toStdString()));
+  if (!CookiesSDK::getInstance()) {
+    QtOptions options;
+    options.text.scale = textScale_;
+    options.reducesMotion = reducesMotion_;
+    if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
+    Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
+  }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());
   sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {

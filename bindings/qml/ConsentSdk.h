@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QQmlParserStatus>
 #include <QString>
+#include <QVariant>
 #include <QVariantMap>
 #include <functional>
 #include <memory>
@@ -28,6 +29,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QString apiUrl MEMBER apiUrl_)
   Q_PROPERTY(QString siteId MEMBER siteId_)
   Q_PROPERTY(QString store MEMBER store_)  // the file consents are kept in; empty: in the app's data folder
+  Q_PROPERTY(double textScale MEMBER textScale_)  // how much larger text is than usual
+  Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
+  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)  // a bool; undefined: what the system asks for
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
   /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null when none is. Read anew
@@ -73,6 +77,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   QString apiUrl_;
   QString siteId_;
   QString store_;
+  double textScale_ = 1;
+  bool reducesMotion_ = false;
+  QVariant highContrast_;
   QString language_ = QStringLiteral("en");
   std::shared_ptr<CookiesSDK> sdk_;
 };

@@ -25,6 +25,8 @@ std::string describe(QAccessibleInterface& item) {
   if (!description.isEmpty()) all += " (" + description.toStdString() + ")";
   const QAccessible::State state = item.state();
   const auto add = [&](bool is, const char* name) { all += is ? std::string(" ") + name : ""; };
+  const std::string value = item.text(QAccessible::Value).toStdString();
+  add(!value.empty(), ("= " + value).c_str());
   add(state.modal, "modal");
   add(state.focusable, "focusable");
   add(state.focused, "focused");
@@ -117,13 +119,13 @@ TEST_F(AccessibilityTest, ReadsEveryScreen) {
                           "Button 'Manage preferences' focusable", "Button 'Close' focusable"));
   use("Button 'Manage");
   use("Button 'Marketing'");
-  EXPECT_THAT(
-      elements(),
-      IsSupersetOf(
-          {"Button 'Statistics' (4 vendors) focusable collapsed"s, "CheckBox 'Necessary' disabled on"s,
-           "CheckBox 'Statistics' focusable off"s, "Button 'Marketing' (4 vendors) focusable expanded"s,
-           "Button 'Echotrail' (Marketing) focusable"s, "CheckBox 'Echotrail' (Marketing) focusable off"s,
-           "CheckBox 'Do not sell my data' focusable off offscreen"s}));
+  EXPECT_THAT(elements(),
+              IsSupersetOf({"Button 'Statistics' (4 vendors) = collapsed focusable collapsed"s,
+                            "CheckBox 'Necessary' disabled on"s, "CheckBox 'Statistics' focusable off"s,
+                            "Button 'Marketing' (4 vendors) = expanded focusable expanded"s,
+                            "Button 'Echotrail' (Marketing) focusable"s,
+                            "CheckBox 'Echotrail' (Marketing) focusable off"s,
+                            "CheckBox 'Do not sell my data' focusable off offscreen"s}));
   use("Button 'Echotrail'");
   EXPECT_THAT(elements(), IsSupersetOf({"Button 'Back' focusable"s, "Heading 'Echotrail'"s,
                                         "CheckBox 'Echotrail' focusable off"s}));

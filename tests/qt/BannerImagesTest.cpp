@@ -15,25 +15,30 @@ const struct Image {
   const char* name;
   std::string site;
   std::string language;
-  std::string tapped;  // a control to tap first, if any
+  std::string tapped = "";  // a control to tap first, if any
+  int tabs = 0;             // how often the Tab key is pressed then
+  QtOptions options = {};
 } cases[] = {
     {"main_en", "demo", ".en.json", ""},
     {"main_ar", "demo", ".ar.json", ""},
     {"preferences_en", "demo", ".en.json", "Manage preferences"},
-    {"minimal", "minimal", ".en.json", ""},
+    {"minimal", "minimal", ".en.json"},
+    {"contrast", "demo", ".en.json", "Manage preferences", 2, {.highContrast = true}},
+    {"large_de", "demo", ".de.json", "Einstellungen verwalten", 0, {.text = {.scale = 3.1}}},
 };
 
 class BannerImagesTest : public TestWithParam<Image> {};
 INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
 
 TEST_P(BannerImagesTest, AreAsKept) {
-  const auto& [name, site, language, tapped] = GetParam();
+  const auto& [name, site, language, tapped, tabs, options] = GetParam();
   ShownBanner banner(siteFile(site + "/customization" + language),
-                     site == "demo" ? siteFile("demo/services" + language) : "{}");
+                     site == "demo" ? siteFile("demo/services" + language) : "{}", options);
   OverlaySurface& surface = banner.surface();
   for (const auto& each : std::vector(surface.controller()->accessibleElements())) {
     if (each.name == tapped) surface.controller()->activate(each.id);
   }
+  for (int i = 0; i < tabs; ++i) surface.controller()->press(Key::tab);
   EXPECT_TRUE(banner.isStill());
   EXPECT_THAT(banner.session->unexpected(), IsEmpty());
   const QImage image =

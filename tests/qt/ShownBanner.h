@@ -23,7 +23,7 @@ inline std::string siteFile(const std::string& name) {
 
 class ShownBanner {
  public:
-  ShownBanner(const std::string& customization, const std::string& services) {
+  ShownBanner(const std::string& customization, const std::string& services, const QtOptions& options = {}) {
     host.setColor(QColor(0xF4, 0xF5, 0xF6));
     host.resize(390, 844);
     host.show();
@@ -33,7 +33,7 @@ class ShownBanner {
     session = std::make_shared<FakeURLSession>(platform.mainActor);
     session->answer("GET", "https://service.example/sites/demo/logo.png", 200, siteFile("demo/logo.png"));
     platform.urlSession = session;
-    addQtWindows(platform, {});
+    addQtWindows(platform, options);
     Platform::install(platform);
     const auto document = parsed<BannerCustomization>(customization);
     const ConsentBannerView banner(*document.customization, parsed<Services>(services), {}, {}, {});

@@ -99,30 +99,6 @@ std::string name(Alignment alignment) {
   return name(alignment.vertical) + " " + name(alignment.horizontal);
 }
 
-std::string name(Role role) {
-  switch (role) {
-    case Role::none:
-      return "";
-    case Role::text:
-      return "text";
-    case Role::heading:
-      return "heading";
-    case Role::image:
-      return "image";
-    case Role::button:
-      return "button";
-    case Role::link:
-      return "link";
-    case Role::toggle:
-      return "switch";
-    case Role::expander:
-      return "expander";
-    case Role::dialog:
-      return "dialog";
-  }
-  return "";
-}
-
 std::string quoted(const std::string& text) {
   return "\"" + text + "\"";
 }
@@ -244,7 +220,7 @@ struct WrapperText {
   }
   std::string operator()(const view::IgnoresSafeArea&) const { return "ignores safe area"; }
   std::string operator()(const view::Accessibility& own) const {
-    std::string text = "as " + name(own.role) + optionally("named", own.label) +
+    std::string text = "as " + std::string(rawValue(own.role)) + optionally("named", own.label) +
                        optionally("value", own.value) + optionally("description", own.description);
     if (own.isModal) text += " modal";
     if (own.isDismissal) text += " dismissal";

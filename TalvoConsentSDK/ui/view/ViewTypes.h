@@ -2,10 +2,12 @@
 
 // The small vocabulary that views are described with.
 
+#include <array>
 #include <limits>
 
 #include "TalvoConsentSDK/platform/Color.h"
 #include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/platform/RawValue.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
@@ -23,8 +25,19 @@ struct Alignment {
 /// Symbols every toolkit can draw.
 enum class Glyph { xmark, chevronLeft, chevronRight };
 
-/// What assistive technology is told a thing is.
+/// What assistive technology is told a thing is. Its raw text is what scripts and pictures call it.
 enum class Role { none, text, heading, image, button, link, toggle, expander, dialog };
+
+template <>
+struct RawValues<Role> {
+  static constexpr std::array table{
+      RawValue<Role>{Role::none, "none"},       RawValue<Role>{Role::text, "text"},
+      RawValue<Role>{Role::heading, "heading"}, RawValue<Role>{Role::image, "image"},
+      RawValue<Role>{Role::button, "button"},   RawValue<Role>{Role::link, "link"},
+      RawValue<Role>{Role::toggle, "switch"},   RawValue<Role>{Role::expander, "expander"},
+      RawValue<Role>{Role::dialog, "dialog"},
+  };
+};
 
 /// What a horizontal stack does when its children do not fit side by side.
 enum class Overflow {

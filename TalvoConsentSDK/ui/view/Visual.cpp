@@ -11,7 +11,8 @@ namespace {
 
 constexpr double pressedOpacity = 0.6;
 constexpr double disabledOpacity = 0.45;
-constexpr double ringDistance = 3;
+constexpr double switchOutlineReach = 2;  // so that it does not touch the knob
+constexpr double boxOutlineReach = 1;     // half of it, so that it hides the box's edge
 
 enum Part { mainPart, shadowPart, ringPart, upperEdgePart, lowerEdgePart, outlinePart };
 
@@ -39,9 +40,10 @@ class Flattener {
     for (const ScrollRegion& region : state_.scrollRegions) {
       const double y = memory_.get<ScrollOffset>(region.id, [] { return ScrollOffset(); }).y;
       const Rect& f = region.frame;
-      if (y > 0.5) push(region.id, upperEdgePart, {f.x, f.y, f.width, 0.5}, {}, 1, visual::Box{hairline});
+      const visual::Box line{strong(hairline)};
+      if (y > 0.5) push(region.id, upperEdgePart, {f.x, f.y, f.width, 0.5}, {}, 1, line);
       if (y < region.furthest() - 0.5) {
-        push(region.id, lowerEdgePart, {f.x, f.bottom() - 0.5, f.width, 0.5}, {}, 1, visual::Box{hairline});
+        push(region.id, lowerEdgePart, {f.x, f.bottom() - 0.5, f.width, 0.5}, {}, 1, line);
       }
     }
   }
@@ -50,18 +52,16 @@ class Flattener {
     if (!ring_) return;
     constexpr Color inner{1, 1, 1, 1};
     constexpr Color outer{0.03, 0.2, 0.6, 1};  // so far from white that one of them is 3:1 from any colour
-    constexpr double cornerRadius = 8;
-    const Rect& f = ring_->frame;
-    push(ring_->id, ringPart,
-         {f.x - ringDistance, f.y - ringDistance, f.width + 2 * ringDistance, f.height + 2 * ringDistance},
-         ring_->clip, 1, visual::FocusRing{inner, outer, cornerRadius + ringDistance});
+    const Look seen = look(*ring_);
+    pushAround(*ring_, ringPart, seen.reach, 1, {inner, outer, seen.cornerRadius});
   }
 
   // Switches and backgrounds with an outline are drawn with it where high contrast is asked for.
-  void addOutline(const Element& element, double opacity, const Color& color, double cornerRadius) {
-    if (!hasHighContrast_) return;
-    push(element.id, outlinePart, element.frame, element.clip, opacity,
-         visual::FocusRing{Color::clear(), color, cornerRadius});
+  void addOutline(const Element& element, double reach, double opacity, const Color& color,
+                  double cornerRadius) {
+    if (hasHighContrast_) {
+      pushAround(element, outlinePart, reach, opacity, {Color::clear(), strong(color), cornerRadius});
+    }
   }
 
   std::vector<Visual> take() && { return std::move(visuals_); }
@@ -101,7 +101,7 @@ class Flattener {
     pushMain(element, opacity,
              visual::Switch{toggle.onColor, toggle.offColor, toggle.knobColor,
                             animations_.value(element.id, toggle.isOn ? 1 : 0), isMirrored_});
-    addOutline(element, opacity, strong(toggle.offColor), element.frame.height / 2);
+    addOutline(element, switchOutlineReach, opacity, toggle.offColor, element.frame.height / 2);
   }
 
   void draw(const Element& element, const view::Background& background, double opacity, bool isDisabled) {
@@ -109,8 +109,10 @@ class Flattener {
       push(element.id, shadowPart, element.frame, element.clip, opacity,
            visual::BoxShadow{*background.shadow, background.cornerRadius});
     }
-    pushMain(element, opacity, visual::Box{background.color, background.cornerRadius});
-    if (background.outline) addOutline(element, opacity, *background.outline, background.cornerRadius);
+    pushMain(element, opacity, visual::Box{strong(background.color), background.cornerRadius});
+    if (background.outline) {
+      addOutline(element, boxOutlineReach, opacity, *background.outline, background.cornerRadius);
+    }
     addChildren(element, opacity, isDisabled);
   }
 
@@ -134,7 +136,37 @@ class Flattener {
     addChildren(element, opacity, isDisabled);
   }
 
-  Color strong(const Color& color) const { return hasHighContrast_ ? color.withAlpha(1) : color; }
+  Color strong(const Color& color) const {
+    return hasHighContrast_ && color.alpha > 0 ? color.withAlpha(1) : color;
+  }
+
+  // What a control is seen as.
+  struct Look {
+    double cornerRadius = 3;  // of a text, whose letters it leaves alone
+    double reach = 4;         // of the ring
+  };
+
+  Look look(const Element& element) const {
+    const double boxed = hasHighContrast_ ? 7 : 5;  // clear of the outline
+    const auto& content = element.view.node().content;
+    if (std::holds_alternative<view::Toggle>(content)) return {element.frame.height / 2, boxed};
+    if (const auto* background = std::get_if<view::Background>(&content)) {
+      return {background->cornerRadius, boxed};
+    }
+    return element.children.size() == 1 ? look(*element.children.front()) : Look();
+  }
+
+  // What reaches beyond an element is seen beyond the sides of its list as well, and a ring beyond its ends.
+  void pushAround(const Element& element, Part part, double reach, double opacity, visual::FocusRing ring) {
+    auto clip = element.clip;
+    if (clip && !element.frame.intersects(*clip)) return;
+    if (clip) {
+      const Rect grown = clip->grownBy(reach);
+      clip = part == ringPart ? grown : Rect{grown.x, clip->y, grown.width, clip->height};
+    }
+    ring.cornerRadius += reach;
+    push(element.id, part, element.frame.grownBy(reach), clip, opacity, std::move(ring));
+  }
 
   void pushMain(const Element& element, double opacity, visual::Content content) {
     push(element.id, mainPart, element.frame, element.clip, opacity, std::move(content));

@@ -73,8 +73,8 @@ struct Switch {
   friend bool operator==(const Switch&, const Switch&) = default;
 };
 
-/// An outline of two strokes: around the control that keys act on, and, with a clear inner one, around
-/// controls where high contrast is asked for.
+/// An outline of two strokes of 2 points: around the control that keys act on, and, with the outer one alone,
+/// around controls where high contrast is asked for.
 struct FocusRing {
   Color inner;
   Color outer;
