@@ -1,0 +1,28 @@
+#pragma once
+
+// How much memory the process holds.
+
+#include <fstream>
+#include <string>
+
+#include <malloc.h>
+
+namespace TalvoConsentSDK {
+
+/// In KiB: "VmRSS:" for now, "VmHWM:" for the most there was since `startOfPeak`. 0 where the system does not
+/// tell.
+inline long residentMemory(const char* which = "VmRSS:") {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;)
+    if (word == which && status >> word) return std::stol(word);
+  return 0;
+}
+
+/// What there is, with nothing kept for later.
+inline long startOfPeak() {
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << 5;
+  return residentMemory();
+}
+
+}  // namespace TalvoConsentSDK
