@@ -6,19 +6,18 @@
 #include <cstdlib>
 #include <thread>
 
-#include <gmock/gmock.h>
 #include <sys/resource.h>
 
 #include "adapters/curl/CurlURLSession.h"
 
 #include "testing/LoopbackServer.h"
 #include "testing/URLSessionConformance.h"
+#include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
 using namespace std::chrono_literals;
-using ::testing::HasSubstr;
 using ::testing::Not;
 using Connection = LoopbackServer::Connection;
 using Received = LoopbackServer::Request;
@@ -29,10 +28,6 @@ int codeOf(const Result<URLResponse>& outcome) {
   const auto* error = outcome.error().as<PlatformError>();
   EXPECT_TRUE(error && error->domain() == "CURL" && !error->localizedDescription().empty());
   return error ? error->code() : -1;
-}
-
-std::string textOf(const Result<URLResponse>& outcome) {
-  return outcome ? "" : outcome.error().what();
 }
 
 TEST(CurlURLSession, SendsExactlyWhatItIsGiven) {
@@ -58,7 +53,7 @@ TEST(CurlURLSession, SendsExactlyWhatItIsGiven) {
     request.body = body;
     request.headers = headers;
     const auto outcome = await(session, request);
-    ASSERT_TRUE(outcome) << textOf(outcome);
+    ASSERT_TRUE(outcome) << failure(outcome);
     const Received received = server.requests().back();
     EXPECT_EQ(received.method, method);
     EXPECT_EQ(received.target, "/a%20b?q=%2F&x=1");
@@ -93,8 +88,8 @@ TEST(CurlURLSession, RefusesWhatCannotBeSentBeforeAnyTraffic) {
     auto request = makeRequest(method, url);
     request.headers[header] = value;
     const auto outcome = await(session, request);
-    EXPECT_EQ(codeOf(outcome), code) << url << " " << textOf(outcome);
-    EXPECT_THAT(textOf(outcome), AllOf(HasSubstr(text), Not(HasSubstr("secret"))));
+    EXPECT_EQ(codeOf(outcome), code) << url << " " << failure(outcome);
+    EXPECT_THAT(failure(outcome), AllOf(HasSubstr(text), Not(HasSubstr("secret"))));
   }
   auto withBody = makeRequest("GET", good);
   withBody.body = "secret";
@@ -114,7 +109,7 @@ TEST(CurlURLSession, SendsPlainHTTPToTheLoopbackHostOnly) {
   for (const std::string host : {"127.0.0.1", "127.1.2.3", "localhost", "LocalHost", "[::1]"}) {
     const auto outcome = await(session, makeRequest("GET", server.url("/", host)));
     // Connecting may fail, since the server listens on one address only.
-    EXPECT_TRUE(outcome ? outcome->body == "direct" : codeOf(outcome) == 7) << host << textOf(outcome);
+    EXPECT_TRUE(outcome ? outcome->body == "direct" : codeOf(outcome) == 7) << host << failure(outcome);
   }
   const std::string refused[] = {
       "http://consent.example/",   "http://192.0.2.1/",           "http://128.0.0.1/",
@@ -124,7 +119,7 @@ TEST(CurlURLSession, SendsPlainHTTPToTheLoopbackHostOnly) {
   for (const std::string& url : refused) {
     const auto outcome = await(session, makeRequest("GET", url));
     EXPECT_EQ(codeOf(outcome), 1) << url;
-    EXPECT_THAT(textOf(outcome), AllOf(HasSubstr("Plain http is refused"), Not(HasSubstr("secret"))));
+    EXPECT_THAT(failure(outcome), AllOf(HasSubstr("Plain http is refused"), Not(HasSubstr("secret"))));
   }
   EXPECT_EQ(proxy.connections(), 0);
 
@@ -158,7 +153,7 @@ TEST(CurlURLSession, FollowsRedirectsAsTheirStatusSays) {
     if (method[0] == 'P') request.body = "body";
     request.headers = {{"Content-Type", "text/plain"}, {"X-Client-Name", "mobile"}};
     const auto outcome = await(session, request);
-    ASSERT_TRUE(outcome) << textOf(outcome);
+    ASSERT_TRUE(outcome) << failure(outcome);
     EXPECT_EQ(outcome->statusCode, finalMethod ? 200 : std::stoi(status));
     if (!finalMethod) continue;
     if (*method != 'H') {
@@ -248,7 +243,7 @@ TEST(CurlURLSession, RunsManyRequestsAtOnce) {
   }
   for (int number = 0; number < count; ++number) {
     const auto outcome = outcomes[static_cast<std::size_t>(number)].wait(1).front().first;
-    ASSERT_TRUE(outcome) << textOf(outcome);
+    ASSERT_TRUE(outcome) << failure(outcome);
     EXPECT_EQ(outcome->body, std::to_string(number));
   }
 }

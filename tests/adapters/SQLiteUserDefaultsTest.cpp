@@ -4,7 +4,6 @@
 #include <csignal>
 #include <filesystem>
 #include <iostream>
-#include <system_error>
 #include <thread>
 
 #include <sqlite3.h>
@@ -115,6 +114,7 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
     EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
   }
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
+  EXPECT_FALSE(SQLiteUserDefaults("").data("k"));
 }
 
 TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriter) {
@@ -139,6 +139,11 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   first.set("k", Data("after")).value();
   EXPECT_EQ(second.data("k").value(), Data("after"));
   EXPECT_EQ(printer->take().size(), 1u);
+
+  OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  write(file, std::string(20'000, 'y'));
+  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt);
+  EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-2")));
 }
 
 TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
