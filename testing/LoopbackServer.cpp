@@ -1,12 +1,22 @@
 #include "testing/LoopbackServer.h"
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <random>
 #include <stdexcept>
+#include <type_traits>
+#include <utility>
 
 #include <arpa/inet.h>
 #include <netinet/tcp.h>
+#include <openssl/ec.h>
+#include <openssl/pem.h>
 #include <openssl/ssl.h>
+#include <openssl/x509v3.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -18,23 +28,47 @@ void require(bool condition, const char* what) {
   if (!condition) throw std::runtime_error(what);
 }
 
+// What a C library frees.
+template <class T, auto release>
+using Owner = std::unique_ptr<T, std::integral_constant<decltype(release), release>>;
+
 std::string between(const std::string& text, std::size_t begin, std::size_t end) {
   return text.substr(begin, end - begin);
 }
 
 }  // namespace
 
-TestCertificate::TestCertificate(const std::string& host) {
+TestCertificate::TestCertificate(const std::string& host, int firstDay, int lastDay, bool isSelfSigned) {
   std::string name = (std::filesystem::temp_directory_path() / "certificate-XXXXXX").string();
   require(mkdtemp(name.data()) != nullptr, "mkdtemp");
   folder_ = name;
   certificate_ = folder_ / "certificate.pem";
   key_ = folder_ / "key.pem";
-  const std::string command =
-      "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 " +
-      ("-subj /CN=test -addext subjectAltName=DNS:" + host) + " -keyout " + key_.string() + " -out " +
-      certificate_.string() + " 2>/dev/null";
-  require(std::system(command.c_str()) == 0, "openssl req");
+
+  const Owner<EVP_PKEY, EVP_PKEY_free> key(EVP_EC_gen("P-256")), authority(EVP_EC_gen("P-256"));
+  const Owner<X509, X509_free> made(X509_new());
+  X509_set_version(made.get(), X509_VERSION_3);
+  ASN1_INTEGER_set(X509_get_serialNumber(made.get()), static_cast<long>(std::random_device()() >> 1U));
+  X509_time_adj_ex(X509_getm_notBefore(made.get()), firstDay, 0, nullptr);
+  X509_time_adj_ex(X509_getm_notAfter(made.get()), lastDay, 0, nullptr);
+  X509_set_pubkey(made.get(), key.get());
+  const auto nameIt = [](X509_NAME* it, const char* text) {
+    X509_NAME_add_entry_by_txt(it, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>(text), -1, -1,
+                               0);
+  };
+  nameIt(X509_get_subject_name(made.get()), "test");
+  nameIt(X509_get_issuer_name(made.get()), isSelfSigned ? "test" : "an authority");
+  const Owner<X509_EXTENSION, X509_EXTENSION_free> hosts(
+      X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, ("DNS:" + host).c_str()));
+  X509_add_ext(made.get(), hosts.get(), -1);
+  require(X509_sign(made.get(), (isSelfSigned ? key : authority).get(), EVP_sha256()) > 0, "sign");
+
+  const Owner<FILE, std::fclose> toKey(std::fopen(key_.c_str(), "w"));
+  const Owner<FILE, std::fclose> toCertificate(std::fopen(certificate_.c_str(), "w"));
+  require(toKey && toCertificate &&
+              PEM_write_PrivateKey(toKey.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1 &&
+              PEM_write_X509(toCertificate.get(), made.get()) == 1,
+          "write the certificate");
 }
 
 TestCertificate::~TestCertificate() {
@@ -54,6 +88,47 @@ void LoopbackServer::Connection::reply(int status, std::string_view body, std::s
   std::string head = "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers);
   if (status != 204 && status != 304) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   send(head + "\r\n" + std::string(body));
+}
+
+void LoopbackServer::Connection::play(const std::string& script) {
+  for (std::size_t at = 0; (at = script.find_first_not_of(' ', at)) != std::string::npos && !ends_;) {
+    if (script[at] != '"') {
+      const std::size_t end = std::min(script.find(' ', at), script.size());
+      const std::string word = between(script, std::exchange(at, end), end);
+      require(word == "pause" || word == "close" || word == "reset" || word == "stall", script.c_str());
+      if (word == "pause") std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      if (word == "close") close();
+      if (word == "reset") reset();
+      if (word == "stall") waitForPeer();
+      continue;
+    }
+    std::string text;
+    for (++at; script.at(at) != '"'; ++at) {
+      if (script[at] != '\\') {
+        text += script[at];
+      } else if (script.at(++at) == 'n') {
+        text += "\r\n";
+      } else {
+        require(script[at] == 'x', script.c_str());
+        text += static_cast<char>(std::stoi(script.substr(at + 1, 2), nullptr, 16));
+        at += 2;
+      }
+    }
+    std::size_t left = 1;
+    if (++at < script.size() && script[at] == '*') {
+      const std::size_t end = std::min(script.find(' ', at), script.size());
+      const std::string number = between(script, at + 1, end);
+      at = end;
+      left = number.empty() ? SIZE_MAX : std::stoul(number);
+    }
+    // In pieces of some size, so that a short text often is quick and a long one takes no memory.
+    const std::size_t together = std::min(left, 1 + 65536 / text.size());
+    std::string piece;
+    for (std::size_t n = 0; n < together; ++n) piece += text;
+    for (; left > 0 && !ends_; left -= std::min(left, together)) {
+      send(std::string_view(piece).substr(0, std::min(left, together) * text.size()));
+    }
+  }
 }
 
 void LoopbackServer::Connection::reset() {
@@ -107,13 +182,18 @@ std::optional<LoopbackServer::Request> LoopbackServer::Connection::receive() {
   return request;
 }
 
-LoopbackServer::LoopbackServer(Handler handler, const TestCertificate* identity)
+LoopbackServer::LoopbackServer(Handler handler, const TestCertificate* identity, int onlyTLS)
     : handler_(std::move(handler)) {
   if (identity) {
     tls_ = SSL_CTX_new(TLS_server_method());
     require(SSL_CTX_use_certificate_file(tls_, identity->certificate().c_str(), SSL_FILETYPE_PEM) == 1 &&
                 SSL_CTX_use_PrivateKey_file(tls_, identity->key().c_str(), SSL_FILETYPE_PEM) == 1,
             "certificate");
+    if (onlyTLS != 0) {
+      SSL_CTX_set_cipher_list(tls_, "DEFAULT:@SECLEVEL=0");
+      require(SSL_CTX_set_min_proto_version(tls_, onlyTLS) && SSL_CTX_set_max_proto_version(tls_, onlyTLS),
+              "the version of TLS");
+    }
   }
   listener_ = ::socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address{};

@@ -20,10 +20,13 @@ struct ssl_st;
 
 namespace TalvoConsentSDK {
 
-/// A self-signed certificate for one host and its key, in two files that go away with it.
+/// A certificate for one host and its key, in two files that go away with it.
 class TestCertificate {
  public:
-  explicit TestCertificate(const std::string& host);
+  /// Valid from `firstDay` to `lastDay`, counted from now. Self-signed, or issued by an authority that nobody
+  /// has.
+  explicit TestCertificate(const std::string& host, int firstDay = 0, int lastDay = 2,
+                           bool isSelfSigned = true);
   ~TestCertificate();
 
   const std::filesystem::path& certificate() const { return certificate_; }
@@ -48,6 +51,10 @@ class LoopbackServer {
     void send(std::string_view bytes);
     /// `headers` are whole lines, each with its line end. With a body comes its length.
     void reply(int status, std::string_view body = "", std::string_view headers = "");
+    /// Does what a script says, word for word: `"text"` is sent, `"text"*9` so often, `"text"*` until the
+    /// peer has gone; `pause` waits for 50 ms; `close`, `reset` and `stall` are the functions below. In a
+    /// text, `\n` is a line end of HTTP (CR LF) and `\x0A` any byte. Throws on anything else.
+    void play(const std::string& script);
     /// Ends the connection in an orderly way once the handler returns.
     void close() { ends_ = true; }
     /// Ends it at once, in a way that the peer sees as "connection reset".
@@ -68,8 +75,9 @@ class LoopbackServer {
 
   using Handler = std::function<void(const Request&, Connection&)>;
 
-  /// Speaks TLS when there is an identity.
-  explicit LoopbackServer(Handler handler, const TestCertificate* identity = nullptr);
+  /// Speaks TLS when there is an identity; with `onlyTLS`, one of OpenSSL's numbers such as `TLS1_VERSION`,
+  /// that version alone, however weak.
+  explicit LoopbackServer(Handler handler, const TestCertificate* identity = nullptr, int onlyTLS = 0);
   ~LoopbackServer();
 
   int port() const { return port_; }

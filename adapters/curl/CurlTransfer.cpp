@@ -56,10 +56,6 @@ std::optional<PlatformError> refusal(const URLRequest& request) {
 
 }  // namespace
 
-PlatformError curlError(int code, std::string text) {
-  return {"CURL", code, std::move(text)};
-}
-
 void CurlHandleDeleter::operator()(void* handle) const noexcept {
   curl_easy_cleanup(handle);
 }
@@ -102,8 +98,10 @@ bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
          part(CURLUPART_PORT) == other.part(CURLUPART_PORT);
 }
 
-CurlTransfer::CurlTransfer(const CurlRules& rules, URLRequest request, CurlHandle handle)
+CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request,
+                           CurlHandle handle)
     : rules_(rules),
+      sockets_(sockets),
       request_(std::move(request)),
       patience_(patience(request_.timeout)),
       handle_(handle ? std::move(handle) : CurlHandle(curl_easy_init())) {
@@ -118,14 +116,20 @@ std::optional<PlatformError> CurlTransfer::prepare() {
 }
 
 std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
-  if (tooLarge_) {
-    return curlError(CURLE_FILESIZE_EXCEEDED,
-                     "The reply is larger than " + std::to_string(rules_.largestReply) + " bytes");
+  if (flaw_) return *flaw_;
+  if (isStaleConnection_) {
+    avoidsPool_ = true;
+    if (auto refused = configure()) return *refused;
+    return std::nullopt;
   }
+  // What libcurl says of a single line beyond 100 KB; before the first byte it would be about memory.
+  if (code == CURLE_OUT_OF_MEMORY && !header_.isWhole() && timeOf(CURLINFO_STARTTRANSFER_TIME_T) > 0)
+    return tooLargeHeaderError();
   if (code != CURLE_OK) {
     const char* const text = curl_easy_strerror(static_cast<CURLcode>(code));
     return curlError(code, errorText_.front() ? errorText_.data() : text);
   }
+  if (!header_.isWhole()) return curlError(CURLE_PARTIAL_FILE, "The connection was closed within the header");
   long status = 0;
   const char* location = nullptr;
   curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
@@ -170,7 +174,9 @@ std::optional<PlatformError> CurlTransfer::configure() {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);
   }
   body_.clear();
-  tooLarge_ = false;
+  header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.largestReply));
+  isNewConnection_ = isStaleConnection_ = false;
+  flaw_.reset();
   errorText_.front() = '\0';
   progress_ = {};
   lastProgress_ = Clock::now();
@@ -219,9 +225,9 @@ void CurlTransfer::configureMessage() {
     curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
                      static_cast<curl_off_t>(request_.body ? request_.body->size() : 0));
     if (request_.method == "PUT") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, "PUT");
-    // On a reused connection that closes unanswered, libcurl would send the request again.
-    curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
   }
+  // A POST or PUT: on a reused connection that closes unanswered, libcurl would send it again.
+  if (mayHaveBody || avoidsPool_) curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
 
   headers_.reset();
   const auto add = [this](const std::string& line) {
@@ -250,6 +256,27 @@ void CurlTransfer::configureCallbacks() {
   };
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, static_cast<curl_write_callback>(received));
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
+  constexpr auto receivedHeader = [](char* bytes, std::size_t, std::size_t count, void* self) {
+    return static_cast<CurlTransfer*>(self)->receiveHeader({bytes, count});
+  };
+  curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, static_cast<curl_write_callback>(receivedHeader));
+  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // a proxy's are no part of the reply
+
+  constexpr auto connects = [](void* self, curl_socket_t socket, curlsocktype) {
+    static_cast<CurlTransfer*>(self)->sockets_.add(socket);
+    static_cast<CurlTransfer*>(self)->isNewConnection_ = true;
+    return int{CURL_SOCKOPT_OK};
+  };
+  curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, static_cast<curl_sockopt_callback>(connects));
+  curl_easy_setopt(easy, CURLOPT_SOCKOPTDATA, this);
+  constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    transfer.isStaleConnection_ = !transfer.isNewConnection_ && transfer.sockets_.hasInput(localPort);
+    return transfer.isStaleConnection_ ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+  };
+  curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, static_cast<curl_prereq_callback>(isConnected));
+  curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
 
   constexpr auto moved = [](void* self, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
     static_cast<CurlTransfer*>(self)->noteProgress(down, up);
@@ -260,17 +287,19 @@ void CurlTransfer::configureCallbacks() {
   curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
 }
 
+// In microseconds; 0 until it is reached.
+std::int64_t CurlTransfer::timeOf(int step) const {
+  curl_off_t microseconds = 0;
+  curl_easy_getinfo(handle(), static_cast<CURLINFO>(step), &microseconds);
+  return microseconds;
+}
+
 void CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
-  const auto time = [this](CURLINFO name) {
-    curl_off_t microseconds = 0;
-    curl_easy_getinfo(handle(), name, &microseconds);
-    return std::int64_t{microseconds};
-  };
   long headerBytes = 0;
   curl_easy_getinfo(handle(), CURLINFO_HEADER_SIZE, &headerBytes);
-  const Progress now{time(CURLINFO_NAMELOOKUP_TIME_T),
-                     time(CURLINFO_CONNECT_TIME_T),
-                     time(CURLINFO_APPCONNECT_TIME_T),
+  const Progress now{timeOf(CURLINFO_NAMELOOKUP_TIME_T),
+                     timeOf(CURLINFO_CONNECT_TIME_T),
+                     timeOf(CURLINFO_APPCONNECT_TIME_T),
                      headerBytes,
                      received,
                      sent};
@@ -280,14 +309,25 @@ void CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
 }
 
 std::size_t CurlTransfer::receive(const char* bytes, std::size_t count) {
-  tooLarge_ = count > rules_.largestReply - body_.size();
-  if (tooLarge_) return CURL_WRITEFUNC_ERROR;
+  if (count > rules_.largestReply - body_.size()) {
+    flaw_ = tooLargeError(rules_.largestReply);
+    return CURL_WRITEFUNC_ERROR;
+  }
   try {
     body_.append(bytes, count);
   } catch (const std::bad_alloc&) {  // must not pass through libcurl
     return CURL_WRITEFUNC_ERROR;
   }
   return count;
+}
+
+std::size_t CurlTransfer::receiveHeader(std::string_view line) {
+  try {
+    flaw_ = header_.add(line);
+  } catch (const std::bad_alloc&) {
+    return CURL_WRITEFUNC_ERROR;
+  }
+  return flaw_ ? CURL_WRITEFUNC_ERROR : line.size();
 }
 
 PlatformError CurlTransfer::idleError() const {

@@ -10,9 +10,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "TalvoConsentSDK/platform/URLSession.h"
+
+#include "adapters/curl/CurlHeader.h"
+#include "adapters/curl/CurlSockets.h"
 
 struct curl_slist;
 struct Curl_URL;
@@ -27,9 +31,6 @@ struct CurlRules {
   bool hasCertificateFile = false;  // the system keeps its authorities in one file
 };
 
-/// An error of the domain "CURL"; `code` is a `CURLcode`.
-PlatformError curlError(int code, std::string text);
-
 /// A libcurl easy handle.
 struct CurlHandleDeleter {
   void operator()(void* handle) const noexcept;
@@ -42,8 +43,8 @@ class CurlTransfer {
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules` outlive the transfer. `handle` is a spare one of an earlier transfer, or null.
-  CurlTransfer(const CurlRules& rules, URLRequest request, CurlHandle handle);
+  /// `rules` and `sockets` outlive the transfer. `handle` is a spare one of an earlier transfer, or null.
+  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -56,8 +57,8 @@ class CurlTransfer {
   /// Makes the handle ready to be run. Nothing, or why the request is refused.
   std::optional<PlatformError> prepare();
 
-  /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect: the handle
-  /// is then ready for its next run.
+  /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect, or a
+  /// connection that must not be used again: the handle is then ready for its next run.
   std::optional<Outcome> finish(int code);
 
   /// When the transfer has gone without progress for too long, unless something moves before.
@@ -97,10 +98,13 @@ class CurlTransfer {
   void configureConnection();
   void configureMessage();
   void configureCallbacks();
+  std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
   std::size_t receive(const char* bytes, std::size_t count);
+  std::size_t receiveHeader(std::string_view line);
 
   const CurlRules& rules_;
+  CurlSockets& sockets_;
   URLRequest request_;
   const Clock::duration patience_;
   CurlHandle handle_;
@@ -108,12 +112,16 @@ class CurlTransfer {
   std::optional<Target> target_;
   int redirects_ = 0;
   bool leftOrigin_ = false;
+  bool avoidsPool_ = false;
 
   // Of the current run.
   std::unique_ptr<curl_slist, ListDeleter> headers_;
   std::array<char, 256> errorText_{};  // CURL_ERROR_SIZE
   std::string body_;
-  bool tooLarge_ = false;
+  CurlHeader header_;
+  bool isNewConnection_ = false;
+  bool isStaleConnection_ = false;
+  std::optional<PlatformError> flaw_;  // for which the reply is refused
   Progress progress_;
   Clock::time_point lastProgress_;
 };

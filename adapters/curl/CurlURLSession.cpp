@@ -148,7 +148,7 @@ class CurlURLSession::Worker {
 
   void begin(std::vector<Ending>& endings) {
     for (auto& [request, completion] : takeArrivals()) {
-      auto transfer = std::make_unique<CurlTransfer>(rules_, std::move(request), takeSpare());
+      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, std::move(request), takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
         continue;
@@ -243,6 +243,7 @@ class CurlURLSession::Worker {
 
   const CurlRules rules_;
   std::atomic<bool> closed_ = false;
+  CurlSockets sockets_;
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::vector<CurlHandle> spare_;

@@ -35,7 +35,8 @@ struct CurlOptions {
 ///
 /// Errors are `PlatformError`s of the domain "CURL" whose code is libcurl's (a `CURLcode`), also where the
 /// session itself ends a request: plain http or another scheme (1), a request that cannot be sent as it is
-/// (3, 43), no progress (28), a closed session (42), too many redirects (47), a reply that is too large (63).
+/// (3, 43), a reply with two lengths (8) or cut off in its header (18), no progress (28), a closed session
+/// (42), too many redirects (47), a reply that is too large, or its header larger than 256 KiB (63).
 /// Their texts hold nothing of a body, a header's value, a path or a query.
 class CurlURLSession : public URLSession {
  public:

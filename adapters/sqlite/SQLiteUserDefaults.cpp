@@ -1,6 +1,10 @@
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
 #include <cerrno>
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <set>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -141,6 +145,42 @@ void useWriteAheadLog(const Handle& connection, std::chrono::milliseconds busyTi
   }
 }
 
+// The pages that stand in the write-ahead log, as its file format has it: a header of 32 bytes, and before
+// each page one of 24 that begins with the page's number. Both hold the same salt, unless the page is of old.
+std::set<std::int64_t> pagesInLog(const fs::path& file, std::size_t pageSize) {
+  std::ifstream stream(file.string() + "-wal", std::ios::binary);
+  const std::string log{std::istreambuf_iterator<char>(stream), {}};
+  std::set<std::int64_t> pages;
+  for (std::size_t at = 32; at + 24 + pageSize <= log.size(); at += 24 + pageSize) {
+    std::int64_t page = 0;
+    for (std::size_t byte = at; byte < at + 4; ++byte)
+      page = page << 8 | static_cast<unsigned char>(log[byte]);
+    if (log.compare(at + 8, 8, log, 16, 8) == 0) pages.insert(page);
+  }
+  return pages;
+}
+
+// SQLite notices when whole pages are missing at the end of the file. What is missing of the last page, or
+// behind a write-ahead log, it takes for zeros. The log is read before the file's size, since another process
+// that moves pages from it to the file lets go of the log last.
+void requireAllPages(const Handle& connection, const fs::path& file) {
+  const auto numberOf = [&](const char* pragma) {
+    return std::stoll(Statement(connection, pragma).run().value_or("0"));
+  };
+  const std::int64_t size = numberOf("PRAGMA page_size"), count = numberOf("PRAGMA page_count");
+  const auto wholePages = [&] { return static_cast<std::int64_t>(fs::file_size(file)) / size; };
+  if (wholePages() >= count) return;
+  const auto logged = pagesInLog(file, static_cast<std::size_t>(size));
+  for (std::int64_t page = wholePages() + 1; page <= count; ++page) {
+    if (!logged.contains(page)) throw failure(SQLITE_CORRUPT, sqlite3_errstr(SQLITE_CORRUPT));
+  }
+}
+
+// Whether closing moves what is in the write-ahead log to the file; a damaged file is left as it was found.
+void setMovesLogOnClose(const Handle& connection, bool moves) {
+  sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, moves ? 0 : 1, nullptr);
+}
+
 Handle open(const fs::path& file, std::chrono::milliseconds busyTimeout) {
   createIfMissing(file);
   sqlite3* opened = nullptr;
@@ -150,11 +190,13 @@ Handle open(const fs::path& file, std::chrono::milliseconds busyTimeout) {
   Handle connection(opened);
   if (code != SQLITE_OK) throw lastFailure(opened);
   sqlite3_busy_timeout(opened, static_cast<int>(busyTimeout.count()));
+  setMovesLogOnClose(connection, false);
 
   const std::string version = Statement(connection, "PRAGMA user_version").run().value_or("");
   if (version != "0" && version != schemaVersion) {
     throw failure(SQLITE_ERROR, "unknown schema version " + version);
   }
+  requireAllPages(connection, file);
   useWriteAheadLog(connection, busyTimeout);
   execute(connection, "PRAGMA synchronous = FULL");
   const auto tables =
@@ -167,6 +209,7 @@ Handle open(const fs::path& file, std::chrono::milliseconds busyTimeout) {
             "PRAGMA user_version = 1;"
             "COMMIT");
   }
+  setMovesLogOnClose(connection, true);
   return connection;
 }
 
@@ -263,6 +306,7 @@ Result<T> SQLiteUserDefaults::perform(const Operation& operation) {
         return operation(*connection_);
       }
     } catch (const PlatformError& error) {
+      if (connection_ && isDamage(error)) setMovesLogOnClose(connection_->handle, false);
       connection_ = nullptr;
       if (!isDamage(error) || attempt == 3) return error;
       if (attempt == 1) continue;

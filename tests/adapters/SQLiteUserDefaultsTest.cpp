@@ -1,35 +1,28 @@
-#include <algorithm>
-#include <array>
+// The store on SQLite: several processes, processes that are killed, damage and bad disks.
+
+#include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
-#include <functional>
 #include <iostream>
-#include <iterator>
-#include <string>
-#include <vector>
+#include <thread>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "TalvoConsentSDK/platform/Platform.h"
+#include "TalvoConsentSDK/TalvoConsentSDK.h"
 
-#include "adapters/memory/CapturingPrinter.h"
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
 #include "testing/UserDefaultsConformance.h"
 #include "tests/support/Repetitions.h"
+#include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
 namespace fs = std::filesystem;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 class TemporaryFolder {
  public:
@@ -76,15 +69,6 @@ void write(const fs::path& file, const std::string& content) {
   std::ofstream(file, std::ios::binary) << content;
 }
 
-template <class T>
-int primaryCode(const Result<T>& result) {
-  if (result) return SQLITE_OK;
-  const auto* error = result.error().template as<PlatformError>();
-  EXPECT_EQ(error->domain(), "SQLite");
-  EXPECT_STRNE(result.error().what(), "");
-  return error->code() & 0xFF;
-}
-
 class SQLiteUserDefaultsTest : public ::testing::Test {
  protected:
   SQLiteUserDefaultsTest() {
@@ -93,16 +77,19 @@ class SQLiteUserDefaultsTest : public ::testing::Test {
     Platform::install(platform);
   }
 
-  // Runs `work` in a process of its own; tells its exit status, 0 when it went through.
+  // Runs `work` in a process of its own; tells its exit status, 0 when it went through and nothing has
+  // failed.
   static pid_t start(const std::function<void()>& work) {
     const pid_t child = ::fork();
     if (child != 0) return child;
+    const bool hadFailed = HasFailure();
     try {
       work();
-    } catch (...) {
-      ::_exit(1);
+    } catch (const std::exception& error) {
+      ADD_FAILURE() << error.what();
     }
-    ::_exit(0);
+    std::fflush(nullptr);
+    ::_exit(HasFailure() && !hadFailed);
   }
 
   static int statusOf(pid_t child) {
@@ -127,31 +114,7 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
     EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
   }
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
-  OtherConnection(file).execute("DROP TABLE defaults");
-  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt) << "not unusable for ever";
-
-  OtherConnection(file).execute("PRAGMA user_version = 2");
-  const std::string newer = contentOf(file);
-  EXPECT_EQ(primaryCode(SQLiteUserDefaults(file).data("k")), SQLITE_ERROR) << "of a later version's schema";
-  EXPECT_EQ(contentOf(file), newer);
-  EXPECT_THAT(printer->take(), IsEmpty());
-}
-
-TEST_F(SQLiteUserDefaultsTest, FailsWhileTheFileIsLockedAndThenGoesOn) {
-  SQLiteUserDefaults store(file, std::chrono::milliseconds(20));
-  store.set("k", Data("old")).value();
-  {
-    OtherConnection other(file);
-    other.execute("BEGIN IMMEDIATE");
-    const auto outcome = store.set("k", Data("secret"));
-    EXPECT_EQ(primaryCode(outcome), SQLITE_BUSY);
-    EXPECT_STREQ(outcome.error().what(), "database is locked");
-    EXPECT_EQ(primaryCode(store.replace("k", Data("old"), Data("secret"))), SQLITE_BUSY);
-    EXPECT_EQ(primaryCode(store.remove("k")), SQLITE_BUSY);
-    EXPECT_EQ(store.data("k").value(), Data("old")) << "readers do not wait";
-  }
-  EXPECT_TRUE(store.replace("k", Data("old"), Data("new")).value());
-  EXPECT_EQ(store.data("k").value(), Data("new"));
+  EXPECT_FALSE(SQLiteUserDefaults("").data("k"));
 }
 
 TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriter) {
@@ -166,116 +129,6 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriter) {
   EXPECT_EQ(store.data("k").value(), Data("new"));
 }
 
-TEST_F(SQLiteUserDefaultsTest, LeavesALockedFileAsItIsWhenItOpens) {
-  SQLiteUserDefaults(file).set("k", Data("v")).value();
-  SQLiteUserDefaults store(file, std::chrono::milliseconds(20));
-  {
-    OtherConnection other(file);
-    other.execute("PRAGMA locking_mode = EXCLUSIVE; BEGIN EXCLUSIVE");
-    EXPECT_EQ(primaryCode(store.data("k")), SQLITE_BUSY);
-    EXPECT_EQ(primaryCode(store.set("k", Data("secret"))), SQLITE_BUSY);
-  }
-  EXPECT_EQ(store.data("k").value(), Data("v"));
-  EXPECT_THAT(printer->take(), IsEmpty());
-}
-
-TEST_F(SQLiteUserDefaultsTest, TriesAgainWhereItCouldNotOpen) {
-  struct Obstacle {
-    const char* name;
-    std::function<void()> put;
-    std::function<void()> take;
-  };
-  const fs::path parent = file.parent_path();
-  const Obstacle obstacles[] = {
-      {"a file where the folder should be", [&] { write(parent, "x"); }, [&] { fs::remove(parent); }},
-      {"a directory where the file should be", [&] { fs::create_directories(file / "x"); },
-       [&] { fs::remove_all(file); }},
-  };
-  for (const auto& [name, put, take] : obstacles) {
-    SCOPED_TRACE(name);
-    put();
-    SQLiteUserDefaults store(file);
-    EXPECT_EQ(primaryCode(store.set("k", Data("secret"))), SQLITE_CANTOPEN);
-    EXPECT_EQ(primaryCode(store.data("k")), SQLITE_CANTOPEN);
-    take();
-    store.set("k", Data("v")).value();
-    EXPECT_EQ(store.data("k").value(), Data("v"));
-    fs::remove_all(parent);
-  }
-  EXPECT_EQ(primaryCode(SQLiteUserDefaults("").data("k")), SQLITE_CANTOPEN);
-  EXPECT_THAT(printer->take(), IsEmpty());
-}
-
-TEST_F(SQLiteUserDefaultsTest, KeepsTheOldValueWhereAWriteFails) {
-  SQLiteUserDefaults store(file);
-  store.set("k", Data("old")).value();
-  rlimit before{};
-  ::getrlimit(RLIMIT_FSIZE, &before);
-  std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit full{256 << 10, before.rlim_max};
-  ::setrlimit(RLIMIT_FSIZE, &full);
-  const auto outcome = store.set("k", Data(std::string(1 << 20, 'x')));
-  const auto read = store.data("k");
-  ::setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_THAT(primaryCode(outcome), ::testing::AnyOf(SQLITE_FULL, SQLITE_IOERR));
-  EXPECT_EQ(read.value(), Data("old"));
-  store.set("k", Data("new")).value();
-  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("new"));
-  EXPECT_THAT(printer->take(), IsEmpty());
-}
-
-TEST_F(SQLiteUserDefaultsTest, SetsADamagedFileAside) {
-  {
-    SQLiteUserDefaults store(file);
-    for (int n = 0; n < 40; ++n) store.set(std::to_string(n), Data(std::string(1000, 'x'))).value();
-  }
-  const std::string sound = contentOf(file);
-  std::string soundJournal;
-  {
-    SQLiteUserDefaults store(file);
-    store.set("20", Data(std::string(1000, 'y'))).value();
-    soundJournal = contentOf(file.string() + "-wal");
-  }
-  ASSERT_GT(sound.size(), 20'000u);
-  const auto overwritten = [&](std::size_t from) {
-    std::string content = sound;
-    std::fill(content.begin() + static_cast<std::ptrdiff_t>(from), content.end(), '\x7F');
-    return content;
-  };
-  struct Damage {
-    const char* name;
-    std::string content;
-    std::string journal = "";
-  };
-  const Damage damages[] = {
-      {"text", std::string(20'000, 'x')},
-      {"text beside a sound journal", std::string(20'000, 'x'), soundJournal},
-      {"cut short", sound.substr(0, 4096)},
-      {"header alone is sound", overwritten(100)},
-      {"first page alone is sound", overwritten(4096)},
-  };
-  int count = 0;
-  for (const auto& [name, content, journal] : damages) {
-    SCOPED_TRACE(name);
-    write(file, content);
-    if (!journal.empty()) write(file.string() + "-wal", journal);
-    SQLiteUserDefaults store(file);
-    EXPECT_EQ(store.data("20").value(), std::nullopt);
-    const std::string newName = file.string() + ".damaged-" + std::to_string(++count);
-    EXPECT_THAT(printer->take(),
-                ElementsAre("⚠️ The consent store was damaged and has been set aside as: " + newName));
-    EXPECT_EQ(contentOf(newName), content);
-    EXPECT_EQ(contentOf(newName + "-wal"), journal);
-    store.set("20", Data("v")).value();
-    EXPECT_EQ(SQLiteUserDefaults(file).data("20").value(), Data("v"));
-  }
-  EXPECT_THAT(printer->take(), IsEmpty());
-
-  write(file, "");
-  EXPECT_EQ(SQLiteUserDefaults(file).data("20").value(), std::nullopt);
-  EXPECT_THAT(printer->take(), IsEmpty()) << "an empty file is a store without values";
-}
-
 TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDamaged) {
   SQLiteUserDefaults first(file);
   SQLiteUserDefaults second(file);
@@ -286,6 +139,11 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   first.set("k", Data("after")).value();
   EXPECT_EQ(second.data("k").value(), Data("after"));
   EXPECT_EQ(printer->take().size(), 1u);
+
+  OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  write(file, std::string(20'000, 'y'));
+  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt);
+  EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-2")));
 }
 
 TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
@@ -340,6 +198,174 @@ TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
   EXPECT_THAT(printer->take(), IsEmpty());
   for (const auto& left : fs::directory_iterator(file.parent_path())) EXPECT_EQ(left.path(), file);
   std::cout << kills << " kills, " << last << " saves\n";
+}
+
+const std::string key = "com.talvo.consent.basicConsent.s";
+const std::string old = R"({"marketing":true,"id":"old"})", inJournal = R"({"marketing":true,"id":"new"})";
+const Data filler(std::string(900, 'x'));
+const Texts others = words("a1 a2 a3 a4 a5 a6 z1 z2 z3 z4 z5 z6");
+
+template <class T>
+std::string told(const Result<T>& outcome) {
+  if (outcome) return "saved";
+  const auto* error = outcome.error().template as<PlatformError>();
+  return "error " + std::to_string(error->code() & 0xFF) + " " + error->what();
+}
+
+// The table is tests/golden/store/faults.txt, whose head says how to read it.
+class StoreFaultsTest : public SQLiteUserDefaultsTest {
+ protected:
+  StoreFaultsTest() {
+    {
+      SQLiteUserDefaults store(file);
+      store.set(key, Data(old)).value();
+      for (const std::string& each : others) store.set(each, filler).value();
+    }
+    sound = contentOf(file);
+    SQLiteUserDefaults store(file);
+    store.set(key, Data(inJournal)).value();
+    for (const char* each : {"a3", "z3"}) store.set(each, filler).value();
+    journal = contentOf(file.string() + "-wal");
+  }
+
+  void begin(const std::string& fault) {
+    fs::remove_all(parent);
+    write(file, sound);
+    for (const std::string& step : split(fault, ',')) {
+      const Texts parts = words(step);
+      const std::string &verb = parts.front(), &object = parts.back();
+      const std::string sql = step.substr(std::min(step.size(), verb.size() + 1));
+      if (verb == "text") write(file, std::string(std::stoul(object), 'x'));
+      if (verb == "fill") write(file, sound.substr(0, std::stoul(object)) + std::string(20'000, '\x7F'));
+      if (verb == "cut") fs::resize_file(file, std::stoul(object));
+      if (verb == "journal") write(journalFile, journal);
+      if (verb == "journal-cut") fs::resize_file(journalFile, std::stoul(object));
+      if (verb == "sql") OtherConnection(file).execute(sql.c_str());
+      if (verb == "lock") (other = std::make_unique<OtherConnection>(file))->execute(sql.c_str());
+      if (verb == "file" || verb == "directory") fs::remove_all(parent);
+      if (verb == "file") write(parent, "x");
+      if (verb == "directory") fs::create_directories(file / "x");
+      if (verb == "mode")
+        fs::permissions(object == "file" ? file : parent, fs::perms(std::stoi(parts[1], nullptr, 8)));
+      if (verb == "become") becomeOrdinary();
+      if (verb == "full") limitFiles(std::stoul(object));
+    }
+    isReplaced = fault == "file" || fault == "directory" || fault.ends_with("user_version = 2");
+    std::error_code hidden;
+    damaged = fs::is_regular_file(file, hidden) ? contentOf(file) : "";
+    damagedJournal = contentOf(journalFile);
+  }
+
+  // The way back for what can be undone; damage cannot.
+  void end() {
+    other.reset();
+    limitFiles(RLIM_INFINITY);
+    ASSERT_EQ(::setresuid(user, user, user), 0);
+    if (std::exchange(isReplaced, false)) fs::remove_all(parent), write(file, sound);
+    fs::permissions(parent, fs::perms(0700));
+    fs::permissions(file, fs::perms(0600));
+  }
+
+  // Root may read and write everything.
+  void becomeOrdinary() {
+    if (user != 0) return;
+    constexpr uid_t nobody = 65534;
+    for (const fs::path& each : {parent.parent_path(), parent, file})
+      ASSERT_EQ(::chown(each.c_str(), nobody, nobody), 0);
+    ASSERT_EQ(::setresuid(nobody, nobody, 0), 0);
+  }
+
+  static void limitFiles(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = std::min(bytes, limit.rlim_max);
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+
+  // What the store gives, and that no value is lost: each is there, or in a file set aside.
+  std::string reading(SQLiteUserDefaults& store, bool isEmpty) {
+    const auto value = store.data(key);
+    if (!value) return told(value);
+    for (const std::string& each : others) {
+      const auto there = store.data(each);
+      EXPECT_TRUE(isEmpty || !there || *there == filler || fs::exists(aside)) << each;
+    }
+    if (fs::exists(aside)) {
+      EXPECT_TRUE(contentOf(aside) == damaged && contentOf(aside + "-wal") == damagedJournal);
+      EXPECT_THAT(printer->take(),
+                  ElementsAre("⚠️ The consent store was damaged and has been set aside as: " + aside));
+      return "aside";
+    }
+    return *value ? (*value)->bytes : "none";
+  }
+
+  void holdsInAStore(const std::string& fault, const std::string& read, const std::string& save) {
+    begin(fault);
+    SQLiteUserDefaults store(file, std::chrono::milliseconds(20));
+    const std::string seen = reading(store, read == "none");
+    const bool isKept = seen == old || seen == inJournal || seen == "aside";
+    EXPECT_TRUE(read == "kept" ? isKept : seen.starts_with(read == "old" ? old : read)) << seen;
+
+    const Data large(std::string(300'000, 'n'));
+    EXPECT_THAT(told(store.set(key, large)), StartsWith(save));
+    EXPECT_THAT(told(store.replace(key, Data(old), large)), StartsWith(save));
+    EXPECT_TRUE(fault.starts_with("full") || told(store.remove("nothing")).starts_with(save));
+    EXPECT_TRUE(save == "saved" || damaged.empty() || contentOf(file) == damaged);
+    end();
+    EXPECT_TRUE(store.data(key).value() == (save == "saved" ? large : Data(old)));
+    EXPECT_TRUE(store.replace(key, store.data(key).value(), Data("last")).value());
+    EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data("last"));
+    EXPECT_THAT(printer->take(), IsEmpty());
+  }
+
+  void holdsInAClient(const std::string& fault) {
+    begin(fault);
+    MemoryPlatform platform;
+    platform.userDefaults = std::make_shared<FailingUserDefaults>(
+        std::make_shared<SQLiteUserDefaults>(file, std::chrono::milliseconds(20)));
+    const std::string root = "https://service.example/public/";
+    platform.session->answer("GET", root + "cookies/s/configurations", 200, "{}");
+    for (const char* method : {"POST", "PUT"})
+      platform.session->answer(method, root + "cookie-consent/s", 200, R"({"id":"c"})");
+    platform.install();
+    const auto client = CookiesSDK::createInstance("https://service.example/", "s");
+    int sent = 0;
+    for (const char* consent : {R"({"marketing":true})", R"({"marketing":false})"}) {
+      platform.settle();
+      client->submitConsent(parsed<BasicConsent>(consent),
+                            [&](const auto& reply) { sent += reply.has_value(); });
+      platform.settle();
+      end();
+    }
+    EXPECT_EQ(sent, 2);
+    EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data(R"({"marketing":false})"));
+  }
+
+  const uid_t user = ::getuid();
+  const fs::path parent = file.parent_path(), journalFile = file.string() + "-wal";
+  const std::string aside = file.string() + ".damaged-1";
+  std::string sound, journal, damaged, damagedJournal;
+  bool isReplaced = false;
+  std::unique_ptr<OtherConnection> other;
+};
+
+TEST_F(StoreFaultsTest, LeaveTheOldValueOrTheFileAndGoOn) {
+  const auto holds = [&](const std::string& fault, const std::string& read, const std::string& save) {
+    SCOPED_TRACE(fault);
+    EXPECT_EQ(statusOf(start([&] { holdsInAStore(fault, read, save); })), 0);
+    EXPECT_EQ(statusOf(start([&] { holdsInAClient(fault); })), 0);
+  };
+  for (const auto& [name, fault, read, save] : tableOf<4>("store/faults.txt")) {
+    SCOPED_TRACE(name);
+    if (!fault.ends_with("*")) {
+      holds(fault, read, save);
+      continue;
+    }
+    const std::string::size_type size = (fault.find("journal-cut") == fault.npos ? sound : journal).size();
+    for (std::size_t at = 1024; at < size; at += 1024)
+      holds(fault.substr(0, fault.size() - 1) + std::to_string(at), read, save);
+  }
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // What becomes of a person's choice: each source of a consent over each kind of stored one, with the network
 // and the store in order and not. The table is tests/golden/precedence.txt, whose head says how to read it.
 
-#include <fstream>
-
 #include "tests/core/ClientTest.h"
 #include "tests/ui/BannerTesting.h"
 
@@ -16,15 +14,6 @@ const std::string document = [] {
                     R"(,"savePreference":"Save","preferencesButton":"Manage")");
   return written(made);
 }();
-
-std::vector<std::array<std::string, 6>> table() {
-  std::ifstream file(TALVO_TEST_DATA "/golden/precedence.txt");
-  std::string text;
-  for (std::string line; std::getline(file, line);) {
-    if (!line.empty() && line[0] != '#') text += '\n' + line;
-  }
-  return rows<6>(text);
-}
 
 class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {
  protected:
@@ -116,7 +105,7 @@ TEST_P(PrecedenceTest, Holds) {
   EXPECT_EQ(joined(trace), told);
 }
 
-INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(table()),
+INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(tableOf<6>("precedence.txt")),
                          [](const auto& each) { return each.param[0]; });
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <functional>
 #include <iterator>
 #include <memory>
@@ -61,6 +62,16 @@ std::vector<std::array<std::string, columns>> rows(const std::string& text) {
     std::ranges::copy(split(line, '|'), all.emplace_back().begin());
   }
   return all;
+}
+
+/// The rows of a table in a file under tests/golden, whose comments begin with '#'.
+template <std::size_t columns>
+std::vector<std::array<std::string, columns>> tableOf(const std::string& file) {
+  std::ifstream stream(TALVO_TEST_DATA "/golden/" + file);
+  std::string text;
+  for (std::string line; std::getline(stream, line);)
+    if (!line.empty() && line[0] != '#') text += '\n' + line;
+  return rows<columns>(text);
 }
 
 inline std::string joined(const Texts& texts, const std::string& separator = "; ") {

@@ -1,6 +1,5 @@
-#include <fstream>
-
 #include "tests/support/Repetitions.h"
+#include "tests/support/ResidentMemory.h"
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
@@ -79,15 +78,6 @@ TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
   const std::weak_ptr<FakeWindow> replaced = show();
   show();
   EXPECT_TRUE(replaced.expired()) << "a banner on show is replaced at once";
-}
-
-// In KiB; 0 where the system does not tell.
-long residentMemory() {
-  std::ifstream status("/proc/self/status");
-  for (std::string word; status >> word;) {
-    if (word == "VmRSS:" && status >> word) return std::stol(word);
-  }
-  return 0;
 }
 
 TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {

@@ -1,0 +1,70 @@
+#include "adapters/curl/CurlHeader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <system_error>
+#include <utility>
+
+#include <curl/curl.h>
+#include <strings.h>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+// Below libcurl's own limit, which neither every version has nor holds for what trails a body.
+constexpr std::size_t mostBytes = 256U << 10U;
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(blanks);
+  return first == text.npos ? "" : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
+}
+
+}  // namespace
+
+PlatformError curlError(int code, std::string text) {
+  return {"CURL", code, std::move(text)};
+}
+
+PlatformError tooLargeError(std::size_t largestBody) {
+  return curlError(CURLE_FILESIZE_EXCEEDED,
+                   "The reply is larger than " + std::to_string(largestBody) + " bytes");
+}
+
+PlatformError tooLargeHeaderError() {
+  return curlError(CURLE_FILESIZE_EXCEEDED,
+                   "The reply's header is larger than " + std::to_string(mostBytes) + " bytes");
+}
+
+std::optional<PlatformError> CurlHeader::add(std::string_view line) {
+  bytes_ += line.size();
+  if (bytes_ > mostBytes) return tooLargeHeaderError();
+  if (isWhole_) return std::nullopt;
+  if (line.starts_with("HTTP/")) {
+    const std::string_view status = trimmed(line.substr(std::min(line.find(' '), line.size())));
+    std::from_chars(status.data(), status.data() + status.size(), status_);
+    length_.clear();
+  }
+  isWhole_ = (status_ >= 200 || status_ == 101) && trimmed(line).empty();
+  constexpr std::string_view name = "Content-Length:";
+  if (line.size() < name.size() || strncasecmp(line.data(), name.data(), name.size()) != 0)
+    return std::nullopt;
+  return judgeLength(trimmed(line.substr(name.size())));
+}
+
+// Of two lengths libcurl takes the second, so that a part of the body could be taken for the whole.
+std::optional<PlatformError> CurlHeader::judgeLength(std::string_view value) {
+  if (!length_.empty() && length_ != value) {
+    return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply declares two different lengths");
+  }
+  length_ = value;
+  std::uint64_t bytes = 0;
+  const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), bytes);
+  const bool isTooLarge = error == std::errc::result_out_of_range || bytes > largestBody_.value_or(bytes);
+  if (isTooLarge && largestBody_ && status_ != 204 && status_ != 304) return tooLargeError(*largestBody_);
+  return std::nullopt;
+}
+
+}  // namespace TalvoConsentSDK

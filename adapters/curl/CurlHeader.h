@@ -1,0 +1,43 @@
+#pragma once
+
+// What a reply says before its body, judged line by line as it arrives.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "TalvoConsentSDK/platform/Error.h"
+
+namespace TalvoConsentSDK {
+
+/// The header of one reply, after those of any interim replies.
+class CurlHeader {
+ public:
+  /// `largestBody` is a session's limit; there is none for a reply that has no body whatever its header says.
+  explicit CurlHeader(std::optional<std::size_t> largestBody = std::nullopt) : largestBody_(largestBody) {}
+
+  /// Takes a line as libcurl hands it over, also of what trails a body. Gives why the reply is refused.
+  std::optional<PlatformError> add(std::string_view line);
+
+  /// Whether the line that ends it has arrived. libcurl takes a header that was cut off for a whole one.
+  bool isWhole() const noexcept { return isWhole_; }
+
+ private:
+  std::optional<PlatformError> judgeLength(std::string_view value);
+
+  std::optional<std::size_t> largestBody_;
+  std::size_t bytes_ = 0;
+  int status_ = 0;
+  std::string length_;  // as declared
+  bool isWhole_ = false;
+};
+
+/// An error of the domain "CURL"; `code` is a `CURLcode`.
+PlatformError curlError(int code, std::string text);
+
+/// What to report of a reply whose body or header is larger than it may be.
+PlatformError tooLargeError(std::size_t largestBody);
+PlatformError tooLargeHeaderError();
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,42 @@
+#pragma once
+
+// The sockets that libcurl has made for a session.
+
+#include <set>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace TalvoConsentSDK {
+
+/// A service that sends more than it has declared leaves bytes on a connection that counts as free.
+/// Before 8.1, libcurl takes them for the answer to the next request there. So a transfer looks before it
+/// uses one again.
+class CurlSockets {
+ public:
+  /// Numbers stay here after their socket has been closed; what has them next is told apart by its port.
+  void add(int socket) { sockets_.insert(socket); }
+
+  /// Whether anything has arrived, or the end, at the socket of this local port.
+  bool hasInput(int localPort) const {
+    for (const int socket : sockets_) {
+      char byte = 0;
+      if (portOf(socket) == localPort && ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0) return true;
+    }
+    return false;
+  }
+
+ private:
+  static int portOf(int socket) {
+    sockaddr_in6 address{};  // the port is where it is in a sockaddr_in, too
+    socklen_t size = sizeof address;
+    const bool known = ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+    return known && (address.sin6_family == AF_INET || address.sin6_family == AF_INET6)
+               ? ntohs(address.sin6_port)
+               : -1;
+  }
+
+  std::set<int> sockets_;
+};
+
+}  // namespace TalvoConsentSDK

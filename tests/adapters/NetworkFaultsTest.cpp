@@ -1,0 +1,93 @@
+// Networks, servers and certificates that misbehave, through the real session on libcurl. The table is
+// tests/golden/network/faults.txt, whose head says how to read it.
+
+#include <chrono>
+#include <list>
+#include <map>
+
+#include <openssl/ssl.h>
+
+#include "adapters/curl/CurlURLSession.h"
+
+#include "testing/LoopbackServer.h"
+#include "testing/URLSessionConformance.h"
+#include "tests/support/ResidentMemory.h"
+#include "tests/support/Testing.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+using namespace std::chrono_literals;
+
+// "STATUS BODY" or "error CODE TEXT".
+std::string told(const Result<URLResponse>& outcome) {
+  if (!outcome) {
+    const auto* error = outcome.error().as<PlatformError>();
+    EXPECT_TRUE(error && error->domain() == "CURL");
+    EXPECT_THAT(outcome.error().what(), Not(HasSubstr("secret")));
+    return "error " + std::to_string(error->code()) + " " + error->what();
+  }
+  const std::string body = outcome->body.value_or("");
+  return std::to_string(outcome->statusCode.value_or(0)) + " " +
+         (body.size() < 100 ? body : std::to_string(body.size()) + " bytes");
+}
+
+TEST(NetworkFaults, EndInTheirOwnErrorInBoundedTimeAndMemory) {
+  std::map<std::string, std::string> scripts, urls;
+  const auto play = [&](const LoopbackServer::Request& request, LoopbackServer::Connection& connection) {
+    if (request.target == "/good") return connection.reply(200, "good");
+    connection.play(scripts.at(request.target));
+  };
+  const LoopbackServer plain(play);
+  urls["nobody"] = LoopbackServer(play).url("");
+  urls["nowhere"] = "https://" + std::string(64, 'a') + ".example";
+  urls["plain"] = plain.url("");
+  urls["https-at-plain"] = "https" + plain.url("").substr(4);
+  std::list<TestCertificate> certificates;
+  std::list<LoopbackServer> servers;
+  CurlOptions options;
+  std::ofstream trusted;
+  const auto table = tableOf<6>("network/faults.txt");
+  for (const auto& [name, server, script, mebibytes, end, text] : table) {
+    scripts["/" + name] = script;
+    if (const auto at = script.find("PLAIN"); at != script.npos)
+      scripts["/" + name].replace(at, 5, plain.url(""));
+    if (!server.starts_with("tls") || urls.contains(server)) continue;
+    const Texts parts = words(server);
+    const std::string& kind = parts.back();
+    const auto& file =
+        certificates.emplace_back(parts[1], std::stoi(parts[2]), std::stoi(parts[3]), kind != "stranger")
+            .certificate();
+    if (!options.certificates) trusted.open(*(options.certificates = file.string() + ".trusted"));
+    if (kind != "stranger" && kind != "self-signed") trusted << std::ifstream(file).rdbuf() << std::flush;
+    const int onlyTLS = kind == "tls1" ? TLS1_VERSION : kind == "tls1_1" ? TLS1_1_VERSION : 0;
+    urls[server] = servers.emplace_back(play, &certificates.back(), onlyTLS).url("", "localhost");
+    const std::string client =
+        "openssl s_client -cipher DEFAULT@SECLEVEL=0 </dev/null >/dev/null 2>&1 -connect ";
+    EXPECT_TRUE(onlyTLS == 0 || std::system((client + urls[server].substr(8) + " -" + kind).c_str()) == 0)
+        << "a client that allows it can use the version";
+  }
+  CurlURLSession session(options);
+  long mostGrown = 0;
+  for (const auto& [name, server, script, mebibytes, end, text] : table) {
+    SCOPED_TRACE(name);
+    auto request = makeRequest("GET", urls.at(server) + "/" + name);
+    const bool stalls = end == "error 28", pauses = script.find("pause") != script.npos;
+    request.timeout = stalls || pauses ? 250ms : 5000ms;
+    const long before = startOfPeak();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THAT(told(await(session, request)), AllOf(StartsWith(end + " "), HasSubstr(text)));
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(took < 10s && took >= (stalls ? 250ms : 0ms));
+    const long grown = residentMemory("VmHWM:") - before;
+    EXPECT_LT(grown, std::stol(mebibytes) << 10);
+    if (mebibytes.size() < 3) mostGrown = std::max(mostGrown, grown);
+    if (pauses) std::this_thread::sleep_for(100ms);
+    for (const char* next : {"plain", "tls localhost 0 2"})
+      EXPECT_EQ(told(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
+  }
+  std::cout << "grown by at most " << mostGrown << " KiB where no body is kept\n";
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,34 @@
+#pragma once
+
+// How much memory the process holds.
+
+#include <fstream>
+#include <string>
+
+#include <malloc.h>
+
+namespace TalvoConsentSDK {
+
+#ifdef __has_feature
+#define TALVO_SANITIZED (__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
+#else
+#define TALVO_SANITIZED 0  // the presets sanitize with clang only
+#endif
+
+/// In KiB: "VmRSS:" for now, "VmHWM:" for the most there was since `startOfPeak`. 0 where the system does not
+/// tell, and under a sanitizer, which keeps what is freed and more.
+inline long residentMemory(const char* which = "VmRSS:") {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; !TALVO_SANITIZED && status >> word;)
+    if (word == which && status >> word) return std::stol(word);
+  return 0;
+}
+
+/// What there is, with nothing kept for later.
+inline long startOfPeak() {
+  malloc_trim(0);
+  std::ofstream("/proc/self/clear_refs") << 5;
+  return residentMemory();
+}
+
+}  // namespace TalvoConsentSDK
