@@ -8,6 +8,11 @@ include(GNUInstallDirs)
 set(TALVO_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/TalvoConsentSDK-${PROJECT_VERSION_MAJOR})
 set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 
+if(BUILD_SHARED_LIBS)
+  include(CheckIPOSupported)
+  check_ipo_supported(RESULT talvo_optimizes_whole_libraries OUTPUT talvo_ipo_output LANGUAGES CXX)
+endif()
+
 function(talvo_configure target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
@@ -33,6 +38,15 @@ function(talvo_add_library target alias)
     VISIBILITY_INLINES_HIDDEN ON
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(BUILD_SHARED_LIBS)
+    set_target_properties(${target} PROPERTIES
+      INTERPROCEDURAL_OPTIMIZATION_RELEASE ${talvo_optimizes_whole_libraries}
+      LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    if(UNIX AND NOT APPLE)
+      target_link_options(${target} PRIVATE
+        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1)
+    endif()
+  endif()
 endfunction()
 
 # talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
