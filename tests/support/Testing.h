@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -71,6 +72,7 @@ std::vector<std::array<std::string, columns>> tableOf(const std::string& file) {
   std::string text;
   for (std::string line; std::getline(stream, line);)
     if (!line.empty() && line[0] != '#') text += '\n' + line;
+  if (text.empty()) throw std::runtime_error("There is no table " + file);
   return rows<columns>(text);
 }
 

@@ -22,21 +22,7 @@ TEST_F(ConsentBannerViewTest, BeginsWithTheSecondScreenWhereThatIsAskedFor) {
 }
 
 TEST_F(ConsentBannerViewTest, AnswersActions) {
-  // What is done in turn (taps; "main", "other": calls), the screen then, callbacks and printed lines.
-  const auto table = rows<3>(R"(
-    button Accept; button Reject; button Close               | main        | accept; reject; close
-    button Manage                                            | preferences |
-    main preferences                                         | preferences |
-    link Don't                                               | preferences |
-    button Close; main close                                 | main        | close; ⚠️ Unknown button action: close
-    main savePreferences                                     | main        | ⚠️ Unknown button action: savePreferences
-    button Manage; button Save; button Close; link Don't     | preferences | save; close
-    button Manage; button Manage; other managePreferences    | preferences | manage; manage
-    button Manage; other acceptAll; other rejectAll; other a | preferences | accept; reject; ⚠️ Unknown button action: a
-    button Manage; expander M; button B                      | vendor      |
-    button Manage; expander M; button B; button Save; button Manage; button Close | vendor | save; manage; close
-    button Manage; expander M; button B; button Back         | preferences |
-    button Manage; expander M; button B; link Don't          | preferences |)");
+  const auto table = tableOf<3>("banner/actions.txt");
   for (const auto& [events, to, called] : table) {
     trace.clear();
     const ConsentBannerView view = banner();
@@ -85,33 +71,7 @@ TEST_F(ConsentBannerViewTest, OpensLinks) {
 }
 
 TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
-  // The tab and a flag of it, what is stored, what is tapped, what is shown then - texts and buttons,
-  // expanders
-  // (+: open) and switches (!: disabled) -, and what is saved for marketing.
-  const auto table = rows<6>(R"(
-    marketing,doNotSell    |          | {} |                                | M- M=off D D=off                   | false
-    marketing,doNotSell    |          | {} | expander M; switch A           | M+ M=on A A=on B B=off D D=off     | ["A"]
-    marketing              |          | {} | expander M; switch A; switch B | M+ M=on A A=on B B=on              | true
-    marketing              |          | {} | expander M; switch A; switch A | M+ M=off A A=off B B=off           | false
-    marketing              |          | {} | switch M; expander M; switch A | M+ M=on A A=off B B=on             | ["B"]
-    marketing              |          | {} | switch M; switch M; expander M | M+ M=off A A=off B B=off           | false
-    marketing,doNotSell    |          | {} | switch M; switch D; expander M | M+ M=off! A A=off! B B=off! D D=on | false
-    marketing,doNotSell    |          | {} | switch M; switch D; switch D   | M- M=off D D=off                   | false
-    marketing,doNotSell    |          | {"marketing":true,"optedIn":false} | expander M | M+ M=on! A A=on! B B=on! D D=on | false
-    marketing,doNotSell    |          | {"marketing":true,"optedIn":false} | switch D   | M- M=on D D=off  | true
-    marketing              |          | {"marketing":["x","B"],"optedIn":true} | expander M | M+ M=on A A=off B B=on | ["B"]
-    statistics,preferences |          | {"preferences":true,"statistics":false} |       | S- S=off P P=on  | false
-    necessary,statistics   |          | {"statistics":["a"]} | expander S; expander N | N+ N=on! v v=on! S+ S=on a a=on b b=off | false
-    marketing              | none     | {} | switch M                       | M M=on                             | true
-    marketing              | bare     | {} | switch M                       | M M=on                             | false
-    marketing              | bare     | {"marketing":true} | switch M       | M M=off                            | false
-    preferences            | told     | {} |                                | P why P=off                        | false
-    marketing,doNotSell    | readOnly | {} | expander M                     | M+ M=off! A A=off! B B=off! D D=off! | false
-    marketing              |          | {} | expander M; button A; switch A | A A=on Stored                      | ["A"]
-    marketing              | readOnly | {} | expander M; button A           | A A=off! Stored                    | false
-    marketing              | second   | {} | expander M; button A           | A A=off! Stored                    | false
-    marketing,doNotSell    |          | {} | switch D; expander M; button A | A A=off! Stored                    | false
-    necessary              |          | {} | expander N; button v           | v v=on! Stored                     | false)");
+  const auto table = tableOf<6>("banner/switches.txt");
   const std::string texts =
       R"(,"necessaryTitle":"N","statisticsTitle":"S","preferencesTitle":"P","marketingTitle":"M",
       "doNotSellLabelText":"D","preferences":"why")";

@@ -61,18 +61,7 @@ TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
   store("userId", "u");
   const auto client = created();
   noteEvents(*client);
-  // What is stored before, what is tapped, the request's method and status, consent to preferences,
-  // statistics and marketing, the opt-in, the payload's identifier and the stored one ("-": nothing new), and
-  // what is called.
-  const auto table = rows<9>(R"(
-    none       | button Accept | POST | accepted | true,"statistics":true,"marketing":true | | | - | HTTP error 422: refused on main
-    none       | button Accept | POST | accepted | true,"statistics":true,"marketing":true | | | | accepted on main
-    {}         | button Reject | PUT  | rejected | false,"statistics":false,"marketing":false | | | | rejected on main
-    {"id":"c"} | button Accept | PUT  | accepted | true,"statistics":true,"marketing":true | | ,"id":"c" | | accepted on main
-    {"id":"c"} | button Manage; switch Sell; button Save | PUT | rejected | false,"statistics":false,"marketing":false | ,"optedIn":false | ,"id":"c" | ,"id":"c" | managed on main
-    none | button Manage; switch S; expander Ma; switch B; button Save | POST | partial | false,"statistics":true,"marketing":["B"] | ,"optedIn":true | | | managed on main
-    {}         | button Close                 | | | | | | - |
-    none       | button Manage; button Manage | | | | | | - | managed on main)");
+  const auto table = tableOf<9>("banner/decisions.txt");
   for (const auto& [before, taps, method, status, given, optedIn, sentId, storedId, called] : table) {
     platform.store->remove(prefix + "basicConsent.s").value();
     store("basicConsent", before);
