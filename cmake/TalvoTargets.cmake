@@ -11,6 +11,12 @@ set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 if(BUILD_SHARED_LIBS)
   include(CheckIPOSupported)
   check_ipo_supported(RESULT talvo_optimizes_whole_libraries OUTPUT talvo_ipo_output LANGUAGES CXX)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # whole, not thin: that makes the smallest libraries
+    set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto)
+    set(CMAKE_CXX_LINK_OPTIONS_IPO -flto)
+  endif()
+  include(CheckLinkerFlag)
+  check_linker_flag(CXX LINKER:-z,pack-relative-relocs TALVO_LINKER_PACKS_RELOCATIONS)
 endif()
 
 function(talvo_configure target)
@@ -44,7 +50,8 @@ function(talvo_add_library target alias)
       LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
-        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1)
+        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
+        $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>)
     endif()
   endif()
 endfunction()

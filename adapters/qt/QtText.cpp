@@ -117,11 +117,14 @@ bool BrokenText::isBrokenInAWord() const {
   return false;
 }
 
-Size BrokenText::size() const {
+Size BrokenText::size() {
   double widest = leastWidth_;
-  for (int i = 0; i < layout_.lineCount(); ++i)
-    widest = std::max(widest, layout_.lineAt(i).naturalTextWidth());
-  return {std::ceil(widest), lineHeight_ * std::max(1, layout_.lineCount())};
+  const int lines = layout_.lineCount();
+  for (int i = 0; i < lines; ++i) widest = std::max(widest, layout_.lineAt(i).naturalTextWidth());
+  widest = std::ceil(widest);
+  // What leans out of a line's last letter counts when lines are broken, but not in a line's width.
+  for (breakLines(widest); layout_.lineCount() > lines; breakLines(widest)) ++widest;
+  return {widest, lineHeight_ * std::max(1, lines)};
 }
 
 void BrokenText::draw(QPainter& painter, const QColor& color, bool isUnderlined) const {

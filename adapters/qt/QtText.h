@@ -28,8 +28,8 @@ class BrokenText {
   BrokenText(std::string_view text, const Font& font, const TextSettings& settings, double width,
              Qt::Alignment alignment = Qt::AlignLeft);
 
-  /// In whole points, so that drawing it in a frame of this size breaks it the same way.
-  Size size() const;
+  /// In whole points; breaks the text into as many lines again, as drawing it in a frame of this size does.
+  Size size();
 
   void draw(QPainter& painter, const QColor& color, bool isUnderlined) const;
 

@@ -39,8 +39,9 @@ INSTANTIATE_TEST_SUITE_P(
                       "We and our partners use cookies,\nremember your settings and measure what is read.",
                       "Datenschutzgrundverordnungskonformitätserklärung und mehr",
                       "אנחנו משתמשים בעוגיות כדי להפעיל את היישום", "ขอความยินยอมใช้คุกกี้ที่นี่ กี่ปู่",
-                      "我们使用 cookie 来运行此应用程序并衡量阅读内容。", "قبول الكل", "f",
-                      " trailing spaces   ", "https://example.test/a/very/long/path?with=query&and=more",
+                      "我们使用 cookie 来运行此应用程序并衡量阅读内容。", "قبول الكل",
+                      "تُظهر لنا ما يُقرأ وأين يتعثّر التطبيق لكي نحسّنه.", "f", " trailing spaces   ",
+                      "https://example.test/a/very/long/path?with=query&and=more",
                       "line\n\nafter an empty one\n"));
 
 TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
@@ -58,6 +59,14 @@ TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
         }
       }
     }
+  }
+}
+
+TEST_P(QtTextTest, IsBrokenIntoAsManyLinesInAFrameOfTheMeasuredSize) {
+  for (double width = 60; width < 300; ++width) {
+    const Size size = QtTextMeasurer({1}).measure(GetParam(), {TextStyle::footnote}, width);
+    EXPECT_EQ(BrokenText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
+        << width;
   }
 }
 
