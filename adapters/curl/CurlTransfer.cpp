@@ -98,15 +98,8 @@ bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
          part(CURLUPART_PORT) == other.part(CURLUPART_PORT);
 }
 
-CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request,
-                           CurlHandle handle)
-    : rules_(rules),
-      sockets_(sockets),
-      request_(std::move(request)),
-      patience_(patience(request_.timeout)),
-      handle_(handle ? std::move(handle) : CurlHandle(curl_easy_init())) {
-  if (!handle_) throw std::bad_alloc();
-}
+CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request)
+    : rules_(rules), sockets_(sockets), request_(std::move(request)), patience_(patience(request_.timeout)) {}
 
 std::optional<PlatformError> CurlTransfer::prepare() {
   if (auto refused = refusal(request_)) return refused;
@@ -180,7 +173,8 @@ std::optional<PlatformError> CurlTransfer::configure() {
   errorText_.front() = '\0';
   progress_ = {};
   lastProgress_ = Clock::now();
-  curl_easy_reset(handle());
+  handle_.reset(curl_easy_init());
+  if (!handle_) return curlError(CURLE_OUT_OF_MEMORY, curl_easy_strerror(CURLE_OUT_OF_MEMORY));
   configureConnection();
   configureMessage();
   configureCallbacks();

@@ -37,28 +37,27 @@ struct CurlHandleDeleter {
 };
 using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 
-/// A request and its libcurl easy handle. Used by one thread.
+/// A request and its libcurl easy handle. Used by one thread. Every run has a handle of its own: given a
+/// second reply whose first header line is folded, a handle of libcurl 7.88 reads memory of the first that is
+/// freed.
 class CurlTransfer {
  public:
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules` and `sockets` outlive the transfer. `handle` is a spare one of an earlier transfer, or null.
-  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request, CurlHandle handle);
+  /// `rules` and `sockets` outlive the transfer.
+  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-  /// The easy handle.
+  /// The easy handle of the current run.
   void* handle() const noexcept { return handle_.get(); }
 
-  /// Gives the handle away once the transfer has ended.
-  CurlHandle takeHandle() { return std::move(handle_); }
-
-  /// Makes the handle ready to be run. Nothing, or why the request is refused.
+  /// Makes a handle ready to be run. Nothing, or why the request is refused.
   std::optional<PlatformError> prepare();
 
   /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect, or a
-  /// connection that must not be used again: the handle is then ready for its next run.
+  /// connection that must not be used again: a new handle is then ready for the next run.
   std::optional<Outcome> finish(int code);
 
   /// When the transfer has gone without progress for too long, unless something moves before.
