@@ -118,6 +118,9 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   // What libcurl says of a single line beyond 100 KB; before the first byte it would be about memory.
   if (code == CURLE_OUT_OF_MEMORY && !header_.isWhole() && timeOf(CURLINFO_STARTTRANSFER_TIME_T) > 0)
     return tooLargeHeaderError();
+  // What libcurl says of a line that is no header, and of a first one that is folded.
+  if (code == CURLE_BAD_FUNCTION_ARGUMENT)
+    return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read");
   if (code != CURLE_OK) {
     const char* const text = curl_easy_strerror(static_cast<CURLcode>(code));
     return curlError(code, errorText_.front() ? errorText_.data() : text);
