@@ -53,11 +53,9 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME talvo-consent-service)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION devel)
-set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "qt6-base-dev, qt6-declarative-dev")
 if(TALVO_IS_STATIC)  # there is nothing to run, and everything to link
   list(REMOVE_ITEM CPACK_COMPONENTS_ALL runtime)
-  unset(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libsimdjson-dev, liburiparser-dev, libcurl4-openssl-dev, libsqlite3-dev")
   if(TALVO_BUILD_QT)

@@ -83,6 +83,8 @@ function(talvo_install target component)
     string(JOIN ", " requires ${requires} ${requires_private})
     set(requires_private "")
   endif()
+  # Packages are unpacked elsewhere than the prefix that was configured.
+  file(RELATIVE_PATH prefix_from_here ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

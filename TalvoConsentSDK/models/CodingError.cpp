@@ -28,4 +28,8 @@ CodingError::CodingError(Kind kind, std::string path, std::string detail)
   if (!detail_.empty()) description_ += ": " + detail_;
 }
 
+const char* CodingError::what() const noexcept {
+  return description_.c_str();
+}
+
 }  // namespace TalvoConsentSDK

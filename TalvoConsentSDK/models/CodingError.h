@@ -31,7 +31,7 @@ class CodingError : public std::exception {
   const std::string& detail() const noexcept { return detail_; }
 
   /// All of it in one sentence.
-  const char* what() const noexcept override { return description_.c_str(); }
+  const char* what() const noexcept override;
 
  private:
   Kind kind_;

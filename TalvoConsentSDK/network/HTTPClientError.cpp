@@ -31,4 +31,8 @@ HTTPClientError HTTPClientError::invalidResponse() {
   return {Case::invalidResponse, "Invalid response from server"};
 }
 
+const char* HTTPClientError::what() const noexcept {
+  return description_.c_str();
+}
+
 }  // namespace TalvoConsentSDK

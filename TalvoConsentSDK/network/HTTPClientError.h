@@ -40,7 +40,7 @@ class HTTPClientError : public std::exception {
 
   /// A sentence for people, the same as `what()`.
   const std::string& errorDescription() const noexcept { return description_; }
-  const char* what() const noexcept override { return description_.c_str(); }
+  const char* what() const noexcept override;
 
  private:
   HTTPClientError(Case kind, std::string description) : kind_(kind), description_(std::move(description)) {}

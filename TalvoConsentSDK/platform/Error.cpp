@@ -11,6 +11,14 @@ const std::string& PlatformError::localizedDescription() const noexcept {
   return userInfo_.begin()->second;
 }
 
+const char* PlatformError::what() const noexcept {
+  return localizedDescription().c_str();
+}
+
+const char* Error::what() const noexcept {
+  return cause_->what();
+}
+
 Error Error::current() {
   try {
     throw;

@@ -29,7 +29,7 @@ class PlatformError : public std::exception {
   const std::map<std::string, std::string, std::less<>>& userInfo() const noexcept { return userInfo_; }
 
   /// The localized description.
-  const char* what() const noexcept override { return localizedDescription().c_str(); }
+  const char* what() const noexcept override;
 
  private:
   std::string domain_;
@@ -58,7 +58,7 @@ class Error : public std::exception {
   }
 
   /// The cause's own description.
-  const char* what() const noexcept override { return cause_->what(); }
+  const char* what() const noexcept override;
 
  private:
   std::shared_ptr<const std::exception> cause_;
