@@ -44,6 +44,7 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   if (isWhole_) return std::nullopt;
   if (line.starts_with("HTTP/")) {
     const std::string_view status = trimmed(line.substr(std::min(line.find(' '), line.size())));
+    status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
     length_.clear();
   }

@@ -23,6 +23,9 @@ class CurlHeader {
   /// Whether the line that ends it has arrived. libcurl takes a header that was cut off for a whole one.
   bool isWhole() const noexcept { return isWhole_; }
 
+  /// The reply's own, after those of interim replies; 0 for what is no number.
+  int status() const noexcept { return status_; }
+
  private:
   std::optional<PlatformError> judgeLength(std::string_view value);
 

@@ -130,6 +130,9 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   const char* location = nullptr;
   curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
   curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &location);
+  // In a version of several digits libcurl sees a status, or less than none.
+  if (status != header_.status())
+    return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's status cannot be read");
   const bool redirects = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
   if (redirects && location) {
     if (auto refused = follow(static_cast<int>(status), location)) return *refused;
