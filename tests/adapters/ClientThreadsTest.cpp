@@ -27,6 +27,16 @@ std::string golden(const std::string& name) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
+class CountingScene : public FakeScene {
+ public:
+  std::shared_ptr<Window> makeWindow() override {
+    ++banners;
+    return FakeScene::makeWindow();
+  }
+
+  int banners = 0;
+};
+
 TEST(ClientThreads, SixteenDoEverythingAtOnce) {
   constexpr int threadCount = 16;
   const int rounds = repetitions("TALVO_TEST_ROUNDS", 5);
@@ -44,7 +54,8 @@ TEST(ClientThreads, SixteenDoEverythingAtOnce) {
   std::filesystem::create_directory(folder);
   const auto mainQueue = std::make_shared<MainQueue>();
   const auto application = std::make_shared<FakeApplication>();
-  application->scenes = {std::make_shared<FakeScene>()};
+  const auto scene = std::make_shared<CountingScene>();
+  application->scenes = {scene};
   const auto printer = std::make_shared<CapturingPrinter>();
   Platform platform = makePosixPlatform(mainQueue, folder / "consent.sqlite");
   platform.application = application;
@@ -86,14 +97,17 @@ TEST(ClientThreads, SixteenDoEverythingAtOnce) {
   std::vector<std::thread> threads;
   for (int number = 0; number < threadCount; ++number) threads.emplace_back(work, number);
   const auto patience = std::chrono::steady_clock::now() + 60s;
-  while (answered < 2 * submissions && std::chrono::steady_clock::now() < patience) {
+  while ((answered < 2 * submissions || scene->banners < submissions) &&
+         std::chrono::steady_clock::now() < patience) {
     mainQueue->wait(1ms);
     mainQueue->drain();
   }
+  for (const auto& window : scene->windows()) window->finishAnimations();
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(answered, 2 * submissions) << "each is answered once";
   EXPECT_EQ(submitted, submissions) << testing::PrintToString(printer->take());
   EXPECT_EQ(received, submissions);
+  EXPECT_EQ(scene->banners, submissions);
   EXPECT_GT(heard, 0);
   std::filesystem::remove_all(folder);
 }
