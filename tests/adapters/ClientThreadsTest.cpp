@@ -108,7 +108,6 @@ TEST(ClientThreads, SixteenDoEverythingAtOnce) {
   EXPECT_EQ(submitted, submissions) << testing::PrintToString(printer->take());
   EXPECT_EQ(received, submissions);
   EXPECT_EQ(scene->banners, submissions);
-  EXPECT_GT(heard, 0);
   std::filesystem::remove_all(folder);
 }
 
