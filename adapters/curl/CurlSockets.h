@@ -2,7 +2,7 @@
 
 // The sockets that libcurl has made for a session.
 
-#include <set>
+#include <unordered_map>
 
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -15,18 +15,23 @@ namespace TalvoConsentSDK {
 class CurlSockets {
  public:
   /// Numbers stay here after their socket has been closed; what has them next is told apart by its port.
-  void add(int socket) { sockets_.insert(socket); }
+  void add(int socket) { ports_[socket] = unknown; }
 
   /// Whether anything has arrived, or the end, at the socket of this local port.
-  bool hasInput(int localPort) const {
-    for (const int socket : sockets_) {
+  bool hasInput(int localPort) {
+    for (auto& [socket, port] : ports_) {
+      if (port == unknown) port = portOf(socket);
+      if (port != localPort) continue;
+      port = portOf(socket);
       char byte = 0;
-      if (portOf(socket) == localPort && ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0) return true;
+      if (port == localPort && ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0) return true;
     }
     return false;
   }
 
  private:
+  static constexpr int unknown = 0;  // or not connected yet
+
   static int portOf(int socket) {
     sockaddr_in6 address{};  // the port is where it is in a sockaddr_in, too
     socklen_t size = sizeof address;
@@ -36,7 +41,7 @@ class CurlSockets {
                : -1;
   }
 
-  std::set<int> sockets_;
+  std::unordered_map<int, int> ports_;  // by socket: as far as they have been asked
 };
 
 }  // namespace TalvoConsentSDK
