@@ -1,7 +1,8 @@
 #pragma once
 
 // Records to JSON and back. Keys are the fields' names; absent optional fields are left out when writing, and
-// a missing key and a null read alike. Unknown keys are ignored; of a key given twice the last value counts.
+// a missing key and a null read alike. Unknown keys are ignored; of a key given twice only the last value
+// is looked at.
 
 #include <string>
 #include <string_view>

@@ -21,13 +21,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 namespace detail {
 
-inline void resume(const std::shared_ptr<Executor>& executor, std::coroutine_handle<> coroutine) {
-  if (executor) {
-    executor->post([coroutine] { coroutine.resume(); });
-  } else {
-    coroutine.resume();
-  }
-}
+// On the executor, or here when there is none.
+void resume(const std::shared_ptr<Executor>& executor, std::coroutine_handle<> coroutine);
 
 // The two sides of a wait: the one that suspends and the one that delivers. Whoever arrives second goes on,
 // so that a wait that is over before it began neither suspends nor deepens the stack (symmetric transfer
@@ -51,12 +46,7 @@ struct TaskPromise {
     bool await_ready() const noexcept { return false; }
     template <class Promise>
     void await_suspend(std::coroutine_handle<Promise> finished) const noexcept {
-      TaskPromise& task = finished.promise();
-      if (!task.rendezvous.arriveSecond()) return;
-      // The awaiter destroys the task as it goes on.
-      const auto awaiter = task.continuation;
-      const auto awaiterExecutor = task.continueOn == task.executor ? nullptr : task.continueOn;
-      resume(awaiterExecutor, awaiter);
+      finished.promise().deliver();
     }
     void await_resume() const noexcept {}
   };
@@ -64,6 +54,14 @@ struct TaskPromise {
   std::suspend_always initial_suspend() const noexcept { return {}; }
   FinalAwaiter final_suspend() const noexcept { return {}; }
   void unhandled_exception() noexcept { exception = std::current_exception(); }
+
+  // Starts the task that this is the promise of, for an awaiter that has suspended; false: it is over, and
+  // the awaiter goes on at once.
+  bool start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
+             std::shared_ptr<Executor> awaiterExecutor);
+
+ private:
+  void deliver() noexcept;
 };
 
 template <class T>
@@ -105,21 +103,7 @@ class [[nodiscard]] Task {
 
     template <class Promise>
     bool await_suspend(std::coroutine_handle<Promise> awaiter) {
-      promise_type& promise = task_.promise();
-      promise.continuation = awaiter;
-      promise.continueOn = detail::executorOf(awaiter);
-      if (!promise.executor || promise.executor == promise.continueOn) {
-        promise.executor = promise.continueOn;
-        task_.resume();
-        return !promise.rendezvous.arriveSecond();
-      }
-      // An awaiter without an executor goes on where the task ends, however soon that is; it may then be gone
-      // before the task's executor has returned from `post`.
-      const auto executor = promise.executor;
-      const bool goesOnThere = !promise.continueOn;
-      if (goesOnThere) promise.rendezvous.arriveSecond();
-      detail::resume(executor, task_);
-      return goesOnThere || !promise.rendezvous.arriveSecond();
+      return task_.promise().start(task_, awaiter, detail::executorOf(awaiter));
     }
 
     T await_resume() {

@@ -25,8 +25,9 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
       // how the error begins; empty: they read
       {"",
        {R"({"id":"x"})", " \t\r\n{ \"id\" : \"x\" } \n", R"({"\u0069\u0064":"x"})", R"({"id":"","n":1e-400})",
-        R"({"id":"","n":18446744073709551615})", R"({"id":"","n":)" + nested(255) + "}"}},
-      {"Type mismatch at id", {R"({"id":1})", R"({"id":1,"id":"x"})", R"({"id":"x","id":[]})"}},
+        R"({"id":1,"id":"x"})", R"({"id":"","n":18446744073709551615})",
+        R"({"id":"","n":)" + nested(255) + "}"}},
+      {"Type mismatch at id", {R"({"id":1})", R"({"id":"x","id":[]})"}},
       {"Type mismatch: expected an object", {"5", "\"x\"", "[]", "true"}},
       {"Null value: expected an object", {"null"}},
       {"Null value at id", {R"({"id":null})"}},

@@ -10,148 +10,148 @@ namespace json {
 
 template <>
 struct Fields<SiteConfiguration> {
-  static constexpr auto table = std::tuple{
-      field("implicitConsent", &SiteConfiguration::implicitConsent),
-      field("returnSecondaryView", &SiteConfiguration::returnSecondaryView),
+  static constexpr Field table[] = {
+      field<&SiteConfiguration::implicitConsent>("implicitConsent"),
+      field<&SiteConfiguration::returnSecondaryView>("returnSecondaryView"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::Colors> {
   using Record = BannerCustomization::Colors;
-  static constexpr auto table = std::tuple{
-      field("background", &Record::background),
-      field("buttonBackground", &Record::buttonBackground),
-      field("buttonFontColor", &Record::buttonFontColor),
-      field("font", &Record::font),
+  static constexpr Field table[] = {
+      field<&Record::background>("background"),
+      field<&Record::buttonBackground>("buttonBackground"),
+      field<&Record::buttonFontColor>("buttonFontColor"),
+      field<&Record::font>("font"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::Settings> {
   using Record = BannerCustomization::Settings;
-  static constexpr auto table = std::tuple{
-      field("positioning", &Record::positioning),
-      field("showBlurBackground", &Record::isShowBlurBackground),
-      field("showPoweredBy", &Record::isShowPoweredBy),
+  static constexpr Field table[] = {
+      field<&Record::positioning>("positioning"),
+      field<&Record::isShowBlurBackground>("showBlurBackground"),
+      field<&Record::isShowPoweredBy>("showPoweredBy"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::BannerMessages> {
   using Record = BannerCustomization::BannerMessages;
-  static constexpr auto table = std::tuple{
-      field("acceptButton", &Record::acceptButton),
-      field("cookiePolicyURLText", &Record::cookiePolicyURLText),
-      field("doNotSellURLText", &Record::doNotSellURLText),
-      field("doNotSellLabelText", &Record::doNotSellLabelText),
-      field("doNotSellDescription", &Record::doNotSellDescription),
-      field("dsrURLText", &Record::dsrURLText),
-      field("mainMessage", &Record::mainMessage),
-      field("marketing", &Record::marketing),
-      field("marketingTitle", &Record::marketingTitle),
-      field("necessary", &Record::necessary),
-      field("necessaryTitle", &Record::necessaryTitle),
-      field("preferenceCookiesCategories", &Record::preferenceCookiesCategories),
-      field("preferenceMainMessage", &Record::preferenceMainMessage),
-      field("preferences", &Record::preferences),
-      field("preferencesButton", &Record::preferencesButton),
-      field("preferencesTitle", &Record::preferencesTitle),
-      field("preferenceTitle", &Record::preferenceTitle),
-      field("privacyPolicyURLText", &Record::privacyPolicyURLText),
-      field("rejectButton", &Record::rejectButton),
-      field("savePreference", &Record::savePreference),
-      field("statistics", &Record::statistics),
-      field("statisticsTitle", &Record::statisticsTitle),
-      field("TACURLText", &Record::TACURLText),
-      field("title", &Record::title),
+  static constexpr Field table[] = {
+      field<&Record::acceptButton>("acceptButton"),
+      field<&Record::cookiePolicyURLText>("cookiePolicyURLText"),
+      field<&Record::doNotSellURLText>("doNotSellURLText"),
+      field<&Record::doNotSellLabelText>("doNotSellLabelText"),
+      field<&Record::doNotSellDescription>("doNotSellDescription"),
+      field<&Record::dsrURLText>("dsrURLText"),
+      field<&Record::mainMessage>("mainMessage"),
+      field<&Record::marketing>("marketing"),
+      field<&Record::marketingTitle>("marketingTitle"),
+      field<&Record::necessary>("necessary"),
+      field<&Record::necessaryTitle>("necessaryTitle"),
+      field<&Record::preferenceCookiesCategories>("preferenceCookiesCategories"),
+      field<&Record::preferenceMainMessage>("preferenceMainMessage"),
+      field<&Record::preferences>("preferences"),
+      field<&Record::preferencesButton>("preferencesButton"),
+      field<&Record::preferencesTitle>("preferencesTitle"),
+      field<&Record::preferenceTitle>("preferenceTitle"),
+      field<&Record::privacyPolicyURLText>("privacyPolicyURLText"),
+      field<&Record::rejectButton>("rejectButton"),
+      field<&Record::savePreference>("savePreference"),
+      field<&Record::statistics>("statistics"),
+      field<&Record::statisticsTitle>("statisticsTitle"),
+      field<&Record::TACURLText>("TACURLText"),
+      field<&Record::title>("title"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::Messages> {
   using Record = BannerCustomization::Messages;
-  static constexpr auto table = std::tuple{
-      field("bannerMessages", &Record::bannerMessages),
+  static constexpr Field table[] = {
+      field<&Record::bannerMessages>("bannerMessages"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::Resources> {
   using Record = BannerCustomization::Resources;
-  static constexpr auto table = std::tuple{
-      field("mainLogoUrl", &Record::mainLogoUrl),
+  static constexpr Field table[] = {
+      field<&Record::mainLogoUrl>("mainLogoUrl"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::ButtonItem> {
   using Record = BannerCustomization::ButtonItem;
-  static constexpr auto table = std::tuple{
-      field("id", &Record::id),
-      field("color", &Record::color),
+  static constexpr Field table[] = {
+      field<&Record::id>("id"),
+      field<&Record::color>("color"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::TabItem> {
   using Record = BannerCustomization::TabItem;
-  static constexpr auto table = std::tuple{
-      field("id", &Record::id),
-      field("services", &Record::services),
-      field("showCategoryDescription", &Record::showCategoryDescription),
-      field("readOnly", &Record::readOnly),
-      field("categories", &Record::categories),
+  static constexpr Field table[] = {
+      field<&Record::id>("id"),
+      field<&Record::services>("services"),
+      field<&Record::showCategoryDescription>("showCategoryDescription"),
+      field<&Record::readOnly>("readOnly"),
+      field<&Record::categories>("categories"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::CategoryItem> {
   using Record = BannerCustomization::CategoryItem;
-  static constexpr auto table = std::tuple{
-      field("id", &Record::id),
-      field("name", &Record::name),
-      field("description", &Record::description),
-      field("enabled", &Record::enabled),
-      field("required", &Record::required),
+  static constexpr Field table[] = {
+      field<&Record::id>("id"),
+      field<&Record::name>("name"),
+      field<&Record::description>("description"),
+      field<&Record::enabled>("enabled"),
+      field<&Record::required>("required"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::ComponentItem> {
   using Record = BannerCustomization::ComponentItem;
-  static constexpr auto table = std::tuple{
-      field("id", &Record::id),
-      field("links", &Record::links),
-      field("buttons", &Record::buttons),
-      field("tabs", &Record::tabs),
+  static constexpr Field table[] = {
+      field<&Record::id>("id"),
+      field<&Record::links>("links"),
+      field<&Record::buttons>("buttons"),
+      field<&Record::tabs>("tabs"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::Components> {
   using Record = BannerCustomization::Components;
-  static constexpr auto table = std::tuple{
-      field("mainScreen", &Record::mainScreen),
-      field("secondaryScreen", &Record::secondaryScreen),
+  static constexpr Field table[] = {
+      field<&Record::mainScreen>("mainScreen"),
+      field<&Record::secondaryScreen>("secondaryScreen"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization::Customization> {
   using Record = BannerCustomization::Customization;
-  static constexpr auto table = std::tuple{
-      field("colors", &Record::colors),       field("urls", &Record::urls),
-      field("settings", &Record::settings),   field("messages", &Record::messages),
-      field("resources", &Record::resources), field("components", &Record::components),
+  static constexpr Field table[] = {
+      field<&Record::colors>("colors"),       field<&Record::urls>("urls"),
+      field<&Record::settings>("settings"),   field<&Record::messages>("messages"),
+      field<&Record::resources>("resources"), field<&Record::components>("components"),
   };
 };
 
 template <>
 struct Fields<BannerCustomization> {
-  static constexpr auto table = std::tuple{
-      field("bannerType", &BannerCustomization::bannerType),
-      field("customization", &BannerCustomization::customization),
+  static constexpr Field table[] = {
+      field<&BannerCustomization::bannerType>("bannerType"),
+      field<&BannerCustomization::customization>("customization"),
   };
 };
 

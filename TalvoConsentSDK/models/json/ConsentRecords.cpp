@@ -43,39 +43,39 @@ struct Codec<ConsentValue> {
 
 template <>
 struct Fields<BasicConsent> {
-  static constexpr auto table = std::tuple{
-      field("preferences", &BasicConsent::preferences), field("statistics", &BasicConsent::statistics),
-      field("marketing", &BasicConsent::marketing),     field("id", &BasicConsent::id),
-      field("optedIn", &BasicConsent::optedIn),
+  static constexpr Field table[] = {
+      field<&BasicConsent::preferences>("preferences"), field<&BasicConsent::statistics>("statistics"),
+      field<&BasicConsent::marketing>("marketing"),     field<&BasicConsent::id>("id"),
+      field<&BasicConsent::optedIn>("optedIn"),
   };
 };
 
 template <>
 struct Fields<ConsentDataAnalytics> {
-  static constexpr auto table = std::tuple{
-      field("bannerType", &ConsentDataAnalytics::bannerType),
-      field("positioning", &ConsentDataAnalytics::positioning),
-      field("blurred", &ConsentDataAnalytics::blurred),
-      field("poweredBy", &ConsentDataAnalytics::poweredBy),
+  static constexpr Field table[] = {
+      field<&ConsentDataAnalytics::bannerType>("bannerType"),
+      field<&ConsentDataAnalytics::positioning>("positioning"),
+      field<&ConsentDataAnalytics::blurred>("blurred"),
+      field<&ConsentDataAnalytics::poweredBy>("poweredBy"),
   };
 };
 
 template <>
 struct Fields<FullConsent> {
-  static constexpr auto table = std::tuple{
-      field("status", &FullConsent::status),
-      field("categories", &FullConsent::categories),
-      field("consentDataAnalytics", &FullConsent::consentDataAnalytics),
-      field("typeConsent", &FullConsent::typeConsent),
-      field("userId", &FullConsent::userId),
-      field("id", &FullConsent::id),
-      field("siteId", &FullConsent::siteId),
+  static constexpr Field table[] = {
+      field<&FullConsent::status>("status"),
+      field<&FullConsent::categories>("categories"),
+      field<&FullConsent::consentDataAnalytics>("consentDataAnalytics"),
+      field<&FullConsent::typeConsent>("typeConsent"),
+      field<&FullConsent::userId>("userId"),
+      field<&FullConsent::id>("id"),
+      field<&FullConsent::siteId>("siteId"),
   };
 };
 
 template <>
 struct Fields<ConsentResponse> {
-  static constexpr auto table = std::tuple{field("id", &ConsentResponse::id)};
+  static constexpr Field table[] = {field<&ConsentResponse::id>("id")};
 };
 
 }  // namespace json

@@ -26,6 +26,7 @@ using Handle = std::array<std::uintptr_t, 2>;
 /// the matching `type`.
 class Node {
  public:
+  Node() = default;
   Node(Handle handle, Type type) : handle_(handle), type_(type) {}
 
   Type type() const { return type_; }

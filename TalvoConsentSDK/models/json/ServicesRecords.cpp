@@ -10,40 +10,40 @@ namespace json {
 template <>
 struct Fields<Services::Service> {
   using Record = Services::Service;
-  static constexpr auto table = std::tuple{
-      field("id", &Record::id),
-      field("name", &Record::name),
-      field("category", &Record::category),
-      field("description", &Record::description),
-      field("version", &Record::version),
-      field("domain", &Record::domain),
-      field("vendor", &Record::vendor),
-      field("fullName", &Record::fullName),
+  static constexpr Field table[] = {
+      field<&Record::id>("id"),
+      field<&Record::name>("name"),
+      field<&Record::category>("category"),
+      field<&Record::description>("description"),
+      field<&Record::version>("version"),
+      field<&Record::domain>("domain"),
+      field<&Record::vendor>("vendor"),
+      field<&Record::fullName>("fullName"),
   };
 };
 
 template <>
 struct Fields<Services::SpecificServiceDetails> {
   using Record = Services::SpecificServiceDetails;
-  static constexpr auto table = std::tuple{
-      field("domain", &Record::domain),
-      field("description", &Record::description),
-      field("processingCompanyName", &Record::processingCompanyName),
-      field("processingCompanyLocation", &Record::processingCompanyLocation),
-      field("DTOProbableEmails", &Record::DTOProbableEmails),
-      field("legalBasis", &Record::legalBasis),
-      field("privacyPolicyURL", &Record::privacyPolicyURL),
-      field("cookiePolicyURL", &Record::cookiePolicyURL),
-      field("id", &Record::id),
+  static constexpr Field table[] = {
+      field<&Record::domain>("domain"),
+      field<&Record::description>("description"),
+      field<&Record::processingCompanyName>("processingCompanyName"),
+      field<&Record::processingCompanyLocation>("processingCompanyLocation"),
+      field<&Record::DTOProbableEmails>("DTOProbableEmails"),
+      field<&Record::legalBasis>("legalBasis"),
+      field<&Record::privacyPolicyURL>("privacyPolicyURL"),
+      field<&Record::cookiePolicyURL>("cookiePolicyURL"),
+      field<&Record::id>("id"),
   };
 };
 
 template <>
 struct Fields<Services> {
-  static constexpr auto table = std::tuple{
-      field("model", &Services::model),
-      field("libraries", &Services::libraries),
-      field("services", &Services::services),
+  static constexpr Field table[] = {
+      field<&Services::model>("model"),
+      field<&Services::libraries>("libraries"),
+      field<&Services::services>("services"),
   };
 };
 

@@ -1,0 +1,74 @@
+#pragma once
+
+// Values read and written without their types being known.
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "TalvoConsentSDK/models/CodingError.h"
+#include "TalvoConsentSDK/models/json/JSONNode.h"
+#include "TalvoConsentSDK/models/json/JSONWriter.h"
+#include "TalvoConsentSDK/platform/Result.h"
+
+namespace TalvoConsentSDK::json {
+
+/// The place of a value in its document: a chain through the readers' stack frames, spelled out only when an
+/// error needs it.
+class Path {
+ public:
+  Path() = default;
+  Path(const Path& parent, std::string_view key) : parent_(&parent), key_(key) {}
+  Path(const Path& parent, std::size_t index) : parent_(&parent), index_(index) {}
+
+  std::string text() const;
+
+ private:
+  const Path* parent_ = nullptr;
+  std::string_view key_;
+  std::size_t index_ = 0;
+};
+
+[[noreturn]] void refuse(Type type, Type found, const Path& path);
+
+inline void require(Type type, const Node& node, const Path& path) {
+  if (node.type() != type) refuse(type, node.type(), path);
+}
+
+template <class T>
+struct Codec;
+
+/// The codec of a type, behind pointers to the values.
+struct Coding {
+  void (*read)(const Node& node, const Path& path, void* value);
+  void (*write)(Writer& writer, const void* value);
+  bool (*isAbsent)(const void* value);  // null where there always is a value
+};
+
+template <class T>
+void readAs(const Node& node, const Path& path, void* value) {
+  Codec<T>::read(node, path, *static_cast<T*>(value));
+}
+
+template <class T>
+void writeAs(Writer& writer, const void* value) {
+  Codec<T>::write(writer, *static_cast<const T*>(value));
+}
+
+template <class T>
+bool isAbsentAs(const void* value) {
+  return !*static_cast<const T*>(value);
+}
+
+template <class T>
+inline constexpr Coding coding = {readAs<T>, writeAs<T>, nullptr};
+template <class T>
+inline constexpr Coding coding<std::optional<T>> = {readAs<std::optional<T>>, writeAs<std::optional<T>>,
+                                                    isAbsentAs<std::optional<T>>};
+
+/// A whole document into a new value, or why not.
+std::optional<CodingError> decode(std::string_view text, void* value, const Coding& coding);
+Result<std::string> encode(const void* value, const Coding& coding);
+
+}  // namespace TalvoConsentSDK::json

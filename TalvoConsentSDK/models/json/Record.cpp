@@ -1,0 +1,62 @@
+#include "TalvoConsentSDK/models/json/Record.h"
+
+#include <array>
+#include <cstdint>
+
+namespace TalvoConsentSDK::json {
+
+namespace {
+
+// Where the key is among the fields, or their number. Documents mostly keep to the order of writing, so the
+// field after the last one is tried first.
+std::size_t indexOf(std::string_view key, std::span<const Field> fields, std::size_t first) {
+  for (std::size_t i = first; i < fields.size(); ++i) {
+    if (fields[i].key == key) return i;
+  }
+  for (std::size_t i = 0; i < first; ++i) {
+    if (fields[i].key == key) return i;
+  }
+  return fields.size();
+}
+
+}  // namespace
+
+void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields) {
+  require(Type::object, node, path);
+  std::array<Node, mostFields> values;
+  std::uint32_t found = 0;
+  static_assert(mostFields <= 32);
+
+  std::string_view key;
+  Node value = node;
+  std::size_t next = 0;
+  for (Members members(node); members.next(key, value);) {
+    const std::size_t index = indexOf(key, fields, next);
+    if (index == fields.size()) continue;
+    values[index] = value;  // of a key given twice, the last
+    found |= 1U << index;
+    next = index + 1;
+  }
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const Field& field = fields[i];
+    const Path place(path, field.key);
+    if (found >> i & 1U) {
+      field.coding->read(values[i], place, const_cast<void*>(field.member(record)));
+    } else if (!field.coding->isAbsent) {
+      throw CodingError(CodingError::Kind::keyNotFound, place.text(), "");
+    }
+  }
+}
+
+void writeRecord(Writer& writer, const void* record, std::span<const Field> fields) {
+  writer.beginObject();
+  for (const Field& field : fields) {
+    const void* const member = field.member(record);
+    if (field.coding->isAbsent && field.coding->isAbsent(member)) continue;
+    writer.key(field.key);
+    field.coding->write(writer, member);
+  }
+  writer.endObject();
+}
+
+}  // namespace TalvoConsentSDK::json
