@@ -114,6 +114,7 @@ void LoopbackServer::Connection::play(const std::string& script) {
         at += 2;
       }
     }
+    require(!text.empty(), script.c_str());
     std::size_t left = 1;
     if (++at < script.size() && script[at] == '*') {
       const std::size_t end = std::min(script.find(' ', at), script.size());

@@ -35,7 +35,7 @@ class Fault {
   }
 
   /// The spoiled reply. `answer` is called, and the request thus takes effect, only where part of the true
-  /// answer is needed: for `truncated` and for a success status.
+  /// answer is needed: for `truncated`, and for a success status with a body.
   Reply reply(const std::function<Reply()>& answer) const;
 
   /// As it was given, without PATHPART.

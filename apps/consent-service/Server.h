@@ -27,17 +27,16 @@ struct ServerOptions {
 };
 
 /// Endpoints, all with JSON bodies and replies; errors are {"error": reason}:
-///   GET  /                                              the sites' identifiers
-///   GET  /public/cookies/SITE/configurations            the site's configuration
-///   GET  /public/banner-customization/SITE?lng=LANGUAGE its banner
-///   GET  /public/cookies/SITE?lng=LANGUAGE              its catalogue of services
-///   POST /public/cookie-consent/SITE                    keeps a new consent; {"id": ...}
-///   PUT  /public/cookie-consent/SITE                    updates the consent with the body's id, or keeps a
-///   new one GET  /public/cookie-consent/SITE/identified/USER    the user's newest consent at the site, or
-///   null; a query
-///                                                       ?consentId=ID is accepted and changes nothing
-///   POST /public/consent                                takes choices on topics; {"receiptId": ...}
-///   GET  /sites/SITE/FILE                               a file of the site, such as its logo
+///   GET /                                       the sites' identifiers
+///   GET /public/cookies/SITE/configurations     the site's configuration
+///   GET /public/banner-customization/SITE       its banner, in the language ?lng=LANGUAGE
+///   GET /public/cookies/SITE                    its catalogue of services, likewise
+///   POST /public/cookie-consent/SITE            keeps a new consent; {"id": ...}
+///   PUT /public/cookie-consent/SITE             updates the consent with the body's id, or keeps a new one
+///   GET /public/cookie-consent/SITE/identified/USER
+///                                               the user's newest consent at the site, or null
+///   POST /public/consent                        takes choices on topics; {"receiptId": ...}
+///   GET /sites/SITE/FILE                        a file of the site, such as its logo
 /// In a site's documents the text {{base}} stands for the URL by which the client reached the service.
 class Server {
  public:

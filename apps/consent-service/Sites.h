@@ -14,8 +14,7 @@ namespace TalvoConsentSDK::service {
 ///   configuration.json           its switches; without the file, {}
 ///   customization.LANGUAGE.json  its banner, a file per language
 ///   services.LANGUAGE.json       its catalogue, or services.json for all languages; without either, {}
-///   site.json                    optional: {"languages": [...]}, of which the first is the default; else
-///   "en"
+///   site.json                    {"languages": [...]}, the default one first; without the file, "en" is
 /// and any other file, such as a logo. Everything is read anew for each request, so that edits show at once.
 /// Safe from any thread.
 class Sites {

@@ -14,7 +14,7 @@
 namespace TalvoConsentHost {
 
 struct HostOptions {
-  std::string apiUrl = "http://127.0.0.1:8080";
+  std::string apiUrl = "http://127.0.0.1:8787";
   std::string site = "demo";
   std::string language = "en";
   std::filesystem::path store;  // empty: the application's own

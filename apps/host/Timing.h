@@ -4,8 +4,6 @@
 
 #include "TalvoConsentSDK/models/JSONValue.h"
 
-class QQuickWindow;
-
 namespace TalvoConsentHost {
 
 /// Moments of the last banner. GUI thread.
@@ -14,7 +12,7 @@ class Timing {
   /// showBanner is about to be called.
   static void bannerRequested();
 
-  /// Notes the first frame that each banner's window presents from now on, and every frame's time.
+  /// Notes when the banners' windows present frames, from now on.
   static void watchBanners();
 
   /// A switch is about to be tapped.

@@ -7,8 +7,8 @@
 #include <stdio.h>
 #include <talvo_consent.h>
 
-/* Set on a background thread, where submissions are answered. */
-static atomic_int is_done = 0;
+/* The exit status, once a background thread, where submissions are answered, has set it. */
+static atomic_int status = -1;
 
 static void on_event(talvo_event event, void* user_data) {
   printf("event %d for %s\n", event, (const char*)user_data);
@@ -20,7 +20,7 @@ static void on_reply(const talvo_error* error, const char* json, void* user_data
   (void)user_data;
   if (error) printf("failed: %s\n", error->description);
   if (json) printf("submitted: %s\n", json);
-  is_done = 1;
+  status = error ? 1 : 0;
 }
 
 static int print_consent(talvo_cookies* sdk) {
@@ -50,10 +50,10 @@ int main(int count, char** arguments) {
   if (talvo_cookies_submit_consent(sdk, choice, on_reply, NULL) != TALVO_OK) {
     return fprintf(stderr, "%s\n", talvo_last_error()), 1;
   }
-  while (!is_done) {
+  while (status < 0) {
     talvo_wait(100); /* a real host does its own work here */
     talvo_drain();
   }
   talvo_cookies_remove_all_listeners(sdk);
-  return print_consent(sdk);
+  return print_consent(sdk) == 0 ? status : 1;
 }

@@ -2,8 +2,10 @@
 
 // The host's own toolkit: a "screen" that prints the banner as text and answers it with one tap.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 #include <sstream>
 #include <string>
 

@@ -1,11 +1,15 @@
 #pragma once
 
-// The host's own HTTP: one blocking socket a request, plain http to the loopback host only.
+// The host's own HTTP: one blocking socket a request, plain http to the loopback host only. A session for
+// real use would follow redirects, too.
 
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <string>
-#include <thread>
 
 #include <TalvoConsentSDK/platform/URLSession.h>
+#include <adapters/threads/BackgroundThread.h>
 #include <arpa/inet.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -15,11 +19,11 @@ using namespace TalvoConsentSDK;
 
 class OwnSession : public URLSession {
  public:
-  // Each request has a thread, on which its completion is called, once.
+  // One request after another, on a thread that survives what a completion throws.
   void run(URLRequest request, Completion completion) override {
-    std::thread([request = std::move(request), completion = std::move(completion)] {
+    thread_.post([request = std::move(request), completion = std::move(completion)] {
       completion(exchange(request));
-    }).detach();
+    });
   }
 
  private:
@@ -35,7 +39,7 @@ class OwnSession : public URLSession {
 
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(std::stoi(url.substr(colon + 1, path - colon - 1))));
+    address.sin_port = htons(static_cast<std::uint16_t>(std::atoi(url.c_str() + colon + 1)));
     const int peer = socket(AF_INET, SOCK_STREAM, 0);
     const std::unique_ptr<const int, void (*)(const int*)> closing(&peer, [](const int* it) { close(*it); });
     if (inet_pton(AF_INET, request.url.host().c_str(), &address.sin_addr) != 1 ||
@@ -62,10 +66,13 @@ class OwnSession : public URLSession {
     if (count < 0 || reply.size() < 12 || end == std::string::npos) return failure("No reply arrived");
 
     URLResponse response;
-    response.statusCode = std::stoi(reply.substr(9, 3));  // "HTTP/1.1 200 OK"
-    if (request.method != "HEAD" && response.statusCode != 204) response.body = reply.substr(end + 4);
+    response.statusCode = std::atoi(reply.c_str() + 9);  // "HTTP/1.1 200 OK"
+    const bool hasBody = request.method != "HEAD" && response.statusCode != 204 && response.statusCode != 304;
+    if (hasBody) response.body = reply.substr(end + 4);
     return response;
   }
+
+  BackgroundThread thread_;
 };
 
 }  // namespace own

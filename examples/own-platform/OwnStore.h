@@ -1,6 +1,7 @@
 #pragma once
 
-// The host's own store: a file that is read once and replaced as a whole.
+// The host's own store: a file that is read once and replaced as a whole. A second process would not see what
+// this one stores.
 
 #include <cstdio>
 #include <filesystem>
@@ -8,6 +9,9 @@
 #include <iomanip>
 #include <map>
 #include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
 #include <variant>
 
 #include <TalvoConsentSDK/platform/UserDefaults.h>
@@ -19,8 +23,10 @@ class OwnStore : public UserDefaults {
   using Value = std::variant<Data, std::string>;
 
  public:
+  // Throws when there is a file that it cannot read, lest the next save replaces it.
   explicit OwnStore(std::filesystem::path file) : file_(std::move(file)) {
     std::ifstream in(file_, std::ios::binary);
+    if (!in && std::filesystem::exists(file_)) throw std::runtime_error("The store cannot be read");
     std::string kind, key, value;  // an entry: D or S, the key, the value
     while (in >> kind >> std::quoted(key) >> std::quoted(value)) {
       values_[key] = kind == "D" ? Value(Data(value)) : Value(value);

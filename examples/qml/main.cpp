@@ -17,6 +17,6 @@ int main(int count, char** arguments) {
   QQmlApplicationEngine engine;
   engine.rootContext()->setContextProperty(QStringLiteral("url"), given[1]);
   engine.rootContext()->setContextProperty(QStringLiteral("storeFile"), given.value(2));
-  engine.load(QUrl::fromLocalFile(QStringLiteral(HOST_QML)));
+  engine.load(QUrl::fromLocalFile(QStringLiteral(HOST_QML)));  // its path; an app has it in its resources
   return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
 }

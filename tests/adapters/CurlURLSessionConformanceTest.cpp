@@ -1,16 +1,18 @@
-// The libcurl session under the conformance suite, against a real server.
+// The libcurl session and the example's own under the conformance suite, against a real server.
 
 #include <map>
 
 #include "adapters/curl/CurlURLSession.h"
 
+#include "examples/own-platform/OwnSession.h"
 #include "testing/LoopbackServer.h"
 #include "testing/URLSessionConformance.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
-class CurlBackend {
+template <class Session>
+class LoopbackBackend {
  public:
   URLSession& session() { return session_; }
 
@@ -33,11 +35,13 @@ class CurlBackend {
         const std::scoped_lock guard(lock_);
         const auto& [status, body] = answers_.at(request.method + " " + request.target);
         connection.reply(status, body);
+        connection.close();  // which a simple client waits for
       }};
-  CurlURLSession session_;
+  Session session_;
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Curl, URLSessionConformance, CurlBackend);
+using Backends = ::testing::Types<LoopbackBackend<CurlURLSession>, LoopbackBackend<own::OwnSession>>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Loopback, URLSessionConformance, Backends);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

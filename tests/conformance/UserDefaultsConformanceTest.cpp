@@ -1,6 +1,7 @@
 #include "adapters/memory/FailingSeams.h"
 #include "adapters/memory/InMemoryUserDefaults.h"
 
+#include "examples/own-platform/OwnStore.h"
 #include "testing/UserDefaultsConformance.h"
 
 namespace TalvoConsentSDK {
@@ -15,8 +16,16 @@ struct FailingButHealthy : InMemory {
   std::shared_ptr<UserDefaults> open() { return std::make_shared<FailingUserDefaults>(shared); }
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(InMemory, UserDefaultsConformance, InMemory);
-INSTANTIATE_TYPED_TEST_SUITE_P(Failing, UserDefaultsConformance, FailingButHealthy);
+// The example's, in a file that lives as long as the test.
+struct OwnFile {
+  const std::string file = ::testing::TempDir() + "own-store-" + std::to_string(getpid());
+  std::shared_ptr<UserDefaults> shared = std::make_shared<own::OwnStore>(file);
+  std::shared_ptr<UserDefaults> open() { return shared; }
+  ~OwnFile() { std::remove(file.c_str()); }
+};
+
+using Stores = ::testing::Types<InMemory, FailingButHealthy, OwnFile>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Portable, UserDefaultsConformance, Stores);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -21,18 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 using std::regex;
 
-std::string contentOf(const fs::path& file) {
-  std::ifstream stream(file);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-Texts split(const std::string& text, char separator) {
-  Texts parts;
-  std::istringstream stream(text);
-  for (std::string part; std::getline(stream, part, separator);) parts.push_back(part);
-  return parts;
-}
-
 // A line without what differs from run to run. Of a view the switches and how they stand. Empty for what only
 // says that a command is done, or that a banner has ended, which may be before or after its callback.
 std::string inShort(const std::string& line) {

@@ -1,6 +1,4 @@
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
@@ -15,9 +13,7 @@ namespace TalvoConsentSDK {
 namespace {
 
 std::string golden(const std::string& record, const std::string& name) {
-  std::ifstream stream(std::string(TALVO_TEST_DATA) + "/golden/" + record + "/" + name + ".json");
-  EXPECT_TRUE(stream) << record << "/" << name;
-  return {std::istreambuf_iterator<char>(stream), {}};
+  return contentOf(TALVO_TEST_DATA "/golden/" + record + "/" + name + ".json");
 }
 
 struct GoldenRecord {

@@ -38,6 +38,12 @@ using ::testing::ValuesIn;
 
 using Texts = std::vector<std::string>;
 
+/// All of a file; empty when there is none.
+inline std::string contentOf(const std::string& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 /// The pieces of `text` between white space.
 inline Texts words(const std::string& text) {
   std::istringstream stream(text);

@@ -29,9 +29,7 @@ void expectPicture(const std::string& name, const std::string& drawn) {
     std::ofstream(path) << drawn;
     FAIL() << "rewritten: " << path;
   }
-  std::ifstream file(path);
-  const std::string golden{std::istreambuf_iterator<char>(file), {}};
-  EXPECT_EQ(drawn, golden) << path << " (see the top of this file)";
+  EXPECT_EQ(drawn, contentOf(path)) << path << " (see the top of this file)";
 }
 
 TEST(PictureTest, ShowsEveryScreen) {
