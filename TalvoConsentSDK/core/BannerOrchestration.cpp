@@ -125,6 +125,7 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
   BannerRequestPointer request;
   {
     const std::scoped_lock guard(state.lock);
+    state.loadWhatIsUnknown();
     request = std::make_shared<const BannerRequest>(
         BannerRequest{state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
                       state.cachedConfiguration, state.language, state.userId, state.siteId,

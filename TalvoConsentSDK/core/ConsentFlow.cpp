@@ -68,7 +68,7 @@ Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient,
     FullConsent payload = implicitPayload(std::move(userId), std::move(siteId));
     auto request = before.consent ? apiClient->updateConsent(std::move(payload))
                                   : apiClient->createConsent(std::move(payload));
-    const ConsentResponse response = co_await std::move(request);
+    co_await std::move(request);
     storage->saveConsentIfStill(before.data, BasicConsent::acceptAll());
   } catch (...) {
     print(std::string("Failed to submit implicit consent: ") + Error::current().what());

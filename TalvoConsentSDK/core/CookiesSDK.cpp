@@ -172,6 +172,7 @@ Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
   State& state = *state_;
   const std::scoped_lock guard(state.lock);
+  state.loadWhatIsUnknown();  // else a person's decision would not become that of their user
   return submitAndAnnounce(state.apiClient, state.storage, state.eventManager,
                            explicitPayload(consent, state.cachedCustomization, state.userId, state.siteId),
                            state.storedConsent.has_value(), consent);

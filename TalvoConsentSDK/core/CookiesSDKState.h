@@ -34,7 +34,7 @@ struct CookiesSDK::State {
   std::optional<BannerCustomization> cachedCustomization;  // the caches are read, never filled
   std::optional<Services> cachedServices;
   std::optional<SiteConfiguration> cachedConfiguration;
-  Loaded<BasicConsent> storedConsent;  // as at creation; only identify and removeIdentity change it
+  Loaded<BasicConsent> storedConsent;  // as first read; only identify and removeIdentity change it
   std::string language = "en";
   Loaded<std::string> userId;
 };

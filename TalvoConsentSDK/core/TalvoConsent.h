@@ -34,7 +34,8 @@ class TalvoConsent {
                                                    const std::optional<std::string>& apiUrl);
 
   /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
-  /// as it is. Fails with `HTTPClientError` `invalidURL`, inline, when the base URL is none.
+  /// as it is. Fails inline with `HTTPClientError` `invalidURL` when the base URL is none, and with code -1
+  /// when a text is not UTF-8.
   void submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
                      Completion completion);
 

@@ -19,16 +19,16 @@ constexpr std::uint16_t asciiWidths[] = {
 
 constexpr char32_t softHyphen = 0xAD;
 constexpr char32_t zeroWidthSpace = 0x200B;
-constexpr char32_t firstIdeograph = 0x1100;  // from here on, lines break between any two characters
+constexpr char32_t firstIdeograph = 0x2E80;  // from here on, lines break between any two characters
 
 double width(char32_t c) {
   if (c >= ' ' && c <= '~') return asciiWidths[c - ' '] / 1000.0;
   if (c < ' ' || c == softHyphen || c == zeroWidthSpace) return 0;
-  if (c >= 0x300 && c < 0x370) return 0;      // combining marks
-  if (c < 0x370) return 0.65;                 // Latin
-  if (c >= 0x590 && c < 0x600) return 0.72;   // Hebrew
-  if (c >= 0x600 && c < 0x900) return 0.5;    // Arabic, whose letters are joined
-  if (c >= 0x2000 && c < 0x2070) return 0.4;  // punctuation
+  if (c >= 0x300 && c < 0x370) return 0;                      // combining marks
+  if (c < 0x370 || (c >= 0x1E00 && c < 0x1F00)) return 0.65;  // Latin
+  if (c >= 0x590 && c < 0x600) return 0.72;                   // Hebrew
+  if (c >= 0x600 && c < 0x900) return 0.5;                    // Arabic, whose letters are joined
+  if (c >= 0x2000 && c < 0x2070) return 0.4;                  // punctuation
   return c < firstIdeograph ? 0.8 : 1;
 }
 
@@ -58,6 +58,12 @@ char32_t next(std::string_view& utf8) {
   return c;
 }
 
+bool endsWord(char32_t c) {
+  constexpr char32_t enDash = 0x2013;
+  constexpr char32_t emDash = 0x2014;
+  return c == '-' || c == '/' || c == softHyphen || c == zeroWidthSpace || c == enDash || c == emDash;
+}
+
 struct Word {
   double width = 0;
   double space = 0;  // behind it, where the line goes on
@@ -70,12 +76,12 @@ std::vector<Word> wordsOf(std::string_view text, double em) {
     const char32_t c = next(text);
     const bool isSpace = c == ' ' || c == '\n';
     const bool isApart = isSpace ? false : words.back().space > 0 || words.back().endsLine;
-    if (isApart || (c >= firstIdeograph && c != zeroWidthSpace && words.back().width > 0)) {
+    if (isApart || (c >= firstIdeograph && words.back().width > 0)) {
       words.emplace_back();
     }
     (isSpace ? words.back().space : words.back().width) += width(c) * em;
     if (c == '\n') words.back().endsLine = true;
-    if (c == '-' || c == '/' || c == softHyphen || c == zeroWidthSpace) words.emplace_back();
+    if (endsWord(c)) words.emplace_back();
   }
   return words;
 }

@@ -9,8 +9,8 @@
 namespace TalvoConsentSDK {
 
 /// Takes ASCII characters to be as wide as those of Inter, and others to be as wide as wide ones of their
-/// script are on average. Lines break at spaces, behind hyphens and slashes, and where a soft hyphen or a
-/// zero-width space stands.
+/// script are on average. Lines break at spaces, behind hyphens, dashes and slashes, and where a soft
+/// hyphen or a zero-width space stands.
 class EstimatedText : public TextMeasurer {
  public:
   explicit EstimatedText(double scale) : scale_(scale) {}

@@ -1,6 +1,7 @@
 // Whether refusing is as easy as accepting, and whether a person can see and switch whom consent is for.
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "TalvoConsentSDK/lint/Site.h"
@@ -102,7 +103,7 @@ void checkVendors(const Site& site, Report& report) {
     for (std::size_t i = 0; i < libraries.size(); ++i) {
       const std::string path = at("libraries", i);
       const std::string key = normalizedCategoryKey(libraries[i].category.value_or(""));
-      if (key == doNotSellCategory || std::ranges::find(known, key) == known.end()) {
+      if (std::ranges::find(known, key) == known.end()) {
         report.warning(document.name, path + ".category",
                        quoted(key) + " is no category with vendors, so that the service is never shown");
       } else if (!hasValue(libraries[i].vendor)) {

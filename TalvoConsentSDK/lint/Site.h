@@ -78,9 +78,8 @@ void forEachText(const JSONValue& value, const std::string& path, const Visit& v
   }
 }
 
-/// Categories that a tab can list; the do-not-sell one has no vendors.
+/// The categories of a tab; of one that lists none, all that a tab can list.
 std::vector<std::string> tabCategories(const BannerCustomization::TabItem& tab = {});
-inline constexpr std::string_view doNotSellCategory = "doNotSell";
 
 // The checks, each in a file of its own.
 void checkStructure(const Site& site, Report& report);

@@ -104,9 +104,11 @@ std::vector<LintFinding> lintSite(const SiteDocuments& documents,
   }
   std::vector<LintFinding> sorted;
   for (const std::string& name : order) {
-    for (LintFinding& each : findings) {
-      if (each.document == name) sorted.push_back(std::exchange(each, {}));
-    }
+    std::erase_if(findings, [&](const LintFinding& each) {
+      if (each.document != name) return false;
+      sorted.push_back(each);
+      return true;
+    });
   }
   return sorted;
 }

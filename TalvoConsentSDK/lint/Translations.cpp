@@ -1,6 +1,7 @@
 // What one language of a site has and another lacks.
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 #include "TalvoConsentSDK/lint/Site.h"
@@ -45,7 +46,7 @@ class Comparison {
       }
     } else if (mine.array() && other.array()) {
       compareLists(*mine.array(), *other.array(), path);
-    } else if (isSame_(path) && !(mine == other)) {
+    } else if (identifiesVendors(path) && !(mine == other)) {
       error(path, "differs from " + otherName_ + ", and stored consents go by it");
     }
   }
@@ -54,7 +55,7 @@ class Comparison {
   void error(const std::string& path, const std::string& sentence) { report_.error(name_, path, sentence); }
 
   // Consents name vendors by these, whatever the language was.
-  static bool isSame_(const std::string& path) {
+  static bool identifiesVendors(const std::string& path) {
     return path.starts_with("libraries") && (path.ends_with(".vendor") || path.ends_with(".category"));
   }
 

@@ -5,6 +5,7 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "TalvoConsentSDK/platform/Error.h"
 #include "TalvoConsentSDK/platform/Export.h"

@@ -15,9 +15,10 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// What the library runs on. No member is ever null: what a host leaves out is a null object, whose
-/// operations fail with an error that says so. Without an installed platform that is all of them, except for
-/// the printer, which writes to standard output; work then runs inline, on the caller's thread.
+/// What the library runs on. No member is ever null: what a host leaves out is a null object. Such a session
+/// or store fails with an error that says so, an executor runs work inline, on the caller's thread, and an
+/// application has no interface; texts are their keys, and lines go to standard output. Without an installed
+/// platform that is all of them.
 struct Platform {
   Platform();
 

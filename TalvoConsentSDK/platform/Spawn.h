@@ -82,15 +82,22 @@ Task<Result<T>> outcome(Task<T> task) {
 
 template <class T>
 Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
-  Result<T> result = co_await std::move(task);
+  std::optional<Result<T>> end;
+  try {
+    Result<T> result = co_await std::move(task);
+    end.emplace(std::move(result));
+  } catch (...) {  // the executor has not taken it
+    end.emplace(Error::current());
+  }
   callHost([&] {
-    if (done) done(std::move(result));
+    if (done) done(*std::move(end));
   });
 }
 
 }  // namespace detail
 
-/// Starts a task on `executor` without waiting for it. `done` hears of its end, once, on the executor.
+/// Starts a task on `executor` without waiting for it. `done` hears of its end, once, on the executor; on the
+/// caller's thread, should that throw instead of taking the task.
 template <class T>
 void spawn(const std::shared_ptr<Executor>& executor, Task<T> task, std::function<void(Result<T>)> done) {
   detail::run(detail::outcome(std::move(task)).on(executor), std::move(done));

@@ -22,7 +22,8 @@ struct Data {
 };
 
 /// A device's key-value store. Safe to call from any thread; a value set is visible at once to every reader
-/// of the process, and durable once `synchronize` has returned. A failed operation changes nothing.
+/// of the process, and durable once `synchronize` has returned. A failed operation changes nothing. Also
+/// called while a client is being created, so a store must not create one.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

@@ -58,16 +58,19 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   const auto scene = foregroundScene();
   if (!scene) return;
 
-  isOver_ = std::make_shared<bool>(false);
-  hostingController_ = std::make_shared<HostingController>(
-      bannerComposition(wrapped(bannerView).view(), customization), layoutDirection(customization));
-  hostingController_->setBackgroundColor(Color::clear());
+  const auto isOver = std::make_shared<bool>(false);
+  const auto controller = std::make_shared<HostingController>(
+      bannerComposition(wrapped(bannerView, isOver).view(), customization), layoutDirection(customization));
+  controller->setBackgroundColor(Color::clear());
 
   const auto window = scene->makeWindow();
-  window->setRootViewController(hostingController_);
+  window->setRootViewController(controller);
   window->setWindowLevel(WindowLevel::alert);
   window->setBackgroundColor(Color::clear());
   window->makeKeyAndVisible();
+  if (isOver_) *isOver_ = true;  // what a replaced banner reports would dismiss this one
+  isOver_ = isOver;
+  hostingController_ = controller;
   overlayWindow_ = window;
   window->setAlpha(0);
   window->animateAlpha(1, fadeDuration(), [] {});
@@ -85,8 +88,9 @@ void ConsentBannerPresenter::dismiss() {
   });
 }
 
-ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& bannerView) {
-  const auto dismissing = [self = weak_from_this(), isOver = isOver_](auto callback) {
+ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& bannerView,
+                                                  const std::shared_ptr<bool>& isOver) {
+  const auto dismissing = [self = weak_from_this(), isOver](auto callback) {
     return [self, isOver, callback = std::move(callback)](const auto&... arguments) {
       if (std::exchange(*isOver, true)) return;
       callback(arguments...);
@@ -98,7 +102,7 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
       .onAcceptAll = dismissing(callbacks.onAcceptAll),
       .onRejectAll = dismissing(callbacks.onRejectAll),
       .onManagePreferences =
-          [isOver = isOver_, manage = callbacks.onManagePreferences] {
+          [isOver, manage = callbacks.onManagePreferences] {
             if (!*isOver) manage();
           },
       .onSavePreferences = dismissing(callbacks.onSavePreferences),

@@ -21,14 +21,15 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
   /// Shows a banner in a new window on the first scene in the foreground, fading in. Without such a scene
   /// nothing happens. Accepting, rejecting, saving and closing dismiss the banner after they have been
   /// reported; managing preferences does not. A banner that is still on show is replaced. Once a banner has
-  /// reported one of them or is being dismissed, it reports nothing more, though it is still seen.
+  /// reported one of them, is being dismissed or has been replaced, it reports nothing more, even if it is
+  /// still seen.
   void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
 
   /// Fades the banner out and lets go of its window; nothing when there is none.
   void dismiss();
 
  private:
-  ConsentBannerView wrapped(const ConsentBannerView& bannerView);
+  ConsentBannerView wrapped(const ConsentBannerView& bannerView, const std::shared_ptr<bool>& isOver);
 
   std::shared_ptr<HostingController> hostingController_;
   std::shared_ptr<Window> overlayWindow_;

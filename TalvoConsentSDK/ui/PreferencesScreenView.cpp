@@ -19,7 +19,8 @@ AnyView PreferencesScreenView::body() const {
   }
   screen.addComponents(*components->secondaryScreen,
                        [this](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
-                         if (item.id != "tabs" || !item.tabs || item.tabs->empty()) return std::nullopt;
+                         if (item.id != "tabs" || !ComponentRendererFactory::isComplete(item))
+                           return std::nullopt;
                          return TabsComponentRenderer(*item.tabs, customization_,
                                                       customization_.messages.bannerMessages, services_,
                                                       bindings_, onVendorDetailTap_)

@@ -1,10 +1,10 @@
 #pragma once
 
-// A name kept for hosts that refer to it.
+// A name of the library's that stands for nothing yet.
 
 namespace TalvoConsentSDK {
 
-/// Has no operations; the banner view opens links itself.
+/// Has no operations: links are opened by `openExternally`.
 class UrlUtils {};
 
 }  // namespace TalvoConsentSDK

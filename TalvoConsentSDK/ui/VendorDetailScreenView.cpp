@@ -49,7 +49,7 @@ AnyView VendorDetailScreenView::body() const {
   screen.addComponents(
       *components->secondaryScreen,
       [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
-        if (item.id != "tabs" || !item.tabs || item.tabs->empty()) return std::nullopt;
+        if (item.id != "tabs" || !ComponentRendererFactory::isComplete(item)) return std::nullopt;
         if (std::exchange(isDrawn, true)) return AnyView();
         return VendorDetailRenderer(vendorGroup_, category, customization_, isOutOfUse, bindings_).render();
       });

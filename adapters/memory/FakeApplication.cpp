@@ -29,9 +29,9 @@ void FakeWindow::finishAnimations() {
 }
 
 bool FakeWindow::tap(Role role, const std::string& name) {
-  const auto& elements = controller->accessibleElements();
+  const auto& elements = controller->accessibleElements(true);
   const auto control = std::ranges::find_if(elements, [&](const AccessibleElement& each) {
-    return each.isControl() && each.role == role && each.name == name;
+    return each.isControl() && each.isEnabled && each.role == role && each.name == name;
   });
   return control != elements.end() && controller->activate(control->id);
 }

@@ -31,7 +31,7 @@ class FakeWindow : public Window {
   /// Lets every fade that has begun end, in order.
   void finishAnimations();
 
-  /// Taps the first enabled control with this role and name, wherever it is; false when there is none.
+  /// Taps the first enabled control with this role and name, in sight or not; false when there is none.
   bool tap(Role role, const std::string& name);
 
   std::shared_ptr<HostingController> controller;

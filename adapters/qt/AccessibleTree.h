@@ -33,7 +33,7 @@ class AccessibleTree {
   /// The interface of an element, the same one for as long as the element is there.
   QAccessibleInterface* item(const AccessibleElement& element);
 
-  /// In reading order; valid until the content changes. Their `control` is not.
+  /// In reading order; valid until the content changes.
   const std::vector<AccessibleElement>& elements();
   const AccessibleElement* find(ElementId id);
   bool hasDialog();

@@ -142,23 +142,23 @@ Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) 
 }
 
 Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio) {
-  return cached(
-      {2, inner.red, inner.green, inner.blue, outer.red, outer.green, outer.blue, cornerRadius, pixelRatio},
-      [&] {
-        const double corner = std::ceil(cornerRadius * reach) + 2;
-        const double side = 2 * corner + 2;
-        QImage image = blankImage(side, pixelRatio);
-        QPainter painter(&image);
-        painter.setRenderHint(QPainter::Antialiasing);
-        const auto stroke = [&](const Color& color, double inset) {
-          painter.setPen(QPen(toQColor(color), 2));
-          painter.drawPath(
-              continuousRect({inset, inset, side - 2 * inset, side - 2 * inset}, cornerRadius - inset));
-        };
-        stroke(outer, 1);
-        stroke(inner, 3);
-        return Patch{image, corner, 0};
-      });
+  const std::vector<double> key{2,           inner.red,  inner.green, inner.blue,   inner.alpha, outer.red,
+                                outer.green, outer.blue, outer.alpha, cornerRadius, pixelRatio};
+  return cached(key, [&] {
+    const double corner = std::ceil(cornerRadius * reach) + 2;
+    const double side = 2 * corner + 2;
+    QImage image = blankImage(side, pixelRatio);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const auto stroke = [&](const Color& color, double inset) {
+      painter.setPen(QPen(toQColor(color), 2));
+      painter.drawPath(
+          continuousRect({inset, inset, side - 2 * inset, side - 2 * inset}, cornerRadius - inset));
+    };
+    stroke(outer, 1);
+    stroke(inner, 3);
+    return Patch{image, corner, 0};
+  });
 }
 
 NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch) : patch_(patch) {

@@ -3,8 +3,8 @@
 // Boxes of any size from one small picture: its corners are drawn as they are, its edges and middle
 // stretched.
 
+#include <QColor>
 #include <QImage>
-#include <QMarginsF>
 #include <QPainterPath>
 #include <QSGNode>
 

@@ -19,8 +19,7 @@ class OverlayWindow : public Window {
   ~OverlayWindow() override;
 
   void setRootViewController(std::shared_ptr<HostingController> controller) override;
-  void setWindowLevel(WindowLevel) override {
-  }  // it lies on its host, which is all that an alert is above here
+  void setWindowLevel(WindowLevel) override {}  // it lies on its host, above which only alerts are
   void setBackgroundColor(Color color) override;
   void makeKeyAndVisible() override;
   void setAlpha(double alpha) override;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The host application as Qt sees it: every window on show is a scene.
+// The host application as Qt sees it: every top-level window is a scene.
 
 #include <memory>
 #include <vector>

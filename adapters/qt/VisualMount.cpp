@@ -1,12 +1,10 @@
 #include "adapters/qt/VisualMount.h"
 
+#include <algorithm>
+
 namespace TalvoConsentSDK {
 
 VisualMount::VisualMount(QQuickItem& root, const TextSettings& settings) : root_(root), settings_(settings) {}
-
-VisualMount::~VisualMount() {
-  items_.clear();
-}
 
 void VisualMount::update(const std::vector<Visual>& visuals) {
   std::map<Identity, std::unique_ptr<VisualItem>> kept;

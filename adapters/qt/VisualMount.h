@@ -18,7 +18,6 @@ namespace TalvoConsentSDK {
 class VisualMount {
  public:
   VisualMount(QQuickItem& root, const TextSettings& settings);
-  ~VisualMount();
 
   void update(const std::vector<Visual>& visuals);
 
@@ -30,7 +29,7 @@ class VisualMount {
   QQuickItem& root_;
   const TextSettings settings_;
   std::vector<std::unique_ptr<QQuickItem>> groups_;
-  std::map<Identity, std::unique_ptr<VisualItem>> items_;
+  std::map<Identity, std::unique_ptr<VisualItem>> items_;  // go before the groups they lie in
 };
 
 }  // namespace TalvoConsentSDK

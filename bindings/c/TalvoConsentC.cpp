@@ -76,7 +76,7 @@ void talvo_free(char* text) {
 
 talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data) {
   return guarded([&] {
-    const auto queue = std::make_shared<MainQueue>(closure(wake, {user_data, [](void*) {}}));
+    const auto queue = std::make_shared<MainQueue>(closure(wake, owned(user_data, nullptr)));
     MainLoop& loop = MainLoop::shared();
     const std::scoped_lock guard(loop.lock);
     if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));

@@ -12,7 +12,8 @@
  * The main thread is the one that calls talvo_drain. Call everything on it, except for what says otherwise.
  * Callbacks must not throw or jump out. A `user_data` must stay valid until its callback has been called, or,
  * where there is a `release`, until that has; both may be called on another thread, and `release` may be
- * null. Once the process has begun to exit, callbacks may no longer be called.
+ * null. Of a call that does not return TALVO_OK, neither is called. Once the process has begun to exit,
+ * callbacks may no longer be called.
  */
 
 #include <stddef.h>
@@ -101,7 +102,6 @@ TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** j
 /*
  * Sends a consent such as {"preferences":true,"statistics":false,"marketing":["vendor"]}, stores it once the
  * service has it, and raises its events; `callback`, which may be null, hears of it on a background thread.
- * When this does not return TALVO_OK, it is not called.
  */
 TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                                     talvo_reply_callback callback, void* user_data);
@@ -144,7 +144,10 @@ typedef struct talvo_topic {
   int selected; /* 0: no, else yes */
 } talvo_topic;
 
-/* Sends the choices of the person with this address. `callback` is called on a thread of the library's. */
+/*
+ * Sends the choices of the person with this address. `callback`, which may be null, is called on a thread of
+ * the library's, or, when there is nothing that could be sent, before this returns.
+ */
 TALVO_API talvo_status talvo_topics_submit(talvo_topics* client, const char* email, const talvo_topic* topics,
                                            size_t count, talvo_reply_callback callback, void* user_data);
 

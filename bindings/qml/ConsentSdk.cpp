@@ -42,7 +42,8 @@ ConsentSdk::ConsentSdk(QObject* parent) : QObject(parent) {}
 
 ConsentSdk::~ConsentSdk() = default;
 
-void ConsentSdk::componentComplete() {
+// The QML engine calls it, which nothing may be thrown through.
+void ConsentSdk::componentComplete() try {
   if (!CookiesSDK::getInstance()) {
     QtOptions options;
     options.text.scale = textScale_;
@@ -63,6 +64,8 @@ void ConsentSdk::componentComplete() {
     sdk_->addEventListener(event, std::make_shared<ConsentEventClosureCallback>(tell, [] {}));
   }
   emit consentChanged();
+} catch (...) {
+  report(Error::current());
 }
 
 void ConsentSdk::setLanguage(const QString& language) {

@@ -3,6 +3,7 @@
 // The client over a platform in memory. It is a singleton: each test needs a process of its own.
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/models/FullConsent.h"
 
 #include "tests/support/Testing.h"
 
@@ -33,12 +34,15 @@ class ClientTest : public ::testing::Test {
     return client;
   }
 
-  /// "METHOD path" of the requests since the last call.
+  /// "METHOD path" of the requests since the last call, and " for USER" of a consent that is a user's.
   Texts newRequests() {
     Texts texts;
     const auto all = platform.session->requests();
-    for (; seen < all.size(); ++seen)
+    for (; seen < all.size(); ++seen) {
+      const auto sent = JSONDecoder().decode<FullConsent>(all[seen].body.value_or("{}"));
       texts.push_back(all[seen].method + " " + all[seen].url.text().substr(root.size()));
+      if (sent && sent->userId) texts.back() += " for " + *sent->userId;
+    }
     return texts;
   }
 

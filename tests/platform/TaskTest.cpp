@@ -43,22 +43,27 @@ Task<int> sum(int count) {
   co_return total;
 }
 
-// Runs a task to its end, with no executor of its own.
+// Where no thread can be started.
+struct NoThread : Executor {
+  void post(std::function<void()>) override { throw std::runtime_error("no thread"); }
+};
+
+// Runs a task to its end, unless told otherwise with no executor of its own.
 template <class T>
-Result<T> outcome(Task<T> task) {
+Result<T> outcome(Task<T> task, const std::shared_ptr<Executor>& executor = nullptr) {
   std::promise<Result<T>> promise;
-  spawn<T>(nullptr, std::move(task), [&](Result<T> result) { promise.set_value(std::move(result)); });
+  spawn<T>(executor, std::move(task), [&](Result<T> result) { promise.set_value(std::move(result)); });
   return promise.get_future().get();
 }
 
 TEST(TaskTest, ReturnsOrThrowsOnceItIsAwaited) {
   (void)value(std::make_unique<int>(1));  // dropped with what it holds
-  constexpr int manyWaits = 100'000;      // more than a stack would hold, were each wait to deepen it
-  EXPECT_EQ(*outcome(sum(manyWaits)), manyWaits * 3);
+  EXPECT_EQ(*outcome(sum(100'000)), 300'000) << "more waits than a stack holds, were each to deepen it";
   EXPECT_EQ(*outcome(caughtFrom(failing(true))) + ", " + *outcome(caughtFrom(failing(false))),
             "ours, not ours");
   EXPECT_TRUE(outcome(failing(true)).error().as<PlatformError>());
   EXPECT_EQ(failure(outcome(failing(false))), "not ours");
+  EXPECT_EQ(failure(outcome(value(1), std::make_shared<NoThread>())), "no thread");
 }
 
 std::string where(const MemoryPlatform& threads) {
@@ -87,8 +92,7 @@ Task<void> visit(const MemoryPlatform& threads, std::string& trace) {
 
 TEST(TaskTest, GoesOnOnItsExecutorAfterEveryWait) {
   MemoryPlatform threads;
-  std::string bound;
-  std::string unbound;
+  std::string bound, unbound;
   spawn(threads.mainActor, visit(threads, bound));
   spawn(nullptr, visit(threads, unbound));
   EXPECT_EQ(bound, "");
@@ -107,8 +111,7 @@ TEST(TaskTest, EndsOnItsExecutorHoweverQuickThatIs) {
   std::thread::id end;
   spawn<int>(std::make_shared<QuickThread>(), value(1),
              [&](const Result<int>&) { end = std::this_thread::get_id(); });
-  EXPECT_NE(end, std::thread::id());
-  EXPECT_NE(end, std::this_thread::get_id());
+  EXPECT_TRUE(end != std::thread::id() && end != std::this_thread::get_id());
 }
 
 Task<std::thread::id> threadOf(std::shared_ptr<const int>) {

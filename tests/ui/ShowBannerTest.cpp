@@ -71,7 +71,7 @@ TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
     platform.mainActor->runAll();
     EXPECT_THAT(newRequests(), IsEmpty()) << "not on the main actor";
     platform.settle();
-    EXPECT_EQ(joined(newRequests()), method.empty() ? "" : method + " cookie-consent/s");
+    EXPECT_EQ(joined(newRequests()), method.empty() ? "" : method + " cookie-consent/s for u");
     EXPECT_EQ(joined(std::exchange(trace, {})), called) << "and no events";
     const std::string held = before == "none" ? R"({"id":"late"})" : before;
     const std::string values = R"("preferences":)" + given;

@@ -1,7 +1,6 @@
 #include "TalvoConsentSDK/ui/view/HostingController.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "TalvoConsentSDK/ui/view/ViewNode.h"
