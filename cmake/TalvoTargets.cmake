@@ -17,6 +17,9 @@ if(BUILD_SHARED_LIBS)
   endif()
   include(CheckLinkerFlag)
   check_linker_flag(CXX LINKER:-z,pack-relative-relocs TALVO_LINKER_PACKS_RELOCATIONS)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # clang's own linker writes code that is the same but once
+    check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=safe" TALVO_LINKER_FOLDS_CODE)
+  endif()
 endif()
 
 function(talvo_configure target)
@@ -51,7 +54,8 @@ function(talvo_add_library target alias)
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
         LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
-        $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>)
+        $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>
+        $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=safe>)
     endif()
   endif()
 endfunction()

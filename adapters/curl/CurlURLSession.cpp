@@ -154,8 +154,14 @@ class CurlURLSession::Worker {
       }
       void* const handle = transfer->handle();
       running_[handle] = {std::move(transfer), std::move(completion)};
-      curl_multi_add_handle(multi_, handle);
+      enter(handle, endings);
     }
+  }
+
+  // Of a handle that libcurl does not take, the outcome is due.
+  void enter(void* handle, std::vector<Ending>& endings) {
+    const CURLMcode code = curl_multi_add_handle(multi_, handle);
+    if (code != CURLM_OK) retire(handle, curlError(CURLE_FAILED_INIT, curl_multi_strerror(code)), endings);
   }
 
   void finish(std::vector<Ending>& endings) {
@@ -168,9 +174,9 @@ class CurlURLSession::Worker {
         retire(handle, *std::move(outcome), endings);
       } else {
         auto running = running_.extract(handle);
-        running.key() = running.mapped().transfer->handle();
-        curl_multi_add_handle(multi_, running.key());
+        void* const next = running.key() = running.mapped().transfer->handle();
         running_.insert(std::move(running));
+        enter(next, endings);
       }
     }
   }

@@ -168,7 +168,12 @@ void requireAllPages(const Handle& connection, const fs::path& file) {
     return std::stoll(Statement(connection, pragma).run().value_or("0"));
   };
   const std::int64_t size = numberOf("PRAGMA page_size"), count = numberOf("PRAGMA page_count");
-  const auto wholePages = [&] { return static_cast<std::int64_t>(fs::file_size(file)) / size; };
+  const auto wholePages = [&] {
+    std::error_code code;
+    const auto bytes = fs::file_size(file, code);
+    if (code) throw failure(SQLITE_IOERR, code.message());
+    return static_cast<std::int64_t>(bytes) / size;
+  };
   if (wholePages() >= count) return;
   const auto logged = pagesInLog(file, static_cast<std::size_t>(size));
   for (std::int64_t page = wholePages() + 1; page <= count; ++page) {
