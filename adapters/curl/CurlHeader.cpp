@@ -38,6 +38,12 @@ PlatformError tooLargeHeaderError() {
                    "The reply's header is larger than " + std::to_string(mostBytes) + " bytes");
 }
 
+bool CurlHeader::allows(std::string_view piece) {
+  const bool isFolded = !isWithinLine_ && (piece.starts_with(' ') || piece.starts_with('\t'));
+  isWithinLine_ = !piece.ends_with('\n');
+  return hasLine_ || !isFolded;
+}
+
 std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   bytes_ += line.size();
   if (bytes_ > mostBytes) return tooLargeHeaderError();
@@ -47,6 +53,8 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
     status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
     length_.clear();
+  } else if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) {
+    hasLine_ = true;
   }
   isWhole_ = (status_ >= 200 || status_ == 101) && trimmed(line).empty();
   constexpr std::string_view name = "Content-Length:";

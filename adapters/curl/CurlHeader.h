@@ -17,8 +17,15 @@ class CurlHeader {
   /// `largestBody` is a session's limit; there is none for a reply that has no body whatever its header says.
   explicit CurlHeader(std::optional<std::size_t> largestBody = std::nullopt) : largestBody_(largestBody) {}
 
+  /// Whether libcurl may read this piece of a line, of which it has said nothing yet. A first line that is
+  /// folded may not: to libcurl 7.88 it goes on with a line of the reply before, which is freed.
+  bool allows(std::string_view piece);
+
   /// Takes a line as libcurl hands it over, also of what trails a body. Gives why the reply is refused.
   std::optional<PlatformError> add(std::string_view line);
+
+  /// How many bytes have arrived, interim replies and what trails the body included.
+  std::size_t bytes() const noexcept { return bytes_; }
 
   /// Whether the line that ends it has arrived. libcurl takes a header that was cut off for a whole one.
   bool isWhole() const noexcept { return isWhole_; }
@@ -34,6 +41,8 @@ class CurlHeader {
   int status_ = 0;
   std::string length_;  // as declared
   bool isWhole_ = false;
+  bool isWithinLine_ = false;  // the next piece does not begin one
+  bool hasLine_ = false;       // other than those with a status
 };
 
 /// An error of the domain "CURL"; `code` is a `CURLcode`.

@@ -14,15 +14,13 @@ namespace TalvoConsentSDK {
 /// uses one again.
 class CurlSockets {
  public:
-  /// Numbers stay here after their socket has been closed; what has them next is told apart by its port.
   void add(int socket) { ports_[socket] = unknown; }
 
-  /// Whether anything has arrived, or the end, at the socket of this local port.
+  /// Whether anything has arrived, or the end, at the socket of this local port. A socket's number stays here
+  /// after it has been closed and may be another file's then; at worst that is a connection not used again.
   bool hasInput(int localPort) {
     for (auto& [socket, port] : ports_) {
       if (port == unknown) port = portOf(socket);
-      if (port != localPort) continue;
-      port = portOf(socket);
       char byte = 0;
       if (port == localPort && ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) >= 0) return true;
     }

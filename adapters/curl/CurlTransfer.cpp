@@ -98,8 +98,15 @@ bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
          part(CURLUPART_PORT) == other.part(CURLUPART_PORT);
 }
 
-CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request)
-    : rules_(rules), sockets_(sockets), request_(std::move(request)), patience_(patience(request_.timeout)) {}
+CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request,
+                           CurlHandle handle)
+    : rules_(rules),
+      sockets_(sockets),
+      request_(std::move(request)),
+      patience_(patience(request_.timeout)),
+      handle_(handle ? std::move(handle) : CurlHandle(curl_easy_init())) {
+  if (!handle_) throw std::bad_alloc();
+}
 
 std::optional<PlatformError> CurlTransfer::prepare() {
   if (auto refused = refusal(request_)) return refused;
@@ -174,13 +181,12 @@ std::optional<PlatformError> CurlTransfer::configure() {
   }
   body_.clear();
   header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.largestReply));
-  isNewConnection_ = isStaleConnection_ = false;
+  isNewConnection_ = isConnected_ = isStaleConnection_ = false;
   flaw_.reset();
   errorText_.front() = '\0';
   progress_ = {};
   lastProgress_ = Clock::now();
-  handle_.reset(curl_easy_init());
-  if (!handle_) return curlError(CURLE_OUT_OF_MEMORY, curl_easy_strerror(CURLE_OUT_OF_MEMORY));
+  curl_easy_reset(handle());
   configureConnection();
   configureMessage();
   configureCallbacks();
@@ -252,7 +258,7 @@ void CurlTransfer::configureCallbacks() {
   static_assert(std::tuple_size_v<decltype(errorText_)> >= CURL_ERROR_SIZE);
 
   constexpr auto received = [](char* bytes, std::size_t, std::size_t count, void* self) {
-    return static_cast<CurlTransfer*>(self)->receive(bytes, count);
+    return static_cast<CurlTransfer*>(self)->receive({bytes, count});
   };
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, static_cast<curl_write_callback>(received));
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
@@ -261,7 +267,9 @@ void CurlTransfer::configureCallbacks() {
   };
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, static_cast<curl_write_callback>(receivedHeader));
   curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // a proxy's are no part of the reply
+  // Each line goes to `receive` first, before libcurl has read it; a proxy\'s are no part of the reply.
+  curl_easy_setopt(easy, CURLOPT_HEADER, 1L);
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
 
   constexpr auto connects = [](void* self, curl_socket_t socket, curlsocktype) {
     static_cast<CurlTransfer*>(self)->sockets_.add(socket);
@@ -272,6 +280,8 @@ void CurlTransfer::configureCallbacks() {
   curl_easy_setopt(easy, CURLOPT_SOCKOPTDATA, this);
   constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
+    transfer.isConnected_ = true;
+    transfer.lastProgress_ = Clock::now();
     transfer.isStaleConnection_ = !transfer.isNewConnection_ && transfer.sockets_.hasInput(localPort);
     return transfer.isStaleConnection_ ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
   };
@@ -295,30 +305,33 @@ std::int64_t CurlTransfer::timeOf(int step) const {
 }
 
 void CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
-  long headerBytes = 0;
-  curl_easy_getinfo(handle(), CURLINFO_HEADER_SIZE, &headerBytes);
-  const Progress now{timeOf(CURLINFO_NAMELOOKUP_TIME_T),
-                     timeOf(CURLINFO_CONNECT_TIME_T),
-                     timeOf(CURLINFO_APPCONNECT_TIME_T),
-                     headerBytes,
-                     received,
-                     sent};
+  Progress now{progress_.steps, header_.bytes(), received, sent};
+  if (!isConnected_) {
+    now.steps = timeOf(CURLINFO_NAMELOOKUP_TIME_T) + timeOf(CURLINFO_CONNECT_TIME_T) +
+                timeOf(CURLINFO_APPCONNECT_TIME_T);
+  }
   if (now == progress_) return;
   progress_ = now;
   lastProgress_ = Clock::now();
 }
 
-std::size_t CurlTransfer::receive(const char* bytes, std::size_t count) {
-  if (count > rules_.largestReply - body_.size()) {
+// First come the pieces of the header's lines, then the body.
+std::size_t CurlTransfer::receive(std::string_view bytes) {
+  if (!header_.isWhole()) {
+    if (header_.allows(bytes)) return bytes.size();
+    flaw_ = curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read");
+    return CURL_WRITEFUNC_ERROR;
+  }
+  if (bytes.size() > rules_.largestReply - body_.size()) {
     flaw_ = tooLargeError(rules_.largestReply);
     return CURL_WRITEFUNC_ERROR;
   }
   try {
-    body_.append(bytes, count);
+    body_.append(bytes);
   } catch (const std::bad_alloc&) {  // must not pass through libcurl
     return CURL_WRITEFUNC_ERROR;
   }
-  return count;
+  return bytes.size();
 }
 
 std::size_t CurlTransfer::receiveHeader(std::string_view line) {
@@ -327,6 +340,8 @@ std::size_t CurlTransfer::receiveHeader(std::string_view line) {
   } catch (const std::bad_alloc&) {
     return CURL_WRITEFUNC_ERROR;
   }
+  if (header_.isWhole())
+    curl_easy_setopt(handle(), CURLOPT_HEADER, 0L);  // what trails the body is none of it
   return flaw_ ? CURL_WRITEFUNC_ERROR : line.size();
 }
 

@@ -37,27 +37,28 @@ struct CurlHandleDeleter {
 };
 using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 
-/// A request and its libcurl easy handle. Used by one thread. Every run has a handle of its own: given a
-/// second reply whose first header line is folded, a handle of libcurl 7.88 reads memory of the first that is
-/// freed.
+/// A request and its libcurl easy handle. Used by one thread.
 class CurlTransfer {
  public:
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules` and `sockets` outlive the transfer.
-  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request);
+  /// `rules` and `sockets` outlive the transfer. `handle` is a spare one of an earlier transfer, or null.
+  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-  /// The easy handle of the current run.
+  /// The easy handle.
   void* handle() const noexcept { return handle_.get(); }
 
-  /// Makes a handle ready to be run. Nothing, or why the request is refused.
+  /// Gives the handle away once the transfer has ended.
+  CurlHandle takeHandle() { return std::move(handle_); }
+
+  /// Makes the handle ready to be run. Nothing, or why the request is refused.
   std::optional<PlatformError> prepare();
 
   /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect, or a
-  /// connection that must not be used again: a new handle is then ready for the next run.
+  /// connection that must not be used again: the handle is then ready for its next run.
   std::optional<Outcome> finish(int code);
 
   /// When the transfer has gone without progress for too long, unless something moves before.
@@ -87,7 +88,9 @@ class CurlTransfer {
 
   // Whatever changes here is progress: times in microseconds, 0 until reached, and bytes.
   struct Progress {
-    std::int64_t resolved = 0, connected = 0, secured = 0, headerBytes = 0, received = 0, sent = 0;
+    std::int64_t steps = 0;  // the times at which names were resolved, connections made and secured, added
+    std::size_t headerBytes = 0;
+    std::int64_t received = 0, sent = 0;
 
     bool operator==(const Progress&) const = default;
   };
@@ -99,7 +102,7 @@ class CurlTransfer {
   void configureCallbacks();
   std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
-  std::size_t receive(const char* bytes, std::size_t count);
+  std::size_t receive(std::string_view bytes);
   std::size_t receiveHeader(std::string_view line);
 
   const CurlRules& rules_;
@@ -119,6 +122,7 @@ class CurlTransfer {
   std::string body_;
   CurlHeader header_;
   bool isNewConnection_ = false;
+  bool isConnected_ = false;
   bool isStaleConnection_ = false;
   std::optional<PlatformError> flaw_;  // for which the reply is refused
   Progress progress_;

@@ -119,6 +119,7 @@ class CurlURLSession::Worker {
 
  private:
   using Clock = CurlTransfer::Clock;
+  static constexpr std::size_t mostSpare = 32;  // some 6 KB each
 
   struct Arrival {
     URLRequest request;
@@ -147,7 +148,7 @@ class CurlURLSession::Worker {
 
   void begin(std::vector<Ending>& endings) {
     for (auto& [request, completion] : takeArrivals()) {
-      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, std::move(request));
+      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, std::move(request), takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
         continue;
@@ -173,10 +174,7 @@ class CurlURLSession::Worker {
       if (auto outcome = running_.at(handle).transfer->finish(code)) {
         retire(handle, *std::move(outcome), endings);
       } else {
-        auto running = running_.extract(handle);
-        void* const next = running.key() = running.mapped().transfer->handle();
-        running_.insert(std::move(running));
-        enter(next, endings);
+        enter(handle, endings);
       }
     }
   }
@@ -207,7 +205,16 @@ class CurlURLSession::Worker {
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});
+    if (spare_.size() < mostSpare) spare_.push_back(entry->second.transfer->takeHandle());
     running_.erase(entry);
+  }
+
+  // Making a handle costs more than resetting one.
+  CurlHandle takeSpare() {
+    if (spare_.empty()) return nullptr;
+    CurlHandle handle = std::move(spare_.back());
+    spare_.pop_back();
+    return handle;
   }
 
   // Ends everything. Connections are closed here and not in the destructor, since that can raise SIGPIPE,
@@ -221,6 +228,7 @@ class CurlURLSession::Worker {
       curl_multi_remove_handle(multi_, handle);
       retire(handle, closed, endings);
     }
+    spare_.clear();
     for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
     std::unique_lock waking(lock_);
     CURLM* const multi = std::exchange(multi_, nullptr);
@@ -244,7 +252,8 @@ class CurlURLSession::Worker {
   CurlSockets sockets_;
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
-  std::mutex lock_;                             // guards what follows; held for moments only
+  std::vector<CurlHandle> spare_;
+  std::mutex lock_;  // guards what follows; held for moments only
   std::vector<Arrival> arrivals_;
   bool waits_ = false;  // the thread would not see an arrival unless it is woken
   CURLM* multi_;        // null once freed
