@@ -13,13 +13,14 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-/// What one showBanner call read of the instance, and the host's closures.
+/// What one showBanner call read of the instance, the host's closures, and what the banner is made from: the
+/// documents, fetched unless they were cached, and the consent that was stored.
 struct BannerRequest {
   std::shared_ptr<ConsentStorage> storage;
   std::shared_ptr<APIClient> apiClient;
-  std::optional<BannerCustomization> cachedCustomization;
-  std::optional<Services> cachedServices;
-  std::optional<SiteConfiguration> cachedConfiguration;
+  std::optional<BannerCustomization> document;
+  std::optional<Services> services;
+  std::optional<SiteConfiguration> configuration;
   std::string language;
   std::optional<std::string> userId;
   std::string siteId;
@@ -29,6 +30,7 @@ struct BannerRequest {
   std::function<void()> onRejectAll;
   std::function<void()> onManagePreferences;
   std::function<void(Error)> onError;
+  std::optional<BasicConsent> initialConsent;
 
   void report(const Error& error) const {
     callHost([&] {
@@ -37,22 +39,14 @@ struct BannerRequest {
   }
 };
 
-using BannerRequestPointer = std::shared_ptr<const BannerRequest>;
-
-/// A banner on show: the consent stored and the document used when it was.
-struct ShownBanner {
-  BannerRequestPointer request;
-  std::optional<BasicConsent> initialConsent;
-  BannerCustomization document;
-};
+using BannerRequestPointer = std::shared_ptr<BannerRequest>;
 
 // Submits in the background, stores, and answers the host on the main actor.
-void submitDecision(const std::shared_ptr<const ShownBanner>& banner, const BasicConsent& consent,
+void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
                     const std::function<void()>& hostCallback) {
-  const BannerRequestPointer& request = banner->request;
-  FullConsent payload = explicitPayload(consent, banner->document, request->userId, request->siteId);
-  const bool isUpdate = banner->initialConsent.has_value();
-  if (isUpdate) payload.id = banner->initialConsent->id;
+  FullConsent payload = explicitPayload(consent, request->document, request->userId, request->siteId);
+  const bool isUpdate = request->initialConsent.has_value();
+  if (isUpdate) payload.id = request->initialConsent->id;
   spawn<ConsentResponse>(
       request->background,
       sendAndStore(request->apiClient, request->storage, std::move(payload), isUpdate, consent),
@@ -64,18 +58,15 @@ void submitDecision(const std::shared_ptr<const ShownBanner>& banner, const Basi
       });
 }
 
-BannerCallbacks callbacks(const std::shared_ptr<const ShownBanner>& banner) {
-  const BannerRequestPointer& request = banner->request;
+BannerCallbacks callbacks(const BannerRequestPointer& request) {
   return {
-      .onAcceptAll = [banner,
-                      request] { submitDecision(banner, BasicConsent::acceptAll(), request->onAcceptAll); },
-      .onRejectAll = [banner,
-                      request] { submitDecision(banner, BasicConsent::rejectAll(), request->onRejectAll); },
+      .onAcceptAll = [request] { submitDecision(request, BasicConsent::acceptAll(), request->onAcceptAll); },
+      .onRejectAll = [request] { submitDecision(request, BasicConsent::rejectAll(), request->onRejectAll); },
       .onManagePreferences =
           [request] { request->mainActor->post([request] { callHost(request->onManagePreferences); }); },
       .onSavePreferences =
-          [banner, request](const BasicConsent& consent) {
-            submitDecision(banner, consent, request->onManagePreferences);
+          [request](const BasicConsent& consent) {
+            submitDecision(request, consent, request->onManagePreferences);
           },
       .onClose = [] {},
   };
@@ -83,34 +74,27 @@ BannerCallbacks callbacks(const std::shared_ptr<const ShownBanner>& banner) {
 
 Task<void> presentBanner(BannerRequestPointer request) {
   try {
-    auto initialConsent = request->storage->loadConsent();
+    request->initialConsent = request->storage->loadConsent();
 
-    std::optional<BannerCustomization> document = request->cachedCustomization;
-    if (!document) {
+    if (!request->document) {
       auto fetch = request->apiClient->fetchBannerCustomization(request->language);
-      document = co_await std::move(fetch);
+      request->document = co_await std::move(fetch);
     }
-    if (!document->customization) {
+    if (!request->document->customization) {
       throw Error(PlatformError("TalvoConsentSDK", -5, "No customization data in response"));
     }
-
-    std::optional<Services> services = request->cachedServices;
-    if (!services) {
+    if (!request->services) {
       auto fetch = request->apiClient->fetchServices(request->language);
-      services = co_await std::move(fetch);
+      request->services = co_await std::move(fetch);
     }
-
-    std::optional<SiteConfiguration> configuration = request->cachedConfiguration;
-    if (!configuration) {
+    if (!request->configuration) {
       auto fetch = request->apiClient->fetchConfiguration();
-      configuration = co_await std::move(fetch);
+      request->configuration = co_await std::move(fetch);
     }
 
-    const auto banner =
-        std::make_shared<const ShownBanner>(ShownBanner{request, initialConsent, *std::move(document)});
-    const auto& customization = *banner->document.customization;
-    const ConsentBannerView view(customization, std::move(services), configuration, std::move(initialConsent),
-                                 callbacks(banner));
+    const auto& customization = *request->document->customization;
+    const ConsentBannerView view(customization, std::move(request->services), request->configuration,
+                                 request->initialConsent, callbacks(request));
     ConsentBannerPresenter::shared()->show(view, customization);
   } catch (...) {
     request->report(Error::current());
@@ -126,11 +110,11 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
   {
     const std::scoped_lock guard(state.lock);
     state.loadWhatIsUnknown();
-    request = std::make_shared<const BannerRequest>(
-        BannerRequest{state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
-                      state.cachedConfiguration, state.language, state.userId, state.siteId,
-                      state.platform.mainActor, state.platform.background, std::move(onAcceptAll),
-                      std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
+    request = std::make_shared<BannerRequest>(BannerRequest{
+        state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
+        state.cachedConfiguration, state.language, state.userId, state.siteId, state.platform.mainActor,
+        state.platform.background, std::move(onAcceptAll), std::move(onRejectAll),
+        std::move(onManagePreferences), std::move(onError), std::nullopt});
   }
   spawn(state.platform.mainActor, presentBanner(std::move(request)));
 }

@@ -63,6 +63,6 @@ struct Services {
 };
 
 /// The key that a category's services are filed under: the text in lower case, "preference" as "preferences".
-std::string normalizedCategoryKey(std::string_view category);
+TALVO_EXPORT std::string normalizedCategoryKey(std::string_view category);
 
 }  // namespace TalvoConsentSDK

@@ -6,6 +6,16 @@
 
 namespace TalvoConsentSDK {
 
+namespace {
+
+template <class Reply>
+Task<Reply> failed(HTTPClientError error) {
+  throw Error(std::move(error));
+  co_return Reply();
+}
+
+}  // namespace
+
 APIClient::APIClient(std::string baseUrl, std::string siteId, std::shared_ptr<HTTPClient> httpClient)
     : baseUrl_(std::move(baseUrl)), siteId_(std::move(siteId)), httpClient_(std::move(httpClient)) {}
 
@@ -22,34 +32,29 @@ Task<Services> APIClient::fetchServices(std::string language) const {
 }
 
 Task<ConsentResponse> APIClient::createConsent(FullConsent payload) const {
-  auto reply =
-      httpClient_->post<ConsentResponse>(endpoint("/cookie-consent/" + siteId_), payload, endpointHeaders());
-  co_return co_await std::move(reply);
+  auto url = endpointURL(baseUrl_, "/cookie-consent/" + siteId_);
+  if (!url) return failed<ConsentResponse>(HTTPClientError::invalidURL());
+  return httpClient_->post<ConsentResponse>(*std::move(url), payload, endpointHeaders());
 }
 
 Task<ConsentResponse> APIClient::updateConsent(FullConsent payload) const {
-  auto reply =
-      httpClient_->put<ConsentResponse>(endpoint("/cookie-consent/" + siteId_), payload, endpointHeaders());
-  co_return co_await std::move(reply);
+  auto url = endpointURL(baseUrl_, "/cookie-consent/" + siteId_);
+  if (!url) return failed<ConsentResponse>(HTTPClientError::invalidURL());
+  return httpClient_->put<ConsentResponse>(*std::move(url), payload, endpointHeaders());
 }
 
 Task<std::optional<FullConsent>> APIClient::fetchIdentifiedConsent(
     std::string userId, std::optional<std::string> consentId) const {
   std::string path = "/cookie-consent/" + siteId_ + "/identified/" + userId;
   if (consentId) path += "?consentId=" + *consentId;
-  return get<std::optional<FullConsent>>(std::move(path));
+  return get<std::optional<FullConsent>>(path);
 }
 
 template <class Reply>
-Task<Reply> APIClient::get(std::string path) const {
-  auto reply = httpClient_->get<Reply>(endpoint(path), endpointHeaders());
-  co_return co_await std::move(reply);
-}
-
-URL APIClient::endpoint(const std::string& path) const {
+Task<Reply> APIClient::get(const std::string& path) const {
   auto url = endpointURL(baseUrl_, path);
-  if (!url) throw Error(HTTPClientError::invalidURL());
-  return *std::move(url);
+  if (!url) return failed<Reply>(HTTPClientError::invalidURL());
+  return httpClient_->get<Reply>(*std::move(url), endpointHeaders());
 }
 
 }  // namespace TalvoConsentSDK

@@ -35,9 +35,7 @@ class APIClient {
 
  private:
   template <class Reply>
-  Task<Reply> get(std::string path) const;
-
-  URL endpoint(const std::string& path) const;
+  Task<Reply> get(const std::string& path) const;
 
   const std::string baseUrl_;
   const std::string siteId_;

@@ -26,9 +26,9 @@ struct Color {
 /// is not alphanumeric before and after it, such as a number sign. Unreadable text is opaque black. A
 /// character outside ASCII counts as one character and is never a digit; a leading "0x" is skipped, though it
 /// counts.
-Color colorFromText(std::string_view text);
+TALVO_EXPORT Color colorFromText(std::string_view text);
 
 /// Whether `text` is such a text to its last digit; the rule above makes something of others too.
-bool isColorText(std::string_view text);
+TALVO_EXPORT bool isColorText(std::string_view text);
 
 }  // namespace TalvoConsentSDK

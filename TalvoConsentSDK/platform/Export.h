@@ -1,8 +1,9 @@
 #pragma once
 
 // What a shared library shows of itself. Everything is compiled hidden; a public header opens its namespace
-// with TALVO_EXPORT, which makes what it declares visible. Errors define `what` in their source file, so that
-// their typeinfo is the library's alone: some platforms catch by its address.
+// with TALVO_EXPORT, which makes the classes that it declares visible. A function has it, too: to clang, the
+// namespace of its definition counts, which is opened without. Errors define `what` in their source file, so
+// that their typeinfo is the library's alone: some platforms catch by its address.
 
 #if defined(__GNUC__)
 #define TALVO_EXPORT __attribute__((visibility("default")))

@@ -27,10 +27,10 @@ class StandardOutput : public Printer {
 };
 
 /// Prints a line on the installed platform's printer. What that throws is contained.
-void print(std::string_view line) noexcept;
+TALVO_EXPORT void print(std::string_view line) noexcept;
 
 /// Runs code that a host handed over. What it throws is contained: one line is printed and the caller goes
 /// on.
-void callHost(const std::function<void()>& code) noexcept;
+TALVO_EXPORT void callHost(const std::function<void()>& code) noexcept;
 
 }  // namespace TalvoConsentSDK

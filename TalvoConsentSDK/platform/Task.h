@@ -22,7 +22,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 namespace detail {
 
 // On the executor, or here when there is none.
-void resume(const std::shared_ptr<Executor>& executor, std::coroutine_handle<> coroutine);
+TALVO_EXPORT void resume(const std::shared_ptr<Executor>& executor, std::coroutine_handle<> coroutine);
 
 // The two sides of a wait: the one that suspends and the one that delivers. Whoever arrives second goes on,
 // so that a wait that is over before it began neither suspends nor deepens the stack (symmetric transfer

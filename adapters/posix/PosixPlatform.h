@@ -16,7 +16,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Where an application's consents are kept unless it says otherwise: "consent.sqlite" in a folder that is
 /// named after the running program, inside XDG_DATA_HOME or else ".local/share" of the home folder. Nothing
 /// is created. Throws a `PlatformError` when the person has no home folder either.
-std::filesystem::path defaultStoreFile();
+TALVO_EXPORT std::filesystem::path defaultStoreFile();
 
 /// HTTP through libcurl, consents in the SQLite file `store`, a background thread, lines on standard output,
 /// and `mainQueue` as the main actor, which the host's main loop drains. There are no windows. Throws what
@@ -24,8 +24,8 @@ std::filesystem::path defaultStoreFile();
 ///
 ///     const auto mainQueue = std::make_shared<MainQueue>();
 ///     Platform::install(makePosixPlatform(mainQueue));
-Platform makePosixPlatform(std::shared_ptr<MainQueue> mainQueue,
-                           const std::filesystem::path& store = defaultStoreFile(),
-                           const CurlOptions& options = {});
+TALVO_EXPORT Platform makePosixPlatform(std::shared_ptr<MainQueue> mainQueue,
+                                        const std::filesystem::path& store = defaultStoreFile(),
+                                        const CurlOptions& options = {});
 
 }  // namespace TalvoConsentSDK

@@ -14,10 +14,10 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// A platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Call it on the thread of the
 /// QGuiApplication, once that exists. `store` is the file that consents are kept in; it is made when it is
 /// first needed.
-Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options = {});
+TALVO_EXPORT Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options = {});
 
 /// Puts Qt's windows into a platform whose other parts a host has chosen itself. Pictures are fetched with
 /// the platform's own session and executors.
-void addQtWindows(Platform& platform, const QtOptions& options);
+TALVO_EXPORT void addQtWindows(Platform& platform, const QtOptions& options);
 
 }  // namespace TalvoConsentSDK

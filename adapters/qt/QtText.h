@@ -16,10 +16,10 @@ struct TextSettings {
   double scale = 1;  // of every font, from 1 to about 3
 };
 
-QString toQString(std::string_view utf8);
+TALVO_EXPORT QString toQString(std::string_view utf8);
 
 /// Inter where it is installed, else the system's own font.
-QFont toQFont(const Font& font, const TextSettings& settings);
+TALVO_EXPORT QFont toQFont(const Font& font, const TextSettings& settings);
 
 /// A text broken into lines within `width` points; infinity breaks at newlines only. Where a word would be
 /// broken inside that need not be if the text were up to a third smaller, it is.

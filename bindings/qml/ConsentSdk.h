@@ -18,7 +18,7 @@ class CookiesSDK;
 class Error;
 
 /// Makes `import TalvoConsent` work: call it once, before the first QML file is loaded.
-void registerQmlTypes();
+TALVO_EXPORT void registerQmlTypes();
 
 /// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. What it is
 /// given counts once, when it is complete; only `language` can change later. GUI thread; every signal comes

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "TalvoConsentSDK/ui/view/TextPicture.h"
+#include "adapters/memory/TextPicture.h"
 
 #include "tests/ui/BannerTesting.h"
 

@@ -41,16 +41,16 @@ struct AccessibleElement {
 };
 
 /// Everything in a laid-out tree, what is scrolled out of sight included.
-std::vector<AccessibleElement> accessibleElements(const ElementTree& tree);
+TALVO_EXPORT std::vector<AccessibleElement> accessibleElements(const ElementTree& tree);
 
 /// The control that a touch at `point` is meant for: the topmost one drawn there, else the nearest one whose
 /// hit area holds the point. Disabled controls take part, so that a touch on one goes nowhere else.
-const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point);
+TALVO_EXPORT const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point);
 
 /// Whether anything is drawn at `point` that keeps touches from the host.
-bool isCovered(const ElementTree& tree, Point point);
+TALVO_EXPORT bool isCovered(const ElementTree& tree, Point point);
 
 /// Does what a control is for.
-void activate(const AccessibleControl& control);
+TALVO_EXPORT void activate(const AccessibleControl& control);
 
 }  // namespace TalvoConsentSDK

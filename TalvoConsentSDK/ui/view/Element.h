@@ -134,10 +134,10 @@ class ElementTree {
 };
 
 /// Forgets the measured sizes of an element and of all it lies in.
-void forgetSizes(Element& element);
+TALVO_EXPORT void forgetSizes(Element& element);
 
 /// Forgets the measured sizes of an element and of all in it.
-void forgetAllSizes(Element& element);
+TALVO_EXPORT void forgetAllSizes(Element& element);
 
 /// Calls `visit` for the element's children, the rows that exist included, in order.
 template <class Visit>

@@ -6,12 +6,11 @@
 #include <optional>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/ui/view/Element.h"
 #include "TalvoConsentSDK/ui/view/ViewEnvironment.h"
 #include "TalvoConsentSDK/ui/view/ViewNode.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
 
 /// A part of the window whose content scrolls.
 struct ScrollRegion {
@@ -34,7 +33,7 @@ struct LoadedImage {
   std::shared_ptr<const Image> image;  // null: still loading, or not to be had
 };
 
-/// One layout of a tree. Sizes already measured are taken from the elements.
+/// One layout of a tree. Sizes already measured are taken from the elements. Shared libraries do not show it.
 class Layout {
  public:
   Layout(ElementTree& tree, const ViewEnvironment& environment);

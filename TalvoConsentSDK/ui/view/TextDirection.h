@@ -11,6 +11,6 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The direction of most of the letters in UTF-8 `text`, so that a Latin name at its beginning does not
 /// decide for an Arabic sentence. Left to right when there are as many of one kind as of the other.
-LayoutDirection dominantDirection(std::string_view text);
+TALVO_EXPORT LayoutDirection dominantDirection(std::string_view text);
 
 }  // namespace TalvoConsentSDK

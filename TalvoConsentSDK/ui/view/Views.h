@@ -43,29 +43,29 @@ struct VerticalOptions {
   double spacing = 0;
 };
 
-AnyView text(std::string content, const TextOptions& options);
-AnyView symbol(const view::Symbol& symbol);
-AnyView asyncImage(URL url, double height);
-AnyView shape(Color color);
-AnyView button(const AnyView& label, std::function<void()> action);
-AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors);
-AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children);
-AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> children);
+TALVO_EXPORT AnyView text(std::string content, const TextOptions& options);
+TALVO_EXPORT AnyView symbol(const view::Symbol& symbol);
+TALVO_EXPORT AnyView asyncImage(URL url, double height);
+TALVO_EXPORT AnyView shape(Color color);
+TALVO_EXPORT AnyView button(const AnyView& label, std::function<void()> action);
+TALVO_EXPORT AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors);
+TALVO_EXPORT AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children);
+TALVO_EXPORT AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> children);
 
 /// Children one over the other, the last one on top.
-AnyView depthStack(Alignment alignment, std::vector<AnyView> children);
+TALVO_EXPORT AnyView depthStack(Alignment alignment, std::vector<AnyView> children);
 
-AnyView spacer();
-AnyView divider(Color color);
-AnyView scroll(const AnyView& content);
+TALVO_EXPORT AnyView spacer();
+TALVO_EXPORT AnyView divider(Color color);
+TALVO_EXPORT AnyView scroll(const AnyView& content);
 
 /// See `view::PinnedFooter`.
-AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
+TALVO_EXPORT AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
 
 /// See `view::LazyRows`; `row` makes the row at an index.
-AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);
+TALVO_EXPORT AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);
 
 /// A view with state of its own; `body` runs for every rendering.
-AnyView component(std::string name, std::function<AnyView(RenderContext&)> body);
+TALVO_EXPORT AnyView component(std::string name, std::function<AnyView(RenderContext&)> body);
 
 }  // namespace TalvoConsentSDK

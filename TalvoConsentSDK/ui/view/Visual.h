@@ -106,7 +106,7 @@ struct VisualState {
 
 /// Flattens a laid-out tree, in the order of painting. What lies outside its clip or the window is left out.
 /// Moving parts are drawn as they are at the animations' present time.
-std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environment, const VisualState& state,
-                            Animations& animations);
+TALVO_EXPORT std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environment,
+                                         const VisualState& state, Animations& animations);
 
 }  // namespace TalvoConsentSDK

@@ -1,4 +1,4 @@
-#include "TalvoConsentSDK/ui/view/TextPicture.h"
+#include "adapters/memory/TextPicture.h"
 
 #include <array>
 #include <charconv>
