@@ -10,7 +10,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 #include "TalvoConsentSDK/models/CodingError.h"
@@ -37,9 +36,6 @@ struct Codec<std::optional<T>> {
   static void read(const Node& node, const Path& path, std::optional<T>& value) {
     if (node.type() == Type::null) {
       value.reset();
-    } else if constexpr (std::is_same_v<T, std::string>) {
-      require(Type::string, node, path);
-      value.emplace(node.string());  // quicker than to assign to an empty one
     } else {
       Codec<T>::read(node, path, value.emplace());
     }
@@ -67,11 +63,20 @@ struct Codec<bool> {
 
 template <>
 struct Codec<std::string> {
-  static void read(const Node& node, const Path& path, std::string& value) {
-    require(Type::string, node, path);
-    value = node.string();
-  }
+  static void read(const Node& node, const Path& path, std::string& value);
   static void write(Writer& writer, const std::string& value) { writer.string(value); }
+};
+
+template <>
+struct Codec<std::optional<std::string>> {
+  static void read(const Node& node, const Path& path, std::optional<std::string>& value);
+  static void write(Writer& writer, const std::optional<std::string>& value) {
+    if (value) {
+      writer.string(*value);
+    } else {
+      writer.null();
+    }
+  }
 };
 
 template <class T>

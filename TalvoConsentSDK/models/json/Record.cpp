@@ -1,7 +1,11 @@
+// What a large catalogue mostly consists of, records and texts, is read here: this file is built for speed.
+
 #include "TalvoConsentSDK/models/json/Record.h"
 
 #include <array>
 #include <cstdint>
+
+#include "TalvoConsentSDK/models/json/Codec.h"
 
 namespace TalvoConsentSDK::json {
 
@@ -57,6 +61,18 @@ void writeRecord(Writer& writer, const void* record, std::span<const Field> fiel
     field.coding->write(writer, member);
   }
   writer.endObject();
+}
+
+void Codec<std::string>::read(const Node& node, const Path& path, std::string& value) {
+  require(Type::string, node, path);
+  value = node.string();
+}
+
+void Codec<std::optional<std::string>>::read(const Node& node, const Path& path,
+                                             std::optional<std::string>& value) {
+  if (node.type() == Type::null) return value.reset();
+  require(Type::string, node, path);
+  value.emplace(node.string());  // quicker than to assign to an empty one
 }
 
 }  // namespace TalvoConsentSDK::json
