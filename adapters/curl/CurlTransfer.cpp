@@ -36,15 +36,19 @@ bool isToken(std::string_view name) {
   return !name.empty() && name.find_first_not_of(allowed) == std::string_view::npos;
 }
 
+bool mayHaveBody(const URLRequest& request) {
+  return request.method == "POST" || request.method == "PUT";
+}
+
 std::optional<PlatformError> refusal(const URLRequest& request) {
   const auto refused = [](std::string text) {
     return curlError(CURLE_BAD_FUNCTION_ARGUMENT, std::move(text));
   };
-  const bool mayHaveBody = request.method == "POST" || request.method == "PUT";
-  if (!mayHaveBody && request.method != "GET" && request.method != "HEAD") {
+  if (!mayHaveBody(request) && request.method != "GET" && request.method != "HEAD") {
     return refused("The request's method is not GET, HEAD, POST or PUT");
   }
-  if (request.body && !mayHaveBody) return refused("A " + request.method + " request cannot have a body");
+  if (request.body && !mayHaveBody(request))
+    return refused("A " + request.method + " request cannot have a body");
   for (const auto& [name, value] : request.headers) {
     if (!isToken(name)) return refused("A header's name cannot be sent");
     if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
@@ -104,9 +108,7 @@ CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequ
       sockets_(sockets),
       request_(std::move(request)),
       patience_(patience(request_.timeout)),
-      handle_(handle ? std::move(handle) : CurlHandle(curl_easy_init())) {
-  if (!handle_) throw std::bad_alloc();
-}
+      handle_(handle ? std::move(handle) : makeHandle(rules)) {}
 
 std::optional<PlatformError> CurlTransfer::prepare() {
   if (auto refused = refusal(request_)) return refused;
@@ -186,98 +188,46 @@ std::optional<PlatformError> CurlTransfer::configure() {
   errorText_.front() = '\0';
   progress_ = {};
   lastProgress_ = Clock::now();
-  curl_easy_reset(handle());
   configureConnection();
   configureMessage();
-  configureCallbacks();
   return std::nullopt;
 }
 
-void CurlTransfer::configureConnection() {
-  CURL* const easy = handle();
-  curl_easy_setopt(easy, CURLOPT_CURLU, target_->url.get());
-  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, target_->scheme.c_str());
+// A handle with what is the same for all transfers of a session. What differs is set again for each run.
+CurlHandle CurlTransfer::makeHandle(const CurlRules& rules) {
+  CurlHandle handle(curl_easy_init());
+  if (!handle) throw std::bad_alloc();
+  CURL* const easy = handle.get();
   curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);  // `follow` does, hop by hop
   curl_easy_setopt(easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
   curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
-  if (!rules_.certificates.empty()) {
-    curl_blob blob{const_cast<char*>(rules_.certificates.data()), rules_.certificates.size(),
-                   CURL_BLOB_NOCOPY};
+  if (!rules.certificates.empty()) {
+    curl_blob blob{const_cast<char*>(rules.certificates.data()), rules.certificates.size(), CURL_BLOB_NOCOPY};
     curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
-  } else if (rules_.hasCertificateFile) {
-    curl_easy_setopt(easy, CURLOPT_CAPATH,
-                     nullptr);  // with a folder too, the file is read for every connection
+  } else if (rules.hasCertificateFile) {
+    // With a folder too, the file is read for every connection.
+    curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
   }
-  if (target_->isLoopback()) curl_easy_setopt(easy, CURLOPT_PROXY, "");
-
-  // A bound on connecting that the idle limit comes before. Of several addresses, curl gives all but the last
-  // at most half of it, so that one that does not answer leaves time for the next.
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(patience_).count();
-  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit + limit / 2));
-
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");           // all that this libcurl can decode
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // a proxy's are no part of the reply
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // ending a transfer does not wait for a slow name server
-}
-
-void CurlTransfer::configureMessage() {
-  CURL* const easy = handle();
-  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // all that this libcurl can decode
-  if (request_.method == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
-  const bool mayHaveBody = request_.method == "POST" || request_.method == "PUT";
-  if (mayHaveBody) {
-    curl_easy_setopt(easy, CURLOPT_POST, 1L);
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request_.body ? request_.body->data() : "");
-    curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
-                     static_cast<curl_off_t>(request_.body ? request_.body->size() : 0));
-    if (request_.method == "PUT") curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, "PUT");
-  }
-  // A POST or PUT: on a reused connection that closes unanswered, libcurl would send it again.
-  if (mayHaveBody || avoidsPool_) curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, 1L);
-
-  headers_.reset();
-  const auto add = [this](const std::string& line) {
-    curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
-    if (!longer) throw std::bad_alloc();
-    static_cast<void>(headers_.release());
-    headers_.reset(longer);
-  };
-  if (mayHaveBody) add("Expect:");  // no waiting for "100 Continue"
-  if (mayHaveBody && !request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
-  for (const auto& [name, value] : request_.headers) {
-    if (leftOrigin_ && isCredential(name)) continue;
-    const bool blank = value.find_first_not_of(" \t") == std::string::npos;
-    add(blank ? name + ";" : name + ": " + value);  // libcurl's way to send a header without a value
-  }
-  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
-}
-
-void CurlTransfer::configureCallbacks() {
-  CURL* const easy = handle();
-  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorText_.data());
-  static_assert(std::tuple_size_v<decltype(errorText_)> >= CURL_ERROR_SIZE);
 
   constexpr auto received = [](char* bytes, std::size_t, std::size_t count, void* self) {
     return static_cast<CurlTransfer*>(self)->receive({bytes, count});
   };
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, static_cast<curl_write_callback>(received));
-  curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
   constexpr auto receivedHeader = [](char* bytes, std::size_t, std::size_t count, void* self) {
     return static_cast<CurlTransfer*>(self)->receiveHeader({bytes, count});
   };
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, static_cast<curl_write_callback>(receivedHeader));
-  curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-  // Each line goes to `receive` first, before libcurl has read it; a proxy\'s are no part of the reply.
-  curl_easy_setopt(easy, CURLOPT_HEADER, 1L);
-  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-
   constexpr auto connects = [](void* self, curl_socket_t socket, curlsocktype) {
     static_cast<CurlTransfer*>(self)->sockets_.add(socket);
     static_cast<CurlTransfer*>(self)->isNewConnection_ = true;
     return int{CURL_SOCKOPT_OK};
   };
   curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, static_cast<curl_sockopt_callback>(connects));
-  curl_easy_setopt(easy, CURLOPT_SOCKOPTDATA, this);
   constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
     transfer.isConnected_ = true;
@@ -286,15 +236,67 @@ void CurlTransfer::configureCallbacks() {
     return transfer.isStaleConnection_ ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
   };
   curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, static_cast<curl_prereq_callback>(isConnected));
-  curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
-
   constexpr auto moved = [](void* self, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
     static_cast<CurlTransfer*>(self)->noteProgress(down, up);
     return 0;
   };
   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, static_cast<curl_xferinfo_callback>(moved));
-  curl_easy_setopt(easy, CURLOPT_XFERINFODATA, this);
   curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
+  return handle;
+}
+
+void CurlTransfer::configureConnection() {
+  CURL* const easy = handle();
+  curl_easy_setopt(easy, CURLOPT_CURLU, target_->url.get());
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, target_->scheme.c_str());
+  curl_easy_setopt(easy, CURLOPT_PROXY, target_->isLoopback() ? "" : nullptr);
+  // A POST or PUT: on a reused connection that closes unanswered, libcurl would send it again.
+  curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, mayHaveBody(request_) || avoidsPool_ ? 1L : 0L);
+
+  // A bound on connecting that the idle limit comes before. Of several addresses, curl gives all but the last
+  // at most half of it, so that one that does not answer leaves time for the next.
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(patience_).count();
+  curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit + limit / 2));
+
+  for (const CURLoption data : {CURLOPT_WRITEDATA, CURLOPT_HEADERDATA, CURLOPT_SOCKOPTDATA,
+                                CURLOPT_PREREQDATA, CURLOPT_XFERINFODATA}) {
+    curl_easy_setopt(easy, data, this);
+  }
+  curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, errorText_.data());
+  static_assert(std::tuple_size_v<decltype(errorText_)> >= CURL_ERROR_SIZE);
+}
+
+void CurlTransfer::configureMessage() {
+  CURL* const easy = handle();
+  const std::string* const body = request_.body ? &*request_.body : nullptr;
+  curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body ? body->data() : "");
+  curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body ? body->size() : 0));
+  curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, request_.method == "PUT" ? "PUT" : nullptr);
+  if (mayHaveBody(request_)) {
+    curl_easy_setopt(easy, CURLOPT_POST, 1L);
+  } else {
+    curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
+    if (request_.method == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
+  }
+  curl_easy_setopt(easy, CURLOPT_HEADER, 1L);  // each line goes to `receive` first, before libcurl reads it
+
+  headers_.reset();
+  const auto add = [this](const std::string& line) {
+    curl_slist* const longer = curl_slist_append(headers_.get(), line.c_str());
+    if (!longer) throw std::bad_alloc();
+    static_cast<void>(headers_.release());
+    headers_.reset(longer);
+  };
+  if (mayHaveBody(request_)) {
+    add("Expect:");                                                        // no waiting for "100 Continue"
+    if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
+  }
+  for (const auto& [name, value] : request_.headers) {
+    if (leftOrigin_ && isCredential(name)) continue;
+    const bool blank = value.find_first_not_of(" \t") == std::string::npos;
+    add(blank ? name + ";" : name + ": " + value);  // libcurl's way to send a header without a value
+  }
+  curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
 }
 
 // In microseconds; 0 until it is reached.

@@ -43,7 +43,8 @@ class CurlTransfer {
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules` and `sockets` outlive the transfer. `handle` is a spare one of an earlier transfer, or null.
+  /// `rules` and `sockets` outlive the transfer. `handle` is a spare one of an earlier transfer of the same
+  /// session, or null.
   CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
@@ -95,11 +96,12 @@ class CurlTransfer {
     bool operator==(const Progress&) const = default;
   };
 
+  static CurlHandle makeHandle(const CurlRules& rules);
+
   std::optional<PlatformError> follow(int status, const char* location);
   std::optional<PlatformError> configure();
   void configureConnection();
   void configureMessage();
-  void configureCallbacks();
   std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
   std::size_t receive(std::string_view bytes);
