@@ -36,10 +36,10 @@ def environment():
 class Figures:
     """The medians of one benchmark program's repetitions, by name; nanoseconds."""
 
-    def __init__(self, program, quick, env, time_name="cpu_time", interleaved=True):
+    def __init__(self, program, quick, env, time_name="cpu_time", interleaved=True, repetitions=9, seconds=0.2):
         command = [BENCHMARKS / program, "--benchmark_format=json", "--benchmark_report_aggregates_only=true",
-                   "--benchmark_min_time=" + ("0.05" if quick else "0.2"),
-                   "--benchmark_repetitions=" + ("3" if quick else "9")]
+                   f"--benchmark_min_time={0.05 if quick else seconds}",
+                   f"--benchmark_repetitions={3 if quick else repetitions}"]
         if interleaved:  # so that what else the machine does falls on all of them
             command.append("--benchmark_enable_random_interleaving=true")
         units = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -135,7 +135,8 @@ def store(table, quick, env):
 
 
 def transport(table, quick, env):
-    wall = Figures("transport_benchmark", quick, env, "real_time")
+    # Two threads that wake each other: how long that takes changes by the moment.
+    wall = Figures("transport_benchmark", quick, env, "real_time", repetitions=31, seconds=0.05)
     for method in ("GET", "POST"):
         for flight in (1, 32):
             ours, limit = (wall[f"requests/{method}/{name}/{flight}"] for name in ("ours", "bare-curl"))

@@ -50,7 +50,7 @@ struct Codec<std::optional<T>> {
 };
 
 /// Room made in advance for an array's elements. Beyond it they must have been read to be believed.
-inline constexpr std::size_t mostReservedBytes = std::size_t{64} << 20U;
+inline constexpr std::size_t mostReservedBytes = std::size_t{128} << 20U;
 
 template <>
 struct Codec<bool> {
