@@ -1,7 +1,7 @@
 #pragma once
 
-// Records as tables of their fields, read and written by one piece of code; one per record would be most of
-// the library.
+// Records as tables of their fields, read and written by one piece of code; one per record was a sixth of the
+// library.
 
 #include <cstddef>
 #include <span>
