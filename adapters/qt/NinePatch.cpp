@@ -3,6 +3,7 @@
 #include <QPainter>
 #include <QQuickWindow>
 #include <QSGImageNode>
+#include <QSGRectangleNode>
 #include <QSGTexture>
 #include <algorithm>
 #include <array>
@@ -46,6 +47,17 @@ std::vector<double> blurredAndTransposed(const std::vector<double>& map, int sid
     }
   }
   return result;
+}
+
+// Of a picture every pixel of which has it.
+std::optional<QColor> onlyColor(const QImage& image) {
+  const QRgb first = image.pixel(0, 0);
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      if (image.pixel(x, y) != first) return std::nullopt;
+    }
+  }
+  return QColor::fromRgba(first);
 }
 
 // Every window may have a render thread of its own.
@@ -101,7 +113,7 @@ Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(continuousRect({0, 0, side, side}, cornerRadius), toQColor(color));
-    return Patch{image, corner, 0};
+    return Patch(image, corner, 0);
   });
 }
 
@@ -137,7 +149,7 @@ Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) 
             image.setPixelColor(x, y, toQColor(color.withAlpha(a)));
           }
         }
-        return Patch{image, corner, overhang};
+        return Patch(image, corner, overhang);
       });
 }
 
@@ -157,45 +169,63 @@ Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, dou
     };
     stroke(outer, 1);
     stroke(inner, 3);
-    return Patch{image, corner, 0};
+    return Patch(image, corner, 0);
   });
 }
 
-NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch) : patch_(patch) {
-  QSGTexture* texture = window.createTextureFromImage(patch.image, QQuickWindow::TextureHasAlphaChannel);
-  for (int i = 0; i < 9; ++i) {
-    QSGImageNode* node = window.createImageNode();
-    node->setTexture(texture);
-    node->setOwnsTexture(i == 0);
-    node->setFiltering(QSGTexture::Linear);
-    appendChildNode(node);
+Patch::Patch(const QImage& image, double corner, double overhang)
+    : image(image), corner(corner), overhang(overhang) {
+  const int side = image.width();
+  const int cut = static_cast<int>(std::lround(corner * image.devicePixelRatio()));
+  const std::array cuts{0, cut, side - cut, side};
+  for (std::size_t part = 0; part < plain.size(); ++part) {
+    const std::size_t row = part / 3, column = part % 3;
+    plain[part] = onlyColor(
+        image.copy(QRect(QPoint(cuts[column], cuts[row]), QPoint(cuts[column + 1] - 1, cuts[row + 1] - 1))));
   }
 }
 
-void NinePatchNode::resize(const QSizeF& box) {
-  const double ratio = patch_.image.devicePixelRatio();
-  const double source = patch_.image.width();
+NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch, const QSizeF& box) {
+  const double ratio = patch.image.devicePixelRatio();
+  const double source = patch.image.width();
   const auto cuts = [&](double length) {
-    const double whole = length + 2 * patch_.overhang;
-    const double corner = std::min(patch_.corner, whole / 2);
-    return std::array{-patch_.overhang, corner - patch_.overhang, length + patch_.overhang - corner,
-                      length + patch_.overhang};
+    const double whole = length + 2 * patch.overhang;
+    const double corner = std::min(patch.corner, whole / 2);
+    std::array cuts{-patch.overhang, corner - patch.overhang, length + patch.overhang - corner,
+                    length + patch.overhang};
+    for (double& cut : cuts) cut = std::round(cut * ratio) / ratio;  // fills and pictures round differently
+    return cuts;
   };
   const auto sourceCuts = [&](double length) {
-    const double corner = std::min(patch_.corner, length / 2 + patch_.overhang) * ratio;
+    const double corner = std::round(std::min(patch.corner, length / 2 + patch.overhang) * ratio);
     return std::array{0.0, corner, source - corner, source};
   };
   const auto x = cuts(box.width());
   const auto y = cuts(box.height());
   const auto u = sourceCuts(box.width());
   const auto v = sourceCuts(box.height());
-  QSGNode* child = firstChild();
-  for (std::size_t row = 0; row < 3; ++row) {
-    for (std::size_t column = 0; column < 3; ++column, child = child->nextSibling()) {
-      auto* node = static_cast<QSGImageNode*>(child);
-      node->setRect(QRectF(QPointF(x[column], y[row]), QPointF(x[column + 1], y[row + 1])));
-      node->setSourceRect(QRectF(QPointF(u[column], v[row]), QPointF(u[column + 1], v[row + 1])));
+  QSGTexture* texture = nullptr;
+  for (std::size_t part = 0; part < patch.plain.size(); ++part) {
+    const std::size_t row = part / 3, column = part % 3;
+    const QRectF area(QPointF(x[column], y[row]), QPointF(x[column + 1], y[row + 1]));
+    if (area.isEmpty()) continue;
+    if (const auto& color = patch.plain[part]) {
+      if (color->alpha() == 0) continue;
+      QSGRectangleNode* node = window.createRectangleNode();
+      node->setColor(*color);
+      node->setRect(area);
+      appendChildNode(node);
+      continue;
     }
+    QSGImageNode* node = window.createImageNode();
+    const bool isFirst = !texture;
+    if (isFirst) texture = window.createTextureFromImage(patch.image, QQuickWindow::TextureHasAlphaChannel);
+    node->setTexture(texture);
+    node->setOwnsTexture(isFirst);
+    node->setFiltering(QSGTexture::Linear);
+    node->setRect(area);
+    node->setSourceRect(QRectF(QPointF(u[column], v[row]), QPointF(u[column + 1], v[row + 1])));
+    appendChildNode(node);
   }
 }
 

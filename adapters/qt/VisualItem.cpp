@@ -180,8 +180,7 @@ struct NodeMaker {
   }
 
   QSGNode* patch(const Patch& look, QPointF offset = {}) const {
-    auto* nine = new NinePatchNode(window, look);
-    nine->resize(size);
+    auto* nine = new NinePatchNode(window, look, size);
     if (offset.isNull()) return nine;
     auto* moved = new QSGTransformNode;
     QMatrix4x4 matrix;
