@@ -45,14 +45,15 @@ class Figures:
         if interleaved:  # so that what else the machine does falls on all of them
             command.append("--benchmark_enable_random_interleaving=true")
         units = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
-        self.values, self.processor = {}, {}
+        self.values, self.processor, self.pairs = {}, {}, {}
         for each in json.loads(run(command, env=env, cwd=BENCHMARKS))["benchmarks"]:
             if each.get("error_occurred"):
                 raise SystemExit(f"{program}: {each['name']}: {each['error_message']}")
             if each["aggregate_name"] == "median":
-                name = re.sub("/(process_time|real_time)", "", each["run_name"])
+                name = re.sub("/(process_time|real_time|iterations:[0-9]+)", "", each["run_name"])
                 self.values[name] = each[time_name] * units[each["time_unit"]]
                 self.processor[name] = each["cpu_time"] * units[each["time_unit"]]
+                self.pairs[name] = {key: each[key] for key in ("ours", "bare", "ratio") if key in each}
 
     def __getitem__(self, name):
         return self.values[name]
@@ -139,15 +140,15 @@ def store(table, quick, env):
 def transport(table, quick, env):
     # One by one, client and server take turns: on one processor, since to wake another that sleeps takes longer than the
     # request, and how much longer changes by the moment.
-    walls = {flight: Figures("transport_benchmark", quick, env, "real_time", repetitions=15, seconds=0.05,
-                             only=f"requests/.*/{flight}/|submission", on_one_processor=flight == 1) for flight in (1, 32)}
+    pairs = {flight: Figures("transport_benchmark", quick, env, repetitions=45, only=f"/{flight}/|submission",
+                             on_one_processor=flight == 1).pairs for flight in (1, 32)}
     for method in ("GET", "POST"):
-        for flight, wall in walls.items():
-            ours, limit = (wall[f"requests/{method}/{name}/{flight}"] for name in ("ours", "bare-curl"))
-            table.add(f"1,000 {method} requests, {flight} in flight", ours, limit=limit, limit_name="bare libcurl multi",
-                      budget=within(ours / limit, 1.2))
-    wall = walls[32]
-    table.add("submission on loopback", wall["submission/ours"], limit=wall["submission/bare-curl-and-sqlite"],
+        for flight, figures in pairs.items():
+            pair = figures[f"requests/{method}/{flight}"]
+            table.add(f"1,000 {method} requests, {flight} in flight", pair["ours"], limit=pair["bare"], ratio=pair["ratio"],
+                      limit_name="bare libcurl multi", budget=within(pair["ratio"], 1.2))
+    pair = pairs[32]["submission"]
+    table.add("submission on loopback", pair["ours"], limit=pair["bare"], ratio=pair["ratio"],
               limit_name="bare libcurl + SQLite")
 
 
