@@ -136,10 +136,10 @@ void submission(State& state) {
   const BasicConsent choices[] = {BasicConsent::acceptAll(), BasicConsent::rejectAll()};
   const std::string values[] = {JSONEncoder().encode(choices[0]).value(),
                                 JSONEncoder().encode(choices[1]).value()};
-  int turn = 0;
+  int submitted = 0, saved = 0;
   const auto ours = [&] {
     Countdown done(1);
-    client->submitConsent(choices[turn++ % 2], [&](const Result<ConsentResponse>& response) {
+    client->submitConsent(choices[submitted++ % 2], [&](const Result<ConsentResponse>& response) {
       if (!response) std::abort();
       done.countDown();
     });
@@ -147,7 +147,7 @@ void submission(State& state) {
   };
   const auto bare = [&] {
     curl.run(1, 1);
-    store.save("consent", values[turn % 2]);
+    store.save("consent", values[saved++ % 2]);
   };
   measurePair(state, ours, bare);
 }
