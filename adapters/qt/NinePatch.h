@@ -1,7 +1,7 @@
 #pragma once
 
 // Boxes of any size from one small picture: its corners are drawn as they are, its edges and middle
-// stretched.
+// stretched or, where they have one colour, filled.
 
 #include <QColor>
 #include <QImage>
@@ -38,9 +38,9 @@ Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio);
 Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio);
 Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio);
 
-/// Draws a patch around a box of this size. Parts of one colour, most of the area, are filled instead of
-/// stretched: several times as fast where the processor draws, and what they hide is not drawn at all. (The
-/// scene graph's own nine-patch node is drawn wrongly by the software renderer at pixel ratios above 1.)
+/// Draws a patch around a box of this size. Filling is several times as fast as stretching where the
+/// processor draws, and what it hides is not drawn at all. (The scene graph's own nine-patch node is drawn
+/// wrongly by the software renderer at pixel ratios above 1.)
 class NinePatchNode : public QSGNode {
  public:
   NinePatchNode(QQuickWindow& window, const Patch& patch, const QSizeF& box);
