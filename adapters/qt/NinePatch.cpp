@@ -60,6 +60,17 @@ std::optional<QColor> onlyColor(const QImage& image) {
   return QColor::fromRgba(first);
 }
 
+void findPlainParts(Patch& patch) {
+  const int side = patch.image.width();
+  const int cut = static_cast<int>(std::lround(patch.corner * patch.image.devicePixelRatio()));
+  const std::array cuts{0, cut, side - cut, side};
+  for (std::size_t part = 0; part < patch.plain.size(); ++part) {
+    const std::size_t row = part / 3, column = part % 3;
+    const QRect area(QPoint(cuts[column], cuts[row]), QPoint(cuts[column + 1] - 1, cuts[row + 1] - 1));
+    patch.plain[part] = onlyColor(patch.image.copy(area));
+  }
+}
+
 // Every window may have a render thread of its own.
 template <class Make>
 Patch cached(const std::vector<double>& key, Make make) {
@@ -68,7 +79,9 @@ Patch cached(const std::vector<double>& key, Make make) {
   const std::scoped_lock guard(lock);
   const auto entry = patches.find(key);
   if (entry != patches.end()) return entry->second;
-  return patches.emplace(key, make()).first->second;
+  Patch& patch = patches.emplace(key, make()).first->second;
+  findPlainParts(patch);
+  return patch;
 }
 
 }  // namespace
@@ -113,7 +126,7 @@ Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio) {
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.fillPath(continuousRect({0, 0, side, side}, cornerRadius), toQColor(color));
-    return Patch(image, corner, 0);
+    return Patch{image, corner, 0};
   });
 }
 
@@ -149,7 +162,7 @@ Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) 
             image.setPixelColor(x, y, toQColor(color.withAlpha(a)));
           }
         }
-        return Patch(image, corner, overhang);
+        return Patch{image, corner, overhang};
       });
 }
 
@@ -169,20 +182,8 @@ Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, dou
     };
     stroke(outer, 1);
     stroke(inner, 3);
-    return Patch(image, corner, 0);
+    return Patch{image, corner, 0};
   });
-}
-
-Patch::Patch(const QImage& image, double corner, double overhang)
-    : image(image), corner(corner), overhang(overhang) {
-  const int side = image.width();
-  const int cut = static_cast<int>(std::lround(corner * image.devicePixelRatio()));
-  const std::array cuts{0, cut, side - cut, side};
-  for (std::size_t part = 0; part < plain.size(); ++part) {
-    const std::size_t row = part / 3, column = part % 3;
-    plain[part] = onlyColor(
-        image.copy(QRect(QPoint(cuts[column], cuts[row]), QPoint(cuts[column + 1] - 1, cuts[row + 1] - 1))));
-  }
 }
 
 NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch, const QSizeF& box) {
@@ -191,10 +192,11 @@ NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch, const QSi
   const auto cuts = [&](double length) {
     const double whole = length + 2 * patch.overhang;
     const double corner = std::min(patch.corner, whole / 2);
-    std::array cuts{-patch.overhang, corner - patch.overhang, length + patch.overhang - corner,
-                    length + patch.overhang};
-    for (double& cut : cuts) cut = std::round(cut * ratio) / ratio;  // fills and pictures round differently
-    return cuts;
+    std::array places{-patch.overhang, corner - patch.overhang, length + patch.overhang - corner,
+                      length + patch.overhang};
+    for (double& each : places)
+      each = std::round(each * ratio) / ratio;  // fills and pictures round differently
+    return places;
   };
   const auto sourceCuts = [&](double length) {
     const double corner = std::round(std::min(patch.corner, length / 2 + patch.overhang) * ratio);

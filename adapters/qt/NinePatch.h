@@ -25,12 +25,10 @@ QPainterPath continuousRect(const QRectF& rect, double cornerRadius);
 /// A picture of which `corner` points at every side are not stretched, and which reaches `overhang` points
 /// beyond the box it stands for.
 struct Patch {
-  Patch(const QImage& image, double corner, double overhang);
-
   QImage image;
-  double corner;
-  double overhang;
-  std::array<std::optional<QColor>, 9> plain;  // of each part, row by row: its colour, when it has only one
+  double corner = 0;
+  double overhang = 0;
+  std::array<std::optional<QColor>, 9> plain{};  // of each part, row by row: its colour, when it has only one
 };
 
 /// Patches are made once per look and pixel ratio, and kept.
