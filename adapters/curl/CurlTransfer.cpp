@@ -225,7 +225,7 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules) {
   constexpr auto connects = [](void* self, curl_socket_t socket, curlsocktype) {
     static_cast<CurlTransfer*>(self)->sockets_.add(socket);
     static_cast<CurlTransfer*>(self)->isNewConnection_ = true;
-    return int{CURL_SOCKOPT_OK};
+    return CURL_SOCKOPT_OK;
   };
   curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, static_cast<curl_sockopt_callback>(connects));
   constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {

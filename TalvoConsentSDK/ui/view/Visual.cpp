@@ -165,7 +165,7 @@ class Flattener {
       clip = part == ringPart ? grown : Rect{grown.x, clip->y, grown.width, clip->height};
     }
     ring.cornerRadius += reach;
-    push(element.id, part, element.frame.grownBy(reach), clip, opacity, std::move(ring));
+    push(element.id, part, element.frame.grownBy(reach), clip, opacity, ring);
   }
 
   void pushMain(const Element& element, double opacity, visual::Content content) {
