@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
+#include <vector>
 
 #include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Result.h"
@@ -19,6 +21,15 @@ struct Data {
   std::string bytes;
 
   friend bool operator==(const Data&, const Data&) = default;
+};
+
+/// One change of several that belong together: the value that `key` gets, or nothing to remove the key.
+struct StoreChange {
+  StoreChange(std::string changedKey, std::variant<std::monostate, Data, std::string> newValue)
+      : key(std::move(changedKey)), value(std::move(newValue)) {}
+
+  std::string key;
+  std::variant<std::monostate, Data, std::string> value;
 };
 
 /// A device's key-value store. Safe to call from any thread; a value set is visible at once to every reader
@@ -44,6 +55,11 @@ class UserDefaults {
 
   /// Removes the key and its value, if any.
   virtual Result<void> remove(std::string_view key) = 0;
+
+  /// Makes all of the changes or, should it fail, none, as one step that no reader or writer can come
+  /// between. A store without transactions may keep this default, which makes one change after the other in
+  /// the order given and stops at the first that fails; callers order them so that nothing is lost then.
+  virtual Result<void> commit(const std::vector<StoreChange>& changes);
 
   /// Makes everything set and removed so far durable.
   virtual Result<void> synchronize() = 0;

@@ -1,0 +1,29 @@
+#include "TalvoConsentSDK/platform/StoreDeadline.h"
+
+#include <algorithm>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+thread_local std::optional<std::chrono::steady_clock::time_point> current;
+
+}  // namespace
+
+StoreDeadline::StoreDeadline(std::chrono::milliseconds limit) : outer_(current) {
+  const auto deadline = std::chrono::steady_clock::now() + limit;
+  current = outer_ ? std::min(*outer_, deadline) : deadline;
+}
+
+StoreDeadline::~StoreDeadline() {
+  current = outer_;
+}
+
+std::chrono::milliseconds StoreDeadline::remaining(std::chrono::milliseconds otherwise) {
+  if (!current) return otherwise;
+  const auto left =
+      std::chrono::duration_cast<std::chrono::milliseconds>(*current - std::chrono::steady_clock::now());
+  return std::clamp(left, std::chrono::milliseconds(0), otherwise);
+}
+
+}  // namespace TalvoConsentSDK
