@@ -119,12 +119,13 @@ void SQLiteUserDefaults::Access::connect(StoreWaitEnd end, bool isAlone, bool& i
   const fs::path folder = withoutLinks(file).parent_path();
   makeFolder(folder);
   std::optional<FolderLock> opening;
-  if (!isAlone) opening.emplace(folder, FolderLock::Kind::shared, end);
+  if (!isAlone)
+    opening.emplace(folder, current ? FolderLock::Kind::exclusive : FolderLock::Kind::shared, end);
   if (current && current->fileIsInPlace()) {
     isDone = current->bringLogHome() && isDone;
     current = nullptr;
   } else if (current) {
-    current->abandon();
+    current->leaveBehind();
     lost = std::move(current);
   }
   auto opened = std::make_unique<StoreConnection>(file, end);

@@ -282,6 +282,14 @@ bool StoreConnection::bringLogHome() {
   return true;
 }
 
+void StoreConnection::leaveBehind() {
+  abandon();
+  if (identityOf(file_) == identity_) return;  // only a link has changed
+  std::error_code isMissing;
+  if (log_ == identityOf(log())) fs::remove(log(), isMissing);
+  if (index_ == identityOf(index())) fs::remove(index(), isMissing);
+}
+
 bool StoreConnection::takeOver(StoreConnection& other) {
   std::vector<StoreChange> values;
   try {

@@ -44,7 +44,12 @@ class StoreConnection {
 
   /// When somebody took the write-ahead log from beside the file: moves what is in it to the file, which is
   /// right unless somebody else has begun a new log meanwhile. Tells whether it did.
+  /// Hold the lock of the file's folder.
   bool bringLogHome();
+
+  /// When the path leads to another file: takes away the log that still stands there, which SQLite would take
+  /// for the other file's. This connection goes on with it.
+  void leaveBehind();
 
   /// Fills this store from another, as one step, if it holds no value yet. Tells whether it then holds what
   /// the other does.

@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/platform/StoreDeadline.h"
 
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
@@ -112,16 +113,118 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
   EXPECT_FALSE(SQLiteUserDefaults("").data("k"));
 }
 
-TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriter) {
-  SQLiteUserDefaults store(file);
+// A caller with a deadline waits no longer than that, also for a thread that goes on waiting.
+TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
+  const std::chrono::seconds patience(20);
+  SQLiteUserDefaults store(file, patience);
   store.set("k", Data("old")).value();
-  OtherConnection other(file);
+  const fs::path plainFile = file.parent_path() / "plain.db";  // has no write-ahead log yet
+  OtherConnection other(file), plain(plainFile), alone(file.parent_path() / "alone.db");
   other.execute("BEGIN IMMEDIATE");
+  plain.execute("CREATE TABLE t(x); BEGIN IMMEDIATE");
+  alone.execute("BEGIN EXCLUSIVE");
   std::thread writer([&] { store.set("k", Data("new")).value(); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  const auto start = std::chrono::steady_clock::now();
+  {
+    const StoreDeadline deadline(std::chrono::milliseconds(50));
+    EXPECT_THAT(store.remove("k").error().what(), HasSubstr(file.string()));
+    EXPECT_FALSE(store.commit({}));
+    for (const char* each : {"store.db", "plain.db", "alone.db"})
+      EXPECT_FALSE(SQLiteUserDefaults(file.parent_path() / each, patience).set("k", Data("mine"))) << each;
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, patience / 2);
   other.execute("COMMIT");
   writer.join();
   EXPECT_EQ(store.data("k").value(), Data("new"));
+}
+
+TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
+  for (const auto& [name, before, during, choice] : tableOf<4>("store/files.txt")) {
+    SCOPED_TRACE(name);
+    const TemporaryFolder own;
+    const fs::path path = own.file(), root = path.parent_path().parent_path();
+    const auto shell = [&](const std::string& command) {
+      EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
+    };
+    SQLiteUserDefaults(root / "theirs.db").set("choice", Data("theirs")).value();
+    shell(before);
+    SQLiteUserDefaults store(path);
+    store.commit({{"choice", Data("ours")}, {"long", std::string(20'000, 'x')}}).value();
+    EXPECT_EQ(SQLiteUserDefaults(path).data("choice").value(), Data("ours"));
+    shell(during);
+    EXPECT_TRUE(store.replace("next", std::nullopt, Data("new")).value());
+    for (const auto& each : fs::directory_iterator(path.parent_path()))
+      EXPECT_EQ(each.status().permissions(), fs::perms(0600)) << each.path();
+    for (int reader = 0; reader < 2; ++reader) {
+      EXPECT_EQ(statusOf(start([&] {
+                  SQLiteUserDefaults other(path);
+                  EXPECT_EQ(other.data("choice").value(), Data(choice));
+                  EXPECT_EQ(other.data("next").value(), Data("new"));
+                  EXPECT_EQ(other.string("long").value().has_value(), choice == "ours");
+                  EXPECT_EQ(other.set("seen", Data("by another")).has_value(), true);
+                })),
+                0);
+      EXPECT_EQ(store.data("seen").value(), Data("by another"));
+    }
+    EXPECT_THAT(printer->take(), IsEmpty());
+  }
+}
+
+TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
+  const std::string somebody = "somebody@example.com";
+  const auto isLeft = [&] {
+    return std::ranges::any_of(fs::directory_iterator(file.parent_path()), [&](const auto& each) {
+      return contentOf(each.path()).find(somebody) != std::string::npos;
+    });
+  };
+  fs::create_directories(file.parent_path());
+  OtherConnection earlier(file);  // a version that did not wipe
+  earlier.execute(
+      "PRAGMA secure_delete = OFF; CREATE TABLE defaults(key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT "
+      "NULL, value BLOB NOT NULL)"
+      " WITHOUT ROWID; PRAGMA user_version = 1; INSERT INTO defaults VALUES('k', 0, 'somebody@example.com');"
+      "DELETE FROM defaults");
+  ASSERT_TRUE(isLeft());
+  SQLiteUserDefaults store(file);
+  store.set("first", Data("change")).value();
+  EXPECT_FALSE(isLeft());
+
+  for (int n = 0; n < 40; ++n) {
+    const std::string key = std::to_string(n);
+    store.commit({{key, Data(std::string(500, 'x') + somebody)}, {key + key, std::string(300, 'y')}}).value();
+  }
+  for (int n = 0; n < 40; ++n) store.set(std::to_string(n), Data("z")).value();
+  store.set("user", somebody).value();
+  store.remove("user").value();
+  EXPECT_FALSE(isLeft());
+
+  store.set("user", somebody).value();
+  earlier.execute("BEGIN; SELECT * FROM defaults");  // now a reader that keeps the log in use
+  store.remove("user").value();
+  ASSERT_TRUE(isLeft());
+  earlier.execute("COMMIT");
+  SQLiteUserDefaults(file).set("next", Data("change")).value();
+  EXPECT_FALSE(isLeft());
+}
+
+// No descriptor may be left for a look at the log, while values stand only there.
+TEST_F(SQLiteUserDefaultsTest, FindsNoDamageWhereDescriptorsAreMissing) {
+  SQLiteUserDefaults store(file);
+  store.set("k", Data(std::string(20'000, 'x'))).value();
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  const rlim_t before = limit.rlim_cur;
+  const int next = ::dup(0);
+  ::close(next);
+  for (int left = 1; left < 8; ++left) {
+    limit.rlim_cur = static_cast<rlim_t>(next + left);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    const auto found = SQLiteUserDefaults(file).data("k");
+    limit.rlim_cur = before;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_TRUE(!found || found->has_value()) << left;
+  }
+  EXPECT_THAT(printer->take(), IsEmpty());
 }
 
 TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDamaged) {
@@ -141,20 +244,34 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-2")));
 }
 
+// From nothing, and from a damaged file, which all of them find.
 TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
   constexpr int processes = 8;
   const int keys = repetitions("TALVO_TEST_SAVES", 10);
-  std::array<pid_t, processes> children{};
-  for (int n = 0; n < processes; ++n) {
-    children[static_cast<std::size_t>(n)] = start([&] {
-      SQLiteUserDefaults store(file);
-      for (int key = 0; key < keys; ++key) store.set(std::to_string(n * keys + key), Data("v")).value();
-    });
+  for (const bool isDamaged : {false, true}) {
+    if (isDamaged) fs::remove_all(file.parent_path()), write(file, std::string(20'000, 'x'));
+    std::array<pid_t, processes> children{};
+    for (int n = 0; n < processes; ++n) {
+      children[static_cast<std::size_t>(n)] = start([&] {
+        SQLiteUserDefaults store(file);
+        for (int key = 0; key < keys; ++key) {
+          store.set(std::to_string(n * keys + key), Data("v")).value();
+        }
+        // The file grows and shrinks while others open it.
+        for (int round = 0; round < 3; ++round) {
+          store.set("large " + std::to_string(n), std::string(50'000, 'x')).value();
+          SQLiteUserDefaults(file).remove("large " + std::to_string(n)).value();
+        }
+        EXPECT_TRUE(isDamaged || printer->take().empty());
+      });
+    }
+    for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
+    SQLiteUserDefaults store(file);
+    for (int key = 0; key < processes * keys; ++key)
+      EXPECT_EQ(store.data(std::to_string(key)).value(), Data("v"));
+    EXPECT_FALSE(fs::exists(file.string() + ".damaged-2"));
+    EXPECT_EQ(contentOf(file.string() + ".damaged-1").size(), isDamaged ? 20'000u : 0u);
   }
-  for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
-  SQLiteUserDefaults store(file);
-  for (int key = 0; key < processes * keys; ++key)
-    EXPECT_EQ(store.data(std::to_string(key)).value(), Data("v"));
 }
 
 // What a process was told to be stored is there after it was killed, at whatever point.
@@ -168,7 +285,8 @@ TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
     const pid_t child = start([&] {
       SQLiteUserDefaults store(file);
       for (int n = last + 1;; ++n) {
-        store.set("k", Data(std::to_string(n) + padding)).value();
+        const Data value(std::to_string(n) + padding);
+        store.commit({{"k", value}, {"twin", value}}).value();
         if (::write(reports[1], &n, sizeof n) != sizeof n) return;
       }
     });
@@ -184,7 +302,9 @@ TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
     }
     ::close(reports[0]);
 
-    const auto stored = SQLiteUserDefaults(file).data("k").value();
+    SQLiteUserDefaults store(file);
+    const auto stored = store.data("k").value();
+    EXPECT_EQ(store.data("twin").value(), stored) << "half of a commit";
     last = stored ? std::stoi(stored->bytes) : 0;
     EXPECT_TRUE(!stored || stored->bytes == std::to_string(last) + padding);
     EXPECT_GE(last, acknowledged);
@@ -305,10 +425,12 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     const Data large(std::string(300'000, 'n'));
     EXPECT_THAT(told(store.set(key, large)), StartsWith(save));
     EXPECT_THAT(told(store.replace(key, Data(old), large)), StartsWith(save));
+    EXPECT_THAT(told(store.commit({{"a1", Data("changed")}, {key, large}})), StartsWith(save));
     EXPECT_TRUE(fault.starts_with("full") || told(store.remove("nothing")).starts_with(save));
     EXPECT_TRUE(save == "saved" || damaged.empty() || contentOf(file) == damaged);
     end();
     EXPECT_TRUE(store.data(key).value() == (save == "saved" ? large : Data(old)));
+    EXPECT_TRUE(store.data("a1").value() == (save == "saved" ? Data("changed") : filler));
     EXPECT_TRUE(store.replace(key, store.data(key).value(), Data("last")).value());
     EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data("last"));
     EXPECT_THAT(printer->take(), IsEmpty());
