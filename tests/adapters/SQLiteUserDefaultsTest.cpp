@@ -6,8 +6,11 @@
 #include <iostream>
 #include <thread>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -123,7 +126,7 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   other.execute("BEGIN IMMEDIATE");
   plain.execute("CREATE TABLE t(x); BEGIN IMMEDIATE");
   alone.execute("BEGIN EXCLUSIVE");
-  std::thread writer([&] { store.set("k", Data("new")).value(); });
+  std::thread writer([&] { EXPECT_TRUE(store.set("k", Data("new"))); });
   const auto start = std::chrono::steady_clock::now();
   {
     const StoreDeadline deadline(std::chrono::milliseconds(50));
@@ -138,35 +141,60 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   EXPECT_EQ(store.data("k").value(), Data("new"));
 }
 
+// One process holds the store open, others open it afterwards; none of them was forked from one that has it.
 TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
-  for (const auto& [name, before, during, choice] : tableOf<4>("store/files.txt")) {
-    SCOPED_TRACE(name);
-    const TemporaryFolder own;
-    const fs::path path = own.file(), root = path.parent_path().parent_path();
-    const auto shell = [&](const std::string& command) {
-      EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
+  const fs::path root = file.parent_path().parent_path();
+  const auto shell = [&](const std::string& command) {
+    EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
+  };
+  const auto hold = [&](int parent) {
+    const auto letParentAct = [&](char byte = 0) {
+      ::send(parent, &byte, 1, MSG_NOSIGNAL);
+      EXPECT_EQ(::read(parent, &byte, 1), 1);
     };
-    SQLiteUserDefaults(root / "theirs.db").set("choice", Data("theirs")).value();
-    shell(before);
-    SQLiteUserDefaults store(path);
+    SQLiteUserDefaults store(file);
     store.commit({{"choice", Data("ours")}, {"long", std::string(20'000, 'x')}}).value();
-    EXPECT_EQ(SQLiteUserDefaults(path).data("choice").value(), Data("ours"));
-    shell(during);
+    letParentAct();
+    letParentAct();
     EXPECT_TRUE(store.replace("next", std::nullopt, Data("new")).value());
-    for (const auto& each : fs::directory_iterator(path.parent_path()))
+    for (const auto& each : fs::directory_iterator(file.parent_path()))
       EXPECT_EQ(each.status().permissions(), fs::perms(0600)) << each.path();
     for (int reader = 0; reader < 2; ++reader) {
-      EXPECT_EQ(statusOf(start([&] {
-                  SQLiteUserDefaults other(path);
-                  EXPECT_EQ(other.data("choice").value(), Data(choice));
-                  EXPECT_EQ(other.data("next").value(), Data("new"));
-                  EXPECT_EQ(other.string("long").value().has_value(), choice == "ours");
-                  EXPECT_EQ(other.set("seen", Data("by another")).has_value(), true);
-                })),
-                0);
+      letParentAct();
       EXPECT_EQ(store.data("seen").value(), Data("by another"));
     }
     EXPECT_THAT(printer->take(), IsEmpty());
+  };
+  const auto open = [&](const std::string& choice, bool hasNext) {
+    SQLiteUserDefaults other(file);
+    EXPECT_EQ(other.data("choice").value(), Data(choice));
+    EXPECT_EQ(other.data("next").value().has_value(), hasNext);
+    EXPECT_EQ(other.string("long").value().has_value(), choice == "ours");
+    EXPECT_TRUE(!hasNext || other.set("seen", Data("by another")));
+    EXPECT_THAT(printer->take(), IsEmpty());
+  };
+  for (const auto& [name, before, during, choice] : tableOf<4>("store/files.txt")) {
+    SCOPED_TRACE(name);
+    {
+      SQLiteUserDefaults(root / "theirs.db").set("choice", Data("theirs")).value();
+    }
+    shell(before);
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    const pid_t holder = start([&] { hold(ends[1]); });
+    ::close(ends[1]);
+    char byte = 0;
+    for (int turn = 0; ::read(ends[0], &byte, 1) == 1; ++turn) {
+      if (turn == 1) {
+        shell(during);
+      } else {
+        EXPECT_EQ(statusOf(start([&] { open(turn == 0 ? "ours" : choice, turn > 0); })), 0) << turn;
+      }
+      ::send(ends[0], &byte, 1, MSG_NOSIGNAL);
+    }
+    ::close(ends[0]);
+    EXPECT_EQ(statusOf(holder), 0);
+    shell("rm -r *");
   }
 }
 
@@ -238,10 +266,23 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   EXPECT_EQ(second.data("k").value(), Data("after"));
   EXPECT_EQ(printer->take().size(), 1u);
 
+  // Others wait while somebody opens or sets aside a store of the folder, and look again afterwards.
   OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
   write(file, std::string(20'000, 'y'));
+  const int somebody = ::open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC);
+  ::flock(somebody, LOCK_SH);
+  EXPECT_FALSE(SQLiteUserDefaults(file, std::chrono::milliseconds(20)).data("k"));
+  EXPECT_THAT(printer->take(), IsEmpty());
+  std::thread waiting([&] { EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt); });
+  fs::rename(file, file.string() + ".damaged-2");
+  ::close(somebody);
+  waiting.join();
+  EXPECT_THAT(printer->take(), IsEmpty());
+
+  OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  write(file, std::string(20'000, 'z'));
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt);
-  EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-2")));
+  EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-3")));
 }
 
 // From nothing, and from a damaged file, which all of them find.
