@@ -208,9 +208,9 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
   fs::create_directories(file.parent_path());
   OtherConnection earlier(file);  // a version that did not wipe
   earlier.execute(
-      "PRAGMA secure_delete = OFF; CREATE TABLE defaults(key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT "
-      "NULL, value BLOB NOT NULL)"
-      " WITHOUT ROWID; PRAGMA user_version = 1; INSERT INTO defaults VALUES('k', 0, 'somebody@example.com');"
+      "PRAGMA secure_delete = OFF; PRAGMA user_version = 1; CREATE TABLE defaults("
+      "  key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
+      "INSERT INTO defaults VALUES('k', 0, printf('%.9000c', 'x') || 'somebody@example.com');"
       "DELETE FROM defaults");
   ASSERT_TRUE(isLeft());
   SQLiteUserDefaults store(file);
@@ -233,6 +233,35 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
   earlier.execute("COMMIT");
   SQLiteUserDefaults(file).set("next", Data("change")).value();
   EXPECT_FALSE(isLeft());
+}
+
+// Somebody else lengthens and shortens the file, at any step at which it is looked at.
+TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
+  {
+    SQLiteUserDefaults(file).set("k", Data("v")).value();
+  }
+  static std::unique_ptr<OtherConnection> other;
+  other = std::make_unique<OtherConnection>(file);
+  const auto act = [](unsigned, void*, void*, void* sql) {
+    const std::string_view statement = static_cast<const char*>(sql);
+    if (statement == "PRAGMA user_version") {
+      other->execute(
+          "INSERT INTO defaults VALUES('large', 1, zeroblob(50000)); PRAGMA wal_checkpoint(TRUNCATE)");
+    } else if (statement == "PRAGMA page_size") {
+      other->execute("DELETE FROM defaults WHERE key = 'large'; VACUUM; PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+    return 0;
+  };
+  static const auto watch = +act;
+  const auto extension = +[](sqlite3* connection, char**, const sqlite3_api_routines*) {
+    return sqlite3_trace_v2(connection, SQLITE_TRACE_STMT, watch, nullptr);
+  };
+  const auto entry = reinterpret_cast<void (*)()>(extension);
+  sqlite3_auto_extension(entry);
+  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
+  sqlite3_cancel_auto_extension(entry);
+  other.reset();
+  EXPECT_THAT(printer->take(), IsEmpty());
 }
 
 // No descriptor may be left for a look at the log, while values stand only there.
@@ -300,7 +329,7 @@ TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
         }
         // The file grows and shrinks while others open it.
         for (int round = 0; round < 3; ++round) {
-          store.set("large " + std::to_string(n), std::string(50'000, 'x')).value();
+          SQLiteUserDefaults(file).set("large " + std::to_string(n), std::string(50'000, 'x')).value();
           SQLiteUserDefaults(file).remove("large " + std::to_string(n)).value();
         }
         EXPECT_TRUE(isDamaged || printer->take().empty());
