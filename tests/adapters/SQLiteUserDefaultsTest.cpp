@@ -196,6 +196,13 @@ TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
     EXPECT_EQ(statusOf(holder), 0);
     shell("rm -r *");
   }
+
+  SQLiteUserDefaults store(file);
+  store.set("choice", Data("ours")).value();
+  shell("rm -r app; touch app");
+  EXPECT_FALSE(store.set("choice", Data("new"))) << "where no store can be";
+  shell("rm app");
+  EXPECT_EQ(store.data("choice").value(), Data("ours")) << "a failed change, or what was there before";
 }
 
 TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
