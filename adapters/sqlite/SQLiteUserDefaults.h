@@ -5,7 +5,7 @@
 #include <chrono>
 #include <filesystem>
 #include <memory>
-#include <mutex>
+#include <vector>
 
 #include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
@@ -17,14 +17,20 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// and can only be read and written by the person it belongs to. Keys and values may hold any bytes. Not for
 /// network file systems, and not to be carried across a `fork`.
 ///
-/// A failure is a `PlatformError` of domain "SQLite" with SQLite's extended result code and its text, which
-/// never holds a value. After one, the next operation opens the file again, so a disk that comes back is used
-/// again. A file that turns out damaged is renamed to "NAME.damaged-N", one line is printed, and the
-/// operation goes on with a new, empty file.
+/// The path is looked at before and after each change, and before each reading. When it has come to lead to
+/// another file, or the journal beside it was taken away, the operation goes on with what stands there now,
+/// and a store without values there gets those of the lost file. What is removed is wiped out of the file and
+/// its journal before the operation returns or, when others use the file just then, by the next change.
+///
+/// A failure is a `PlatformError` of domain "SQLite" with SQLite's extended result code and a text that names
+/// the file and never holds a value. After one, the next operation opens the file again, so a disk that comes
+/// back is used again. A file that turns out damaged is renamed to "NAME.damaged-N", one line is printed, and
+/// the operation goes on with a new, empty file.
 class SQLiteUserDefaults : public UserDefaults {
  public:
-  /// `file` and its folder are created when they are missing. An operation fails once it has waited for
-  /// another connection's writing for `busyTimeout`.
+  /// `file` and its folder are created when they are missing; it may be a symbolic link. An operation fails
+  /// once it has waited for other threads and connections for `busyTimeout` or, when that is sooner, until
+  /// the calling thread's `StoreDeadline`.
   explicit SQLiteUserDefaults(const std::filesystem::path& file,
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;
@@ -35,20 +41,15 @@ class SQLiteUserDefaults : public UserDefaults {
   Result<void> set(std::string_view key, std::string value) override;
   Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override;
   Result<void> remove(std::string_view key) override;
+  Result<void> commit(const std::vector<StoreChange>& changes) override;
 
   /// Does nothing: what has been set or removed already is durable.
   Result<void> synchronize() override { return {}; }
 
  private:
-  struct Connection;
+  struct Access;
 
-  template <class T, class Operation>
-  Result<T> perform(const Operation& operation);
-
-  const std::filesystem::path file_;
-  const std::chrono::milliseconds busyTimeout_;
-  std::mutex lock_;
-  std::unique_ptr<Connection> connection_;  // null until the first operation, and after a failed one
+  const std::unique_ptr<Access> access_;
 };
 
 }  // namespace TalvoConsentSDK

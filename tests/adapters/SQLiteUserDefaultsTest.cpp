@@ -6,12 +6,16 @@
 #include <iostream>
 #include <thread>
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/platform/StoreDeadline.h"
 
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
@@ -112,16 +116,179 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
   EXPECT_FALSE(SQLiteUserDefaults("").data("k"));
 }
 
-TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriter) {
-  SQLiteUserDefaults store(file);
+// A caller with a deadline waits no longer than that, also for a thread that goes on waiting.
+TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
+  const std::chrono::seconds patience(20);
+  SQLiteUserDefaults store(file, patience);
   store.set("k", Data("old")).value();
-  OtherConnection other(file);
+  const fs::path plainFile = file.parent_path() / "plain.db";  // has no write-ahead log yet
+  OtherConnection other(file), plain(plainFile), alone(file.parent_path() / "alone.db");
   other.execute("BEGIN IMMEDIATE");
-  std::thread writer([&] { store.set("k", Data("new")).value(); });
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  plain.execute("CREATE TABLE t(x); BEGIN IMMEDIATE");
+  alone.execute("BEGIN EXCLUSIVE");
+  std::thread writer([&] { EXPECT_TRUE(store.set("k", Data("new"))); });
+  const auto start = std::chrono::steady_clock::now();
+  {
+    const StoreDeadline deadline(std::chrono::milliseconds(50));
+    EXPECT_THAT(store.remove("k").error().what(), HasSubstr(file.string()));
+    EXPECT_FALSE(store.commit({}));
+    for (const char* each : {"store.db", "plain.db", "alone.db"})
+      EXPECT_FALSE(SQLiteUserDefaults(file.parent_path() / each, patience).set("k", Data("mine"))) << each;
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, patience / 2);
   other.execute("COMMIT");
   writer.join();
   EXPECT_EQ(store.data("k").value(), Data("new"));
+}
+
+// One process holds the store open, others open it afterwards; none of them was forked from one that has it.
+TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
+  const fs::path root = file.parent_path().parent_path();
+  const auto shell = [&](const std::string& command) {
+    EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
+  };
+  const auto hold = [&](int parent) {
+    const auto letParentAct = [&](char byte = 0) {
+      ::send(parent, &byte, 1, MSG_NOSIGNAL);
+      EXPECT_EQ(::read(parent, &byte, 1), 1);
+    };
+    SQLiteUserDefaults store(file);
+    store.commit({{"choice", Data("ours")}, {"long", std::string(20'000, 'x')}}).value();
+    letParentAct();
+    letParentAct();
+    EXPECT_TRUE(store.replace("next", std::nullopt, Data("new")).value());
+    for (const auto& each : fs::directory_iterator(file.parent_path()))
+      EXPECT_EQ(each.status().permissions(), fs::perms(0600)) << each.path();
+    for (int reader = 0; reader < 2; ++reader) {
+      letParentAct();
+      EXPECT_EQ(store.data("seen").value(), Data("by another"));
+    }
+    EXPECT_THAT(printer->take(), IsEmpty());
+  };
+  const auto open = [&](const std::string& choice, bool hasNext) {
+    SQLiteUserDefaults other(file);
+    EXPECT_EQ(other.data("choice").value(), Data(choice));
+    EXPECT_EQ(other.data("next").value().has_value(), hasNext);
+    EXPECT_EQ(other.string("long").value().has_value(), choice == "ours");
+    EXPECT_TRUE(!hasNext || other.set("seen", Data("by another")));
+    EXPECT_THAT(printer->take(), IsEmpty());
+  };
+  for (const auto& [name, before, during, choice] : tableOf<4>("store/files.txt")) {
+    SCOPED_TRACE(name);
+    {
+      SQLiteUserDefaults(root / "theirs.db").set("choice", Data("theirs")).value();
+    }
+    shell(before);
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    const pid_t holder = start([&] { hold(ends[1]); });
+    ::close(ends[1]);
+    char byte = 0;
+    for (int turn = 0; ::read(ends[0], &byte, 1) == 1; ++turn) {
+      if (turn == 1) {
+        shell(during);
+      } else {
+        EXPECT_EQ(statusOf(start([&] { open(turn == 0 ? "ours" : choice, turn > 0); })), 0) << turn;
+      }
+      ::send(ends[0], &byte, 1, MSG_NOSIGNAL);
+    }
+    ::close(ends[0]);
+    EXPECT_EQ(statusOf(holder), 0);
+    shell("rm -r *");
+  }
+
+  SQLiteUserDefaults store(file);
+  store.set("choice", Data("ours")).value();
+  shell("rm -r app; touch app");
+  EXPECT_FALSE(store.set("choice", Data("new"))) << "where no store can be";
+  shell("rm app");
+  EXPECT_EQ(store.data("choice").value(), Data("ours")) << "a failed change, or what was there before";
+}
+
+TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
+  const std::string somebody = "somebody@example.com";
+  const auto isLeft = [&] {
+    return std::ranges::any_of(fs::directory_iterator(file.parent_path()), [&](const auto& each) {
+      return contentOf(each.path()).find(somebody) != std::string::npos;
+    });
+  };
+  fs::create_directories(file.parent_path());
+  OtherConnection earlier(file);  // a version that did not wipe
+  earlier.execute(
+      "PRAGMA secure_delete = OFF; PRAGMA user_version = 1; CREATE TABLE defaults("
+      "  key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
+      "INSERT INTO defaults VALUES('k', 0, printf('%.9000c', 'x') || 'somebody@example.com');"
+      "DELETE FROM defaults");
+  ASSERT_TRUE(isLeft());
+  SQLiteUserDefaults store(file);
+  store.set("first", Data("change")).value();
+  EXPECT_FALSE(isLeft());
+
+  for (int n = 0; n < 40; ++n) {
+    const std::string key = std::to_string(n);
+    store.commit({{key, Data(std::string(500, 'x') + somebody)}, {key + key, std::string(300, 'y')}}).value();
+  }
+  for (int n = 0; n < 40; ++n) store.set(std::to_string(n), Data("z")).value();
+  store.set("user", somebody).value();
+  store.remove("user").value();
+  EXPECT_FALSE(isLeft());
+
+  store.set("user", somebody).value();
+  earlier.execute("BEGIN; SELECT * FROM defaults");  // now a reader that keeps the log in use
+  store.remove("user").value();
+  ASSERT_TRUE(isLeft());
+  earlier.execute("COMMIT");
+  SQLiteUserDefaults(file).set("next", Data("change")).value();
+  EXPECT_FALSE(isLeft());
+}
+
+// Somebody else lengthens and shortens the file, at any step at which it is looked at.
+TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
+  {
+    SQLiteUserDefaults(file).set("k", Data("v")).value();
+  }
+  static std::unique_ptr<OtherConnection> other;
+  other = std::make_unique<OtherConnection>(file);
+  const auto act = [](unsigned, void*, void*, void* sql) {
+    const std::string_view statement = static_cast<const char*>(sql);
+    if (statement == "PRAGMA user_version") {
+      other->execute(
+          "INSERT INTO defaults VALUES('large', 1, zeroblob(50000)); PRAGMA wal_checkpoint(TRUNCATE)");
+    } else if (statement == "PRAGMA page_size") {
+      other->execute("DELETE FROM defaults WHERE key = 'large'; VACUUM; PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+    return 0;
+  };
+  static const auto watch = +act;
+  const auto extension = +[](sqlite3* connection, char**, const sqlite3_api_routines*) {
+    return sqlite3_trace_v2(connection, SQLITE_TRACE_STMT, watch, nullptr);
+  };
+  const auto entry = reinterpret_cast<void (*)()>(extension);
+  sqlite3_auto_extension(entry);
+  EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
+  sqlite3_cancel_auto_extension(entry);
+  other.reset();
+  EXPECT_THAT(printer->take(), IsEmpty());
+}
+
+// No descriptor may be left for a look at the log, while values stand only there.
+TEST_F(SQLiteUserDefaultsTest, FindsNoDamageWhereDescriptorsAreMissing) {
+  SQLiteUserDefaults store(file);
+  store.set("k", Data(std::string(20'000, 'x'))).value();
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  const rlim_t before = limit.rlim_cur;
+  const int next = ::dup(0);
+  ::close(next);
+  for (int left = 1; left < 8; ++left) {
+    limit.rlim_cur = static_cast<rlim_t>(next + left);
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    const auto found = SQLiteUserDefaults(file).data("k");
+    limit.rlim_cur = before;
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_TRUE(!found || found->has_value()) << left;
+  }
+  EXPECT_THAT(printer->take(), IsEmpty());
 }
 
 TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDamaged) {
@@ -135,26 +302,53 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   EXPECT_EQ(second.data("k").value(), Data("after"));
   EXPECT_EQ(printer->take().size(), 1u);
 
+  // Others wait while somebody opens or sets aside a store of the folder, and look again afterwards.
   OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
   write(file, std::string(20'000, 'y'));
+  const int somebody = ::open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC);
+  ::flock(somebody, LOCK_SH);
+  EXPECT_FALSE(SQLiteUserDefaults(file, std::chrono::milliseconds(20)).data("k"));
+  EXPECT_THAT(printer->take(), IsEmpty());
+  std::thread waiting([&] { EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt); });
+  fs::rename(file, file.string() + ".damaged-2");
+  ::close(somebody);
+  waiting.join();
+  EXPECT_THAT(printer->take(), IsEmpty());
+
+  OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  write(file, std::string(20'000, 'z'));
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt);
-  EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-2")));
+  EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-3")));
 }
 
+// From nothing, and from a damaged file, which all of them find.
 TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
   constexpr int processes = 8;
   const int keys = repetitions("TALVO_TEST_SAVES", 10);
-  std::array<pid_t, processes> children{};
-  for (int n = 0; n < processes; ++n) {
-    children[static_cast<std::size_t>(n)] = start([&] {
-      SQLiteUserDefaults store(file);
-      for (int key = 0; key < keys; ++key) store.set(std::to_string(n * keys + key), Data("v")).value();
-    });
+  for (const bool isDamaged : {false, true}) {
+    if (isDamaged) fs::remove_all(file.parent_path()), write(file, std::string(20'000, 'x'));
+    std::array<pid_t, processes> children{};
+    for (int n = 0; n < processes; ++n) {
+      children[static_cast<std::size_t>(n)] = start([&] {
+        SQLiteUserDefaults store(file);
+        for (int key = 0; key < keys; ++key) {
+          store.set(std::to_string(n * keys + key), Data("v")).value();
+        }
+        // The file grows and shrinks while others open it.
+        for (int round = 0; round < 3; ++round) {
+          SQLiteUserDefaults(file).set("large " + std::to_string(n), std::string(50'000, 'x')).value();
+          SQLiteUserDefaults(file).remove("large " + std::to_string(n)).value();
+        }
+        EXPECT_TRUE(isDamaged || printer->take().empty());
+      });
+    }
+    for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
+    SQLiteUserDefaults store(file);
+    for (int key = 0; key < processes * keys; ++key)
+      EXPECT_EQ(store.data(std::to_string(key)).value(), Data("v"));
+    EXPECT_FALSE(fs::exists(file.string() + ".damaged-2"));
+    EXPECT_EQ(contentOf(file.string() + ".damaged-1").size(), isDamaged ? 20'000u : 0u);
   }
-  for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
-  SQLiteUserDefaults store(file);
-  for (int key = 0; key < processes * keys; ++key)
-    EXPECT_EQ(store.data(std::to_string(key)).value(), Data("v"));
 }
 
 // What a process was told to be stored is there after it was killed, at whatever point.
@@ -168,7 +362,8 @@ TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
     const pid_t child = start([&] {
       SQLiteUserDefaults store(file);
       for (int n = last + 1;; ++n) {
-        store.set("k", Data(std::to_string(n) + padding)).value();
+        const Data value(std::to_string(n) + padding);
+        store.commit({{"k", value}, {"twin", value}}).value();
         if (::write(reports[1], &n, sizeof n) != sizeof n) return;
       }
     });
@@ -184,7 +379,9 @@ TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
     }
     ::close(reports[0]);
 
-    const auto stored = SQLiteUserDefaults(file).data("k").value();
+    SQLiteUserDefaults store(file);
+    const auto stored = store.data("k").value();
+    EXPECT_EQ(store.data("twin").value(), stored) << "half of a commit";
     last = stored ? std::stoi(stored->bytes) : 0;
     EXPECT_TRUE(!stored || stored->bytes == std::to_string(last) + padding);
     EXPECT_GE(last, acknowledged);
@@ -305,10 +502,12 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     const Data large(std::string(300'000, 'n'));
     EXPECT_THAT(told(store.set(key, large)), StartsWith(save));
     EXPECT_THAT(told(store.replace(key, Data(old), large)), StartsWith(save));
+    EXPECT_THAT(told(store.commit({{"a1", Data("changed")}, {key, large}})), StartsWith(save));
     EXPECT_TRUE(fault.starts_with("full") || told(store.remove("nothing")).starts_with(save));
     EXPECT_TRUE(save == "saved" || damaged.empty() || contentOf(file) == damaged);
     end();
     EXPECT_TRUE(store.data(key).value() == (save == "saved" ? large : Data(old)));
+    EXPECT_TRUE(store.data("a1").value() == (save == "saved" ? Data("changed") : filler));
     EXPECT_TRUE(store.replace(key, store.data(key).value(), Data("last")).value());
     EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data("last"));
     EXPECT_THAT(printer->take(), IsEmpty());

@@ -1,0 +1,313 @@
+#include "adapters/sqlite/StoreConnection.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <set>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <variant>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr const char* schemaVersion = "1";
+
+// The file's application id tells whether values were removed that may still stand in its free space or in
+// its log: this number when there are none, and any other when they have to be wiped out. It counts up with
+// each removal. Files that were written by versions that did not know of it have 0.
+constexpr std::int64_t wiped = 0x54616C76;
+
+// How long a change that is already durable waits for others in order to wipe.
+constexpr milliseconds wipingWait{50};
+
+int waitForOthers(void* end, int attempt) {
+  const auto left = *static_cast<const StoreWaitEnd*>(end) - steady_clock::now();
+  if (left <= left.zero()) return 0;
+  std::this_thread::sleep_for(
+      std::min<steady_clock::duration>(left, milliseconds(std::min(attempt + 1, 10))));
+  return 1;
+}
+
+SQLiteHandle opened(const fs::path& file, const StoreWaitEnd& end) {
+  sqlite3* connection = nullptr;
+  const int code =
+      sqlite3_open_v2(reinterpret_cast<const char*>(file.u8string().c_str()), &connection,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+  SQLiteHandle handle(connection);
+  if (code != SQLITE_OK) throw lastFailure(connection);
+  sqlite3_busy_handler(connection, waitForOthers, const_cast<StoreWaitEnd*>(&end));
+  return handle;
+}
+
+// Whether closing moves what is in the write-ahead log to the file.
+void setMovesLogOnClose(const SQLiteHandle& connection, bool moves) {
+  sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, moves ? 0 : 1, nullptr);
+}
+
+std::int64_t number(const SQLiteHandle& connection, const char* sql) {
+  return std::stoll(SQLiteStatement(connection, sql).run().value_or("0"));
+}
+
+// A file that SQLite has open; nothing when it has not opened it.
+class OpenFile {
+ public:
+  OpenFile(const SQLiteHandle& connection, int which) {
+    sqlite3_file_control(connection.get(), "main", which, static_cast<void*>(&file_));
+    if (file_ && !file_->pMethods) file_ = nullptr;
+  }
+
+  std::int64_t size() const {
+    sqlite3_int64 size = 0;
+    if (file_) check(file_->pMethods->xFileSize(file_, &size));
+    return size;
+  }
+
+  std::string content() const {
+    std::string bytes(static_cast<std::size_t>(size()), '\0');
+    if (!bytes.empty()) check(file_->pMethods->xRead(file_, bytes.data(), static_cast<int>(bytes.size()), 0));
+    return bytes;
+  }
+
+ private:
+  static void check(int code) {
+    if (code != SQLITE_OK) throw storeFailure(code);
+  }
+
+  sqlite3_file* file_ = nullptr;
+};
+
+// The pages that stand in the write-ahead log, as its file format has it: a header of 32 bytes, and before
+// each page one of 24 that begins with the page's number. Both hold the same salt, unless the page is of old.
+std::set<std::int64_t> pagesIn(const std::string& log, std::size_t pageSize) {
+  std::set<std::int64_t> pages;
+  for (std::size_t at = 32; at + 24 + pageSize <= log.size(); at += 24 + pageSize) {
+    std::int64_t page = 0;
+    for (std::size_t byte = at; byte < at + 4; ++byte)
+      page = page << 8 | static_cast<unsigned char>(log[byte]);
+    if (log.compare(at + 8, 8, log, 16, 8) == 0) pages.insert(page);
+  }
+  return pages;
+}
+
+// SQLite notices when whole pages are missing at the end of the file. What is missing of the last page, or
+// behind a write-ahead log, it takes for zeros. The transaction keeps other processes from moving pages out
+// of the log, and from shortening the file, between one look and the next. The looks go through the
+// descriptors that SQLite has open: a path may lead elsewhere, and a process may have no descriptor left.
+void requireAllPages(const SQLiteHandle& connection) {
+  execute(connection, "BEGIN");
+  const std::int64_t count = number(connection, "PRAGMA page_count");
+  const std::int64_t size = number(connection, "PRAGMA page_size");
+  const std::int64_t whole = OpenFile(connection, SQLITE_FCNTL_FILE_POINTER).size() / size;
+  if (whole < count) {
+    const auto logged =
+        pagesIn(OpenFile(connection, SQLITE_FCNTL_JOURNAL_POINTER).content(), static_cast<std::size_t>(size));
+    for (std::int64_t page = whole + 1; page <= count; ++page) {
+      if (!logged.contains(page)) throw storeFailure(SQLITE_CORRUPT);
+    }
+  }
+  execute(connection, "COMMIT");
+}
+
+// The switch needs the file alone for a moment and, unlike anything else, does not wait for it by itself.
+void useWriteAheadLog(const SQLiteHandle& connection, const StoreWaitEnd& end) {
+  for (;; std::this_thread::sleep_for(milliseconds(1))) {
+    try {
+      return execute(connection, "PRAGMA journal_mode = WAL");
+    } catch (const PlatformError& error) {
+      if (!isBusy(error) || steady_clock::now() > end) throw;
+    }
+  }
+}
+
+void setWipingOwed(const SQLiteHandle& connection, std::int64_t owed) {
+  execute(connection, "PRAGMA application_id = " + std::to_string(owed));
+}
+
+bool hasTable(const SQLiteHandle& connection) {
+  return number(connection, "SELECT count(*) FROM sqlite_master WHERE name = 'defaults'") == 1;
+}
+
+void createTable(const SQLiteHandle& connection) {
+  SQLiteTransaction transaction(connection);
+  if (!hasTable(connection)) {
+    if (number(connection, "PRAGMA page_count") <= 1) setWipingOwed(connection, wiped);
+    execute(
+        connection,
+        "CREATE TABLE defaults(key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT NULL, value BLOB NOT NULL)"
+        " WITHOUT ROWID");
+  }
+  execute(connection, std::string("PRAGMA user_version = ") + schemaVersion);
+  transaction.commit();
+}
+
+SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
+  makeOwnersFile(file);
+  SQLiteHandle handle = opened(file, end);
+  setMovesLogOnClose(handle, false);  // a damaged file is left as it was found
+  const std::string version = SQLiteStatement(handle, "PRAGMA user_version").run().value_or("");
+  if (version != "0" && version != schemaVersion) {
+    throw storeFailure(SQLITE_ERROR, "unknown schema version " + version);
+  }
+  requireAllPages(handle);
+  useWriteAheadLog(handle, end);
+  execute(handle, "PRAGMA synchronous = FULL; PRAGMA temp_store = MEMORY");
+  if (version == "0" || !hasTable(handle)) createTable(handle);
+  setMovesLogOnClose(handle, true);
+  return handle;
+}
+
+bool isUnmoved(const SQLiteHandle& connection) {
+  int hasMoved = 0;
+  sqlite3_file_control(connection.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+  return !hasMoved;
+}
+
+}  // namespace
+
+StoreConnection::StoreConnection(const fs::path& named, StoreWaitEnd end)
+    : named_(named),
+      file_(withoutLinks(named)),
+      waitEnd_(end),
+      handle_(prepared(file_, waitEnd_)),
+      identity_(identityOf(file_)),
+      log_(identityOf(log())),
+      index_(identityOf(index())) {
+  if (isUnmoved(handle_)) return;
+  abandon();
+  throw storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened");
+}
+
+// Closing deletes the log by its name, so no other process may be setting the file aside meanwhile.
+StoreConnection::~StoreConnection() {
+  if (isAbandoned_) return;
+  try {
+    closing_.emplace(file_.parent_path(), FolderLock::Kind::shared, steady_clock::now());
+    if (!isInPlace()) bringLogHome();
+  } catch (const PlatformError&) {
+    abandon();
+  }
+}
+
+void StoreConnection::abandon() {
+  isAbandoned_ = true;
+  setMovesLogOnClose(handle_, false);
+}
+
+std::optional<std::string> StoreConnection::read(std::string_view key, bool isData) {
+  return read_.run(key, isData);
+}
+
+void StoreConnection::commit(const std::vector<StoreChange>& changes) {
+  SQLiteTransaction transaction(handle_);
+  commit(transaction, make(changes));
+}
+
+// Tells whether a value was removed.
+bool StoreConnection::make(const std::vector<StoreChange>& changes) {
+  bool hasRemoved = false;
+  for (const auto& [name, value] : changes) {
+    const std::string_view key = name;
+    if (const auto* const data = std::get_if<Data>(&value)) {
+      write_.run(key, true, std::string_view(data->bytes));
+    } else if (const auto* const text = std::get_if<std::string>(&value)) {
+      write_.run(key, false, std::string_view(*text));
+    } else {
+      erase_.run(key);
+      hasRemoved |= sqlite3_changes(handle_.get()) > 0;
+    }
+  }
+  return hasRemoved;
+}
+
+bool StoreConnection::replace(std::string_view key, const std::optional<Data>& expected, const Data& value) {
+  SQLiteTransaction transaction(handle_);
+  const std::string_view bytes = value.bytes;
+  if (expected) {
+    writeWhereData_.run(key, bytes, std::string_view(expected->bytes));
+  } else {
+    writeWhereNoData_.run(key, bytes);
+  }
+  const bool isReplaced = sqlite3_changes(handle_.get()) == 1;
+  commit(transaction, false);
+  return isReplaced;
+}
+
+void StoreConnection::commit(SQLiteTransaction& transaction, bool hasRemoved) {
+  const std::int64_t owed = wipingOwed();
+  if (hasRemoved) setWipingOwed(handle_, owed == wiped ? 1 : owed + 1);
+  owesWiping_ = hasRemoved || owed != wiped;
+  transaction.commit();
+}
+
+std::int64_t StoreConnection::wipingOwed() {
+  return std::stoll(wipingOwed_.run().value_or("0"));
+}
+
+// SQLite's secure_delete is not enough: it leaves copies of values in pages that were split, and what earlier
+// versions left. So the file is written anew, and then the log, which still has the old pages, is emptied.
+void StoreConnection::wipeIfOwed() {
+  if (!std::exchange(owesWiping_, false)) return;
+  waitEnd_ = std::min(waitEnd_, steady_clock::now() + wipingWait);
+  try {
+    const std::int64_t owed = wipingOwed();
+    execute(handle_, "VACUUM");
+    if (number(handle_, "PRAGMA wal_checkpoint(TRUNCATE)") != 0) return;
+    SQLiteTransaction transaction(handle_);
+    if (wipingOwed() == owed) setWipingOwed(handle_, wiped);
+    transaction.commit();
+  } catch (const PlatformError&) {  // what was asked for is durable, and the file says what it owes
+  }
+}
+
+bool StoreConnection::isInPlace() const {
+  return fileIsInPlace() && log_ == identityOf(log()) && index_ == identityOf(index());
+}
+
+bool StoreConnection::fileIsInPlace() const {
+  return identity_ && identity_ == identityOf(named_);
+}
+
+bool StoreConnection::bringLogHome() {
+  abandon();
+  std::error_code isMissing;
+  const bool hasNewLog = fs::file_size(log(), isMissing) > 0 && !isMissing;
+  if (!fileIsInPlace() || hasNewLog) return false;
+  if (number(handle_, "PRAGMA wal_checkpoint(FULL)") != 0) throw storeFailure(SQLITE_BUSY);
+  return true;
+}
+
+void StoreConnection::leaveBehind() {
+  abandon();
+  if (identityOf(file_) == identity_) return;  // only a link has changed
+  std::error_code isMissing;
+  if (log_ == identityOf(log())) fs::remove(log(), isMissing);
+  if (index_ == identityOf(index())) fs::remove(index(), isMissing);
+}
+
+bool StoreConnection::takeOver(StoreConnection& other) {
+  std::vector<StoreChange> values;
+  try {
+    SQLiteStatement all(other.handle_, "SELECT key, value, isData FROM defaults");
+    all.forEachRow([&] {
+      if (all.column(2) == "1") {
+        values.emplace_back(all.column(0), Data(all.column(1)));
+      } else {
+        values.emplace_back(all.column(0), all.column(1));
+      }
+    });
+  } catch (const PlatformError&) {  // then nobody can read it any more
+    return false;
+  }
+  SQLiteTransaction transaction(handle_);
+  if (number(handle_, "SELECT count(*) FROM defaults") != 0) return false;
+  commit(transaction, make(values));
+  return true;
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,127 @@
+#include "adapters/sqlite/StoreFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "adapters/sqlite/SQLiteStatement.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The file's own name comes last: its side files must never be found beside the next file of that name.
+constexpr std::array sideFilesAndFile{"-journal", "-wal", "-shm", ""};
+
+fs::path sibling(const fs::path& file, const char* suffix) {
+  return fs::path(file) += suffix;
+}
+
+[[noreturn]] void cannotOpen(int reason) {
+  const std::string text = std::generic_category().message(reason);
+  throw storeFailure(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN) + (": " + text));
+}
+
+fs::path withoutLinks(const fs::path& path, int& linksLeft) {
+  if (!path.has_relative_path()) return path;
+  const fs::path folder = withoutLinks(path.parent_path(), linksLeft);
+  const fs::path name = path.filename();
+  if (name == "..") return folder.parent_path();
+  if (name.empty() || name == ".") return folder;
+  std::error_code isNoLink;
+  const fs::path target = fs::read_symlink(folder / name, isNoLink);
+  if (isNoLink) return folder / name;
+  if (--linksLeft < 0) cannotOpen(ELOOP);
+  return withoutLinks(folder / target, linksLeft);
+}
+
+bool isTaken(const fs::path& path) {
+  struct stat status{};
+  return ::lstat(path.c_str(), &status) == 0;
+}
+
+}  // namespace
+
+fs::path withoutLinks(const fs::path& file) {
+  int linksLeft = 40;
+  return withoutLinks(file, linksLeft);
+}
+
+void makeFolder(const fs::path& folder) {
+  if (::mkdir(folder.c_str(), S_IRWXU) == 0 || errno != ENOENT || !folder.has_relative_path()) return;
+  makeFolder(folder.parent_path());
+  ::mkdir(folder.c_str(), S_IRWXU);
+}
+
+// A process that closes any descriptor of a file loses its locks on it. So this opens only a file that did
+// not exist, and nobody else in the process can open that one before it is closed again.
+void makeOwnersFile(const fs::path& file) {
+  static constinit std::mutex lock;
+  const std::scoped_lock guard(lock);
+  const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  if (descriptor >= 0) {
+    ::close(descriptor);
+  } else if (errno != EEXIST) {
+    cannotOpen(errno);
+  }
+  // SQLite gives side files that it creates the mode of the file.
+  for (const char* suffix : sideFilesAndFile) {
+    const fs::path each = sibling(file, suffix);
+    struct stat status{};
+    if (::lstat(each.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+    if (status.st_mode & (S_IRWXG | S_IRWXO)) ::chmod(each.c_str(), status.st_mode & S_IRWXU);
+  }
+}
+
+FileIdentity identityOf(const fs::path& file) {
+  struct stat status{};
+  if (::stat(file.c_str(), &status) != 0) return std::nullopt;
+  return std::pair(status.st_dev, status.st_ino);
+}
+
+FolderLock::FolderLock(const fs::path& folder, Kind kind, StoreWaitEnd end)
+    : descriptor_(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+  const int operation = (kind == Kind::shared ? LOCK_SH : LOCK_EX) | LOCK_NB;
+  while (isHeld() && ::flock(descriptor_, operation) != 0) {
+    const bool isBusy = errno == EWOULDBLOCK;
+    if (isBusy && std::chrono::steady_clock::now() < end) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    } else if (errno != EINTR) {
+      ::close(std::exchange(descriptor_, -1));
+      if (isBusy) throw storeFailure(SQLITE_BUSY);
+    }
+  }
+}
+
+// Closing alone would leave the lock to a child that was forked meanwhile.
+FolderLock::~FolderLock() {
+  if (!isHeld()) return;
+  ::flock(descriptor_, LOCK_UN);
+  ::close(descriptor_);
+}
+
+std::optional<fs::path> setAside(const fs::path& file) {
+  fs::path name;
+  for (int n = 1; name.empty(); ++n) {
+    const fs::path candidate = sibling(file, (".damaged-" + std::to_string(n)).c_str());
+    const auto isTakenWith = [&](const char* suffix) { return isTaken(sibling(candidate, suffix)); };
+    if (std::ranges::none_of(sideFilesAndFile, isTakenWith)) name = candidate;
+  }
+  for (const char* suffix : sideFilesAndFile) {
+    const fs::path each = sibling(file, suffix);
+    if (isTaken(each) && ::rename(each.c_str(), sibling(name, suffix).c_str()) != 0) return std::nullopt;
+  }
+  return name;
+}
+
+}  // namespace TalvoConsentSDK
