@@ -22,9 +22,9 @@ class JSONValue;
 using JSONObject = std::map<std::string, JSONValue, std::less<>>;
 using JSONArray = std::vector<JSONValue>;
 
-/// One JSON value. Whole numbers of 64 bits with a sign are read as integers and larger ones are refused,
-/// since doubles would change them; numbers with a fraction or an exponent are read as doubles. NaN, infinity
-/// and text that is not UTF-8 can be held, but not written.
+/// One JSON value. Whole numbers are read as integers; a document with one beyond signed 64-bit integers is
+/// refused, since a double would change it. Numbers with a fraction or an exponent are read as doubles. NaN,
+/// infinity and text that is not UTF-8 can be held, but not written.
 class JSONValue {
  public:
   JSONValue() {}  // null

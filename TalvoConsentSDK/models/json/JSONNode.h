@@ -10,7 +10,7 @@
 
 namespace TalvoConsentSDK::json {
 
-// A large integer is one of 64 bits that only fits without a sign.
+// A large integer is one from 2^63 to 2^64 - 1; what is larger still is no JSON to the parser.
 enum class Type { null, boolean, integer, largeInteger, number, string, array, object };
 
 /// How deep objects and arrays may be nested. Readers and writers recurse as deep, on threads with stacks of
