@@ -44,7 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(*JSONDecoder().decode<JSONValue>(*JSONEncoder().encode(*document)) == *document,
             "no value changes");
   }
-  const bool isDocument = document.has_value();
+  // Unlike a record, an untyped value has to hold the integers from 2^63 on, and cannot.
+  const auto* error = document ? nullptr : document.error().as<CodingError>();
+  const bool isDocument = !error || error->detail().starts_with("The whole number");
   check<BannerCustomization>(text, isDocument);
   if (!isDocument) return 0;
   check<BannerCustomization::CategoryItem>(text, isDocument);

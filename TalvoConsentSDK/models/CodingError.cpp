@@ -1,5 +1,7 @@
 #include "TalvoConsentSDK/models/CodingError.h"
 
+#include "TalvoConsentSDK/platform/Error.h"
+
 namespace TalvoConsentSDK {
 
 namespace {
@@ -26,6 +28,7 @@ CodingError::CodingError(Kind kind, std::string path, std::string detail)
     : kind_(kind), path_(std::move(path)), detail_(std::move(detail)), description_(headline(kind)) {
   if (!path_.empty()) description_ += " at " + path_;
   if (!detail_.empty()) description_ += ": " + detail_;
+  description_ = withVisibleNULs(std::move(description_));
 }
 
 const char* CodingError::what() const noexcept {

@@ -18,7 +18,7 @@ class CodingError : public std::exception {
     keyNotFound,    // a required key is missing
     valueNotFound,  // null where a value is required
     typeMismatch,   // another JSON type than the one expected
-    dataCorrupted,  // no JSON, or a value that its type does not allow
+    dataCorrupted,  // no JSON, a value that its type does not allow, or too many values for its length
     invalidValue,   // (writing) NaN, infinity, or text that is not UTF-8
   };
 
@@ -30,7 +30,7 @@ class CodingError : public std::exception {
   /// What was expected and found, or what is wrong with the data.
   const std::string& detail() const noexcept { return detail_; }
 
-  /// All of it in one sentence.
+  /// All of it in one sentence, a NUL written as \u0000.
   const char* what() const noexcept override;
 
  private:

@@ -2,7 +2,7 @@
 
 // Records to JSON and back. Keys are the fields' names; absent optional fields are left out when writing, and
 // a missing key and a null read alike. Unknown keys are ignored; of a key given twice only the last value
-// is looked at.
+// is looked at, in records, maps and untyped objects alike.
 
 #include <string>
 #include <string_view>
@@ -12,9 +12,11 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Reads records. Stateless; safe from any thread. A document is refused as a whole, with a `CodingError`:
-/// when it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels deep, an empty one inside these not
-/// counted, numbers within 64-bit integers or doubles), or when a value does not fit its field.
+/// Reads records. Stateless; safe from any thread. A byte order mark before the document is passed over. A
+/// document is refused as a whole, with a `CodingError`: when it is not strict JSON in UTF-8 (RFC 8259, at
+/// most 256 levels deep, an empty one inside these not counted, numbers within 64-bit integers or doubles),
+/// when a value does not fit its field, or when its values take more memory than 16 MB and 8 times its
+/// length.
 class JSONDecoder {
  public:
   /// Implemented for every record of this library, their enumerations, `JSONValue`, and

@@ -2,10 +2,12 @@
 
 // JSON of any shape, for exchanges without a record type.
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -20,20 +22,28 @@ class JSONValue;
 using JSONObject = std::map<std::string, JSONValue, std::less<>>;
 using JSONArray = std::vector<JSONValue>;
 
-/// One JSON value. Whole numbers that fit are read as integers, all others as doubles. NaN, infinity and text
-/// that is not UTF-8 can be held, but not written.
+/// One JSON value. Whole numbers are read as integers; a document with one beyond signed 64-bit integers is
+/// refused, since a double would change it. Numbers with a fraction or an exponent are read as doubles. NaN,
+/// infinity and text that is not UTF-8 can be held, but not written.
 class JSONValue {
  public:
   JSONValue() {}  // null
+  JSONValue(std::nullptr_t) {}
   JSONValue(bool value) : value_(value) {}
   JSONValue(int value) : value_(std::int64_t{value}) {}
   JSONValue(std::int64_t value) : value_(value) {}
   JSONValue(double value) : value_(value) {}
-  JSONValue(const char* value) : value_(std::string(value)) {}
+  JSONValue(const char* value) {  // null for a null pointer
+    if (value) value_ = std::string(value);
+  }
   JSONValue(std::string_view value) : value_(std::string(value)) {}
   JSONValue(std::string value) : value_(std::move(value)) {}
   JSONValue(JSONArray value) : value_(std::move(value)) {}
   JSONValue(JSONObject value) : value_(std::move(value)) {}
+  template <class Pointer>
+    requires((std::is_pointer_v<Pointer> || std::is_member_pointer_v<Pointer>) &&
+             !std::is_convertible_v<Pointer, const char*>)
+  JSONValue(Pointer) = delete;  // it would become a boolean
 
   bool isNull() const noexcept { return std::holds_alternative<std::monostate>(value_); }
 

@@ -39,12 +39,13 @@ class HTTPClientError : public std::exception {
   /// Of `decodingError` and `networkError`: the cause. Otherwise null.
   const Error* underlying() const noexcept { return underlying_ ? &*underlying_ : nullptr; }
 
-  /// A sentence for people, the same as `what()`.
+  /// A sentence for people, the same as `what()`. A NUL in it is written as \u0000.
   const std::string& errorDescription() const noexcept { return description_; }
   const char* what() const noexcept override;
 
  private:
-  HTTPClientError(Case kind, std::string description) : kind_(kind), description_(std::move(description)) {}
+  HTTPClientError(Case kind, std::string description)
+      : kind_(kind), description_(withVisibleNULs(std::move(description))) {}
 
   Case kind_;
   int statusCode_ = 0;

@@ -2,9 +2,16 @@
 
 namespace TalvoConsentSDK {
 
+std::string withVisibleNULs(std::string text) {
+  constexpr std::string_view visible = "\\u0000";
+  for (auto at = text.find('\0'); at != text.npos; at = text.find('\0', at + visible.size()))
+    text.replace(at, 1, visible);
+  return text;
+}
+
 PlatformError::PlatformError(std::string domain, int code, std::string localizedDescription)
     : domain_(std::move(domain)), code_(code) {
-  userInfo_.emplace(localizedDescriptionKey, std::move(localizedDescription));
+  userInfo_.emplace(localizedDescriptionKey, withVisibleNULs(std::move(localizedDescription)));
 }
 
 const std::string& PlatformError::localizedDescription() const noexcept {

@@ -1,6 +1,8 @@
 #include "TalvoConsentSDK/platform/Printer.h"
 
+#include <array>
 #include <cstdio>
+#include <mutex>
 #include <string>
 
 #include "TalvoConsentSDK/platform/Error.h"
@@ -8,16 +10,81 @@
 
 namespace TalvoConsentSDK {
 
+namespace {
+
+constexpr std::size_t maxLine = 2048;
+constexpr std::string_view cutMark = "…";
+
+struct Character {
+  char32_t code;
+  std::size_t length;  // in bytes; 0 when the bytes are no UTF-8
+};
+
+Character characterAt(std::string_view text) {
+  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  constexpr std::array<char32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
+  const unsigned first = byte(0);
+  if (first < 0x80) return {first, 1};
+  const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+  if (first < 0xC0 || first >= 0xF8 || text.size() < length) return {0, 0};
+  char32_t code = first & (0x7FU >> length);
+  for (std::size_t at = 1; at < length; ++at) {
+    if ((byte(at) & 0xC0U) != 0x80) return {0, 0};
+    code = code << 6U | (byte(at) & 0x3FU);
+  }
+  const bool isSurrogate = code >= 0xD800 && code < 0xE000;
+  if (code < least[length] || code > 0x10FFFF || isSurrogate) return {0, 0};
+  return {code, length};
+}
+
+// What would end a line somewhere, or tell a terminal what to do.
+bool isControl(char32_t code) {
+  return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x2028 || code == 0x2029;
+}
+
+std::string escaped(const char* format, unsigned number) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), format, number);
+  return text.data();
+}
+
+std::string visible(Character character, std::string_view text) {
+  if (character.length == 0) return escaped("\\x%02x", static_cast<unsigned char>(text.front()));
+  if (!isControl(character.code)) return std::string(text.substr(0, character.length));
+  if (character.code == '\n') return "\\n";
+  if (character.code == '\r') return "\\r";
+  if (character.code == '\t') return "\\t";
+  return escaped("\\u%04x", character.code);
+}
+
+std::string oneLine(std::string_view text) {
+  std::string line;
+  std::size_t cut = 0;  // where the mark still fits
+  while (!text.empty()) {
+    const Character character = characterAt(text);
+    line += visible(character, text);
+    if (line.size() > maxLine) return line.substr(0, cut).append(cutMark);
+    if (line.size() <= maxLine - cutMark.size()) cut = line.size();
+    text.remove_prefix(character.length > 0 ? character.length : 1);
+  }
+  return line;
+}
+
+}  // namespace
+
 void StandardOutput::print(std::string_view line) {
+  static std::mutex lock;
   std::string text(line);
   text += '\n';
+  const std::scoped_lock guard(lock);
+  std::fflush(stdout);  // what the host has left there, so that the line has the buffer for itself
   std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
 }
 
 void print(std::string_view line) noexcept {
   try {
-    Platform::current().printer->print(line);
+    Platform::current().printer->print(oneLine(line));
   } catch (...) {  // nobody is left to tell
   }
 }

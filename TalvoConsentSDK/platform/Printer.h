@@ -16,17 +16,20 @@ class Printer {
  public:
   virtual ~Printer() = default;
 
-  /// Writes one line; `line` carries no newline at its end.
+  /// Writes one line. What the library prints is UTF-8 of at most 2 KB without control characters: they, and
+  /// bytes that are no UTF-8, come as \n, \u001b or \xff, and a line that was cut ends in "…".
   virtual void print(std::string_view line) = 0;
 };
 
-/// Prints to standard output, each line in one write, so that lines of several threads never mix.
+/// Prints to standard output, each line in one write, so that lines of several threads never mix, nor those
+/// of several processes in one pipe.
 class StandardOutput : public Printer {
  public:
   void print(std::string_view line) override;
 };
 
-/// Prints a line on the installed platform's printer. What that throws is contained.
+/// Prints any text on the installed platform's printer, as the one line that a printer is promised. What that
+/// throws is contained.
 TALVO_EXPORT void print(std::string_view line) noexcept;
 
 /// Runs code that a host handed over. What it throws is contained: one line is printed and the caller goes

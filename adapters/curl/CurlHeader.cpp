@@ -38,6 +38,12 @@ PlatformError tooLargeHeaderError() {
                    "The reply's header is larger than " + std::to_string(mostBytes) + " bytes");
 }
 
+PlatformError tooWellCompressedError(std::size_t maxDecompression) {
+  return curlError(CURLE_FILESIZE_EXCEEDED, "The reply is larger than 1 MB and " +
+                                                std::to_string(maxDecompression) +
+                                                " times what was received of it");
+}
+
 bool CurlHeader::allows(std::string_view piece) {
   const bool isFolded = !isWithinLine_ && (piece.starts_with(' ') || piece.starts_with('\t'));
   isWithinLine_ = !piece.ends_with('\n');

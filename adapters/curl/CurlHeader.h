@@ -51,5 +51,6 @@ PlatformError curlError(int code, std::string text);
 /// What to report of a reply whose body or header is larger than it may be.
 PlatformError tooLargeError(std::size_t largestBody);
 PlatformError tooLargeHeaderError();
+PlatformError tooWellCompressedError(std::size_t maxDecompression);
 
 }  // namespace TalvoConsentSDK

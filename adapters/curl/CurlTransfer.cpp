@@ -16,6 +16,10 @@ namespace {
 
 constexpr int mostRedirects = 20;
 
+// What a body may be decompressed to, in bytes: so much always, and so many times what arrived.
+constexpr std::size_t alwaysDecompressed = 1'000'000;
+constexpr std::size_t maxDecompression = 50;
+
 std::chrono::milliseconds patience(std::chrono::milliseconds timeout) {
   using namespace std::chrono_literals;
   return std::clamp<std::chrono::milliseconds>(timeout, 1ms, 24h);  // no overflow when it is added to a time
@@ -147,6 +151,7 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
     if (auto refused = follow(static_cast<int>(status), location)) return *refused;
     return std::nullopt;
   }
+  if (isCompressedTooWell(body_.size(), 0)) return tooWellCompressedError(maxDecompression);
   URLResponse response;
   response.statusCode = static_cast<int>(status);
   if (request_.method != "HEAD" && status != 204 && status != 304) response.body = std::move(body_);
@@ -328,12 +333,24 @@ std::size_t CurlTransfer::receive(std::string_view bytes) {
     flaw_ = tooLargeError(rules_.largestReply);
     return CURL_WRITEFUNC_ERROR;
   }
+  // libcurl may hand over what it made of a whole buffer before it counts that.
+  if (isCompressedTooWell(body_.size() + bytes.size(), CURL_MAX_WRITE_SIZE)) {
+    flaw_ = tooWellCompressedError(maxDecompression);
+    return CURL_WRITEFUNC_ERROR;
+  }
   try {
     body_.append(bytes);
   } catch (const std::bad_alloc&) {  // must not pass through libcurl
     return CURL_WRITEFUNC_ERROR;
   }
   return bytes.size();
+}
+
+bool CurlTransfer::isCompressedTooWell(std::size_t size, std::size_t uncounted) const {
+  if (size <= alwaysDecompressed) return false;
+  curl_off_t received = 0;
+  curl_easy_getinfo(handle(), CURLINFO_SIZE_DOWNLOAD_T, &received);
+  return size > maxDecompression * (static_cast<std::size_t>(received) + uncounted);
 }
 
 std::size_t CurlTransfer::receiveHeader(std::string_view line) {

@@ -105,6 +105,7 @@ class CurlTransfer {
   std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
   std::size_t receive(std::string_view bytes);
+  bool isCompressedTooWell(std::size_t size, std::size_t uncounted) const;
   std::size_t receiveHeader(std::string_view line);
 
   const CurlRules& rules_;

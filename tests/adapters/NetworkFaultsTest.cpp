@@ -87,7 +87,7 @@ TEST(NetworkFaults, EndInTheirOwnErrorInBoundedTimeAndMemory) {
     for (const char* next : {"plain", "tls localhost 0 2"})
       EXPECT_EQ(told(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
   }
-  std::cout << "grown by at most " << mostGrown << " KiB where no body is kept\n";
+  std::cout << "grown by at most " << mostGrown << " KiB where no large body is kept\n";
 }
 
 }  // namespace

@@ -7,11 +7,24 @@
 #include "TalvoConsentSDK/models/ConsentResponse.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
+#include "TalvoConsentSDK/models/Services.h"
 
+#include "tests/support/ResidentMemory.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
 namespace {
+
+static_assert(std::is_convertible_v<std::nullptr_t, JSONValue> && std::is_convertible_v<char*, JSONValue> &&
+              std::is_convertible_v<const char (&)[3], JSONValue> && std::is_convertible_v<bool, JSONValue>);
+static_assert(!std::is_constructible_v<JSONValue, int*> && !std::is_constructible_v<JSONValue, const void*> &&
+              !std::is_constructible_v<JSONValue, void (&)()> &&
+              !std::is_constructible_v<JSONValue, int std::pair<int, int>::*>);
+
+template <class Record>
+std::string failureOf(const std::string& json) {
+  return failure(JSONDecoder().decode<Record>(json));
+}
 
 std::string nested(std::size_t levels) {
   return std::string(levels, '[') + "1" + std::string(levels, ']');
@@ -25,7 +38,7 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
       // how the error begins; empty: they read
       {"",
        {R"({"id":"x"})", " \t\r\n{ \"id\" : \"x\" } \n", R"({"\u0069\u0064":"x"})", R"({"id":"","n":1e-400})",
-        R"({"id":1,"id":"x"})", R"({"id":"","n":18446744073709551615})",
+        "\xEF\xBB\xBF{\"id\":\"x\"}", R"({"id":1,"id":"x"})", R"({"id":"","n":18446744073709551615})",
         R"({"id":"","n":)" + nested(255) + "}"}},
       {"Type mismatch at id", {R"({"id":1})", R"({"id":"x","id":[]})"}},
       {"Type mismatch: expected an object", {"5", "\"x\"", "[]", "true"}},
@@ -33,10 +46,10 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
       {"Null value at id", {R"({"id":null})"}},
       {"Missing key at id", {"{}", R"({"Id":"x"})"}},
       {"Data corrupted: The data is not valid JSON",
-       {"", " ", "{", "}", "\xEF\xBB\xBF{\"id\":\"x\"}", "{\"id\":\"x\"}\0"s, R"({"id":"x"}])",
-        R"({"id":"x"}{})", R"({"id":1,})", R"({id:"x"})", R"({"id":"","n":18446744073709551616})",
-        R"({"id":"","n":1e400})", R"({"id":"","n":)" + nested(256) + "}",
-        R"({"id":"","n":)" + nested(100'000) + "}"}}};
+       {"", " ", "{", "}", "\xEF\xBB\xBF\xEF\xBB\xBF{\"id\":\"x\"}", "\xEF\xBB\xBF", "{\"id\":\"x\"}\0"s,
+        R"({"id":"x"}])", R"({"id":"x"}{})", R"({"id":1,})", R"({id:"x"})",
+        R"({"id":"","n":18446744073709551616})", R"({"id":"","n":1e400})",
+        R"({"id":"","n":)" + nested(256) + "}", R"({"id":"","n":)" + nested(100'000) + "}"}}};
   for (const auto& [error, texts] : documents) {
     for (const auto& json : texts) {
       EXPECT_THAT(decode(json), StartsWith(error)) << json.substr(0, 99);
@@ -58,12 +71,53 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
             "\xF0\x9F\x98\x80\0\"\\/\b\f\n\r\t"s);
 }
 
+// Documents of each kind grow until they are refused; none takes more memory than it may, beside the
+// parser's.
+TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
+  const struct {
+    const char *begin, *element, *close, *place;
+    std::string (*failureOf)(const std::string&);
+  } kinds[] = {
+      {R"({"libraries":[)", "{}", "]}", " at libraries", failureOf<Services>},
+      {R"({"marketing":[)", R"("")", "]}", " at marketing", failureOf<BasicConsent>},
+      {R"({"categories":{)", R"("#":true)", "}}", " at categories", failureOf<FullConsent>},
+      {"[", "1", "]", "", failureOf<JSONValue>},
+      {"[", "[1]", "]", "", failureOf<JSONValue>},
+      {"[", R"({"":""})", "]", "", failureOf<JSONValue>},
+      {"{", R"("#":[])", "}", "", failureOf<JSONValue>},
+  };
+  for (const auto& [begin, element, close, place, failureOf] : kinds) {
+    SCOPED_TRACE(std::string(begin) + element);
+    const auto document = [&](int count) {
+      std::string text = begin;
+      for (int n = 0; n < count; ++n) {
+        const std::string next(element);
+        const auto number = next.find('#');
+        text += number == next.npos ? next : std::string(next).replace(number, 1, std::to_string(n));
+        text += n + 1 < count ? "," : close;
+      }
+      return text;
+    };
+    std::string end;
+    for (int count = 50'000; end.empty() && count < 3'000'000; count *= 2) {
+      const std::string text = document(count);
+      const long before = startOfPeak();
+      end = failureOf(text);
+      const auto limit = 16'000'000 + (8 + 15) * static_cast<long>(text.size());
+      EXPECT_LE(residentMemory("VmHWM:") - before, limit / 1024) << count;
+    }
+    EXPECT_THAT(end, AllOf(StartsWith("Data corrupted" + std::string(place)),
+                           EndsWith("take more than 16 MB and 8 times its length in memory")));
+  }
+}
+
 TEST(JSONDecoderTest, TakesTheLastOfAKeyGivenTwice) {
   EXPECT_EQ(written(parsed<BasicConsent>(R"({"marketing":["a"],"marketing":["b","c"],"id":"a","id":null})")),
             R"({"marketing":["b","c"]})");
   EXPECT_EQ(
-      written(parsed<FullConsent>(R"({"categories":{"a":true,"b":true},"categories":{"a":[],"a":["c"]}})")),
+      written(parsed<FullConsent>(R"({"categories":{"a":true,"b":true},"categories":{"a":7,"a":["c"]}})")),
       R"({"categories":{"a":["c"]}})");
+  EXPECT_EQ(canonical(R"({"b":9223372036854775808,"a":[],"b":{"c":1,"c":2}})"), R"({"a":[],"b":{"c":2}})");
   const std::string texts =
       R"("bannerMessages":{"acceptButton":"","mainMessage":"","rejectButton":"","title":")";
   const auto banner = parsed<BannerCustomization>(
@@ -92,8 +146,12 @@ TEST(JSONCodingTest, ReadsAndWritesEveryValue) {
     EXPECT_EQ(parsed<JSONValue>(json), value) << json;
   }
   const std::pair<const char*, JSONValue> readings[] = {
-      {"-0", 0}, {"9223372036854775808", 9223372036854775808.0}, {"1e2", 100.0}, {"1e-400", 0.0}};
+      {"-0", 0}, {"9223372036854775808.0", 9223372036854775808.0}, {"1e2", 100.0}, {"1e-400", 0.0}};
   for (const auto& [json, value] : readings) EXPECT_EQ(parsed<JSONValue>(json), value) << json;
+  for (const char* number : {"9223372036854775808", "18446744073709551615"})
+    EXPECT_EQ(failure(JSONDecoder().decode<JSONValue>(R"({"a":[)" + std::string(number) + "]}")),
+              "Data corrupted at a[0]: The whole number is larger than 9223372036854775807");
+  EXPECT_TRUE(JSONValue(nullptr).isNull() && JSONValue(static_cast<const char*>(nullptr)).isNull());
 
   std::mt19937_64 random(17);
   for (int n = 0; n < 20'000; ++n) {

@@ -77,6 +77,7 @@ TEST_F(HTTPClientTest, JudgesEveryOutcome) {
       {"HTTP error 404:  no site\n", "HTTP error 404:  no site\n", 404, {" no site\n"}},
       {"HTTP error 404: Unknown error", "HTTP error 404: Unknown error", 404, {"\xFF"}},
       {"HTTP error 500: <html>", "HTTP error 500: <html>", 500, {"<html>"}},
+      {"HTTP error 500: a\\u0000b", "HTTP error 500: a\\u0000b", 500, {"a\0b"s}},
       {"HTTP error 500: ", noData, 500, {std::nullopt}},
       {noResponse, noResponse, std::nullopt, {R"({"id":"1"})"}},
       {noResponse, noData, std::nullopt, {std::nullopt}},

@@ -1,5 +1,6 @@
 #include <stdexcept>
 
+#include "TalvoConsentSDK/models/CodingError.h"
 #include "TalvoConsentSDK/network/HTTPClientError.h"
 #include "TalvoConsentSDK/platform/Error.h"
 #include "TalvoConsentSDK/platform/Result.h"
@@ -35,6 +36,19 @@ TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
   }
   EXPECT_STREQ(caught([] { throw std::runtime_error("plain"); }).what(), "plain");
   EXPECT_STREQ(caught([] { throw 3; }).what(), "Unknown error");
+}
+
+TEST(ErrorTest, TellsAllOfATextWithNULs) {
+  const std::string text = "a\0b\0"s;
+  const auto refused = HTTPClientError::httpError(500, text);
+  EXPECT_EQ(refused.message(), text);
+  EXPECT_EQ(refused.errorDescription(), refused.what());
+  for (const Error& error : {Error(refused), Error(PlatformError("domain", 7, text)),
+                             Error(CodingError(CodingError::Kind::keyNotFound, text, "")),
+                             Error(CodingError(CodingError::Kind::dataCorrupted, "", text))}) {
+    EXPECT_THAT(error.what(), EndsWith("a\\u0000b\\u0000"));
+    EXPECT_THAT(HTTPClientError::networkError(error).what(), EndsWith(error.what()));
+  }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 // The one place that turns values into JSON and back. A record joins with a table of its fields, a scalar
 // with a Codec of its own. Include this in .cpp files only, and instantiate the coders' members there.
 
-#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -49,9 +48,6 @@ struct Codec<std::optional<T>> {
   }
 };
 
-/// Room made in advance for an array's elements. Beyond it they must have been read to be believed.
-inline constexpr std::size_t mostReservedBytes = std::size_t{128} << 20U;
-
 template <>
 struct Codec<bool> {
   static void read(const Node& node, const Path& path, bool& value) {
@@ -87,7 +83,8 @@ struct Codec<std::vector<T>> {
     Node element = node;
     std::size_t index = 0;
     Elements elements(node);
-    value.reserve(std::min(elements.count(), mostReservedBytes / sizeof(T)));
+    path.claim(elements.count(), sizeof(T));
+    value.reserve(elements.count());
     while (elements.next(element)) {
       Codec<T>::read(element, Path(path, index++), value.emplace_back());
     }
@@ -102,12 +99,9 @@ struct Codec<std::vector<T>> {
 template <class T>
 struct Codec<std::map<std::string, T, std::less<>>> {
   static void read(const Node& node, const Path& path, std::map<std::string, T, std::less<>>& value) {
-    require(Type::object, node, path);
     value.clear();
-    std::string_view key;
-    Node member = node;
-    for (Members members(node); members.next(key, member);) {
-      Codec<T>::read(member, Path(path, key), value[std::string(key)]);
+    for (const auto& [key, member] : membersOf(node, path, sizeof(T))) {
+      Codec<T>::read(member, Path(path, key), value.try_emplace(value.end(), std::string(key))->second);
     }
   }
   static void write(Writer& writer, const std::map<std::string, T, std::less<>>& value) {

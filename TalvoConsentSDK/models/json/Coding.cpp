@@ -2,12 +2,49 @@
 
 namespace TalvoConsentSDK::json {
 
+namespace {
+
+// What an allocation takes beside its content, at most, and what a node of a map does.
+constexpr std::size_t allocationSize = 16;
+constexpr std::size_t mapNodeSize = 32 + allocationSize;
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
+
+// Eight times in all: texts, which nobody counts, take at most twice what they take in the document.
+MemoryBudget::MemoryBudget(std::size_t documentSize) : left_(16'000'000 + std::uint64_t{6} * documentSize) {}
+
+bool MemoryBudget::take(std::uint64_t bytes) {
+  if (bytes > left_) return false;
+  left_ -= bytes;
+  return true;
+}
+
 std::string Path::text() const {
   if (!parent_) return {};
   std::string text = parent_->text();
   if (key_.data() == nullptr) return text + "[" + std::to_string(index_) + "]";
   if (!text.empty()) text += '.';
   return text.append(key_);
+}
+
+void Path::claim(std::size_t count, std::size_t size) const {
+  if (count == 0 || budget_->take(std::uint64_t{count} * size + allocationSize)) return;
+  throw CodingError(CodingError::Kind::dataCorrupted, text(),
+                    "The document's values take more than 16 MB and 8 times its length in memory");
+}
+
+std::map<std::string_view, Node> membersOf(const Node& object, const Path& path, std::size_t valueSize) {
+  require(Type::object, object, path);
+  std::map<std::string_view, Node> all;
+  constexpr std::size_t memberSize = sizeof(*all.begin()) + sizeof(std::string) + 2 * mapNodeSize;
+  std::string_view key;
+  Node member = object;
+  for (Members members(object); members.next(key, member);) {
+    if (all.insert_or_assign(key, member).second) path.claim(1, memberSize + valueSize);
+  }
+  return all;
 }
 
 void refuse(Type type, Type found, const Path& path) {
@@ -19,8 +56,10 @@ void refuse(Type type, Type found, const Path& path) {
 
 std::optional<CodingError> decode(std::string_view text, void* value, const Coding& coding) {
   try {
+    if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
     const Document document(text);
-    coding.read(document.root(), Path(), value);
+    MemoryBudget budget(text.size());
+    coding.read(document.root(), Path(budget), value);
     return std::nullopt;
   } catch (const CodingError& error) {
     return error;

@@ -3,6 +3,8 @@
 // Values read and written without their types being known.
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,18 +16,35 @@
 
 namespace TalvoConsentSDK::json {
 
+/// How much memory one document's values may still take.
+class MemoryBudget {
+ public:
+  explicit MemoryBudget(std::size_t documentSize);
+
+  /// False, once and for all, when there is less left.
+  bool take(std::uint64_t bytes);
+
+ private:
+  std::uint64_t left_;
+};
+
 /// The place of a value in its document: a chain through the readers' stack frames, spelled out only when an
 /// error needs it.
 class Path {
  public:
-  Path() = default;
-  Path(const Path& parent, std::string_view key) : parent_(&parent), key_(key) {}
-  Path(const Path& parent, std::size_t index) : parent_(&parent), index_(index) {}
+  explicit Path(MemoryBudget& budget) : budget_(&budget) {}  // the document's root
+  Path(const Path& parent, std::string_view key) : parent_(&parent), budget_(parent.budget_), key_(key) {}
+  Path(const Path& parent, std::size_t index) : parent_(&parent), budget_(parent.budget_), index_(index) {}
 
   std::string text() const;
 
+  /// Says that `count` values of `size` bytes each are about to be made here, which a container calls before
+  /// it grows. Throws a CodingError (dataCorrupted) when the document must not take so much.
+  void claim(std::size_t count, std::size_t size) const;
+
  private:
   const Path* parent_ = nullptr;
+  MemoryBudget* budget_;
   std::string_view key_;
   std::size_t index_ = 0;
 };
@@ -35,6 +54,10 @@ class Path {
 inline void require(Type type, const Node& node, const Path& path) {
   if (node.type() != type) refuse(type, node.type(), path);
 }
+
+/// The members of an object, by key; of a key given twice the last. Claims the memory for them and for values
+/// of `valueSize` bytes.
+std::map<std::string_view, Node> membersOf(const Node& object, const Path& path, std::size_t valueSize);
 
 template <class T>
 struct Codec;

@@ -14,7 +14,7 @@ struct Codec<ConsentValue> {
   static void read(const Node& node, const Path& path, ConsentValue& value) {
     if (node.type() == Type::boolean) {
       value = ConsentValue(node.boolean());
-    } else if (std::vector<std::string> items; node.type() == Type::array && readStrings(node, items)) {
+    } else if (std::vector<std::string> items; node.type() == Type::array && readStrings(node, path, items)) {
       value = items.empty() ? ConsentValue::none() : ConsentValue::partial(std::move(items));
     } else {
       throw CodingError(CodingError::Kind::dataCorrupted, path.text(),
@@ -31,9 +31,12 @@ struct Codec<ConsentValue> {
   }
 
  private:
-  static bool readStrings(const Node& array, std::vector<std::string>& items) {
+  static bool readStrings(const Node& array, const Path& path, std::vector<std::string>& items) {
     Node element = array;
-    for (Elements elements(array); elements.next(element);) {
+    Elements elements(array);
+    path.claim(elements.count(), sizeof(std::string));
+    items.reserve(elements.count());
+    while (elements.next(element)) {
       if (element.type() != Type::string) return false;
       items.emplace_back(element.string());
     }

@@ -42,7 +42,8 @@ Type typeOf(const dom::element& value) {
       return Type::boolean;
     case dom::element_type::INT64:
       return Type::integer;
-    case dom::element_type::UINT64:  // too large for a signed integer
+    case dom::element_type::UINT64:
+      return Type::largeInteger;
     case dom::element_type::DOUBLE:
       return Type::number;
     case dom::element_type::STRING:
@@ -65,6 +66,7 @@ std::string_view name(Type type) {
       return "a boolean";
     case Type::integer:
       return "an integer";
+    case Type::largeInteger:
     case Type::number:
       return "a number";
     case Type::string:
@@ -114,6 +116,9 @@ Elements::Elements(const Node& array) {
   position_ = toHandle(elements.begin());
   end_ = toHandle(elements.end());
   count_ = elements.size();
+  constexpr std::size_t mostCounted = 0xFFFFFF;  // by the parser
+  if (count_ == mostCounted)
+    count_ = static_cast<std::size_t>(std::distance(elements.begin(), elements.end()));
 }
 
 bool Elements::next(Node& value) {

@@ -10,7 +10,8 @@
 
 namespace TalvoConsentSDK::json {
 
-enum class Type { null, boolean, integer, number, string, array, object };
+// A large integer is one from 2^63 to 2^64 - 1; what is larger still is no JSON to the parser.
+enum class Type { null, boolean, integer, largeInteger, number, string, array, object };
 
 /// How deep objects and arrays may be nested. Readers and writers recurse as deep, on threads with stacks of
 /// a few hundred kilobytes.
@@ -62,7 +63,7 @@ class Elements {
 
   bool next(Node& value);
 
-  /// How many there are; too few of more than 16 million.
+  /// How many there are.
   std::size_t count() const { return count_; }
 
  private:

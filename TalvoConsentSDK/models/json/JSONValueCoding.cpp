@@ -21,6 +21,9 @@ struct Codec<JSONValue> {
       case Type::integer:
         value = node.integer();
         break;
+      case Type::largeInteger:  // as a double it would be another number
+        throw CodingError(CodingError::Kind::dataCorrupted, path.text(),
+                          "The whole number is larger than 9223372036854775807");
       case Type::number:
         value = node.number();
         break;

@@ -65,7 +65,7 @@ void writeRecord(Writer& writer, const void* record, std::span<const Field> fiel
 
 void Codec<std::string>::read(const Node& node, const Path& path, std::string& value) {
   require(Type::string, node, path);
-  value = node.string();
+  value = std::string(node.string());  // with no more room than it needs
 }
 
 void Codec<std::optional<std::string>>::read(const Node& node, const Path& path,
