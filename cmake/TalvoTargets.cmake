@@ -9,16 +9,36 @@ set(TALVO_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/TalvoConsentSDK-${PROJE
 set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 
 if(BUILD_SHARED_LIBS)
-  include(CheckIPOSupported)
-  check_ipo_supported(RESULT talvo_optimizes_whole_libraries OUTPUT talvo_ipo_output LANGUAGES CXX)
-  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # whole, not thin: that makes the smallest libraries
-    set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto)
-    set(CMAKE_CXX_LINK_OPTIONS_IPO -flto)
-  endif()
   include(CheckLinkerFlag)
   check_linker_flag(CXX LINKER:-z,pack-relative-relocs TALVO_LINKER_PACKS_RELOCATIONS)
   if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # clang's own linker writes code that is the same but once
     check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=safe" TALVO_LINKER_FOLDS_CODE)
+  endif()
+
+  # TALVO_OPTIMIZES_WHOLE_LIBRARIES must not depend on what happens to be installed besides compiler and linker.
+  if(TALVO_LINKER_FOLDS_CODE)
+    # This linker reads clang's objects by itself, in any archive: no LLVM tool for archives and no plugin is needed.
+    check_linker_flag(CXX "-flto;-fuse-ld=lld" TALVO_LINKER_OPTIMIZES)
+    set(optimizes ${TALVO_LINKER_OPTIMIZES})
+    set(reason "${CMAKE_CXX_COMPILER} cannot link with -flto and lld")
+    set(CMAKE_CXX_ARCHIVE_CREATE_IPO "<CMAKE_AR> qc <TARGET> <LINK_FLAGS> <OBJECTS>")
+    set(CMAKE_CXX_ARCHIVE_APPEND_IPO "<CMAKE_AR> q <TARGET> <LINK_FLAGS> <OBJECTS>")
+    set(CMAKE_CXX_ARCHIVE_FINISH_IPO "")
+  else()
+    include(CheckIPOSupported)
+    check_ipo_supported(RESULT optimizes OUTPUT output LANGUAGES CXX)
+    set(reason "${CMAKE_CXX_COMPILER_ID} cannot; see CMakeError.log")
+    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+      set(reason "clang needs lld of its version, or llvm-ar and the gold plugin")
+    endif()
+  endif()
+  if(NOT optimizes)
+    message(NOTICE "TalvoConsentSDK: without whole-library optimisation, a quarter larger: ${reason}")
+  endif()
+  set(TALVO_OPTIMIZES_WHOLE_LIBRARIES ${optimizes} CACHE INTERNAL "Whether shared libraries are optimised as a whole")
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # whole, not thin: that makes the smallest libraries
+    set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto)
+    set(CMAKE_CXX_LINK_OPTIONS_IPO -flto)
   endif()
 endif()
 
@@ -38,6 +58,7 @@ function(talvo_add_library target alias)
   add_library(${target} ${ARGN})
   add_library(TalvoConsentSDK::${alias} ALIAS ${target})
   talvo_configure(${target})
+  target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)  # hosts may leave out what they do not use
   target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${TALVO_INSTALL_INCLUDEDIR}>)
   set_target_properties(${target} PROPERTIES
     DEFINE_SYMBOL ""
@@ -49,7 +70,7 @@ function(talvo_add_library target alias)
     SOVERSION ${PROJECT_VERSION_MAJOR})
   if(BUILD_SHARED_LIBS)
     set_target_properties(${target} PROPERTIES
-      INTERPROCEDURAL_OPTIMIZATION_RELEASE ${talvo_optimizes_whole_libraries}
+      INTERPROCEDURAL_OPTIMIZATION_RELEASE ${TALVO_OPTIMIZES_WHOLE_LIBRARIES}
       LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE

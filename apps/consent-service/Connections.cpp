@@ -1,71 +1,93 @@
 #include "Connections.h"
 
-#include <charconv>
-#include <filesystem>
-#include <string>
+#include <algorithm>
 #include <system_error>
-#include <vector>
+#include <utility>
 
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/types.h>
+#include "Connection.h"
 
 namespace TalvoConsentSDK::service {
 
-namespace {
-
-namespace fs = std::filesystem;
-
-int portOf(const sockaddr_storage& address) {
-  if (address.ss_family == AF_INET) return ntohs(reinterpret_cast<const sockaddr_in&>(address).sin_port);
-  if (address.ss_family == AF_INET6) return ntohs(reinterpret_cast<const sockaddr_in6&>(address).sin6_port);
-  return -1;
-}
-
-// One end's port; -1 for what is no connected internet socket.
-int portOf(int descriptor, decltype(&getpeername) end) {
-  sockaddr_storage address{};
-  socklen_t size = sizeof address;
-  return end(descriptor, reinterpret_cast<sockaddr*>(&address), &size) == 0 ? portOf(address) : -1;
-}
-
-std::vector<int> connections(int localPort) {
-  std::vector<int> found;
-  std::error_code error;
-  for (fs::directory_iterator each("/dev/fd", error), end; !error && each != end; each.increment(error)) {
-    const std::string name = each->path().filename().string();
-    int descriptor = -1;
-    std::from_chars(name.data(), name.data() + name.size(), descriptor);
-    const bool isConnected = portOf(descriptor, getpeername) >= 0;
-    if (isConnected && portOf(descriptor, getsockname) == localPort) found.push_back(descriptor);
+void Connections::serve(std::function<void()> job) {
+  std::unique_lock guard(lock_);
+  changed_.wait(guard, [this] { return queue_.size() < maxQueued || isEnding_; });
+  queue_.push_back(std::move(job));
+  if (queue_.size() > idle_ && threads_.size() < maxThreads) {
+    try {
+      threads_.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {  // the system has no more threads: those that run have to do
+      if (threads_.empty()) throw;
+    }
   }
-  return found;
+  makeRoom();
+  changed_.notify_all();
 }
 
-}  // namespace
-
-int connectionSocket(int localPort, int remotePort) {
-  for (const int descriptor : connections(localPort)) {
-    if (portOf(descriptor, getpeername) == remotePort) return descriptor;
+void Connections::work() {
+  std::unique_lock guard(lock_);
+  for (;;) {
+    ++idle_;
+    changed_.wait(guard, [this] { return !queue_.empty() || isFinishing_; });
+    --idle_;
+    if (queue_.empty()) return;
+    const auto job = std::move(queue_.front());
+    queue_.pop_front();
+    changed_.notify_all();
+    guard.unlock();
+    job();
+    guard.lock();
   }
-  return -1;
 }
 
-void shutDown(int socket) {
-  shutdown(socket, SHUT_RDWR);
+void Connections::finish() {
+  {
+    const std::scoped_lock guard(lock_);
+    isFinishing_ = true;
+  }
+  changed_.notify_all();
+  for (std::thread& each : threads_) each.join();
 }
 
-bool hasPeerGone(int socket, int milliseconds) {
-  pollfd request{socket, 0, 0};
-#ifdef POLLRDHUP
-  request.events = POLLRDHUP;
-#endif
-  return poll(&request, 1, milliseconds) > 0;
+void Connections::end() {
+  {
+    const std::scoped_lock guard(lock_);
+    isEnding_ = true;
+    for (Connection* each : open_) each->end(false);
+  }
+  changed_.notify_all();
 }
 
-void endIdleConnections(int localPort) {
-  for (const int descriptor : connections(localPort)) shutdown(descriptor, SHUT_RD);
+void Connections::enter(Connection& connection) {
+  const std::scoped_lock guard(lock_);
+  open_.insert(&connection);
+  if (isEnding_) connection.end(false);
+}
+
+void Connections::leave(Connection& connection) {
+  const std::scoped_lock guard(lock_);
+  open_.erase(&connection);
+}
+
+void Connections::waits() {
+  const std::scoped_lock guard(lock_);
+  makeRoom();
+}
+
+// Ends as many connections as there are jobs that no thread is about to take.
+void Connections::makeRoom() {
+  if (threads_.size() < maxThreads) return;
+  auto wanted = queue_.size() - std::min(queue_.size(), idle_);
+  std::vector<std::pair<Connection::Clock::time_point, Connection*>> waiting;
+  for (Connection* each : open_) {
+    if (each->isEnded()) {
+      wanted -= std::min<std::size_t>(wanted, 1);
+    } else if (const auto since = each->clientsTurnSince()) {
+      waiting.emplace_back(*since, each);
+    }
+  }
+  std::ranges::sort(waiting);
+  waiting.resize(std::min(waiting.size(), wanted));
+  for (const auto& [since, each] : waiting) each->end(true);
 }
 
 }  // namespace TalvoConsentSDK::service

@@ -9,8 +9,10 @@
 #include <utility>
 
 #include <httplib.h>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
 
+#include "Connection.h"
 #include "Connections.h"
 #include "Endpoints.h"
 #include "Reply.h"
@@ -23,10 +25,7 @@ namespace {
 using httplib::Request;
 using httplib::Response;
 
-constexpr std::size_t threadCount = 64;  // an open connection holds one, idle or not
-constexpr std::size_t requestsPerConnection = 100'000;
-constexpr std::size_t largestBody = 16 << 20;  // bytes
-constexpr std::size_t longestPath = 2048;      // bytes; matching patterns recurses as deep
+constexpr std::size_t longestPath = 2048;  // bytes; matching patterns recurses as deep
 
 PlatformError failure(const std::string& reason) {
   return {"Server", 1, reason};
@@ -41,6 +40,83 @@ std::string hostOf(const Request& request) {
   return isPlain ? host : "";
 }
 
+bool hasBody(const Request& request) {
+  return request.has_header("Transfer-Encoding") ||
+         request.get_header_value<std::uint64_t>("Content-Length") > 0;
+}
+
+// The status to refuse a body with before it is sent; 200 when it may come.
+int judgeBody(const Request& request) {
+  const std::string encoding = request.get_header_value("Transfer-Encoding");
+  if (!encoding.empty() && encoding != "chunked") return 501;
+  if (request.is_multipart_form_data()) return 415;
+  return request.get_header_value<std::uint64_t>("Content-Length") > maxBody ? 413 : 200;
+}
+
+// Reads and decompresses a body. The status to refuse it with, or 200.
+int readBody(const Request& request, const Response& response, const httplib::ContentReader& reader,
+             std::string& body) {
+  if (!hasBody(request)) return 200;
+  if (const int status = judgeBody(request); status != 200) return status;
+  Connection& connection = Connection::current();
+  bool isTooLarge = false;
+  connection.isInStep = reader([&](const char* data, std::size_t size) {
+    isTooLarge = body.size() + size > maxBody;
+    if (!isTooLarge) body.append(data, size);
+    return !isTooLarge;
+  });
+  if (connection.isInStep) return 200;
+  if (isTooLarge || connection.isTooLarge()) return 413;
+  if (connection.isLate()) return 408;
+  return response.status >= 400 ? response.status : 400;  // as the HTTP library judged it
+}
+
+// The HTTP library's server on our connections and threads: its own hold as much as a client sends, for as
+// long as it likes.
+template <class Base>
+class BoundedServer : public Base {
+ public:
+  template <class... Arguments>
+  BoundedServer(Connections& connections, std::chrono::milliseconds patience, Arguments... arguments)
+      : Base(arguments...), connections_(connections), patience_(patience) {}
+
+ private:
+  bool process_and_close_socket(socket_t socket) override {
+    SSL* session = nullptr;
+    if constexpr (std::is_same_v<Base, httplib::SSLServer>) session = SSL_new(this->ssl_context());
+    Connection connection(connections_, socket, session, patience_);
+    if (!connection.shakeHands()) return false;
+    for (bool isLast = false; !isLast;) {
+      const int status = connection.readHead();
+      if (status == 0) return false;
+      if (status != 200) {
+        connection.refuse(status);
+        break;
+      }
+      const bool isAnswered = this->process_request(connection, false, isLast, [&](Request& request) {
+        request.ranges.clear();  // a few bytes can ask for a document a thousand times
+        connection.isInStep = !hasBody(request);
+      });
+      if (!isAnswered || !connection.isInStep) break;
+    }
+    connection.linger();
+    return true;
+  }
+
+  Connections& connections_;
+  const std::chrono::milliseconds patience_;
+};
+
+class Threads : public httplib::TaskQueue {
+ public:
+  explicit Threads(Connections& connections) : connections_(connections) {}
+  void enqueue(std::function<void()> job) override { connections_.serve(std::move(job)); }
+  void shutdown() override { connections_.finish(); }
+
+ private:
+  Connections& connections_;
+};
+
 }  // namespace
 
 struct Server::State {
@@ -51,6 +127,7 @@ struct Server::State {
   ServerOptions options;
   std::optional<Endpoints> endpoints;
   std::unique_ptr<RequestLog> log;
+  Connections connections;
   std::unique_ptr<httplib::Server> http;
   std::string scheme = "http";
   std::string url;
@@ -67,8 +144,10 @@ struct Server::State {
   void addRoutes();
 
   httplib::Server::Handler handler(Endpoint endpoint);
-  Call callFrom(const Request& request) const;
-  void deliver(const Reply& reply, const Request& request, Response& response);
+  httplib::Server::HandlerWithContentReader bodyHandler(Endpoint endpoint);
+  void answer(Endpoint endpoint, const Request& request, const std::string& body, Response& response);
+  Call callFrom(const Request& request, const std::string& body) const;
+  void deliver(const Reply& reply, Response& response);
   bool isStopRequestedWithin(std::chrono::milliseconds time);
 };
 
@@ -78,50 +157,68 @@ void Server::State::addRoutes() {
   http->Get("/public/cookies/([^/]+)/configurations", handler(&Endpoints::configuration));
   http->Get("/public/cookies/([^/]+)", handler(&Endpoints::services));
   http->Get("/public/banner-customization/([^/]+)", handler(&Endpoints::customization));
-  http->Post("/public/cookie-consent/([^/]+)", handler(&Endpoints::createConsent));
-  http->Put("/public/cookie-consent/([^/]+)", handler(&Endpoints::updateConsent));
+  http->Post("/public/cookie-consent/([^/]+)", bodyHandler(&Endpoints::createConsent));
+  http->Put("/public/cookie-consent/([^/]+)", bodyHandler(&Endpoints::updateConsent));
   http->Get("/public/cookie-consent/([^/]+)/identified/(.+)", handler(&Endpoints::identifiedConsent));
-  http->Post("/public/consent", handler(&Endpoints::submitTopics));
+  http->Post("/public/consent", bodyHandler(&Endpoints::submitTopics));
 
   const std::string anything = "[^]*";
   http->Get(anything, handler(nullptr));
-  http->Post(anything, handler(nullptr));
-  http->Put(anything, handler(nullptr));
-  http->Patch(anything, handler(nullptr));
-  http->Delete(anything, handler(nullptr));
+  http->Post(anything, bodyHandler(nullptr));
+  http->Put(anything, bodyHandler(nullptr));
+  http->Patch(anything, bodyHandler(nullptr));
+  http->Delete(anything, bodyHandler(nullptr));
+  http->Delete(anything, handler(nullptr));  // one without a body
   http->Options(anything, handler(nullptr));
 }
 
 // No endpoint: a request that none of them is for.
 httplib::Server::Handler Server::State::handler(Endpoint endpoint) {
   return [this, endpoint](const Request& request, Response& response) {
-    const auto trueReply = [&] {
-      if (endpoint) return ((*endpoints).*endpoint)(callFrom(request));
-      return errorReply(404, "no such endpoint: " + request.method + " " + request.path);
-    };
-    const Fault* fault = findFault(options.faults, request.method + " " + request.target);
-    const Reply reply = fault ? fault->reply(trueReply) : trueReply();
-    if (options.delay.count() > 0) isStopRequestedWithin(options.delay);
-
-    RequestLogEntry entry;
-    entry.method = request.method;
-    entry.target = request.target;
-    entry.clientName = request.get_header_value("X-Client-Name");
-    entry.contentType = request.get_header_value("Content-Type");
-    entry.body = request.body;
-    if (fault) entry.fault = fault->kind();
-    entry.status = reply.visibleStatus();
-    log->write(entry);
-    deliver(reply, request, response);
+    answer(endpoint, request, "", response);
   };
 }
 
-Call Server::State::callFrom(const Request& request) const {
+httplib::Server::HandlerWithContentReader Server::State::bodyHandler(Endpoint endpoint) {
+  return [this, endpoint](const Request& request, Response& response, const httplib::ContentReader& reader) {
+    std::string body;
+    const int status = readBody(request, response, reader, body);
+    if (status == 200) {
+      answer(endpoint, request, body, response);
+    } else {
+      deliver(errorReply(status, "the body was refused"), response);
+    }
+  };
+}
+
+void Server::State::answer(Endpoint endpoint, const Request& request, const std::string& body,
+                           Response& response) {
+  const auto trueReply = [&] {
+    if (endpoint) return ((*endpoints).*endpoint)(callFrom(request, body));
+    return errorReply(404, "no such endpoint: " + request.method + " " + request.path);
+  };
+  const Fault* fault = findFault(options.faults, request.method + " " + request.target);
+  const Reply reply = fault ? fault->reply(trueReply) : trueReply();
+  if (options.delay.count() > 0) isStopRequestedWithin(options.delay);
+
+  RequestLogEntry entry;
+  entry.method = request.method;
+  entry.target = request.target;
+  entry.clientName = request.get_header_value("X-Client-Name");
+  entry.contentType = request.get_header_value("Content-Type");
+  entry.body = body;
+  if (fault) entry.fault = fault->kind();
+  entry.status = reply.visibleStatus();
+  log->write(entry);
+  deliver(reply, response);
+}
+
+Call Server::State::callFrom(const Request& request, const std::string& body) const {
   Call call;
   if (request.matches.size() > 1) call.site = request.matches[1];
   if (request.matches.size() > 2) call.rest = request.matches[2];
   call.language = request.get_param_value("lng");
-  call.body = request.body;
+  call.body = body;
   const std::string host = hostOf(request);
   call.base = host.empty() ? url : scheme + "://" + host;
   return call;
@@ -132,7 +229,7 @@ bool Server::State::isStopRequestedWithin(std::chrono::milliseconds time) {
   return stopRequested.wait_for(guard, time, [this] { return isStopping; });
 }
 
-void Server::State::deliver(const Reply& reply, const Request& request, Response& response) {
+void Server::State::deliver(const Reply& reply, Response& response) {
   response.status = reply.status;
   if (reply.delivery == Delivery::whole) {
     response.set_content(reply.body, reply.contentType);
@@ -145,12 +242,8 @@ void Server::State::deliver(const Reply& reply, const Request& request, Response
           return false;
         });
   } else {
-    const int socket = connectionSocket(port, request.remote_port);
-    if (reply.delivery == Delivery::stall) {
-      while (!hasPeerGone(socket, 50) && !isStopRequestedWithin(std::chrono::milliseconds(0))) {
-      }
-    }
-    shutDown(socket);
+    if (reply.delivery == Delivery::stall) Connection::current().waitForEnd();
+    Connection::current().abort();
   }
 }
 
@@ -171,22 +264,29 @@ Result<void> Server::State::openFiles() {
 
 Result<void> Server::State::makeServer() {
   if (options.certificate.empty()) {
-    http = std::make_unique<httplib::Server>();
+    http = std::make_unique<BoundedServer<httplib::Server>>(connections, options.patience);
   } else {
-    http = std::make_unique<httplib::SSLServer>(options.certificate.c_str(), options.privateKey.c_str());
+    http = std::make_unique<BoundedServer<httplib::SSLServer>>(
+        connections, options.patience, options.certificate.c_str(), options.privateKey.c_str());
     scheme = "https";
     if (!http->is_valid()) {
       return failure("no usable certificate and key: " + options.certificate + ", " + options.privateKey);
     }
   }
-  http->new_task_queue = [] { return new httplib::ThreadPool(threadCount); };
+  http->new_task_queue = [this] { return new Threads(connections); };
   http->set_tcp_nodelay(true);
-  http->set_keep_alive_max_count(requestsPerConnection);
-  http->set_payload_max_length(largestBody);
+  http->set_keep_alive_timeout(std::chrono::ceil<std::chrono::seconds>(options.patience).count());
+  http->set_expect_100_continue_handler([](const Request& request, Response& response) {
+    response.status = judgeBody(request);
+    return response.status == 200 ? 100 : response.status;
+  });
   http->set_pre_routing_handler([](const Request& request, Response& response) {
-    if (request.path.size() <= longestPath) return httplib::Server::HandlerResponse::Unhandled;
-    response.status = 414;
-    return httplib::Server::HandlerResponse::Handled;
+    response.status = request.path.size() > longestPath ? 414 : request.method == "PRI" ? 501 : -1;
+    using Whether = httplib::Server::HandlerResponse;
+    return response.status < 0 ? Whether::Unhandled : Whether::Handled;
+  });
+  http->set_post_routing_handler([](const Request&, Response& response) {
+    if (!Connection::current().isInStep) response.set_header("Connection", "close");
   });
   http->set_error_handler([](const Request&, Response& response) {  // for errors of the HTTP library itself
     if (!response.body.empty() || response.has_header("Content-Type")) return;
@@ -249,7 +349,7 @@ void Server::stop() {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   state_->http->stop();
-  endIdleConnections(state_->port);
+  state_->connections.end();
 }
 
 }  // namespace TalvoConsentSDK::service

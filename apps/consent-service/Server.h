@@ -21,7 +21,8 @@ struct ServerOptions {
   std::filesystem::path sites;
   std::string certificate;  // PEM files; both empty: plain HTTP
   std::string privateKey;
-  std::chrono::milliseconds delay{0};  // before every reply
+  std::chrono::milliseconds delay{0};          // before every reply
+  std::chrono::milliseconds patience{30'000};  // with clients, see Connection
   std::vector<Fault> faults;
   std::string log;  // file; empty: none
 };
@@ -48,7 +49,7 @@ class Server {
   /// Where clients reach it, without a slash at the end.
   const std::string& url() const;
 
-  /// Answers requests, each on a thread of a pool, until `stop`. False when it ended for another reason.
+  /// Answers requests, each connection's on a thread, until `stop`. False when it ended for another reason.
   bool run();
 
   /// Lets `run` finish the requests that were read and return. Call it once, from any other thread; it waits

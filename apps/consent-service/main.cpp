@@ -33,6 +33,8 @@ Serves the documents of consent sites and keeps the consents that it is sent.
   --sites DIR           folder of sites; without it, the sites that come with the program
   --tls CERT KEY        serve HTTPS with this certificate and private key (PEM files)
   --delay MS            wait so many milliseconds before every reply
+  --patience MS         give a client so long to send the head of a request, its body, and to take the
+                        reply (30000)
   --fail PATHPART=KIND  spoil the replies to requests whose "METHOD PATH?QUERY" contains PATHPART;
                         may be given several times, the first that fits counts. KIND is a status
                         (200 to 599), reset, stall, truncated, empty, null, array, notutf8,
@@ -95,6 +97,8 @@ std::optional<ServerOptions> parseOptions(int count, char** arguments) {
       options.privateKey = value();
     } else if (option == "--delay") {
       options.delay = std::chrono::milliseconds(number(option, value(), 3'600'000));
+    } else if (option == "--patience") {
+      options.patience = std::chrono::milliseconds(number(option, value(), 3'600'000));
     } else if (option == "--fail") {
       auto fault = Fault::parse(value());
       if (!fault) throw UsageError(std::string("--fail ") + fault.error().what());

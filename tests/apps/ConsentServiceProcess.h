@@ -22,9 +22,10 @@ class ConsentServiceProcess {
   /// What it printed when it was ready; empty when it ended instead.
   const std::string& firstLine() const { return firstLine_; }
   std::string url() const;
+  std::string process() const { return std::to_string(pid_); }
 
-  /// A client of its own per call. Failures to read appear after a second.
-  std::unique_ptr<httplib::Client> client() const;
+  /// A client of its own per call, that waits so many seconds for a reply.
+  std::unique_ptr<httplib::Client> client(int patience = 30) const;
 
   /// Waits for its end and answers its exit status; the first asks it to end with SIGTERM. A death by signal
   /// is the signal's number, negated.

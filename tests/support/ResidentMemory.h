@@ -1,6 +1,6 @@
 #pragma once
 
-// How much memory the process holds.
+// How much memory a process holds, as a rule this one.
 
 #include <fstream>
 #include <string>
@@ -17,8 +17,8 @@ namespace TalvoConsentSDK {
 
 /// In KiB: "VmRSS:" for now, "VmHWM:" for the most there was since `startOfPeak`. 0 where the system does not
 /// tell, and under a sanitizer, which keeps what is freed and more.
-inline long residentMemory(const char* which = "VmRSS:") {
-  std::ifstream status("/proc/self/status");
+inline long residentMemory(const char* which = "VmRSS:", const std::string& process = "self") {
+  std::ifstream status("/proc/" + process + "/status");
   for (std::string word; !TALVO_SANITIZED && status >> word;)
     if (word == which && status >> word) return std::stol(word);
   return 0;
