@@ -57,7 +57,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "qt6-base-dev, qt6-declarative-d
 if(TALVO_IS_STATIC)  # there is nothing to run, and everything to link
   list(REMOVE_ITEM CPACK_COMPONENTS_ALL runtime)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-    "libsimdjson-dev, liburiparser-dev, libcurl4-openssl-dev, libsqlite3-dev")
+    "libsimdjson-dev, liburiparser-dev, libcurl4-openssl-dev, libssl-dev, libsqlite3-dev")
   if(TALVO_BUILD_QT)
     string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", qt6-base-dev, qt6-declarative-dev, libxcb1-dev")
   endif()

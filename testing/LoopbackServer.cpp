@@ -20,6 +20,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "TalvoConsentSDK/platform/ASCII.h"
+
 namespace TalvoConsentSDK {
 
 namespace {
@@ -31,6 +33,16 @@ void require(bool condition, const char* what) {
 // What a C library frees.
 template <class T, auto release>
 using Owner = std::unique_ptr<T, std::integral_constant<decltype(release), release>>;
+
+int choosesProtocol(SSL*, const unsigned char** chosen, unsigned char* size, const unsigned char* offered,
+                    unsigned int offeredSize, void*) {
+  static constexpr unsigned char known[] = "\x02h2\x08http/1.1";
+  auto* const out = const_cast<unsigned char**>(chosen);
+  return SSL_select_next_proto(out, size, known, sizeof known - 1, offered, offeredSize) ==
+                 OPENSSL_NPN_NEGOTIATED
+             ? SSL_TLSEXT_ERR_OK
+             : SSL_TLSEXT_ERR_NOACK;
+}
 
 std::string between(const std::string& text, std::size_t begin, std::size_t end) {
   return text.substr(begin, end - begin);
@@ -85,16 +97,42 @@ void LoopbackServer::Connection::send(std::string_view bytes) {
 }
 
 void LoopbackServer::Connection::reply(int status, std::string_view body, std::string_view headers) {
+  if (isHTTP2_) {
+    HTTP2Fields fields{{":status", std::to_string(status)}, {"content-length", std::to_string(body.size())}};
+    if (status == 204 || status == 304) fields.pop_back();
+    for (std::size_t at = 0; at < headers.size(); at = headers.find('\n', at) + 1) {
+      const std::size_t colon = headers.find(':', at);
+      fields.emplace_back(lowercased(headers.substr(at, colon - at)),
+                          headers.substr(colon + 2, headers.find('\r', at) - colon - 2));
+    }
+    const auto sendFrame = [&](std::uint8_t type, std::uint8_t flags, std::string payload) {
+      const bool ends = body.empty();
+      if (ends) flags |= HTTP2Frame::endsStream;
+      send(HTTP2Frame{type, flags, stream_, std::move(payload)}.bytes());
+    };
+    sendFrame(HTTP2Frame::headers, HTTP2Frame::endsHeaders, headerBlock(fields));
+    while (!body.empty()) {
+      std::string piece(body.substr(0, 16384));
+      body.remove_prefix(piece.size());
+      sendFrame(HTTP2Frame::data, 0, std::move(piece));
+    }
+    return;
+  }
   std::string head = "HTTP/1.1 " + std::to_string(status) + " Status\r\n" + std::string(headers);
   if (status != 204 && status != 304) head += "Content-Length: " + std::to_string(body.size()) + "\r\n";
   send(head + "\r\n" + std::string(body));
 }
 
 void LoopbackServer::Connection::play(const std::string& script) {
+  std::optional<HTTP2Frame> frame;  // that the next text fills
   for (std::size_t at = 0; (at = script.find_first_not_of(' ', at)) != std::string::npos && !ends_;) {
     if (script[at] != '"') {
       const std::size_t end = std::min(script.find(' ', at), script.size());
       const std::string word = between(script, std::exchange(at, end), end);
+      if (word[0] >= 'A' && word[0] <= 'Z') {
+        frame = this->frame(word);
+        continue;
+      }
       require(word == "pause" || word == "close" || word == "reset" || word == "stall", script.c_str());
       if (word == "pause") std::this_thread::sleep_for(std::chrono::milliseconds(50));
       if (word == "close") close();
@@ -114,9 +152,19 @@ void LoopbackServer::Connection::play(const std::string& script) {
         at += 2;
       }
     }
+    if (++at < script.size() && script[at] == '^') {
+      const std::size_t end = std::min(script.find_first_of("* ", at), script.size());
+      const std::string once = text;
+      for (std::size_t left = std::stoul(between(script, at + 1, end)); left > 1; --left) text += once;
+      at = end;
+    }
+    if (frame) {
+      frame->payload = text;
+      text = std::exchange(frame, std::nullopt)->bytes();
+    }
     require(!text.empty(), script.c_str());
     std::size_t left = 1;
-    if (++at < script.size() && script[at] == '*') {
+    if (at < script.size() && script[at] == '*') {
       const std::size_t end = std::min(script.find(' ', at), script.size());
       const std::string number = between(script, at + 1, end);
       at = end;
@@ -145,27 +193,49 @@ void LoopbackServer::Connection::waitForPeer() {
   close();
 }
 
+// "TYPE:FLAGS" or "TYPE:FLAGS:STREAM".
+HTTP2Frame LoopbackServer::Connection::frame(const std::string& word) const {
+  const std::size_t flags = word.find(':'), stream = word.find(':', flags + 1);
+  require(flags != std::string::npos, word.c_str());
+  HTTP2Frame frame;
+  frame.type = HTTP2Frame::typeNamed(between(word, 0, flags));
+  frame.flags = static_cast<std::uint8_t>(std::stoi(word.substr(flags + 1)));
+  frame.stream =
+      stream == std::string::npos ? stream_ : static_cast<std::uint32_t>(std::stoul(word.substr(stream + 1)));
+  return frame;
+}
+
 std::size_t LoopbackServer::Connection::read(char* bytes, std::size_t count) {
   const auto got = tls_ ? SSL_read(tls_, bytes, static_cast<int>(count)) : ::recv(socket_, bytes, count, 0);
-  return got > 0 ? static_cast<std::size_t>(got) : 0;
+  if (got <= 0) return 0;
+  const std::scoped_lock guard(server_->lock_);
+  server_->received_[number_].append(bytes, static_cast<std::size_t>(got));
+  return static_cast<std::size_t>(got);
+}
+
+bool LoopbackServer::Connection::readUntil(const std::function<bool()>& done) {
+  char bytes[65536];
+  while (!done()) {
+    const std::size_t got = read(bytes, sizeof bytes);
+    if (got == 0) return false;
+    unread_.append(bytes, got);
+  }
+  return true;
+}
+
+std::string LoopbackServer::Connection::take(std::size_t count) {
+  std::string taken = unread_.substr(0, count);
+  unread_.erase(0, count);
+  return taken;
 }
 
 std::optional<LoopbackServer::Request> LoopbackServer::Connection::receive() {
-  const auto readUntil = [this](auto done) {
-    char bytes[65536];
-    while (!done()) {
-      const std::size_t got = read(bytes, sizeof bytes);
-      if (got == 0) return false;
-      unread_.append(bytes, got);
-    }
-    return true;
-  };
   std::size_t end = 0;
   if (!readUntil([&] { return (end = unread_.find("\r\n\r\n")) != std::string::npos; })) return std::nullopt;
 
   Request request;
-  const std::string head = unread_.substr(0, end + 2);
-  unread_.erase(0, end + 4);
+  request.connection = number_;
+  const std::string head = take(end + 4).substr(0, end + 2);
   const std::size_t line = head.find("\r\n");
   const std::size_t space = head.find(' ');
   request.method = head.substr(0, space);
@@ -175,21 +245,52 @@ std::optional<LoopbackServer::Request> LoopbackServer::Connection::receive() {
     const std::size_t value = head.find_first_not_of(' ', colon + 1);
     request.headers[between(head, at, colon)] = between(head, value, head.find("\r\n", at));
   }
+  const std::size_t number = server_->note(request);
   const auto length = request.headers.find("Content-Length");
   const std::size_t size = length == request.headers.end() ? 0 : std::stoul(length->second);
   if (!readUntil([&] { return unread_.size() >= size; })) return std::nullopt;
-  request.body = unread_.substr(0, size);
-  unread_.erase(0, size);
-  return request;
+  request.body = take(size);
+  const std::scoped_lock guard(server_->lock_);
+  return server_->requests_[number] = request;
 }
 
-LoopbackServer::LoopbackServer(Handler handler, const TestCertificate* identity, int onlyTLS)
-    : handler_(std::move(handler)) {
+std::optional<LoopbackServer::Request> LoopbackServer::Connection::receiveHTTP2() {
+  for (;;) {
+    if (!readUntil([&] { return unread_.size() >= HTTP2Frame::headSize; })) return std::nullopt;
+    const std::size_t size = HTTP2Frame::headSize + HTTP2Frame::payloadSize(unread_);
+    if (!readUntil([&] { return unread_.size() >= size; })) return std::nullopt;
+    const HTTP2Frame frame = HTTP2Frame::read(take(size));
+    if (frame.type == HTTP2Frame::settings && !(frame.flags & HTTP2Frame::ack)) play(R"(SETTINGS:1:0 "")");
+    if (frame.type == HTTP2Frame::headers) {
+      Request request;
+      request.connection = number_;
+      for (auto& [name, value] : headers_.read(frame)) {
+        (name == ":method" ? request.method
+         : name == ":path" ? request.target
+                           : request.headers[name]) = value;
+      }
+      open_[frame.stream] = server_->note(std::move(request));
+    } else if (frame.type != HTTP2Frame::data) {
+      continue;
+    }
+    const std::scoped_lock guard(server_->lock_);
+    Request& request = server_->requests_[open_.at(frame.stream)];
+    if (frame.type == HTTP2Frame::data) request.body += frame.payload;
+    if (!(frame.flags & HTTP2Frame::endsStream)) continue;
+    stream_ = frame.stream;
+    return request;
+  }
+}
+
+LoopbackServer::LoopbackServer(Handler handler, const TestCertificate* identity, int onlyTLS,
+                               std::string greeting)
+    : handler_(std::move(handler)), greeting_(std::move(greeting)) {
   if (identity) {
     tls_ = SSL_CTX_new(TLS_server_method());
     require(SSL_CTX_use_certificate_file(tls_, identity->certificate().c_str(), SSL_FILETYPE_PEM) == 1 &&
                 SSL_CTX_use_PrivateKey_file(tls_, identity->key().c_str(), SSL_FILETYPE_PEM) == 1,
             "certificate");
+    if (!greeting_.empty()) SSL_CTX_set_alpn_select_cb(tls_, choosesProtocol, nullptr);
     if (onlyTLS != 0) {
       SSL_CTX_set_cipher_list(tls_, "DEFAULT:@SECLEVEL=0");
       require(SSL_CTX_set_min_proto_version(tls_, onlyTLS) && SSL_CTX_set_max_proto_version(tls_, onlyTLS),
@@ -231,6 +332,21 @@ std::vector<LoopbackServer::Request> LoopbackServer::requests() const {
   return requests_;
 }
 
+std::size_t LoopbackServer::seen(std::string_view text) const {
+  const std::scoped_lock guard(lock_);
+  std::size_t times = 0;
+  for (const auto& [connection, bytes] : received_) {
+    for (std::size_t at = 0; (at = bytes.find(text, at)) != std::string::npos; ++at) ++times;
+  }
+  return times;
+}
+
+std::size_t LoopbackServer::note(Request request) {
+  const std::scoped_lock guard(lock_);
+  requests_.push_back(std::move(request));
+  return requests_.size() - 1;
+}
+
 void LoopbackServer::accept() {
   for (;;) {
     const int socket = ::accept(listener_, nullptr, nullptr);
@@ -250,20 +366,27 @@ void LoopbackServer::serve(int socket, int number) {
   pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
 
   Connection connection;
+  connection.server_ = this;
+  connection.number_ = number;
   connection.socket_ = socket;
   if (tls_) {
     connection.tls_ = SSL_new(tls_);
     SSL_set_fd(connection.tls_, socket);
     connection.ends_ = SSL_accept(connection.tls_) != 1;
+    const unsigned char* protocol = nullptr;
+    unsigned int size = 0;
+    SSL_get0_alpn_selected(connection.tls_, &protocol, &size);
+    connection.isHTTP2_ = size == 2;
+  }
+  constexpr std::string_view preface = "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n";
+  if (connection.isHTTP2_ &&
+      connection.readUntil([&] { return connection.unread_.size() >= preface.size(); })) {
+    require(connection.take(preface.size()) == preface, "the preface");
+    connection.play(greeting_);
   }
   while (!connection.ends_) {
-    std::optional<Request> request = connection.receive();
+    const auto request = connection.isHTTP2_ ? connection.receiveHTTP2() : connection.receive();
     if (!request) break;
-    request->connection = number;
-    {
-      const std::scoped_lock guard(lock_);
-      requests_.push_back(*request);
-    }
     handler_(*request, connection);
   }
   SSL_free(connection.tls_);

@@ -45,6 +45,7 @@ Task<ConsentResponse> APIClient::updateConsent(FullConsent payload) const {
 
 Task<std::optional<FullConsent>> APIClient::fetchIdentifiedConsent(
     std::string userId, std::optional<std::string> consentId) const {
+  if (!isOneSegment(userId)) return failed<std::optional<FullConsent>>(HTTPClientError::invalidURL());
   std::string path = "/cookie-consent/" + siteId_ + "/identified/" + userId;
   if (consentId) path += "?consentId=" + *consentId;
   return get<std::optional<FullConsent>>(path);

@@ -29,7 +29,8 @@ class APIClient {
   Task<ConsentResponse> createConsent(FullConsent payload) const;
   Task<ConsentResponse> updateConsent(FullConsent payload) const;
 
-  /// The consent that the service keeps for a user; nothing when it keeps none.
+  /// The consent that the service keeps for a user; nothing when it keeps none. `invalidURL` for an
+  /// identifier that would name another endpoint or somebody else.
   Task<std::optional<FullConsent>> fetchIdentifiedConsent(std::string userId,
                                                           std::optional<std::string> consentId) const;
 

@@ -1,6 +1,26 @@
 #include "TalvoConsentSDK/network/Endpoint.h"
 
+#include <charconv>
+
 namespace TalvoConsentSDK {
+
+namespace {
+
+// What a server reads that undoes percent-encoding, once.
+std::string decoded(std::string_view text) {
+  std::string plain;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    unsigned char byte = 0;
+    const char* const digits = text.data() + at + 1;
+    const bool isEncoded = text[at] == '%' && at + 2 < text.size() &&
+                           std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2;
+    plain += isEncoded ? static_cast<char>(byte) : text[at];
+    if (isEncoded) at += 2;
+  }
+  return plain;
+}
+
+}  // namespace
 
 std::optional<URL> endpointURL(const std::string& baseUrl, const std::string& path) {
   std::string text = baseUrl;
@@ -8,6 +28,11 @@ std::optional<URL> endpointURL(const std::string& baseUrl, const std::string& pa
   auto url = URL::parse(text + "/public" + path);
   if (url && !url->isRequestable()) return std::nullopt;
   return url;
+}
+
+bool isOneSegment(std::string_view text) {
+  const std::string name = decoded(text);
+  return !name.empty() && name != "." && name != ".." && name.find_first_of("/?#") == name.npos;
 }
 
 HTTPHeaders endpointHeaders() {

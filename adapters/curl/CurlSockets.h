@@ -27,6 +27,13 @@ class CurlSockets {
     return false;
   }
 
+  /// Ends the connection of this local port, so that libcurl does not use it again.
+  void shutDown(int localPort) {
+    for (const auto& [socket, port] : ports_) {
+      if (portOf(socket) == localPort) ::shutdown(socket, SHUT_RDWR);
+    }
+  }
+
  private:
   static constexpr int unknown = 0;  // or not connected yet
 

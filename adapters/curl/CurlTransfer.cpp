@@ -76,7 +76,7 @@ std::optional<CurlTransfer::Target> CurlTransfer::Target::parse(const char* url)
   Target target;
   target.url.reset(curl_url());
   if (curl_url_set(target.url.get(), CURLUPART_URL, url,
-                   CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME)) {
+                   CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME | CURLU_PATH_AS_IS)) {
     return std::nullopt;
   }
   target.scheme = target.part(CURLUPART_SCHEME);
@@ -106,13 +106,15 @@ bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
          part(CURLUPART_PORT) == other.part(CURLUPART_PORT);
 }
 
-CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request,
+CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, URLRequest request,
                            CurlHandle handle)
     : rules_(rules),
       sockets_(sockets),
+      tls_(tls),
       request_(std::move(request)),
       patience_(patience(request_.timeout)),
-      handle_(handle ? std::move(handle) : makeHandle(rules)) {}
+      keepsOrigin_(mayHaveBody(request_)),
+      handle_(handle ? std::move(handle) : makeHandle(rules, tls)) {}
 
 std::optional<PlatformError> CurlTransfer::prepare() {
   if (auto refused = refusal(request_)) return refused;
@@ -123,6 +125,10 @@ std::optional<PlatformError> CurlTransfer::prepare() {
 
 std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   if (flaw_) return *flaw_;
+  if (isSecondAttempt_) {
+    return curlError(CURLE_SEND_FAIL_REWIND,
+                     "The service did not take the " + request_.method + ", and it is not sent again");
+  }
   if (isStaleConnection_) {
     avoidsPool_ = true;
     if (auto refused = configure()) return *refused;
@@ -168,12 +174,15 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
   if (target_->scheme == "https" && next->scheme != "https") {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "A redirect from https to " + next->scheme + " is refused");
   }
+  const bool leaves = !next->sharesOrigin(*target_);
+  if (leaves && keepsOrigin_)
+    return curlError(CURLE_TOO_MANY_REDIRECTS, "A POST or PUT is not redirected to another origin");
   const bool isPost = request_.method == "POST";
   if ((status <= 302 && isPost) || (status == 303 && (isPost || request_.method == "PUT"))) {
     request_.method = "GET";
     request_.headers.erase("Content-Type");
   }
-  leftOrigin_ = leftOrigin_ || !next->sharesOrigin(*target_);
+  leftOrigin_ = leftOrigin_ || leaves;
   target_ = std::move(next);
   return configure();
 }
@@ -188,7 +197,8 @@ std::optional<PlatformError> CurlTransfer::configure() {
   }
   body_.clear();
   header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.largestReply));
-  isNewConnection_ = isConnected_ = isStaleConnection_ = false;
+  localPort_ = 0;
+  isNewConnection_ = isConnected_ = isSecondAttempt_ = isStaleConnection_ = false;
   flaw_.reset();
   errorText_.front() = '\0';
   progress_ = {};
@@ -199,7 +209,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
 }
 
 // A handle with what is the same for all transfers of a session. What differs is set again for each run.
-CurlHandle CurlTransfer::makeHandle(const CurlRules& rules) {
+CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
   CurlHandle handle(curl_easy_init());
   if (!handle) throw std::bad_alloc();
   CURL* const easy = handle.get();
@@ -213,6 +223,14 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules) {
   } else if (rules.hasCertificateFile) {
     // With a folder too, the file is read for every connection.
     curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+  }
+  if (rules.usesOpenSSL) {  // another library's context would be something else
+    constexpr auto made = [](void*, void* context, void* tls) {
+      static_cast<CurlTLS*>(tls)->configure(static_cast<SSL_CTX*>(context));
+      return CURLE_OK;
+    };
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(made));
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &tls);
   }
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");           // all that this libcurl can decode
   curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // a proxy's are no part of the reply
@@ -234,11 +252,7 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules) {
   };
   curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, static_cast<curl_sockopt_callback>(connects));
   constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {
-    auto& transfer = *static_cast<CurlTransfer*>(self);
-    transfer.isConnected_ = true;
-    transfer.lastProgress_ = Clock::now();
-    transfer.isStaleConnection_ = !transfer.isNewConnection_ && transfer.sockets_.hasInput(localPort);
-    return transfer.isStaleConnection_ ? CURL_PREREQFUNC_ABORT : CURL_PREREQFUNC_OK;
+    return static_cast<CurlTransfer*>(self)->maySend(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
   };
   curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, static_cast<curl_prereq_callback>(isConnected));
   constexpr auto moved = [](void* self, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
@@ -304,6 +318,19 @@ void CurlTransfer::configureMessage() {
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
 }
 
+// Asked before a request is sent. libcurl asks again when it sends one again of its own accord: after a
+// stream that was refused, a connection that closed unanswered though others used it too, or a demand for
+// HTTP/1.1.
+bool CurlTransfer::maySend(int localPort) {
+  const bool isRepeated = std::exchange(isConnected_, true);
+  localPort_ = localPort;
+  wasRepeated_ = wasRepeated_ || isRepeated;
+  isSecondAttempt_ = isRepeated && mayHaveBody(request_);
+  isStaleConnection_ = !isNewConnection_ && sockets_.hasInput(localPort);
+  lastProgress_ = Clock::now();
+  return !isSecondAttempt_ && !isStaleConnection_;
+}
+
 // In microseconds; 0 until it is reached.
 std::int64_t CurlTransfer::timeOf(int step) const {
   curl_off_t microseconds = 0;
@@ -322,21 +349,22 @@ void CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
   lastProgress_ = Clock::now();
 }
 
+std::size_t CurlTransfer::refuse(PlatformError flaw) {
+  flaw_ = std::move(flaw);
+  return CURL_WRITEFUNC_ERROR;
+}
+
 // First come the pieces of the header's lines, then the body.
 std::size_t CurlTransfer::receive(std::string_view bytes) {
+  tls_.noteReply();
   if (!header_.isWhole()) {
     if (header_.allows(bytes)) return bytes.size();
-    flaw_ = curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read");
-    return CURL_WRITEFUNC_ERROR;
+    return refuse(curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read"));
   }
-  if (bytes.size() > rules_.largestReply - body_.size()) {
-    flaw_ = tooLargeError(rules_.largestReply);
-    return CURL_WRITEFUNC_ERROR;
-  }
+  if (bytes.size() > rules_.largestReply - body_.size()) return refuse(tooLargeError(rules_.largestReply));
   // libcurl may hand over what it made of a whole buffer before it counts that.
   if (isCompressedTooWell(body_.size() + bytes.size(), CURL_MAX_WRITE_SIZE)) {
-    flaw_ = tooWellCompressedError(maxDecompression);
-    return CURL_WRITEFUNC_ERROR;
+    return refuse(tooWellCompressedError(maxDecompression));
   }
   try {
     body_.append(bytes);
@@ -355,13 +383,13 @@ bool CurlTransfer::isCompressedTooWell(std::size_t size, std::size_t uncounted) 
 
 std::size_t CurlTransfer::receiveHeader(std::string_view line) {
   try {
-    flaw_ = header_.add(line);
+    if (auto flaw = header_.add(line)) return refuse(*std::move(flaw));
   } catch (const std::bad_alloc&) {
     return CURL_WRITEFUNC_ERROR;
   }
   if (header_.isWhole())
     curl_easy_setopt(handle(), CURLOPT_HEADER, 0L);  // what trails the body is none of it
-  return flaw_ ? CURL_WRITEFUNC_ERROR : line.size();
+  return line.size();
 }
 
 PlatformError CurlTransfer::idleError() const {

@@ -17,6 +17,7 @@
 
 #include "adapters/curl/CurlHeader.h"
 #include "adapters/curl/CurlSockets.h"
+#include "adapters/curl/CurlTLS.h"
 
 struct curl_slist;
 struct Curl_URL;
@@ -29,6 +30,7 @@ struct CurlRules {
   std::size_t largestReply = 0;
   std::string certificates;         // PEM text of the authorities to trust; empty: those of the system
   bool hasCertificateFile = false;  // the system keeps its authorities in one file
+  bool usesOpenSSL = false;         // libcurl does, for TLS
 };
 
 /// A libcurl easy handle.
@@ -43,17 +45,18 @@ class CurlTransfer {
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules` and `sockets` outlive the transfer. `handle` is a spare one of an earlier transfer of the same
-  /// session, or null.
-  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, URLRequest request, CurlHandle handle);
+  /// `rules`, `sockets` and `tls` outlive the transfer. `handle` is a spare one of an earlier transfer of the
+  /// same session, or null.
+  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, URLRequest request,
+               CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
   /// The easy handle.
   void* handle() const noexcept { return handle_.get(); }
 
-  /// Gives the handle away once the transfer has ended.
-  CurlHandle takeHandle() { return std::move(handle_); }
+  /// Gives the handle away once the transfer has ended; null when it is not to be used again.
+  CurlHandle takeHandle() { return wasRepeated_ ? nullptr : std::move(handle_); }
 
   /// Makes the handle ready to be run. Nothing, or why the request is refused.
   std::optional<PlatformError> prepare();
@@ -67,6 +70,9 @@ class CurlTransfer {
 
   /// What to report when the deadline has passed.
   PlatformError idleError() const;
+
+  /// The local port of the connection that it uses or used last; 0 as long as there is none.
+  int localPort() const noexcept { return localPort_; }
 
  private:
   struct ListDeleter {
@@ -96,36 +102,43 @@ class CurlTransfer {
     bool operator==(const Progress&) const = default;
   };
 
-  static CurlHandle makeHandle(const CurlRules& rules);
+  static CurlHandle makeHandle(const CurlRules& rules, CurlTLS& tls);
 
   std::optional<PlatformError> follow(int status, const char* location);
   std::optional<PlatformError> configure();
   void configureConnection();
   void configureMessage();
+  bool maySend(int localPort);
   std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
+  std::size_t refuse(PlatformError flaw);
   std::size_t receive(std::string_view bytes);
   bool isCompressedTooWell(std::size_t size, std::size_t uncounted) const;
   std::size_t receiveHeader(std::string_view line);
 
   const CurlRules& rules_;
   CurlSockets& sockets_;
+  CurlTLS& tls_;
   URLRequest request_;
   const Clock::duration patience_;
+  const bool keepsOrigin_;  // through all redirects: it began as a POST or PUT
   CurlHandle handle_;
 
   std::optional<Target> target_;
   int redirects_ = 0;
   bool leftOrigin_ = false;
   bool avoidsPool_ = false;
+  bool wasRepeated_ = false;  // by libcurl, whose handle never forgets how often it was
 
   // Of the current run.
   std::unique_ptr<curl_slist, ListDeleter> headers_;
   std::array<char, 256> errorText_{};  // CURL_ERROR_SIZE
   std::string body_;
   CurlHeader header_;
+  int localPort_ = 0;
   bool isNewConnection_ = false;
   bool isConnected_ = false;
+  bool isSecondAttempt_ = false;
   bool isStaleConnection_ = false;
   std::optional<PlatformError> flaw_;  // for which the reply is refused
   Progress progress_;

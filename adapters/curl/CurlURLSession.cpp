@@ -8,6 +8,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -45,6 +46,8 @@ CurlRules rulesFor(const CurlOptions& options) {
   const char* system = nullptr;
   curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);
   rules.hasCertificateFile = system != nullptr;
+  const char* const tls = curl_version_info(CURLVERSION_NOW)->ssl_version;
+  rules.usesOpenSSL = tls && std::string_view(tls).starts_with("OpenSSL/");
   if (options.certificates) {
     if (system) rules.certificates = contents(system) + "\n";
     rules.certificates += contents(*options.certificates);
@@ -102,6 +105,7 @@ class CurlURLSession::Worker {
         if (stop) break;
         begin(endings);
         int running = 0;
+        tls_.noteReply();
         curl_multi_perform(multi_, &running);
         finish(endings);
         endIdle(endings);
@@ -148,7 +152,7 @@ class CurlURLSession::Worker {
 
   void begin(std::vector<Ending>& endings) {
     for (auto& [request, completion] : takeArrivals()) {
-      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, std::move(request), takeSpare());
+      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, tls_, std::move(request), takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
         continue;
@@ -170,6 +174,7 @@ class CurlURLSession::Worker {
     while (CURLMsg* const message = curl_multi_info_read(multi_, &left)) {
       CURL* const handle = message->easy_handle;
       const CURLcode code = message->data.result;  // the message goes with the handle
+      if (code != CURLE_OK) leaveConnection(handle);
       curl_multi_remove_handle(multi_, handle);
       if (auto outcome = running_.at(handle).transfer->finish(code)) {
         retire(handle, *std::move(outcome), endings);
@@ -179,6 +184,16 @@ class CurlURLSession::Worker {
     }
   }
 
+  // Over HTTP/2, libcurl gives up a stream that failed and keeps its connection, whatever has become of it:
+  // the next requests would wait there, too. Those that share it are left alone.
+  void leaveConnection(void* failed) {
+    const int port = running_.at(failed).transfer->localPort();
+    const bool isShared = std::ranges::any_of(running_, [&](const auto& other) {
+      return other.first != failed && other.second.transfer->localPort() == port;
+    });
+    if (port != 0 && !isShared) sockets_.shutDown(port);
+  }
+
   void endIdle(std::vector<Ending>& endings) {
     const auto now = Clock::now();
     std::vector<void*> idle;
@@ -186,6 +201,7 @@ class CurlURLSession::Worker {
       if (running.transfer->deadline() <= now) idle.push_back(handle);
     }
     for (void* const handle : idle) {
+      leaveConnection(handle);
       curl_multi_remove_handle(multi_, handle);
       retire(handle, running_.at(handle).transfer->idleError(), endings);
     }
@@ -205,7 +221,8 @@ class CurlURLSession::Worker {
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});
-    if (spare_.size() < mostSpare) spare_.push_back(entry->second.transfer->takeHandle());
+    if (auto spare = entry->second.transfer->takeHandle(); spare && spare_.size() < mostSpare)
+      spare_.push_back(std::move(spare));
     running_.erase(entry);
   }
 
@@ -250,6 +267,7 @@ class CurlURLSession::Worker {
   const CurlRules rules_;
   std::atomic<bool> closed_ = false;
   CurlSockets sockets_;
+  CurlTLS tls_;
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::vector<CurlHandle> spare_;

@@ -49,14 +49,14 @@ TEST(CurlURLSession, SendsExactlyWhatItIsGiven) {
       {"PUT", large, {}},
   };
   for (const auto& [method, body, headers] : cases) {
-    auto request = makeRequest(method, server.url("/a%20b?q=%2F&x=1"));
+    auto request = makeRequest(method, server.url("/a/../b/./%2e%2E/c%20d?q=%2F&x=../y"));
     request.body = body;
     request.headers = headers;
     const auto outcome = await(session, request);
     ASSERT_TRUE(outcome) << failure(outcome);
     const Received received = server.requests().back();
     EXPECT_EQ(received.method, method);
-    EXPECT_EQ(received.target, "/a%20b?q=%2F&x=1");
+    EXPECT_EQ(received.target, "/a/../b/./%2e%2E/c%20d?q=%2F&x=../y");
     EXPECT_TRUE(received.body == body.value_or(""));
     EXPECT_EQ(received.headers.count("Content-Length"), method[0] == 'P');
     EXPECT_EQ(received.headers.count("Content-Type"), headers.count("Content-Type"));
@@ -172,38 +172,52 @@ TEST(CurlURLSession, FollowsRedirectsAsTheirStatusSays) {
 TEST(CurlURLSession, FollowsTwentyRedirectsAndLeavesOriginsWithoutCredentials) {
   LoopbackServer other([](const Received& request, Connection& connection) {
     const bool first = request.target == "/";
-    connection.reply(first ? 308 : 200, "", first ? "Location: /then\r\n" : "");
+    connection.reply(first ? 308 : 200, "theirs", first ? "Location: /then\r\n" : "");
   });
+  // "/302" goes to the other origin at once, "/here/302" within this one first.
   LoopbackServer server([&](const Received& request, Connection& connection) {
-    const std::string next = request.target == "/" ? "/x y\xc3\xa9" : other.url("/");
-    connection.reply(307, "", "Location: " + next + "\r\n");
+    const std::string& target = request.target;
+    const std::string next = target == "/"                 ? "/x y\xc3\xa9/302"
+                             : target.starts_with("/here") ? target.substr(5)
+                                                           : other.url("/");
+    connection.reply(std::stoi(target == "/" ? "307" : target.substr(target.size() - 3)), "",
+                     "Location: " + next + "\r\n");
   });
   CurlURLSession session;
-  const auto run = [&](const std::string& url) {
-    auto request = makeRequest("POST", url);
-    request.body = "{}";
+  const auto run = [&](const char* method, std::string url) {
+    auto request = makeRequest(method, url.replace(url.find("://"), 3, "://name:secret@"));
+    if (*method == 'P') request.body = "{}";
     request.headers = {{"authorization", "secret"}, {"Proxy-Authorization", "secret"}, {"Cookie", "secret"}};
     for (const char* name : {"X-Client-Name", "Content-Type"}) request.headers[name] = "text/plain";
     return await(session, request);
   };
-  EXPECT_TRUE(run(server.url("/")));
-  EXPECT_EQ(server.requests().back().target, "/x%20y%c3%a9");
+  for (const char* method : {"POST", "PUT"}) {
+    for (const std::string path : {"/301", "/302", "/303", "/307", "/308", "/here/303", "/here/307"}) {
+      const auto outcome = run(method, server.url(path));
+      EXPECT_EQ(codeOf(outcome), 47) << method << " " << path;
+      EXPECT_THAT(failure(outcome), HasSubstr("to another origin"));
+    }
+  }
+  EXPECT_EQ(other.connections(), 0);
+
+  EXPECT_TRUE(run("GET", server.url("/")));
+  EXPECT_EQ(server.requests().back().target, "/x%20y%c3%a9/302");
   EXPECT_EQ(server.requests().back().headers.at("Cookie"), "secret");
+  EXPECT_EQ(other.requests().back().target, "/then");
   for (const Received& received : other.requests()) {
+    EXPECT_EQ(received.headers.count("Authorization"), 0U);
     for (const auto& [name, value] : received.headers) EXPECT_NE(value, "secret") << name;
     EXPECT_EQ(received.headers.at("X-Client-Name") + received.headers.at("Content-Type"),
               "text/plaintext/plain");
-    EXPECT_EQ(received.body, "{}");
   }
-  EXPECT_EQ(other.requests().back().target, "/then");
 
   LoopbackServer chain([](const Received& request, Connection& connection) {
     const int left = std::stoi(request.target.substr(1));
     if (left == 0) return connection.reply(200);
     connection.reply(302, "", "Location: /" + std::to_string(left - 1) + "\r\n");
   });
-  EXPECT_EQ(codeOf(run(chain.url("/20"))), 0);
-  EXPECT_EQ(codeOf(run(chain.url("/21"))), 47);
+  EXPECT_EQ(codeOf(run("POST", chain.url("/20"))), 0);
+  EXPECT_EQ(codeOf(run("POST", chain.url("/21"))), 47);
   EXPECT_EQ(chain.requests().size(), 42U);
 }
 
@@ -223,6 +237,57 @@ TEST(CurlURLSession, ReusesConnectionsButNeverSendsAPostTwice) {
     EXPECT_EQ(server.requests().size(), before + 1);
     ASSERT_TRUE(await(session, makeRequest(method, server.url("/"))));
   }
+}
+
+TEST(CurlURLSession, RepeatsAGetAsOftenAsNeeded) {
+  LoopbackServer server([connection = 0](const Received& request, Connection& answer) mutable {
+    if (request.connection == connection) return answer.close();  // it takes one request
+    connection = request.connection;
+    answer.reply(200);
+  });
+  CurlURLSession session;
+  for (int count = 1; count <= 12; ++count) {
+    EXPECT_TRUE(await(session, makeRequest("GET", server.url("/a/../b/%2e%2E"))));
+    EXPECT_EQ(server.connections(), count);
+    EXPECT_EQ(server.requests().back().target, "/a/../b/%2e%2E");
+  }
+}
+
+TEST(CurlURLSession, SendsAPostOnceAlsoWhereOthersShareItsConnection) {
+  const TestCertificate identity("localhost");
+  std::atomic<bool> isPosted = false;
+  LoopbackServer server(
+      [&](const Received& request, Connection& connection) {
+        if (request.method == "GET") return connection.close();
+        isPosted = true;
+        isPosted.notify_all();
+      },
+      &identity, 0, LoopbackServer::http2);
+  CurlOptions options;
+  options.certificates = identity.certificate();
+  CurlURLSession session(options);
+  auto request = makeRequest("POST", server.url("/", "localhost"));
+  request.body = "only once";
+  Outcomes outcomes;
+  session.run(request, outcomes.completion());
+  isPosted.wait(false);
+  EXPECT_FALSE(await(session, makeRequest("GET", server.url("/", "localhost"))));
+  EXPECT_NE(codeOf(outcomes.wait(1).front().first), 0);
+  EXPECT_EQ(server.requests()[1].connection, 1) << "shared";
+  EXPECT_EQ(server.seen("only once"), 1U);
+}
+
+TEST(CurlURLSession, WritesNoSecretsWhereTheEnvironmentAsksForThem) {
+  const TestCertificate identity("localhost");
+  const std::string file = identity.certificate().string() + ".keys";
+  setenv("SSLKEYLOGFILE", file.c_str(), 1);
+  LoopbackServer server([](auto&, auto& connection) { connection.reply(200); }, &identity);
+  CurlOptions options;
+  options.certificates = identity.certificate();
+  CurlURLSession session(options);
+  EXPECT_TRUE(await(session, makeRequest("GET", server.url("/", "localhost"))));
+  EXPECT_TRUE(std::ifstream(file)) << "libcurl was asked";
+  EXPECT_EQ(contentOf(file), "");
 }
 
 TEST(CurlURLSession, RunsManyRequestsAtOnce) {

@@ -3,6 +3,7 @@
 
 #include "TalvoConsentSDK/models/ConsentResponse.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/network/APIClient.h"
 #include "TalvoConsentSDK/network/HTTPClient.h"
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
@@ -136,6 +137,23 @@ TEST_F(HTTPClientTest, SendsNothingThatCannotBeWritten) {
   EXPECT_EQ(end(client.put<ConsentResponse>(url, record, {})), unwritable);
   EXPECT_EQ(end({{"n", std::nan("")}}), "Failed to serialize JSON payload (HTTPClient -1)");
   EXPECT_THAT(platform.session->requests(), IsEmpty());
+}
+
+TEST_F(HTTPClientTest, AsksForNobodyElseThanTheUserNamed) {
+  const APIClient api("https://service.example/", "s",
+                      std::shared_ptr<HTTPClient>(&client, [](HTTPClient*) {}));
+  const auto ask = [&](const std::string& user) { return end(api.fetchIdentifiedConsent(user, "c/d?e")); };
+  for (const char* user : {"", ".", "..", "%2e", ".%2E", "%2E%2e", "a/b", "a%2fb", "a%2F..", "/", "a?b",
+                           "a%3Fb", "a%3f", "a#b", "a%23", "#", "a b", "a%zz", "%2"}) {
+    EXPECT_EQ(ask(user), "Invalid URL") << user;
+  }
+  EXPECT_THAT(platform.session->requests(), IsEmpty());
+  for (const std::string user : {"...", "a..", ".a", "a%20b", "%252F", "a@b.example", "a&b=c;d", "%2e%2ea"}) {
+    const std::string url =
+        "https://service.example/public/cookie-consent/s/identified/" + user + "?consentId=c/d?e";
+    platform.session->answer("GET", url, 200, "null");
+    EXPECT_EQ(ask(user), "");
+  }
 }
 
 TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesWhereItWasTold) {
