@@ -21,8 +21,8 @@ class Printer {
   virtual void print(std::string_view line) = 0;
 };
 
-/// Prints to standard output, each line in one write, so that lines of several threads never mix, nor those
-/// of several processes in one pipe.
+/// Prints to standard output. A line as long as the library's goes out in one write, so that lines of several
+/// threads never mix, nor those of several processes in one pipe.
 class StandardOutput : public Printer {
  public:
   void print(std::string_view line) override;
