@@ -121,7 +121,6 @@ struct NodeMaker {
     const auto* image = dynamic_cast<const QtImage*>(picture.image.get());
     if (!image) return nullptr;
     const QSize pixels = (size * ratio()).toSize();
-    if (pixels.isEmpty()) return nullptr;
     const QImage scaled = image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     QSGImageNode* node = window.createImageNode();
     node->setTexture(window.createTextureFromImage(scaled, QQuickWindow::TextureHasAlphaChannel));

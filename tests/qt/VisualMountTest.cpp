@@ -167,11 +167,9 @@ TEST_F(VisualMountTest, ShowsAnyPartOfALongText) {
     QPainter(&expected).drawImage(0, 0, letters);
     EXPECT_EQ(drawn, expected) << y;
   }
-}
-
-TEST_F(VisualMountTest, LeavesOutAPictureWithoutPixels) {
-  mount.update({Probe().at(1, {0, 0, 0.001, 10})});
-  EXPECT_EQ(at(5, 5), QColor(Qt::white));
+  EXPECT_EQ(textTiles(1000, 2, 0, 1000), (TextTiles{0, 0})) << "an ordinary text is one";
+  EXPECT_EQ(textTiles(20'000, 2, 10'000, 10'800), (TextTiles{19, 21}));
+  EXPECT_EQ(textTiles(20'000, 2, 19'000, 21'000), (TextTiles{37, 38}));
 }
 
 }  // namespace

@@ -47,7 +47,7 @@ const struct Case {
      }},
     {"buttons", 300, [](Count n) { return Site{secondary("buttons:a" + repeated(",a", n))}; }},
     {"links", 1'000, [](Count n) { return Site{secondary("links:a" + repeated(",doNotSellMyData", n))}; }},
-    {"vendors", 2'000, [](Count n) { return Site{secondary("tabs:marketing"), catalogue(manyVendors(n))}; }},
+    {"vendors", 500, [](Count n) { return Site{secondary("tabs:marketing"), catalogue(manyVendors(n))}; }},
     {"services", 200,
      [](Count n) {
        return Site{secondary("tabs:marketing"), catalogue("marketing:A" + repeated(",A", n)), true};
