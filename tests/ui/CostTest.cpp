@@ -1,6 +1,8 @@
 // What a document costs grows no faster than its length: ten times of anything cost at most fifteen times the
 // processor time.
 
+#include <set>
+
 #include "tests/support/Cost.h"
 #include "tests/ui/BannerTesting.h"
 
@@ -88,6 +90,35 @@ TEST_P(CostTest, GrowsWithTheDocument) {
   };
   const double tenth = cost(GetParam().count), whole = cost(10 * GetParam().count);
   EXPECT_LE(whole / tenth, 15) << whole << " s and " << tenth << " s";
+}
+
+struct CountingMeasurer : FixedWidthMeasurer {
+  Size measure(std::string_view text, const Font& font, double width) override {
+    asked.push_back(std::string(text) + " in " + std::to_string(width));
+    return FixedWidthMeasurer::measure(text, font, width);
+  }
+  double widestWord(std::string_view text, const Font& font) override {
+    asked.push_back("word of " + std::string(text));
+    return FixedWidthMeasurer::widestWord(text, font);
+  }
+  Texts asked;
+};
+
+TEST_F(BannerTest, MeasuresATextOnceForAWidthAndNotWhileItScrolls) {
+  made = customization("title description buttons:acceptAll,rejectAll links:doNotSellMyData");
+  made.messages.bannerMessages.mainMessage = std::string(5000, 'x');
+  TestScreen screen(bannerComposition(banner().view(), made));
+  ViewEnvironment environment = screen.environment();
+  const auto measurer = std::make_shared<CountingMeasurer>();
+  environment.textMeasurer = measurer;
+  screen.setEnvironment(environment);
+  screen.frame({});
+  EXPECT_EQ(std::set(measurer->asked.begin(), measurer->asked.end()).size(), measurer->asked.size())
+      << joined(measurer->asked);
+  measurer->asked.clear();
+  screen.scroll({195, 400}, 100);
+  screen.frame({});
+  EXPECT_THAT(measurer->asked, IsEmpty());
 }
 
 }  // namespace

@@ -147,10 +147,8 @@ std::vector<Layout::FlowLine> Layout::flow(Element& element, double spacing, con
       item.size = size(*child, item.proposal);
     }
     if (lines.empty() || lines.back().size.width + spacing + item.size.width > room) lines.emplace_back();
-    FlowLine& line = lines.back();
-    line.size = {line.size.width + (line.items.empty() ? 0 : spacing) + item.size.width,
-                 std::max(line.size.height, item.size.height)};
-    line.items.push_back(item);
+    lines.back().items.push_back(item);
+    lines.back().size = extent(lines.back().items, Axis::horizontal, spacing);
   }
   return lines;
 }
