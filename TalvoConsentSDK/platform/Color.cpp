@@ -3,23 +3,21 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "TalvoConsentSDK/platform/unicode/Characters.h"
+
 namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr bool isASCIILetterOrDigit(unsigned char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-constexpr bool isPadding(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x80 && !isASCIILetterOrDigit(byte);
-}
-
 std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isPadding(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isPadding(text.back())) text.remove_suffix(1);
-  return text;
+  std::size_t begin = text.size(), end = 0;
+  for (std::size_t position = 0; position < text.size();) {
+    const std::size_t start = position;
+    if (!isAlphanumeric(nextCharacter(text, position))) continue;
+    begin = std::min(begin, start);
+    end = position;
+  }
+  return begin < end ? text.substr(begin, end - begin) : std::string_view();
 }
 
 std::size_t characterCount(std::string_view utf8) {

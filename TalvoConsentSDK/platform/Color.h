@@ -22,10 +22,10 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// Reads hexadecimal colour text: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first), with anything that
-/// is not alphanumeric before and after it, such as a number sign. Unreadable text is opaque black. A
-/// character outside ASCII counts as one character and is never a digit; a leading "0x" is skipped, though it
-/// counts.
+/// Reads hexadecimal colour text: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first), with anything
+/// before and after it that Unicode calls neither letter, mark nor number, such as a number sign or a
+/// no-break space. Unreadable text is opaque black. A character outside ASCII counts as one character and is
+/// never a digit; a leading "0x" is skipped, though it counts.
 TALVO_EXPORT Color colorFromText(std::string_view text);
 
 /// Whether `text` is such a text to its last digit; the rule above makes something of others too.

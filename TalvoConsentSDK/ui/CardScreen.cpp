@@ -37,10 +37,11 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
 }
 
 CardScreen::CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                       ActionHandler onLinkAction)
+                       ActionHandler onLinkAction, ToldComponents& told)
     : customization_(customization),
       onButtonAction_(std::move(onButtonAction)),
-      onLinkAction_(std::move(onLinkAction)) {}
+      onLinkAction_(std::move(onLinkAction)),
+      told_(told) {}
 
 void CardScreen::add(AnyView view) {
   views_.push_back(std::move(view));
@@ -84,7 +85,7 @@ AnyView CardScreen::component(const BannerCustomization::ComponentItem& item, co
   if (own) {
     if (auto view = own(item)) return *std::move(view);
   }
-  return ComponentRenderable(item, customization_, onButtonAction_, onLinkAction_).render();
+  return ComponentRenderable(item, customization_, onButtonAction_, onLinkAction_, told_).render();
 }
 
 AnyView CardScreen::content() const {
@@ -104,7 +105,7 @@ AnyView CardScreen::closeControl() const {
   const AnyView control =
       ComponentRenderable(
           *closeButton_, customization_,
-          [report = onButtonAction_](const std::string&) { report("closeButton"); }, onLinkAction_)
+          [report = onButtonAction_](const std::string&) { report("closeButton"); }, onLinkAction_, told_)
           .render();
   return control.padding(Insets::all(closeInset));
 }

@@ -24,7 +24,7 @@ class CardScreen {
   using OwnRenderer = std::function<std::optional<AnyView>(const BannerCustomization::ComponentItem&)>;
 
   CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-             ActionHandler onLinkAction);
+             ActionHandler onLinkAction, ToldComponents& told);
 
   /// Adds a view that no component stands for.
   void add(AnyView view);
@@ -45,6 +45,7 @@ class CardScreen {
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
+  ToldComponents& told_;
   std::vector<AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
   std::optional<BannerCustomization::ComponentItem> closeButton_;

@@ -59,8 +59,7 @@ AnyView CategoryRow::switchView() const {
   const bool isShown = category_.enabled.value_or(false);
   Binding<bool> isOn = Binding<bool>::computed([isShown] { return isShown; }, [](bool) {});
   if (bindings_.categoryStates && bindings_.vendorStates && bindings_.doNotSellState) {
-    isOn = isDoNotSell() ? doNotSellSwitch(bindings_, services_)
-                         : categorySwitch(bindings_, services_, categoryId_);
+    isOn = isDoNotSell() ? doNotSellSwitch(bindings_) : categorySwitch(bindings_, services_, categoryId_);
   }
   return toggle(isOn, palette_.toggle())
       .disabled(!canSwitch())
@@ -69,24 +68,25 @@ AnyView CategoryRow::switchView() const {
 
 std::string CategoryRow::vendorsOnText() const {
   if (!hasVendors() || !bindings_.vendorStates) return {};
-  const std::size_t all = services_->vendors(categoryId_).size();
-  const std::size_t on = vendorsOn(bindings_.vendorStates->get(), categoryId_, *services_);
-  return on > 0 && on < all ? std::to_string(on) + " / " + std::to_string(all) : "";
+  const auto& groups = services_->groups(categoryId_);
+  const std::size_t on = vendorsOn(bindings_, categoryId_, groups);
+  return on < groups.size() ? std::to_string(on) + " / " + std::to_string(groups.size()) : "";
 }
 
-AnyView CategoryRow::title() const {
+AnyView CategoryRow::title(const std::string& vendorsOn) const {
   std::vector<AnyView> parts{text(category_.name.value_or(""),
                                   {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})};
-  if (const std::string on = vendorsOnText(); !on.empty()) {
-    parts.push_back(
-        text(on, {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
+  if (!vendorsOn.empty()) {
+    parts.push_back(text(
+        vendorsOn, {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
   }
   return horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts);
 }
 
 AnyView CategoryRow::header(const State<bool>& isExpanded) const {
   const std::string told = showCategoryDescription_ ? category_.description.value_or("") : "";
-  std::vector<AnyView> lines{title()};
+  const std::string vendorsOn = vendorsOnText();
+  std::vector<AnyView> lines{title(vendorsOn)};
   if (!told.empty()) {
     lines.push_back(text(
         told, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette_.secondaryFont()}));
@@ -103,7 +103,7 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
   // As one control it is one thing to hear, so that what its texts say is said here.
   std::string description =
       std::to_string(services_->groups(categoryId_).size()) + " " + localized("vendors");
-  for (const std::string& more : {vendorsOnText(), told}) {
+  for (const std::string& more : {vendorsOn, told}) {
     if (!more.empty()) description += ". " + more;
   }
   return button(horizontalStack({.spacing = chevronGap}, {chevron, texts}),

@@ -28,11 +28,11 @@ class CategoryRow {
   bool canSwitch() const;
   bool hasVendors() const;
 
-  /// How many of the vendors are on, "1 / 2", when that is neither none nor all; else empty.
+  /// How many of the vendors in the list are on, "1 / 2"; empty when all are.
   std::string vendorsOnText() const;
 
   AnyView switchView() const;
-  AnyView title() const;
+  AnyView title(const std::string& vendorsOn) const;
   AnyView header(const State<bool>& isExpanded) const;
   AnyView vendors() const;
 

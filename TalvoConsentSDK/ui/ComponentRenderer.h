@@ -3,6 +3,7 @@
 // How the components that a customization lists become views.
 
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,9 @@ namespace TalvoConsentSDK {
 
 /// Called with the identifier of the button or link that was used. Main thread.
 using ActionHandler = std::function<void(const std::string&)>;
+
+/// The unknown components that a banner has printed a line of; it prints one each, however often it is drawn.
+using ToldComponents = std::set<std::string>;
 
 /// Draws one component. Renderers are made for one rendering and refer to the screen's customization; what
 /// they render does not.
@@ -27,11 +31,11 @@ class ComponentRenderer {
 class ComponentRendererFactory {
  public:
   /// The view of a component, by its identifier. A component without identifier gives an empty view; so does
-  /// an unknown one, or one whose list is absent or empty, of which a line is printed.
+  /// an unknown one, or one whose list is absent or empty, of which a line is printed unless `told` names it.
   AnyView render(const BannerCustomization::ComponentItem& item,
                  const BannerCustomization::Customization& customization,
                  const BannerCustomization::BannerMessages& messages, const ActionHandler& onButtonAction,
-                 const ActionHandler& onLinkAction) const;
+                 const ActionHandler& onLinkAction, ToldComponents* told = nullptr) const;
 
   /// Whether a component of that identifier exists; with a list, whether `item` holds it as well.
   static bool isKnown(std::string_view id);
@@ -43,15 +47,16 @@ class ComponentRenderable {
  public:
   ComponentRenderable(const BannerCustomization::ComponentItem& item,
                       const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                      ActionHandler onLinkAction)
+                      ActionHandler onLinkAction, ToldComponents& told)
       : item_(item),
         customization_(customization),
         onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)) {}
+        onLinkAction_(std::move(onLinkAction)),
+        told_(told) {}
 
   AnyView render() const {
     return ComponentRendererFactory().render(item_, customization_, customization_.messages.bannerMessages,
-                                             onButtonAction_, onLinkAction_);
+                                             onButtonAction_, onLinkAction_, &told_);
   }
 
  private:
@@ -59,6 +64,7 @@ class ComponentRenderable {
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
+  ToldComponents& told_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -84,12 +84,12 @@ AnyView ComponentRendererFactory::render(const BannerCustomization::ComponentIte
                                          const BannerCustomization::Customization& customization,
                                          const BannerCustomization::BannerMessages& messages,
                                          const ActionHandler& onButtonAction,
-                                         const ActionHandler& onLinkAction) const {
+                                         const ActionHandler& onLinkAction, ToldComponents* told) const {
   if (!item.id) return {};
   if (isComplete(item)) {
     return find(*item.id)->render({item, customization, messages, onButtonAction, onLinkAction});
   }
-  print("⚠️ Unknown component type: " + *item.id);
+  if (!told || told->insert(*item.id).second) print("⚠️ Unknown component type: " + *item.id);
   return {};
 }
 

@@ -74,6 +74,16 @@ std::vector<std::string> enabledVendors(const VendorStates& states, const std::s
   return enabled;
 }
 
+bool hasOptedOut(const StoredConsent& consent) {
+  return consent && consent->optedIn == false;
+}
+
+// The consent that the switches begin with: none under do-not-sell, which would be saved as none.
+const StoredConsent& shownConsent(const StoredConsent& stored) {
+  static const StoredConsent& none = *new StoredConsent;
+  return hasOptedOut(stored) ? none : stored;
+}
+
 bool startsWithPreferences(const StoredConsent& consent,
                            const std::optional<SiteConfiguration>& configuration) {
   return consent && configuration && configuration->returnSecondaryView.value_or(false);
@@ -95,9 +105,9 @@ ConsentBannerView::ConsentBannerView(BannerCustomization::Customization customiz
       currentScreen_(startsWithPreferences(inputs_->initialConsent, inputs_->siteConfiguration)
                          ? Screen(PreferencesScreen())
                          : Screen(MainScreen())),
-      categoryStates_(initialCategories(inputs_->initialConsent)),
-      vendorStates_(initialVendors(inputs_->initialConsent, inputs_->services)),
-      doNotSellEnabled_(inputs_->initialConsent && inputs_->initialConsent->optedIn == false) {}
+      categoryStates_(initialCategories(shownConsent(inputs_->initialConsent))),
+      vendorStates_(initialVendors(shownConsent(inputs_->initialConsent), inputs_->services)),
+      doNotSellEnabled_(hasOptedOut(inputs_->initialConsent)) {}
 
 ConsentBannerView ConsentBannerView::withCallbacks(BannerCallbacks callbacks) const {
   ConsentBannerView copy = *this;
@@ -123,15 +133,15 @@ AnyView ConsentBannerView::body() const {
 
   const Screen& screen = currentScreen_.get();
   if (std::holds_alternative<MainScreen>(screen)) {
-    return MainScreenView(customization, mainAction, link).body().key("main");
+    return MainScreenView(customization, mainAction, link, *told_).body().key("main");
   }
   if (const auto* vendor = std::get_if<VendorDetailScreen>(&screen)) {
     return VendorDetailScreenView(vendor->group, customization, inputs_->services, bindings(), back, action,
-                                  link, detail)
+                                  link, detail, *told_)
         .body()
         .key("vendor " + vendor->group.vendor);
   }
-  return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail)
+  return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail, *told_)
       .body()
       .key("preferences");
 }

@@ -12,6 +12,7 @@
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/Services.h"
 #include "TalvoConsentSDK/models/SiteConfiguration.h"
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 #include "TalvoConsentSDK/ui/view/AnyView.h"
@@ -84,6 +85,7 @@ class ConsentBannerView {
 
   std::shared_ptr<const Inputs> inputs_;
   BannerCallbacks callbacks_;
+  std::shared_ptr<ToldComponents> told_ = std::make_shared<ToldComponents>();
   State<Screen> currentScreen_;
   State<CategoryStates> categoryStates_;
   State<VendorStates> vendorStates_;

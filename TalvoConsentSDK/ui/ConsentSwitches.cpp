@@ -20,6 +20,13 @@ void switchCategory(const ConsentBindings& bindings, const std::string& category
   bindings.categoryStates->update([&](CategoryStates& states) { states[category] = value; });
 }
 
+// Whether do-not-sell keeps consent to the category from being given.
+bool isWithheld(const ConsentBindings& bindings, const std::string& category) {
+  return category != "necessary" && bindings.doNotSellState && bindings.doNotSellState->get();
+}
+
+constexpr auto isTrue = [](const auto& entry) { return entry.second; };
+
 }  // namespace
 
 bool isOn(const CategoryStates& states, const std::string& category) {
@@ -34,42 +41,53 @@ bool isOn(const VendorStates& states, const std::string& category, const std::st
   return entry != vendors->second.end() && entry->second;
 }
 
-std::size_t vendorsOn(const VendorStates& states, const std::string& category,
-                      const VendorCatalogue& catalogue) {
-  const auto on = [&](const std::string& vendor) { return isOn(states, category, vendor); };
-  return static_cast<std::size_t>(std::ranges::count_if(catalogue.vendors(category), on));
+bool isGiven(const ConsentBindings& bindings, const std::string& category) {
+  if (isWithheld(bindings, category) || !isOn(bindings.categoryStates->get(), category)) return false;
+  const auto& states = bindings.vendorStates->get();
+  const auto vendors = states.find(category);
+  return vendors == states.end() || vendors->second.empty() || std::ranges::any_of(vendors->second, isTrue);
+}
+
+std::size_t vendorsOn(const ConsentBindings& bindings, const std::string& category,
+                      const std::vector<Services::ServiceGroup>& listed) {
+  if (isWithheld(bindings, category)) return 0;
+  const auto& states = bindings.vendorStates->get();
+  const auto on = [&](const auto& group) { return isOn(states, category, group.vendor); };
+  return static_cast<std::size_t>(std::ranges::count_if(listed, on));
 }
 
 Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
                              std::string category) {
-  return Binding<bool>::computed(
-      [bindings, category] { return isOn(bindings.categoryStates->get(), category); },
-      [bindings, catalogue = std::move(catalogue), category](bool value) {
-        switchCategory(bindings, category, value);
-        switchVendors(bindings, catalogue, category, value);
-      });
+  return Binding<bool>::computed([bindings, category] { return isGiven(bindings, category); },
+                                 [bindings, catalogue = std::move(catalogue), category](bool value) {
+                                   switchCategory(bindings, category, value);
+                                   switchVendors(bindings, catalogue, category, value);
+                                 });
 }
 
 Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor) {
   return Binding<bool>::computed(
-      [bindings, category, vendor] { return isOn(bindings.vendorStates->get(), category, vendor); },
+      [bindings, category, vendor] {
+        return !isWithheld(bindings, category) && isOn(bindings.vendorStates->get(), category, vendor);
+      },
       [bindings, category, vendor](bool value) {
         bindings.vendorStates->update([&](VendorStates& states) { states[category][vendor] = value; });
         if (!bindings.categoryStates) return;
         const auto& vendors = bindings.vendorStates->get().find(category)->second;
-        const auto isTrue = [](const auto& entry) { return entry.second; };
         switchCategory(bindings, category, std::ranges::count_if(vendors, isTrue) != 0);
       });
 }
 
-Binding<bool> doNotSellSwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue) {
+Binding<bool> doNotSellSwitch(const ConsentBindings& bindings) {
   return Binding<bool>::computed([bindings] { return bindings.doNotSellState->get(); },
-                                 [bindings, catalogue = std::move(catalogue)](bool value) {
+                                 [bindings](bool value) {
                                    bindings.doNotSellState->set(value);
                                    if (!value) return;
                                    for (const char* category : {"preferences", "statistics", "marketing"}) {
                                      switchCategory(bindings, category, false);
-                                     switchVendors(bindings, catalogue, category, false);
+                                     bindings.vendorStates->update([category](VendorStates& states) {
+                                       for (auto& [vendor, isOn] : states[category]) isOn = false;
+                                     });
                                    }
                                  });
 }

@@ -27,19 +27,25 @@ struct ConsentBindings {
 bool isOn(const CategoryStates& states, const std::string& category);
 bool isOn(const VendorStates& states, const std::string& category, const std::string& vendor);
 
-/// How many of a category's vendors are on.
-std::size_t vendorsOn(const VendorStates& states, const std::string& category,
-                      const VendorCatalogue& catalogue);
+/// Whether saving would give consent to anything of a category: it is on, unless it has vendors of which none
+/// is. Do-not-sell, while it is on, leaves consent to nothing but what is necessary.
+bool isGiven(const ConsentBindings& bindings, const std::string& category);
 
-/// A category's switch. With a catalogue, switching it switches all its vendors. Needs both bindings.
+/// How many of the vendors that a category lists are drawn on. Needs `vendorStates`.
+std::size_t vendorsOn(const ConsentBindings& bindings, const std::string& category,
+                      const std::vector<Services::ServiceGroup>& listed);
+
+/// A category's switch, drawn on while consent to it is given. With a catalogue, switching it switches all
+/// its vendors. Needs both states.
 Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
                              std::string category);
 
-/// A vendor's switch. Its category follows: on while at least one vendor is. Needs `vendorStates`.
+/// A vendor's switch, off under do-not-sell. Its category follows: on while at least one vendor is. Needs
+/// `vendorStates`.
 Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
 
 /// The do-not-sell switch. On, it switches preferences, statistics and marketing off with all their vendors;
 /// off, it leaves them as they are. Needs all bindings.
-Binding<bool> doNotSellSwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue);
+Binding<bool> doNotSellSwitch(const ConsentBindings& bindings);
 
 }  // namespace TalvoConsentSDK

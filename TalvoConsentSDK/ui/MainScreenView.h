@@ -11,10 +11,11 @@ namespace TalvoConsentSDK {
 class MainScreenView {
  public:
   MainScreenView(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                 ActionHandler onLinkAction)
+                 ActionHandler onLinkAction, ToldComponents& told)
       : customization_(customization),
         onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)) {}
+        onLinkAction_(std::move(onLinkAction)),
+        told_(told) {}
 
   AnyView body() const;
 
@@ -22,6 +23,7 @@ class MainScreenView {
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
+  ToldComponents& told_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -15,13 +15,14 @@ class PreferencesScreenView {
   PreferencesScreenView(const BannerCustomization::Customization& customization,
                         VendorCataloguePointer services, ConsentBindings bindings,
                         ActionHandler onButtonAction, ActionHandler onLinkAction,
-                        VendorDetailHandler onVendorDetailTap)
+                        VendorDetailHandler onVendorDetailTap, ToldComponents& told)
       : customization_(customization),
         services_(std::move(services)),
         bindings_(std::move(bindings)),
         onButtonAction_(std::move(onButtonAction)),
         onLinkAction_(std::move(onLinkAction)),
-        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+        onVendorDetailTap_(std::move(onVendorDetailTap)),
+        told_(told) {}
 
   AnyView body() const;
 
@@ -32,6 +33,7 @@ class PreferencesScreenView {
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
   const VendorDetailHandler onVendorDetailTap_;
+  ToldComponents& told_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -32,7 +32,7 @@ bool isReadOnly(const CardScreen::Items& components, const std::string& category
 }  // namespace
 
 AnyView VendorDetailScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_);
+  CardScreen screen(customization_, onButtonAction_, onLinkAction_, told_);
   screen.add(BackButtonRenderer(customization_, onBack_).render());
   const auto& components = customization_.components;
   if (!components || !components->secondaryScreen) {

@@ -18,7 +18,8 @@ class VendorDetailScreenView {
                          const BannerCustomization::Customization& customization,
                          VendorCataloguePointer services, ConsentBindings bindings,
                          std::function<void()> onBack, ActionHandler onButtonAction,
-                         ActionHandler onLinkAction, VendorDetailHandler onVendorDetailTap)
+                         ActionHandler onLinkAction, VendorDetailHandler onVendorDetailTap,
+                         ToldComponents& told)
       : vendorGroup_(vendorGroup),
         customization_(customization),
         services_(std::move(services)),
@@ -26,7 +27,8 @@ class VendorDetailScreenView {
         onBack_(std::move(onBack)),
         onButtonAction_(std::move(onButtonAction)),
         onLinkAction_(std::move(onLinkAction)),
-        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+        onVendorDetailTap_(std::move(onVendorDetailTap)),
+        told_(told) {}
 
   AnyView body() const;
 
@@ -39,6 +41,7 @@ class VendorDetailScreenView {
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
   const VendorDetailHandler onVendorDetailTap_;  // the page links to no other vendor today
+  ToldComponents& told_;
 };
 
 }  // namespace TalvoConsentSDK

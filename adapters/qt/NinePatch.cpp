@@ -22,8 +22,13 @@ namespace {
 constexpr double reach = 1.528665;
 constexpr double exponent = 3.26;
 
+// So many points or a little more, in whole pixels, so that corners end where pixels do.
+double onPixels(double length, double pixelRatio) {
+  return std::ceil(length * pixelRatio) / pixelRatio;
+}
+
 QImage blankImage(double side, double pixelRatio) {
-  const int pixels = static_cast<int>(std::ceil(side * pixelRatio));
+  const int pixels = static_cast<int>(std::lround(side * pixelRatio));
   QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
   image.setDevicePixelRatio(pixelRatio);
   image.fill(Qt::transparent);
@@ -57,7 +62,7 @@ std::optional<QColor> onlyColor(const QImage& image) {
       if (image.pixel(x, y) != first) return std::nullopt;
     }
   }
-  return QColor::fromRgba(first);
+  return image.pixelColor(0, 0);  // not premultiplied, unlike `first`
 }
 
 void findPlainParts(Patch& patch) {
@@ -120,8 +125,8 @@ QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
 
 Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio) {
   return cached({0, color.red, color.green, color.blue, color.alpha, cornerRadius, pixelRatio}, [&] {
-    const double corner = std::ceil(cornerRadius * reach);
-    const double side = 2 * corner + 2;
+    const double corner = onPixels(cornerRadius * reach, pixelRatio);
+    const double side = 2 * corner + onPixels(2, pixelRatio);
     QImage image = blankImage(side, pixelRatio);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -136,9 +141,9 @@ Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) 
       {1, color.red, color.green, color.blue, color.alpha, shadow.radius, cornerRadius, pixelRatio}, [&] {
         // Three box blurs come close to a Gaussian; each reaches its radius farther.
         const int boxRadius = std::max(1, static_cast<int>(std::lround(shadow.radius * pixelRatio * 0.85)));
-        const double overhang = std::ceil(3 * boxRadius / pixelRatio);
-        const double corner = std::ceil(cornerRadius * reach) + 2 * overhang;
-        const double side = 2 * corner + 2;
+        const double overhang = 3 * boxRadius / pixelRatio;
+        const double corner = onPixels(cornerRadius * reach, pixelRatio) + 2 * overhang;
+        const double side = 2 * corner + onPixels(2, pixelRatio);
         QImage image = blankImage(side, pixelRatio);
         {
           QPainter painter(&image);
@@ -170,8 +175,8 @@ Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, dou
   const std::vector<double> key{2,           inner.red,  inner.green, inner.blue,   inner.alpha, outer.red,
                                 outer.green, outer.blue, outer.alpha, cornerRadius, pixelRatio};
   return cached(key, [&] {
-    const double corner = std::ceil(cornerRadius * reach) + 2;
-    const double side = 2 * corner + 2;
+    const double corner = onPixels(cornerRadius * reach + 2, pixelRatio);
+    const double side = 2 * corner + onPixels(2, pixelRatio);
     QImage image = blankImage(side, pixelRatio);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);

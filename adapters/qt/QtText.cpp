@@ -1,20 +1,14 @@
 #include "adapters/qt/QtText.h"
 
 #include <QFontDatabase>
-#include <QFontMetricsF>
-#include <QPainter>
-#include <QTextBoundaryFinder>
 #include <algorithm>
 #include <cmath>
 
-#include "TalvoConsentSDK/ui/view/TextDirection.h"
+#include "adapters/qt/BrokenText.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
-
-constexpr double leastShare = 2.0 / 3;   // of the font's size, for the sake of a long word
-constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts take no infinity
 
 QFont::Weight weight(FontWeight weight) {
   switch (weight) {
@@ -43,18 +37,6 @@ const QStringList& families() {
   return list;
 }
 
-double widestWord(const QString& text, const QFont& font) {
-  const QFontMetricsF metrics(font);
-  QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
-  double widest = 0;
-  qsizetype begin = 0;
-  for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
-    widest = std::max(widest, metrics.horizontalAdvance(text.mid(begin, end - begin).trimmed()));
-    begin = end;
-  }
-  return std::ceil(widest);
-}
-
 }  // namespace
 
 QString toQString(std::string_view utf8) {
@@ -67,77 +49,6 @@ QFont toQFont(const Font& font, const TextSettings& settings) {
   result.setWeight(weight(font.weight));
   result.setHintingPreference(QFont::PreferNoHinting);
   return result;
-}
-
-BrokenText::BrokenText(std::string_view text, const Font& font, const TextSettings& settings, double width,
-                       Qt::Alignment alignment)
-    : lineHeight_(font.lineHeight() * settings.scale) {
-  QString content = toQString(text);
-  content.replace(QLatin1Char('\n'), QChar::LineSeparator);
-  layout_.setText(content);
-  layout_.setFont(toQFont(font, settings));
-  QTextOption option(alignment | Qt::AlignAbsolute);
-  option.setTextDirection(dominantDirection(text) == LayoutDirection::rightToLeft ? Qt::RightToLeft
-                                                                                  : Qt::LeftToRight);
-  option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-  layout_.setTextOption(option);
-  layout_.setCacheEnabled(true);
-
-  breakLines(width);
-  if (!isBrokenInAWord()) return;
-  const double room = std::floor(width);  // drawn in a frame of whole points, it shrinks as much again
-  const double share = room / TalvoConsentSDK::widestWord(content, layout_.font());
-  if (share < leastShare || share >= 1) return;
-  QFont smaller = layout_.font();
-  smaller.setPixelSize(std::max(1, static_cast<int>(smaller.pixelSize() * share)));
-  layout_.setFont(smaller);
-  lineHeight_ *= share;
-  leastWidth_ = room;
-  breakLines(width);
-}
-
-void BrokenText::breakLines(double width) {
-  layout_.beginLayout();
-  double top = 0;
-  for (QTextLine line = layout_.createLine(); line.isValid(); line = layout_.createLine()) {
-    line.setLineWidth(std::min(width, unlimited));
-    line.setPosition({0, top + (lineHeight_ - line.height()) / 2});
-    top += lineHeight_;
-  }
-  layout_.endLayout();
-}
-
-bool BrokenText::isBrokenInAWord() const {
-  QTextBoundaryFinder finder(QTextBoundaryFinder::Line, layout_.text());
-  for (int i = 0; i + 1 < layout_.lineCount(); ++i) {
-    const QTextLine line = layout_.lineAt(i);
-    finder.setPosition(line.textStart() + line.textLength());
-    if (!finder.isAtBoundary()) return true;
-  }
-  return false;
-}
-
-Size BrokenText::size() {
-  double widest = leastWidth_;
-  const int lines = layout_.lineCount();
-  for (int i = 0; i < lines; ++i) widest = std::max(widest, layout_.lineAt(i).naturalTextWidth());
-  widest = std::ceil(widest);
-  // What leans out of a line's last letter counts when lines are broken, but not in a line's width.
-  for (breakLines(widest); layout_.lineCount() > lines; breakLines(widest)) ++widest;
-  return {widest, lineHeight_ * std::max(1, lines)};
-}
-
-void BrokenText::draw(QPainter& painter, const QColor& color, bool isUnderlined) const {
-  painter.setPen(color);
-  layout_.draw(&painter, {0, 0});
-  if (!isUnderlined) return;
-  const QFontMetricsF metrics(layout_.font());
-  for (int i = 0; i < layout_.lineCount(); ++i) {
-    const QTextLine line = layout_.lineAt(i);
-    const QRectF used = line.naturalTextRect();
-    const double y = line.y() + line.ascent() + metrics.underlinePos();
-    painter.fillRect(QRectF(used.x(), y, used.width(), std::max(1.0, metrics.lineWidth())), color);
-  }
 }
 
 Size QtTextMeasurer::measure(std::string_view text, const Font& font, double width) {

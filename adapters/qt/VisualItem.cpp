@@ -5,55 +5,19 @@
 #include <QQuickWindow>
 #include <QSGImageNode>
 #include <QSGRectangleNode>
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "adapters/qt/NinePatch.h"
 #include "adapters/qt/QtImageLoader.h"
+#include "adapters/qt/TextNode.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
-
-// Letters of some scripts reach beyond their line.
-constexpr double textOverhang = 6;
-
-using Paint = std::function<void(QPainter&)>;
-
-// A node showing what `paint` draws, in points; `overhang` more than the size on every side.
-QSGNode* paintedNode(QQuickWindow& window, const QSizeF& size, double overhang, const Paint& paint) {
-  const double ratio = window.effectiveDevicePixelRatio();
-  const QSize pixels(static_cast<int>(std::ceil((size.width() + 2 * overhang) * ratio)),
-                     static_cast<int>(std::ceil((size.height() + 2 * overhang) * ratio)));
-  if (pixels.isEmpty()) return nullptr;
-  QImage image(pixels, QImage::Format_ARGB32_Premultiplied);
-  image.setDevicePixelRatio(ratio);
-  image.fill(Qt::transparent);
-  {
-    QPainter painter(&image);
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-    painter.translate(overhang, overhang);
-    paint(painter);
-  }
-  QSGImageNode* node = window.createImageNode();
-  node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
-  node->setOwnsTexture(true);
-  node->setRect(-overhang, -overhang, pixels.width() / ratio, pixels.height() / ratio);
-  return node;
-}
-
-Qt::Alignment alignment(visual::TextAlignment alignment) {
-  switch (alignment) {
-    case visual::TextAlignment::left:
-      return Qt::AlignLeft;
-    case visual::TextAlignment::center:
-      return Qt::AlignHCenter;
-    case visual::TextAlignment::right:
-      return Qt::AlignRight;
-  }
-  return Qt::AlignLeft;
-}
 
 QPainterPath path(Glyph glyph) {  // in a square of side 1
   QPainterPath path;
@@ -135,16 +99,10 @@ struct NodeMaker {
 
   double ratio() const { return window.effectiveDevicePixelRatio(); }
 
-  QSGNode* operator()(const visual::Text& text) const {
-    return paintedNode(window, size, textOverhang, [&](QPainter& painter) {
-      BrokenText(text.text, text.font, settings, size.width(), alignment(text.alignment))
-          .draw(painter, toQColor(text.color), text.isUnderlined);
-    });
-  }
+  QSGNode* operator()(const visual::Text&) const { return new TextNode; }
 
   QSGNode* operator()(const visual::Symbol& symbol) const {
-    return paintedNode(window, size, 2,
-                       [&](QPainter& painter) { paintSymbol(painter, symbol, size.width()); });
+    return painted([&](QPainter& painter) { paintSymbol(painter, symbol, size.width()); });
   }
 
   QSGNode* operator()(const visual::Box& box) const {
@@ -172,11 +130,16 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Switch& toggle) const {
-    return paintedNode(window, size, 2, [&](QPainter& painter) { paintSwitch(painter, toggle, size); });
+    return painted([&](QPainter& painter) { paintSwitch(painter, toggle, size); });
   }
 
   QSGNode* operator()(const visual::FocusRing& ring) const {
     return patch(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+  }
+
+  // With as much around as shadows and strokes take.
+  QSGNode* painted(const std::function<void(QPainter&)>& paint) const {
+    return paintedNode(window, QRectF(QPointF(0, 0), size).marginsAdded({2, 2, 2, 2}), paint);
   }
 
   QSGNode* patch(const Patch& look, QPointF offset = {}) const {
@@ -208,6 +171,13 @@ void VisualItem::show(const Visual& visual, const QPointF& origin, double depth)
     contentChanged_ = true;
     update();
   }
+  if (std::holds_alternative<visual::Text>(visual.content)) {
+    const double above = std::max(0.0, visual.clip ? visual.clip->y : 0) - visual.frame.y;
+    const double screen = window() ? window()->height() : 0;
+    const double below = std::min(screen, visual.clip ? visual.clip->bottom() : screen) - visual.frame.y;
+    const TextTiles seen = textTiles(visual.frame.height, ratio, above, below);
+    if (std::exchange(tiles_, seen) != seen) update();
+  }
   visual_ = visual;
 }
 
@@ -220,10 +190,15 @@ void VisualItem::itemChange(ItemChange change, const ItemChangeData& data) {
 }
 
 QSGNode* VisualItem::updatePaintNode(QSGNode* old, UpdatePaintNodeData*) {
-  if (!contentChanged_ && old) return old;
-  contentChanged_ = false;
-  delete old;
-  return std::visit(NodeMaker{*window(), settings_, size()}, visual_->content);
+  if (contentChanged_ || !old) {
+    contentChanged_ = false;
+    delete old;
+    old = std::visit(NodeMaker{*window(), settings_, size()}, visual_->content);
+  }
+  if (const auto* text = std::get_if<visual::Text>(&visual_->content)) {
+    static_cast<TextNode*>(old)->show(*window(), *text, settings_, size(), tiles_);
+  }
+  return old;
 }
 
 }  // namespace TalvoConsentSDK

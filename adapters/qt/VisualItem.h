@@ -7,10 +7,11 @@
 #include "TalvoConsentSDK/ui/view/Visual.h"
 
 #include "adapters/qt/QtText.h"
+#include "adapters/qt/TextNode.h"
 
 namespace TalvoConsentSDK {
 
-/// Draws one visual, and again only when it changes.
+/// Draws one visual, and again only when it changes; of a long text, the part that is seen.
 class VisualItem : public QQuickItem {
  public:
   explicit VisualItem(const TextSettings& settings);
@@ -26,6 +27,7 @@ class VisualItem : public QQuickItem {
   const TextSettings settings_;
   std::optional<Visual> visual_;
   bool contentChanged_ = false;
+  TextTiles tiles_;  // of a text: those that are to be seen
 };
 
 }  // namespace TalvoConsentSDK

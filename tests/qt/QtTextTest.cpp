@@ -2,8 +2,9 @@
 
 #include <QPainter>
 
-#include "adapters/qt/QtText.h"
+#include "adapters/qt/BrokenText.h"
 
+#include "tests/support/Cost.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
@@ -67,6 +68,67 @@ TEST_P(QtTextTest, IsBrokenIntoAsManyLinesInAFrameOfTheMeasuredSize) {
     const Size size = QtTextMeasurer({1}).measure(GetParam(), {TextStyle::footnote}, width);
     EXPECT_EQ(BrokenText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
         << width;
+  }
+}
+
+std::string repeated(const std::string& part, std::size_t length) {
+  std::string all;
+  while (all.size() < length) all += part;
+  return all;
+}
+
+const char* const parts[] = {
+    "x",    "We ask before we (1) measure. ", "قبول",        "قبول الكل (3): abc, (de) 12 ", "e\u0301",
+    "隱私", "\U0001F468\u200D\U0001F469",     "one\ntwo (\n"};
+
+// Drawn in pieces or at once, a long text leaves the same pixels. (As far as Qt's own limit of 4,096
+// characters for what it shapes at once.)
+TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
+  constexpr int width = 200, height = 1700;
+  for (const char* part : parts) {
+    const std::string text = repeated(part, 20'000);
+    const auto painted = [](const std::function<void(QPainter&)>& paint) {
+      QImage image(width, height, QImage::Format_Alpha8);
+      image.fill(0);
+      QPainter painter(&image);
+      paint(painter);
+      return image;
+    };
+    const QImage pieces = painted([&](QPainter& painter) {
+      BrokenText(text, {TextStyle::footnote}, {}, width).draw(painter, Qt::black, false, 0, height);
+    });
+    const QImage atOnce = painted([&](QPainter& painter) {
+      const bool isArabic = QString::fromUtf8(text.data(), 2) == QString::fromUtf8("ق");
+      QTextLayout layout(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator),
+                         toQFont({TextStyle::footnote}, {}));
+      QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
+      option.setTextDirection(isArabic ? Qt::RightToLeft : Qt::LeftToRight);
+      option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+      layout.setTextOption(option);
+      layout.beginLayout();
+      const double lineHeight = Font{TextStyle::footnote}.lineHeight();
+      for (double top = 0; top < height; top += lineHeight) {
+        QTextLine line = layout.createLine();
+        if (!line.isValid()) break;
+        line.setLineWidth(width);
+        line.setPosition({0, top + (lineHeight - line.height()) / 2});
+      }
+      layout.endLayout();
+      layout.draw(&painter, {0, 0});
+    });
+    EXPECT_EQ(pieces, atOnce) << part;
+  }
+}
+
+TEST(LongTextTest, CostsTimeInProportionToItsLength) {
+  for (const char* part : parts) {
+    double width = 300;
+    const auto cost = [&](std::size_t length) {
+      const std::string text = repeated(part, length);
+      return bestCost([&] { QtTextMeasurer({}).measure(text, {TextStyle::footnote}, width -= 0.5); });
+    };
+    const double tenth = cost(10'000), whole = cost(100'000);
+    EXPECT_LE(whole / tenth, 15) << part << ": " << whole << " s and " << tenth << " s";
   }
 }
 

@@ -1,5 +1,10 @@
 // What the mount puts on screen, and that it paints anew only what has changed.
 
+#include <QPainter>
+#include <QQuickRenderControl>
+#include <QQuickRenderTarget>
+
+#include "adapters/qt/BrokenText.h"
 #include "adapters/qt/QtImageLoader.h"
 #include "adapters/qt/VisualMount.h"
 
@@ -99,6 +104,72 @@ TEST_F(VisualMountTest, LeavesNoSeamsInRoundedBoxes) {
       }
     }
   }
+}
+
+// What is drawn in a window of 100 x 100 points with so many pixels a point.
+QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
+  QImage image((QSizeF(100, 100) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(ratio);
+  QQuickRenderControl control;
+  QQuickWindow window(&control);
+  QQuickRenderTarget target = QQuickRenderTarget::fromPaintDevice(&image);
+  target.setDevicePixelRatio(ratio);
+  window.setRenderTarget(target);
+  window.resize(100, 100);
+  VisualMount mount(*window.contentItem(), {});
+  mount.update(visuals);
+  control.polishItems();
+  control.sync();
+  control.render();
+  return image;
+}
+
+TEST_F(VisualMountTest, FillsTranslucentBoxesEvenly) {
+  const QColor mixed(255 - 51, 255 - 102, 255);  // of white and two fifths of the box's colour
+  for (const double ratio : {1.0, 1.5, 2.0, 2.625}) {
+    const QImage drawn =
+        drawnAt(ratio, {{1, 0, {3.2, 4.1, 50.3, 40.7}, {}, 1, visual::Box{{0.5, 0, 1, 0.4}, 8}}});
+    const int left = static_cast<int>(std::lround(3.2 * ratio)),
+              top = static_cast<int>(std::lround(4.1 * ratio));
+    const auto expectMixed = [&](int x, int y) {
+      const QColor found = drawn.pixelColor(left + x, top + y);
+      const int apart =
+          std::max({std::abs(found.red() - mixed.red()), std::abs(found.green() - mixed.green()),
+                    std::abs(found.blue() - mixed.blue())});
+      EXPECT_LE(apart, 1) << ratio << ": " << x << ", " << y << ": " << found.name().toStdString();
+    };
+    for (int x = 0; x < 50.3 * ratio - 1; ++x) expectMixed(x, static_cast<int>(20 * ratio));
+    for (int y = 0; y < 40.7 * ratio - 1; ++y) expectMixed(static_cast<int>(25 * ratio), y);
+    for (const double corner : {5.0, 35.0})
+      expectMixed(static_cast<int>(corner * ratio), static_cast<int>(5 * ratio));
+  }
+}
+
+TEST_F(VisualMountTest, ShowsAnyPartOfALongText) {
+  std::string text;
+  for (int i = 0; i < 20'000; ++i) text += std::to_string(i);
+  const visual::Text shown{text, {TextStyle::footnote}, {}, true};
+  const Size size = BrokenText(text, shown.font, {}, 80).size();
+  for (const double y : {-20'000.0, -20'020.0, 0.0, 100 - size.height}) {
+    mount.update({{1, 0, {10, y, size.width, size.height}, {}, 1, shown}});
+    QImage drawn = window.grabWindow();
+    drawn.setDevicePixelRatio(window.effectiveDevicePixelRatio());
+    QImage letters(drawn.size(), QImage::Format_ARGB32_Premultiplied);
+    letters.setDevicePixelRatio(drawn.devicePixelRatio());
+    letters.fill(Qt::transparent);
+    QPainter painter(&letters);
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    painter.translate(10, y);
+    BrokenText(text, shown.font, {}, size.width).draw(painter, Qt::black, true, -y, 100 - y);
+    painter.end();
+    QImage expected = drawn;
+    expected.fill(Qt::white);
+    QPainter(&expected).drawImage(0, 0, letters);
+    EXPECT_EQ(drawn, expected) << y;
+  }
+  EXPECT_EQ(textTiles(1000, 2, 0, 1000), (TextTiles{0, 0})) << "an ordinary text is one";
+  EXPECT_EQ(textTiles(20'000, 2, 10'000, 10'800), (TextTiles{19, 21}));
+  EXPECT_EQ(textTiles(20'000, 2, 19'000, 21'000), (TextTiles{37, 38}));
 }
 
 }  // namespace

@@ -47,6 +47,19 @@ TEST_F(ConsentBannerViewTest, AnswersActions) {
   EXPECT_THAT(platform.application->opened, IsEmpty());
 }
 
+TEST_F(ConsentBannerViewTest, TellsOfAnUnknownComponentOnce) {
+  made = customization("strange buttons:managePreferences", "tabs:marketing strange links");
+  TestScreen screen(banner().view());
+  tap(screen, "button Manage");
+  tap(screen, "switch M");
+  screen.accessibleElements();
+  EXPECT_THAT(platform.printer->take(),
+              ElementsAre("⚠️ Unknown component type: strange", "⚠️ Unknown component type: links"));
+  TestScreen another(banner().view());
+  another.accessibleElements();
+  EXPECT_THAT(platform.printer->take(), ::testing::SizeIs(1)) << "a banner of its own";
+}
+
 TEST_F(ConsentBannerViewTest, OpensLinks) {
   made.urls = URLs{{"dsrForm", "a.b/dsr"}, {"dsr", "https://x"}, {"big", "HTTP://A/b"},
                    {"safe", "https://c"},  {"broken", "%zz"},    {"foo", ""}};
@@ -81,7 +94,11 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
     shown.readOnly = flag == "readOnly" || flag == "second";
     shown.services = flag != "bare";
     shown.showCategoryDescription = flag == "told";
-    const auto services = flag == "none" ? std::nullopt : std::optional(vendors);
+    auto services = flag == "none" ? std::nullopt : std::optional(vendors);
+    if (flag == "unnamed") {
+      services->libraries->push_back(services->libraries->front());
+      services->libraries->back().vendor = "";
+    }
     const auto view = banner(parsed<BasicConsent>(stored), services);
     view.handleMainAction("preferences");
     TestScreen screen(view.view());
@@ -90,12 +107,48 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
     for (const auto& each : screen.accessibleElements()) {
       if (each.role == Role::dialog || each.name == "Back") continue;
       std::string mark = each.role == Role::expander ? (each.value == "expanded" ? "+" : "-") : "";
+      if (const auto count = each.description.find(" / "); count < each.description.npos) {
+        mark += each.description[count - 1] + std::string("/") + each.description[count + 3];
+      }
       if (each.role == Role::toggle) mark = "=" + each.value + (each.isEnabled ? "" : "!");
       found.push_back(words(each.name).front() + mark);
     }
     EXPECT_EQ(joined(found, " "), expected) << flag << stored << taps;
     view.handlePreferencesAction("savePreferences");
     EXPECT_THAT(trace.back(), HasSubstr("\"marketing\":" + marketing + ",")) << flag << stored << taps;
+  }
+}
+
+// Every sequence of two switches, after each of them.
+TEST_F(ConsentBannerViewTest, DrawsOnWhatItWouldSave) {
+  made = customization("", "tabs:statistics,marketing,doNotSell",
+                       R"(,"statisticsTitle":"S","marketingTitle":"M","doNotSellLabelText":"D")");
+  const Texts switches = words("M A B S D");
+  const auto isSaved = [](const ConsentValue& value, const std::string& vendor) {
+    return value.isAll() || (value.isPartial() && std::ranges::count(value.items(), vendor) > 0);
+  };
+  for (const char* stored :
+       {"{}", R"({"marketing":true,"statistics":true,"optedIn":false})", R"({"marketing":["gone"]})",
+        R"({"marketing":["A","gone"],"optedIn":false})", R"({"marketing":["A"],"statistics":["gone"]})"}) {
+    for (std::size_t sequence = 0; sequence < 25; ++sequence) {
+      const auto view = banner(parsed<BasicConsent>(stored));
+      view.handleMainAction("preferences");
+      TestScreen screen(view.view());
+      tap(screen, "expander M");
+      for (std::size_t rest = sequence, step = 0; step < 3; rest /= 5, ++step) {
+        const auto isOn = [&](const std::string& name) {
+          return find(screen, "switch " + name).value == "on";
+        };
+        const ConsentValue marketing = view.consentValue(ConsentCategory::marketing);
+        EXPECT_EQ(isOn("M"), marketing.isEnabled()) << stored << sequence << step;
+        EXPECT_EQ(isOn("S"), view.consentValue(ConsentCategory::statistics).isEnabled())
+            << stored << sequence;
+        for (const char* vendor : {"A", "B"}) {
+          EXPECT_EQ(isOn(vendor), isSaved(marketing, vendor)) << stored << sequence << step;
+        }
+        tap(screen, "switch " + switches[rest % 5]);
+      }
+    }
   }
 }
 
@@ -112,7 +165,7 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
   EXPECT_EQ(saved(), R"({"preferences":false,"statistics":true,"marketing":true,"id":"c","optedIn":true})");
   vendorSwitch(bindings, "marketing", "A").set(true);
   EXPECT_THAT(saved(), HasSubstr(R"("marketing":["B","A","old"])"));
-  doNotSellSwitch(bindings, nullptr).set(true);
+  doNotSellSwitch(bindings).set(true);
   bindings.categoryStates->update([](CategoryStates& states) { states["statistics"] = true; });
   EXPECT_THAT(saved(), EndsWith(R"("statistics":false,"marketing":false,"id":"c","optedIn":false})"));
   EXPECT_TRUE(view.consentValue(ConsentCategory::necessary).isAll());

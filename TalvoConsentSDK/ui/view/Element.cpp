@@ -22,6 +22,11 @@ ElementId identity(ElementId parent, const AnyView& view, std::size_t position) 
   return combine(parent, key.empty() ? "#" + std::to_string(position) : "=" + key);
 }
 
+void forgetOwnSizes(Element& element) {
+  element.sizes.clear();
+  element.leastWidth.reset();
+}
+
 }  // namespace
 
 ElementTree::ElementTree(ChangeListener onChange)
@@ -50,7 +55,7 @@ bool ElementTree::update(Element& element, const AnyView& view) {
   element.view = view;
   changed |= updateChildren(element);
   changed |= updateRows(element);
-  if (changed) element.sizes.clear();
+  if (changed) forgetOwnSizes(element);
   return changed;
 }
 
@@ -97,11 +102,11 @@ bool ElementTree::updateRows(Element& element) {
 }
 
 void forgetSizes(Element& element) {
-  for (Element* each = &element; each; each = each->parent) each->sizes.clear();
+  for (Element* each = &element; each; each = each->parent) forgetOwnSizes(*each);
 }
 
 void forgetAllSizes(Element& element) {
-  element.sizes.clear();
+  forgetOwnSizes(element);
   if (element.lazyRows) element.lazyRows->width = -1;
   forEachChild(element, [](Element& child) { forgetAllSizes(child); });
 }

@@ -51,8 +51,9 @@ struct Element {
   std::vector<std::unique_ptr<Element>> children;
   std::unique_ptr<LazyRowsState> lazyRows;
 
-  /// Sizes answered since the view last changed.
+  /// Sizes answered since the view last changed, and the width below which a word in it would be broken.
   std::vector<std::pair<Proposal, Size>> sizes;
+  std::optional<double> leastWidth;
 
   /// Results of layout, in window coordinates; mirrored already where the layout is right to left.
   Rect frame;

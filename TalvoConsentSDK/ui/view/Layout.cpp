@@ -72,7 +72,8 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   }
 }
 
-Size Layout::size(Element& element, const Proposal& proposal) {
+Size Layout::size(Element& element, Proposal proposal) {
+  if (std::holds_alternative<view::Text>(element.view.node().content)) proposal.height.reset();  // not asked
   for (const auto& [asked, answer] : element.sizes) {
     if (asked == proposal) return answer;
   }
@@ -190,10 +191,15 @@ void Layout::placeAligned(Element& element, const Rect& frame, Alignment alignme
         proposal);
 }
 
-double Layout::leastWidth(const Element& element) const {
+double Layout::leastWidth(Element& element) const {
+  if (!element.leastWidth) element.leastWidth = measureLeastWidth(element);
+  return *element.leastWidth;
+}
+
+double Layout::measureLeastWidth(const Element& element) const {
   const auto widestChild = [&] {
     double widest = 0;
-    forEachChild(element, [&](const Element& child) { widest = std::max(widest, leastWidth(child)); });
+    forEachChild(element, [&](Element& child) { widest = std::max(widest, leastWidth(child)); });
     return widest;
   };
   return std::visit(

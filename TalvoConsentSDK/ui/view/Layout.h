@@ -48,7 +48,7 @@ class Layout {
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
 
  private:
-  Size size(Element& element, const Proposal& proposal);
+  Size size(Element& element, Proposal proposal);
   Size measure(Element& element, const Proposal& proposal);
   void place(Element& element, const Rect& frame, const Proposal& proposal);
 
@@ -56,7 +56,8 @@ class Layout {
   void placeAligned(Element& element, const Rect& frame, Alignment alignment, const Proposal& proposal);
 
   /// The width below which a word in the element would be broken.
-  double leastWidth(const Element& element) const;
+  double leastWidth(Element& element) const;
+  double measureLeastWidth(const Element& element) const;
 
   struct StackItem {
     Element* element;
