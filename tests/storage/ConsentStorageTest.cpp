@@ -97,7 +97,8 @@ TEST_F(ConsentStorageTest, TellsOfWhatCannotBeReadOrWritten) {
       EXPECT_THAT(platform.printer->take(),
                   ElementsAre("⚠️ Failed to " + what + " UserDefaults: The store is out of order"));
     }
-    EXPECT_FALSE(storage.consentSnapshot());
+    EXPECT_TRUE(storage.load().isUnknown());
+    platform.printer->take();
   }
   EXPECT_EQ(platform.store->values(), before);
   EXPECT_EQ(platform.store->synchronizations(), synchronizations);
@@ -105,7 +106,7 @@ TEST_F(ConsentStorageTest, TellsOfWhatCannotBeReadOrWritten) {
 
 TEST_F(ConsentStorageTest, SavesOverWhatItStillExpectsOnly) {
   storage.saveConsentIfStill(std::nullopt, BasicConsent::rejectAll());
-  const auto before = storage.consentSnapshot().value().data;
+  const auto before = storage.load().consent.data;
   EXPECT_EQ(before, Data(written(BasicConsent::rejectAll())));
   storage.saveConsent(BasicConsent());
   storage.saveConsentIfStill(before, BasicConsent::acceptAll());
