@@ -44,8 +44,7 @@ void ConsentLedger::Unwritten::add(const Unwritten& later) {
 }
 
 void ConsentLedger::Unwritten::applyTo(KeptValues& kept) const {
-  restoreOwed(kept);
-  if (logOut) TalvoConsentSDK::logOut(kept);
+  logOut ? TalvoConsentSDK::logOut(kept) : restoreOwed(kept);
   if (logIn) TalvoConsentSDK::logIn(kept, *logIn);
 }
 
@@ -56,8 +55,8 @@ ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage) : storage_
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {
-  if (isAllWritten()) return storage_->loadConsent();
   const StoreDeadline deadline(patience);
+  if (isAllWritten()) return storage_->loadConsent();
   return settle(Turn(*this)).values.consent;
 }
 
@@ -71,16 +70,20 @@ ConsentLedger::Decision ConsentLedger::beginDecision() {
 void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& consent) {
   const Turn turn(*this);
   if (!turn) print("⚠️ Failed to save consent to UserDefaults: The store is being used");
-  settle(turn, [&](KeptValues& kept) { decide(kept, decision, consent); });
+  bool isUsersOwn = false;
+  const Settled settled =
+      settle(turn, [&](KeptValues& kept) { isUsersOwn = decide(kept, decision, consent); });
+  const std::scoped_lock guard(lock_);
+  if (isUsersOwn && settled.isWritten) hasUserDecided_ = true;
 }
 
 ConsentLedger::Login ConsentLedger::logIn(const std::string& userId) {
   const StoreDeadline deadline(patience);
-  const std::uint64_t identity = change({false, userId});
+  Login login = change({false, userId});
   settle(Turn(*this));
   const std::scoped_lock guard(lock_);
-  const auto consentId = consent_ && !unwritten_ ? consent_->id : std::nullopt;
-  return {userId, consentId, identity, decisions_};
+  if (consent_ && !unwritten_) login.consentId = consent_->id;
+  return login;
 }
 
 void ConsentLedger::logOut() {
@@ -138,7 +141,7 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
 
 bool ConsentLedger::isAllWritten() {
   const std::scoped_lock guard(lock_);
-  return !unwritten_ && !beingWritten_;
+  return !unwritten_ && !beingWritten_ && !isOwed_;
 }
 
 // Does what is unwritten, then `step`, and tells what then is stored, or would be if the store took it.
@@ -167,6 +170,7 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
   if (!settled.isWritten || after.isUnknown()) unwritten_ = due;
   unwritten_.add(later);
   beingWritten_ = {};
+  isOwed_ = isRestored && !settled.isWritten;
   if (later) return settled;
   if (userId_.isUnknown) userId_ = after.userId;
   if (due || isRestored || consent_.isUnknown) {
@@ -176,7 +180,7 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
   return settled;
 }
 
-std::uint64_t ConsentLedger::change(const Unwritten& change) {
+ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
   const std::scoped_lock guard(lock_);
   unwritten_.add(change);
   if (change.logOut || (!userId_ && !userId_.isUnknown)) hasUserDecided_ = false;
@@ -184,27 +188,30 @@ std::uint64_t ConsentLedger::change(const Unwritten& change) {
   consent_ = Loaded<BasicConsent>();
   consent_.isUnknown = true;
   implicit_.reset();
-  return ++identity_;
+  return {change.logIn.value_or(""), std::nullopt, ++identity_, decisions_};
 }
 
-void ConsentLedger::decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
+// Tells whether the decision is one of the user who is identified.
+bool ConsentLedger::decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
   const std::scoped_lock guard(lock_);
   const Loaded<std::string>& identified = kept.userId.isUnknown ? userId_ : kept.userId;
-  if (decision.userId && decision.userId != identified) return;  // no longer identified
+  if (decision.userId && decision.userId != identified) return false;  // no longer identified
   std::uint64_t& latest = latest_[decision.userId];
-  if (decision.number < latest) return;
+  if (decision.number < latest) return false;
   latest = decision.number;
   ++decisions_;
   if (decision.userId) {
     kept.consent = consent;
-    hasUserDecided_ = true;
-  } else if (identified || identified.isUnknown) {
+    return true;
+  }
+  if (identified || identified.isUnknown) {
     const bool isImplicit = implicit_ && kept.consent.data == implicit_;
     if (!hasUserDecided_ && (isImplicit || isInherited(kept))) kept.consent = withoutId(consent);
     kept.original = consent;
   } else {
     kept = {consent, {}, {}};
   }
+  return false;
 }
 
 }  // namespace TalvoConsentSDK

@@ -95,8 +95,8 @@ class ConsentLedger {
 
   bool isAllWritten();
   Settled settle(const Turn& turn, const Step& step = nullptr);
-  std::uint64_t change(const Unwritten& change);
-  void decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
+  Login change(const Unwritten& change);
+  bool decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
 
@@ -106,6 +106,7 @@ class ConsentLedger {
   std::mutex lock_;  // guards what follows, for moments only
   Unwritten unwritten_;
   Unwritten beingWritten_;  // by the thread that is at work
+  bool isOwed_ = false;     // the original could not be restored
   Loaded<std::string> userId_;
   Loaded<BasicConsent> consent_;  // as it stood when the identity last changed
   std::optional<Data> stood_;     // the data of that
