@@ -67,6 +67,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "unread") failingRead = std::stoi(object);
     if (verb == "unwritable") unwritable = object;
     if (verb == "stored") store("basicConsent", object);
+    if (verb == "gone") platform.store->remove(prefix + object + ".s").value();
     if (verb == "until")  // the next request of this method is under way
       while (newRequests().empty() || !platform.session->requests().back().method.starts_with(object))
         if (platform.mainActor->runAll() + platform.background->runAll() == 0)
