@@ -195,14 +195,15 @@ ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
 bool ConsentLedger::decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
   const std::scoped_lock guard(lock_);
   const Loaded<std::string>& identified = kept.userId.isUnknown ? userId_ : kept.userId;
-  if (decision.userId && decision.userId != identified) return false;  // no longer identified
+  const bool isIdentified = decision.userId == identified;
+  if (decision.userId && !isIdentified && decision.userId != userId_) return false;  // no longer identified
   std::uint64_t& latest = latest_[decision.userId];
   if (decision.number < latest) return false;
   latest = decision.number;
   ++decisions_;
   if (decision.userId) {
-    kept.consent = consent;
-    return true;
+    if (isIdentified) kept.consent = consent;  // otherwise the login could not be written
+    return isIdentified;
   }
   if (identified || identified.isUnknown) {
     const bool isImplicit = implicit_ && kept.consent.data == implicit_;
