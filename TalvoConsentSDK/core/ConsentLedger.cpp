@@ -183,11 +183,14 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
 ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
   const std::scoped_lock guard(lock_);
   unwritten_.add(change);
-  if (change.logOut || (!userId_ && !userId_.isUnknown)) hasUserDecided_ = false;
+  if (change.logOut ||
+      (!userId_ && !userId_.isUnknown)) {  // a further user takes over what the one before had
+    hasUserDecided_ = false;
+    implicit_.reset();
+  }
   userId_ = change.logIn;
   consent_ = Loaded<BasicConsent>();
   consent_.isUnknown = true;
-  implicit_.reset();
   return {change.logIn.value_or(""), std::nullopt, ++identity_, decisions_};
 }
 

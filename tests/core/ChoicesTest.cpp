@@ -326,7 +326,7 @@ Texts randomSteps(unsigned seed) {
 }
 
 TEST(ChoicesTest, HoldInAnyOrder) {
-  const int first = repetitions("TALVO_TEST_SEED", 1), count = repetitions("TALVO_TEST_SEQUENCES", 300);
+  const int first = repetitions("TALVO_TEST_SEED", 1), count = repetitions("TALVO_TEST_SEQUENCES", 200);
   for (int seed = first; seed < first + count; ++seed) {
     Texts steps = randomSteps(static_cast<unsigned>(seed));
     std::string fault = play(steps);
