@@ -30,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   require(platform.store->values() == before, "reading changes nothing");
   require(platform.printer->take().size() == static_cast<std::size_t>(!consent + !original),
           "what cannot be read is told once");
-  require(storage.consentSnapshot().value().data == stored, "the bytes are those stored");
+  require(storage.load().consent.data == stored, "the bytes are those stored");
   require(platform.store->values() == before, "and so they stay");
 
   storage.saveConsentIfStill(Data(stored.bytes + "x"), other);
@@ -39,7 +39,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     storage.saveConsent(*consent);
     require(recoded(*storage.loadConsent()) == recoded(*consent), "what was read can be stored");
   }
-  storage.saveConsentIfStill(storage.consentSnapshot().value().data, other);
+  storage.saveConsentIfStill(storage.load().consent.data, other);
   storage.saveOriginalConsent(other);
   require(recoded(*storage.loadConsent()) == recoded(other), "a stored consent reads back");
   require(recoded(*storage.loadOriginalConsent()) == recoded(other), "and so does one set aside");

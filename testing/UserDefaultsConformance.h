@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -82,6 +83,42 @@ TYPED_TEST_P(UserDefaultsConformance, ReplacesOnlyWhatIsExpected) {
   EXPECT_EQ(this->store->data("s").value(), Data("new"));
 }
 
+TYPED_TEST_P(UserDefaultsConformance, CommitsSeveralChangesInOrder) {
+  const std::monostate removed;
+  this->store->set("gone", std::string("text")).value();
+  this->store->set("other", Data("stays")).value();
+  this->store
+      ->commit({{"first", Data("1")},
+                {"text", std::string("2")},
+                {"gone", removed},
+                {"missing", removed},
+                {"first", Data("3")},
+                {"back", Data("4")},
+                {"back", removed}})
+      .value();
+  this->store->commit({}).value();
+  this->store->synchronize().value();
+  const auto other = this->maker.open();
+  EXPECT_EQ(other->data("first").value(), Data("3"));
+  EXPECT_EQ(other->string("text").value(), "2");
+  EXPECT_EQ(other->string("gone").value(), std::nullopt);
+  EXPECT_EQ(other->data("back").value(), std::nullopt);
+  EXPECT_EQ(other->data("other").value(), Data("stays"));
+
+  std::thread writer([&] {
+    for (int round = 10; round < 60; ++round) {
+      const Data value(std::to_string(round));
+      this->store->commit({{"first", value}, {"second", value}}).value();
+    }
+  });
+  for (std::string second; second != "59";) {
+    second = other->data("second").value().value_or(Data()).bytes;
+    EXPECT_GE(other->data("first").value()->bytes, second)
+        << "a later change was visible before an earlier one";
+  }
+  writer.join();
+}
+
 TYPED_TEST_P(UserDefaultsConformance, ShowsEveryReaderWhatWasSet) {
   const auto other = this->maker.open();
   for (const char* value : {"1", "2"}) {
@@ -117,6 +154,6 @@ TYPED_TEST_P(UserDefaultsConformance, ServesManyThreads) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(UserDefaultsConformance, GivesBackWhatWasStored, ReplacesOnlyWhatIsExpected,
-                            ShowsEveryReaderWhatWasSet, ServesManyThreads);
+                            CommitsSeveralChangesInOrder, ShowsEveryReaderWhatWasSet, ServesManyThreads);
 
 }  // namespace TalvoConsentSDK

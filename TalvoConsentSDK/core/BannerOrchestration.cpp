@@ -16,7 +16,7 @@ namespace {
 /// What one showBanner call read of the instance, the host's closures, and what the banner is made from: the
 /// documents, fetched unless they were cached, and the consent that was stored.
 struct BannerRequest {
-  std::shared_ptr<ConsentStorage> storage;
+  std::shared_ptr<ConsentLedger> ledger;
   std::shared_ptr<APIClient> apiClient;
   std::optional<BannerCustomization> document;
   std::optional<Services> services;
@@ -44,12 +44,14 @@ using BannerRequestPointer = std::shared_ptr<BannerRequest>;
 // Submits in the background, stores, and answers the host on the main actor.
 void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
                     const std::function<void()>& hostCallback) {
+  ConsentLedger::Decision decision = request->ledger->beginDecision();
+  decision.userId = request->userId;
+  decision.isUpdate = request->initialConsent.has_value();
   FullConsent payload = explicitPayload(consent, request->document, request->userId, request->siteId);
-  const bool isUpdate = request->initialConsent.has_value();
-  if (isUpdate) payload.id = request->initialConsent->id;
+  if (decision.isUpdate) payload.id = request->initialConsent->id;
   spawn<ConsentResponse>(
       request->background,
-      sendAndStore(request->apiClient, request->storage, std::move(payload), isUpdate, consent),
+      sendAndFile(request->apiClient, request->ledger, std::move(payload), std::move(decision), consent),
       [request, hostCallback](const Result<ConsentResponse>& result) {
         request->mainActor->post([request, hostCallback, result] {
           if (!result) return request->report(result.error());
@@ -74,7 +76,7 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
 
 Task<void> presentBanner(BannerRequestPointer request) {
   try {
-    request->initialConsent = request->storage->loadConsent();
+    request->initialConsent = request->ledger->consent();
 
     if (!request->document) {
       auto fetch = request->apiClient->fetchBannerCustomization(request->language);
@@ -108,11 +110,11 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
   State& state = *state_;
   BannerRequestPointer request;
   {
+    const auto userId = state.ledger->beginDecision().userId;
     const std::scoped_lock guard(state.lock);
-    state.loadWhatIsUnknown();
     request = std::make_shared<BannerRequest>(BannerRequest{
-        state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
-        state.cachedConfiguration, state.language, state.userId, state.siteId, state.platform.mainActor,
+        state.ledger, state.apiClient, state.cachedCustomization, state.cachedServices,
+        state.cachedConfiguration, state.language, userId, state.siteId, state.platform.mainActor,
         state.platform.background, std::move(onAcceptAll), std::move(onRejectAll),
         std::move(onManagePreferences), std::move(onError), std::nullopt});
   }

@@ -49,27 +49,26 @@ FullConsent implicitPayload(std::optional<std::string> userId, std::string siteI
   return payload;
 }
 
-Task<ConsentResponse> sendAndStore(std::shared_ptr<APIClient> apiClient,
-                                   std::shared_ptr<ConsentStorage> storage, FullConsent payload,
-                                   bool isUpdate, BasicConsent consent) {
-  auto request =
-      isUpdate ? apiClient->updateConsent(std::move(payload)) : apiClient->createConsent(std::move(payload));
+Task<ConsentResponse> sendAndFile(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
+                                  FullConsent payload, ConsentLedger::Decision decision,
+                                  BasicConsent consent) {
+  auto request = decision.isUpdate ? apiClient->updateConsent(std::move(payload))
+                                   : apiClient->createConsent(std::move(payload));
   ConsentResponse response = co_await std::move(request);
-  storage->saveConsent(consent);
+  ledger->fileDecision(decision, consent);
   co_return response;
 }
 
-Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient,
-                                 std::shared_ptr<ConsentStorage> storage, std::string siteId,
-                                 std::optional<std::string> userId, ImplicitOver over) {
+Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
+                                 std::string siteId, std::optional<std::string> userId, ImplicitOver over) {
   try {
-    const ConsentStorage::Snapshot before = storage->consentSnapshot().value();
-    if (before.consent && over == ImplicitOver::nothing) co_return;
+    const auto implicit = ledger->beginImplicit(over == ImplicitOver::anyConsent);
+    if (!implicit) co_return;
     FullConsent payload = implicitPayload(std::move(userId), std::move(siteId));
-    auto request = before.consent ? apiClient->updateConsent(std::move(payload))
-                                  : apiClient->createConsent(std::move(payload));
+    auto request = implicit->isUpdate ? apiClient->updateConsent(std::move(payload))
+                                      : apiClient->createConsent(std::move(payload));
     co_await std::move(request);
-    storage->saveConsentIfStill(before.data, BasicConsent::acceptAll());
+    ledger->fileImplicit(*implicit, BasicConsent::acceptAll());
   } catch (...) {
     print(std::string("Failed to submit implicit consent: ") + Error::current().what());
   }

@@ -6,12 +6,12 @@
 #include <optional>
 #include <string>
 
+#include "TalvoConsentSDK/core/ConsentLedger.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
 #include "TalvoConsentSDK/network/APIClient.h"
 #include "TalvoConsentSDK/platform/Task.h"
-#include "TalvoConsentSDK/storage/ConsentStorage.h"
 
 namespace TalvoConsentSDK {
 
@@ -22,19 +22,18 @@ FullConsent explicitPayload(const BasicConsent& consent, const std::optional<Ban
 /// The payload of a consent given without a choice: everything accepted.
 FullConsent implicitPayload(std::optional<std::string> userId, std::string siteId);
 
-/// Sends `payload`, as an update or a new consent, and stores `consent` once the service has taken it. Throws
+/// Sends `payload`, as an update or a new consent, and files `consent` once the service has taken it. Throws
 /// the client's error, having stored nothing.
-Task<ConsentResponse> sendAndStore(std::shared_ptr<APIClient> apiClient,
-                                   std::shared_ptr<ConsentStorage> storage, FullConsent payload,
-                                   bool isUpdate, BasicConsent consent);
+Task<ConsentResponse> sendAndFile(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
+                                  FullConsent payload, ConsentLedger::Decision decision,
+                                  BasicConsent consent);
 
 /// What an implicit consent may take the place of.
 enum class ImplicitOver { nothing, anyConsent };
 
 /// Sends an implicit consent and stores it, unless somebody has decided while it was under way. One reading
 /// of the store says what stands there before. A failure is printed.
-Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient,
-                                 std::shared_ptr<ConsentStorage> storage, std::string siteId,
-                                 std::optional<std::string> userId, ImplicitOver over);
+Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
+                                 std::string siteId, std::optional<std::string> userId, ImplicitOver over);
 
 }  // namespace TalvoConsentSDK

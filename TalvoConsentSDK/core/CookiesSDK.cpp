@@ -26,10 +26,10 @@ struct SharedInstance {
 };
 
 using APIClientPointer = std::shared_ptr<APIClient>;
-using StoragePointer = std::shared_ptr<ConsentStorage>;
+using LedgerPointer = std::shared_ptr<ConsentLedger>;
 using EventManagerPointer = std::shared_ptr<ConsentEventManager>;
 
-Task<void> fetchConfiguration(APIClientPointer apiClient, StoragePointer storage, std::string siteId) {
+Task<void> fetchConfiguration(APIClientPointer apiClient, LedgerPointer ledger, std::string siteId) {
   SiteConfiguration configuration;
   try {
     auto request = apiClient->fetchConfiguration();
@@ -38,20 +38,20 @@ Task<void> fetchConfiguration(APIClientPointer apiClient, StoragePointer storage
     print(std::string("Failed to fetch configuration on init: ") + Error::current().what());
     co_return;
   }
-  if (configuration.implicitConsent.value_or(false) && !storage->loadConsent()) {
-    auto submission = submitImplicitConsent(apiClient, storage, siteId, std::nullopt, ImplicitOver::nothing);
+  if (configuration.implicitConsent.value_or(false)) {
+    auto submission = submitImplicitConsent(apiClient, ledger, siteId, std::nullopt, ImplicitOver::nothing);
     co_await std::move(submission);
   }
 }
 
 // Tells whether the service knows a consent of the user; a failure is printed and counts as known, so that
 // nothing is given implicitly in its place.
-Task<bool> storeIdentifiedConsent(APIClientPointer apiClient, StoragePointer storage, std::string userId,
-                                  std::optional<std::string> consentId) {
+Task<bool> storeIdentifiedConsent(APIClientPointer apiClient, LedgerPointer ledger,
+                                  ConsentLedger::Login login) {
   try {
-    auto request = apiClient->fetchIdentifiedConsent(std::move(userId), std::move(consentId));
+    auto request = apiClient->fetchIdentifiedConsent(login.userId, login.consentId);
     const std::optional<FullConsent> payload = co_await std::move(request);
-    if (payload) storage->saveConsent(payload->toBasicConsent());
+    if (payload) ledger->fileIdentified(login, payload->toBasicConsent());
     co_return payload.has_value();
   } catch (...) {
     print(std::string("Error fetching identified consent: ") + Error::current().what());
@@ -59,20 +59,19 @@ Task<bool> storeIdentifiedConsent(APIClientPointer apiClient, StoragePointer sto
   }
 }
 
-Task<void> restoreIdentity(APIClientPointer apiClient, StoragePointer storage, std::string userId,
-                           std::optional<std::string> consentId) {
-  auto identified = storeIdentifiedConsent(apiClient, storage, std::move(userId), std::move(consentId));
+Task<void> restoreIdentity(APIClientPointer apiClient, LedgerPointer ledger, ConsentLedger::Login login) {
+  auto identified = storeIdentifiedConsent(apiClient, ledger, std::move(login));
   co_await std::move(identified);
 }
 
-Task<void> completeIdentification(APIClientPointer apiClient, std::string siteId, StoragePointer storage,
-                                  std::string userId, std::optional<std::string> consentId, bool implicit,
+Task<void> completeIdentification(APIClientPointer apiClient, std::string siteId, LedgerPointer ledger,
+                                  ConsentLedger::Login login, bool implicit,
                                   EventManagerPointer eventManager) {
-  auto identified = storeIdentifiedConsent(apiClient, storage, userId, std::move(consentId));
+  auto identified = storeIdentifiedConsent(apiClient, ledger, login);
   const bool isKnown = co_await std::move(identified);
   if (!isKnown && implicit) {
-    auto submission = submitImplicitConsent(apiClient, storage, std::move(siteId), std::move(userId),
-                                            ImplicitOver::anyConsent);
+    auto submission =
+        submitImplicitConsent(apiClient, ledger, std::move(siteId), login.userId, ImplicitOver::anyConsent);
     co_await std::move(submission);
   }
   eventManager->trigger(ConsentEvent::identificationComplete);
@@ -89,11 +88,11 @@ Task<void> warmUp(APIClientPointer apiClient, std::string language) {
   }
 }
 
-Task<ConsentResponse> submitAndAnnounce(APIClientPointer apiClient, StoragePointer storage,
-                                        EventManagerPointer eventManager, FullConsent payload, bool isUpdate,
-                                        BasicConsent consent) {
+Task<ConsentResponse> submitAndAnnounce(APIClientPointer apiClient, LedgerPointer ledger,
+                                        EventManagerPointer eventManager, FullConsent payload,
+                                        ConsentLedger::Decision decision, BasicConsent consent) {
   auto submission =
-      sendAndStore(std::move(apiClient), std::move(storage), std::move(payload), isUpdate, consent);
+      sendAndFile(std::move(apiClient), std::move(ledger), std::move(payload), std::move(decision), consent);
   ConsentResponse response = co_await std::move(submission);
   std::vector<ConsentEvent> events = consent.consentEvents();
   events.push_back(ConsentEvent::consentSent);
@@ -123,23 +122,15 @@ CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
       apiClient(std::make_shared<APIClient>(
           apiUrl, site, std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background))),
       siteId(site),
-      storage(std::make_shared<ConsentStorage>(site, platform.userDefaults)),
-      storedConsent(storage->loadConsent()),
-      userId(storage->loadUserId()) {}
-
-void CookiesSDK::State::loadWhatIsUnknown() {
-  if (storedConsent.isUnknown) storedConsent = storage->loadConsent();
-  if (userId.isUnknown) userId = storage->loadUserId();
+      ledger(std::make_shared<ConsentLedger>(std::make_shared<ConsentStorage>(site, platform.userDefaults))) {
 }
 
 CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
     : state_(std::make_unique<State>(apiUrl, siteId)) {
   const State& state = *state_;
-  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.storage, siteId));
-  if (auto userId = state.storage->loadUserId()) {
-    const auto consent = state.storage->loadConsent();
-    spawn(state.platform.mainActor, restoreIdentity(state.apiClient, state.storage, *std::move(userId),
-                                                    consent ? consent->id : std::nullopt));
+  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.ledger, siteId));
+  if (auto login = state.ledger->storedLogin()) {
+    spawn(state.platform.mainActor, restoreIdentity(state.apiClient, state.ledger, *std::move(login)));
   }
 }
 
@@ -158,7 +149,7 @@ void CookiesSDK::setLanguage(const std::string& language) {
 }
 
 std::optional<BasicConsent> CookiesSDK::getConsent() const {
-  return state_->storage->loadConsent();
+  return state_->ledger->consent();
 }
 
 void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completion) {
@@ -171,54 +162,27 @@ Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
 
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
   State& state = *state_;
+  ConsentLedger::Decision decision = state.ledger->beginDecision();
   const std::scoped_lock guard(state.lock);
-  state.loadWhatIsUnknown();  // else a person's decision would not become that of their user
-  return submitAndAnnounce(state.apiClient, state.storage, state.eventManager,
-                           explicitPayload(consent, state.cachedCustomization, state.userId, state.siteId),
-                           state.storedConsent.has_value(), consent);
+  FullConsent payload = explicitPayload(consent, state.cachedCustomization, decision.userId, state.siteId);
+  return submitAndAnnounce(state.apiClient, state.ledger, state.eventManager, std::move(payload),
+                           std::move(decision), consent);
 }
 
 void CookiesSDK::identify(const std::string& userId) {
   State& state = *state_;
-  std::unique_lock guard(state.lock);
-  state.loadWhatIsUnknown();
-  const bool isAnonymous = !state.userId && !state.userId.isUnknown;
-  if (isAnonymous && state.storedConsent) {
-    // One that is kept aside while there is no user could not be restored, and is the person's own.
-    const auto original = state.storage->loadOriginalConsent();
-    if (!original && !original.isUnknown) state.storage->saveOriginalConsent(*state.storedConsent);
+  ConsentLedger::Login login = state.ledger->logIn(userId);
+  bool implicit = false;
+  {
+    const std::scoped_lock guard(state.lock);
+    implicit = state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
   }
-  if (state.storedConsent && state.userId != userId) {
-    state.storedConsent->id.reset();
-    state.storage->saveConsent(*state.storedConsent);
-  }
-  state.userId = userId;
-  state.storage->saveUserId(userId);
-
-  const auto consentId = state.storedConsent ? state.storedConsent->id : std::nullopt;
-  const bool implicit =
-      state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
-  guard.unlock();
-  spawn(state.platform.mainActor, completeIdentification(state.apiClient, state.siteId, state.storage, userId,
-                                                         consentId, implicit, state.eventManager));
+  spawn(state.platform.mainActor, completeIdentification(state.apiClient, state.siteId, state.ledger,
+                                                         std::move(login), implicit, state.eventManager));
 }
 
 void CookiesSDK::removeIdentity() {
-  State& state = *state_;
-  const std::scoped_lock guard(state.lock);
-  state.loadWhatIsUnknown();
-  state.userId = std::nullopt;
-  state.storage->removeUserId();
-  auto original = state.storage->loadOriginalConsent();
-  bool isOwed = original.isUnknown;
-  if (original) {
-    state.storedConsent = std::move(original);
-    isOwed = !state.storage->saveConsent(*state.storedConsent);
-  } else if (state.storedConsent) {
-    state.storedConsent->id.reset();
-    state.storage->saveConsent(*state.storedConsent);
-  }
-  if (!isOwed) state.storage->removeOriginalConsent();
+  state_->ledger->logOut();
 }
 
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {

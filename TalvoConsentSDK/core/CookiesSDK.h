@@ -23,7 +23,12 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Install a Platform before creating it. Its operations are safe from any thread, and meant for the main
 /// one: of two at once either may count as the later. Work done in the background that fails prints one line
 /// to standard output and changes nothing; so does a device whose store fails, which no callback tells of.
-/// What a callback throws is contained and printed.
+/// What a callback throws is contained and printed. No operation keeps its caller waiting for the store
+/// longer than 250 ms: a login or logout that the store has not taken by then holds in this process, and is
+/// written before the next operation.
+///
+/// A decision belongs to whoever was identified when it was submitted, and the latest one submitted holds. A
+/// user without one inherits what stands there when they are identified.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.
@@ -45,26 +50,32 @@ class CookiesSDK {
   /// The language of the banner and the services from now on, as the service knows it; "en" at first.
   void setLanguage(const std::string& language);
 
-  /// The consent stored on the device now, also when background work has changed it; nothing when none is.
+  /// The consent stored on the device now, also when background work has changed it; nothing when none is, or
+  /// when the store cannot tell. After a logout that the store has not taken it is that of nobody identified.
   std::optional<BasicConsent> getConsent() const;
 
-  /// Sends a consent to the service: created when none was stored as the instance came to be, else updated.
-  /// On success the consent is stored as given, where the device's store allows, its events are raised, then
-  /// `consentSent`, and `completion` is called, all on a background thread. On failure nothing is stored or
-  /// raised.
+  /// Sends a consent to the service: created when none was stored as the instance came to be or as the
+  /// identity was last changed, else updated. On success the consent is stored as given, where the device's
+  /// store allows, its events are raised, then `consentSent`, and `completion` is called, all on a background
+  /// thread. On failure nothing is stored or raised.
+  ///
+  /// Should the identity change before the service answers: the consent of a user who is no longer identified
+  /// is not stored here, and one given while nobody was identified is kept aside for the time after the
+  /// logout, and inherited unless the user has decided.
   void submitConsent(const BasicConsent& consent, Completion completion);
 
   /// The same as a task, which returns the answer or throws an Error. The consent is judged now, and sent
   /// when the task is awaited. The awaiter goes on on its own executor, in the background if it has none.
   Task<ConsentResponse> submitConsent(const BasicConsent& consent);
 
-  /// Ties the consent to a user the host knows. The anonymous consent is kept aside; then, on the main actor,
-  /// the consent that the service keeps for the user is fetched and stored, and `identificationComplete` is
-  /// raised, after a failure too.
+  /// Ties the consent to a user the host knows. The consent of nobody identified is kept aside, in one step
+  /// with the login; then, on the main actor, the consent that the service keeps for the user is fetched and
+  /// stored, and `identificationComplete` is raised, after a failure too. A consent fetched too late is not
+  /// stored: once the identity has changed again, somebody has decided, or another process has stored
+  /// something else.
   void identify(const std::string& userId);
 
-  /// Forgets the user and restores the consent kept aside, which stays there should the device's store fail.
-  /// No network, no event.
+  /// Forgets the user and restores the consent kept aside, in one step. No network, no event.
   void removeIdentity();
 
   /// Fetches what the banner needs and shows it above the host's windows; returns at once. Nothing is shown,
@@ -76,7 +87,8 @@ class CookiesSDK {
   ///   preferences that the host is to show;
   /// - `onError`: the banner could not be shown, or a decision not be submitted, in which case nothing was
   ///   stored.
-  /// Closing the banner stores nothing and calls none. A decision raises no event.
+  /// Closing the banner stores nothing and calls none. A decision raises no event; it belongs to whoever was
+  /// identified when the banner was asked for, as with `submitConsent`.
   void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                   std::function<void()> onManagePreferences, std::function<void(Error)> onError);
 

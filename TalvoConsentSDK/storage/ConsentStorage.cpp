@@ -35,11 +35,17 @@ auto attempt(const Operation& operation) -> decltype(operation()) {
   }
 }
 
-std::optional<BasicConsent> decoded(const std::optional<Data>& data, const char* failure) {
-  if (!data) return std::nullopt;
-  auto consent = JSONDecoder().decode<BasicConsent>(data->bytes);
-  if (!succeeded(consent, failure)) return std::nullopt;
-  return *std::move(consent);
+// Gives a new consent its data. Tells whether it could, and prints a line if not.
+bool fillIn(KeptConsent& kept, const char* failure) {
+  if (!kept || kept.data) return true;
+  auto json = JSONEncoder().encode(*kept);
+  if (!succeeded(json, failure)) return false;
+  kept.data = Data(*std::move(json));
+  return true;
+}
+
+bool differs(const KeptConsent& after, const KeptConsent& before) {
+  return !after.isUnknown && (before.isUnknown || after.data != before.data);
 }
 
 }  // namespace
@@ -86,26 +92,57 @@ void ConsentStorage::removeUserId() {
   commit(attempt([&] { return userDefaults_->remove(userIdKey_); }), removeUserFailure);
 }
 
-Result<ConsentStorage::Snapshot> ConsentStorage::consentSnapshot() const {
-  auto data = attempt([&] { return userDefaults_->data(storageKey_); });
-  if (!data) return data.error();
-  auto consent = decoded(*data, loadFailure);
-  return Snapshot{*std::move(data), std::move(consent)};
+KeptValues ConsentStorage::load() const {
+  KeptValues kept;
+  kept.consent = load(storageKey_, loadFailure);
+  kept.userId = loadUserId();
+  kept.original = load(originalConsentKey_, loadOriginalFailure);
+  return kept;
 }
 
-void ConsentStorage::saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent) {
-  auto json = JSONEncoder().encode(consent);
-  if (!succeeded(json, saveFailure)) return;
-  const auto replaced =
-      attempt([&] { return userDefaults_->replace(storageKey_, expected, Data(*std::move(json))); });
-  if (succeeded(replaced, saveFailure) && *replaced) commit({}, saveFailure);
+bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
+  if (!fillIn(after.consent, saveFailure) || !fillIn(after.original, saveOriginalFailure)) return false;
+  const bool setsConsent = after.consent.data && differs(after.consent, before.consent);
+  const bool changesOriginal = differs(after.original, before.original);
+  const std::optional<std::string>&oldUser = before.userId, &newUser = after.userId;
+  const bool changesUser = !after.userId.isUnknown && (before.userId.isUnknown || newUser != oldUser);
+
+  std::vector<StoreChange> changes;
+  if (changesOriginal && after.original.data) {
+    changes.emplace_back(originalConsentKey_, *after.original.data);
+  } else if (changesOriginal && setsConsent && after.consent.data != before.original.data) {
+    // An interrupted removal must not bring back the older one.
+    changes.emplace_back(originalConsentKey_, *after.consent.data);
+  }
+  if (setsConsent) changes.emplace_back(storageKey_, *after.consent.data);
+  if (changesUser && after.userId) changes.emplace_back(userIdKey_, *after.userId);
+  if (changesUser && !after.userId) changes.emplace_back(userIdKey_, std::monostate());
+  if (changesOriginal && !after.original.data) changes.emplace_back(originalConsentKey_, std::monostate());
+  if (changes.empty()) return true;
+  const char* const failure = changesUser   ? after.userId ? saveUserFailure : removeUserFailure
+                              : setsConsent ? saveFailure
+                                            : saveOriginalFailure;
+  return commit(attempt([&] { return userDefaults_->commit(changes); }), failure);
 }
 
-Loaded<BasicConsent> ConsentStorage::load(const std::string& key, const char* failure) const {
-  Loaded<BasicConsent> loaded;
-  const auto data = attempt([&] { return userDefaults_->data(key); });
+std::optional<Data> ConsentStorage::saveConsentIfStill(const std::optional<Data>& expected,
+                                                       const BasicConsent& consent) {
+  KeptConsent kept(consent);
+  if (!fillIn(kept, saveFailure)) return std::nullopt;
+  const auto replaced = attempt([&] { return userDefaults_->replace(storageKey_, expected, *kept.data); });
+  if (!succeeded(replaced, saveFailure) || !*replaced) return std::nullopt;
+  commit({}, saveFailure);
+  return kept.data;
+}
+
+KeptConsent ConsentStorage::load(const std::string& key, const char* failure) const {
+  KeptConsent loaded;
+  auto data = attempt([&] { return userDefaults_->data(key); });
   loaded.isUnknown = !succeeded(data, failure);
-  if (!loaded.isUnknown) loaded = decoded(*data, failure);
+  if (loaded.isUnknown || !*data) return loaded;
+  loaded.data = *std::move(data);
+  auto consent = JSONDecoder().decode<BasicConsent>(loaded.data->bytes);
+  if (succeeded(consent, failure)) loaded.emplace(*std::move(consent));
   return loaded;
 }
 

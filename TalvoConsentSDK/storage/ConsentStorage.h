@@ -21,6 +21,24 @@ struct Loaded : std::optional<T> {
   bool isUnknown = false;  // the store has failed, so that there may be a value
 };
 
+/// A consent and the data that stands for it in the store, where damaged data stands for no consent. One that
+/// is not from the store has no data until it is saved.
+struct KeptConsent : Loaded<BasicConsent> {
+  KeptConsent() {}
+  KeptConsent(BasicConsent chosen) : Loaded(std::move(chosen)) {}
+
+  std::optional<Data> data;
+};
+
+/// All that is kept for a site.
+struct KeptValues {
+  KeptConsent consent;
+  KeptConsent original;  // kept aside while the person is identified
+  Loaded<std::string> userId;
+
+  bool isUnknown() const { return consent.isUnknown || original.isUnknown || userId.isUnknown; }
+};
+
 /// A site's values in the device's store. As safe to call from any thread as the store is. Nothing throws,
 /// also when the store does: what cannot be read counts as absent and what cannot be written leaves the
 /// stored value as it was; either prints one line. There is no way to remove the current consent, only to
@@ -43,21 +61,21 @@ class ConsentStorage {
   void saveUserId(const std::string& userId);
   void removeUserId();
 
-  /// One reading of the consent: what stands under its key, and what that says; nothing when it is damaged.
-  struct Snapshot {
-    std::optional<Data> data;
-    std::optional<BasicConsent> consent;
-  };
+  /// All values; of each that cannot be read one line is printed.
+  KeptValues load() const;
 
-  /// The error, which is not printed, when the store cannot tell.
-  Result<Snapshot> consentSnapshot() const;
+  /// Stores in one commit how `after` differs from `before`, which was loaded; what is unknown in `after`
+  /// stays as it is, and so does a consent that `after` lacks. Also when a store without commits is
+  /// interrupted, an original stays until the consent is as it should be. Tells whether it succeeded, and
+  /// fills in the data of new consents.
+  bool save(const KeptValues& before, KeptValues& after);
 
-  /// Saves `consent` unless the stored data is no longer `expected`: for a consent that nobody chose and that
-  /// must not overrule one that somebody has chosen meanwhile.
-  void saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent);
+  /// Saves `consent` unless the stored data is no longer `expected`, for a consent that must not overrule one
+  /// that somebody has chosen meanwhile; gives the data saved.
+  std::optional<Data> saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent);
 
  private:
-  Loaded<BasicConsent> load(const std::string& key, const char* failure) const;
+  KeptConsent load(const std::string& key, const char* failure) const;
   bool save(const std::string& key, const BasicConsent& consent, const char* failure);
   bool commit(const Result<void>& written, const char* failure);
 

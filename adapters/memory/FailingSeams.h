@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "TalvoConsentSDK/platform/Executor.h"
 #include "TalvoConsentSDK/platform/Export.h"
@@ -56,6 +57,15 @@ class FailingUserDefaults : public UserDefaults {
     before(key);
     if (failsToWrite) return failure();
     return inner_->remove(key);
+  }
+  Result<void> commit(const std::vector<StoreChange>& changes) override {
+    bool fails = false;
+    for (const StoreChange& change : changes) {
+      before(change.key);
+      fails = fails || failsToWrite;
+    }
+    if (fails) return failure();
+    return inner_->commit(changes);
   }
   Result<void> synchronize() override {
     if (failsToWrite) return failure();

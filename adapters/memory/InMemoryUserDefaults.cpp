@@ -14,7 +14,21 @@ Result<bool> InMemoryUserDefaults::replace(std::string_view key, const std::opti
 
 Result<void> InMemoryUserDefaults::remove(std::string_view key) {
   const std::scoped_lock guard(lock_);
-  if (const auto entry = values_.find(key); entry != values_.end()) values_.erase(entry);
+  eraseLocked(key);
+  return {};
+}
+
+Result<void> InMemoryUserDefaults::commit(const std::vector<StoreChange>& changes) {
+  const std::scoped_lock guard(lock_);
+  for (const StoreChange& change : changes) {
+    if (const auto* data = std::get_if<Data>(&change.value)) {
+      values_.insert_or_assign(change.key, *data);
+    } else if (const auto* text = std::get_if<std::string>(&change.value)) {
+      values_.insert_or_assign(change.key, *text);
+    } else {
+      eraseLocked(change.key);
+    }
+  }
   return {};
 }
 
@@ -38,6 +52,10 @@ Result<void> InMemoryUserDefaults::put(std::string_view key, Value value) {
   const std::scoped_lock guard(lock_);
   values_.insert_or_assign(std::string(key), std::move(value));
   return {};
+}
+
+void InMemoryUserDefaults::eraseLocked(std::string_view key) {
+  if (const auto entry = values_.find(key); entry != values_.end()) values_.erase(entry);
 }
 
 }  // namespace TalvoConsentSDK

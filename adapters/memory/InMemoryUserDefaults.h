@@ -6,6 +6,7 @@
 #include <mutex>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
@@ -23,6 +24,7 @@ class InMemoryUserDefaults : public UserDefaults {
   Result<void> set(std::string_view key, std::string value) override { return put(key, std::move(value)); }
   Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override;
   Result<void> remove(std::string_view key) override;
+  Result<void> commit(const std::vector<StoreChange>& changes) override;
   Result<void> synchronize() override;
 
   /// Everything stored now.
@@ -46,6 +48,7 @@ class InMemoryUserDefaults : public UserDefaults {
   }
 
   Result<void> put(std::string_view key, Value value);
+  void eraseLocked(std::string_view key);
 
   mutable std::mutex lock_;
   std::map<std::string, Value, std::less<>> values_;

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <future>
 #include <thread>
 
 #include "adapters/threads/BackgroundThread.h"
@@ -109,6 +110,44 @@ TEST_F(ClientTest, WaitsForTheStoreAtCreationOnlyAndNeverForTheNetwork) {
   EXPECT_TRUE(isSubmitted);
   EXPECT_EQ(platform.scene->windows().size(), 1u);
   for (const auto& window : platform.scene->windows()) window->finishAnimations();
+}
+
+// A store in which the first save waits, as for another process, until it is let through.
+struct WaitingStore : InMemoryUserDefaults {
+  Result<void> commit(const std::vector<StoreChange>& changes) override {
+    std::call_once(first, [this] {
+      entered.set_value();
+      released.get_future().wait();
+    });
+    return InMemoryUserDefaults::commit(changes);
+  }
+
+  std::once_flag first;
+  std::promise<void> entered, released;
+};
+
+TEST_F(ClientTest, ReturnsFromIdentifyWhileASaveWaitsAndRepeatsItAfterwards) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  const auto waiting = std::make_shared<WaitingStore>();
+  platform.userDefaults = std::make_shared<FailingUserDefaults>(waiting);
+  platform.install();
+  const auto client = created();
+  client->submitConsent(BasicConsent::rejectAll(), nullptr);
+  std::thread saving([&] { platform.settle(); });
+  waiting->entered.get_future().wait();
+  client->identify("u");
+  client->removeIdentity();
+  client->identify("u");
+  EXPECT_TRUE(waiting->values().empty());
+  waiting->released.set_value();
+  saving.join();
+  // The save is done, the login waits for the next operation.
+  EXPECT_EQ(waiting->values().size(), 1u);
+  client->getConsent();
+  EXPECT_EQ(waiting->string(prefix + "userId.s").value(), "u");
+  EXPECT_EQ(waiting->data(prefix + "originalConsent.s").value(), Data(written(BasicConsent::rejectAll())));
+  platform.settle();
 }
 
 }  // namespace

@@ -30,7 +30,6 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
       };
       const int read = key == prefix + "basicConsent.s" ? ++reads : 0;
       platform.userDefaults->failsToRead = fails(unreadable) || (read > 0 && read == failingRead);
-      if (read > 0 && read == decidingRead) store("basicConsent", "{}");
       platform.userDefaults->failsToWrite = fails(unwritable);
     };
     answer("GET", "banner-customization/s?lng=en", 200, document);
@@ -66,9 +65,9 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
         answer(method, "cookie-consent/s", std::stoi(object), object == "200" ? R"({"id":"n"})" : "down");
     if (verb == "unreadable") unreadable = object;
     if (verb == "unread") failingRead = std::stoi(object);
-    if (verb == "decided") decidingRead = std::stoi(object);
     if (verb == "unwritable") unwritable = object;
     if (verb == "stored") store("basicConsent", object);
+    if (verb == "gone") platform.store->remove(prefix + object + ".s").value();
     if (verb == "until")  // the next request of this method is under way
       while (newRequests().empty() || !platform.session->requests().back().method.starts_with(object))
         if (platform.mainActor->runAll() + platform.background->runAll() == 0)
@@ -77,8 +76,8 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
   }
 
   std::shared_ptr<CookiesSDK> client;
-  std::string unreadable, unwritable;                // the key that fails, or "all", or "nothing"
-  int reads = 0, failingRead = 0, decidingRead = 0;  // of the consent; reads are counted from 1
+  std::string unreadable, unwritable;  // the key that fails, or "all", or "nothing"
+  int reads = 0, failingRead = 0;      // of the consent; reads are counted from 1
 };
 
 TEST_P(PrecedenceTest, Holds) {

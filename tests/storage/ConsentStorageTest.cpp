@@ -97,15 +97,39 @@ TEST_F(ConsentStorageTest, TellsOfWhatCannotBeReadOrWritten) {
       EXPECT_THAT(platform.printer->take(),
                   ElementsAre("⚠️ Failed to " + what + " UserDefaults: The store is out of order"));
     }
-    EXPECT_FALSE(storage.consentSnapshot());
+    EXPECT_TRUE(storage.load().isUnknown());
+    platform.printer->take();
   }
   EXPECT_EQ(platform.store->values(), before);
   EXPECT_EQ(platform.store->synchronizations(), synchronizations);
 }
 
+TEST_F(ConsentStorageTest, CommitsInAnOrderThatLosesNothingWhenInterrupted) {
+  Texts order;
+  platform.userDefaults->before = [&](std::string_view key) {
+    order.emplace_back(key.substr(key.find_last_of('.', key.size() - 8) + 1));
+  };
+  const auto saved = [&](const KeptConsent& consent, const KeptConsent& original, Loaded<std::string> user) {
+    const KeptValues before = storage.load();
+    KeptValues after{consent, original, std::move(user)};
+    order.clear();
+    EXPECT_TRUE(storage.save(before, after));
+    for (std::string& key : order) key.resize(key.find('.'));
+    return joined(std::exchange(order, {}), " ");
+  };
+  const BasicConsent yes = BasicConsent::acceptAll(), no = BasicConsent::rejectAll();
+  EXPECT_EQ(saved(yes, {}, {}), "basicConsent");
+  EXPECT_EQ(saved(no, yes, "u"s), "originalConsent basicConsent userId");
+  EXPECT_EQ(saved(no, yes, "u"s), "") << "nothing has changed";
+  EXPECT_EQ(saved(yes, {}, {}), "basicConsent userId originalConsent");
+  storage.saveOriginalConsent(yes);
+  EXPECT_EQ(saved(no, {}, {}), "originalConsent basicConsent originalConsent")
+      << "the older one could come back";
+}
+
 TEST_F(ConsentStorageTest, SavesOverWhatItStillExpectsOnly) {
   storage.saveConsentIfStill(std::nullopt, BasicConsent::rejectAll());
-  const auto before = storage.consentSnapshot().value().data;
+  const auto before = storage.load().consent.data;
   EXPECT_EQ(before, Data(written(BasicConsent::rejectAll())));
   storage.saveConsent(BasicConsent());
   storage.saveConsentIfStill(before, BasicConsent::acceptAll());
