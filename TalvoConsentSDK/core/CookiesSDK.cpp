@@ -3,27 +3,18 @@
 #include <mutex>
 #include <utility>
 
+#include "TalvoConsentSDK/core/ClientSlot.h"
 #include "TalvoConsentSDK/core/ConsentFlow.h"
 #include "TalvoConsentSDK/core/CookiesSDKState.h"
+#include "TalvoConsentSDK/core/SubmissionEnd.h"
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
+#include "TalvoConsentSDK/platform/Installation.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
-
-// Never destroyed: threads may still ask for the instance while the process exits.
-struct SharedInstance {
-  std::mutex creation;  // creating an instance calls the host's store, printer and executors
-  std::mutex lock;      // guards what follows; no host code runs under it
-  std::shared_ptr<CookiesSDK> instance;
-
-  static SharedInstance& slot() {
-    static SharedInstance& shared = *new SharedInstance;
-    return shared;
-  }
-};
 
 using APIClientPointer = std::shared_ptr<APIClient>;
 using StoragePointer = std::shared_ptr<ConsentStorage>;
@@ -89,33 +80,25 @@ Task<void> warmUp(APIClientPointer apiClient, std::string language) {
   }
 }
 
-Task<ConsentResponse> submitAndAnnounce(APIClientPointer apiClient, StoragePointer storage,
-                                        EventManagerPointer eventManager, FullConsent payload, bool isUpdate,
-                                        BasicConsent consent) {
-  auto submission =
-      sendAndStore(std::move(apiClient), std::move(storage), std::move(payload), isUpdate, consent);
-  ConsentResponse response = co_await std::move(submission);
-  std::vector<ConsentEvent> events = consent.consentEvents();
-  events.push_back(ConsentEvent::consentSent);
-  eventManager->trigger(events);
-  co_return response;
+// Reports an identification that could not even be begun.
+void reportFailedStart(const EventManagerPointer& eventManager, const Error& error) {
+  print(std::string("Error fetching identified consent: ") + error.what());
+  eventManager->trigger(ConsentEvent::identificationComplete);
 }
 
 }  // namespace
 
 std::shared_ptr<CookiesSDK> CookiesSDK::createInstance(const std::string& apiUrl, const std::string& siteId) {
-  SharedInstance& shared = SharedInstance::slot();
-  const std::scoped_lock creating(shared.creation);
-  if (auto existing = getInstance()) return existing;
-  std::shared_ptr<CookiesSDK> created(new CookiesSDK(apiUrl, siteId));
-  const std::scoped_lock guard(shared.lock);
-  return shared.instance = std::move(created);
+  return ClientSlot<CookiesSDK>::shared().create([&] {
+    std::shared_ptr<CookiesSDK> created(new CookiesSDK(apiUrl, siteId));
+    if (!Platform::isInstalled()) print("⚠️ No platform is installed; call Platform::install");
+    detail::onceInstalled([created] { created->begin(); });
+    return created;
+  });
 }
 
 std::shared_ptr<CookiesSDK> CookiesSDK::getInstance() {
-  SharedInstance& shared = SharedInstance::slot();
-  const std::scoped_lock guard(shared.lock);
-  return shared.instance;
+  return ClientSlot<CookiesSDK>::shared().get();
 }
 
 CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
@@ -123,9 +106,11 @@ CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
       apiClient(std::make_shared<APIClient>(
           apiUrl, site, std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background))),
       siteId(site),
-      storage(std::make_shared<ConsentStorage>(site, platform.userDefaults)),
-      storedConsent(storage->loadConsent()),
-      userId(storage->loadUserId()) {}
+      observers(std::make_shared<ConsentObservers>(platform.mainActor)),
+      storage(std::make_shared<ConsentStorage>(
+          site, observed(platform.userDefaults, ConsentStorage::consentKey(site), observers))) {
+  storedConsent.isUnknown = userId.isUnknown = true;
+}
 
 void CookiesSDK::State::loadWhatIsUnknown() {
   if (storedConsent.isUnknown) storedConsent = storage->loadConsent();
@@ -133,9 +118,16 @@ void CookiesSDK::State::loadWhatIsUnknown() {
 }
 
 CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
-    : state_(std::make_unique<State>(apiUrl, siteId)) {
-  const State& state = *state_;
-  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.storage, siteId));
+    : state_(std::make_unique<State>(apiUrl, siteId)) {}
+
+// What creation does with the store and the network, as soon as there are any.
+void CookiesSDK::begin() {
+  State& state = *state_;
+  {
+    const std::scoped_lock guard(state.lock);
+    state.loadWhatIsUnknown();
+  }
+  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.storage, state.siteId));
   if (auto userId = state.storage->loadUserId()) {
     const auto consent = state.storage->loadConsent();
     spawn(state.platform.mainActor, restoreIdentity(state.apiClient, state.storage, *std::move(userId),
@@ -162,20 +154,21 @@ std::optional<BasicConsent> CookiesSDK::getConsent() const {
 }
 
 void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completion) {
-  spawn(state_->platform.background, submission(consent), std::move(completion));
+  announceEnd(submission(consent), consent, state_->eventManager, state_->platform, std::move(completion));
 }
 
+// The consent is judged here; the task is the same submission, its completion the awaiter.
 Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
-  return submission(consent).on(state_->platform.background);
+  return announcedEnd(submission(consent), consent, state_->eventManager, state_->platform);
 }
 
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
   State& state = *state_;
   const std::scoped_lock guard(state.lock);
   state.loadWhatIsUnknown();  // else a person's decision would not become that of their user
-  return submitAndAnnounce(state.apiClient, state.storage, state.eventManager,
-                           explicitPayload(consent, state.cachedCustomization, state.userId, state.siteId),
-                           state.storedConsent.has_value(), consent);
+  return sendAndStore(state.apiClient, state.storage,
+                      explicitPayload(consent, state.cachedCustomization, state.userId, state.siteId),
+                      state.storedConsent.has_value(), consent);
 }
 
 void CookiesSDK::identify(const std::string& userId) {
@@ -199,8 +192,12 @@ void CookiesSDK::identify(const std::string& userId) {
   const bool implicit =
       state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
   guard.unlock();
-  spawn(state.platform.mainActor, completeIdentification(state.apiClient, state.siteId, state.storage, userId,
-                                                         consentId, implicit, state.eventManager));
+  spawn<void>(state.platform.mainActor,
+              completeIdentification(state.apiClient, state.siteId, state.storage, userId, consentId,
+                                     implicit, state.eventManager),
+              [eventManager = state.eventManager](const Result<void>& end) {
+                if (!end) reportFailedStart(eventManager, end.error());
+              });
 }
 
 void CookiesSDK::removeIdentity() {
@@ -225,12 +222,22 @@ void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEve
   state_->eventManager->addListener(event, std::move(callback));
 }
 
+void CookiesSDK::removeEventListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback) {
+  state_->eventManager->removeListener(event, callback);
+}
+
 void CookiesSDK::removeEventListener(ConsentEvent event) {
   state_->eventManager->removeListeners(event);
 }
 
 void CookiesSDK::removeAllEventListeners() {
   state_->eventManager->removeAllListeners();
+}
+
+std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer) {
+  const auto observers = client.state_->observers;
+  const int number = observers->add(std::move(observer));
+  return {nullptr, [observers, number](void*) { observers->remove(number); }};
 }
 
 }  // namespace TalvoConsentSDK

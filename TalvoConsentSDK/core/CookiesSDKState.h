@@ -8,6 +8,7 @@
 #include <string>
 
 #include "TalvoConsentSDK/core/ConsentEventManager.h"
+#include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/Services.h"
@@ -27,6 +28,7 @@ struct CookiesSDK::State {
   const Platform platform;
   const std::shared_ptr<APIClient> apiClient;
   const std::string siteId;
+  const std::shared_ptr<ConsentObservers> observers;
   const std::shared_ptr<ConsentStorage> storage;
   const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
 

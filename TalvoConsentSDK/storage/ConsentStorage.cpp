@@ -46,9 +46,13 @@ std::optional<BasicConsent> decoded(const std::optional<Data>& data, const char*
 
 ConsentStorage::ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults)
     : userDefaults_(std::move(userDefaults)),
-      storageKey_("com.talvo.consent.basicConsent." + siteId),
+      storageKey_(consentKey(siteId)),
       userIdKey_("com.talvo.consent.userId." + siteId),
       originalConsentKey_("com.talvo.consent.originalConsent." + siteId) {}
+
+std::string ConsentStorage::consentKey(const std::string& siteId) {
+  return "com.talvo.consent.basicConsent." + siteId;
+}
 
 Loaded<BasicConsent> ConsentStorage::loadConsent() const {
   return load(storageKey_, loadFailure);

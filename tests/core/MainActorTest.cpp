@@ -67,6 +67,7 @@ TEST_F(ClientTest, WaitsForTheStoreAtCreationOnlyAndNeverForTheNetwork) {
   installed.userDefaults = store;
   installed.urlSession = std::make_shared<SlowSession>(platform.session);
   installed.background = std::make_shared<BackgroundThread>();
+  installed.callbacks = nullptr;
   Platform::install(installed);
 
   std::shared_ptr<CookiesSDK> client;
