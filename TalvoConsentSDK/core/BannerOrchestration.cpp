@@ -81,7 +81,8 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
           [request] { submitDecision(request, BasicConsent::rejectAll(), &HostClosures::onRejectAll); },
       .onManagePreferences =
           [request] {
-            detail::postOrRun(request->mainActor, [request] { callHost(request->host->onManagePreferences); });
+            detail::postOrRun(request->mainActor,
+                              [request] { callHost(request->host->onManagePreferences); });
           },
       .onSavePreferences =
           [request](const BasicConsent& consent) {
@@ -126,16 +127,16 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
                             std::function<void()> onManagePreferences, std::function<void(Error)> onError) {
   State& state = *state_;
   const auto host = HostClosures::releasedOn(
-      state.platform.mainActor, {std::move(onAcceptAll), std::move(onRejectAll),
-                                 std::move(onManagePreferences), std::move(onError)});
+      state.platform.mainActor,
+      {std::move(onAcceptAll), std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
   BannerRequestPointer request;
   {
     const std::scoped_lock guard(state.lock);
     state.loadWhatIsUnknown();
-    request = std::make_shared<BannerRequest>(BannerRequest{
-        state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
-        state.cachedConfiguration, state.language, state.userId, state.siteId, state.platform.mainActor,
-        state.platform.background, host, std::nullopt});
+    request = std::make_shared<BannerRequest>(
+        BannerRequest{state.storage, state.apiClient, state.cachedCustomization, state.cachedServices,
+                      state.cachedConfiguration, state.language, state.userId, state.siteId,
+                      state.platform.mainActor, state.platform.background, host, std::nullopt});
   }
   spawn<void>(state.platform.mainActor, presentBanner(request), [request](const Result<void>& end) {
     if (!end) request->report(end.error());  // it could not even be begun

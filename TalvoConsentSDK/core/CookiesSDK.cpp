@@ -222,7 +222,8 @@ void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEve
   state_->eventManager->addListener(event, std::move(callback));
 }
 
-void CookiesSDK::removeEventListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback) {
+void CookiesSDK::removeEventListener(ConsentEvent event,
+                                     const std::shared_ptr<ConsentEventCallback>& callback) {
   state_->eventManager->removeListener(event, callback);
 }
 

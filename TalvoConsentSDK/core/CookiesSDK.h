@@ -22,10 +22,9 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 ///
 /// Install a Platform, best before creating it: until there is one, operations fail and nothing is read,
 /// stored or sent; the first that is installed is the instance's for ever. Its operations are safe from any
-/// thread, and meant for the main
-/// one: of two at once either may count as the later. Work done in the background that fails prints one line
-/// to standard output and changes nothing; so does a device whose store fails, which no callback tells of.
-/// What a callback throws is contained and printed.
+/// thread, and meant for the main one: of two at once either may count as the later. Work done in the
+/// background that fails prints one line to standard output and changes nothing; so does a device whose store
+/// fails, which no callback tells of. What a callback throws is contained and printed.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.

@@ -22,16 +22,16 @@ void announceEnd(Task<ConsentResponse> submission, BasicConsent consent,
   };
   spawn<ConsentResponse>(platform.background, std::move(submission),
                          [tell, callbacks = platform.callbacks](Result<ConsentResponse> result) {
-                           detail::postOrRun(callbacks,
-                                             [tell, result = std::move(result)] { tell(result); });
+                           detail::postOrRun(callbacks, [tell, result = std::move(result)] { tell(result); });
                          });
 }
 
 Task<ConsentResponse> announcedEnd(Task<ConsentResponse> submission, BasicConsent consent,
                                    std::shared_ptr<ConsentEventManager> eventManager, Platform platform) {
-  CallbackAwaiter<Result<ConsentResponse>> end([&](const std::function<void(Result<ConsentResponse>)>& report) {
-    announceEnd(std::move(submission), std::move(consent), std::move(eventManager), platform, report);
-  });
+  CallbackAwaiter<Result<ConsentResponse>> end(
+      [&](const std::function<void(Result<ConsentResponse>)>& report) {
+        announceEnd(std::move(submission), std::move(consent), std::move(eventManager), platform, report);
+      });
   Result<ConsentResponse> result = co_await std::move(end);
   co_return std::move(result).value();
 }

@@ -22,8 +22,8 @@ class HTTPClient;
 /// destroyed. Install a Platform before anything is submitted. Safe from any thread.
 class TalvoConsent {
  public:
-  /// Called once, on the platform's executor for callbacks, with the service's reply, an `HTTPClientError`, or a
-  /// `PlatformError` of domain "HTTPClient".
+  /// Called once, on the platform's executor for callbacks, with the service's reply, an `HTTPClientError`,
+  /// or a `PlatformError` of domain "HTTPClient".
   using Completion = std::function<void(Result<JSONObject>)>;
 
   /// The process's instance, created on the first call; the arguments of later calls are ignored. `token`

@@ -38,10 +38,10 @@ struct Platform {
   /// Puts null objects in the place of null members.
   void fillIn();
 
-  /// Makes `platform`, filled in, the process's own. Clients keep the session, the store and the executors that were
-  /// installed when they were created; those created before get the first that are installed, and do now what
-  /// they would have done at their creation. Application, localization and printer are those installed at the
-  /// time. Safe from any thread.
+  /// Makes `platform`, filled in, the process's own. Clients keep the session, the store and the executors
+  /// that were installed when they were created; those created before get the first that are installed, and
+  /// do now what they would have done at their creation. Application, localization and printer are those
+  /// installed at the time. Safe from any thread.
   static void install(Platform platform);
 
   /// Whether there has been an `install`.

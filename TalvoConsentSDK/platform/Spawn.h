@@ -23,8 +23,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
 /// it on any thread. Only the first call counts, and what `start` throws only before it. In a task the wait
-/// ends on the task's executor, elsewhere on the callback's thread, or on the caller's when the callback comes
-/// at once. The coroutine may be destroyed while it waits, as one that awaits a task may.
+/// ends on the task's executor, elsewhere on the callback's thread, or on the caller's when the callback
+/// comes at once. The coroutine may be destroyed while it waits, as one that awaits a task may.
 template <class T>
 class [[nodiscard]] CallbackAwaiter {
  public:

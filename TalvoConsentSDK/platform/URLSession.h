@@ -52,7 +52,8 @@ class URLSession {
 
   /// Sends `request` and calls `completion` exactly once, on the session's own thread: with a response,
   /// whatever its status, or with the error that kept one from arriving. Redirects have been followed.
-  /// Returns at once; throws only when it will not call. Once the process has begun to exit, completions may no longer be called.
+  /// Returns at once; throws only when it will not call. Once the process has begun to exit, completions may
+  /// no longer be called.
   virtual void run(URLRequest request, Completion completion) = 0;
 };
 

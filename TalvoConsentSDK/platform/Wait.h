@@ -42,8 +42,8 @@ class Share {
   T* object_;
 };
 
-/// One wait of one coroutine. The coroutine may be destroyed while it waits, on the thread that it would go on
-/// on; it is then not resumed. Made with one share.
+/// One wait of one coroutine. The coroutine may be destroyed while it waits, on the thread that it would go
+/// on on; it is then not resumed. Made with one share.
 class TALVO_EXPORT Wait {
  public:
   Wait() = default;

@@ -97,7 +97,8 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
       if (std::exchange(*isOver, true)) return;
       callback(arguments...);
       const auto presenter = self.lock();
-      if (presenter && presenter->isOver_ == isOver) presenter->dismiss();  // unless it was replaced meanwhile
+      if (presenter && presenter->isOver_ == isOver)
+        presenter->dismiss();  // unless it was replaced meanwhile
     };
   };
   const BannerCallbacks& callbacks = bannerView.callbacks();

@@ -83,7 +83,7 @@ class ViewWindow : public QQuickWindow {
   std::optional<int> finger_;  // the one touch point that counts
   int uses_ = 0;
   bool isDoomed_ = false;
-  bool isPassingOn_ = false;   // from a press that is not the view's to its release
+  bool isPassingOn_ = false;  // from a press that is not the view's to its release
   AccessibleTree accessible_;
 };
 

@@ -1,7 +1,6 @@
 // The QML type beside a host that has a platform and a client of its own.
 
 #include "bindings/qml/ConsentSdk.h"
-
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {

@@ -98,8 +98,7 @@ TEST_F(ClientTest, WarmsUpForANewLanguage) {
 TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
   ::testing::internal::CaptureStdout();
   const auto client = CookiesSDK::createInstance("https://service.example", "s");
-  EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-            "⚠️ No platform is installed; call Platform::install\n");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "⚠️ No platform is installed; call Platform::install\n");
   const auto topics = TalvoConsent::getInstance("", "", std::nullopt, "https://service.example");
   Texts ends;
   const auto use = [&] {
@@ -111,7 +110,9 @@ TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
   use();
   EXPECT_FALSE(client->getConsent());
   EXPECT_THAT(::testing::internal::GetCapturedStdout(), EndsWith("call Platform::install first\n"));
-  EXPECT_THAT(ends, ::testing::AllOf(SizeIs(3), Each(EndsWith("No URL session is installed; call Platform::install first"))));
+  EXPECT_THAT(ends,
+              ::testing::AllOf(SizeIs(3),
+                               Each(EndsWith("No URL session is installed; call Platform::install first"))));
 
   MemoryPlatform platform;
   const std::string root = "https://service.example/public/";

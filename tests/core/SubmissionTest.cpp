@@ -108,7 +108,8 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
   client->submitConsent(BasicConsent::rejectAll(), [this](const auto&) { note("first"); });
   awaitAndNote(client->submitConsent(BasicConsent::rejectAll()), [this](const auto&) { note("second"); });
   client->identify("u");
-  while (platform.mainActor->runAll() + platform.background->runAll() + platform.sessionThread->runAll() > 0) {
+  while (platform.mainActor->runAll() + platform.background->runAll() + platform.sessionThread->runAll() >
+         0) {
   }
   EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll())) << "though callbacks are blocked";
   EXPECT_THAT(std::exchange(trace, {}), ElementsAre("IdentificationComplete on main"));
@@ -144,7 +145,8 @@ TEST_F(ClientTest, EndsOnceWhereExecutorsTakeNoJobs) {
       client->showBanner({}, {}, {}, [&](const Error&) { ++ends["banner"]; });
       client->identify("u");
       platform.settle();
-      EXPECT_THAT(ends, ElementsAre(Pair("banner", 1), Pair("identify", 1), Pair("submit", 1), Pair("task", 1)));
+      EXPECT_THAT(ends,
+                  ElementsAre(Pair("banner", 1), Pair("identify", 1), Pair("submit", 1), Pair("task", 1)));
       executor->refuses = executor->throwsAfterwards = false;
     }
   }

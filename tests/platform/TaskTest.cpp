@@ -197,9 +197,7 @@ TEST(TaskTest, CountsTheFirstReportOnly) {
 // A host's own coroutine, which it can destroy while it waits.
 struct HostCoroutine {
   struct promise_type {
-    HostCoroutine get_return_object() {
-      return {std::coroutine_handle<promise_type>::from_promise(*this)};
-    }
+    HostCoroutine get_return_object() { return {std::coroutine_handle<promise_type>::from_promise(*this)}; }
     std::suspend_never initial_suspend() { return {}; }
     std::suspend_always final_suspend() noexcept { return {}; }
     void return_void() {}

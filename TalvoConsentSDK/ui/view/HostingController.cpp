@@ -114,15 +114,15 @@ void HostingController::loadImages(Element& element) {
     if (loaded.url != image->url && environment_.imageLoader) {
       loaded = {image->url, nullptr};
       const URL url = image->url;
-      environment_.imageLoader->load(
-          url, [weak = std::weak_ptr(self_), id = element.id, url](const Result<std::shared_ptr<const Image>>& result) {
-            const auto self = weak.lock();
-            if (!self || !result) return;
-            HostingController& controller = **self;
-            controller.tree_.memory().get<LoadedImage>(id, [] { return LoadedImage(); }) = {url, *result};
-            controller.sizesAreStale_ = controller.layoutIsStale_ = true;
-            controller.requestFrame();
-          });
+      environment_.imageLoader->load(url, [weak = std::weak_ptr(self_), id = element.id,
+                                           url](const Result<std::shared_ptr<const Image>>& result) {
+        const auto self = weak.lock();
+        if (!self || !result) return;
+        HostingController& controller = **self;
+        controller.tree_.memory().get<LoadedImage>(id, [] { return LoadedImage(); }) = {url, *result};
+        controller.sizesAreStale_ = controller.layoutIsStale_ = true;
+        controller.requestFrame();
+      });
     }
   }
   forEachChild(element, [this](Element& child) { loadImages(child); });
