@@ -8,9 +8,9 @@
 #include "TalvoConsentSDK/core/CookiesSDKState.h"
 #include "TalvoConsentSDK/core/SubmissionEnd.h"
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
-#include "TalvoConsentSDK/platform/Installation.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
+#include "TalvoConsentSDK/platform/installation/Installation.h"
 
 namespace TalvoConsentSDK {
 

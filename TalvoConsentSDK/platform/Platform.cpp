@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Installation.h"
-#include "TalvoConsentSDK/platform/NullSeams.h"
+#include "TalvoConsentSDK/platform/installation/Installation.h"
+#include "TalvoConsentSDK/platform/installation/NullSeams.h"
 
 namespace TalvoConsentSDK {
 

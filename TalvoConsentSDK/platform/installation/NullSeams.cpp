@@ -1,4 +1,4 @@
-#include "TalvoConsentSDK/platform/NullSeams.h"
+#include "TalvoConsentSDK/platform/installation/NullSeams.h"
 
 #include <atomic>
 #include <string>
