@@ -13,6 +13,24 @@ namespace TalvoConsentSDK {
 
 namespace {
 
+/// The host's closures, released on the main actor, whoever lets go of them last.
+struct HostClosures {
+  std::function<void()> onAcceptAll;
+  std::function<void()> onRejectAll;
+  std::function<void()> onManagePreferences;
+  std::function<void(Error)> onError;
+
+  using Pointer = std::shared_ptr<const HostClosures>;
+
+  static Pointer releasedOn(const std::shared_ptr<Executor>& mainActor, HostClosures closures) {
+    auto owned = std::make_shared<const HostClosures>(std::move(closures));
+    const HostClosures* const pointer = owned.get();
+    return {pointer, [mainActor, owned = std::move(owned)](const HostClosures*) mutable {
+              detail::postOrRun(mainActor, [last = std::move(owned)] {});
+            }};
+  }
+};
+
 /// What one showBanner call read of the instance, the host's closures, and what the banner is made from: the
 /// documents, fetched unless they were cached, and the consent that was stored.
 struct BannerRequest {
@@ -26,15 +44,12 @@ struct BannerRequest {
   std::string siteId;
   std::shared_ptr<Executor> mainActor;
   std::shared_ptr<Executor> background;
-  std::function<void()> onAcceptAll;
-  std::function<void()> onRejectAll;
-  std::function<void()> onManagePreferences;
-  std::function<void(Error)> onError;
+  HostClosures::Pointer host;
   std::optional<BasicConsent> initialConsent;
 
   void report(const Error& error) const {
     callHost([&] {
-      if (onError) onError(error);
+      if (host->onError) host->onError(error);
     });
   }
 };
@@ -43,7 +58,7 @@ using BannerRequestPointer = std::shared_ptr<BannerRequest>;
 
 // Submits in the background, stores, and answers the host on the main actor.
 void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
-                    const std::function<void()>& hostCallback) {
+                    std::function<void()> HostClosures::* hostCallback) {
   ConsentLedger::Decision decision = request->ledger->beginDecision();
   decision.userId = request->userId;
   decision.isUpdate = request->initialConsent.has_value();
@@ -53,22 +68,27 @@ void submitDecision(const BannerRequestPointer& request, const BasicConsent& con
       request->background,
       sendAndFile(request->apiClient, request->ledger, std::move(payload), std::move(decision), consent),
       [request, hostCallback](const Result<ConsentResponse>& result) {
-        request->mainActor->post([request, hostCallback, result] {
+        detail::postOrRun(request->mainActor, [request, hostCallback, result] {
           if (!result) return request->report(result.error());
-          callHost(hostCallback);
+          callHost((*request->host).*hostCallback);
         });
       });
 }
 
 BannerCallbacks callbacks(const BannerRequestPointer& request) {
   return {
-      .onAcceptAll = [request] { submitDecision(request, BasicConsent::acceptAll(), request->onAcceptAll); },
-      .onRejectAll = [request] { submitDecision(request, BasicConsent::rejectAll(), request->onRejectAll); },
+      .onAcceptAll =
+          [request] { submitDecision(request, BasicConsent::acceptAll(), &HostClosures::onAcceptAll); },
+      .onRejectAll =
+          [request] { submitDecision(request, BasicConsent::rejectAll(), &HostClosures::onRejectAll); },
       .onManagePreferences =
-          [request] { request->mainActor->post([request] { callHost(request->onManagePreferences); }); },
+          [request] {
+            detail::postOrRun(request->mainActor,
+                              [request] { callHost(request->host->onManagePreferences); });
+          },
       .onSavePreferences =
           [request](const BasicConsent& consent) {
-            submitDecision(request, consent, request->onManagePreferences);
+            submitDecision(request, consent, &HostClosures::onManagePreferences);
           },
       .onClose = [] {},
   };
@@ -108,17 +128,21 @@ Task<void> presentBanner(BannerRequestPointer request) {
 void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                             std::function<void()> onManagePreferences, std::function<void(Error)> onError) {
   State& state = *state_;
+  const auto host = HostClosures::releasedOn(
+      state.platform.mainActor,
+      {std::move(onAcceptAll), std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
   BannerRequestPointer request;
   {
     const auto userId = state.ledger->beginDecision().userId;
     const std::scoped_lock guard(state.lock);
-    request = std::make_shared<BannerRequest>(BannerRequest{
-        state.ledger, state.apiClient, state.cachedCustomization, state.cachedServices,
-        state.cachedConfiguration, state.language, userId, state.siteId, state.platform.mainActor,
-        state.platform.background, std::move(onAcceptAll), std::move(onRejectAll),
-        std::move(onManagePreferences), std::move(onError), std::nullopt});
+    request = std::make_shared<BannerRequest>(
+        BannerRequest{state.ledger, state.apiClient, state.cachedCustomization, state.cachedServices,
+                      state.cachedConfiguration, state.language, userId, state.siteId,
+                      state.platform.mainActor, state.platform.background, host, std::nullopt});
   }
-  spawn(state.platform.mainActor, presentBanner(std::move(request)));
+  spawn<void>(state.platform.mainActor, presentBanner(request), [request](const Result<void>& end) {
+    if (!end) request->report(end.error());  // it could not even be begun
+  });
 }
 
 }  // namespace TalvoConsentSDK

@@ -9,8 +9,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A listener. It is called on the thread on which its event arises: events of a submission on a background
-/// thread, `identificationComplete` on the main one.
+/// A listener. Events of a submission come on the platform's executor for callbacks, where it may block;
+/// `identificationComplete` comes on the main actor.
 class ConsentEventCallback {
  public:
   virtual ~ConsentEventCallback() = default;

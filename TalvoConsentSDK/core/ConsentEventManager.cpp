@@ -13,6 +13,13 @@ void ConsentEventManager::addListener(ConsentEvent event, std::shared_ptr<Consen
 }
 
 // The removed listeners are released outside the lock: their destructors are the host's code.
+void ConsentEventManager::removeListener(ConsentEvent event,
+                                         const std::shared_ptr<ConsentEventCallback>& callback) {
+  const std::scoped_lock guard(lock_);
+  const auto entry = eventListeners_.find(event);
+  if (entry != eventListeners_.end()) std::erase(entry->second, callback);  // the caller still holds it
+}
+
 void ConsentEventManager::removeListeners(ConsentEvent event) {
   decltype(eventListeners_)::node_type removed;
   const std::scoped_lock guard(lock_);

@@ -20,6 +20,9 @@ class ConsentEventManager {
   /// ignored.
   void addListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);
 
+  /// Drops one listener of one event, as often as it was added.
+  void removeListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback);
+
   /// Drops all listeners of one event.
   void removeListeners(ConsentEvent event);
 

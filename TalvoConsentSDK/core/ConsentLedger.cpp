@@ -50,8 +50,6 @@ void ConsentLedger::Unwritten::applyTo(KeptValues& kept) const {
 
 ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage) : storage_(std::move(storage)) {
   userId_.isUnknown = consent_.isUnknown = true;
-  const StoreDeadline deadline(patience);
-  settle(Turn(*this));
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {
@@ -93,6 +91,8 @@ void ConsentLedger::logOut() {
 }
 
 std::optional<ConsentLedger::Login> ConsentLedger::storedLogin() {
+  const StoreDeadline deadline(patience);
+  settle(Turn(*this));
   const std::scoped_lock guard(lock_);
   if (!userId_) return std::nullopt;
   return Login{*userId_, consent_ ? consent_->id : std::nullopt, identity_, decisions_};

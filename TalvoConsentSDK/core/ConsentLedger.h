@@ -24,7 +24,7 @@ namespace TalvoConsentSDK {
 /// told what is known, and what it asks for is done later.
 class ConsentLedger {
  public:
-  /// Takes over what the store holds.
+  /// Everything counts as unknown until the first operation has read the store.
   explicit ConsentLedger(std::shared_ptr<ConsentStorage> storage);
 
   /// The consent that holds now; nothing when there is none or the store cannot tell.
@@ -53,7 +53,7 @@ class ConsentLedger {
   Login logIn(const std::string& userId);
   void logOut();
 
-  /// The user who was stored when the process began, if any.
+  /// Takes over what the store holds. Returns the user who is stored, if any.
   std::optional<Login> storedLogin();
 
   /// Stores the consent that the service knows of the user, unless the reply is void or the store no longer

@@ -3,27 +3,18 @@
 #include <mutex>
 #include <utility>
 
+#include "TalvoConsentSDK/core/ClientSlot.h"
 #include "TalvoConsentSDK/core/ConsentFlow.h"
 #include "TalvoConsentSDK/core/CookiesSDKState.h"
+#include "TalvoConsentSDK/core/SubmissionEnd.h"
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
+#include "TalvoConsentSDK/platform/installation/Installation.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
-
-// Never destroyed: threads may still ask for the instance while the process exits.
-struct SharedInstance {
-  std::mutex creation;  // creating an instance calls the host's store, printer and executors
-  std::mutex lock;      // guards what follows; no host code runs under it
-  std::shared_ptr<CookiesSDK> instance;
-
-  static SharedInstance& slot() {
-    static SharedInstance& shared = *new SharedInstance;
-    return shared;
-  }
-};
 
 using APIClientPointer = std::shared_ptr<APIClient>;
 using LedgerPointer = std::shared_ptr<ConsentLedger>;
@@ -88,33 +79,25 @@ Task<void> warmUp(APIClientPointer apiClient, std::string language) {
   }
 }
 
-Task<ConsentResponse> submitAndAnnounce(APIClientPointer apiClient, LedgerPointer ledger,
-                                        EventManagerPointer eventManager, FullConsent payload,
-                                        ConsentLedger::Decision decision, BasicConsent consent) {
-  auto submission =
-      sendAndFile(std::move(apiClient), std::move(ledger), std::move(payload), std::move(decision), consent);
-  ConsentResponse response = co_await std::move(submission);
-  std::vector<ConsentEvent> events = consent.consentEvents();
-  events.push_back(ConsentEvent::consentSent);
-  eventManager->trigger(events);
-  co_return response;
+// Reports an identification that could not even be begun.
+void reportFailedStart(const EventManagerPointer& eventManager, const Error& error) {
+  print(std::string("Error fetching identified consent: ") + error.what());
+  eventManager->trigger(ConsentEvent::identificationComplete);
 }
 
 }  // namespace
 
 std::shared_ptr<CookiesSDK> CookiesSDK::createInstance(const std::string& apiUrl, const std::string& siteId) {
-  SharedInstance& shared = SharedInstance::slot();
-  const std::scoped_lock creating(shared.creation);
-  if (auto existing = getInstance()) return existing;
-  std::shared_ptr<CookiesSDK> created(new CookiesSDK(apiUrl, siteId));
-  const std::scoped_lock guard(shared.lock);
-  return shared.instance = std::move(created);
+  return ClientSlot<CookiesSDK>::shared().create([&] {
+    std::shared_ptr<CookiesSDK> created(new CookiesSDK(apiUrl, siteId));
+    if (!Platform::isInstalled()) print("⚠️ No platform is installed; call Platform::install");
+    detail::onceInstalled([created] { created->begin(); });
+    return created;
+  });
 }
 
 std::shared_ptr<CookiesSDK> CookiesSDK::getInstance() {
-  SharedInstance& shared = SharedInstance::slot();
-  const std::scoped_lock guard(shared.lock);
-  return shared.instance;
+  return ClientSlot<CookiesSDK>::shared().get();
 }
 
 CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
@@ -122,14 +105,19 @@ CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
       apiClient(std::make_shared<APIClient>(
           apiUrl, site, std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background))),
       siteId(site),
-      ledger(std::make_shared<ConsentLedger>(std::make_shared<ConsentStorage>(site, platform.userDefaults))) {
-}
+      observers(std::make_shared<ConsentObservers>(platform.mainActor)),
+      ledger(std::make_shared<ConsentLedger>(std::make_shared<ConsentStorage>(
+          site, observed(platform.userDefaults, ConsentStorage::consentKey(site), observers)))) {}
 
 CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
-    : state_(std::make_unique<State>(apiUrl, siteId)) {
+    : state_(std::make_unique<State>(apiUrl, siteId)) {}
+
+// What creation does with the store and the network, as soon as there are any.
+void CookiesSDK::begin() {
   const State& state = *state_;
-  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.ledger, siteId));
-  if (auto login = state.ledger->storedLogin()) {
+  auto login = state.ledger->storedLogin();
+  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.ledger, state.siteId));
+  if (login) {
     spawn(state.platform.mainActor, restoreIdentity(state.apiClient, state.ledger, *std::move(login)));
   }
 }
@@ -153,11 +141,12 @@ std::optional<BasicConsent> CookiesSDK::getConsent() const {
 }
 
 void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completion) {
-  spawn(state_->platform.background, submission(consent), std::move(completion));
+  announceEnd(submission(consent), consent, state_->eventManager, state_->platform, std::move(completion));
 }
 
+// The consent is judged here; the task is the same submission, its completion the awaiter.
 Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
-  return submission(consent).on(state_->platform.background);
+  return announcedEnd(submission(consent), consent, state_->eventManager, state_->platform);
 }
 
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
@@ -165,8 +154,7 @@ Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const 
   ConsentLedger::Decision decision = state.ledger->beginDecision();
   const std::scoped_lock guard(state.lock);
   FullConsent payload = explicitPayload(consent, state.cachedCustomization, decision.userId, state.siteId);
-  return submitAndAnnounce(state.apiClient, state.ledger, state.eventManager, std::move(payload),
-                           std::move(decision), consent);
+  return sendAndFile(state.apiClient, state.ledger, std::move(payload), std::move(decision), consent);
 }
 
 void CookiesSDK::identify(const std::string& userId) {
@@ -177,8 +165,12 @@ void CookiesSDK::identify(const std::string& userId) {
     const std::scoped_lock guard(state.lock);
     implicit = state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
   }
-  spawn(state.platform.mainActor, completeIdentification(state.apiClient, state.siteId, state.ledger,
-                                                         std::move(login), implicit, state.eventManager));
+  spawn<void>(state.platform.mainActor,
+              completeIdentification(state.apiClient, state.siteId, state.ledger, std::move(login), implicit,
+                                     state.eventManager),
+              [eventManager = state.eventManager](const Result<void>& end) {
+                if (!end) reportFailedStart(eventManager, end.error());
+              });
 }
 
 void CookiesSDK::removeIdentity() {
@@ -189,12 +181,23 @@ void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEve
   state_->eventManager->addListener(event, std::move(callback));
 }
 
+void CookiesSDK::removeEventListener(ConsentEvent event,
+                                     const std::shared_ptr<ConsentEventCallback>& callback) {
+  state_->eventManager->removeListener(event, callback);
+}
+
 void CookiesSDK::removeEventListener(ConsentEvent event) {
   state_->eventManager->removeListeners(event);
 }
 
 void CookiesSDK::removeAllEventListeners() {
   state_->eventManager->removeAllListeners();
+}
+
+std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer) {
+  const auto observers = client.state_->observers;
+  const int number = observers->add(std::move(observer));
+  return {nullptr, [observers, number](void*) { observers->remove(number); }};
 }
 
 }  // namespace TalvoConsentSDK

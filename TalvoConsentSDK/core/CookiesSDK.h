@@ -20,15 +20,16 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Asks for consent, keeps it on the device, reports it to the service and tells listeners. One instance
 /// exists per process, bound to the site it was first created for; it is never destroyed.
 ///
-/// Install a Platform before creating it. Its operations are safe from any thread, and meant for the main
-/// one: of two at once either may count as the later. Work done in the background that fails prints one line
-/// to standard output and changes nothing; so does a device whose store fails, which no callback tells of.
-/// What a callback throws is contained and printed. No operation keeps its caller waiting for the store
-/// longer than 250 ms: a login or logout that the store has not taken by then holds in this process, and is
-/// written before the next operation.
+/// Install a Platform, best before creating it: until there is one, operations fail and nothing is read,
+/// stored or sent; the first that is installed is the instance's for ever. Its operations are safe from any
+/// thread; concurrent calls take effect in an unspecified order. Work in the background that fails prints one
+/// line to standard output and changes nothing; so does a store that fails, which no callback reports. What a
+/// callback throws is contained and printed. No operation keeps its caller waiting for the store longer than
+/// 250 ms: a login or logout that the store has not taken by then holds in this process, and is written
+/// before the next operation.
 ///
 /// A decision belongs to whoever was identified when it was submitted, and the latest one submitted holds. A
-/// user without one inherits what stands there when they are identified.
+/// user without one inherits what is stored when they are identified.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.
@@ -37,10 +38,13 @@ class CookiesSDK {
   /// The process's instance, created on the first call; the arguments of later calls are ignored. `apiUrl` is
   /// the consent service's base URL, with or without a trailing slash. Reads the device's store; then, on the
   /// main actor, fetches the site's configuration, gives implicit consent if the site asks for it and nothing
-  /// is stored, and fetches the consent of a user who is still identified. Safe from any thread.
+  /// is stored, and fetches the consent of a user who is still identified. Without an installed platform all
+  /// of this happens once one is installed. Safe from any thread, but for host code that creation itself
+  /// calls: there it returns null.
   static std::shared_ptr<CookiesSDK> createInstance(const std::string& apiUrl, const std::string& siteId);
 
-  /// The process's instance, or null before the first `createInstance`. Safe from any thread.
+  /// The process's instance, or null before the first `createInstance`. Waits for one that is being created
+  /// on another thread; host code that this creation calls gets null, and must not wait for other threads.
   static std::shared_ptr<CookiesSDK> getInstance();
 
   ~CookiesSDK();
@@ -56,8 +60,9 @@ class CookiesSDK {
 
   /// Sends a consent to the service: created when none was stored as the instance came to be or as the
   /// identity was last changed, else updated. On success the consent is stored as given, where the device's
-  /// store allows, its events are raised, then `consentSent`, and `completion` is called, all on a background
-  /// thread. On failure nothing is stored or raised.
+  /// store allows, its events are raised, then `consentSent`, and `completion` is called, all on the
+  /// platform's executor for callbacks: submissions end there one after the other, and one whose listener
+  /// blocks holds up nothing else. On failure nothing is stored or raised.
   ///
   /// Should the identity change before the service answers: the consent of a user who is no longer identified
   /// is not stored here, and one given while nobody was identified is kept aside for the time after the
@@ -65,7 +70,8 @@ class CookiesSDK {
   void submitConsent(const BasicConsent& consent, Completion completion);
 
   /// The same as a task, which returns the answer or throws an Error. The consent is judged now, and sent
-  /// when the task is awaited. The awaiter goes on on its own executor, in the background if it has none.
+  /// when the task is awaited. The awaiter goes on on its own executor, on that for callbacks if it has none.
+  /// Dropping the task or destroying the awaiter afterwards does not stop the submission.
   Task<ConsentResponse> submitConsent(const BasicConsent& consent);
 
   /// Ties the consent to a user the host knows. The consent of nobody identified is kept aside, in one step
@@ -95,6 +101,9 @@ class CookiesSDK {
   /// Registers a listener behind the event's others; it is held until removed.
   void addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);
 
+  /// Drops one listener of one event, as often as it was registered.
+  void removeEventListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback);
+
   /// Drops all listeners of one event, or of every event.
   void removeEventListener(ConsentEvent event);
   void removeAllEventListeners();
@@ -104,6 +113,9 @@ class CookiesSDK {
 
   CookiesSDK(const std::string& apiUrl, const std::string& siteId);
 
+  friend std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer);
+
+  void begin();
   Task<ConsentResponse> submission(const BasicConsent& consent) const;
 
   const std::unique_ptr<State> state_;

@@ -9,6 +9,7 @@
 
 #include "TalvoConsentSDK/core/ConsentEventManager.h"
 #include "TalvoConsentSDK/core/ConsentLedger.h"
+#include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/Services.h"
@@ -24,6 +25,7 @@ struct CookiesSDK::State {
   const Platform platform;
   const std::shared_ptr<APIClient> apiClient;
   const std::string siteId;
+  const std::shared_ptr<ConsentObservers> observers;
   const std::shared_ptr<ConsentLedger> ledger;
   const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
 

@@ -1,8 +1,8 @@
 #include "TalvoConsentSDK/core/TalvoConsent.h"
 
-#include <mutex>
 #include <utility>
 
+#include "TalvoConsentSDK/core/ClientSlot.h"
 #include "TalvoConsentSDK/network/Endpoint.h"
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
 #include "TalvoConsentSDK/platform/Platform.h"
@@ -10,31 +10,14 @@
 
 namespace TalvoConsentSDK {
 
-namespace {
-
-// Never destroyed: threads may still ask for the instance while the process exits.
-struct SharedClient {
-  std::mutex lock;
-  std::shared_ptr<TalvoConsent> client;
-
-  static SharedClient& slot() {
-    static SharedClient& shared = *new SharedClient;
-    return shared;
-  }
-};
-
-}  // namespace
-
 std::shared_ptr<TalvoConsent> TalvoConsent::getInstance(const std::string& /*tenantId*/,
                                                         const std::string& collectionPointId,
                                                         const std::optional<std::string>& token,
                                                         const std::optional<std::string>& apiUrl) {
-  SharedClient& shared = SharedClient::slot();
-  const std::scoped_lock guard(shared.lock);
-  if (!shared.client) {
-    shared.client.reset(new TalvoConsent(collectionPointId, token, apiUrl.value_or(TALVO_DEFAULT_API_URL)));
-  }
-  return shared.client;
+  return ClientSlot<TalvoConsent>::shared().create([&] {
+    return std::shared_ptr<TalvoConsent>(
+        new TalvoConsent(collectionPointId, token, apiUrl.value_or(TALVO_DEFAULT_API_URL)));
+  });
 }
 
 TalvoConsent::TalvoConsent(std::string collectionPointId, std::optional<std::string> token,
@@ -42,6 +25,7 @@ TalvoConsent::TalvoConsent(std::string collectionPointId, std::optional<std::str
     : collectionPointId_(std::move(collectionPointId)),
       token_(std::move(token)),
       baseUrl_(std::move(baseUrl)),
+      callbacks_(Platform::current().callbacks),
       httpClient_(std::make_shared<URLSessionHTTPClient>(Platform::current().urlSession)) {}
 
 void TalvoConsent::submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
@@ -64,7 +48,13 @@ void TalvoConsent::submitConsent(const std::string& userEmail, const std::map<st
       if (completion) completion(HTTPClientError::invalidURL());
     });
   }
-  httpClient_->postJSON(*url, body, endpointHeaders(), std::move(completion));
+  httpClient_->postJSON(
+      *url, body, endpointHeaders(),
+      [callbacks = callbacks_, completion = std::move(completion)](Result<JSONObject> reply) {
+        detail::postOrRun(callbacks, [completion, reply = std::move(reply)] {
+          if (completion) completion(reply);
+        });
+      });
 }
 
 }  // namespace TalvoConsentSDK

@@ -15,14 +15,15 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
+class Executor;
 class HTTPClient;
 
 /// Submits choices on the topics of one collection point. One instance exists per process; it is never
-/// destroyed. Install a Platform before asking for it. Safe from any thread.
+/// destroyed. Install a Platform before anything is submitted. Safe from any thread.
 class TalvoConsent {
  public:
-  /// Called once, on the session's thread, with the service's reply, an `HTTPClientError`, or a
-  /// `PlatformError` of domain "HTTPClient".
+  /// Called once, on the platform's executor for callbacks, with the service's reply, an `HTTPClientError`,
+  /// or a `PlatformError` of domain "HTTPClient".
   using Completion = std::function<void(Result<JSONObject>)>;
 
   /// The process's instance, created on the first call; the arguments of later calls are ignored. `token`
@@ -34,7 +35,7 @@ class TalvoConsent {
                                                    const std::optional<std::string>& apiUrl);
 
   /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
-  /// as it is. Fails inline with `HTTPClientError` `invalidURL` when the base URL is none, and with code -1
+  /// as it is. Fails with `HTTPClientError` `invalidURL`, inline, when the base URL is none, and with code -1
   /// when a text is not UTF-8.
   void submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
                      Completion completion);
@@ -45,6 +46,7 @@ class TalvoConsent {
   const std::string collectionPointId_;
   const std::optional<std::string> token_;
   const std::string baseUrl_;
+  const std::shared_ptr<Executor> callbacks_;
   const std::shared_ptr<HTTPClient> httpClient_;
 };
 

@@ -44,8 +44,9 @@ class HTTPClient {
   }
 
   /// Posts a JSON object. `completion` is called once, on the session's thread (inline when `body` cannot be
-  /// written), with the reply's object, an `HTTPClientError`, or a `PlatformError` of domain "HTTPClient":
-  /// -1 "Failed to serialize JSON payload", -2 "No data received", -3 "Invalid JSON response".
+  /// written or the session throws), with the reply's object, an `HTTPClientError`, or a `PlatformError` of
+  /// domain "HTTPClient": -1 "Failed to serialize JSON payload", -2 "No data received", -3 "Invalid JSON
+  /// response".
   virtual void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) = 0;
 
  protected:

@@ -74,10 +74,10 @@ void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders
   if (!bytes) {
     return report(completion, transportError(-1, "Failed to serialize JSON payload"));
   }
-  session_->run(makeRequest("POST", std::move(url), *std::move(bytes), headers),
-                [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
-                  report(completion, acceptedObject(decoder, std::move(outcome)));
-                });
+  detail::runOnce(*session_, makeRequest("POST", std::move(url), *std::move(bytes), headers),
+                  [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
+                    report(completion, acceptedObject(decoder, std::move(outcome)));
+                  });
 }
 
 Task<std::string> URLSessionHTTPClient::exchange(std::string method, URL url,
@@ -90,7 +90,7 @@ Task<std::string> URLSessionHTTPClient::exchange(std::string method, URL url,
   CallbackAwaiter<Result<URLResponse>> reply(
       [session = session_,
        request = makeRequest(std::move(method), std::move(url), std::move(bytes), headers)](
-          URLSession::Completion completion) { session->run(request, std::move(completion)); });
+          URLSession::Completion completion) { detail::runOnce(*session, request, std::move(completion)); });
   Result<URLResponse> outcome = co_await std::move(reply);
   co_return acceptedBody(std::move(outcome), MissingBody::isEmpty).value();
 }

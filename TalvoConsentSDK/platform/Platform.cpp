@@ -1,43 +1,23 @@
 #include "TalvoConsentSDK/platform/Platform.h"
 
 #include <mutex>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "TalvoConsentSDK/platform/installation/Installation.h"
+#include "TalvoConsentSDK/platform/installation/NullSeams.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
 
-PlatformError absent(const char* seam) {
-  return {"TalvoConsentSDK", -2, std::string("No ") + seam + " is installed; call Platform::install first"};
-}
-
-class AbsentURLSession : public URLSession {
- public:
-  void run(URLRequest, Completion completion) override { completion(absent("URL session")); }
-};
-
-class AbsentUserDefaults : public UserDefaults {
- public:
-  Result<std::optional<Data>> data(std::string_view) override { return failure(); }
-  Result<std::optional<std::string>> string(std::string_view) override { return failure(); }
-  Result<void> set(std::string_view, Data) override { return failure(); }
-  Result<void> set(std::string_view, std::string) override { return failure(); }
-  Result<bool> replace(std::string_view, const std::optional<Data>&, Data) override { return failure(); }
-  Result<void> remove(std::string_view) override { return failure(); }
-  Result<void> synchronize() override { return failure(); }
-
- private:
-  static PlatformError failure() { return absent("user-defaults store"); }
-};
-
-class InlineExecutor : public Executor {
- public:
-  void post(std::function<void()> job) override { callHost(job); }
-};
-
 // Never destroyed: threads may still print or read it while the process exits.
 struct Installed {
   std::mutex lock;
-  Platform platform;
+  UnboundPlatform unbound;
+  std::optional<Platform> platform;
+  std::vector<std::function<void()>> waiting;  // for the first platform
 
   static Installed& instance() {
     static Installed& installed = *new Installed;
@@ -45,27 +25,58 @@ struct Installed {
   }
 };
 
+template <class Seam>
+void replaceNull(std::shared_ptr<Seam>& seam, const std::shared_ptr<Seam>& instead) {
+  if (!seam) seam = instead;
+}
+
 }  // namespace
 
-Platform::Platform()
-    : urlSession(std::make_shared<AbsentURLSession>()),
-      userDefaults(std::make_shared<AbsentUserDefaults>()),
-      mainActor(std::make_shared<InlineExecutor>()),
-      background(mainActor),
-      application(std::make_shared<Application>()),
-      localization(std::make_shared<Localization>()),
-      printer(std::make_shared<StandardOutput>()) {}
+void Platform::fillIn() {
+  const Platform nobody;
+  replaceNull(urlSession, nobody.urlSession);
+  replaceNull(userDefaults, nobody.userDefaults);
+  replaceNull(mainActor, nobody.mainActor);
+  replaceNull(background, nobody.background);
+  replaceNull(callbacks, background);
+  replaceNull(application, nobody.application);
+  replaceNull(localization, nobody.localization);
+  replaceNull(printer, nobody.printer);
+}
 
 void Platform::install(Platform platform) {
+  platform.fillIn();
+  Installed& installed = Installed::instance();
+  std::optional<Platform> replaced(std::move(platform));  // released outside the lock: it is the host's
+  std::vector<std::function<void()>> waiting;
+  {
+    const std::scoped_lock guard(installed.lock);
+    if (!installed.platform) installed.unbound.bind(*replaced);
+    std::swap(installed.platform, replaced);
+    std::swap(installed.waiting, waiting);
+  }
+  for (const auto& work : waiting) callHost(work);
+}
+
+bool Platform::isInstalled() {
   Installed& installed = Installed::instance();
   const std::scoped_lock guard(installed.lock);
-  std::swap(installed.platform, platform);
+  return installed.platform.has_value();
 }
 
 Platform Platform::current() {
   Installed& installed = Installed::instance();
   const std::scoped_lock guard(installed.lock);
-  return installed.platform;
+  return installed.platform ? *installed.platform : installed.unbound.platform();
+}
+
+void detail::onceInstalled(std::function<void()> work) {
+  Installed& installed = Installed::instance();
+  {
+    const std::scoped_lock guard(installed.lock);
+    if (!installed.platform) return installed.waiting.push_back(std::move(work));
+  }
+  work();
 }
 
 }  // namespace TalvoConsentSDK

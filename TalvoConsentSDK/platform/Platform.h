@@ -15,10 +15,10 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// What the library runs on. No member is ever null: what a host leaves out is a null object. Such a session
-/// or store fails with an error that says so, an executor runs work inline, on the caller's thread, and an
-/// application has no interface; texts are their keys, and lines go to standard output. Without an installed
-/// platform that is all of them.
+/// What the library runs on. What a host leaves out, or sets to null, is a null object once installed. Such a
+/// session or store fails with an error that says so, an executor runs work inline, on the caller's thread,
+/// and an application has no interface; texts are their keys, and lines go to standard output. Without an
+/// installed platform that is all of them.
 struct Platform {
   Platform();
 
@@ -26,16 +26,28 @@ struct Platform {
   std::shared_ptr<UserDefaults> userDefaults;
   std::shared_ptr<Executor> mainActor;
   std::shared_ptr<Executor> background;
+
+  /// Where listeners and completions of submissions are called, which may block: it runs one job after the
+  /// other, in the order posted. Null, as at first: `background`, whose work then waits for them.
+  std::shared_ptr<Executor> callbacks;
+
   std::shared_ptr<Application> application;
   std::shared_ptr<Localization> localization;
   std::shared_ptr<Printer> printer;
 
-  /// Makes `platform` the process's own. Clients keep the session, the store and the executors that were
-  /// installed when they were created; application, localization and printer are those installed at the time.
-  /// Safe from any thread.
+  /// Puts null objects in the place of null members.
+  void fillIn();
+
+  /// Makes `platform`, filled in, the process's own. Clients keep the session, the store and the executors
+  /// that were installed when they were created; those created before get the first that are installed, and
+  /// do now what they would have done at their creation. Application, localization and printer are those
+  /// installed at the time. Safe from any thread.
   static void install(Platform platform);
 
-  /// The installed set, or null objects.
+  /// Whether there has been an `install`.
+  static bool isInstalled();
+
+  /// The installed set. Before there is one, null objects that pass everything on to the first.
   static Platform current();
 };
 

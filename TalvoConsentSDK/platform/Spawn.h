@@ -3,11 +3,13 @@
 // Where tasks meet callbacks: starting a task without waiting for it, and awaiting what reports by a
 // callback.
 
+#include <atomic>
 #include <coroutine>
 #include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <type_traits>
 #include <utility>
 
@@ -15,42 +17,59 @@
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
+#include "TalvoConsentSDK/platform/Wait.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
-/// it once, on any thread. In a task the wait ends on the task's executor, elsewhere on the callback's
-/// thread, or on the caller's when the callback comes at once.
+/// it on any thread. Only the first call counts, and what `start` throws only before it. In a task the wait
+/// ends on the task's executor, elsewhere on the callback's thread, or on the caller's when the callback
+/// comes at once. The coroutine may be destroyed while it waits, as one that awaits a task may.
 template <class T>
 class [[nodiscard]] CallbackAwaiter {
  public:
   using Start = std::function<void(std::function<void(T)>)>;
 
   explicit CallbackAwaiter(Start start) : start_(std::move(start)) {}
+  CallbackAwaiter(const CallbackAwaiter&) = delete;
+  CallbackAwaiter& operator=(const CallbackAwaiter&) = delete;
+  ~CallbackAwaiter() { report_->abandon(); }
 
   bool await_ready() const noexcept { return false; }
 
   template <class Promise>
   bool await_suspend(std::coroutine_handle<Promise> awaiter) {
-    const Start start = std::move(start_);  // the awaiter may be gone before `start` returns
-    const auto wait = wait_;
-    start([wait, awaiter, executor = detail::executorOf(awaiter)](T value) {
-      wait->value.emplace(std::move(value));
-      if (wait->rendezvous.arriveSecond()) detail::resume(executor, awaiter);
-    });
-    return !wait->rendezvous.arriveSecond();
+    const Start start = std::move(start_);  // what it holds goes once it has been called
+    const auto report = report_;
+    report->begin(awaiter);
+    try {
+      start([report, executor = detail::executorOf(awaiter)](T value) {
+        if (report->hasCome.exchange(true)) return;
+        report->value.emplace(std::move(value));
+        detail::Wait::end(detail::Share<detail::Wait>(*report.operator->()), executor);
+      });
+    } catch (...) {
+      if (!report->hasCome.exchange(true)) throw;
+    }
+    return report->suspend();
   }
 
-  T await_resume() { return std::move(*wait_->value); }
+  T await_resume() {
+    report_->rethrowRefusal();
+    return std::move(*report_->value);
+  }
 
  private:
-  struct Wait {
+  struct Report : detail::Wait {
+    std::atomic<bool> hasCome = false;
     std::optional<T> value;
-    detail::Rendezvous rendezvous;
+
+   private:
+    void destroy() noexcept override { delete this; }
   };
 
   Start start_;
-  std::shared_ptr<Wait> wait_ = std::make_shared<Wait>();
+  const detail::Share<Report> report_ = detail::Share<Report>::ofNew(*new Report);
 };
 
 namespace detail {
@@ -103,9 +122,12 @@ void spawn(const std::shared_ptr<Executor>& executor, Task<T> task, std::functio
   detail::run(detail::outcome(std::move(task)).on(executor), std::move(done));
 }
 
-/// Starts a task whose end nobody waits for, one that reports its own failures.
+/// Starts a task whose end nobody waits for, one that reports its own failures. A line tells of one that
+/// could not be run.
 inline void spawn(const std::shared_ptr<Executor>& executor, Task<void> task) {
-  spawn<void>(executor, std::move(task), nullptr);
+  spawn<void>(executor, std::move(task), [](const Result<void>& end) {
+    if (!end) print(std::string("⚠️ A task could not be run: ") + end.error().what());
+  });
 }
 
 }  // namespace TalvoConsentSDK

@@ -1,39 +1,58 @@
 #include "TalvoConsentSDK/platform/Task.h"
 
+#include "TalvoConsentSDK/platform/Printer.h"
+
 namespace TalvoConsentSDK::detail {
 
-void resume(const std::shared_ptr<Executor>& executor, std::coroutine_handle<> coroutine) {
-  if (executor) {
-    executor->post([coroutine] { coroutine.resume(); });
-  } else {
-    coroutine.resume();
+void Wait::end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noexcept {
+  if (wait->advance(Phase::starting, Phase::over)) return;  // the awaiter sees it before it suspends
+  if (!executor) return wait->resume(nullptr);
+  try {
+    executor->post([wait] { wait->resume(nullptr); });
+  } catch (...) {
+    wait->resume(std::current_exception());
   }
+}
+
+// Whoever gets here first resumes: an executor that throws may have taken the job all the same.
+void Wait::resume(std::exception_ptr refusal) noexcept {
+  if (!advance(Phase::suspended, Phase::over)) return;
+  refusal_ = std::move(refusal);
+  callHost([awaiter = awaiter_] { awaiter.resume(); });  // a host's coroutine may throw
 }
 
 bool TaskPromise::start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
                         std::shared_ptr<Executor> awaiterExecutor) {
-  continuation = awaiter;
+  const Share<TaskPromise> own(*this);
+  begin(awaiter);
   continueOn = std::move(awaiterExecutor);
   if (!executor || executor == continueOn) {
     executor = continueOn;
-    task.resume();
-    return !rendezvous.arriveSecond();
+    run(task);
+    return suspend();
   }
-  // An awaiter without an executor goes on where the task ends, however soon that is; it, and this with it,
-  // may then be gone before the task's executor has returned from `post`.
-  const auto own = executor;
+  // An awaiter without an executor goes on where the task ends, however soon that is; it may then be gone
+  // before the task's executor has returned from `post`.
+  const auto target = executor;
   const bool goesOnThere = !continueOn;
-  if (goesOnThere) rendezvous.arriveSecond();
-  resume(own, task);
-  return goesOnThere || !rendezvous.arriveSecond();
+  if (goesOnThere) suspend();
+  try {
+    target->post([own, task] { own->run(task); });
+  } catch (...) {
+    if (!hasBegun_.exchange(true)) throw;  // else the executor has taken it all the same
+  }
+  return goesOnThere || suspend();
 }
 
-void TaskPromise::deliver() noexcept {
-  if (!rendezvous.arriveSecond()) return;
-  // The awaiter destroys the task as it goes on.
-  const auto awaiter = continuation;
-  const auto awaiterExecutor = continueOn == executor ? nullptr : continueOn;
-  resume(awaiterExecutor, awaiter);
+void TaskPromise::run(std::coroutine_handle<> task) {
+  if (hasBegun_.exchange(true)) return;
+  retain();  // until `finish`: whoever awaits the task may go
+  task.resume();
+}
+
+void TaskPromise::finish() noexcept {
+  end(Share<Wait>(*this), continueOn == executor ? nullptr : continueOn);
+  release();
 }
 
 }  // namespace TalvoConsentSDK::detail

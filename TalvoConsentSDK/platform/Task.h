@@ -16,37 +16,23 @@
 
 #include "TalvoConsentSDK/platform/Executor.h"
 #include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/platform/Wait.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 namespace detail {
 
-// On the executor, or here when there is none.
-TALVO_EXPORT void resume(const std::shared_ptr<Executor>& executor, std::coroutine_handle<> coroutine);
-
-// The two sides of a wait: the one that suspends and the one that delivers. Whoever arrives second goes on,
-// so that a wait that is over before it began neither suspends nor deepens the stack (symmetric transfer
-// would overflow it in builds without optimisation).
-class Rendezvous {
- public:
-  bool arriveSecond() noexcept { return arrived_.exchange(true, std::memory_order_acq_rel); }
-
- private:
-  std::atomic<bool> arrived_ = false;
-};
-
-struct TaskPromise {
+/// A task's own part of a wait: the task is what its awaiter waits for. It owns itself while it runs.
+struct TaskPromise : Wait {
   std::shared_ptr<Executor> executor;    // where this task runs; null: anywhere
   std::shared_ptr<Executor> continueOn;  // where its awaiter runs; null: anywhere
-  std::coroutine_handle<> continuation;  // the awaiter
-  Rendezvous rendezvous;
   std::exception_ptr exception;
 
   struct FinalAwaiter {
     bool await_ready() const noexcept { return false; }
     template <class Promise>
     void await_suspend(std::coroutine_handle<Promise> finished) const noexcept {
-      finished.promise().deliver();
+      finished.promise().finish();
     }
     void await_resume() const noexcept {}
   };
@@ -55,13 +41,16 @@ struct TaskPromise {
   FinalAwaiter final_suspend() const noexcept { return {}; }
   void unhandled_exception() noexcept { exception = std::current_exception(); }
 
-  // Starts the task that this is the promise of, for an awaiter that has suspended; false: it is over, and
-  // the awaiter goes on at once.
+  /// Starts the task that this is the promise of, for an awaiter that has suspended; false: it is over, and
+  /// the awaiter goes on at once. Throws what the task's executor throws, unless that has begun the task.
   bool start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
              std::shared_ptr<Executor> awaiterExecutor);
 
  private:
-  void deliver() noexcept;
+  void run(std::coroutine_handle<> task);
+  void finish() noexcept;
+
+  std::atomic<bool> hasBegun_ = false;
 };
 
 template <class T>
@@ -87,56 +76,63 @@ std::shared_ptr<Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
 }  // namespace detail
 
 /// A lazy operation that ends in a `T` or throws. It starts when it is awaited, at most once; dropping it
-/// before that drops the work. Movable, not copyable.
+/// before that drops the work. Once started it goes on to its end, even if the coroutine that awaits it is
+/// destroyed, which the thread may do that the coroutine would go on on. An executor that throws instead of
+/// taking a job ends the wait with what it threw, on the thread that called it. Movable, not copyable.
 template <class T>
 class [[nodiscard]] Task {
  public:
-  struct promise_type : detail::TaskPromise, detail::TaskResult<T> {
-    Task get_return_object() { return Task(std::coroutine_handle<promise_type>::from_promise(*this)); }
-  };
+  struct promise_type;
 
   class Awaiter {
    public:
-    explicit Awaiter(std::coroutine_handle<promise_type> task) : task_(task) {}
+    explicit Awaiter(detail::Share<promise_type> task) : task_(std::move(task)) {}
+    Awaiter(const Awaiter&) = delete;
+    Awaiter& operator=(const Awaiter&) = delete;
+    ~Awaiter() { task_->abandon(); }
 
     bool await_ready() const noexcept { return false; }
 
     template <class Promise>
     bool await_suspend(std::coroutine_handle<Promise> awaiter) {
-      return task_.promise().start(task_, awaiter, detail::executorOf(awaiter));
+      return task_->start(task_->coroutine(), awaiter, detail::executorOf(awaiter));
     }
 
     T await_resume() {
-      promise_type& promise = task_.promise();
-      if (promise.exception) std::rethrow_exception(promise.exception);
-      return promise.take();
+      task_->rethrowRefusal();
+      if (task_->exception) std::rethrow_exception(task_->exception);
+      return task_->take();
     }
 
    private:
-    std::coroutine_handle<promise_type> task_;
+    const detail::Share<promise_type> task_;
   };
 
-  Task(Task&& other) noexcept : coroutine_(std::exchange(other.coroutine_, nullptr)) {}
-  Task& operator=(Task&& other) noexcept {
-    std::swap(coroutine_, other.coroutine_);
-    return *this;
-  }
-  ~Task() {
-    if (coroutine_) coroutine_.destroy();
-  }
+  struct promise_type : detail::TaskPromise, detail::TaskResult<T> {
+    Task get_return_object() noexcept { return Task(detail::Share<promise_type>::ofNew(*this)); }
+    std::coroutine_handle<promise_type> coroutine() noexcept {
+      return std::coroutine_handle<promise_type>::from_promise(*this);
+    }
+
+   private:
+    void destroy() noexcept override { coroutine().destroy(); }
+  };
+
+  Task(Task&&) noexcept = default;
+  Task& operator=(Task&&) noexcept = default;
 
   /// The same task, run on `executor` wherever it is awaited from.
   Task on(std::shared_ptr<Executor> executor) && {
-    coroutine_.promise().executor = std::move(executor);
+    task_->executor = std::move(executor);
     return std::move(*this);
   }
 
-  Awaiter operator co_await() && noexcept { return Awaiter(coroutine_); }
+  Awaiter operator co_await() && noexcept { return Awaiter(std::move(task_)); }
 
  private:
-  explicit Task(std::coroutine_handle<promise_type> coroutine) : coroutine_(coroutine) {}
+  explicit Task(detail::Share<promise_type> task) noexcept : task_(std::move(task)) {}
 
-  std::coroutine_handle<promise_type> coroutine_;
+  detail::Share<promise_type> task_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,9 @@
 #include "TalvoConsentSDK/platform/URLSession.h"
 
 #include <algorithm>
+#include <atomic>
+#include <memory>
+#include <utility>
 
 #include "TalvoConsentSDK/platform/ASCII.h"
 
@@ -10,5 +13,30 @@ bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const no
   const auto lower = [](char c) { return lowercased(c); };
   return std::ranges::lexicographical_compare(a, b, {}, lower, lower);
 }
+
+namespace detail {
+
+void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion) {
+  struct Report {
+    URLSession::Completion completion;
+    std::atomic<bool> hasCome = false;
+
+    void come(Result<URLResponse> outcome) {
+      if (hasCome.exchange(true)) return;
+      const auto taken = std::move(completion);
+      taken(std::move(outcome));
+    }
+  };
+  const auto report = std::make_shared<Report>();
+  report->completion = std::move(completion);
+  try {
+    session.run(std::move(request),
+                [report](Result<URLResponse> outcome) { report->come(std::move(outcome)); });
+  } catch (...) {
+    report->come(Error::current());
+  }
+}
+
+}  // namespace detail
 
 }  // namespace TalvoConsentSDK

@@ -52,8 +52,17 @@ class URLSession {
 
   /// Sends `request` and calls `completion` exactly once, on the session's own thread: with a response,
   /// whatever its status, or with the error that kept one from arriving. Redirects have been followed.
-  /// Returns at once. Once the process has begun to exit, completions may no longer be called.
+  /// Returns at once; throws only when it will not call. Once the process has begun to exit, completions may
+  /// no longer be called.
   virtual void run(URLRequest request, Completion completion) = 0;
 };
+
+namespace detail {
+
+/// Runs a request on a session that may be a host's own. `completion` is called at most once: what a session
+/// reports later does not count, and what its `run` throws before a report is the report.
+TALVO_EXPORT void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion);
+
+}  // namespace detail
 
 }  // namespace TalvoConsentSDK

@@ -52,9 +52,13 @@ bool differs(const KeptConsent& after, const KeptConsent& before) {
 
 ConsentStorage::ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults)
     : userDefaults_(std::move(userDefaults)),
-      storageKey_("com.talvo.consent.basicConsent." + siteId),
+      storageKey_(consentKey(siteId)),
       userIdKey_("com.talvo.consent.userId." + siteId),
       originalConsentKey_("com.talvo.consent.originalConsent." + siteId) {}
+
+std::string ConsentStorage::consentKey(const std::string& siteId) {
+  return "com.talvo.consent.basicConsent." + siteId;
+}
 
 Loaded<BasicConsent> ConsentStorage::loadConsent() const {
   return load(storageKey_, loadFailure);

@@ -47,6 +47,9 @@ class ConsentStorage {
  public:
   ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults);
 
+  /// Where a site's consent is stored.
+  static std::string consentKey(const std::string& siteId);
+
   Loaded<BasicConsent> loadConsent() const;
 
   /// Tells whether the consent now is on the device.

@@ -30,7 +30,7 @@ LayoutDirection layoutDirection(const BannerCustomization::Customization& custom
 std::shared_ptr<Scene> foregroundScene() {
   const auto scenes = Platform::current().application->connectedScenes();
   const auto scene = std::ranges::find_if(scenes, [](const auto& each) {
-    return each->activationState() == ActivationState::foregroundActive && each->isWindowScene();
+    return each && each->activationState() == ActivationState::foregroundActive && each->isWindowScene();
   });
   return scene == scenes.end() ? nullptr : *scene;
 }
@@ -64,6 +64,7 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   controller->setBackgroundColor(Color::clear());
 
   const auto window = scene->makeWindow();
+  if (!window) return;
   window->setRootViewController(controller);
   window->setWindowLevel(WindowLevel::alert);
   window->setBackgroundColor(Color::clear());
@@ -79,7 +80,8 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
 void ConsentBannerPresenter::dismiss() {
   if (!overlayWindow_) return;
   *isOver_ = true;
-  overlayWindow_->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = overlayWindow_] {
+  const auto fading = overlayWindow_;  // it may be replaced while its window begins to fade
+  fading->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = fading] {
     window->setHidden(true);
     // A banner shown while this one faded out stays.
     if (self->overlayWindow_ != window) return;
@@ -94,7 +96,9 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
     return [self, isOver, callback = std::move(callback)](const auto&... arguments) {
       if (std::exchange(*isOver, true)) return;
       callback(arguments...);
-      if (const auto presenter = self.lock()) presenter->dismiss();
+      const auto presenter = self.lock();
+      if (presenter && presenter->isOver_ == isOver)
+        presenter->dismiss();  // unless it was replaced meanwhile
     };
   };
   const BannerCallbacks& callbacks = bannerView.callbacks();

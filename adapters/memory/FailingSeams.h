@@ -103,4 +103,23 @@ class FailingURLSession : public URLSession {
   const std::shared_ptr<Executor> thread_;
 };
 
+/// An executor that can throw instead of taking a job, or once it has taken it.
+class FailingExecutor : public Executor {
+ public:
+  explicit FailingExecutor(std::shared_ptr<Executor> inner) : inner_(std::move(inner)) {}
+
+  std::atomic<bool> refuses = false;
+  std::atomic<bool> throwsAfterwards = false;
+
+  void post(std::function<void()> job) override {
+    const PlatformError error("FailingExecutor", 1, "The executor is out of order");
+    if (refuses) throw error;
+    inner_->post(std::move(job));
+    if (throwsAfterwards) throw error;
+  }
+
+ private:
+  const std::shared_ptr<Executor> inner_;
+};
+
 }  // namespace TalvoConsentSDK

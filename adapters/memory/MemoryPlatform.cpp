@@ -8,13 +8,14 @@ void MemoryPlatform::install() {
   platform.userDefaults = userDefaults;
   platform.mainActor = mainActor;
   platform.background = background;
+  platform.callbacks = callbacks;
   platform.application = application;
   platform.printer = printer;
   Platform::install(std::move(platform));
 }
 
 void MemoryPlatform::settle() {
-  while (mainActor->runAll() + background->runAll() + sessionThread->runAll() > 0) {
+  while (mainActor->runAll() + background->runAll() + callbacks->runAll() + sessionThread->runAll() > 0) {
   }
 }
 

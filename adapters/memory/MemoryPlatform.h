@@ -24,11 +24,12 @@ class MemoryPlatform {
   /// Makes this the installed platform. Each fake can be replaced before.
   void install();
 
-  /// Runs the main actor, the background and the session until all are idle.
+  /// Runs the executors and the session until all are idle.
   void settle();
 
   std::shared_ptr<ManualExecutor> mainActor = std::make_shared<ManualExecutor>();
   std::shared_ptr<ManualExecutor> background = std::make_shared<ManualExecutor>();
+  std::shared_ptr<ManualExecutor> callbacks = background;  // as where a host has no more than one thread
   std::shared_ptr<ManualExecutor> sessionThread = std::make_shared<ManualExecutor>();
   std::shared_ptr<FakeURLSession> session = std::make_shared<FakeURLSession>(sessionThread);
   std::shared_ptr<InMemoryUserDefaults> store = std::make_shared<InMemoryUserDefaults>();

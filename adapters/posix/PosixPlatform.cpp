@@ -55,6 +55,7 @@ Platform makePosixPlatform(std::shared_ptr<MainQueue> mainQueue, const fs::path&
   platform.userDefaults = std::make_shared<SQLiteUserDefaults>(store);
   platform.mainActor = std::move(mainQueue);
   platform.background = std::make_shared<BackgroundThread>();
+  platform.callbacks = std::make_shared<BackgroundThread>();
   return platform;
 }
 

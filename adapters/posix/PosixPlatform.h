@@ -18,7 +18,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// is created. Throws a `PlatformError` when the person has no home folder either.
 TALVO_EXPORT std::filesystem::path defaultStoreFile();
 
-/// HTTP through libcurl, consents in the SQLite file `store`, a background thread, lines on standard output,
+/// HTTP through libcurl, consents in the SQLite file `store`, threads for work and for callbacks, lines on
+/// standard output,
 /// and `mainQueue` as the main actor, which the host's main loop drains. There are no windows. Throws what
 /// `CurlURLSession` throws; a store that cannot be opened fails its own operations only.
 ///

@@ -109,7 +109,8 @@ std::optional<ElementId> AccessibleTree::focused() const {
 }
 
 void AccessibleTree::activate(ElementId id) {
-  const auto controller = window_.controller();  // what it does may end the window
+  const ViewWindow::Use use(window_);
+  const auto controller = window_.controller();  // what it does may end the window's use of it
   if (const AccessibleElement* element = find(id)) controller->reveal(*element);
   controller->activate(id);
 }

@@ -34,7 +34,7 @@ OverlayWindow::OverlayWindow(QWindow* host, const QtOptions& options,
 OverlayWindow::~OverlayWindow() {
   if (!surface_) return;
   surface_->conceal();
-  surface_->deleteLater();  // it may be in one of its own event handlers
+  surface_->deleteWhenUnused();
 }
 
 void OverlayWindow::setRootViewController(std::shared_ptr<HostingController> controller) {

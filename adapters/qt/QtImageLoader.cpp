@@ -51,12 +51,13 @@ void QtImageLoader::load(const URL& url, Completion completion) {
     mainActor_->post([completion] { completion(failure("The URL cannot be requested")); });
     return;
   }
-  session_->run(URLRequest(url), [mainActor = mainActor_, background = background_,
-                                  completion = std::move(completion)](const Result<URLResponse>& outcome) {
-    background->post([mainActor, completion, outcome] {
-      mainActor->post([completion, loaded = decoded(outcome)] { completion(loaded); });
-    });
-  });
+  detail::runOnce(*session_, URLRequest(url),
+                  [mainActor = mainActor_, background = background_,
+                   completion = std::move(completion)](const Result<URLResponse>& outcome) {
+                    detail::postOrRun(background, [mainActor, completion, outcome] {
+                      mainActor->post([completion, loaded = decoded(outcome)] { completion(loaded); });
+                    });
+                  });
 }
 
 }  // namespace TalvoConsentSDK

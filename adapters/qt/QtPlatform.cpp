@@ -15,13 +15,16 @@ Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& opt
   platform.userDefaults = std::make_shared<SQLiteUserDefaults>(store);
   platform.mainActor = std::make_shared<QtMainActor>();
   platform.background = std::make_shared<BackgroundThread>();
+  platform.callbacks = std::make_shared<BackgroundThread>();
   addQtWindows(platform, options);
   return platform;
 }
 
 void addQtWindows(Platform& platform, const QtOptions& options) {
+  Platform filledIn = platform;
+  filledIn.fillIn();
   platform.application = std::make_shared<QtApplication>(
-      options, std::make_shared<QtImageLoader>(platform.urlSession, platform.mainActor, platform.background));
+      options, std::make_shared<QtImageLoader>(filledIn.urlSession, filledIn.mainActor, filledIn.background));
 }
 
 }  // namespace TalvoConsentSDK

@@ -75,11 +75,18 @@ void ViewWindow::setController(std::shared_ptr<HostingController> controller, Vi
   resized();
 }
 
+// An event loop that a handler runs would delete a window that is deleted later in that loop's course.
+void ViewWindow::deleteWhenUnused() {
+  isDoomed_ = true;
+  if (uses_ == 0) deleteLater();
+}
+
 void ViewWindow::scheduleFrame() {
   if (!timer_.isActive() || timer_.remainingTime() > 0) timer_.start(0);
 }
 
 void ViewWindow::drawFrame() {
+  const Use use(*this);
   const auto now = Clock::now();
   static const std::vector<Visual> nothing;
   const std::vector<Visual>& visuals = controller_ ? controller_->frame(now) : nothing;
@@ -98,6 +105,8 @@ void ViewWindow::resized() {
 }
 
 bool ViewWindow::event(QEvent* event) {
+  if (event->type() == QEvent::DeferredDelete) return QQuickWindow::event(event);
+  const Use use(*this);
   const auto controller = controller_;  // what it is told to do may end this window's use of it
   if (!controller) return QQuickWindow::event(event);
   switch (event->type()) {

@@ -2,6 +2,7 @@
 
 // A Qt window that shows a HostingController: paints what it answers, and hands it what the person does.
 
+#include <QPointer>
 #include <QQuickWindow>
 #include <QTimer>
 #include <memory>
@@ -29,6 +30,23 @@ class ViewWindow : public QQuickWindow {
 
   /// The item that everything of the controller's lies in.
   QQuickItem& stage() { return stage_; }
+
+  /// While there is one, the window is in a handler of its own. Whatever that calls may run an event loop.
+  class Use {
+   public:
+    explicit Use(ViewWindow& window) : window_(&window) { ++window_->uses_; }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() {
+      if (window_ && --window_->uses_ == 0 && window_->isDoomed_) window_->deleteLater();
+    }
+
+   private:
+    const QPointer<ViewWindow> window_;  // it may go with its host
+  };
+
+  /// Deletes the window once it is in none of its handlers.
+  void deleteWhenUnused();
 
   /// Draws a frame as soon as possible.
   void scheduleFrame();
@@ -63,7 +81,9 @@ class ViewWindow : public QQuickWindow {
   std::shared_ptr<HostingController> controller_;
   ViewEnvironment environment_;
   std::optional<int> finger_;  // the one touch point that counts
-  bool isPassingOn_ = false;   // from a press that is not the view's to its release
+  int uses_ = 0;
+  bool isDoomed_ = false;
+  bool isPassingOn_ = false;  // from a press that is not the view's to its release
   AccessibleTree accessible_;
 };
 

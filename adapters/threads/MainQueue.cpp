@@ -14,17 +14,24 @@ void MainQueue::post(std::function<void()> job) {
     jobs_.push_back(std::move(job));
     changed_.notify_all();
   }
-  if (wake_) wake_();
+  callHost(wake_);
 }
 
 std::size_t MainQueue::drain() {
-  std::deque<std::function<void()>> jobs;
-  {
-    const std::scoped_lock guard(lock_);
-    jobs.swap(jobs_);
+  std::unique_lock guard(lock_);
+  // A job may drain as well: what it takes from the queue is not there for this call any more.
+  const std::size_t end = taken_ + jobs_.size();
+  std::size_t count = 0;
+  for (; taken_ < end; ++count) {
+    std::function<void()> job = std::move(jobs_.front());
+    jobs_.pop_front();
+    ++taken_;
+    guard.unlock();
+    callHost(job);
+    job = nullptr;  // what it holds is released outside the lock
+    guard.lock();
   }
-  for (const auto& job : jobs) callHost(job);
-  return jobs.size();
+  return count;
 }
 
 bool MainQueue::wait(std::chrono::milliseconds limit) {

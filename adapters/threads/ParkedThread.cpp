@@ -4,13 +4,17 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
+#include <list>
 #include <mutex>
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 namespace TalvoConsentSDK {
 
 struct ParkedThread::Shared {
+  const pid_t process = getpid();
   std::function<void()> wake;
   std::atomic<bool> stop = false;
   std::thread thread;  // taken by whoever joins it
@@ -19,8 +23,12 @@ struct ParkedThread::Shared {
   std::condition_variable changed;
   bool ended = false;
 
+  // A forked child has neither the thread nor a use for its locks, which stay as they were.
+  bool isElsewhere() const { return process != getpid(); }
+
   void park() {
     constexpr std::chrono::milliseconds patience(250);
+    if (isElsewhere()) return;
     stop = true;
     wake();
     std::unique_lock guard(lock);
@@ -96,6 +104,11 @@ ParkedThread::ParkedThread(Loop loop, std::function<void()> wake) : shared_(std:
 }
 
 ParkedThread::~ParkedThread() {
+  if (shared_->isElsewhere()) {
+    static auto& left = *new std::list<std::thread>;  // they could be neither joined nor detached
+    left.push_back(std::move(shared_->thread));
+    return;
+  }
   shared_->stop = true;
   shared_->wake();
   std::unique_lock guard(shared_->lock);

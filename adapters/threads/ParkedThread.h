@@ -13,7 +13,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs a loop on a thread of its own, with all signals blocked. When the process exits, the loop is asked to
 /// stop and, once `wake` has returned, given 250 ms to end; the thread is then left as it is, so that a host
-/// callback that never returns cannot hang the exit. Make one only after the libraries that its loop uses
+/// callback that never returns cannot hang the exit. A forked child does not have the thread: there, its end
+/// is not waited for. Make one only after the libraries that its loop uses
 /// have been initialised: exit handlers run in reverse order, so theirs then come after this one's.
 class ParkedThread {
  public:

@@ -49,6 +49,7 @@ class CountingSession : public URLSession {
 void Activity::watch(Platform& platform) {
   platform.mainActor = std::make_shared<CountingExecutor>(platform.mainActor, count_);
   platform.background = std::make_shared<CountingExecutor>(platform.background, count_);
+  platform.callbacks = std::make_shared<CountingExecutor>(platform.callbacks, count_);
   platform.urlSession = std::make_shared<CountingSession>(platform.urlSession, count_);
 }
 

@@ -101,7 +101,8 @@ TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** j
 
 /*
  * Sends a consent such as {"preferences":true,"statistics":false,"marketing":["vendor"]}, stores it once the
- * service has it, and raises its events; `callback`, which may be null, hears of it on a background thread.
+ * service has it, and raises its events; `callback`, which may be null, hears of it. Both come in order on a
+ * thread of the library's for callbacks, which may block.
  */
 TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                                     talvo_reply_callback callback, void* user_data);
@@ -128,7 +129,7 @@ typedef struct talvo_banner_callbacks {
 TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);
 
-/* Listeners. They are called on the thread that the event arises on: of a submission, a background one. */
+/* Listeners. Of a submission they are called on the thread for callbacks, of an identity on the main one. */
 TALVO_API talvo_status talvo_cookies_add_listener(talvo_cookies* client, talvo_event event,
                                                   talvo_event_callback callback, void* user_data,
                                                   talvo_callback release);
@@ -145,8 +146,8 @@ typedef struct talvo_topic {
 } talvo_topic;
 
 /*
- * Sends the choices of the person with this address. `callback`, which may be null, is called on a thread of
- * the library's, or, when there is nothing that could be sent, before this returns.
+ * Sends the choices of the person with this address. `callback`, which may be null, is called on the thread
+ * for callbacks, or, when there is nothing that could be sent, before this returns.
  */
 TALVO_API talvo_status talvo_topics_submit(talvo_topics* client, const char* email, const talvo_topic* topics,
                                            size_t count, talvo_reply_callback callback, void* user_data);

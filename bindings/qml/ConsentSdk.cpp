@@ -7,6 +7,7 @@
 #include <QtQml>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/qt/QtPlatform.h"
@@ -40,11 +41,13 @@ void registerQmlTypes() {
 
 ConsentSdk::ConsentSdk(QObject* parent) : QObject(parent) {}
 
-ConsentSdk::~ConsentSdk() = default;
+ConsentSdk::~ConsentSdk() {
+  for (const auto& [event, listener] : listeners_) sdk_->removeEventListener(event, listener);
+}
 
 // The QML engine calls it, which nothing may be thrown through.
 void ConsentSdk::componentComplete() try {
-  if (!CookiesSDK::getInstance()) {
+  if (!Platform::isInstalled()) {
     QtOptions options;
     options.text.scale = textScale_;
     options.reducesMotion = reducesMotion_;
@@ -52,26 +55,27 @@ void ConsentSdk::componentComplete() try {
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());
-  sdk_->setLanguage(language_.toStdString());
+  if (hasLanguage_) sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
     const QString name = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
     const auto tell = [run = later(this), name] {
-      run([name](ConsentSdk& self) {
-        emit self.eventRaised(name);
-        emit self.consentChanged();
-      });
+      run([name](ConsentSdk& self) { emit self.eventRaised(name); });
     };
-    sdk_->addEventListener(event, std::make_shared<ConsentEventClosureCallback>(tell, [] {}));
+    const auto listener = std::make_shared<ConsentEventClosureCallback>(tell, [] {});
+    sdk_->addEventListener(event, listener);
+    listeners_[event] = listener;
   }
+  observation_ = observeStoredConsent(*sdk_, [this] { emit consentChanged(); });
   emit consentChanged();
 } catch (...) {
   report(Error::current());
 }
 
 void ConsentSdk::setLanguage(const QString& language) {
+  hasLanguage_ = true;
+  if (sdk_) sdk_->setLanguage(language.toStdString());
   if (language == language_) return;
   language_ = language;
-  if (sdk_) sdk_->setLanguage(language.toStdString());
   emit languageChanged();
 }
 
@@ -85,7 +89,7 @@ QVariant ConsentSdk::consent() const {
 
 void ConsentSdk::showBanner() {
   if (!sdk()) return;
-  sdk_->showBanner(announcing(), announcing(), announcing(), [run = later(this)](const Error& error) {
+  sdk_->showBanner({}, {}, {}, [run = later(this)](const Error& error) {
     run([error](ConsentSdk& self) { self.report(error); });
   });
 }
@@ -116,9 +120,7 @@ void ConsentSdk::identify(const QString& userId) {
 }
 
 void ConsentSdk::removeIdentity() {
-  if (!sdk()) return;
-  sdk_->removeIdentity();
-  emit consentChanged();
+  if (sdk()) sdk_->removeIdentity();
 }
 
 CookiesSDK* ConsentSdk::sdk() {
@@ -128,10 +130,6 @@ CookiesSDK* ConsentSdk::sdk() {
 
 void ConsentSdk::report(const Error& error) {
   emit failed(QString::fromUtf8(error.what()));
-}
-
-std::function<void()> ConsentSdk::announcing() {
-  return [run = later(this)] { run([](ConsentSdk& self) { emit self.consentChanged(); }); };
 }
 
 }  // namespace TalvoConsentSDK

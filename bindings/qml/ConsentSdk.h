@@ -7,7 +7,7 @@
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
-#include <functional>
+#include <map>
 #include <memory>
 
 #include "TalvoConsentSDK/platform/Export.h"
@@ -15,14 +15,17 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 class CookiesSDK;
+class ConsentEventCallback;
 class Error;
+enum class ConsentEvent;
 
 /// Makes `import TalvoConsent` work: call it once, before the first QML file is loaded.
 TALVO_EXPORT void registerQmlTypes();
 
 /// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. What it is
-/// given counts once, when it is complete; only `language` can change later. GUI thread; every signal comes
-/// there.
+/// given counts once, when it is complete; only `language` can change later. A platform that the host has
+/// installed stays: `store` and the settings of the banner then are that one's. A language counts as soon as
+/// one is set; without one, that of the process's client stays. GUI thread; every signal comes there.
 class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_OBJECT
   Q_INTERFACES(QQmlParserStatus)
@@ -35,7 +38,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
   /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null when none is. Read anew
-  /// each time; consent given implicitly at start changes it without a signal.
+  /// each time.
   Q_PROPERTY(QVariant consent READ consent NOTIFY consentChanged)
 
  public:
@@ -59,7 +62,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
  signals:
   void languageChanged();
 
-  /// Something was decided, submitted, identified or restored.
+  /// The stored consent has changed, whatever changed it: a decision, an implicit consent, an identity.
   void consentChanged();
 
   /// One of the SDK's events, by its name, such as "ConsentSent".
@@ -72,7 +75,6 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   CookiesSDK* sdk();
   void submit(const QByteArray& json);
   void report(const Error& error);
-  std::function<void()> announcing();
 
   QString apiUrl_;
   QString siteId_;
@@ -81,7 +83,10 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   bool reducesMotion_ = false;
   QVariant highContrast_;
   QString language_ = QStringLiteral("en");
+  bool hasLanguage_ = false;  // somebody has set it
   std::shared_ptr<CookiesSDK> sdk_;
+  std::map<ConsentEvent, std::shared_ptr<ConsentEventCallback>> listeners_;
+  std::shared_ptr<void> observation_;
 };
 
 }  // namespace TalvoConsentSDK

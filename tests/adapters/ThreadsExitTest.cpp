@@ -10,6 +10,8 @@
 #include <thread>
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "adapters/threads/BackgroundThread.h"
 
@@ -106,6 +108,26 @@ TEST(ParkedThreadTest, LeavesTheSignalsAsTheyWereWhereNoThreadCanStart) {
   sigset_t blocked;
   pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
   EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
+}
+
+// A child has its parent's exit handlers and objects, but not its threads: it waits for none.
+TEST(ParkedThreadTest, IsNotWaitedForInAForkedChild) {
+  for (const bool isDestroyed : {true, false}) {
+    std::promise<void> stopped;
+    const auto wake = [&stopped, parent = ::getpid()] {
+      if (::getpid() != parent) ::_exit(9);
+      stopped.set_value();
+    };
+    auto thread = std::make_unique<ParkedThread>([&](const auto&) { stopped.get_future().wait(); }, wake);
+    const pid_t child = ::fork();
+    if (child == 0) {
+      if (isDestroyed) thread.reset();
+      std::exit(0);
+    }
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << isDestroyed << status;
+  }
 }
 
 }  // namespace

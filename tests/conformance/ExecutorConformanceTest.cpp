@@ -41,6 +41,21 @@ struct BackgroundDriver {
 using Drivers = ::testing::Types<ManualDriver, MainQueueDriver, BackgroundDriver>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Portable, ExecutorConformance, Drivers);
 
+TEST(MainQueue, KeepsTheOrderWhereAJobDrainsAndAWakeThrows) {
+  MainQueue queue([] { throw std::runtime_error("the host's"); });
+  std::vector<int> order;
+  queue.post([&] {
+    order.push_back(1);
+    queue.post([&] { order.push_back(4); });
+    EXPECT_EQ(queue.drain(), 3u);
+    order.push_back(5);
+  });
+  for (const int job : {2, 3}) queue.post([&order, job] { order.push_back(job); });
+  EXPECT_EQ(queue.drain(), 1u);
+  EXPECT_THAT(order, ::testing::ElementsAre(1, 2, 3, 4, 5));
+  EXPECT_FALSE(queue.wait(std::chrono::milliseconds(0)));
+}
+
 TEST(MainQueue, WakesTheHostAndLetsItsLoopGoOn) {
   int wakes = 0;
   MainQueue queue([&] { ++wakes; });

@@ -94,5 +94,90 @@ TEST_F(ClientTest, WarmsUpForANewLanguage) {
   EXPECT_TRUE(platform.store->values().size() == 1u && stored("basicConsent") == "{}");
 }
 
+// Clients of a host that is late to install its platform, or forgets to.
+TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
+  ::testing::internal::CaptureStdout();
+  const auto client = CookiesSDK::createInstance("https://service.example", "s");
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "⚠️ No platform is installed; call Platform::install\n");
+  const auto topics = TalvoConsent::getInstance("", "", std::nullopt, "https://service.example");
+  Texts ends;
+  const auto use = [&] {
+    client->submitConsent(BasicConsent(), [&](const auto& reply) { ends.push_back(failure(reply)); });
+    topics->submitConsent("", {}, [&](const auto& reply) { ends.push_back(failure(reply)); });
+    client->showBanner({}, {}, {}, [&](const Error& error) { ends.push_back(error.what()); });
+  };
+  ::testing::internal::CaptureStdout();
+  use();
+  EXPECT_FALSE(client->getConsent());
+  EXPECT_THAT(::testing::internal::GetCapturedStdout(), EndsWith("call Platform::install first\n"));
+  EXPECT_THAT(ends,
+              ::testing::AllOf(SizeIs(3),
+                               Each(EndsWith("No URL session is installed; call Platform::install first"))));
+
+  MemoryPlatform platform;
+  const std::string root = "https://service.example/public/";
+  platform.store->set("com.talvo.consent.basicConsent.s", Data(R"({"id":"c"})")).value();
+  platform.store->set("com.talvo.consent.userId.s", "u"s).value();
+  platform.session->answer("GET", root + "cookies/s/configurations", 200, R"({"implicitConsent":true})");
+  platform.session->answer("GET", root + "cookie-consent/s/identified/u?consentId=c", 200, "null");
+  platform.session->answer("PUT", root + "cookie-consent/s", 200, R"({"id":"n"})");
+  platform.session->answer("POST", root + "consent", 200, "{}");
+  platform.session->answer("GET", root + "banner-customization/s?lng=en", 500, "down");
+  platform.install();
+  MemoryPlatform().install();  // too late for them
+  platform.settle();
+  EXPECT_EQ(platform.session->requests().size(), 2u) << "the configuration and the user's consent";
+  EXPECT_EQ(client->getConsent()->id, "c");
+  ends.clear();
+  use();
+  platform.settle();
+  EXPECT_THAT(ends, ::testing::UnorderedElementsAre("", "", "HTTP error 500: down"));
+  const auto sent = platform.session->requests();
+  EXPECT_TRUE(std::ranges::any_of(sent, [](const URLRequest& each) {
+    return each.method == "PUT" && each.body->find(R"("userId":"u")") != std::string::npos;
+  }));
+}
+
+// A host's store and printer are called while the client is made.
+TEST_F(ClientTest, IsThereForOtherThreadsOnceItIsMade) {
+  std::thread other;
+  std::shared_ptr<CookiesSDK> seenElsewhere;
+  std::atomic<bool> hasBegun = false;
+  platform.userDefaults->before = [&](std::string_view) {
+    EXPECT_FALSE(CookiesSDK::getInstance() || CookiesSDK::createInstance("https://other.example", "o"));
+    if (other.joinable()) return;
+    other = std::thread([&] {
+      hasBegun = true;
+      seenElsewhere = CookiesSDK::getInstance();
+    });
+    while (!hasBegun) std::this_thread::yield();
+  };
+  const auto client = create();
+  other.join();
+  EXPECT_TRUE(client && seenElsewhere == client);
+  platform.userDefaults->before = [](auto) {};
+  platform.settle();
+}
+
+TEST_F(ClientTest, WorksWithWhatIsLeftOut) {
+  Platform nothing;
+  for (const auto member : {&Platform::mainActor, &Platform::background}) nothing.*member = nullptr;
+  nothing.urlSession = nullptr;
+  nothing.userDefaults = nullptr;
+  nothing.application = nullptr;
+  nothing.localization = nullptr;
+  nothing.printer = nullptr;
+  Platform::install(nothing);
+  ::testing::internal::CaptureStdout();
+  const auto client = CookiesSDK::createInstance("https://service.example/", "s");
+  int ends = 0;
+  client->submitConsent({}, [&](const auto& result) { ends += !result; });
+  client->showBanner({}, {}, {}, [&](const Error&) { ++ends; });
+  client->identify("u");
+  client->removeIdentity();
+  EXPECT_EQ(ends, 2);
+  EXPECT_THAT(::testing::internal::GetCapturedStdout(), HasSubstr("No user-defaults store is installed"));
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -1,7 +1,7 @@
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
 #include <future>
+#include <mutex>
 #include <thread>
 
 #include "adapters/threads/BackgroundThread.h"
@@ -82,6 +82,7 @@ TEST_F(ClientTest, WaitsForTheStoreAtCreationOnlyAndNeverForTheNetwork) {
   const auto session = std::make_shared<HeldSession>(platform.session);
   installed.urlSession = session;
   installed.background = std::make_shared<BackgroundThread>();
+  installed.callbacks = nullptr;
   Platform::install(installed);
 
   std::shared_ptr<CookiesSDK> client;

@@ -95,5 +95,62 @@ TEST_F(ClientTest, SucceedsAlsoWhereNothingCanBeStoredAndHostsThrow) {
                           "⚠️ A callback threw: host's", "⚠️ A callback threw: host's"));
 }
 
+TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  platform.callbacks = std::make_shared<ManualExecutor>();
+  platform.install();
+  const auto client = created();
+  noteEvents(*client);
+  const auto listener = std::make_shared<ConsentEventClosureCallback>([this] { note("?"); }, [] {});
+  for (int times = 0; times < 2; ++times) client->addEventListener(ConsentEvent::rejectAll, listener);
+  client->removeEventListener(ConsentEvent::rejectAll, listener);
+  client->submitConsent(BasicConsent::rejectAll(), [this](const auto&) { note("first"); });
+  awaitAndNote(client->submitConsent(BasicConsent::rejectAll()), [this](const auto&) { note("second"); });
+  client->identify("u");
+  while (platform.mainActor->runAll() + platform.background->runAll() + platform.sessionThread->runAll() >
+         0) {
+  }
+  EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll())) << "though callbacks are blocked";
+  EXPECT_THAT(std::exchange(trace, {}), ElementsAre("IdentificationComplete on main"));
+  platform.callbacks->post([this] { note("between"); });
+  EXPECT_TRUE(platform.callbacks->runAll() == 3 && platform.callbacks->runAll() == 0);
+  EXPECT_THAT(trace, ElementsAre("RejectAll elsewhere", "ConsentSent elsewhere", "first elsewhere",
+                                 "RejectAll elsewhere", "ConsentSent elsewhere", "second elsewhere",
+                                 "between elsewhere"));
+}
+
+// Executors that take no job: each operation still ends, once, on the caller's thread.
+TEST_F(ClientTest, EndsOnceWhereExecutorsTakeNoJobs) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  answer("GET", "banner-customization/s?lng=en", 500, "down");
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  Platform installed = Platform::current();
+  std::vector<std::shared_ptr<FailingExecutor>> executors;
+  for (const auto member : {&Platform::mainActor, &Platform::background, &Platform::callbacks}) {
+    executors.push_back(std::make_shared<FailingExecutor>(installed.*member));
+    installed.*member = executors.back();
+  }
+  Platform::install(installed);
+  const auto client = created();
+  std::map<std::string, int> ends;
+  client->addEventListener(ConsentEvent::identificationComplete,
+                           std::make_shared<ConsentEventClosureCallback>([&] { ++ends["identify"]; }, [] {}));
+  for (const auto& executor : executors) {
+    for (const bool refuses : {true, false}) {
+      (refuses ? executor->refuses : executor->throwsAfterwards) = true;
+      ends.clear();
+      client->submitConsent({}, [&](const auto&) { ++ends["submit"]; });
+      spawn<ConsentResponse>(nullptr, client->submitConsent({}), [&](const auto&) { ++ends["task"]; });
+      client->showBanner({}, {}, {}, [&](const Error&) { ++ends["banner"]; });
+      client->identify("u");
+      platform.settle();
+      EXPECT_THAT(ends,
+                  ElementsAre(Pair("banner", 1), Pair("identify", 1), Pair("submit", 1), Pair("task", 1)));
+      executor->refuses = executor->throwsAfterwards = false;
+    }
+  }
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

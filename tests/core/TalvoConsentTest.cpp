@@ -23,7 +23,7 @@ TEST_P(TopicsTest, SendsThem) {
   EXPECT_EQ(TalvoConsent::getInstance("t", "other", "other", "https://elsewhere.example"), client);
   std::string reply;
   client->submitConsent("me@x.example", topics, [&](const Result<JSONObject>& result) {
-    EXPECT_TRUE(platform.sessionThread->isCurrent());
+    EXPECT_TRUE(platform.callbacks->isCurrent());
     reply += written(*result);
   });
   platform.settle();
@@ -51,25 +51,6 @@ const Topics allTopics[] = {
     {"DefaultService", std::nullopt, std::nullopt, {}, TALVO_DEFAULT_API_URL "/public/consent", none},
 };
 INSTANTIATE_TEST_SUITE_P(Client, TopicsTest, ValuesIn(allTopics), byName);
-
-// A host that forgot to install a platform is told so by every operation.
-TEST(WithoutPlatformTest, SaysWhatIsMissing) {
-  ::testing::internal::CaptureStdout();
-  const auto client = CookiesSDK::createInstance("https://service.example", "s");
-  Texts errors;
-  client->submitConsent(BasicConsent(),
-                        [&](const Result<ConsentResponse>& reply) { errors.push_back(failure(reply)); });
-  TalvoConsent::getInstance("", "", std::nullopt, std::nullopt)
-      ->submitConsent("", {}, [&](const Result<JSONObject>& reply) { errors.push_back(failure(reply)); });
-  EXPECT_FALSE(client->getConsent());
-  const std::string noSession = "Network error: No URL session is installed; call Platform::install first";
-  EXPECT_THAT(errors, ElementsAre(noSession, noSession));
-  const std::string printed = ::testing::internal::GetCapturedStdout();
-  EXPECT_THAT(printed, HasSubstr("\nFailed to fetch configuration on init: " + noSession + "\n"));
-  EXPECT_THAT(printed,
-              EndsWith("⚠️ Failed to load consent from UserDefaults: No user-defaults store is installed; "
-                       "call Platform::install first\n"));
-}
 
 }  // namespace
 }  // namespace TalvoConsentSDK

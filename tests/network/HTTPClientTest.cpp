@@ -1,5 +1,6 @@
 #include <cmath>
 #include <stdexcept>
+#include <thread>
 
 #include "TalvoConsentSDK/models/ConsentResponse.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
@@ -178,6 +179,36 @@ TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesWhereItWasTold) {
   EXPECT_EQ(text, "");
   EXPECT_EQ(platform.mainActor->runAll(), 1u);
   EXPECT_EQ(text, "1");
+}
+
+// A session of a host's that does not keep to its contract.
+struct HostileSession : URLSession {
+  std::function<void(const Completion&)> work;
+  void run(URLRequest, Completion completion) override { work(completion); }
+};
+
+TEST_F(HTTPClientTest, EndsOnceWhateverTheSessionDoes) {
+  const auto session = std::make_shared<HostileSession>();
+  URLSessionHTTPClient over(session);
+  const auto reply = response(200, R"({"id":"1"})");
+  using Completion = URLSession::Completion;
+  const std::pair<std::string, std::function<void(const Completion&)>> table[] = {
+      {"Network error: out of order", [](const Completion&) { throw std::runtime_error("out of order"); }},
+      {"", [&](const Completion& report) { report(reply), throw 1; }},
+      {"", [&](const Completion& report) { report(reply), report(PlatformError("net", 1, "offline")); }},
+      {"", [&](const Completion& report) {
+         const std::jthread first(report, reply), second(report, reply), third(report, reply);
+       }}};
+  for (const auto& [expected, work] : table) {
+    session->work = work;
+    EXPECT_EQ(end(over.get<ConsentResponse>(url, {})), expected);
+    std::atomic<int> ends = 0;
+    over.postJSON(url, {}, {}, [&](const Result<JSONObject>& result) {
+      ++ends;
+      EXPECT_EQ(failure(result), expected);
+    });
+    EXPECT_EQ(ends, 1);
+  }
 }
 
 }  // namespace

@@ -43,11 +43,6 @@ Task<int> sum(int count) {
   co_return total;
 }
 
-// Where no thread can be started.
-struct NoThread : Executor {
-  void post(std::function<void()>) override { throw std::runtime_error("no thread"); }
-};
-
 // Runs a task to its end, unless told otherwise with no executor of its own.
 template <class T>
 Result<T> outcome(Task<T> task, const std::shared_ptr<Executor>& executor = nullptr) {
@@ -63,7 +58,6 @@ TEST(TaskTest, ReturnsOrThrowsOnceItIsAwaited) {
             "ours, not ours");
   EXPECT_TRUE(outcome(failing(true)).error().as<PlatformError>());
   EXPECT_EQ(failure(outcome(failing(false))), "not ours");
-  EXPECT_EQ(failure(outcome(value(1), std::make_shared<NoThread>())), "no thread");
 }
 
 std::string where(const MemoryPlatform& threads) {
@@ -132,6 +126,116 @@ Task<int> strays(std::shared_ptr<Executor> other, int hops) {
 TEST(TaskTest, HopsBetweenThreads) {
   const auto one = std::make_shared<BackgroundThread>();
   EXPECT_EQ(*outcome(strays(std::make_shared<BackgroundThread>(), 500).on(one)), 0);
+}
+
+Task<void> note(Texts& trace, std::string what) {
+  trace.push_back(what);
+  co_return;
+}
+
+// One wait on `first`, one on `second`, and the end.
+Task<void> twoSteps(Texts& trace, std::shared_ptr<Executor> first, std::shared_ptr<Executor> second) {
+  auto one = note(trace, "one").on(first);
+  co_await std::move(one);
+  auto two = note(trace, "two").on(second);
+  co_await std::move(two);
+  trace.push_back("end");
+}
+
+// An executor that cannot take a job, when a wait begins or when it ends, or that throws having taken it.
+TEST(TaskTest, EndsOnceWhateverItsExecutorsThrow) {
+  const auto table = rows<2>(R"(
+    nothing      | one; two; end; "
+    home refuses | one; The executor is out of order
+    away refuses | The executor is out of order
+    home throws  | one; The executor is out of order
+    away throws  | The executor is out of order)");
+  for (const auto& [what, expected] : table) {
+    const auto jobs = std::make_shared<ManualExecutor>();
+    const auto home = std::make_shared<FailingExecutor>(jobs);
+    const auto away = std::make_shared<FailingExecutor>(jobs);
+    Texts trace;
+    spawn<void>(home, twoSteps(trace, away, away),
+                [&](const Result<void>& end) { trace.push_back(end ? "\"" : end.error().what()); });
+    home->refuses = what == "home refuses";
+    home->throwsAfterwards = what == "home throws";
+    away->refuses = what == "away refuses";
+    away->throwsAfterwards = what == "away throws";
+    jobs->runAll();
+    EXPECT_EQ(joined(trace), expected) << what;
+  }
+  const auto late = std::make_shared<FailingExecutor>(Platform().background);
+  late->throwsAfterwards = true;  // having run the job
+  EXPECT_EQ(*outcome(value(1), late), 1);
+  const auto refusing = std::make_shared<FailingExecutor>(nullptr);
+  refusing->refuses = true;
+  EXPECT_EQ(failure(outcome(value(1), refusing)), "The executor is out of order");
+  int runs = 0;
+  detail::postOrRun(refusing, [&] { ++runs; });
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(TaskTest, CountsTheFirstReportOnly) {
+  using Report = std::function<void(int)>;
+  const std::pair<std::string, std::function<void(const Report&)>> table[] = {
+      {"1", [](const Report& report) { report(1), report(2); }},
+      {"1", [](const Report& report) { report(1), throw std::runtime_error("late"); }},
+      {"early", [](const Report&) { throw std::runtime_error("early"); }},
+      {"1", [](const Report& report) {
+         const std::jthread first(report, 1), second(report, 1), third(report, 1);
+       }}};
+  for (const auto& [expected, start] : table) {
+    Report late;
+    const auto waiting = [](CallbackAwaiter<int>& wait) -> Task<int> { co_return co_await wait; };
+    CallbackAwaiter<int> wait([&](const Report& report) { start(late = report); });
+    const auto end = outcome(waiting(wait));
+    late(3);
+    EXPECT_EQ(end ? std::to_string(*end) : failure(end), expected);
+  }
+}
+
+// A host's own coroutine, which it can destroy while it waits.
+struct HostCoroutine {
+  struct promise_type {
+    HostCoroutine get_return_object() { return {std::coroutine_handle<promise_type>::from_promise(*this)}; }
+    std::suspend_never initial_suspend() { return {}; }
+    std::suspend_always final_suspend() noexcept { return {}; }
+    void return_void() {}
+    void unhandled_exception() { throw; }
+  };
+  std::coroutine_handle<promise_type> handle;
+};
+
+template <class Awaitable>
+HostCoroutine await(Awaitable& awaitable, bool& wentOn) {
+  co_await std::move(awaitable);
+  wentOn = true;
+  throw std::runtime_error("a host's");
+}
+
+TEST(TaskTest, GoesOnWithoutItsAwaiter) {
+  MemoryPlatform threads;
+  threads.install();
+  for (const bool isDestroyed : {true, false}) {
+    for (const bool isDropped : {true, false}) {
+      Texts trace;
+      bool wentOn = false, hasReported = false;
+      std::function<void(int)> report;
+      CallbackAwaiter<int> wait([&](const auto& given) { report = given; });
+      auto task = std::make_unique<Task<void>>(
+          twoSteps(trace, threads.background, threads.sessionThread).on(threads.mainActor));
+      HostCoroutine first = await(*task, wentOn);
+      HostCoroutine second = await(wait, hasReported);
+      if (isDropped) task.reset();
+      if (isDestroyed) first.handle.destroy(), second.handle.destroy();
+      threads.settle();
+      if (!isDestroyed) report(1);
+      EXPECT_EQ(joined(trace), "one; two; end");
+      EXPECT_TRUE(wentOn != isDestroyed && hasReported != isDestroyed);
+      EXPECT_THAT(threads.printer->take(), SizeIs(isDestroyed ? 0 : 2)) << "what it throws is contained";
+      if (!isDestroyed) first.handle.destroy(), second.handle.destroy();
+    }
+  }
 }
 
 }  // namespace

@@ -53,7 +53,10 @@ class OverlayWindowTest : public ::testing::Test {
       rows.push_back(button(label, [this] { ++rowPresses; }));
     }
     const AnyView list = scroll(verticalStack({}, rows)).frame({.maxHeight = 120});
-    const AnyView press = button(text("Press", {}).padding(Insets::all(14)), [this] { ++presses; });
+    const AnyView press = button(text("Press", {}).padding(Insets::all(14)), [this] {
+      ++presses;
+      if (onPress) onPress();
+    });
     const Alignment bottom{HorizontalAlignment::center, VerticalAlignment::bottom};
     const AnyView card = verticalStack({}, {press, list})
                              .background({.color = Color::black()})
@@ -105,6 +108,7 @@ class OverlayWindowTest : public ::testing::Test {
   }
 
   int presses = 0;
+  std::function<void()> onPress;
   int rowPresses = 0;
   std::unique_ptr<Host> host;
   QtOptions options;
@@ -182,6 +186,27 @@ TEST_F(OverlayWindowTest, FadesByTheClock) {
   bool isDone = false;
   window->animateAlpha(1, 0ms, [&] { isDone = true; });
   EXPECT_TRUE(isDone);
+}
+
+// A host may run an event loop in what a handler calls, and the banner be replaced in its course.
+TEST_F(OverlayWindowTest, OutlivesItsHandlers) {
+  for (const bool byKey : {false, true}) {
+    show(true);
+    QPointer<OverlaySurface> handling = &surface();
+    onPress = [&] {
+      QTimer::singleShot(0, host.get(), [&] { window.reset(); });
+      EXPECT_FALSE(QTest::qWaitFor([&] { return !handling; }, 50));
+    };
+    if (byKey) {
+      controller->press(Key::tab);
+      QTest::keyClick(&surface(), Qt::Key_Space);
+    } else {
+      click(surface(), middle("Press"));
+    }
+    EXPECT_FALSE(window);
+    EXPECT_TRUE(spinUntil([&] { return !handling; }));
+  }
+  EXPECT_EQ(presses, 2);
 }
 
 TEST_F(OverlayWindowTest, HidesAndGoesAway) {

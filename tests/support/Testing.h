@@ -32,6 +32,7 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Pair;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 using ::testing::TestWithParam;
 using ::testing::ValuesIn;

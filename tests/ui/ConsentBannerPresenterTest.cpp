@@ -79,6 +79,17 @@ TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
   EXPECT_TRUE(replaced->tap(Role::button, "Accept") && trace.empty() && last->fades.size() == 1u);
 }
 
+// What the host does at a decision, such as running an event loop, may show the next banner.
+TEST_F(ConsentBannerPresenterTest, LeavesABannerShownWhileAnotherReports) {
+  std::shared_ptr<FakeWindow> next;
+  BannerCallbacks callbacks = banner().callbacks();
+  callbacks.onAcceptAll = [&] { next = show(); };
+  presenter->show(banner().withCallbacks(callbacks), made);
+  EXPECT_TRUE(platform.scene->windows().at(0)->tap(Role::button, "Accept"));
+  EXPECT_THAT(platform.scene->windows(), ElementsAre(next));
+  EXPECT_EQ(next->fades.size(), 1u) << "only in";
+}
+
 TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
   const int banners = repetitions("TALVO_TEST_BANNERS", 50);
   HostingController::Clock::time_point now;

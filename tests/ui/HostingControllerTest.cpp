@@ -184,5 +184,23 @@ TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
   EXPECT_EQ(offset(), 33);
 }
 
+// Rendering asks the host for texts and prints lines on its printer; either may run an event loop.
+TEST_F(HostingControllerTest, IsAskedWhileItRenders) {
+  HostingController* asked = nullptr;
+  int renderings = 0;
+  const AnyView nested = component("nested", [&](RenderContext&) {
+    ++renderings;
+    asked->touchBegan({1, 1}, {});
+    asked->touchEnded({1, 1}, {});
+    EXPECT_TRUE(asked->frame({}).empty() && asked->covers({1, 1}) && asked->accessibleElements(true).empty());
+    asked->setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, 1, {390, 844}, {}, {}, false});
+    return text("Shown", {});
+  });
+  TestScreen screen(verticalStack({}, {text("First", {}), nested}));
+  asked = &screen;
+  EXPECT_THAT(screen.drawn(), HasSubstr("Shown"));
+  EXPECT_EQ(renderings, 1);
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -120,5 +120,30 @@ TEST_F(ShowBannerTest, ReadsTheInstanceAtTheCallAndNeedsNoClosures) {
   EXPECT_EQ(newRequests().back(), "PUT cookie-consent/s");
 }
 
+TEST_F(ShowBannerTest, ReleasesTheClosuresOnTheMainActor) {
+  prepare({{{"500"}, {}, {}}});
+  answer("POST", "cookie-consent/s", 422, "refused");
+  const auto client = created();
+  const auto showOne = [&](const char* button) {
+    {
+      const std::shared_ptr<void> host(nullptr, [this](void*) { note("released"); });
+      client->showBanner([host] {}, [host] {}, [host] {}, [host](const Error&) {});
+    }
+    platform.settle();
+    if (!button) return;
+    EXPECT_TRUE(tap(*window()->controller, button));
+    platform.settle();
+    window()->finishAnimations();
+    platform.settle();
+  };
+  showOne(nullptr);  // a fetch fails
+  showOne("button Accept");
+  showOne(nullptr);  // is replaced
+  showOne("button Close");
+  platform.application->scenes.clear();
+  showOne(nullptr);
+  EXPECT_THAT(trace, ::testing::AllOf(SizeIs(5), Each("released on main")));
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

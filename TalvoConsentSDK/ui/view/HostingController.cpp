@@ -7,6 +7,21 @@
 
 namespace TalvoConsentSDK {
 
+namespace {
+
+class Raised {
+ public:
+  explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
+  ~Raised() { flag_ = false; }
+
+ private:
+  bool& flag_;
+};
+
+}  // namespace
+
 HostingController::HostingController(AnyView rootView, LayoutDirection direction)
     : rootView_(std::move(rootView)),
       direction_(direction),
@@ -17,15 +32,15 @@ HostingController::HostingController(AnyView rootView, LayoutDirection direction
       layout_(tree_, environment_) {}
 
 void HostingController::setEnvironment(ViewEnvironment environment) {
-  const bool hasOtherMetrics = environment.textMeasurer != environment_.textMeasurer;
+  if (environment.textMeasurer != environment_.textMeasurer) sizesAreStale_ = true;
   environment_ = std::move(environment);
   environment_.layoutDirection = direction_;
-  if (hasOtherMetrics) forgetAllSizes(tree_.root());
   layoutIsStale_ = true;
   requestFrame();
 }
 
 const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
+  if (isUpdating_) return visuals_;
   if (motion_.isFlinging()) applyScroll(*motion_.region(), motion_.step(now));
   update();
   animations_.begin(now, !environment_.reducesMotion);
@@ -35,13 +50,14 @@ const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
 }
 
 bool HostingController::covers(Point point) {
+  if (isUpdating_) return true;
   update();
   return isCovered(tree_, point);
 }
 
 const std::vector<AccessibleElement>& HostingController::accessibleElements(bool all) {
   update();
-  if (!all) return accessible_;
+  if (!all || isUpdating_) return accessible_;
   if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
     allAccessible_ = TalvoConsentSDK::accessibleElements(tree_);
@@ -64,8 +80,12 @@ bool HostingController::activate(ElementId control) {
   return true;
 }
 
-// Brings rendering and layout up to date.
+// Brings rendering and layout up to date. Texts, lines printed and pictures are the host's business, who may
+// run an event loop meanwhile and so get here again: it then sees what was there before.
 void HostingController::update() {
+  if (isUpdating_) return;
+  const Raised updating(isUpdating_);
+  if (std::exchange(sizesAreStale_, false)) forgetAllSizes(tree_.root());
   if (std::exchange(renderIsStale_, false)) {
     tree_.render(rootView_);
     layoutIsStale_ = true;
@@ -93,17 +113,16 @@ void HostingController::loadImages(Element& element) {
     auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
     if (loaded.url != image->url && environment_.imageLoader) {
       loaded = {image->url, nullptr};
-      environment_.imageLoader->load(
-          image->url, [weak = std::weak_ptr(self_), id = element.id,
-                       url = image->url](const Result<std::shared_ptr<const Image>>& result) {
-            const auto self = weak.lock();
-            if (!self || !result) return;
-            HostingController& controller = **self;
-            controller.tree_.memory().get<LoadedImage>(id, [] { return LoadedImage(); }) = {url, *result};
-            forgetAllSizes(controller.tree_.root());
-            controller.layoutIsStale_ = true;
-            controller.requestFrame();
-          });
+      const URL url = image->url;
+      environment_.imageLoader->load(url, [weak = std::weak_ptr(self_), id = element.id,
+                                           url](const Result<std::shared_ptr<const Image>>& result) {
+        const auto self = weak.lock();
+        if (!self || !result) return;
+        HostingController& controller = **self;
+        controller.tree_.memory().get<LoadedImage>(id, [] { return LoadedImage(); }) = {url, *result};
+        controller.sizesAreStale_ = controller.layoutIsStale_ = true;
+        controller.requestFrame();
+      });
     }
   }
   forEachChild(element, [this](Element& child) { loadImages(child); });

@@ -109,6 +109,8 @@ class HostingController {
   std::uint64_t accessibleRevision_ = 0;
   bool renderIsStale_ = true;
   bool layoutIsStale_ = true;
+  bool sizesAreStale_ = false;
+  bool isUpdating_ = false;
 
   std::optional<ElementId> pressed_;
   Point touchStart_;

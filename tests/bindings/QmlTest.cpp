@@ -1,0 +1,55 @@
+// The QML type beside a host that has a platform and a client of its own.
+
+#include "bindings/qml/ConsentSdk.h"
+#include "tests/core/ClientTest.h"
+
+namespace TalvoConsentSDK {
+namespace {
+
+class QmlTest : public ClientTest {
+ protected:
+  struct Item : ConsentSdk {
+    Item() {
+      setProperty("apiUrl", "https://service.example/");
+      setProperty("siteId", "s");
+      connect(this, &ConsentSdk::consentChanged, [this] { consents.push_back(toText(consent())); });
+    }
+    static std::string toText(const QVariant& consent) {
+      return consent.toMap().isEmpty() ? "none" : consent.toMap().firstKey().toStdString();
+    }
+    Texts consents;  // the first member of each
+  };
+};
+
+TEST_F(QmlTest, LeavesAloneWhatIsNotItsOwnAndTellsOfEveryChange) {
+  for (const char* path : {"banner-customization/s?lng=de", "cookies/s?lng=de"}) answer("GET", path, 500, "");
+  answer("GET", "cookies/s/configurations", 200, R"({"implicitConsent":true})");
+  answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
+  answer("PUT", "cookie-consent/s", 200, R"({"id":"n"})");
+  answer("GET", "cookie-consent/s/identified/u", 200, R"({"id":"k"})");
+  auto first = std::make_unique<Item>();
+  first->setLanguage("de");
+  first->componentComplete();
+  EXPECT_EQ(Platform::current().printer, platform.printer);
+  platform.settle();
+  EXPECT_THAT(first->consents, ElementsAre("none", "marketing")) << "given implicitly";
+  newRequests();
+  auto second = std::make_unique<Item>();
+  second->componentComplete();
+  platform.settle();
+  EXPECT_THAT(newRequests(), IsEmpty()) << "the language stays";
+  second->identify("u");
+  platform.settle();
+  EXPECT_EQ(first->consents.back(), "id");
+  EXPECT_EQ(second->consents.back(), "id");
+  first.reset();
+  second.reset();
+  CookiesSDK::getInstance()->submitConsent(BasicConsent::rejectAll(), [](const auto&) {});
+  while (platform.background->runAll() + platform.sessionThread->runAll() > 0) {
+  }
+  EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll()));
+  EXPECT_EQ(platform.mainActor->runAll(), 0u) << "nobody listens any more";
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
