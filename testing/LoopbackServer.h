@@ -57,9 +57,9 @@ class LoopbackServer {
     void reply(int status, std::string_view body = "", std::string_view headers = "");
     /// Does what a script says, word for word: `"text"` is sent, `"text"*9` so often, `"text"*` until the
     /// peer has gone; `pause` waits for 50 ms; `close`, `reset` and `stall` are the functions below. In a
-    /// text, `\n` is a line end of HTTP (CR LF) and `\x0A` any byte; `"text"^9` is a longer one, repeated. After
-    /// `HEADERS:5` or the like, a text is the payload of an HTTP/2 frame with these flags, on the request's
-    /// stream or, as in `PING:0:3`, on another. Throws on anything else.
+    /// text, `\n` is a line end of HTTP (CR LF) and `\x0A` any byte; `"text"^9` is a longer one, repeated.
+    /// After `HEADERS:5` or the like, a text is the payload of an HTTP/2 frame with these flags, on the
+    /// request's stream or, as in `PING:0:3`, on another. Throws on anything else.
     void play(const std::string& script);
     /// Ends the connection in an orderly way once the handler returns.
     void close() { ends_ = true; }

@@ -253,30 +253,6 @@ TEST(CurlURLSession, RepeatsAGetAsOftenAsNeeded) {
   }
 }
 
-TEST(CurlURLSession, SendsAPostOnceAlsoWhereOthersShareItsConnection) {
-  const TestCertificate identity("localhost");
-  std::atomic<bool> isPosted = false;
-  LoopbackServer server(
-      [&](const Received& request, Connection& connection) {
-        if (request.method == "GET") return connection.close();
-        isPosted = true;
-        isPosted.notify_all();
-      },
-      &identity, 0, LoopbackServer::http2);
-  CurlOptions options;
-  options.certificates = identity.certificate();
-  CurlURLSession session(options);
-  auto request = makeRequest("POST", server.url("/", "localhost"));
-  request.body = "only once";
-  Outcomes outcomes;
-  session.run(request, outcomes.completion());
-  isPosted.wait(false);
-  EXPECT_FALSE(await(session, makeRequest("GET", server.url("/", "localhost"))));
-  EXPECT_NE(codeOf(outcomes.wait(1).front().first), 0);
-  EXPECT_EQ(server.requests()[1].connection, 1) << "shared";
-  EXPECT_EQ(server.seen("only once"), 1U);
-}
-
 TEST(CurlURLSession, WritesNoSecretsWhereTheEnvironmentAsksForThem) {
   const TestCertificate identity("localhost");
   const std::string file = identity.certificate().string() + ".keys";
