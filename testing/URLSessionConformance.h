@@ -118,6 +118,7 @@ TYPED_TEST_P(URLSessionConformance, ReportsEveryRequestOnceOnAThreadOfItsOwn) {
   constexpr int threads = 4;
   constexpr int each = 25;
   const URL url = this->backend.serve("GET", "/many", 200, "x");
+  ASSERT_TRUE(await(this->backend.session(), makeRequest("GET", url.text())));
   Outcomes outcomes;
   std::vector<std::thread> callers;
   std::vector<std::thread::id> ids{std::this_thread::get_id()};

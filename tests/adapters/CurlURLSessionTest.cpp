@@ -253,6 +253,26 @@ TEST(CurlURLSession, RepeatsAGetAsOftenAsNeeded) {
   }
 }
 
+TEST(CurlURLSession, SharesAConnectionOverHTTP2WhileRepliesArriveThere) {
+  const TestCertificate identity("localhost");
+  LoopbackServer server([](auto&, auto& connection) { connection.reply(200, std::string(9999, 'x')); },
+                        &identity, 0, LoopbackServer::http2);
+  CurlOptions options;
+  options.certificates = identity.certificate();
+  int left = 500;
+  std::function<void()> runAnother;
+  Outcomes outcomes;
+  CurlURLSession session(options);
+  const auto request = makeRequest("GET", server.url("/", "localhost"));
+  EXPECT_TRUE(await(session, request));
+  runAnother = [&] {
+    if (left-- > 0) session.run(request, outcomes.completion(runAnother));
+  };
+  for (int count = 0; count < 20; ++count) session.run(request, outcomes.completion(runAnother));
+  for (const auto& [outcome, thread] : outcomes.wait(520)) EXPECT_TRUE(outcome);
+  EXPECT_EQ(server.connections(), 1);
+}
+
 TEST(CurlURLSession, WritesNoSecretsWhereTheEnvironmentAsksForThem) {
   const TestCertificate identity("localhost");
   const std::string file = identity.certificate().string() + ".keys";
