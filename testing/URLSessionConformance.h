@@ -3,7 +3,10 @@
 // What every URLSession does, whatever it runs on. A backend is default-constructible and has
 //   URLSession& session();
 //   URL serve(std::string method, std::string path, int status, std::string body): answers that request so;
-//   URL unreachable(): where every request fails.
+//   URL redirect(std::string method, std::string path, int status): sends that request on to another origin;
+//   URL breakOff(std::string method, std::string path): takes that request and leaves it unanswered;
+//   URL unreachable(): where every request fails;
+//   std::size_t seen(std::string text): how often a text has arrived, at whatever origin.
 
 #include <chrono>
 #include <condition_variable>
@@ -115,6 +118,7 @@ TYPED_TEST_P(URLSessionConformance, ReportsEveryRequestOnceOnAThreadOfItsOwn) {
   constexpr int threads = 4;
   constexpr int each = 25;
   const URL url = this->backend.serve("GET", "/many", 200, "x");
+  ASSERT_TRUE(await(this->backend.session(), makeRequest("GET", url.text())));
   Outcomes outcomes;
   std::vector<std::thread> callers;
   std::vector<std::thread::id> ids{std::this_thread::get_id()};
@@ -149,6 +153,26 @@ TYPED_TEST_P(URLSessionConformance, ReportsAFailureOnceAndGoesOn) {
   EXPECT_EQ(outcomes.wait(1).size(), 1U);
 }
 
+TYPED_TEST_P(URLSessionConformance, SendsABodyOnceAndToOneOrigin) {
+  URLSession& session = this->backend.session();
+  ASSERT_TRUE(await(session, makeRequest("GET", this->backend.serve("GET", "/warm", 200, "x").text())));
+  for (const std::string method : {"POST", "PUT"}) {
+    const auto send = [&](const URL& url) {
+      auto request = makeRequest(method, url.text());
+      request.body = method + " to " + url.text() + " once";
+      const auto outcome = await(session, request);
+      EXPECT_LE(this->backend.seen(*request.body), 1U) << *request.body;
+      return outcome;
+    };
+    EXPECT_FALSE(send(this->backend.breakOff(method, "/broken")));
+    for (const int status : {301, 302, 303, 307, 308}) {
+      const auto outcome = send(this->backend.redirect(method, "/away" + std::to_string(status), status));
+      EXPECT_TRUE(!outcome || outcome->statusCode == status)
+          << "another origin's answer is not the service's";
+    }
+  }
+}
+
 TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowAndThatRunMore) {
   const URL url = this->backend.serve("GET", "/again", 200, "x");
   Outcomes outcomes;
@@ -164,6 +188,6 @@ TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowAndThatRunMore) 
 
 REGISTER_TYPED_TEST_SUITE_P(URLSessionConformance, ReportsStatusAndBodyAsTheyCame,
                             ReportsEveryRequestOnceOnAThreadOfItsOwn, ReportsAFailureOnceAndGoesOn,
-                            SurvivesCompletionsThatThrowAndThatRunMore);
+                            SendsABodyOnceAndToOneOrigin, SurvivesCompletionsThatThrowAndThatRunMore);
 
 }  // namespace TalvoConsentSDK

@@ -3,6 +3,7 @@
 // What a session asks of OpenSSL beneath libcurl.
 
 #include <cstddef>
+#include <string_view>
 
 #include <openssl/ssl.h>
 
@@ -16,6 +17,14 @@ class CurlTLS {
     SSL_CTX_set_keylog_callback(context, nullptr);
     SSL_CTX_set_msg_callback(context, &CurlTLS::noteRecord);
     SSL_CTX_set_msg_callback_arg(context, this);
+  }
+
+  /// Whether that is what a connection has agreed on; null is none.
+  static bool usesHTTP2(const SSL* connection) {
+    const unsigned char* protocol = nullptr;
+    unsigned size = 0;
+    if (connection) SSL_get0_alpn_selected(connection, &protocol, &size);
+    return std::string_view(reinterpret_cast<const char*>(protocol), size) == "h2";
   }
 
   /// Call it before libcurl is entered and when a part of a reply arrives. libcurl 7.88 reads on as long as

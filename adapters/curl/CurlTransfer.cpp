@@ -326,9 +326,17 @@ bool CurlTransfer::maySend(int localPort) {
   localPort_ = localPort;
   wasRepeated_ = wasRepeated_ || isRepeated;
   isSecondAttempt_ = isRepeated && mayHaveBody(request_);
-  isStaleConnection_ = !isNewConnection_ && sockets_.hasInput(localPort);
+  isStaleConnection_ = !isNewConnection_ && !usesHTTP2() && sockets_.hasInput(localPort);
   lastProgress_ = Clock::now();
   return !isSecondAttempt_ && !isStaleConnection_;
+}
+
+// Such a connection may bring something at any time, and nothing there is taken for another stream's reply.
+bool CurlTransfer::usesHTTP2() const {
+  const curl_tlssessioninfo* session = nullptr;
+  curl_easy_getinfo(handle(), CURLINFO_TLS_SSL_PTR, &session);
+  return session && session->backend == CURLSSLBACKEND_OPENSSL && rules_.usesOpenSSL &&
+         CurlTLS::usesHTTP2(static_cast<const SSL*>(session->internals));
 }
 
 // In microseconds; 0 until it is reached.

@@ -1,5 +1,7 @@
 // The in-memory sessions under the conformance suite.
 
+#include <algorithm>
+
 #include "adapters/memory/FailingSeams.h"
 #include "adapters/memory/FakeURLSession.h"
 #include "adapters/threads/BackgroundThread.h"
@@ -19,6 +21,16 @@ class FakeBackend {
     if (method != "HEAD" && status != 204 && status != 304) response.body = std::move(body);
     fake_->answer(method, base_ + path, std::move(response));
     return URL::parse(base_ + path).value();
+  }
+
+  URL redirect(const std::string& method, const std::string& path, int status) {
+    return serve(method, path, status, "");
+  }
+  URL breakOff(const std::string&, const std::string&) { return unreachable(); }
+
+  std::size_t seen(const std::string& text) const {
+    const auto requests = fake_->requests();
+    return static_cast<std::size_t>(std::ranges::count(requests, text, &URLRequest::body));
   }
 
   URL unreachable() { return URL::parse(base_ + "/unprepared").value(); }
