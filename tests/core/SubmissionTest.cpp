@@ -122,7 +122,7 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
 
 // Executors that take no job: each operation still ends, once, on the caller's thread.
 TEST_F(ClientTest, EndsOnceWhereExecutorsTakeNoJobs) {
-  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
   answer("GET", "banner-customization/s?lng=en", 500, "down");
   answer("GET", "cookie-consent/s/identified/u", 200, "null");
   Platform installed = Platform::current();
