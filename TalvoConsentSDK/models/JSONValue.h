@@ -56,7 +56,9 @@ class JSONValue {
   const JSONObject* object() const noexcept { return std::get_if<JSONObject>(&value_); }
   JSONObject* object() noexcept { return std::get_if<JSONObject>(&value_); }
 
-  friend bool operator==(const JSONValue&, const JSONValue&) = default;
+  // Has a body because a defaulted comparison is looked up while the class is incomplete, together with those
+  // of the containers it holds itself in. libc++ then remembers wrongly how such an element may be moved.
+  friend bool operator==(const JSONValue& a, const JSONValue& b) { return a.value_ == b.value_; }
 
  private:
   std::variant<std::monostate, bool, std::int64_t, double, std::string, JSONArray, JSONObject> value_;
