@@ -31,9 +31,10 @@ class [[nodiscard]] CallbackAwaiter {
   using Start = std::function<void(std::function<void(T)>)>;
 
   explicit CallbackAwaiter(Start start) : start_(std::move(start)) {}
-  CallbackAwaiter(const CallbackAwaiter&) = delete;
-  CallbackAwaiter& operator=(const CallbackAwaiter&) = delete;
-  ~CallbackAwaiter() { report_->abandon(); }
+  CallbackAwaiter(CallbackAwaiter&&) noexcept = default;  // g++ 12 moves an awaiter before it awaits it
+  ~CallbackAwaiter() {
+    if (report_) report_->abandon();
+  }
 
   bool await_ready() const noexcept { return false; }
 
@@ -69,7 +70,7 @@ class [[nodiscard]] CallbackAwaiter {
   };
 
   Start start_;
-  const detail::Share<Report> report_ = detail::Share<Report>::ofNew(*new Report);
+  detail::Share<Report> report_ = detail::Share<Report>::ofNew(*new Report);
 };
 
 namespace detail {

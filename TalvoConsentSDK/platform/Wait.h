@@ -35,6 +35,7 @@ class Share {
   }
 
   T* operator->() const noexcept { return object_; }
+  explicit operator bool() const noexcept { return object_; }
 
  private:
   explicit Share(T* object) noexcept : object_(object) {}

@@ -225,8 +225,8 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
     curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
   }
   if (rules.usesOpenSSL) {  // another library's context would be something else
-    constexpr auto made = [](void*, void* context, void* tls) {
-      static_cast<CurlTLS*>(tls)->configure(static_cast<SSL_CTX*>(context));
+    constexpr auto made = [](void*, void* context, void* data) {
+      static_cast<CurlTLS*>(data)->configure(static_cast<SSL_CTX*>(context));
       return CURLE_OK;
     };
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(made));

@@ -150,9 +150,9 @@ TEST_F(HTTPClientTest, AsksForNobodyElseThanTheUserNamed) {
   }
   EXPECT_THAT(platform.session->requests(), IsEmpty());
   for (const std::string user : {"...", "a..", ".a", "a%20b", "%252F", "a@b.example", "a&b=c;d", "%2e%2ea"}) {
-    const std::string url =
+    const std::string asked =
         "https://service.example/public/cookie-consent/s/identified/" + user + "?consentId=c/d?e";
-    platform.session->answer("GET", url, 200, "null");
+    platform.session->answer("GET", asked, 200, "null");
     EXPECT_EQ(ask(user), "");
   }
 }
