@@ -29,7 +29,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// before the next operation.
 ///
 /// A decision belongs to whoever was identified when it was submitted, and the latest one submitted holds. A
-/// user without one inherits what is stored when they are identified.
+/// user without one inherits what is stored when they are identified. While the store cannot tell who is
+/// identified, the service hears of a decision without a user; on the device it is the stored user's.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.
