@@ -19,9 +19,9 @@ namespace TalvoConsentSDK {
 /// first does what the store has refused so far: it writes a login or logout anew and restores a consent
 /// owed. Meanwhile this process goes by what it was told. Nothing throws; a store that fails prints lines.
 ///
-/// An operation waits for the store, and for another thread at it, 250 ms at most; only `fileDecision`, which
-/// is for the background, waits as long as the store does. A store or printer that calls in from within is
-/// told what is known, and a login or logout that it asks for is written later.
+/// An operation waits for others that use the store, threads or processes, 250 ms at most; only
+/// `fileDecision`, which is for the background, waits as long as the store does. A store or printer that
+/// calls in from within is told what is known, and a login or logout that it asks for is written later.
 class ConsentLedger {
  public:
   /// Everything counts as unknown until the first operation has read the store.
