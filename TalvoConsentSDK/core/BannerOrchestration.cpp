@@ -40,7 +40,7 @@ struct BannerRequest {
   std::optional<Services> services;
   std::optional<SiteConfiguration> configuration;
   std::string language;
-  std::optional<std::string> userId;
+  ConsentLedger::Person person;
   std::string siteId;
   std::shared_ptr<Executor> mainActor;
   std::shared_ptr<Executor> background;
@@ -60,9 +60,9 @@ using BannerRequestPointer = std::shared_ptr<BannerRequest>;
 void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
                     std::function<void()> HostClosures::* hostCallback) {
   ConsentLedger::Decision decision = request->ledger->beginDecision();
-  decision.userId = request->userId;
+  if (decision.person.identity != request->person.identity) decision.person = request->person;
   decision.isUpdate = request->initialConsent.has_value();
-  FullConsent payload = explicitPayload(consent, request->document, request->userId, request->siteId);
+  FullConsent payload = explicitPayload(consent, request->document, decision.person.userId, request->siteId);
   if (decision.isUpdate) payload.id = request->initialConsent->id;
   spawn<ConsentResponse>(
       request->background,
@@ -133,11 +133,11 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
       {std::move(onAcceptAll), std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
   BannerRequestPointer request;
   {
-    const auto userId = state.ledger->beginDecision().userId;
+    const auto person = state.ledger->beginDecision().person;
     const std::scoped_lock guard(state.lock);
     request = std::make_shared<BannerRequest>(
         BannerRequest{state.ledger, state.apiClient, state.cachedCustomization, state.cachedServices,
-                      state.cachedConfiguration, state.language, userId, state.siteId,
+                      state.cachedConfiguration, state.language, person, state.siteId,
                       state.platform.mainActor, state.platform.background, host, std::nullopt});
   }
   spawn<void>(state.platform.mainActor, presentBanner(request), [request](const Result<void>& end) {

@@ -62,7 +62,7 @@ ConsentLedger::Decision ConsentLedger::beginDecision() {
   const StoreDeadline deadline(patience);
   settle(Turn(*this));
   const std::scoped_lock guard(lock_);
-  return {userId_, consent_.has_value(), ++numbers_};
+  return {{userId_, identity_}, consent_.has_value(), ++numbers_};
 }
 
 void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& consent) {
@@ -141,7 +141,7 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
 
 bool ConsentLedger::isAllWritten() {
   const std::scoped_lock guard(lock_);
-  return !unwritten_ && !beingWritten_ && !isOwed_;
+  return !unwritten_ && !beingWritten_ && !mayBeOwed_;
 }
 
 // Does what is unwritten, then `step`, and tells what then is stored, or would be if the store took it.
@@ -170,10 +170,11 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
   if (!settled.isWritten || after.isUnknown()) unwritten_ = due;
   unwritten_.add(later);
   beingWritten_ = {};
-  isOwed_ = isRestored && !settled.isWritten;
+  mayBeOwed_ = after.isUnknown() || (isRestored && !settled.isWritten);
   if (later) return settled;
-  if (userId_.isUnknown) userId_ = after.userId;
-  if (due || isRestored || consent_.isUnknown) {
+  const std::uint64_t identity = identity_;
+  if (userId_.isUnknown || !after.isUnknown()) adopt(after.userId);
+  if (identity != identity_ || due || isRestored || consent_.isUnknown) {
     consent_ = standing;
     stood_ = after.consent.data;
   }
@@ -194,19 +195,37 @@ ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
   return {change.logIn.value_or(""), std::nullopt, ++identity_, decisions_};
 }
 
+// Goes by the user who is stored, whom another process may have changed.
+void ConsentLedger::adopt(const Loaded<std::string>& userId) {
+  const std::optional<std::string>& known = userId_;
+  if (!userId_.isUnknown && known != userId) {
+    ++identity_;
+    hasUserDecided_ = false;
+    implicit_.reset();
+  }
+  userId_ = userId;
+}
+
 // Tells whether the decision is one of the user who is identified.
 bool ConsentLedger::decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
   const std::scoped_lock guard(lock_);
   const Loaded<std::string>& identified = kept.userId.isUnknown ? userId_ : kept.userId;
-  const bool isIdentified = decision.userId == identified;
-  if (decision.userId && !isIdentified && decision.userId != userId_) return false;  // no longer identified
-  std::uint64_t& latest = latest_[decision.userId];
+  const Person& person = decision.person;
+  const bool isWhoeverItIs = person.userId.isUnknown && person.identity == identity_;
+  const std::optional<std::string> userId = isWhoeverItIs ? identified : person.userId;
+  const bool isIdentified = userId == identified;
+  if (userId && !isIdentified && userId != userId_) return false;  // no longer identified
+  std::uint64_t& latest = latest_[userId];
   if (decision.number < latest) return false;
   latest = decision.number;
   ++decisions_;
-  if (decision.userId) {
+  if (userId) {
     if (isIdentified) kept.consent = consent;  // otherwise the login could not be written
     return isIdentified;
+  }
+  if (isWhoeverItIs && identified.isUnknown) {
+    kept.consent = consent;
+    return false;
   }
   if (identified || identified.isUnknown) {
     const bool isImplicit = implicit_ && kept.consent.data == implicit_;

@@ -19,9 +19,9 @@ namespace TalvoConsentSDK {
 /// first does what the store has refused so far: it writes a login or logout anew and restores a consent
 /// owed. Meanwhile this process goes by what it was told. Nothing throws; a store that fails prints lines.
 ///
-/// An operation waits for the store, and for another thread at it, 250 ms at most; only `fileDecision`, which
-/// is for the background, waits as long as the store does. A store or printer that calls in from within is
-/// told what is known, and what it asks for is done later.
+/// An operation waits for others that use the store, threads or processes, 250 ms at most; only
+/// `fileDecision`, which is for the background, waits as long as the store does. A store or printer that
+/// calls in from within is told what is known, and a login or logout that it asks for is written later.
 class ConsentLedger {
  public:
   /// Everything counts as unknown until the first operation has read the store.
@@ -30,17 +30,24 @@ class ConsentLedger {
   /// The consent that holds now; nothing when there is none or the store cannot tell.
   std::optional<BasicConsent> consent();
 
+  /// Whoever is identified: none for nobody in particular. While the store cannot tell, it is whoever turns
+  /// out to be, unless the identity is changed before.
+  struct Person {
+    Loaded<std::string> userId;
+    std::uint64_t identity = 0;  // changes of identity before it
+  };
+
   /// A decision on its way to the service.
   struct Decision {
-    std::optional<std::string> userId;  // who has decided, none for nobody in particular
-    bool isUpdate = false;              // a consent stood there as the identity was last changed
-    std::uint64_t number = 0;           // a later one overrules an earlier one
+    Person person;             // who has decided
+    bool isUpdate = false;     // a consent stood there as the identity was last changed
+    std::uint64_t number = 0;  // a later one overrules an earlier one
   };
   Decision beginDecision();
 
   /// Stores a decision that the service has taken. One of a user who is no longer identified is not stored.
   /// One of nobody in particular, who has become a user meanwhile, is set aside, and inherited unless the
-  /// user has a consent of their own.
+  /// user has a consent of their own. One that comes from within a store or printer is not stored.
   void fileDecision(const Decision& decision, const BasicConsent& consent);
 
   /// A user whose consent is to be asked of the service.
@@ -96,6 +103,7 @@ class ConsentLedger {
   bool isAllWritten();
   Settled settle(const Turn& turn, const Step& step = nullptr);
   Login change(const Unwritten& change);
+  void adopt(const Loaded<std::string>& userId);
   bool decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
@@ -106,7 +114,7 @@ class ConsentLedger {
   std::mutex lock_;  // guards what follows, for moments only
   Unwritten unwritten_;
   Unwritten beingWritten_;  // by the thread that is at work
-  bool isOwed_ = false;     // the original could not be restored
+  bool mayBeOwed_ = true;   // an original that could not be restored, or read
   Loaded<std::string> userId_;
   Loaded<BasicConsent> consent_;  // as it stood when the identity last changed
   std::optional<Data> stood_;     // the data of that

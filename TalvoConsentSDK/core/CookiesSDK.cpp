@@ -153,7 +153,8 @@ Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const 
   State& state = *state_;
   ConsentLedger::Decision decision = state.ledger->beginDecision();
   const std::scoped_lock guard(state.lock);
-  FullConsent payload = explicitPayload(consent, state.cachedCustomization, decision.userId, state.siteId);
+  FullConsent payload =
+      explicitPayload(consent, state.cachedCustomization, decision.person.userId, state.siteId);
   return sendAndFile(state.apiClient, state.ledger, std::move(payload), std::move(decision), consent);
 }
 

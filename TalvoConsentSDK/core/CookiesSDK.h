@@ -24,12 +24,14 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// stored or sent; the first that is installed is the instance's for ever. Its operations are safe from any
 /// thread; concurrent calls take effect in an unspecified order. Work in the background that fails prints one
 /// line to standard output and changes nothing; so does a store that fails, which no callback reports. What a
-/// callback throws is contained and printed. No operation keeps its caller waiting for the store longer than
-/// 250 ms: a login or logout that the store has not taken by then holds in this process, and is written
-/// before the next operation.
+/// callback throws is contained and printed. No operation keeps its caller waiting longer than 250 ms for
+/// others that use the store, threads or processes: a login or logout that the store has not taken by then
+/// holds in this process, and is written before the next operation.
 ///
-/// A decision belongs to whoever was identified when it was submitted, and the latest one submitted holds. A
-/// user without one inherits what is stored when they are identified.
+/// A decision belongs to whoever was identified when it was submitted. Of those that the service takes, the
+/// latest one submitted holds. A user without one inherits what is stored when they are identified. While the
+/// store cannot tell who is identified, the service hears of a decision without a user; on the device it is
+/// the stored user's.
 class CookiesSDK {
  public:
   /// Called once, with the service's answer or why there is none.
@@ -88,7 +90,7 @@ class CookiesSDK {
   /// and nobody told, while the host has no window in the foreground. Each closure is called on the main
   /// actor:
   /// - `onAcceptAll`, `onRejectAll`: the service has taken the decision, and then the device's store, unless
-  ///   that failed and a line was printed;
+  ///   that failed and a line was printed, or the user it belongs to is no longer identified;
   /// - `onManagePreferences`: the same of preferences the person has chosen, or the person asked for
   ///   preferences that the host is to show;
   /// - `onError`: the banner could not be shown, or a decision not be submitted, in which case nothing was

@@ -25,7 +25,8 @@ void openExternally(const std::string& link, const std::string& url) {
   const auto parsed = externalURL(url);
   if (!parsed) return print("⚠️ Invalid URL for link " + link + ": " + url);
   const Platform platform = Platform::current();
-  platform.mainActor->post([application = platform.application, parsed] { application->open(*parsed); });
+  detail::postOrRun(platform.mainActor,
+                    [application = platform.application, parsed] { application->open(*parsed); });
 }
 
 }  // namespace TalvoConsentSDK

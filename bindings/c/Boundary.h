@@ -43,9 +43,9 @@ inline std::string requiredText(const char* argument, const char* name) {
 /// Runs the body of a function.
 template <class Body>
 talvo_status guarded(const Body& body) noexcept {
-  forget();
   try {
     body();
+    forget();  // also what a callback called meanwhile has left
     return TALVO_OK;
   } catch (...) {
     return remember(Error::current());

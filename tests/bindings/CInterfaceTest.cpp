@@ -126,13 +126,17 @@ TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
   talvo_banner_callbacks banner{};
   banner.on_error = [](const talvo_error*, void* other) { ++static_cast<Heard*>(other)->replies; };
   banner.user_data = &heard;
-  banner.release = [](void* other) { static_cast<Heard*>(other)->releases = 9; };
+  banner.release = [](void* other) {
+    static_cast<Heard*>(other)->releases = 9;
+    talvo_cookies_identify(nullptr, "user");
+  };
   ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
   for (int i = 0; i < 3000 && heard.releases != 9; ++i) {
     talvo_wait(10);
     talvo_drain();
   }
   EXPECT_EQ(heard.releases, 9);
+  EXPECT_STREQ(talvo_last_error(), "") << "talvo_drain did not fail";
   std::filesystem::remove(store);
 }
 

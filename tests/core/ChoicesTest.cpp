@@ -117,7 +117,7 @@ struct Model {
   void submit(const std::string& consent) {
     write();
     learn();
-    ask({Kind::decision, user == "?" ? "-" : user, consent, ++number});
+    ask({Kind::decision, user, consent, ++number});
   }
   void answer(const Asked& question, bool isYes) {
     if (!isYes || (question.kind == Kind::login && !isKnown(question.user))) return;
@@ -128,8 +128,9 @@ struct Model {
     if (question.kind == Kind::implicit || isVoid || question.identity != identity) return;
     kept.consent = question.user, inherits = false;
   }
-  void decide(const Asked& question) {
+  void decide(Asked question) {
     const std::string& now = isReadable && user == "?" ? kept.user : user;
+    if (question.user == "?") question.user = question.identity == identity && now != "?" ? now : "-";
     int& newest = latest[question.user];
     if ((question.user != "-" && question.user != now) || question.number < newest) return;
     newest = question.number, ++decisions;

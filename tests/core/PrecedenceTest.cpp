@@ -52,10 +52,13 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "submit")
       client->submitConsent(parsed<BasicConsent>(object),
                             [this](const auto& r) { note(r ? "sent" : failure(r)); });
-    if (verb == "tap") {
+    if (verb == "consent") note(written(client->getConsent().value()));
+    if (verb == "show" || (verb == "tap" && platform.scene->windows().empty())) {
       client->showBanner([this] { note("accepted"); }, [this] { note("rejected"); },
                          [this] { note("saved"); }, [this](const Error& error) { note(error.what()); });
       platform.settle();
+    }
+    if (verb == "tap") {
       HostingController& banner = *platform.scene->windows().at(0)->controller;
       if (object == "Save") tap(banner, "button Manage") && tap(banner, "switch");
       EXPECT_TRUE(tap(banner, "button " + object));
