@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -35,8 +36,10 @@ fs::path dataFolder() {
 fs::path programName() {
 #if defined(__linux__)
   std::error_code error;
-  const fs::path program = fs::read_symlink("/proc/self/exe", error).filename();
-  return program.empty() ? fs::path("TalvoConsentSDK") : program;
+  std::string program = fs::read_symlink("/proc/self/exe", error).filename().string();
+  constexpr std::string_view replaced = " (deleted)";  // as by an update while the program runs
+  if (program.ends_with(replaced)) program.resize(program.size() - replaced.size());
+  return program.empty() ? "TalvoConsentSDK" : program;
 #else
   return getprogname();
 #endif

@@ -15,12 +15,13 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Keeps values in a file that several objects and processes may share; every operation is one transaction,
 /// on the disk when it returns. The file is opened by the first operation, which takes a millisecond or two,
 /// and can only be read and written by the person it belongs to. Keys and values may hold any bytes. Not for
-/// network file systems, and not to be carried across a `fork`.
+/// network file systems or files with hard links, and not to be carried across a `fork`.
 ///
 /// The path is looked at before and after each change, and before each reading. When it has come to lead to
 /// another file, or the journal beside it was taken away, the operation goes on with what stands there now,
-/// and a store without values there gets those of the lost file. What is removed is wiped out of the file and
-/// its journal before the operation returns or, when others use the file just then, by the next change.
+/// and a store without values there gets those of the lost file. What is removed, and a string that another
+/// one replaces, is wiped out of the file and its journal before the operation returns or, when others use
+/// the file just then or the disk is full, by the next change that can.
 ///
 /// A failure is a `PlatformError` of domain "SQLite" with SQLite's extended result code and a text that names
 /// the file and never holds a value. After one, the next operation opens the file again, so a disk that comes
@@ -28,9 +29,9 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// the operation goes on with a new, empty file.
 class SQLiteUserDefaults : public UserDefaults {
  public:
-  /// `file` and its folder are created when they are missing; it may be a symbolic link. An operation fails
-  /// once it has waited for other threads and connections for `busyTimeout` or, when that is sooner, until
-  /// the calling thread's `StoreDeadline`.
+  /// `file` and its folder are created when they are missing; it may be a symbolic link. Its path, with links
+  /// followed, has at most 500 bytes. An operation fails once it has waited for other threads and connections
+  /// for `busyTimeout` or, when that is sooner, until the calling thread's `StoreDeadline`.
   explicit SQLiteUserDefaults(const std::filesystem::path& file,
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;

@@ -34,11 +34,32 @@ int waitForOthers(void* end, int attempt) {
   return 1;
 }
 
+// Beside a writer that stands still while it publishes a change, SQLite sleeps for ten seconds in all without
+// asking the busy handler. So its sleep ends, too, when the calling thread's operation may wait no longer.
+thread_local StoreWaitEnd sleepsEnd;
+
+const char* fileSystem() {
+  static sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
+  static sqlite3_vfs impatient = [] {
+    sqlite3_vfs copy = *system;
+    copy.zName = "TalvoConsentSDK";
+    copy.xSleep = [](sqlite3_vfs*, int microseconds) {
+      using std::chrono::duration_cast;
+      const auto left = duration_cast<std::chrono::microseconds>(sleepsEnd - steady_clock::now()).count();
+      return system->xSleep(system, static_cast<int>(std::clamp<std::int64_t>(left, 0, microseconds)));
+    };
+    return copy;
+  }();
+  static const int registration = sqlite3_vfs_register(&impatient, 0);
+  return registration == SQLITE_OK ? impatient.zName : nullptr;
+}
+
 SQLiteHandle opened(const fs::path& file, const StoreWaitEnd& end) {
+  sleepsEnd = end;
   sqlite3* connection = nullptr;
   const int code =
       sqlite3_open_v2(reinterpret_cast<const char*>(file.u8string().c_str()), &connection,
-                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, nullptr);
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, fileSystem());
   SQLiteHandle handle(connection);
   if (code != SQLITE_OK) throw lastFailure(connection);
   sqlite3_busy_handler(connection, waitForOthers, const_cast<StoreWaitEnd*>(&end));
@@ -146,8 +167,16 @@ void createTable(const SQLiteHandle& connection) {
   transaction.commit();
 }
 
+// SQLite throws away a log beside an empty file, though it may hold what was saved last.
+void requireFileOfLog(const fs::path& file) {
+  std::error_code isMissing;
+  const auto logSize = fs::file_size(fs::path(file) += "-wal", isMissing);
+  if (!isMissing && logSize > 0 && fs::is_empty(file, isMissing)) throw storeFailure(SQLITE_CORRUPT);
+}
+
 SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
   makeOwnersFile(file);
+  requireFileOfLog(file);
   SQLiteHandle handle = opened(file, end);
   setMovesLogOnClose(handle, false);  // a damaged file is left as it was found
   const std::string version = SQLiteStatement(handle, "PRAGMA user_version").run().value_or("");
@@ -183,6 +212,11 @@ StoreConnection::StoreConnection(const fs::path& named, StoreWaitEnd end)
   throw storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened");
 }
 
+void StoreConnection::waitUntil(StoreWaitEnd end) {
+  waitEnd_ = end;
+  sleepsEnd = end;
+}
+
 // Closing deletes the log by its name, so no other process may be setting the file aside meanwhile.
 StoreConnection::~StoreConnection() {
   if (isAbandoned_) return;
@@ -208,21 +242,24 @@ void StoreConnection::commit(const std::vector<StoreChange>& changes) {
   commit(transaction, make(changes));
 }
 
-// Tells whether a value was removed.
+// Tells whether something must be wiped: a value that was removed, or a text that another one replaces, as
+// the name of one user does that of another.
 bool StoreConnection::make(const std::vector<StoreChange>& changes) {
-  bool hasRemoved = false;
+  bool mustWipe = false;
   for (const auto& [name, value] : changes) {
     const std::string_view key = name;
     if (const auto* const data = std::get_if<Data>(&value)) {
       write_.run(key, true, std::string_view(data->bytes));
     } else if (const auto* const text = std::get_if<std::string>(&value)) {
+      const auto former = read(key, false);
+      mustWipe |= former && former != *text;
       write_.run(key, false, std::string_view(*text));
     } else {
       erase_.run(key);
-      hasRemoved |= sqlite3_changes(handle_.get()) > 0;
+      mustWipe |= sqlite3_changes(handle_.get()) > 0;
     }
   }
-  return hasRemoved;
+  return mustWipe;
 }
 
 bool StoreConnection::replace(std::string_view key, const std::optional<Data>& expected, const Data& value) {
@@ -238,10 +275,10 @@ bool StoreConnection::replace(std::string_view key, const std::optional<Data>& e
   return isReplaced;
 }
 
-void StoreConnection::commit(SQLiteTransaction& transaction, bool hasRemoved) {
+void StoreConnection::commit(SQLiteTransaction& transaction, bool mustWipe) {
   const std::int64_t owed = wipingOwed();
-  if (hasRemoved) setWipingOwed(handle_, owed == wiped ? 1 : owed + 1);
-  owesWiping_ = hasRemoved || owed != wiped;
+  if (mustWipe) setWipingOwed(handle_, owed == wiped ? 1 : owed + 1);
+  owesWiping_ = mustWipe || owed != wiped;
   transaction.commit();
 }
 
@@ -253,7 +290,7 @@ std::int64_t StoreConnection::wipingOwed() {
 // versions left. So the file is written anew, and then the log, which still has the old pages, is emptied.
 void StoreConnection::wipeIfOwed() {
   if (!std::exchange(owesWiping_, false)) return;
-  waitEnd_ = std::min(waitEnd_, steady_clock::now() + wipingWait);
+  waitUntil(std::min(waitEnd_, steady_clock::now() + wipingWait));
   try {
     const std::int64_t owed = wipingOwed();
     execute(handle_, "VACUUM");

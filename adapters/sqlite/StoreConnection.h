@@ -27,8 +27,8 @@ class StoreConnection {
   ~StoreConnection();
   StoreConnection(const StoreConnection&) = delete;
 
-  /// From now on nothing waits for other connections beyond `end`.
-  void waitUntil(StoreWaitEnd end) { waitEnd_ = end; }
+  /// From now on nothing that the calling thread does waits for other connections beyond `end`.
+  void waitUntil(StoreWaitEnd end);
 
   std::optional<std::string> read(std::string_view key, bool isData);
   void commit(const std::vector<StoreChange>& changes);
@@ -62,7 +62,7 @@ class StoreConnection {
   std::filesystem::path log() const { return std::filesystem::path(file_) += "-wal"; }
   std::filesystem::path index() const { return std::filesystem::path(file_) += "-shm"; }
   bool make(const std::vector<StoreChange>& changes);
-  void commit(SQLiteTransaction& transaction, bool hasRemoved);
+  void commit(SQLiteTransaction& transaction, bool mustWipe);
   std::int64_t wipingOwed();
 
   const std::filesystem::path named_;

@@ -79,7 +79,8 @@ void makeOwnersFile(const fs::path& file) {
     const fs::path each = sibling(file, suffix);
     struct stat status{};
     if (::lstat(each.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-    if (status.st_mode & (S_IRWXG | S_IRWXO)) ::chmod(each.c_str(), status.st_mode & S_IRWXU);
+    constexpr mode_t owners = S_IRUSR | S_IWUSR;
+    if (status.st_mode & ALLPERMS & ~owners) ::chmod(each.c_str(), status.st_mode & owners);
   }
 }
 

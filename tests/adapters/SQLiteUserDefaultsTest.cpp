@@ -126,13 +126,17 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   other.execute("BEGIN IMMEDIATE");
   plain.execute("CREATE TABLE t(x); BEGIN IMMEDIATE");
   alone.execute("BEGIN EXCLUSIVE");
+  const fs::path stopped = file.parent_path() / "stopped.db";  // whose writer stands still in its work
+  OtherConnection halfway(stopped);
+  halfway.execute("PRAGMA journal_mode = WAL; CREATE TABLE t(x); BEGIN IMMEDIATE");
+  std::fstream(stopped.string() + "-shm", std::ios::in | std::ios::out) << std::string(96, '\0');
   std::thread writer([&] { EXPECT_TRUE(store.set("k", Data("new"))); });
   const auto start = std::chrono::steady_clock::now();
   {
     const StoreDeadline deadline(std::chrono::milliseconds(50));
     EXPECT_THAT(store.remove("k").error().what(), HasSubstr(file.string()));
     EXPECT_FALSE(store.commit({}));
-    for (const char* each : {"store.db", "plain.db", "alone.db"})
+    for (const char* each : {"store.db", "plain.db", "alone.db", "stopped.db"})
       EXPECT_FALSE(SQLiteUserDefaults(file.parent_path() / each, patience).set("k", Data("mine"))) << each;
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, patience / 2);
@@ -229,9 +233,11 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
     store.commit({{key, Data(std::string(500, 'x') + somebody)}, {key + key, std::string(300, 'y')}}).value();
   }
   for (int n = 0; n < 40; ++n) store.set(std::to_string(n), Data("z")).value();
-  store.set("user", somebody).value();
-  store.remove("user").value();
-  EXPECT_FALSE(isLeft());
+  for (const auto& next : {StoreChange("user", std::monostate()), StoreChange("user", std::string("else"))}) {
+    store.set("user", somebody).value();
+    store.commit({next}).value();
+    EXPECT_FALSE(isLeft());
+  }
 
   store.set("user", somebody).value();
   earlier.execute("BEGIN; SELECT * FROM defaults");  // now a reader that keeps the log in use
