@@ -160,7 +160,11 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   if (isCompressedTooWell(body_.size(), 0)) return tooWellCompressedError(maxDecompression);
   URLResponse response;
   response.statusCode = static_cast<int>(status);
-  if (request_.method != "HEAD" && status != 204 && status != 304) response.body = std::move(body_);
+  try {
+    if (request_.method != "HEAD" && status != 204 && status != 304) response.body = body_.take();
+  } catch (const std::bad_alloc&) {
+    return curlError(CURLE_OUT_OF_MEMORY, "There is not enough memory for the reply");
+  }
   return response;
 }
 
@@ -195,7 +199,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
   if (plain && !rules_.allowsPlainHTTP && !target_->isLoopback()) {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);
   }
-  body_.clear();
+  body_ = {};
   header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.largestReply));
   localPort_ = 0;
   isNewConnection_ = isConnected_ = isSecondAttempt_ = isStaleConnection_ = false;

@@ -15,6 +15,7 @@
 
 #include "TalvoConsentSDK/platform/URLSession.h"
 
+#include "adapters/curl/CurlBody.h"
 #include "adapters/curl/CurlHeader.h"
 #include "adapters/curl/CurlSockets.h"
 #include "adapters/curl/CurlTLS.h"
@@ -134,7 +135,7 @@ class CurlTransfer {
   // Of the current run.
   std::unique_ptr<curl_slist, ListDeleter> headers_;
   std::array<char, 256> errorText_{};  // CURL_ERROR_SIZE
-  std::string body_;
+  CurlBody body_;
   CurlHeader header_;
   int localPort_ = 0;
   bool isNewConnection_ = false;
