@@ -330,17 +330,20 @@ bool CurlTransfer::maySend(int localPort) {
   localPort_ = localPort;
   wasRepeated_ = wasRepeated_ || isRepeated;
   isSecondAttempt_ = isRepeated && mayHaveBody(request_);
-  isStaleConnection_ = !isNewConnection_ && !usesHTTP2() && sockets_.hasInput(localPort);
+  // Over HTTP/2 something may arrive at any time, and nothing there is taken for another stream's reply.
+  const SSL* const tls = tlsConnection();
+  isStaleConnection_ = !isNewConnection_ && !CurlTLS::usesHTTP2(tls) &&
+                       (CurlTLS::hasInput(tls) || sockets_.hasInput(localPort));
   lastProgress_ = Clock::now();
   return !isSecondAttempt_ && !isStaleConnection_;
 }
 
-// Such a connection may bring something at any time, and nothing there is taken for another stream's reply.
-bool CurlTransfer::usesHTTP2() const {
+// Null without TLS, and with another library than OpenSSL.
+const SSL* CurlTransfer::tlsConnection() const {
   const curl_tlssessioninfo* session = nullptr;
   curl_easy_getinfo(handle(), CURLINFO_TLS_SSL_PTR, &session);
-  return session && session->backend == CURLSSLBACKEND_OPENSSL && rules_.usesOpenSSL &&
-         CurlTLS::usesHTTP2(static_cast<const SSL*>(session->internals));
+  const bool isOpenSSL = session && session->backend == CURLSSLBACKEND_OPENSSL && rules_.usesOpenSSL;
+  return isOpenSSL ? static_cast<const SSL*>(session->internals) : nullptr;
 }
 
 // In microseconds; 0 until it is reached.

@@ -110,7 +110,7 @@ class CurlTransfer {
   void configureConnection();
   void configureMessage();
   bool maySend(int localPort);
-  bool usesHTTP2() const;
+  const SSL* tlsConnection() const;
   std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
   std::size_t refuse(PlatformError flaw);
