@@ -346,6 +346,13 @@ const SSL* CurlTransfer::tlsConnection() const {
   return isOpenSSL ? static_cast<const SSL*>(session->internals) : nullptr;
 }
 
+void CurlTransfer::remind() {
+  if (!isConnected_ || Clock::now() - lastProgress_ < reminder || !CurlTLS::usesHTTP2(tlsConnection()))
+    return;
+  curl_easy_pause(handle(), CURLPAUSE_RECV);
+  curl_easy_pause(handle(), CURLPAUSE_CONT);
+}
+
 // In microseconds; 0 until it is reached.
 std::int64_t CurlTransfer::timeOf(int step) const {
   curl_off_t microseconds = 0;
