@@ -54,7 +54,7 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   bytes_ += line.size();
   if (bytes_ > mostBytes) return tooLargeHeaderError();
   if (isWhole_) return std::nullopt;
-  if (line.starts_with("HTTP/")) {
+  if (std::exchange(isAtStart_, false) && line.starts_with("HTTP/")) {
     const std::string_view status = trimmed(line.substr(std::min(line.find(' '), line.size())));
     status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
@@ -62,7 +62,8 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   } else if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) {
     hasLine_ = true;
   }
-  isWhole_ = (status_ >= 200 || status_ == 101) && trimmed(line).empty();
+  isAtStart_ = line.find_first_not_of("\r\n") == line.npos;  // blanks alone go on with the line before
+  isWhole_ = (status_ >= 200 || status_ == 101) && isAtStart_;
   constexpr std::string_view name = "Content-Length:";
   if (line.size() < name.size() || strncasecmp(line.data(), name.data(), name.size()) != 0)
     return std::nullopt;

@@ -41,6 +41,7 @@ class CurlHeader {
   int status_ = 0;
   std::string length_;  // as declared
   bool isWhole_ = false;
+  bool isAtStart_ = true;      // the next line is that with the status
   bool isWithinLine_ = false;  // the next piece does not begin one
   bool hasLine_ = false;       // other than those with a status
 };

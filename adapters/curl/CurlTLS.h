@@ -27,6 +27,9 @@ class CurlTLS {
     return std::string_view(reinterpret_cast<const char*>(protocol), size) == "h2";
   }
 
+  /// Whether a part of a record is left that has been received and not read; null has none.
+  static bool hasInput(const SSL* connection) { return connection && SSL_has_pending(connection) == 1; }
+
   /// Call it before libcurl is entered and when a part of a reply arrives. libcurl 7.88 reads on as long as
   /// an HTTP/2 service sends frames that belong to no reply, and nothing else happens meanwhile. So a
   /// connection ends on which too much arrives between two calls.

@@ -160,7 +160,11 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   if (isCompressedTooWell(body_.size(), 0)) return tooWellCompressedError(maxDecompression);
   URLResponse response;
   response.statusCode = static_cast<int>(status);
-  if (request_.method != "HEAD" && status != 204 && status != 304) response.body = std::move(body_);
+  try {
+    if (request_.method != "HEAD" && status != 204 && status != 304) response.body = body_.take();
+  } catch (const std::bad_alloc&) {
+    return curlError(CURLE_OUT_OF_MEMORY, "There is not enough memory for the reply");
+  }
   return response;
 }
 
@@ -195,7 +199,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
   if (plain && !rules_.allowsPlainHTTP && !target_->isLoopback()) {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);
   }
-  body_.clear();
+  body_ = {};
   header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.largestReply));
   localPort_ = 0;
   isNewConnection_ = isConnected_ = isSecondAttempt_ = isStaleConnection_ = false;
@@ -326,17 +330,27 @@ bool CurlTransfer::maySend(int localPort) {
   localPort_ = localPort;
   wasRepeated_ = wasRepeated_ || isRepeated;
   isSecondAttempt_ = isRepeated && mayHaveBody(request_);
-  isStaleConnection_ = !isNewConnection_ && !usesHTTP2() && sockets_.hasInput(localPort);
+  // Over HTTP/2 something may arrive at any time, and nothing there is taken for another stream's reply.
+  const SSL* const tls = tlsConnection();
+  isStaleConnection_ = !isNewConnection_ && !CurlTLS::usesHTTP2(tls) &&
+                       (CurlTLS::hasInput(tls) || sockets_.hasInput(localPort));
   lastProgress_ = Clock::now();
   return !isSecondAttempt_ && !isStaleConnection_;
 }
 
-// Such a connection may bring something at any time, and nothing there is taken for another stream's reply.
-bool CurlTransfer::usesHTTP2() const {
+// Null without TLS, and with another library than OpenSSL.
+const SSL* CurlTransfer::tlsConnection() const {
   const curl_tlssessioninfo* session = nullptr;
   curl_easy_getinfo(handle(), CURLINFO_TLS_SSL_PTR, &session);
-  return session && session->backend == CURLSSLBACKEND_OPENSSL && rules_.usesOpenSSL &&
-         CurlTLS::usesHTTP2(static_cast<const SSL*>(session->internals));
+  const bool isOpenSSL = session && session->backend == CURLSSLBACKEND_OPENSSL && rules_.usesOpenSSL;
+  return isOpenSSL ? static_cast<const SSL*>(session->internals) : nullptr;
+}
+
+void CurlTransfer::remind() {
+  if (!isConnected_ || Clock::now() - lastProgress_ < reminder || !CurlTLS::usesHTTP2(tlsConnection()))
+    return;
+  curl_easy_pause(handle(), CURLPAUSE_RECV);
+  curl_easy_pause(handle(), CURLPAUSE_CONT);
 }
 
 // In microseconds; 0 until it is reached.

@@ -15,6 +15,7 @@
 
 #include "TalvoConsentSDK/platform/URLSession.h"
 
+#include "adapters/curl/CurlBody.h"
 #include "adapters/curl/CurlHeader.h"
 #include "adapters/curl/CurlSockets.h"
 #include "adapters/curl/CurlTLS.h"
@@ -31,6 +32,7 @@ struct CurlRules {
   std::string certificates;         // PEM text of the authorities to trust; empty: those of the system
   bool hasCertificateFile = false;  // the system keeps its authorities in one file
   bool usesOpenSSL = false;         // libcurl does, for TLS
+  bool mayForgetReplies = false;    // libcurl does, over HTTP/2
 };
 
 /// A libcurl easy handle.
@@ -64,6 +66,11 @@ class CurlTransfer {
   /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect, or a
   /// connection that must not be used again: the handle is then ready for its next run.
   std::optional<Outcome> finish(int code);
+
+  /// Before 8.0, libcurl may have read a part of a reply over HTTP/2 and forget it until something else
+  /// moves. This has it look again when nothing has moved for some time. Call it every `reminder`.
+  void remind();
+  static constexpr std::chrono::milliseconds reminder{500};
 
   /// When the transfer has gone without progress for too long, unless something moves before.
   Clock::time_point deadline() const noexcept { return lastProgress_ + patience_; }
@@ -109,7 +116,7 @@ class CurlTransfer {
   void configureConnection();
   void configureMessage();
   bool maySend(int localPort);
-  bool usesHTTP2() const;
+  const SSL* tlsConnection() const;
   std::int64_t timeOf(int step) const;  // a CURLINFO
   void noteProgress(std::int64_t received, std::int64_t sent);
   std::size_t refuse(PlatformError flaw);
@@ -134,7 +141,7 @@ class CurlTransfer {
   // Of the current run.
   std::unique_ptr<curl_slist, ListDeleter> headers_;
   std::array<char, 256> errorText_{};  // CURL_ERROR_SIZE
-  std::string body_;
+  CurlBody body_;
   CurlHeader header_;
   int localPort_ = 0;
   bool isNewConnection_ = false;

@@ -48,6 +48,7 @@ CurlRules rulesFor(const CurlOptions& options) {
   rules.hasCertificateFile = system != nullptr;
   const char* const tls = curl_version_info(CURLVERSION_NOW)->ssl_version;
   rules.usesOpenSSL = tls && std::string_view(tls).starts_with("OpenSSL/");
+  rules.mayForgetReplies = curl_version_info(CURLVERSION_NOW)->version_num < 0x080000;
   if (options.certificates) {
     if (system) rules.certificates = contents(system) + "\n";
     rules.certificates += contents(*options.certificates);
@@ -104,6 +105,7 @@ class CurlURLSession::Worker {
         const std::scoped_lock guard(inCurl_);
         if (stop) break;
         begin(endings);
+        remind();
         int running = 0;
         tls_.noteReply();
         curl_multi_perform(multi_, &running);
@@ -207,10 +209,16 @@ class CurlURLSession::Worker {
     }
   }
 
+  void remind() {
+    if (!rules_.mayForgetReplies) return;
+    for (const auto& [handle, running] : running_) running.transfer->remind();
+  }
+
   int untilNextDeadline() const {
     using namespace std::chrono;
     const auto now = Clock::now();
     milliseconds wait = minutes(1);
+    if (rules_.mayForgetReplies && !running_.empty()) wait = CurlTransfer::reminder;
     for (const auto& [handle, running] : running_) {
       wait = std::min(wait, ceil<milliseconds>(running.transfer->deadline() - now));
     }
