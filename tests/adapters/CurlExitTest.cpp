@@ -6,9 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "adapters/curl/CurlURLSession.h"
+
 #include "testing/ChildProcess.h"
 #include "testing/LoopbackServer.h"
-#include "tests/adapters/SecureCurlURLSession.h"
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
@@ -42,15 +43,18 @@ void keepAsking(CurlURLSession& session, const std::string& url, const char* met
 }
 
 TEST(CurlExitTest, EndsWithoutACrash) {
+  const TestCertificate identity("localhost");
   const int exits = repetitions("TALVO_TEST_EXITS", 10);
   std::unique_ptr<ServerProcess> plain, safe;
   for (int run = 0; run < exits; ++run) {
     if (run % 100 == 0) {
       plain = std::make_unique<ServerProcess>(nullptr);
-      safe = std::make_unique<ServerProcess>(SecureCurlURLSession::identity());
+      safe = std::make_unique<ServerProcess>(&identity);
     }
     ChildProcess child([&](const ProcessChannel&) {
-      static auto& session = *new SecureCurlURLSession;  // as a process-wide platform's
+      CurlOptions options;
+      options.certificates = identity.certificate();
+      static auto& session = *new CurlURLSession(options);  // as a process-wide platform's
       for (const char* method : {"GET", "GET", "GET", "POST"}) {
         keepAsking(session, (run % 2 == 0 ? plain : safe)->url, method);
       }
