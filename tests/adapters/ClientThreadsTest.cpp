@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -17,16 +15,12 @@
 
 #include "testing/LoopbackServer.h"
 #include "tests/support/Repetitions.h"
+#include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
 using namespace std::chrono_literals;
-
-std::string golden(const std::string& name) {
-  std::ifstream file(TALVO_TEST_DATA "/golden/" + name + "/normal.json");
-  return std::string(std::istreambuf_iterator<char>(file), {});
-}
 
 class CountingScene : public FakeScene {
  public:
@@ -43,13 +37,12 @@ TEST(ClientThreads, SixteenDoEverythingAtOnce) {
   const int rounds = repetitions("TALVO_TEST_ROUNDS", 5);
   const int submissions = threadCount * rounds;
   std::atomic<int> received = 0;
+  const std::string banner = contentOf(TALVO_TEST_DATA "/golden/BannerCustomization/normal.json");
   LoopbackServer server([&](const LoopbackServer::Request& request, LoopbackServer::Connection& connection) {
     const bool isTopics = request.body.find("requesterId") != std::string::npos;
     if (request.method != "GET" && !isTopics) ++received;
     const bool isBanner = request.target.find("banner") != std::string::npos;
-    connection.reply(200, isBanner                  ? golden("BannerCustomization")
-                          : request.method == "GET" ? "{}"
-                                                    : R"({"id":"c"})");
+    connection.reply(200, isBanner ? banner : request.method == "GET" ? "{}" : R"({"id":"c"})");
   });
   const auto folder = std::filesystem::temp_directory_path() / ("threads-" + std::to_string(getpid()));
   std::filesystem::create_directory(folder);

@@ -3,15 +3,12 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
-#include <iostream>
 #include <thread>
 
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/file.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
@@ -19,6 +16,9 @@
 
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
+#include "testing/ChildProcess.h"
+#include "testing/DurabilityConformance.h"
+#include "testing/SharingConformance.h"
 #include "testing/UserDefaultsConformance.h"
 #include "tests/support/Repetitions.h"
 #include "tests/support/Testing.h"
@@ -41,11 +41,37 @@ class TemporaryFolder {
   fs::path path_;
 };
 
+void write(const fs::path& file, const std::string& content) {
+  fs::create_directories(file.parent_path());
+  std::ofstream(file, std::ios::binary) << content;
+}
+
 struct InSQLite {
   TemporaryFolder folder;
   std::shared_ptr<UserDefaults> open() { return std::make_shared<SQLiteUserDefaults>(folder.file()); }
+  static int kills() { return repetitions("TALVO_TEST_KILLS", 50); }
+  static int saves() { return repetitions("TALVO_TEST_SAVES", 10); }
+  ~InSQLite() {
+    for (const auto& left : fs::directory_iterator(folder.file().parent_path()))
+      EXPECT_EQ(left.path(), folder.file());
+  }
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, UserDefaultsConformance, InSQLite);
+INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, DurabilityConformance, InSQLite);
+
+// In place of a damaged file, which all processes find.
+struct InDamagedSQLite {
+  TemporaryFolder folder;
+  InDamagedSQLite() { write(folder.file(), std::string(20'000, 'x')); }
+  std::shared_ptr<UserDefaults> open() { return std::make_shared<SQLiteUserDefaults>(folder.file()); }
+  static int saves() { return InSQLite::saves(); }
+  ~InDamagedSQLite() {
+    EXPECT_EQ(contentOf(folder.file().string() + ".damaged-1").size(), 20'000u);
+    EXPECT_FALSE(fs::exists(folder.file().string() + ".damaged-2"));
+  }
+};
+using Shared = ::testing::Types<InSQLite, InDamagedSQLite>;
+INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, SharingConformance, Shared);
 
 // Another program at work on the same file.
 class OtherConnection {
@@ -63,9 +89,8 @@ class OtherConnection {
   sqlite3* connection_ = nullptr;
 };
 
-void write(const fs::path& file, const std::string& content) {
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << content;
+int inAChild(const std::function<void()>& work) {
+  return ChildProcess([&](const ProcessChannel&) { work(); }).wait();
 }
 
 class SQLiteUserDefaultsTest : public ::testing::Test {
@@ -74,27 +99,6 @@ class SQLiteUserDefaultsTest : public ::testing::Test {
     Platform platform;
     platform.printer = printer;
     Platform::install(platform);
-  }
-
-  // Runs `work` in a process of its own; tells its exit status, 0 when it went through and nothing has
-  // failed.
-  static pid_t start(const std::function<void()>& work) {
-    const pid_t child = ::fork();
-    if (child != 0) return child;
-    const bool hadFailed = HasFailure();
-    try {
-      work();
-    } catch (const std::exception& error) {
-      ADD_FAILURE() << error.what();
-    }
-    std::fflush(nullptr);
-    ::_exit(HasFailure() && !hadFailed);
-  }
-
-  static int statusOf(pid_t child) {
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    return status;
   }
 
   TemporaryFolder folder;
@@ -151,11 +155,8 @@ TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
   const auto shell = [&](const std::string& command) {
     EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
   };
-  const auto hold = [&](int parent) {
-    const auto letParentAct = [&](char byte = 0) {
-      ::send(parent, &byte, 1, MSG_NOSIGNAL);
-      EXPECT_EQ(::read(parent, &byte, 1), 1);
-    };
+  const auto hold = [&](const ProcessChannel& parent) {
+    const auto letParentAct = [&] { EXPECT_TRUE(parent.send(true) && parent.receive<bool>()); };
     SQLiteUserDefaults store(file);
     store.commit({{"choice", Data("ours")}, {"long", std::string(20'000, 'x')}}).value();
     letParentAct();
@@ -183,21 +184,16 @@ TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
       SQLiteUserDefaults(root / "theirs.db").set("choice", Data("theirs")).value();
     }
     shell(before);
-    int ends[2];
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
-    const pid_t holder = start([&] { hold(ends[1]); });
-    ::close(ends[1]);
-    char byte = 0;
-    for (int turn = 0; ::read(ends[0], &byte, 1) == 1; ++turn) {
+    ChildProcess holder(hold);
+    for (int turn = 0; holder.channel->receive<bool>(); ++turn) {
       if (turn == 1) {
         shell(during);
       } else {
-        EXPECT_EQ(statusOf(start([&] { open(turn == 0 ? "ours" : choice, turn > 0); })), 0) << turn;
+        EXPECT_EQ(inAChild([&] { open(turn == 0 ? "ours" : choice, turn > 0); }), 0) << turn;
       }
-      ::send(ends[0], &byte, 1, MSG_NOSIGNAL);
+      holder.channel->send(true);
     }
-    ::close(ends[0]);
-    EXPECT_EQ(statusOf(holder), 0);
+    EXPECT_EQ(holder.wait(), 0);
     shell("rm -r *");
   }
 
@@ -325,77 +321,6 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   write(file, std::string(20'000, 'z'));
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt);
   EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-3")));
-}
-
-// From nothing, and from a damaged file, which all of them find.
-TEST_F(SQLiteUserDefaultsTest, ServesSeveralProcessesFromTheStart) {
-  constexpr int processes = 8;
-  const int keys = repetitions("TALVO_TEST_SAVES", 10);
-  for (const bool isDamaged : {false, true}) {
-    if (isDamaged) fs::remove_all(file.parent_path()), write(file, std::string(20'000, 'x'));
-    std::array<pid_t, processes> children{};
-    for (int n = 0; n < processes; ++n) {
-      children[static_cast<std::size_t>(n)] = start([&] {
-        SQLiteUserDefaults store(file);
-        for (int key = 0; key < keys; ++key) {
-          store.set(std::to_string(n * keys + key), Data("v")).value();
-        }
-        // The file grows and shrinks while others open it.
-        for (int round = 0; round < 3; ++round) {
-          SQLiteUserDefaults(file).set("large " + std::to_string(n), std::string(50'000, 'x')).value();
-          SQLiteUserDefaults(file).remove("large " + std::to_string(n)).value();
-        }
-        EXPECT_TRUE(isDamaged || printer->take().empty());
-      });
-    }
-    for (const pid_t child : children) EXPECT_EQ(statusOf(child), 0);
-    SQLiteUserDefaults store(file);
-    for (int key = 0; key < processes * keys; ++key)
-      EXPECT_EQ(store.data(std::to_string(key)).value(), Data("v"));
-    EXPECT_FALSE(fs::exists(file.string() + ".damaged-2"));
-    EXPECT_EQ(contentOf(file.string() + ".damaged-1").size(), isDamaged ? 20'000u : 0u);
-  }
-}
-
-// What a process was told to be stored is there after it was killed, at whatever point.
-TEST_F(SQLiteUserDefaultsTest, SurvivesBeingKilled) {
-  std::string padding(3000, '.');
-  int last = 0;
-  const int kills = repetitions("TALVO_TEST_KILLS", 50);
-  for (int kill = 0; kill < kills; ++kill) {
-    int reports[2];
-    ASSERT_EQ(::pipe(reports), 0);
-    const pid_t child = start([&] {
-      SQLiteUserDefaults store(file);
-      for (int n = last + 1;; ++n) {
-        const Data value(std::to_string(n) + padding);
-        store.commit({{"k", value}, {"twin", value}}).value();
-        if (::write(reports[1], &n, sizeof n) != sizeof n) return;
-      }
-    });
-    ::close(reports[1]);
-    int acknowledged = last;
-    for (int read = 0; read < kill % 7; ++read) {
-      ASSERT_EQ(::read(reports[0], &acknowledged, sizeof acknowledged), static_cast<ssize_t>(sizeof(int)));
-    }
-    ::usleep(static_cast<useconds_t>(kill * 37 % 400));
-    ::kill(child, SIGKILL);
-    EXPECT_TRUE(WIFSIGNALED(statusOf(child)));
-    while (::read(reports[0], &acknowledged, sizeof acknowledged) == sizeof(int)) {
-    }
-    ::close(reports[0]);
-
-    SQLiteUserDefaults store(file);
-    const auto stored = store.data("k").value();
-    EXPECT_EQ(store.data("twin").value(), stored) << "half of a commit";
-    last = stored ? std::stoi(stored->bytes) : 0;
-    EXPECT_TRUE(!stored || stored->bytes == std::to_string(last) + padding);
-    EXPECT_GE(last, acknowledged);
-    EXPECT_LE(last, acknowledged + 1);
-  }
-  EXPECT_THAT(printer->take(), IsEmpty());
-  for (const auto& left : fs::directory_iterator(file.parent_path())) EXPECT_EQ(left.path(), file);
-  std::cout << kills << " kills, " << last << " saves\n";
 }
 
 const std::string key = "com.talvo.consent.basicConsent.s";
@@ -553,8 +478,8 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
 TEST_F(StoreFaultsTest, LeaveTheOldValueOrTheFileAndGoOn) {
   const auto holds = [&](const std::string& fault, const std::string& read, const std::string& save) {
     SCOPED_TRACE(fault);
-    EXPECT_EQ(statusOf(start([&] { holdsInAStore(fault, read, save); })), 0);
-    EXPECT_EQ(statusOf(start([&] { holdsInAClient(fault); })), 0);
+    EXPECT_EQ(inAChild([&] { holdsInAStore(fault, read, save); }), 0);
+    EXPECT_EQ(inAChild([&] { holdsInAClient(fault); }), 0);
   };
   for (const auto& [name, fault, read, save] : tableOf<4>("store/faults.txt")) {
     SCOPED_TRACE(name);

@@ -10,10 +10,11 @@
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "adapters/threads/BackgroundThread.h"
+
+#include "testing/ChildProcess.h"
 
 // A process that ends while its background thread is at work.
 namespace TalvoConsentSDK {
@@ -119,14 +120,11 @@ TEST(ParkedThreadTest, IsNotWaitedForInAForkedChild) {
       stopped.set_value();
     };
     auto thread = std::make_unique<ParkedThread>([&](const auto&) { stopped.get_future().wait(); }, wake);
-    const pid_t child = ::fork();
-    if (child == 0) {
+    ChildProcess child([&](const ProcessChannel&) {
       if (isDestroyed) thread.reset();
       std::exit(0);
-    }
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << isDestroyed << status;
+    });
+    EXPECT_EQ(child.wait(), 0) << isDestroyed;
   }
 }
 

@@ -92,20 +92,6 @@ TEST_F(VisualMountTest, KeepsTheOrderAndTheClips) {
   EXPECT_EQ(at(19, 17), QColor(Qt::blue));
 }
 
-TEST_F(VisualMountTest, LeavesNoSeamsInRoundedBoxes) {
-  const double ratio = window.effectiveDevicePixelRatio();
-  for (const double size : {20.25, 20.5, 20.75, 21.5}) {
-    mount.update({{1, 0, {0, 0, size, size}, {}, 1, visual::Box{{1, 0, 0, 1}, 4}}});
-    const QImage drawn = window.grabWindow();
-    const int middle = static_cast<int>(size / 2 * ratio);
-    for (int i = 0; i < size * ratio - 1; ++i) {
-      for (const QPoint& pixel : {QPoint(i, middle), QPoint(middle, i)}) {
-        EXPECT_EQ(drawn.pixelColor(pixel), QColor(Qt::red)) << size << ": " << pixel.x() << ", " << pixel.y();
-      }
-    }
-  }
-}
-
 // What is drawn in a window of 100 x 100 points with so many pixels a point.
 QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
   QImage image((QSizeF(100, 100) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);

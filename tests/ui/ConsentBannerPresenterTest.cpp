@@ -40,16 +40,7 @@ TEST_F(ConsentBannerPresenterTest, ShowsOnTheFirstSceneInTheForeground) {
 }
 
 TEST_F(ConsentBannerPresenterTest, ReportsThenDismisses) {
-  // Buttons tapped in turn, what is called, and how often a fade has begun.
-  const auto table = rows<3>(R"(
-    Accept                                 | accept | 2
-    Reject                                 | reject | 2
-    Close                                  | close  | 2
-    Manage Preferences; Save Preferences   | {"preferences":false,"statistics":false,"marketing":false,"optedIn":true} | 2
-    Manage Preferences; Manage Preferences | manage | 1
-    Manage Preferences; Close              | close  | 2
-    Accept; Reject; Close; Accept          | accept | 2
-    Manage Preferences; Close; Manage Preferences | close | 2)");
+  const auto table = tableOf<3>("banner/reports.txt");
   for (const auto& [buttons, called, fades] : table) {
     auto window = show();
     for (const std::string& name : split(buttons, ';')) EXPECT_TRUE(window->tap(Role::button, name));
@@ -133,14 +124,7 @@ TEST_F(ConsentBannerPresenterTest, CallsFirstAndDoesWithoutMotionAndWithoutItsel
 }
 
 TEST_F(ConsentBannerPresenterTest, PlacesTheBanner) {
-  // Positioning and backdrop, the direction the host asks for, the title, and where card and title are.
-  const auto table = rows<5>(R"(
-    tOP dimmed  |     | Title    | 12 12 366 200  | 24 24 42.5 22
-    bottom      |     | Title    | 12 632 366 200 | 24 644 42.5 22
-    left        |     | Title    | 12 632 366 200 | 24 644 42.5 22
-    top         | rtl | Title    | 12 12 366 200  | 323.5 24 42.5 22
-    top         |     | الخصوصية | 12 12 366 200  | 298 24 68 22
-    top         | ltr | الخصوصية | 12 12 366 200  | 24 24 68 22)");
+  const auto table = tableOf<5>("banner/places.txt");
   made.messages.bannerMessages.mainMessage = "A";
   for (const auto& [placement, direction, title, card, heading] : table) {
     made.settings.positioning = words(placement).front();

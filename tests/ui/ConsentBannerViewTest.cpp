@@ -63,14 +63,7 @@ TEST_F(ConsentBannerViewTest, TellsOfAnUnknownComponentOnce) {
 TEST_F(ConsentBannerViewTest, OpensLinks) {
   made.urls = URLs{{"dsrForm", "a.b/dsr"}, {"dsr", "https://x"}, {"big", "HTTP://A/b"},
                    {"safe", "https://c"},  {"broken", "%zz"},    {"foo", ""}};
-  const auto table = rows<3>(R"(
-    dsr             | https://a.b/dsr |
-    dsrForm         | https://a.b/dsr |
-    big             | HTTP://A/b      |
-    safe            | https://c       |
-    doNotSellMyData |                 |
-    broken          |                 | ⚠️ Invalid URL for link broken: %zz
-    Big             |                 | No URL found for link: Big (URL key: Big))");
+  const auto table = tableOf<3>("banner/links.txt");
   for (const auto& [link, opened, line] : table) {
     banner().handleLinkAction(link);
     EXPECT_THAT(platform.application->opened, IsEmpty()) << "in a task of its own: " << link;

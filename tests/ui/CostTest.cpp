@@ -9,76 +9,41 @@
 namespace TalvoConsentSDK {
 namespace {
 
-using Count = std::size_t;
-
-std::string repeated(const std::string& part, Count count) {
-  std::string all;
-  for (Count i = 0; i < count; ++i) all += part;
+// A text with the part in brackets so often; "#" in it stands for its number.
+std::string repeated(const std::string& text, std::size_t count) {
+  const auto from = text.find('['), to = text.find(']');
+  if (from == text.npos) return text;
+  std::string all = text.substr(0, from);
+  for (std::size_t number = 1; number <= count; ++number) {
+    all += text.substr(from + 1, to - from - 1);
+    if (all.back() == '#') all.replace(all.size() - 1, 1, std::to_string(number));
+  }
   return all;
 }
 
-// A banner of so many parts, on the screen that shows them.
-struct Site {
-  Customization customization;
-  Services services = {};
-  bool isVendorPage = false;
-};
-
-Customization secondary(const std::string& components) {
-  return customization("", components, R"(,"marketingTitle":"M")");
-}
-
-std::string manyVendors(Count count) {
-  std::string all = "marketing:0";
-  for (Count i = 1; i < count; ++i) all += "," + std::to_string(i);
-  return all;
-}
-
-const struct Case {
-  const char* name;
-  Count count;  // and ten times as many
-  Site (*make)(Count count);
-} cases[] = {
-    {"components", 300, [](Count n) { return Site{secondary(repeated("title description x ", n / 3))}; }},
-    {"tabs", 30,
-     [](Count n) {
-       Site site{secondary("tabs:statistics,marketing"), vendors};
-       auto& tabs = *site.customization.components->secondaryScreen->front().tabs;
-       tabs.resize(n, tabs.front());
-       return site;
-     }},
-    {"buttons", 300, [](Count n) { return Site{secondary("buttons:a" + repeated(",a", n))}; }},
-    {"links", 1'000, [](Count n) { return Site{secondary("links:a" + repeated(",doNotSellMyData", n))}; }},
-    {"vendors", 500, [](Count n) { return Site{secondary("tabs:marketing"), catalogue(manyVendors(n))}; }},
-    {"services", 200,
-     [](Count n) {
-       return Site{secondary("tabs:marketing"), catalogue("marketing:A" + repeated(",A", n)), true};
-     }},
-    {"text", 10'000,
-     [](Count n) {
-       Site site{secondary("title")};
-       site.customization.messages.bannerMessages.title = std::string(n, 'x');
-       return site;
-     }},
-};
-
-class CostTest : public TestWithParam<Case> {
+class CostTest : public TestWithParam<std::array<std::string, 5>> {
  protected:
   CostTest() { platform.install(); }
 
   MemoryPlatform platform;
 };
-INSTANTIATE_TEST_SUITE_P(All, CostTest, ValuesIn(cases), byName);
+INSTANTIATE_TEST_SUITE_P(All, CostTest, ValuesIn(tableOf<5>("banner/costs.txt")),
+                         [](const auto& each) { return each.param.front(); });
 
 TEST_P(CostTest, GrowsWithTheDocument) {
-  const auto cost = [](Count count) {
-    const Site site = GetParam().make(count);
+  const auto& [name, count, parts, vendors, title] = GetParam();
+  const auto cost = [&](std::size_t times) {
+    Customization made = customization("", repeated(parts, times), R"(,"marketingTitle":"M")");
+    made.messages.bannerMessages.title = repeated(title, times);
+    auto& tabs = made.components->secondaryScreen->front().tabs;
+    if (name == "tabs") tabs->resize(times, tabs->front());
+    const Services services = catalogue(repeated(vendors, times));
     return bestCost([&] {
-      const ConsentBannerView view(site.customization, site.services, {}, {}, {});
+      const ConsentBannerView view(made, services, {}, {}, {});
       view.handleMainAction("preferences");
-      if (site.isVendorPage) view.showVendorDetail(site.services.groupedByVendor("marketing").front());
-      TestScreen screen(bannerComposition(view.view(), site.customization));
-      const bool hasCategory = !site.isVendorPage && screen.list().find("expander M") != std::string::npos;
+      if (name == "services") view.showVendorDetail(services.groupedByVendor("marketing").front());
+      TestScreen screen(bannerComposition(view.view(), made));
+      const bool hasCategory = screen.list().find("expander M") != std::string::npos;
       if (hasCategory) tap(screen, "expander M");
       screen.scroll({195, 600}, 100);
       screen.frame({});
@@ -88,7 +53,7 @@ TEST_P(CostTest, GrowsWithTheDocument) {
       screen.accessibleElements(true);
     });
   };
-  const double tenth = cost(GetParam().count), whole = cost(10 * GetParam().count);
+  const double tenth = cost(std::stoul(count)), whole = cost(10 * std::stoul(count));
   EXPECT_LE(whole / tenth, 15) << whole << " s and " << tenth << " s";
 }
 

@@ -57,20 +57,10 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
 
 // What scrolls ends in a hairline.
 TEST(LayoutTest, PinsTheFooter) {
-  const std::tuple<double, double, double, std::string> table[] = {
-      // height of the content, height of the window, text scale
-      {100, 140, 1, "box 0 0 100 100; box 0 100 100 40"},
-      {500, 300, 1, "box 0 28 100 500; box 0 260 100 40; box 0 251.5 100 0.5"},
-      {500, 196, 1, "box 0 28 100 500; box 0 156 100 40; box 0 147.5 100 0.5"},
-      {500, 195, 1, "box 0 28 100 500; box 0 194.5 100 0.5"},
-      {500, 195, 0.5, "box 0 28 100 500; box 0 194.5 100 0.5"},
-      {500, 256, 1.5, "box 0 28 100 500; box 0 216 100 40; box 0 207.5 100 0.5"},
-      {500, 255, 1.5, "box 0 28 100 500; box 0 254.5 100 0.5"},
-      {60, 99, 1, "box 0 28 100 60; box 0 88 100 40; box 0 98.5 100 0.5"},
-  };
+  const auto table = tableOf<4>("banner/footer.txt");
   for (const auto& [content, height, scale, expected] : table) {
-    const AnyView view = pinnedFooter(box(100, content), box(100, 40), 28);
-    EXPECT_EQ(TestScreen(view, {100, height}, {}, {}, scale).drawn(), expected);
+    const AnyView view = pinnedFooter(box(100, std::stod(content)), box(100, 40), 28);
+    EXPECT_EQ(TestScreen(view, {100, std::stod(height)}, {}, {}, std::stod(scale)).drawn(), expected);
   }
 }
 

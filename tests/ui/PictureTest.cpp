@@ -1,11 +1,8 @@
-// Whole screens as text, compared with the files in tests/golden/pictures. After an intended change run with
-// TALVO_UPDATE_GOLDEN=1, which rewrites the files and fails, and read the difference before keeping it.
-
-#include <cstdlib>
-#include <fstream>
+// Whole screens as text, compared with the files in tests/golden/pictures.
 
 #include "adapters/memory/TextPicture.h"
 
+#include "tests/support/Golden.h"
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
@@ -24,12 +21,7 @@ ConsentBannerView banner(const Customization& made) {
 }
 
 void expectPicture(const std::string& name, const std::string& drawn) {
-  const std::string path = TALVO_TEST_DATA "/golden/pictures/" + name + ".txt";
-  if (std::getenv("TALVO_UPDATE_GOLDEN")) {
-    std::ofstream(path) << drawn;
-    FAIL() << "rewritten: " << path;
-  }
-  EXPECT_EQ(drawn, contentOf(path)) << path << " (see the top of this file)";
+  expectGolden(TALVO_TEST_DATA "/golden/pictures/" + name + ".txt", drawn);
 }
 
 TEST(PictureTest, ShowsEveryScreen) {

@@ -21,14 +21,7 @@ class RenderersTest : public BannerTest {
 TEST_F(RenderersTest, AreChosenByTheComponent) {
   made.urls = URLs{{"dsrForm", "x"}};
   made.resources.emplace().mainLogoUrl = "https://site.example/logo.png";
-  const auto table = rows<3>(R"(
-    title             | heading Title                    |
-    description       | text Message                     |
-    bannerLogo        |                                  |
-    closeButton       | button Close                     | button close
-    buttons:acceptAll | button Accept                    | button acceptAll
-    links:dsr         | link Data Subject Rights         | link dsr
-    tabs:necessary    | text Necessary; switch Necessary |)");
+  const auto table = tableOf<3>("banner/components.txt");
   for (const auto& [component, shown, reported] : table) {
     TestScreen screen(render(component));
     EXPECT_EQ(screen.list(), shown);
@@ -66,12 +59,7 @@ TEST_F(RenderersTest, UseTheSitesTexts) {
                    {"termsAndConditions", "x"},
                    {"dsrForm", "x"},
                    {"empty", ""}};
-  const auto table = rows<2>(R"(
-    buttons:acceptAll,managePreferences,preferences,savePreferences | button Accept; button m; button m; button s
-    links:privacyPolicy,cookiePolicy,termsAndConditions             | link p; link c; link t
-    links:dsr,doNotSell,empty,doNotSellMyData,none                  | link d; link n
-    tabs:marketing,Necessary,statistics,x | text S; text s; switch S; text M; text m; switch M
-    tabs:doNotSell,preferences,necessary  | text N; text n; switch N; text P; text p; switch P; text D; text d; switch D)");
+  const auto table = tableOf<2>("banner/texts.txt");
   for (const auto& [component, shown] : table) {
     auto item = components(component).front();
     if (item.tabs) item.tabs->front().showCategoryDescription = true;
