@@ -197,8 +197,7 @@ ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
 
 // Goes by the user who is stored, whom another process may have changed.
 void ConsentLedger::adopt(const Loaded<std::string>& userId) {
-  const std::optional<std::string>& known = userId_;
-  if (!userId_.isUnknown && known != userId) {
+  if (!userId_.isUnknown && userId_ != userId) {
     ++identity_;
     hasUserDecided_ = false;
     implicit_.reset();

@@ -146,7 +146,8 @@ void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completio
 
 // The consent is judged here; the task is the same submission, its completion the awaiter.
 Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
-  return announcedEnd(submission(consent), consent, state_->eventManager, state_->platform);
+  return announcedEnd(submission(consent), consent, state_->eventManager, state_->platform)
+      .on(state_->platform.background);
 }
 
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {

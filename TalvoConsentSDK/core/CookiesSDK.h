@@ -72,7 +72,7 @@ class CookiesSDK {
   void submitConsent(const BasicConsent& consent, Completion completion);
 
   /// The same as a task, which returns the answer or throws an Error. The consent is judged now, and sent
-  /// when the task is awaited. The awaiter goes on on its own executor, on that for callbacks if it has none.
+  /// when the task is awaited. The awaiter goes on on its own executor, in the background if it has none.
   /// Dropping the task or destroying the awaiter afterwards does not stop the submission.
   Task<ConsentResponse> submitConsent(const BasicConsent& consent);
 

@@ -24,12 +24,10 @@ std::string inShort(const std::string& line) {
   static const regex toggle(
       R"re("enabled":(\w+),"name":"([^"]*)","rect":\[[^\]]*\],"role":"switch","value":"(\w+)")re");
   static const regex time(R"re(,"time":"[^"]*"| after [0-9]+ ms)re");
-  static const regex thread(R"re(,"thread":"\w+")re");  // of a co_await the one that was quicker
   static const regex identifier("[0-9a-f]{8}-[0-9a-f-]{27}");
   if (std::regex_match(line, done)) return "";
   if (!line.starts_with("{\"view\"")) {
     const std::string text = std::regex_replace(std::regex_replace(line, time, ""), identifier, "ID");
-    return line.starts_with("{\"error\"") ? std::regex_replace(text, thread, "") : text;
   }
   std::string view = "view:";
   for (std::sregex_iterator each(line.begin(), line.end(), toggle); each != std::sregex_iterator(); ++each) {
