@@ -16,6 +16,22 @@ BasicConsent consentOf(const std::string& json) {
   return consent;
 }
 
+KeptConsent keptOf(const std::string& json) {
+  return json == "none" ? KeptConsent() : KeptConsent(consentOf(json));
+}
+
+// Saves a consent, an original and a user in one commit; tells in which order their keys are written.
+std::string orderOf(ConsentStorage& storage, const Texts& values, FailingUserDefaults& store) {
+  const KeptValues before = storage.load();
+  KeptValues after{keptOf(values[0]), keptOf(values[1]), {}};
+  if (values[2] != "none") after.userId = values[2];
+  Texts order;
+  store.before = [&](std::string_view key) { order.push_back(split(std::string(key), '.').at(3)); };
+  EXPECT_TRUE(storage.save(before, after));
+  store.before = [](auto) {};
+  return joined(order, " ");
+}
+
 // Carries out one operation of the table; tells what it returns.
 std::string outcome(ConsentStorage& storage, const std::string& operation, const std::string& value) {
   if (operation == "loadConsent") return textOf(storage.loadConsent());
@@ -44,7 +60,9 @@ TEST(ConsentStorageTest, KeepsEachValueWhateverTheStoreDoes) {
     platform.userDefaults->failsToRead = platform.userDefaults->failsToWrite = how != "in order";
     platform.userDefaults->throws = how == "throws";
     ConsentStorage storage("s", platform.userDefaults);
-    EXPECT_EQ(outcome(storage, operation, value), returned) << operation << " " << value;
+    const std::string actual = operation == "save" ? orderOf(storage, words(value), *platform.userDefaults)
+                                                   : outcome(storage, operation, value);
+    EXPECT_EQ(actual, returned) << operation << " " << value;
     Texts left;
     for (const auto& [key, content] : platform.store->values()) {
       const auto* const data = std::get_if<Data>(&content);
