@@ -87,6 +87,8 @@ TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
 TEST(JSONCodingTest, ReadsAndWritesEveryValue) {
   for (const auto& [json, again] : tableOf<2>("models/values.txt"))
     EXPECT_EQ(written(parsed<JSONValue>(json)), again);
+  EXPECT_EQ(parsed<JSONValue>(R"([null,true,-1,0.5,{"a":"b"}])"),
+            (JSONArray{JSONValue(), true, -1, 0.5, JSONObject{{"a", "b"}}}));
   EXPECT_EQ(written(JSONValue("\"\\/\b\n\r\t\x1F\x7F\0\xE2\x80\xA8"s)),
             "\"\\\"\\\\/\\u0008\\n\\r\\t\\u001f\x7F\\u0000\xE2\x80\xA8\"");
   for (const char* number : {"9223372036854775808", "18446744073709551615"})
