@@ -197,7 +197,9 @@ ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
 
 // Goes by the user who is stored, whom another process may have changed.
 void ConsentLedger::adopt(const Loaded<std::string>& userId) {
-  if (!userId_.isUnknown && userId_ != userId) {
+  // Compared as what they derive from: as a value of the other, nothing would differ from nothing.
+  const std::optional<std::string>&known = userId_, &stored = userId;
+  if (!userId_.isUnknown && known != stored) {
     ++identity_;
     hasUserDecided_ = false;
     implicit_.reset();

@@ -19,13 +19,6 @@ struct Loaded : std::optional<T> {
   Loaded(std::optional<T> found) : std::optional<T>(std::move(found)) {}
 
   bool isUnknown = false;  // the store has failed, so that there may be a value
-
-  // Without these an optional is compared with the value that it takes this for, and nothing equals nothing.
-  friend bool operator==(const Loaded& a, const std::optional<T>& b) { return a.base() == b; }
-  friend bool operator==(const Loaded& a, const Loaded& b) { return a.base() == b.base(); }
-
- private:
-  const std::optional<T>& base() const { return *this; }
 };
 
 /// A consent and the data that stands for it in the store, where damaged data stands for no consent. One that

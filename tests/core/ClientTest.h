@@ -2,6 +2,8 @@
 
 // The client over a platform in memory. It is a singleton: each test needs a process of its own.
 
+#include <stdexcept>
+
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
 
@@ -63,6 +65,7 @@ class ClientTest : public ::testing::Test {
     trace.push_back(what + (platform.mainActor->isCurrent()    ? " on main"
                             : platform.background->isCurrent() ? " in background"
                                                                : " elsewhere"));
+    if (throws) throw std::runtime_error("the host's");
   }
   void noteEvents(CookiesSDK& client) {
     for (const auto& [event, name] : RawValues<ConsentEvent>::table) {
@@ -76,6 +79,7 @@ class ClientTest : public ::testing::Test {
   const std::string prefix = "com.talvo.consent.";
   MemoryPlatform platform;
   Texts trace;
+  bool throws = false;  // what notes something throws then
   std::size_t seen = 0;
 };
 

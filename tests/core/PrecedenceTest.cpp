@@ -1,6 +1,8 @@
 // What becomes of a person's choice: each source of a consent over each kind of stored one, with the network
 // and the store in order and not. The table is tests/golden/precedence.txt, whose head says how to read it.
 
+#include "TalvoConsentSDK/platform/Spawn.h"
+
 #include "tests/core/ClientTest.h"
 #include "tests/ui/BannerTesting.h"
 
@@ -14,6 +16,10 @@ const std::string document = [] {
                     R"(,"savePreference":"Save","preferencesButton":"Manage")");
   return written(made);
 }();
+
+Task<void> awaited(Task<ConsentResponse> submission) {
+  co_await std::move(submission);
+}
 
 class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {
  protected:
@@ -52,6 +58,9 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "submit")
       client->submitConsent(parsed<BasicConsent>(object),
                             [this](const auto& r) { note(r ? "sent" : failure(r)); });
+    if (verb == "await")
+      spawn<void>(platform.mainActor, awaited(client->submitConsent(parsed<BasicConsent>(object))),
+                  [this](const auto& end) { note(end ? "sent" : failure(end)); });
     if (verb == "consent") note(written(client->getConsent().value()));
     if (verb == "show" || (verb == "tap" && platform.scene->windows().empty())) {
       client->showBanner([this] { note("accepted"); }, [this] { note("rejected"); },
@@ -65,7 +74,10 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     }
     if (verb == "answer")
       for (const char* method : {"POST", "PUT"})
-        answer(method, "cookie-consent/s", std::stoi(object), object == "200" ? R"({"id":"n"})" : "down");
+        answer(method, "cookie-consent/s", std::stoi(object),
+               object == "200"   ? R"({"id":"n"})"
+               : object == "201" ? "{}"
+                                 : "down");
     if (verb == "unreadable") unreadable = object;
     if (verb == "unread") failingRead = std::stoi(object);
     if (verb == "unwritable") unwritable = object;
@@ -75,6 +87,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
       while (newRequests().empty() || !platform.session->requests().back().method.starts_with(object))
         if (platform.mainActor->runAll() + platform.background->runAll() == 0)
           platform.sessionThread->runAll();
+    if (verb == "throw") throws = true;
     if (verb == "settle") platform.settle();
   }
 

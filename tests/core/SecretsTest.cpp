@@ -10,13 +10,6 @@ class Answering : public URLSession {
   Result<URLResponse> outcome = PlatformError("net", 1, "offline");
 };
 
-URLResponse response(std::optional<int> status, const std::string& body) {
-  URLResponse made;
-  made.statusCode = status;
-  made.body = body;
-  return made;
-}
-
 // Who the person is stands in no line and no error of ours, whatever goes wrong.
 TEST(SecretsTest, AreNotTold) {
   MemoryPlatform fakes;
@@ -29,9 +22,9 @@ TEST(SecretsTest, AreNotTold) {
   const auto topics = TalvoConsent::getInstance("t", "p", "secret-token", "https://service.example/");
   Texts told;
   const auto note = [&](const auto& result) { told.push_back(failure(result)); };
-  const Result<URLResponse> outcomes[] = {
-      session->outcome,    response(200, "{"), response(200, "[]"),           response(200, R"({"id":1})"),
-      response(500, "no"), response({}, ""),   response(200, R"({"id":"c"})")};
+  std::vector<Result<URLResponse>> outcomes{session->outcome};
+  for (const auto& [status, body, typed, untyped] : tableOf<4>("network/replies.txt"))
+    outcomes.emplace_back(replyOf(status, body));
   for (const auto& outcome : outcomes) {
     session->outcome = outcome;
     for (const bool storeFails : {false, true}) {

@@ -5,21 +5,19 @@
 namespace TalvoConsentSDK {
 namespace {
 
-struct Topics {
-  std::string name;
-  std::optional<std::string> token;
-  std::optional<std::string> apiUrl;
-  std::map<std::int64_t, bool> topics;
-  std::string url;
-  std::string members;  // of the body, besides those that are always the same
-};
-
-class TopicsTest : public ClientTest, public ::testing::WithParamInterface<Topics> {};
+class TopicsTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {};
 
 TEST_P(TopicsTest, SendsThem) {
-  const auto& [name, token, apiUrl, topics, url, members] = GetParam();
-  platform.session->answer("POST", url, 200, R"({"receipt":{"n":1}})");
-  const auto client = TalvoConsent::getInstance("tenant", "point", token, apiUrl);
+  const auto& [name, token, service, choices, url, members] = GetParam();
+  const auto ifAny = [](const std::string& text) {
+    return text == "none" ? std::nullopt : std::optional(text);
+  };
+  const auto chosen = parsed<JSONValue>(choices);
+  std::map<std::int64_t, bool> topics;
+  for (const auto& [id, isSelected] : *chosen.object()) topics[std::stoll(id)] = *isSelected.boolean();
+  platform.session->answer("POST", (ifAny(service) ? "" : TALVO_DEFAULT_API_URL) + url, 200,
+                           R"({"receipt":{"n":1}})");
+  const auto client = TalvoConsent::getInstance("tenant", "point", ifAny(token), ifAny(service));
   EXPECT_EQ(TalvoConsent::getInstance("t", "other", "other", "https://elsewhere.example"), client);
   std::string reply;
   client->submitConsent("me@x.example", topics, [&](const Result<JSONObject>& result) {
@@ -35,22 +33,11 @@ TEST_P(TopicsTest, SendsThem) {
   EXPECT_EQ(
       canonical(*requests[0].body),
       canonical(R"({"collectionPointId":"point","requesterId":"me@x.example","requesterType":"EMAIL",)" +
-                members));
+                members + "}"));
 }
 
-const std::string none = R"("topicSelectionDtos":[]})";
-const Topics allTopics[] = {
-    {"WithToken",
-     "t-1",
-     "https://x.example",
-     {{-3, true}, {7000000000, false}},
-     "https://x.example/public/consent",
-     R"("token":"t-1","topicSelectionDtos":[{"topicId":-3,"selected":true},{"topicId":7000000000,"selected":false}]})"},
-    {"WithoutTopics", std::nullopt, "https://x.example/", {}, "https://x.example/public/consent", none},
-    {"TwoSlashes", std::nullopt, "https://x.example//", {}, "https://x.example//public/consent", none},
-    {"DefaultService", std::nullopt, std::nullopt, {}, TALVO_DEFAULT_API_URL "/public/consent", none},
-};
-INSTANTIATE_TEST_SUITE_P(Client, TopicsTest, ValuesIn(allTopics), byName);
+INSTANTIATE_TEST_SUITE_P(Client, TopicsTest, ValuesIn(tableOf<6>("topics.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -8,12 +8,9 @@ namespace TalvoConsentSDK {
 namespace {
 
 TEST(ConsentValueTest, FollowsItsSelection) {
-  const std::tuple<Texts, int, const char*> selections[] = {
-      {{}, 0, "false"},        {{}, 2, "false"},       {{"a", "b"}, 2, "true"},
-      {{"a", "a"}, 2, "true"}, {{"a"}, 2, R"(["a"])"}, {{"b", "a", "a"}, 2, R"(["b","a","a"])"},
-  };
-  for (const auto& [selected, totalCount, json] : selections) {
-    const ConsentValue value = ConsentValue::fromSelection(selected, totalCount);
+  for (const auto& [selection, count, json] : tableOf<3>("models/selections.txt")) {
+    const Texts selected = words(selection);
+    const ConsentValue value = ConsentValue::fromSelection(selected, std::stoi(count));
     EXPECT_EQ(written(value), json);
     EXPECT_EQ(value.isEnabled(), !selected.empty());
   }
@@ -29,24 +26,12 @@ TEST(ConsentValueTest, FollowsItsSelection) {
 }
 
 TEST(BasicConsentTest, HasAStatusAndAnnouncesEvents) {
-  const std::tuple<const char*, const char*, Texts> consents[] = {
-      {"{}", "rejected", {"RejectAll"}},
-      {R"({"preferences":false,"marketing":false})", "rejected", {"RejectAll"}},
-      {R"({"marketing":true})", "accepted", {"MarketingAccepted"}},
-      {R"({"preferences":true,"statistics":true,"marketing":["a"]})",
-       "partial",
-       {"AcceptAll", "PreferenceAccepted", "MarketingAccepted", "StatisticsAccepted"}},
-      {R"({"preferences":true,"statistics":true,"marketing":false})",
-       "partial",
-       {"PreferenceAccepted", "StatisticsAccepted"}},
-      {R"({"statistics":["a"],"optedIn":true,"id":"i"})", "partial", {"StatisticsAccepted"}},
-  };
-  for (const auto& [json, status, events] : consents) {
+  for (const auto& [json, status, events] : tableOf<3>("models/consents.txt")) {
     const auto consent = parsed<BasicConsent>(json);
     EXPECT_EQ(rawValue(consent.status()), status) << json;
     Texts announced;
     for (const ConsentEvent event : consent.consentEvents()) announced.emplace_back(rawValue(event));
-    EXPECT_EQ(announced, events) << json;
+    EXPECT_EQ(joined(announced, " "), events) << json;
   }
   BasicConsent odd;
   odd.statistics = ConsentValue::partial({});
@@ -58,18 +43,8 @@ TEST(BasicConsentTest, HasAStatusAndAnnouncesEvents) {
 }
 
 TEST(FullConsentTest, ShowsTheHostItsPart) {
-  const std::pair<const char*, const char*> payloads[] = {
-      {"{}", "{}"},
-      {R"({"id":"c","status":"accepted","userId":"u","siteId":"s","typeConsent":"explicit"})",
-       R"({"id":"c"})"},
-      {R"({"categories":{"necessary":true,"marketing":["a"],"statistics":false,"Preferences":true}})",
-       R"({"statistics":false,"marketing":["a"]})"},
-      {R"({"categories":{"preferences":true,"optedIn":[]}})", R"({"preferences":true,"optedIn":false})"},
-      {R"({"categories":{"optedIn":["x"]}})", R"({"optedIn":true})"},
-  };
-  for (const auto& [payload, consent] : payloads) {
+  for (const auto& [payload, consent] : tableOf<2>("models/payloads.txt"))
     EXPECT_EQ(written(parsed<FullConsent>(payload).toBasicConsent()), consent);
-  }
 }
 
 template <class Enum>

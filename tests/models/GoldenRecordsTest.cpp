@@ -82,32 +82,20 @@ TEST(GoldenFieldsTest, EveryKeyHasItsOwnField) {
   EXPECT_EQ(*consent.userId + *consent.id + *consent.siteId, "user@example.comc-17site-1");
 }
 
-// The normal documents with one text in them replaced, and how the error begins; empty: they still read.
+Result<std::string> recoded(const std::string& name, const std::string& json) {
+  return std::ranges::find(records, name, &GoldenRecord::name)->recode(json);
+}
+
+TEST(GoldenFieldsTest, TakeTheLastOfAKeyGivenTwice) {
+  for (const auto& [name, json, again] : tableOf<3>("models/twice.txt"))
+    EXPECT_EQ(recoded(name, json).value(), again);
+}
+
 TEST(GoldenFieldsTest, RefusesWhatARecordCannotHold) {
-  const std::string banner = "BannerCustomization";
-  const std::string noKey = "Missing key at customization.";
-  const std::string noText = noKey + "messages.bannerMessages.";
-  const std::string null = "Null value at customization.";
-  const std::tuple<std::string, std::string, std::string, std::string> alterations[] = {
-      {banner, "showBlur", "isShowBlur", noKey + "settings.showBlurBackground"},
-      {banner, "\"acceptB", "\"b", noText + "acceptButton"},
-      {banner, "\"title text\"", "null", null + "messages.bannerMessages.title:"},
-      {banner, "\"font\"", "\"f\"", noKey + "colors.font"},
-      {banner, "\"readOnly\": f", "\"\": f", noKey + "components.secondaryScreen[1].tabs[0].readOnly"},
-      {banner, "\"https://site.example/privacy\"", "null", null + "urls.privacyPolicy"},
-      {banner, "\"privacyPolicy\",", "null,", null + "components.mainScreen[1].links[0]"},
-      {banner, "\"customization\": {", "\"customization\": null, \"\": {", ""},
-      {banner, "\"marketing text\"", "null", ""},
-      {"FullConsent", "\"necessary\": true", "\"necessary\": null",
-       "Data corrupted at categories.necessary:"},
-      {"BasicConsent", "false", "0", "Data corrupted at marketing:"},
-      {"BasicConsent", "false", "null", ""},
-      {"Services", "\"vendor text\"", "[]", "Type mismatch at libraries[0].vendor:"},
-  };
-  for (const auto& [name, text, replacement, error] : alterations) {
+  for (const auto& [name, text, replacement, error] : tableOf<4>("models/alterations.txt")) {
     std::string json = golden(name, "normal");
     json.replace(json.find(text), text.size(), replacement);
-    const auto outcome = std::ranges::find(records, name, &GoldenRecord::name)->recode(json);
+    const auto outcome = recoded(name, json);
     EXPECT_THAT(failure(outcome), StartsWith(error)) << replacement;
     EXPECT_EQ(outcome.has_value(), error.empty());
   }

@@ -3,7 +3,6 @@
 #include <limits>
 #include <random>
 
-#include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
@@ -26,47 +25,21 @@ std::string failureOf(const std::string& json) {
   return failure(JSONDecoder().decode<Record>(json));
 }
 
-std::string nested(std::size_t levels) {
+std::string nested(int count) {
+  const auto levels = static_cast<std::size_t>(count);
   return std::string(levels, '[') + "1" + std::string(levels, ']');
 }
 
 TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
-  const auto decode = [](const std::string& json) {
-    return failure(JSONDecoder().decode<ConsentResponse>(json));
+  const auto expectEnd = [](const std::string& json, const std::string& error) {
+    const std::string end = failureOf<ConsentResponse>(json);
+    EXPECT_THAT(end, StartsWith(error)) << json.substr(0, 99);
+    EXPECT_EQ(end.empty(), error.empty()) << json.substr(0, 99);
   };
-  const std::pair<std::string, Texts> documents[] = {
-      // how the error begins; empty: they read
-      {"",
-       {R"({"id":"x"})", " \t\r\n{ \"id\" : \"x\" } \n", R"({"\u0069\u0064":"x"})", R"({"id":"","n":1e-400})",
-        "\xEF\xBB\xBF{\"id\":\"x\"}", R"({"id":1,"id":"x"})", R"({"id":"","n":18446744073709551615})",
-        R"({"id":"","n":)" + nested(255) + "}"}},
-      {"Type mismatch at id", {R"({"id":1})", R"({"id":"x","id":[]})"}},
-      {"Type mismatch: expected an object", {"5", "\"x\"", "[]", "true"}},
-      {"Null value: expected an object", {"null"}},
-      {"Null value at id", {R"({"id":null})"}},
-      {"Missing key at id", {"{}", R"({"Id":"x"})"}},
-      {"Data corrupted: The data is not valid JSON",
-       {"", " ", "{", "}", "\xEF\xBB\xBF\xEF\xBB\xBF{\"id\":\"x\"}", "\xEF\xBB\xBF", "{\"id\":\"x\"}\0"s,
-        R"({"id":"x"}])", R"({"id":"x"}{})", R"({"id":1,})", R"({id:"x"})",
-        R"({"id":"","n":18446744073709551616})", R"({"id":"","n":1e400})",
-        R"({"id":"","n":)" + nested(256) + "}", R"({"id":"","n":)" + nested(100'000) + "}"}}};
-  for (const auto& [error, texts] : documents) {
-    for (const auto& json : texts) {
-      EXPECT_THAT(decode(json), StartsWith(error)) << json.substr(0, 99);
-      EXPECT_EQ(decode(json).empty(), error.empty()) << json.substr(0, 99);
-    }
-  }
-  // Also under an unknown key, where nobody looks at the value.
-  Texts values = words(R"("\ud800" "\udc00" "\x41" "\u12" 01 1. .5 +1 - 1e 0x1 NaN -Infinity tru True [1,]
-                          {"a":} 'x' 1//no /**/1 "x)");
-  for (const auto& value : {"\"\xFF\""s, "\"\xED\xA0\x80\""s, "\"\xC0\x80\""s, "\"\0\""s, "\"\n\""s, "[1 2]"s,
-                            "{\"a\" 1}"s, ""s}) {
-    values.push_back(value);
-  }
-  for (const auto& value : values) {
-    EXPECT_THAT(decode("{\"id\":" + value + "}"), StartsWith("Data corrupted")) << value;
-    EXPECT_THAT(decode("{\"id\":\"x\",\"n\":" + value + "}"), StartsWith("Data corrupted")) << value;
-  }
+  for (const auto& [json, error] : tableOf<2>("models/json.txt")) expectEnd(unescaped(json), error);
+  const std::string invalid = "Data corrupted: The data is not valid JSON";
+  for (const int levels : {255, 256, 100'000})
+    expectEnd(R"({"id":"","n":)" + nested(levels) + "}", levels == 255 ? "" : invalid);
   EXPECT_EQ(parsed<ConsentResponse>(R"({"id":"\ud83d\ude00\u0000\"\\\/\b\f\n\r\t"})").id,
             "\xF0\x9F\x98\x80\0\"\\/\b\f\n\r\t"s);
 }
@@ -111,46 +84,17 @@ TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
   }
 }
 
-TEST(JSONDecoderTest, TakesTheLastOfAKeyGivenTwice) {
-  EXPECT_EQ(written(parsed<BasicConsent>(R"({"marketing":["a"],"marketing":["b","c"],"id":"a","id":null})")),
-            R"({"marketing":["b","c"]})");
-  EXPECT_EQ(
-      written(parsed<FullConsent>(R"({"categories":{"a":true,"b":true},"categories":{"a":7,"a":["c"]}})")),
-      R"({"categories":{"a":["c"]}})");
-  EXPECT_EQ(canonical(R"({"b":9223372036854775808,"a":[],"b":{"c":1,"c":2}})"), R"({"a":[],"b":{"c":2}})");
-  const std::string texts =
-      R"("bannerMessages":{"acceptButton":"","mainMessage":"","rejectButton":"","title":")";
-  const auto banner = parsed<BannerCustomization>(
-      R"({"bannerType":"","customization":{"settings":{"positioning":"","showBlurBackground":true,)"
-      R"("showPoweredBy":true},"colors":{"background":"","buttonBackground":"","buttonFontColor":"","font":""},)"
-      R"("messages":{)" +
-      texts + R"(","marketing":"first"}},"messages":{)" + texts + "last\"}}}}");
-  EXPECT_EQ(banner.customization->messages.bannerMessages.title, "last");
-  EXPECT_FALSE(banner.customization->messages.bannerMessages.marketing);
-}
-
 TEST(JSONCodingTest, ReadsAndWritesEveryValue) {
-  const std::pair<JSONValue, std::string> values[] = {
-      {JSONArray{JSONValue(), true, JSONArray(), JSONObject{{"b", false}, {"a", ""}}},
-       R"([null,true,[],{"a":"","b":false}])"},
-      {std::numeric_limits<std::int64_t>::min(), "-9223372036854775808"},
-      {9223372036854775808.0, "9223372036854775808.0"},
-      {1.0, "1.0"},
-      {-0.0, "-0.0"},
-      {1e300, "1e+300"},
-      {5e-324, "5e-324"},
-      {"\"\\/\b\n\r\t\x1F\x7F\0\xE2\x80\xA8"s, "\"\\\"\\\\/\\u0008\\n\\r\\t\\u001f\x7F\\u0000\xE2\x80\xA8\""},
-      {JSONObject{{"\"\n", ""}}, R"({"\"\n":""})"}};
-  for (const auto& [value, json] : values) {
-    EXPECT_EQ(written(value), json);
-    EXPECT_EQ(parsed<JSONValue>(json), value) << json;
-  }
-  const std::pair<const char*, JSONValue> readings[] = {
-      {"-0", 0}, {"9223372036854775808.0", 9223372036854775808.0}, {"1e2", 100.0}, {"1e-400", 0.0}};
-  for (const auto& [json, value] : readings) EXPECT_EQ(parsed<JSONValue>(json), value) << json;
+  for (const auto& [json, again] : tableOf<2>("models/values.txt"))
+    EXPECT_EQ(written(parsed<JSONValue>(json)), again);
+  EXPECT_EQ(parsed<JSONValue>(R"([null,true,-1,0.5,{"a":"b"}])"),
+            (JSONArray{JSONValue(), true, -1, 0.5, JSONObject{{"a", "b"}}}));
+  EXPECT_EQ(written(JSONValue("\"\\/\b\n\r\t\x1F\x7F\0\xE2\x80\xA8"s)),
+            "\"\\\"\\\\/\\u0008\\n\\r\\t\\u001f\x7F\\u0000\xE2\x80\xA8\"");
   for (const char* number : {"9223372036854775808", "18446744073709551615"})
     EXPECT_EQ(failure(JSONDecoder().decode<JSONValue>(R"({"a":[)" + std::string(number) + "]}")),
               "Data corrupted at a[0]: The whole number is larger than 9223372036854775807");
+  EXPECT_EQ(canonical(R"({"b":9223372036854775808,"a":[],"b":{"c":1,"c":2}})"), R"({"a":[],"b":{"c":2}})");
   EXPECT_TRUE(JSONValue(nullptr).isNull() && JSONValue(static_cast<const char*>(nullptr)).isNull());
 
   std::mt19937_64 random(17);

@@ -16,13 +16,6 @@ namespace {
 
 const std::string address = "https://service.example/x";
 
-URLResponse response(std::optional<int> statusCode, std::optional<std::string> body) {
-  URLResponse answer;
-  answer.statusCode = statusCode;
-  answer.body = std::move(body);
-  return answer;
-}
-
 class HTTPClientTest : public ::testing::Test {
  protected:
   HTTPClientTest() { platform.install(); }
@@ -58,40 +51,6 @@ class HTTPClientTest : public ::testing::Test {
 };
 
 TEST_F(HTTPClientTest, JudgesEveryOutcome) {
-  struct Judgement {
-    std::string typed;  // how a request for a record ends, or begins to
-    std::string untyped;
-    std::optional<int> status;
-    std::vector<std::optional<std::string>> bodies;
-  };
-  const std::string noJSON = "Failed to decode response: Data corrupted: The data is not valid JSON";
-  const std::string noObject =
-      "Failed to decode response: Data corrupted: The document is neither an object nor an array";
-  const std::string mismatch = "Failed to decode response: Type mismatch: expected an object, found ";
-  const std::string null = "Failed to decode response: Null value: expected an object, found null";
-  const std::string noResponse = "Invalid response from server";
-  const std::string noData = "No data received (HTTPClient -2)";
-  const Judgement judgements[] = {
-      {"", "", 200, {R"({"id":"1"})"}},
-      {"", "", 299, {R"({"id":"1"})"}},
-      {"HTTP error 199: {}", "HTTP error 199: {}", 199, {"{}"}},
-      {"HTTP error 300: moved", "HTTP error 300: moved", 300, {"moved"}},
-      {"HTTP error 404:  no site\n", "HTTP error 404:  no site\n", 404, {" no site\n"}},
-      {"HTTP error 404: Unknown error", "HTTP error 404: Unknown error", 404, {"\xFF"}},
-      {"HTTP error 500: <html>", "HTTP error 500: <html>", 500, {"<html>"}},
-      {"HTTP error 500: a\\u0000b", "HTTP error 500: a\\u0000b", 500, {"a\0b"s}},
-      {"HTTP error 500: ", noData, 500, {std::nullopt}},
-      {noResponse, noResponse, std::nullopt, {R"({"id":"1"})"}},
-      {noResponse, noData, std::nullopt, {std::nullopt}},
-      {noJSON, noData, 204, {std::nullopt}},
-      {noJSON, noJSON, 200, {"", "{\"id\":\"\xFF\"}", R"({"id":"1")", R"({"id":"1","n":NaN})", "<html>"}},
-      {mismatch + "an array", "Invalid JSON response (HTTPClient -3)", 200, {"[{}]"}},
-      {null, noObject, 200, {"null"}},
-      {mismatch + "a boolean", noObject, 200, {"true"}},
-      {mismatch + "a string", noObject, 200, {"\"x\""}},
-      {mismatch + "an integer", noObject, 200, {"5"}},
-      {"Failed to decode response: Missing key at id", "", 200, {"{}"}},
-  };
   const auto expectEnd = [](const std::string& actual, const std::string& expected) {
     EXPECT_THAT(actual, StartsWith(expected));
     EXPECT_TRUE(actual == expected || expected.ends_with("valid JSON")) << actual;
@@ -106,8 +65,8 @@ TEST_F(HTTPClientTest, JudgesEveryOutcome) {
     expectEnd(end({}), untyped);
   };
   expectEnds(PlatformError("net", 1, "offline"), "Network error: offline", "Network error: offline");
-  for (const auto& [typed, untyped, status, bodies] : judgements) {
-    for (const auto& body : bodies) expectEnds(response(status, body), typed, untyped);
+  for (const auto& [status, body, typed, untyped] : tableOf<4>("network/replies.txt")) {
+    expectEnds(replyOf(status, body), unescaped(typed), unescaped(untyped));
   }
   EXPECT_THAT(platform.printer->take(), IsEmpty());
 }
@@ -143,17 +102,13 @@ TEST_F(HTTPClientTest, SendsNothingThatCannotBeWritten) {
 TEST_F(HTTPClientTest, AsksForNobodyElseThanTheUserNamed) {
   const APIClient api("https://service.example/", "s",
                       std::shared_ptr<HTTPClient>(&client, [](HTTPClient*) {}));
-  const auto ask = [&](const std::string& user) { return end(api.fetchIdentifiedConsent(user, "c/d?e")); };
-  for (const char* user : {"", ".", "..", "%2e", ".%2E", "%2E%2e", "a/b", "a%2fb", "a%2F..", "/", "a?b",
-                           "a%3Fb", "a%3f", "a#b", "a%23", "#", "a b", "a%zz", "%2"}) {
-    EXPECT_EQ(ask(user), "Invalid URL") << user;
-  }
-  EXPECT_THAT(platform.session->requests(), IsEmpty());
-  for (const std::string user : {"...", "a..", ".a", "a%20b", "%252F", "a@b.example", "a&b=c;d", "%2e%2ea"}) {
-    const std::string asked =
-        "https://service.example/public/cookie-consent/s/identified/" + user + "?consentId=c/d?e";
-    platform.session->answer("GET", asked, 200, "null");
-    EXPECT_EQ(ask(user), "");
+  std::size_t sent = 0;
+  for (const auto& [text, isNamed] : tableOf<2>("network/users.txt")) {
+    const std::string user = unescaped(text);
+    const std::string path = "public/cookie-consent/s/identified/" + user + "?consentId=c/d?e";
+    platform.session->answer("GET", "https://service.example/" + path, 200, "null");
+    EXPECT_EQ(end(api.fetchIdentifiedConsent(user, "c/d?e")), isNamed == "yes" ? "" : "Invalid URL") << user;
+    EXPECT_EQ(platform.session->requests().size(), isNamed == "yes" ? ++sent : sent);
   }
 }
 
@@ -190,14 +145,14 @@ struct HostileSession : URLSession {
 TEST_F(HTTPClientTest, EndsOnceWhateverTheSessionDoes) {
   const auto session = std::make_shared<HostileSession>();
   URLSessionHTTPClient over(session);
-  const auto reply = response(200, R"({"id":"1"})");
+  const auto good = replyOf("200", R"({"id":"1"})");
   using Completion = URLSession::Completion;
   const std::pair<std::string, std::function<void(const Completion&)>> table[] = {
       {"Network error: out of order", [](const Completion&) { throw std::runtime_error("out of order"); }},
-      {"", [&](const Completion& report) { report(reply), throw 1; }},
-      {"", [&](const Completion& report) { report(reply), report(PlatformError("net", 1, "offline")); }},
+      {"", [&](const Completion& report) { report(good), throw 1; }},
+      {"", [&](const Completion& report) { report(good), report(PlatformError("net", 1, "offline")); }},
       {"", [&](const Completion& report) {
-         const std::jthread first(report, reply), second(report, reply), third(report, reply);
+         const std::jthread first(report, good), second(report, good), third(report, good);
        }}};
   for (const auto& [expected, work] : table) {
     session->work = work;

@@ -144,19 +144,13 @@ Task<void> twoSteps(Texts& trace, std::shared_ptr<Executor> first, std::shared_p
 
 // An executor that cannot take a job, when a wait begins or when it ends, or that throws having taken it.
 TEST(TaskTest, EndsOnceWhateverItsExecutorsThrow) {
-  const auto table = rows<2>(R"(
-    nothing      | one; two; end; "
-    home refuses | one; The executor is out of order
-    away refuses | The executor is out of order
-    home throws  | one; The executor is out of order
-    away throws  | The executor is out of order)");
-  for (const auto& [what, expected] : table) {
+  for (const auto& [what, expected] : tableOf<2>("platform/executors.txt")) {
     const auto jobs = std::make_shared<ManualExecutor>();
     const auto home = std::make_shared<FailingExecutor>(jobs);
     const auto away = std::make_shared<FailingExecutor>(jobs);
     Texts trace;
     spawn<void>(home, twoSteps(trace, away, away),
-                [&](const Result<void>& end) { trace.push_back(end ? "\"" : end.error().what()); });
+                [&](const Result<void>& end) { trace.push_back(end ? "ended" : end.error().what()); });
     home->refuses = what == "home refuses";
     home->throwsAfterwards = what == "home throws";
     away->refuses = what == "away refuses";

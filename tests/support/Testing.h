@@ -20,6 +20,7 @@
 
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/JSONValue.h"
+#include "TalvoConsentSDK/platform/URLSession.h"
 
 #include "adapters/memory/MemoryPlatform.h"
 
@@ -81,6 +82,21 @@ std::vector<std::array<std::string, columns>> tableOf(const std::string& file) {
     if (!line.empty() && line[0] != '#') text += '\n' + line;
   if (text.empty()) throw std::runtime_error("There is no table " + file);
   return rows<columns>(text);
+}
+
+/// The text with every "\xHH" in it replaced by that byte.
+inline std::string unescaped(std::string text) {
+  for (std::size_t at = 0; (at = text.find("\\x", at)) != text.npos; ++at)
+    text.replace(at, 4, 1, static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)));
+  return text;
+}
+
+/// A reply with this status and this unescaped body, where "nothing" stands for none.
+inline URLResponse replyOf(const std::string& status, const std::string& body) {
+  URLResponse made;
+  if (status != "nothing") made.statusCode = std::stoi(status);
+  if (body != "nothing") made.body = unescaped(body);
+  return made;
 }
 
 inline std::string joined(const Texts& texts, const std::string& separator = "; ") {
