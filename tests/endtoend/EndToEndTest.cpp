@@ -27,7 +27,7 @@ std::string inShort(const std::string& line) {
   static const regex identifier("[0-9a-f]{8}-[0-9a-f-]{27}");
   if (std::regex_match(line, done)) return "";
   if (!line.starts_with("{\"view\"")) {
-    const std::string text = std::regex_replace(std::regex_replace(line, time, ""), identifier, "ID");
+    return std::regex_replace(std::regex_replace(line, time, ""), identifier, "ID");
   }
   std::string view = "view:";
   for (std::sregex_iterator each(line.begin(), line.end(), toggle); each != std::sregex_iterator(); ++each) {
