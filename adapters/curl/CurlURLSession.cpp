@@ -165,7 +165,7 @@ class CurlURLSession::Worker {
     }
   }
 
-  // Of a handle that libcurl does not take, the outcome is due.
+  // When libcurl does not take a handle, its request ends here.
   void enter(void* handle, std::vector<Ending>& endings) {
     const CURLMcode code = curl_multi_add_handle(multi_, handle);
     if (code != CURLM_OK) retire(handle, curlError(CURLE_FAILED_INIT, curl_multi_strerror(code)), endings);

@@ -54,7 +54,7 @@ std::vector<double> blurredAndTransposed(const std::vector<double>& map, int sid
   return result;
 }
 
-// Of a picture every pixel of which has it.
+// The picture's colour, if all pixels share one.
 std::optional<QColor> onlyColor(const QImage& image) {
   const QRgb first = image.pixel(0, 0);
   for (int y = 0; y < image.height(); ++y) {
