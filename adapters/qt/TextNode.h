@@ -29,7 +29,8 @@ struct TextTiles {
   friend bool operator==(const TextTiles&, const TextTiles&) = default;
 };
 
-/// The tiles of a text of this height that are seen between `top` and `bottom`. An ordinary text has only one.
+/// The tiles of a text of this height that are seen between `top` and `bottom`. An ordinary text has only
+/// one.
 TextTiles textTiles(double height, double pixelRatio, double top, double bottom);
 
 /// (A transform, which moves nothing: where the processor draws, a child that comes later does not find its
