@@ -62,7 +62,8 @@ void submitDecision(const BannerRequestPointer& request, const BasicConsent& con
   ConsentLedger::Decision decision = request->ledger->beginDecision();
   if (decision.person.identity != request->person.identity) decision.person = request->person;
   decision.isUpdate = request->initialConsent.has_value();
-  FullConsent payload = explicitPayload(consent, request->document, decision.person.userId, request->siteId);
+  FullConsent payload =
+      explicitPayload(consent, request->document, decision.person.user.value, request->siteId);
   if (decision.isUpdate) payload.id = request->initialConsent->id;
   spawn<ConsentResponse>(
       request->background,

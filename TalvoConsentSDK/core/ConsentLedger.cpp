@@ -49,20 +49,20 @@ void ConsentLedger::Unwritten::applyTo(KeptValues& kept) const {
 }
 
 ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage) : storage_(std::move(storage)) {
-  userId_.isUnknown = consent_.isUnknown = true;
+  user_.isUnknown = standing_.isUnknown = true;
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {
   const StoreDeadline deadline(patience);
   if (isAllWritten()) return storage_->loadConsent();
-  return settle(Turn(*this)).values.consent;
+  return settle(Turn(*this)).values.consent.value;
 }
 
 ConsentLedger::Decision ConsentLedger::beginDecision() {
   const StoreDeadline deadline(patience);
   settle(Turn(*this));
   const std::scoped_lock guard(lock_);
-  return {{userId_, identity_}, consent_.has_value(), ++numbers_};
+  return {{user_, identity_}, standing_.value.has_value(), ++numbers_};
 }
 
 void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& consent) {
@@ -80,7 +80,7 @@ ConsentLedger::Login ConsentLedger::logIn(const std::string& userId) {
   Login login = change({false, userId});
   settle(Turn(*this));
   const std::scoped_lock guard(lock_);
-  if (consent_ && !unwritten_) login.consentId = consent_->id;
+  if (standing_.value && !unwritten_) login.consentId = standing_.value->id;
   return login;
 }
 
@@ -94,20 +94,20 @@ std::optional<ConsentLedger::Login> ConsentLedger::storedLogin() {
   const StoreDeadline deadline(patience);
   settle(Turn(*this));
   const std::scoped_lock guard(lock_);
-  if (!userId_) return std::nullopt;
-  return Login{*userId_, consent_ ? consent_->id : std::nullopt, identity_, decisions_};
+  if (!user_.value) return std::nullopt;
+  return Login{*user_.value, standing_.value ? standing_.value->id : std::nullopt, identity_, decisions_};
 }
 
 void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& consent) {
   const StoreDeadline deadline(patience);
   const Turn turn(*this);
   const Settled settled = settle(turn);
-  if (!settled.isWritten || settled.values.userId != login.userId) return;
+  if (!settled.isWritten || settled.values.user.value != login.userId) return;
   std::optional<Data> stood, implicit;
   {
     const std::scoped_lock guard(lock_);
     if (identity_ != login.identity || decisions_ != login.decisions) return;
-    stood = stood_;
+    stood = standing_.data;
     implicit = implicit_;
   }
   if (storage_->saveConsentIfStill(stood, consent) ||
@@ -121,9 +121,9 @@ std::optional<ConsentLedger::Implicit> ConsentLedger::beginImplicit(bool mayRepl
   const StoreDeadline deadline(patience);
   const Turn turn(*this);
   const KeptValues kept = settle(turn).values;
-  if (kept.isUnknown() || (kept.consent && !mayReplace)) return std::nullopt;
+  if (kept.isUnknown() || (kept.consent.value && !mayReplace)) return std::nullopt;
   const std::scoped_lock guard(lock_);
-  return Implicit{kept.consent.data, kept.consent.has_value(), decisions_};
+  return Implicit{kept.consent.data, kept.consent.value.has_value(), decisions_};
 }
 
 void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& consent) {
@@ -150,7 +150,7 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
   Settled settled;
   KeptValues& after = settled.values;
   if (!turn) {
-    after.consent.isUnknown = after.original.isUnknown = after.userId.isUnknown = true;
+    after.consent.isUnknown = after.original.isUnknown = after.user.isUnknown = true;
     return settled;
   }
   Unwritten due;
@@ -160,8 +160,8 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
   }
   const KeptValues before = after = storage_->load();
   due.applyTo(after);
-  const bool isRestored = before.original && !after.original;
-  const Loaded<BasicConsent> standing = after.consent;
+  const bool isRestored = before.original.value && !after.original.value;
+  KeptConsent standing = after.consent;
   if (step) step(after);
   settled.isWritten = storage_->save(before, after);
 
@@ -173,10 +173,10 @@ ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step)
   mayBeOwed_ = after.isUnknown() || (isRestored && !settled.isWritten);
   if (later) return settled;
   const std::uint64_t identity = identity_;
-  if (userId_.isUnknown || !after.isUnknown()) adopt(after.userId);
-  if (identity != identity_ || due || isRestored || consent_.isUnknown) {
-    consent_ = standing;
-    stood_ = after.consent.data;
+  if (user_.isUnknown || !after.isUnknown()) adopt(after.user);
+  if (identity != identity_ || due || isRestored || standing_.isUnknown) {
+    standing.data = after.consent.data;
+    standing_ = std::move(standing);
   }
   return settled;
 }
@@ -185,55 +185,53 @@ ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
   const std::scoped_lock guard(lock_);
   unwritten_.add(change);
   if (change.logOut ||
-      (!userId_ && !userId_.isUnknown)) {  // a further user takes over what the one before had
+      (!user_.value && !user_.isUnknown)) {  // a further user takes over what the one before had
     hasUserDecided_ = false;
     implicit_.reset();
   }
-  userId_ = change.logIn;
-  consent_ = Loaded<BasicConsent>();
-  consent_.isUnknown = true;
+  user_ = {change.logIn};
+  standing_ = {{}, {}, true};
   return {change.logIn.value_or(""), std::nullopt, ++identity_, decisions_};
 }
 
 // Goes by the user who is stored, whom another process may have changed.
-void ConsentLedger::adopt(const Loaded<std::string>& userId) {
-  // Compared as what they derive from: as a value of the other, nothing would differ from nothing.
-  const std::optional<std::string>&known = userId_, &stored = userId;
-  if (!userId_.isUnknown && known != stored) {
+void ConsentLedger::adopt(const KeptUser& stored) {
+  if (!user_.isUnknown && user_.value != stored.value) {
     ++identity_;
     hasUserDecided_ = false;
     implicit_.reset();
   }
-  userId_ = userId;
+  user_ = stored;
 }
 
 // Tells whether the decision is one of the user who is identified.
 bool ConsentLedger::decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
   const std::scoped_lock guard(lock_);
-  const Loaded<std::string>& identified = kept.userId.isUnknown ? userId_ : kept.userId;
+  const KeptUser& identified = kept.user.isUnknown ? user_ : kept.user;
   const Person& person = decision.person;
-  const bool isWhoeverItIs = person.userId.isUnknown && person.identity == identity_;
-  const std::optional<std::string> userId = isWhoeverItIs ? identified : person.userId;
-  const bool isIdentified = userId == identified;
-  if (userId && !isIdentified && userId != userId_) return false;  // no longer identified
+  const bool isWhoeverItIs = person.user.isUnknown && person.identity == identity_;
+  const std::optional<std::string> userId = isWhoeverItIs ? identified.value : person.user.value;
+  const bool isIdentified = userId == identified.value;
+  if (userId && !isIdentified && userId != user_.value) return false;  // no longer identified
   std::uint64_t& latest = latest_[userId];
   if (decision.number < latest) return false;
   latest = decision.number;
   ++decisions_;
+  const KeptConsent chosen{consent, {}};
   if (userId) {
-    if (isIdentified) kept.consent = consent;  // otherwise the login could not be written
+    if (isIdentified) kept.consent = chosen;  // otherwise the login could not be written
     return isIdentified;
   }
   if (isWhoeverItIs && identified.isUnknown) {
-    kept.consent = consent;
+    kept.consent = chosen;
     return false;
   }
-  if (identified || identified.isUnknown) {
+  if (identified.value || identified.isUnknown) {
     const bool isImplicit = implicit_ && kept.consent.data == implicit_;
-    if (!hasUserDecided_ && (isImplicit || isInherited(kept))) kept.consent = withoutId(consent);
-    kept.original = consent;
+    if (!hasUserDecided_ && (isImplicit || isInherited(kept))) kept.consent = withoutId(chosen);
+    kept.original = chosen;
   } else {
-    kept = {consent, {}, {}};
+    kept = {chosen, {}, {}};
   }
   return false;
 }

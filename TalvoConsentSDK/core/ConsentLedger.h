@@ -33,7 +33,7 @@ class ConsentLedger {
   /// Whoever is identified: none for nobody in particular. While the store cannot tell, it is whoever turns
   /// out to be, unless the identity is changed before.
   struct Person {
-    Loaded<std::string> userId;
+    KeptUser user;
     std::uint64_t identity = 0;  // changes of identity before it
   };
 
@@ -103,7 +103,7 @@ class ConsentLedger {
   bool isAllWritten();
   Settled settle(const Turn& turn, const Step& step = nullptr);
   Login change(const Unwritten& change);
-  void adopt(const Loaded<std::string>& userId);
+  void adopt(const KeptUser& stored);
   bool decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
@@ -115,9 +115,8 @@ class ConsentLedger {
   Unwritten unwritten_;
   Unwritten beingWritten_;  // by the thread that is at work
   bool mayBeOwed_ = true;   // an original that could not be restored, or read
-  Loaded<std::string> userId_;
-  Loaded<BasicConsent> consent_;  // as it stood when the identity last changed
-  std::optional<Data> stood_;     // the data of that
+  KeptUser user_;
+  KeptConsent standing_;          // the consent as it stood when the identity last changed
   std::optional<Data> implicit_;  // of an implicit consent given since
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
   std::uint64_t identity_ = 0;

@@ -155,7 +155,7 @@ Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const 
   ConsentLedger::Decision decision = state.ledger->beginDecision();
   const std::scoped_lock guard(state.lock);
   FullConsent payload =
-      explicitPayload(consent, state.cachedCustomization, decision.person.userId, state.siteId);
+      explicitPayload(consent, state.cachedCustomization, decision.person.user.value, state.siteId);
   return sendAndFile(state.apiClient, state.ledger, std::move(payload), std::move(decision), consent);
 }
 

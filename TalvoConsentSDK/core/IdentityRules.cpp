@@ -8,44 +8,43 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-std::optional<std::string> text(const KeptConsent& consent) {
-  if (!consent) return std::nullopt;
-  return JSONEncoder().encode(*consent).value();
+std::optional<std::string> text(const KeptConsent& kept) {
+  if (!kept.value) return std::nullopt;
+  return JSONEncoder().encode(*kept.value).value();
 }
 
 }  // namespace
 
-KeptConsent withoutId(const KeptConsent& consent) {
-  if (!consent || !consent->id) return consent;
-  BasicConsent stripped = *consent;
-  stripped.id.reset();
+KeptConsent withoutId(const KeptConsent& kept) {
+  if (!kept.value || !kept.value->id) return kept;
+  KeptConsent stripped{kept.value, {}};
+  stripped.value->id.reset();
   return stripped;
 }
 
 void restoreOwed(KeptValues& kept) {
-  if (kept.userId || kept.userId.isUnknown || !kept.original) return;
+  if (kept.user.value || kept.user.isUnknown || !kept.original.value) return;
   kept.consent = std::exchange(kept.original, KeptConsent());
 }
 
 void logIn(KeptValues& kept, const std::string& userId) {
-  if (kept.consent.isUnknown || kept.userId.isUnknown) return;
-  if (!kept.userId) {
+  if (kept.consent.isUnknown || kept.user.isUnknown) return;
+  if (!kept.user.value) {
     if (kept.original.isUnknown) return;
-    if (kept.consent) kept.original = kept.consent;
+    if (kept.consent.value) kept.original = kept.consent;
   }
-  if (kept.userId != userId) kept.consent = withoutId(kept.consent);
-  kept.userId = userId;
+  if (kept.user.value != userId) kept.consent = withoutId(kept.consent);
+  kept.user.value = userId;
 }
 
 void logOut(KeptValues& kept) {
-  kept.userId = Loaded<std::string>();
+  kept.user = {};
   if (kept.original.isUnknown) {
-    kept.consent = KeptConsent();
-    kept.consent.isUnknown = true;
+    kept.consent = {{}, {}, true};
     return;
   }
-  kept.consent = kept.original ? kept.original : withoutId(kept.consent);
-  if (!kept.consent.isUnknown) kept.original = KeptConsent();
+  kept.consent = kept.original.value ? kept.original : withoutId(kept.consent);
+  if (!kept.consent.isUnknown) kept.original = {};
 }
 
 bool isInherited(const KeptValues& kept) {

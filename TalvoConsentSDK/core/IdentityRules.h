@@ -10,7 +10,7 @@
 namespace TalvoConsentSDK {
 
 /// The consent without the identifier of its record on the service, which is another person's.
-KeptConsent withoutId(const KeptConsent& consent);
+KeptConsent withoutId(const KeptConsent& kept);
 
 /// An original without a user is owed to nobody in particular: it becomes the consent again.
 void restoreOwed(KeptValues& kept);

@@ -37,8 +37,8 @@ auto attempt(const Operation& operation) -> decltype(operation()) {
 
 // Gives a new consent its data. Tells whether it could, and prints a line if not.
 bool fillIn(KeptConsent& kept, const char* failure) {
-  if (!kept || kept.data) return true;
-  auto json = JSONEncoder().encode(*kept);
+  if (!kept.value || kept.data) return true;
+  auto json = JSONEncoder().encode(*kept.value);
   if (!succeeded(json, failure)) return false;
   kept.data = Data(*std::move(json));
   return true;
@@ -60,16 +60,16 @@ std::string ConsentStorage::consentKey(const std::string& siteId) {
   return "com.talvo.consent.basicConsent." + siteId;
 }
 
-Loaded<BasicConsent> ConsentStorage::loadConsent() const {
-  return load(storageKey_, loadFailure);
+std::optional<BasicConsent> ConsentStorage::loadConsent() const {
+  return load(storageKey_, loadFailure).value;
 }
 
 bool ConsentStorage::saveConsent(const BasicConsent& consent) {
   return save(storageKey_, consent, saveFailure);
 }
 
-Loaded<BasicConsent> ConsentStorage::loadOriginalConsent() const {
-  return load(originalConsentKey_, loadOriginalFailure);
+std::optional<BasicConsent> ConsentStorage::loadOriginalConsent() const {
+  return load(originalConsentKey_, loadOriginalFailure).value;
 }
 
 void ConsentStorage::saveOriginalConsent(const BasicConsent& consent) {
@@ -80,12 +80,8 @@ void ConsentStorage::removeOriginalConsent() {
   commit(attempt([&] { return userDefaults_->remove(originalConsentKey_); }), removeOriginalFailure);
 }
 
-Loaded<std::string> ConsentStorage::loadUserId() const {
-  Loaded<std::string> loaded;
-  auto userId = attempt([&] { return userDefaults_->string(userIdKey_); });
-  loaded.isUnknown = !succeeded(userId, loadUserFailure);
-  if (!loaded.isUnknown) loaded = *std::move(userId);
-  return loaded;
+std::optional<std::string> ConsentStorage::loadUserId() const {
+  return loadUser().value;
 }
 
 void ConsentStorage::saveUserId(const std::string& userId) {
@@ -99,7 +95,7 @@ void ConsentStorage::removeUserId() {
 KeptValues ConsentStorage::load() const {
   KeptValues kept;
   kept.consent = load(storageKey_, loadFailure);
-  kept.userId = loadUserId();
+  kept.user = loadUser();
   kept.original = load(originalConsentKey_, loadOriginalFailure);
   return kept;
 }
@@ -108,8 +104,8 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
   if (!fillIn(after.consent, saveFailure) || !fillIn(after.original, saveOriginalFailure)) return false;
   const bool setsConsent = after.consent.data && differs(after.consent, before.consent);
   const bool changesOriginal = differs(after.original, before.original);
-  const std::optional<std::string>&oldUser = before.userId, &newUser = after.userId;
-  const bool changesUser = !after.userId.isUnknown && (before.userId.isUnknown || newUser != oldUser);
+  const std::optional<std::string>& newUser = after.user.value;
+  const bool changesUser = !after.user.isUnknown && (before.user.isUnknown || newUser != before.user.value);
 
   std::vector<StoreChange> changes;
   if (changesOriginal && after.original.data) {
@@ -119,11 +115,11 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
     changes.emplace_back(originalConsentKey_, *after.consent.data);
   }
   if (setsConsent) changes.emplace_back(storageKey_, *after.consent.data);
-  if (changesUser && after.userId) changes.emplace_back(userIdKey_, *after.userId);
-  if (changesUser && !after.userId) changes.emplace_back(userIdKey_, std::monostate());
+  if (changesUser && newUser) changes.emplace_back(userIdKey_, *newUser);
+  if (changesUser && !newUser) changes.emplace_back(userIdKey_, std::monostate());
   if (changesOriginal && !after.original.data) changes.emplace_back(originalConsentKey_, std::monostate());
   if (changes.empty()) return true;
-  const char* const failure = changesUser   ? after.userId ? saveUserFailure : removeUserFailure
+  const char* const failure = changesUser   ? newUser ? saveUserFailure : removeUserFailure
                               : setsConsent ? saveFailure
                                             : saveOriginalFailure;
   return commit(attempt([&] { return userDefaults_->commit(changes); }), failure);
@@ -131,7 +127,7 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
 
 std::optional<Data> ConsentStorage::saveConsentIfStill(const std::optional<Data>& expected,
                                                        const BasicConsent& consent) {
-  KeptConsent kept(consent);
+  KeptConsent kept{consent, {}};
   if (!fillIn(kept, saveFailure)) return std::nullopt;
   const auto replaced = attempt([&] { return userDefaults_->replace(storageKey_, expected, *kept.data); });
   if (!succeeded(replaced, saveFailure) || !*replaced) return std::nullopt;
@@ -146,8 +142,14 @@ KeptConsent ConsentStorage::load(const std::string& key, const char* failure) co
   if (loaded.isUnknown || !*data) return loaded;
   loaded.data = *std::move(data);
   auto consent = JSONDecoder().decode<BasicConsent>(loaded.data->bytes);
-  if (succeeded(consent, failure)) loaded.emplace(*std::move(consent));
+  if (succeeded(consent, failure)) loaded.value = *std::move(consent);
   return loaded;
+}
+
+KeptUser ConsentStorage::loadUser() const {
+  auto userId = attempt([&] { return userDefaults_->string(userIdKey_); });
+  if (!succeeded(userId, loadUserFailure)) return {{}, true};
+  return {*std::move(userId)};
 }
 
 bool ConsentStorage::save(const std::string& key, const BasicConsent& consent, const char* failure) {

@@ -5,38 +5,33 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
 namespace TalvoConsentSDK {
 
-/// What a load found: nothing also when the value is damaged or the store has failed.
-template <class T>
-struct Loaded : std::optional<T> {
-  using std::optional<T>::optional;
-  Loaded(std::optional<T> found) : std::optional<T>(std::move(found)) {}
-
-  bool isUnknown = false;  // the store has failed, so that there may be a value
-};
-
 /// A consent and the data that stands for it in the store, where damaged data stands for no consent. One that
 /// is not from the store has no data until it is saved.
-struct KeptConsent : Loaded<BasicConsent> {
-  KeptConsent() {}
-  KeptConsent(BasicConsent chosen) : Loaded(std::move(chosen)) {}
-
+struct KeptConsent {
+  std::optional<BasicConsent> value;
   std::optional<Data> data;
+  bool isUnknown = false;  // the store has failed, so that there may be one
+};
+
+/// Who is identified; no value for nobody in particular.
+struct KeptUser {
+  std::optional<std::string> value;
+  bool isUnknown = false;  // the store has failed, so that there may be one
 };
 
 /// All that is kept for a site.
 struct KeptValues {
   KeptConsent consent;
   KeptConsent original;  // kept aside while the person is identified
-  Loaded<std::string> userId;
+  KeptUser user;
 
-  bool isUnknown() const { return consent.isUnknown || original.isUnknown || userId.isUnknown; }
+  bool isUnknown() const { return consent.isUnknown || original.isUnknown || user.isUnknown; }
 };
 
 /// A site's values in the device's store. As safe to call from any thread as the store is. Nothing throws,
@@ -50,17 +45,17 @@ class ConsentStorage {
   /// Where a site's consent is stored.
   static std::string consentKey(const std::string& siteId);
 
-  Loaded<BasicConsent> loadConsent() const;
+  std::optional<BasicConsent> loadConsent() const;
 
   /// Tells whether the consent now is on the device.
   bool saveConsent(const BasicConsent& consent);
 
   /// The consent kept aside while the person is identified.
-  Loaded<BasicConsent> loadOriginalConsent() const;
+  std::optional<BasicConsent> loadOriginalConsent() const;
   void saveOriginalConsent(const BasicConsent& consent);
   void removeOriginalConsent();
 
-  Loaded<std::string> loadUserId() const;
+  std::optional<std::string> loadUserId() const;
   void saveUserId(const std::string& userId);
   void removeUserId();
 
@@ -79,6 +74,7 @@ class ConsentStorage {
 
  private:
   KeptConsent load(const std::string& key, const char* failure) const;
+  KeptUser loadUser() const;
   bool save(const std::string& key, const BasicConsent& consent, const char* failure);
   bool commit(const Result<void>& written, const char* failure);
 

@@ -17,14 +17,14 @@ BasicConsent consentOf(const std::string& json) {
 }
 
 KeptConsent keptOf(const std::string& json) {
-  return json == "none" ? KeptConsent() : KeptConsent(consentOf(json));
+  return json == "none" ? KeptConsent() : KeptConsent{consentOf(json), {}};
 }
 
 // Saves a consent, an original and a user in one commit; tells in which order their keys are written.
 std::string orderOf(ConsentStorage& storage, const Texts& values, FailingUserDefaults& store) {
   const KeptValues before = storage.load();
   KeptValues after{keptOf(values[0]), keptOf(values[1]), {}};
-  if (values[2] != "none") after.userId = values[2];
+  if (values[2] != "none") after.user.value = values[2];
   Texts order;
   store.before = [&](std::string_view key) { order.push_back(split(std::string(key), '.').at(3)); };
   EXPECT_TRUE(storage.save(before, after));
