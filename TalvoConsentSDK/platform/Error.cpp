@@ -26,6 +26,10 @@ const char* Error::what() const noexcept {
   return cause_->what();
 }
 
+void Error::raise() const {
+  throw *this;
+}
+
 Error Error::current() {
   try {
     throw;

@@ -51,6 +51,9 @@ class Error : public std::exception {
   Error(const Error&) noexcept = default;
   Error& operator=(const Error&) noexcept = default;
 
+  /// Throws a copy of this error.
+  [[noreturn]] void raise() const;
+
   /// The exception being handled, as an Error. Call it inside a `catch` block only.
   static Error current();
 

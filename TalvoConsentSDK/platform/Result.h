@@ -23,8 +23,8 @@ class [[nodiscard]] Result {
   explicit operator bool() const noexcept { return has_value(); }
 
   const T& value() const& {
-    if (!has_value()) throw error();
-    return std::get<0>(state_);
+    if (!has_value()) error().raise();
+    return *std::get_if<0>(&state_);
   }
   T& value() & { return const_cast<T&>(std::as_const(*this).value()); }
   T&& value() && { return std::move(value()); }
@@ -53,7 +53,7 @@ class [[nodiscard]] Result<void> {
   explicit operator bool() const noexcept { return has_value(); }
 
   void value() const {
-    if (!has_value()) throw error();
+    if (!has_value()) error().raise();
   }
   const Error& error() const { return std::get<1>(state_); }
 
