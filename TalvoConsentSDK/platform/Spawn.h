@@ -65,8 +65,7 @@ class [[nodiscard]] CallbackAwaiter {
     std::atomic<bool> hasCome = false;
     std::optional<T> value;
 
-   private:
-    void destroy() noexcept override { delete this; }
+    Report() noexcept : Wait([](Wait& report) noexcept { delete static_cast<Report*>(&report); }) {}
   };
 
   Start start_;

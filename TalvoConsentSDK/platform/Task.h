@@ -28,6 +28,8 @@ struct TaskPromise : Wait {
   std::shared_ptr<Executor> continueOn;  // where its awaiter runs; null: anywhere
   std::exception_ptr exception;
 
+  using Wait::Wait;
+
   struct FinalAwaiter {
     bool await_ready() const noexcept { return false; }
     template <class Promise>
@@ -109,13 +111,16 @@ class [[nodiscard]] Task {
   };
 
   struct promise_type : detail::TaskPromise, detail::TaskResult<T> {
+    promise_type() noexcept : detail::TaskPromise(destroy) {}
     Task get_return_object() noexcept { return Task(detail::Share<promise_type>::ofNew(*this)); }
     std::coroutine_handle<promise_type> coroutine() noexcept {
       return std::coroutine_handle<promise_type>::from_promise(*this);
     }
 
    private:
-    void destroy() noexcept override { coroutine().destroy(); }
+    static void destroy(detail::Wait& task) noexcept {
+      static_cast<promise_type&>(task).coroutine().destroy();
+    }
   };
 
   Task(Task&&) noexcept = default;

@@ -44,16 +44,19 @@ class Share {
 };
 
 /// One wait of one coroutine. The coroutine may be destroyed while it waits, on the thread that it would go
-/// on on; it is then not resumed. Made with one share.
+/// on on; it is then not resumed. Made with one share; `destroy` is called for the last. Not virtual: each
+/// type of task would carry a table and its type's name.
 class TALVO_EXPORT Wait {
  public:
-  Wait() = default;
+  using Destroy = void (*)(Wait& wait) noexcept;
+
+  explicit Wait(Destroy destroy) noexcept : destroy_(destroy) {}
   Wait(const Wait&) = delete;
   Wait& operator=(const Wait&) = delete;
 
   void retain() noexcept { owners_.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (owners_.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy();
+    if (owners_.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy_(*this);
   }
 
   /// Says who waits. Called before anything can end the wait.
@@ -77,9 +80,7 @@ class TALVO_EXPORT Wait {
   }
 
  protected:
-  virtual ~Wait() = default;
-
-  virtual void destroy() noexcept = 0;
+  ~Wait() = default;
 
  private:
   enum class Phase { starting, suspended, over };
@@ -89,6 +90,7 @@ class TALVO_EXPORT Wait {
   }
   void resume(std::exception_ptr refusal) noexcept;
 
+  const Destroy destroy_;
   std::atomic<int> owners_ = 1;
   std::atomic<Phase> phase_ = Phase::starting;
   std::coroutine_handle<> awaiter_;
