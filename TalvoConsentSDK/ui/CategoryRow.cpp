@@ -57,7 +57,7 @@ bool CategoryRow::hasVendors() const {
 
 AnyView CategoryRow::switchView() const {
   const bool isShown = category_.enabled.value_or(false);
-  Binding<bool> isOn = Binding<bool>::computed([isShown] { return isShown; }, [](bool) {});
+  Binding<bool> isOn = Binding<bool>::constant(isShown);
   if (bindings_.categoryStates && bindings_.vendorStates && bindings_.doNotSellState) {
     isOn = isDoNotSell() ? doNotSellSwitch(bindings_) : categorySwitch(bindings_, services_, categoryId_);
   }

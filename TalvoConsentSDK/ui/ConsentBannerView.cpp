@@ -101,7 +101,7 @@ ConsentBannerView::ConsentBannerView(BannerCustomization::Customization customiz
           siteConfiguration,
           std::move(initialConsent),
       })),
-      callbacks_(std::move(callbacks)),
+      callbacks_(std::make_shared<const BannerCallbacks>(std::move(callbacks))),
       currentScreen_(startsWithPreferences(inputs_->initialConsent, inputs_->siteConfiguration)
                          ? Screen(PreferencesScreen())
                          : Screen(MainScreen())),
@@ -111,7 +111,7 @@ ConsentBannerView::ConsentBannerView(BannerCustomization::Customization customiz
 
 ConsentBannerView ConsentBannerView::withCallbacks(BannerCallbacks callbacks) const {
   ConsentBannerView copy = *this;
-  copy.callbacks_ = std::move(callbacks);
+  copy.callbacks_ = std::make_shared<const BannerCallbacks>(std::move(callbacks));
   return copy;
 }
 
@@ -147,7 +147,7 @@ AnyView ConsentBannerView::body() const {
 }
 
 void ConsentBannerView::handleMainAction(const std::string& action) const {
-  if (action == closeAction) return callbacks_.onClose();
+  if (action == closeAction) return callbacks_->onClose();
   if (action == "managePreferences" || action == "preferences") {
     return currentScreen_.set(PreferencesScreen());
   }
@@ -155,10 +155,10 @@ void ConsentBannerView::handleMainAction(const std::string& action) const {
 }
 
 void ConsentBannerView::handlePreferencesAction(const std::string& action) const {
-  if (action == closeAction) return callbacks_.onClose();
+  if (action == closeAction) return callbacks_->onClose();
   if (action == saveAction) {
     const auto& initial = inputs_->initialConsent;
-    return callbacks_.onSavePreferences(
+    return callbacks_->onSavePreferences(
         BasicConsent(consentValue(ConsentCategory::preferences), consentValue(ConsentCategory::statistics),
                      consentValue(ConsentCategory::marketing), initial ? initial->id : std::nullopt,
                      !doNotSellEnabled_.get()));
@@ -168,7 +168,7 @@ void ConsentBannerView::handlePreferencesAction(const std::string& action) const
 
 void ConsentBannerView::performCommonAction(const std::string& action) const {
   for (const auto& [id, callback] : commonActions) {
-    if (action == id) return (callbacks_.*callback)();
+    if (action == id) return ((*callbacks_).*callback)();
   }
   print("⚠️ Unknown button action: " + action);
 }

@@ -49,7 +49,7 @@ class ConsentBannerView {
 
   /// The same banner, reporting elsewhere.
   ConsentBannerView withCallbacks(BannerCallbacks callbacks) const;
-  const BannerCallbacks& callbacks() const { return callbacks_; }
+  const BannerCallbacks& callbacks() const { return *callbacks_; }
 
   const BannerCustomization::Customization& customization() const { return inputs_->customization; }
 
@@ -84,7 +84,7 @@ class ConsentBannerView {
   void performCommonAction(const std::string& action) const;
 
   std::shared_ptr<const Inputs> inputs_;
-  BannerCallbacks callbacks_;
+  std::shared_ptr<const BannerCallbacks> callbacks_;
   std::shared_ptr<ToldComponents> told_ = std::make_shared<ToldComponents>();
   State<Screen> currentScreen_;
   State<CategoryStates> categoryStates_;

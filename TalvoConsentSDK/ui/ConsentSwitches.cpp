@@ -27,6 +27,63 @@ bool isWithheld(const ConsentBindings& bindings, const std::string& category) {
 
 constexpr auto isTrue = [](const auto& entry) { return entry.second; };
 
+using Change = Binding<bool>::Change;
+
+bool changed(bool value, const Change& change) {
+  change(value);
+  return value;
+}
+
+struct CategorySwitch {
+  ConsentBindings bindings;
+  VendorCataloguePointer catalogue;
+  std::string category;
+
+  bool get() const { return isGiven(bindings, category); }
+
+  void update(const Change& change) const {
+    const bool value = changed(get(), change);
+    switchCategory(bindings, category, value);
+    switchVendors(bindings, catalogue, category, value);
+  }
+};
+
+struct VendorSwitch {
+  ConsentBindings bindings;
+  std::string category;
+  std::string vendor;
+
+  bool get() const {
+    return !isWithheld(bindings, category) && isOn(bindings.vendorStates->get(), category, vendor);
+  }
+
+  void update(const Change& change) const {
+    const bool value = changed(get(), change);
+    bindings.vendorStates->update([&](VendorStates& states) { states[category][vendor] = value; });
+    if (!bindings.categoryStates) return;
+    const auto& vendors = bindings.vendorStates->get().find(category)->second;
+    switchCategory(bindings, category, std::ranges::any_of(vendors, isTrue));
+  }
+};
+
+struct DoNotSellSwitch {
+  ConsentBindings bindings;
+
+  bool get() const { return bindings.doNotSellState->get(); }
+
+  void update(const Change& change) const {
+    const bool value = changed(get(), change);
+    bindings.doNotSellState->set(value);
+    if (!value) return;
+    for (const char* category : {"preferences", "statistics", "marketing"}) {
+      switchCategory(bindings, category, false);
+      bindings.vendorStates->update([category](VendorStates& states) {
+        for (auto& [vendor, isOn] : states[category]) isOn = false;
+      });
+    }
+  }
+};
+
 }  // namespace
 
 bool isOn(const CategoryStates& states, const std::string& category) {
@@ -58,38 +115,17 @@ std::size_t vendorsOn(const ConsentBindings& bindings, const std::string& catego
 
 Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
                              std::string category) {
-  return Binding<bool>::computed([bindings, category] { return isGiven(bindings, category); },
-                                 [bindings, catalogue = std::move(catalogue), category](bool value) {
-                                   switchCategory(bindings, category, value);
-                                   switchVendors(bindings, catalogue, category, value);
-                                 });
+  return Binding<bool>(
+      std::make_shared<CategorySwitch>(CategorySwitch{bindings, std::move(catalogue), std::move(category)}));
 }
 
 Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor) {
-  return Binding<bool>::computed(
-      [bindings, category, vendor] {
-        return !isWithheld(bindings, category) && isOn(bindings.vendorStates->get(), category, vendor);
-      },
-      [bindings, category, vendor](bool value) {
-        bindings.vendorStates->update([&](VendorStates& states) { states[category][vendor] = value; });
-        if (!bindings.categoryStates) return;
-        const auto& vendors = bindings.vendorStates->get().find(category)->second;
-        switchCategory(bindings, category, std::ranges::count_if(vendors, isTrue) != 0);
-      });
+  return Binding<bool>(
+      std::make_shared<VendorSwitch>(VendorSwitch{bindings, std::move(category), std::move(vendor)}));
 }
 
 Binding<bool> doNotSellSwitch(const ConsentBindings& bindings) {
-  return Binding<bool>::computed([bindings] { return bindings.doNotSellState->get(); },
-                                 [bindings](bool value) {
-                                   bindings.doNotSellState->set(value);
-                                   if (!value) return;
-                                   for (const char* category : {"preferences", "statistics", "marketing"}) {
-                                     switchCategory(bindings, category, false);
-                                     bindings.vendorStates->update([category](VendorStates& states) {
-                                       for (auto& [vendor, isOn] : states[category]) isOn = false;
-                                     });
-                                   }
-                                 });
+  return Binding<bool>(std::make_shared<DoNotSellSwitch>(DoNotSellSwitch{bindings}));
 }
 
 }  // namespace TalvoConsentSDK

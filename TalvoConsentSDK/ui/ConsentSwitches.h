@@ -5,7 +5,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 #include "TalvoConsentSDK/ui/view/State.h"
@@ -14,7 +13,7 @@ namespace TalvoConsentSDK {
 
 /// On or off by category key, and by category key and vendor name.
 using CategoryStates = std::map<std::string, bool, std::less<>>;
-using VendorStates = std::map<std::string, std::unordered_map<std::string, bool>, std::less<>>;
+using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
 
 /// The banner's state as its rows reach it; a row without a binding can show, but not switch.
 struct ConsentBindings {

@@ -41,9 +41,8 @@ AnyView VendorRow::view(const std::string& categoryName) const {
 AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
                          const std::string& categoryName, const Palette& palette, bool readOnly,
                          const ConsentBindings& bindings) {
-  const Binding<bool> isOn = bindings.vendorStates
-                                 ? vendorSwitch(bindings, categoryId, vendor)
-                                 : Binding<bool>::computed([] { return false; }, [](bool) {});
+  const Binding<bool> isOn =
+      bindings.vendorStates ? vendorSwitch(bindings, categoryId, vendor) : Binding<bool>::constant(false);
   return toggle(isOn, palette.toggle())
       .disabled(readOnly || !bindings.vendorStates)
       .accessibility({.role = Role::toggle, .label = vendor, .description = categoryName});

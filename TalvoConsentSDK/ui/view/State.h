@@ -18,30 +18,39 @@ class Binding {
   /// What reading gives: a copy of something small, else a reference that is valid until the next change.
   using Reading = std::conditional_t<std::is_trivially_copyable_v<T>, T, const T&>;
 
-  Binding(std::function<Reading()> get, std::function<void(const std::function<void(T&)>&)> update)
-      : get_(std::move(get)), update_(std::move(update)) {}
+  /// Changes a value in place.
+  using Change = std::function<void(T&)>;
 
-  /// Access to a small value through two functions.
-  static Binding computed(std::function<T()> get, std::function<void(T)> set) {
-    return Binding(get, [get, set](const std::function<void(T&)>& change) {
-      T value = get();
-      change(value);
-      set(std::move(value));
-    });
+  /// Access to a place, which has `Reading get() const` and `void update(const Change&)`: `update` changes
+  /// the value, then tells whoever shows it.
+  template <class Place>
+  explicit Binding(std::shared_ptr<Place> place)
+      : place_(std::move(place)),
+        get_([](const void* from) -> Reading { return static_cast<const Place*>(from)->get(); }),
+        update_([](void* at, const Change& change) { static_cast<Place*>(at)->update(change); }) {}
+
+  /// A value that stays as it is.
+  static Binding constant(T value) {
+    struct Constant {
+      T value;
+      Reading get() const { return value; }
+      void update(const Change&) const {}
+    };
+    return Binding(std::make_shared<Constant>(Constant{std::move(value)}));
   }
 
-  Reading get() const { return get_(); }
+  Reading get() const { return get_(place_.get()); }
 
-  /// Changes the value in place, then tells whoever shows it.
-  void update(const std::function<void(T&)>& change) const { update_(change); }
+  void update(const Change& change) const { update_(place_.get(), change); }
 
   void set(T value) const {
-    update_([&](T& current) { current = std::move(value); });
+    update([&](T& current) { current = std::move(value); });
   }
 
  private:
-  std::function<Reading()> get_;
-  std::function<void(const std::function<void(T&)>&)> update_;
+  std::shared_ptr<void> place_;
+  Reading (*get_)(const void* place);
+  void (*update_)(void* place, const Change& change);
 };
 
 /// Tells whoever shows a view that a value behind it has changed.
@@ -56,19 +65,13 @@ class State {
 
   const T& get() const noexcept { return cell_->value; }
 
-  void update(const std::function<void(T&)>& change) const {
-    change(cell_->value);
-    if (const auto listener = cell_->listener.lock()) (*listener)();
-  }
+  void update(const typename Binding<T>::Change& change) const { cell_->update(change); }
 
   void set(T value) const {
     update([&](T& current) { current = std::move(value); });
   }
 
-  Binding<T> binding() const {
-    return Binding<T>([state = *this]() -> typename Binding<T>::Reading { return state.get(); },
-                      [state = *this](const std::function<void(T&)>& change) { state.update(change); });
-  }
+  Binding<T> binding() const { return Binding<T>(cell_); }
 
   void listen(const std::weak_ptr<const ChangeListener>& listener) const { cell_->listener = listener; }
 
@@ -76,6 +79,13 @@ class State {
   struct Cell {
     T value;
     std::weak_ptr<const ChangeListener> listener;
+
+    typename Binding<T>::Reading get() const { return value; }
+
+    void update(const typename Binding<T>::Change& change) {
+      change(value);
+      if (const auto told = listener.lock()) (*told)();
+    }
   };
 
   std::shared_ptr<Cell> cell_;
