@@ -78,16 +78,11 @@ struct Codec<std::optional<std::string>> {
 template <class T>
 struct Codec<std::vector<T>> {
   static void read(const Node& node, const Path& path, std::vector<T>& value) {
-    require(Type::array, node, path);
-    value.clear();
-    Node element = node;
-    std::size_t index = 0;
-    Elements elements(node);
-    path.claim(elements.count(), sizeof(T));
-    value.reserve(elements.count());
-    while (elements.next(element)) {
-      Codec<T>::read(element, Path(path, index++), value.emplace_back());
-    }
+    readList(node, path, &value, {sizeof(T), readAs<T>, [](void* list, std::size_t count) -> void* {
+                                    auto& made = *static_cast<std::vector<T>*>(list);
+                                    made = std::vector<T>(count);
+                                    return made.data();
+                                  }});
   }
   static void write(Writer& writer, const std::vector<T>& value) {
     writer.beginArray();

@@ -74,6 +74,16 @@ void readAs(const Node& node, const Path& path, void* value) {
   Codec<T>::read(node, path, *static_cast<T*>(value));
 }
 
+/// A list whose element type is not known.
+struct ListCoding {
+  std::size_t elementSize;
+  void (*readElement)(const Node& node, const Path& path, void* element);
+  void* (*remake)(void* list, std::size_t count);  // with new elements; returns the first
+};
+
+/// Reads an array.
+void readList(const Node& array, const Path& path, void* list, const ListCoding& coding);
+
 template <class T>
 void writeAs(Writer& writer, const void* value) {
   Codec<T>::write(writer, *static_cast<const T*>(value));

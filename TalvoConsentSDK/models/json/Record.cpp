@@ -25,6 +25,16 @@ std::size_t indexOf(std::string_view key, std::span<const Field> fields, std::si
 
 }  // namespace
 
+void readList(const Node& array, const Path& path, void* list, const ListCoding& coding) {
+  require(Type::array, array, path);
+  Elements elements(array);
+  path.claim(elements.count(), coding.elementSize);
+  auto* element = static_cast<std::byte*>(coding.remake(list, elements.count()));
+  Node node = array;
+  for (std::size_t index = 0; elements.next(node); ++index, element += coding.elementSize)
+    coding.readElement(node, Path(path, index), element);
+}
+
 void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields) {
   require(Type::object, node, path);
   std::array<Node, mostFields> values;
