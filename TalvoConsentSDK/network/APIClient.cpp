@@ -6,16 +6,6 @@
 
 namespace TalvoConsentSDK {
 
-namespace {
-
-template <class Reply>
-Task<Reply> failed(HTTPClientError error) {
-  throw Error(std::move(error));
-  co_return Reply();
-}
-
-}  // namespace
-
 APIClient::APIClient(std::string baseUrl, std::string siteId, std::shared_ptr<HTTPClient> httpClient)
     : baseUrl_(std::move(baseUrl)), siteId_(std::move(siteId)), httpClient_(std::move(httpClient)) {}
 
@@ -32,30 +22,30 @@ Task<Services> APIClient::fetchServices(std::string language) const {
 }
 
 Task<ConsentResponse> APIClient::createConsent(FullConsent payload) const {
-  auto url = endpointURL(baseUrl_, "/cookie-consent/" + siteId_);
-  if (!url) return failed<ConsentResponse>(HTTPClientError::invalidURL());
-  return httpClient_->post<ConsentResponse>(*std::move(url), payload, endpointHeaders());
+  return httpClient_->post<ConsentResponse>(consentURL(), payload, endpointHeaders());
 }
 
 Task<ConsentResponse> APIClient::updateConsent(FullConsent payload) const {
-  auto url = endpointURL(baseUrl_, "/cookie-consent/" + siteId_);
-  if (!url) return failed<ConsentResponse>(HTTPClientError::invalidURL());
-  return httpClient_->put<ConsentResponse>(*std::move(url), payload, endpointHeaders());
+  return httpClient_->put<ConsentResponse>(consentURL(), payload, endpointHeaders());
 }
 
 Task<std::optional<FullConsent>> APIClient::fetchIdentifiedConsent(
     std::string userId, std::optional<std::string> consentId) const {
-  if (!isOneSegment(userId)) return failed<std::optional<FullConsent>>(HTTPClientError::invalidURL());
-  std::string path = "/cookie-consent/" + siteId_ + "/identified/" + userId;
-  if (consentId) path += "?consentId=" + *consentId;
-  return get<std::optional<FullConsent>>(path);
+  std::optional<URL> url;
+  if (isOneSegment(userId)) {
+    const std::string path = "/cookie-consent/" + siteId_ + "/identified/" + userId;
+    url = endpointURL(baseUrl_, consentId ? path + "?consentId=" + *consentId : path);
+  }
+  return httpClient_->get<std::optional<FullConsent>>(std::move(url), endpointHeaders());
+}
+
+std::optional<URL> APIClient::consentURL() const {
+  return endpointURL(baseUrl_, "/cookie-consent/" + siteId_);
 }
 
 template <class Reply>
 Task<Reply> APIClient::get(const std::string& path) const {
-  auto url = endpointURL(baseUrl_, path);
-  if (!url) return failed<Reply>(HTTPClientError::invalidURL());
-  return httpClient_->get<Reply>(*std::move(url), endpointHeaders());
+  return httpClient_->get<Reply>(endpointURL(baseUrl_, path), endpointHeaders());
 }
 
 }  // namespace TalvoConsentSDK

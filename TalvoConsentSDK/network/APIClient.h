@@ -35,6 +35,8 @@ class APIClient {
                                                           std::optional<std::string> consentId) const;
 
  private:
+  std::optional<URL> consentURL() const;
+
   template <class Reply>
   Task<Reply> get(const std::string& path) const;
 

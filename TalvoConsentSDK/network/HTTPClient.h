@@ -29,17 +29,17 @@ class HTTPClient {
   virtual ~HTTPClient() = default;
 
   /// Sends a request, with `body` as JSON where there is one, and reads the reply as a `Reply`. Every failure
-  /// is thrown as an `HTTPClientError`.
+  /// is thrown as an `HTTPClientError`; no `url` is `invalidURL`.
   template <class Reply>
-  Task<Reply> get(URL url, HTTPHeaders headers) {
+  Task<Reply> get(std::optional<URL> url, HTTPHeaders headers) {
     return reply<Reply>(exchange("GET", std::move(url), std::nullopt, std::move(headers)));
   }
   template <class Reply, class Body>
-  Task<Reply> post(URL url, const Body& body, HTTPHeaders headers) {
+  Task<Reply> post(std::optional<URL> url, const Body& body, HTTPHeaders headers) {
     return reply<Reply>(exchange("POST", std::move(url), encoder_.encode(body), std::move(headers)));
   }
   template <class Reply, class Body>
-  Task<Reply> put(URL url, const Body& body, HTTPHeaders headers) {
+  Task<Reply> put(std::optional<URL> url, const Body& body, HTTPHeaders headers) {
     return reply<Reply>(exchange("PUT", std::move(url), encoder_.encode(body), std::move(headers)));
   }
 
@@ -50,10 +50,10 @@ class HTTPClient {
   virtual void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) = 0;
 
  protected:
-  /// Sends one request and returns the body of an accepted reply. Throws an `HTTPClientError`, also when the
-  /// body could not be encoded.
-  virtual Task<std::string> exchange(std::string method, URL url, std::optional<Result<std::string>> body,
-                                     HTTPHeaders headers) = 0;
+  /// Sends one request and returns the body of an accepted reply. Throws an `HTTPClientError`, also when
+  /// there is no `url` or the body could not be encoded.
+  virtual Task<std::string> exchange(std::string method, std::optional<URL> url,
+                                     std::optional<Result<std::string>> body, HTTPHeaders headers) = 0;
 
   const JSONDecoder& decoder() const noexcept { return decoder_; }
   const JSONEncoder& encoder() const noexcept { return encoder_; }

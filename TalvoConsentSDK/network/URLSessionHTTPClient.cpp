@@ -80,16 +80,17 @@ void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders
                   });
 }
 
-Task<std::string> URLSessionHTTPClient::exchange(std::string method, URL url,
+Task<std::string> URLSessionHTTPClient::exchange(std::string method, std::optional<URL> url,
                                                  std::optional<Result<std::string>> body,
                                                  HTTPHeaders headers) {
+  if (!url) throw Error(HTTPClientError::invalidURL());
   if (body && !*body) throw Error(HTTPClientError::networkError(body->error()));
   std::optional<std::string> bytes;
   if (body) bytes = std::move(**body);
 
   CallbackAwaiter<Result<URLResponse>> reply(
       [session = session_,
-       request = makeRequest(std::move(method), std::move(url), std::move(bytes), headers)](
+       request = makeRequest(std::move(method), *std::move(url), std::move(bytes), headers)](
           URLSession::Completion completion) { detail::runOnce(*session, request, std::move(completion)); });
   Result<URLResponse> outcome = co_await std::move(reply);
   co_return acceptedBody(std::move(outcome), MissingBody::isEmpty).value();

@@ -18,8 +18,8 @@ class URLSessionHTTPClient : public HTTPClient {
   void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) override;
 
  protected:
-  Task<std::string> exchange(std::string method, URL url, std::optional<Result<std::string>> body,
-                             HTTPHeaders headers) override;
+  Task<std::string> exchange(std::string method, std::optional<URL> url,
+                             std::optional<Result<std::string>> body, HTTPHeaders headers) override;
 
  private:
   const std::shared_ptr<URLSession> session_;
