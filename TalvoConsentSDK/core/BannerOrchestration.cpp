@@ -34,16 +34,12 @@ struct HostClosures {
 /// What one showBanner call read of the instance, the host's closures, and what the banner is made from: the
 /// documents, fetched unless they were cached, and the consent that was stored.
 struct BannerRequest {
-  std::shared_ptr<ConsentLedger> ledger;
-  std::shared_ptr<APIClient> apiClient;
+  SitePointer site;
   std::optional<BannerCustomization> document;
   std::optional<Services> services;
   std::optional<SiteConfiguration> configuration;
   std::string language;
   ConsentLedger::Person person;
-  std::string siteId;
-  std::shared_ptr<Executor> mainActor;
-  std::shared_ptr<Executor> background;
   HostClosures::Pointer host;
   std::optional<BasicConsent> initialConsent;
 
@@ -59,21 +55,20 @@ using BannerRequestPointer = std::shared_ptr<BannerRequest>;
 // Submits in the background, stores, and answers the host on the main actor.
 void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
                     std::function<void()> HostClosures::* hostCallback) {
-  ConsentLedger::Decision decision = request->ledger->beginDecision();
+  ConsentLedger::Decision decision = request->site->ledger->beginDecision();
   if (decision.person.identity != request->person.identity) decision.person = request->person;
   decision.isUpdate = request->initialConsent.has_value();
   FullConsent payload =
-      explicitPayload(consent, request->document, decision.person.user.value, request->siteId);
+      explicitPayload(consent, request->document, decision.person.user.value, request->site->id);
   if (decision.isUpdate) payload.id = request->initialConsent->id;
-  spawn<ConsentResponse>(
-      request->background,
-      sendAndFile(request->apiClient, request->ledger, std::move(payload), std::move(decision), consent),
-      [request, hostCallback](const Result<ConsentResponse>& result) {
-        detail::postOrRun(request->mainActor, [request, hostCallback, result] {
-          if (!result) return request->report(result.error());
-          callHost((*request->host).*hostCallback);
-        });
-      });
+  spawn<ConsentResponse>(request->site->background,
+                         sendAndFile(request->site, std::move(payload), std::move(decision), consent),
+                         [request, hostCallback](const Result<ConsentResponse>& result) {
+                           detail::postOrRun(request->site->mainActor, [request, hostCallback, result] {
+                             if (!result) return request->report(result.error());
+                             callHost((*request->host).*hostCallback);
+                           });
+                         });
 }
 
 BannerCallbacks callbacks(const BannerRequestPointer& request) {
@@ -84,7 +79,7 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
           [request] { submitDecision(request, BasicConsent::rejectAll(), &HostClosures::onRejectAll); },
       .onManagePreferences =
           [request] {
-            detail::postOrRun(request->mainActor,
+            detail::postOrRun(request->site->mainActor,
                               [request] { callHost(request->host->onManagePreferences); });
           },
       .onSavePreferences =
@@ -97,21 +92,23 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
 
 Task<void> presentBanner(BannerRequestPointer request) {
   try {
-    request->initialConsent = request->ledger->consent();
+    request->initialConsent = request->site->ledger->consent();
 
     if (!request->document) {
-      auto fetch = request->apiClient->fetchBannerCustomization(request->language);
-      request->document = co_await std::move(fetch);
+      auto fetch = request->site->apiClient->fetchBannerCustomization(request->language);
+      BannerCustomization document = co_await std::move(fetch);
+      request->document.emplace(std::move(document));
     }
     if (!request->document->customization) {
       throw Error(PlatformError("TalvoConsentSDK", -5, "No customization data in response"));
     }
     if (!request->services) {
-      auto fetch = request->apiClient->fetchServices(request->language);
-      request->services = co_await std::move(fetch);
+      auto fetch = request->site->apiClient->fetchServices(request->language);
+      Services services = co_await std::move(fetch);
+      request->services.emplace(std::move(services));
     }
     if (!request->configuration) {
-      auto fetch = request->apiClient->fetchConfiguration();
+      auto fetch = request->site->apiClient->fetchConfiguration();
       request->configuration = co_await std::move(fetch);
     }
 
@@ -130,18 +127,17 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
                             std::function<void()> onManagePreferences, std::function<void(Error)> onError) {
   State& state = *state_;
   const auto host = HostClosures::releasedOn(
-      state.platform.mainActor,
+      state.site->mainActor,
       {std::move(onAcceptAll), std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
   BannerRequestPointer request;
   {
-    const auto person = state.ledger->beginDecision().person;
+    const auto person = state.site->ledger->beginDecision().person;
     const std::scoped_lock guard(state.lock);
-    request = std::make_shared<BannerRequest>(
-        BannerRequest{state.ledger, state.apiClient, state.cachedCustomization, state.cachedServices,
-                      state.cachedConfiguration, state.language, person, state.siteId,
-                      state.platform.mainActor, state.platform.background, host, std::nullopt});
+    request = std::make_shared<BannerRequest>(BannerRequest{state.site, state.cachedCustomization,
+                                                            state.cachedServices, state.cachedConfiguration,
+                                                            state.language, person, host, std::nullopt});
   }
-  spawn<void>(state.platform.mainActor, presentBanner(request), [request](const Result<void>& end) {
+  spawn<void>(state.site->mainActor, presentBanner(request), [request](const Result<void>& end) {
     if (!end) request->report(end.error());  // it could not even be begun
   });
 }

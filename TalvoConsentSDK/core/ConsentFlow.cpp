@@ -6,17 +6,30 @@
 
 namespace TalvoConsentSDK {
 
+namespace {
+
+Task<ConsentResponse> send(const Site& site, FullConsent payload, bool isUpdate) {
+  return isUpdate ? site.apiClient->updateConsent(std::move(payload))
+                  : site.apiClient->createConsent(std::move(payload));
+}
+
+}  // namespace
+
 FullConsent explicitPayload(const BasicConsent& consent, const std::optional<BannerCustomization>& shown,
                             std::optional<std::string> userId, std::string siteId) {
   FullConsent payload;
   payload.status = rawValue(consent.status());
 
+  const std::optional<ConsentValue> all = ConsentValue::all();
+  const auto none = ConsentValue::none();
+  const std::pair<const char*, const std::optional<ConsentValue>&> chosen[] = {
+      {"necessary", all},
+      {"unclassified", all},
+      {"preferences", consent.preferences},
+      {"marketing", consent.marketing},
+      {"statistics", consent.statistics}};
   auto& categories = payload.categories.emplace();
-  categories["necessary"] = ConsentValue::all();
-  categories["unclassified"] = ConsentValue::all();
-  categories["preferences"] = consent.preferences.value_or(ConsentValue::none());
-  categories["marketing"] = consent.marketing.value_or(ConsentValue::none());
-  categories["statistics"] = consent.statistics.value_or(ConsentValue::none());
+  for (const auto& [category, value] : chosen) categories[category] = value.value_or(none);
   if (consent.optedIn) categories["optedIn"] = ConsentValue(*consent.optedIn);
 
   auto& analytics = payload.consentDataAnalytics.emplace();
@@ -49,26 +62,21 @@ FullConsent implicitPayload(std::optional<std::string> userId, std::string siteI
   return payload;
 }
 
-Task<ConsentResponse> sendAndFile(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
-                                  FullConsent payload, ConsentLedger::Decision decision,
+Task<ConsentResponse> sendAndFile(SitePointer site, FullConsent payload, ConsentLedger::Decision decision,
                                   BasicConsent consent) {
-  auto request = decision.isUpdate ? apiClient->updateConsent(std::move(payload))
-                                   : apiClient->createConsent(std::move(payload));
+  auto request = send(*site, std::move(payload), decision.isUpdate);
   ConsentResponse response = co_await std::move(request);
-  ledger->fileDecision(decision, consent);
+  site->ledger->fileDecision(decision, consent);
   co_return response;
 }
 
-Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
-                                 std::string siteId, std::optional<std::string> userId, ImplicitOver over) {
+Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId, ImplicitOver over) {
   try {
-    const auto implicit = ledger->beginImplicit(over == ImplicitOver::anyConsent);
+    const auto implicit = site->ledger->beginImplicit(over == ImplicitOver::anyConsent);
     if (!implicit) co_return;
-    FullConsent payload = implicitPayload(std::move(userId), std::move(siteId));
-    auto request = implicit->isUpdate ? apiClient->updateConsent(std::move(payload))
-                                      : apiClient->createConsent(std::move(payload));
+    auto request = send(*site, implicitPayload(std::move(userId), site->id), implicit->isUpdate);
     co_await std::move(request);
-    ledger->fileImplicit(*implicit, BasicConsent::acceptAll());
+    site->ledger->fileImplicit(*implicit, BasicConsent::acceptAll());
   } catch (...) {
     print(std::string("Failed to submit implicit consent: ") + Error::current().what());
   }

@@ -2,15 +2,14 @@
 
 // From a choice to a stored and submitted consent: the payloads, and the two ways of sending one.
 
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "TalvoConsentSDK/core/ConsentLedger.h"
+#include "TalvoConsentSDK/core/Site.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
-#include "TalvoConsentSDK/network/APIClient.h"
 #include "TalvoConsentSDK/platform/Task.h"
 
 namespace TalvoConsentSDK {
@@ -24,8 +23,7 @@ FullConsent implicitPayload(std::optional<std::string> userId, std::string siteI
 
 /// Sends `payload`, as an update or a new consent, and files `consent` once the service has taken it. Throws
 /// the client's error, having stored nothing.
-Task<ConsentResponse> sendAndFile(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
-                                  FullConsent payload, ConsentLedger::Decision decision,
+Task<ConsentResponse> sendAndFile(SitePointer site, FullConsent payload, ConsentLedger::Decision decision,
                                   BasicConsent consent);
 
 /// What an implicit consent may take the place of.
@@ -33,7 +31,6 @@ enum class ImplicitOver { nothing, anyConsent };
 
 /// Sends an implicit consent and stores it, unless somebody has decided while it was under way. One reading
 /// of the store says what stands there before. A failure is printed.
-Task<void> submitImplicitConsent(std::shared_ptr<APIClient> apiClient, std::shared_ptr<ConsentLedger> ledger,
-                                 std::string siteId, std::optional<std::string> userId, ImplicitOver over);
+Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId, ImplicitOver over);
 
 }  // namespace TalvoConsentSDK

@@ -16,33 +16,28 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-using APIClientPointer = std::shared_ptr<APIClient>;
-using LedgerPointer = std::shared_ptr<ConsentLedger>;
-using EventManagerPointer = std::shared_ptr<ConsentEventManager>;
-
-Task<void> fetchConfiguration(APIClientPointer apiClient, LedgerPointer ledger, std::string siteId) {
+Task<void> fetchConfiguration(SitePointer site) {
   SiteConfiguration configuration;
   try {
-    auto request = apiClient->fetchConfiguration();
+    auto request = site->apiClient->fetchConfiguration();
     configuration = co_await std::move(request);
   } catch (...) {
     print(std::string("Failed to fetch configuration on init: ") + Error::current().what());
     co_return;
   }
   if (configuration.implicitConsent.value_or(false)) {
-    auto submission = submitImplicitConsent(apiClient, ledger, siteId, std::nullopt, ImplicitOver::nothing);
+    auto submission = submitImplicitConsent(site, std::nullopt, ImplicitOver::nothing);
     co_await std::move(submission);
   }
 }
 
 // Tells whether the service knows a consent of the user; a failure is printed and counts as known, so that
 // nothing is given implicitly in its place.
-Task<bool> storeIdentifiedConsent(APIClientPointer apiClient, LedgerPointer ledger,
-                                  ConsentLedger::Login login) {
+Task<bool> storeIdentifiedConsent(SitePointer site, ConsentLedger::Login login) {
   try {
-    auto request = apiClient->fetchIdentifiedConsent(login.userId, login.consentId);
+    auto request = site->apiClient->fetchIdentifiedConsent(login.userId, login.consentId);
     const std::optional<FullConsent> payload = co_await std::move(request);
-    if (payload) ledger->fileIdentified(login, payload->toBasicConsent());
+    if (payload) site->ledger->fileIdentified(login, payload->toBasicConsent());
     co_return payload.has_value();
   } catch (...) {
     print(std::string("Error fetching identified consent: ") + Error::current().what());
@@ -50,29 +45,26 @@ Task<bool> storeIdentifiedConsent(APIClientPointer apiClient, LedgerPointer ledg
   }
 }
 
-Task<void> restoreIdentity(APIClientPointer apiClient, LedgerPointer ledger, ConsentLedger::Login login) {
-  auto identified = storeIdentifiedConsent(apiClient, ledger, std::move(login));
+Task<void> restoreIdentity(SitePointer site, ConsentLedger::Login login) {
+  auto identified = storeIdentifiedConsent(site, std::move(login));
   co_await std::move(identified);
 }
 
-Task<void> completeIdentification(APIClientPointer apiClient, std::string siteId, LedgerPointer ledger,
-                                  ConsentLedger::Login login, bool implicit,
-                                  EventManagerPointer eventManager) {
-  auto identified = storeIdentifiedConsent(apiClient, ledger, login);
+Task<void> completeIdentification(SitePointer site, ConsentLedger::Login login, bool implicit) {
+  auto identified = storeIdentifiedConsent(site, login);
   const bool isKnown = co_await std::move(identified);
   if (!isKnown && implicit) {
-    auto submission =
-        submitImplicitConsent(apiClient, ledger, std::move(siteId), login.userId, ImplicitOver::anyConsent);
+    auto submission = submitImplicitConsent(site, login.userId, ImplicitOver::anyConsent);
     co_await std::move(submission);
   }
-  eventManager->trigger(ConsentEvent::identificationComplete);
+  site->eventManager->trigger(ConsentEvent::identificationComplete);
 }
 
-Task<void> warmUp(APIClientPointer apiClient, std::string language) {
+Task<void> warmUp(SitePointer site, std::string language) {
   try {
-    auto customization = apiClient->fetchBannerCustomization(language);
+    auto customization = site->apiClient->fetchBannerCustomization(language);
     co_await std::move(customization);
-    auto services = apiClient->fetchServices(language);
+    auto services = site->apiClient->fetchServices(language);
     co_await std::move(services);
   } catch (...) {
     print(std::string("Failed to pre-fetch data with new language: ") + Error::current().what());
@@ -80,9 +72,9 @@ Task<void> warmUp(APIClientPointer apiClient, std::string language) {
 }
 
 // Reports an identification that could not even be begun.
-void reportFailedStart(const EventManagerPointer& eventManager, const Error& error) {
+void reportFailedStart(const Site& site, const Error& error) {
   print(std::string("Error fetching identified consent: ") + error.what());
-  eventManager->trigger(ConsentEvent::identificationComplete);
+  site.eventManager->trigger(ConsentEvent::identificationComplete);
 }
 
 }  // namespace
@@ -100,26 +92,39 @@ std::shared_ptr<CookiesSDK> CookiesSDK::getInstance() {
   return ClientSlot<CookiesSDK>::shared().get();
 }
 
-CookiesSDK::State::State(const std::string& apiUrl, const std::string& site)
-    : platform(Platform::current()),
-      apiClient(std::make_shared<APIClient>(
-          apiUrl, site, std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background))),
-      siteId(site),
-      observers(std::make_shared<ConsentObservers>(platform.mainActor)),
-      ledger(std::make_shared<ConsentLedger>(std::make_shared<ConsentStorage>(
-          site, observed(platform.userDefaults, ConsentStorage::consentKey(site), observers)))) {}
+namespace {
+
+SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const Platform& platform,
+                     const std::shared_ptr<ConsentObservers>& observers) {
+  auto httpClient = std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background);
+  auto storage = std::make_shared<ConsentStorage>(
+      siteId, observed(platform.userDefaults, ConsentStorage::consentKey(siteId), observers));
+  return std::make_shared<const Site>(Site{
+      .id = siteId,
+      .apiClient = std::make_shared<APIClient>(apiUrl, siteId, std::move(httpClient)),
+      .ledger = std::make_shared<ConsentLedger>(std::move(storage)),
+      .eventManager = std::make_shared<ConsentEventManager>(),
+      .mainActor = platform.mainActor,
+      .background = platform.background,
+      .callbacks = platform.callbacks,
+  });
+}
+
+}  // namespace
+
+CookiesSDK::State::State(const std::string& apiUrl, const std::string& siteId, const Platform& platform)
+    : observers(std::make_shared<ConsentObservers>(platform.mainActor)),
+      site(makeSite(apiUrl, siteId, platform, observers)) {}
 
 CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
-    : state_(std::make_unique<State>(apiUrl, siteId)) {}
+    : state_(std::make_unique<State>(apiUrl, siteId, Platform::current())) {}
 
 // What creation does with the store and the network, as soon as there are any.
 void CookiesSDK::begin() {
   const State& state = *state_;
-  auto login = state.ledger->storedLogin();
-  spawn(state.platform.mainActor, fetchConfiguration(state.apiClient, state.ledger, state.siteId));
-  if (login) {
-    spawn(state.platform.mainActor, restoreIdentity(state.apiClient, state.ledger, *std::move(login)));
-  }
+  auto login = state.site->ledger->storedLogin();
+  spawn(state.site->mainActor, fetchConfiguration(state.site));
+  if (login) spawn(state.site->mainActor, restoreIdentity(state.site, *std::move(login)));
 }
 
 CookiesSDK::~CookiesSDK() = default;
@@ -133,67 +138,64 @@ void CookiesSDK::setLanguage(const std::string& language) {
     state.cachedCustomization.reset();
     state.cachedServices.reset();
   }
-  spawn(state.platform.mainActor, warmUp(state.apiClient, language));
+  spawn(state.site->mainActor, warmUp(state.site, language));
 }
 
 std::optional<BasicConsent> CookiesSDK::getConsent() const {
-  return state_->ledger->consent();
+  return state_->site->ledger->consent();
 }
 
 void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completion) {
-  announceEnd(submission(consent), consent, state_->eventManager, state_->platform, std::move(completion));
+  announceEnd(state_->site, submission(consent), consent, std::move(completion));
 }
 
 // The consent is judged here; the task is the same submission, its completion the awaiter.
 Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
-  return announcedEnd(submission(consent), consent, state_->eventManager, state_->platform)
-      .on(state_->platform.background);
+  return announcedEnd(state_->site, submission(consent), consent).on(state_->site->background);
 }
 
 Task<ConsentResponse> CookiesSDK::submission(const BasicConsent& consent) const {
   State& state = *state_;
-  ConsentLedger::Decision decision = state.ledger->beginDecision();
+  ConsentLedger::Decision decision = state.site->ledger->beginDecision();
   const std::scoped_lock guard(state.lock);
   FullConsent payload =
-      explicitPayload(consent, state.cachedCustomization, decision.person.user.value, state.siteId);
-  return sendAndFile(state.apiClient, state.ledger, std::move(payload), std::move(decision), consent);
+      explicitPayload(consent, state.cachedCustomization, decision.person.user.value, state.site->id);
+  return sendAndFile(state.site, std::move(payload), std::move(decision), consent);
 }
 
 void CookiesSDK::identify(const std::string& userId) {
   State& state = *state_;
-  ConsentLedger::Login login = state.ledger->logIn(userId);
+  ConsentLedger::Login login = state.site->ledger->logIn(userId);
   bool implicit = false;
   {
     const std::scoped_lock guard(state.lock);
     implicit = state.cachedConfiguration && state.cachedConfiguration->implicitConsent.value_or(false);
   }
-  spawn<void>(state.platform.mainActor,
-              completeIdentification(state.apiClient, state.siteId, state.ledger, std::move(login), implicit,
-                                     state.eventManager),
-              [eventManager = state.eventManager](const Result<void>& end) {
-                if (!end) reportFailedStart(eventManager, end.error());
+  spawn<void>(state.site->mainActor, completeIdentification(state.site, std::move(login), implicit),
+              [site = state.site](const Result<void>& end) {
+                if (!end) reportFailedStart(*site, end.error());
               });
 }
 
 void CookiesSDK::removeIdentity() {
-  state_->ledger->logOut();
+  state_->site->ledger->logOut();
 }
 
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {
-  state_->eventManager->addListener(event, std::move(callback));
+  state_->site->eventManager->addListener(event, std::move(callback));
 }
 
 void CookiesSDK::removeEventListener(ConsentEvent event,
                                      const std::shared_ptr<ConsentEventCallback>& callback) {
-  state_->eventManager->removeListener(event, callback);
+  state_->site->eventManager->removeListener(event, callback);
 }
 
 void CookiesSDK::removeEventListener(ConsentEvent event) {
-  state_->eventManager->removeListeners(event);
+  state_->site->eventManager->removeListeners(event);
 }
 
 void CookiesSDK::removeAllEventListeners() {
-  state_->eventManager->removeAllListeners();
+  state_->site->eventManager->removeAllListeners();
 }
 
 std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer) {

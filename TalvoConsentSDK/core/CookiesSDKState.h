@@ -7,27 +7,21 @@
 #include <optional>
 #include <string>
 
-#include "TalvoConsentSDK/core/ConsentEventManager.h"
-#include "TalvoConsentSDK/core/ConsentLedger.h"
 #include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"
+#include "TalvoConsentSDK/core/Site.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/Services.h"
 #include "TalvoConsentSDK/models/SiteConfiguration.h"
-#include "TalvoConsentSDK/network/APIClient.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 namespace TalvoConsentSDK {
 
 struct CookiesSDK::State {
-  State(const std::string& apiUrl, const std::string& site);
+  State(const std::string& apiUrl, const std::string& siteId, const Platform& platform);
 
-  const Platform platform;
-  const std::shared_ptr<APIClient> apiClient;
-  const std::string siteId;
   const std::shared_ptr<ConsentObservers> observers;
-  const std::shared_ptr<ConsentLedger> ledger;
-  const std::shared_ptr<ConsentEventManager> eventManager = std::make_shared<ConsentEventManager>();
+  const SitePointer site;
 
   std::mutex lock;                                         // guards what follows, for moments only
   std::optional<BannerCustomization> cachedCustomization;  // the caches are read, never filled

@@ -1,0 +1,29 @@
+#pragma once
+
+// What a client's background tasks go by, which may outlive the client.
+
+#include <memory>
+#include <string>
+
+#include "TalvoConsentSDK/core/ConsentEventManager.h"
+#include "TalvoConsentSDK/core/ConsentLedger.h"
+#include "TalvoConsentSDK/network/APIClient.h"
+#include "TalvoConsentSDK/platform/Executor.h"
+
+namespace TalvoConsentSDK {
+
+/// One site: its identifier, its service, its consents on the device, and whom to tell where. Safe from any
+/// thread.
+struct Site {
+  const std::string id;
+  const std::shared_ptr<APIClient> apiClient;
+  const std::shared_ptr<ConsentLedger> ledger;
+  const std::shared_ptr<ConsentEventManager> eventManager;
+  const std::shared_ptr<Executor> mainActor;
+  const std::shared_ptr<Executor> background;
+  const std::shared_ptr<Executor> callbacks;
+};
+
+using SitePointer = std::shared_ptr<const Site>;
+
+}  // namespace TalvoConsentSDK
