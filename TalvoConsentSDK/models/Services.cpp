@@ -1,28 +1,11 @@
 #include "TalvoConsentSDK/models/Services.h"
 
-#include <algorithm>
-#include <unordered_map>
+#include <map>
+#include <utility>
 
 #include "TalvoConsentSDK/platform/ASCII.h"
 
 namespace TalvoConsentSDK {
-
-namespace {
-
-using Service = Services::Service;
-using Details = Services::SpecificServiceDetails;
-
-std::unordered_map<std::string_view, const Details*> detailsById(
-    const std::optional<std::vector<Details>>& details) {
-  std::unordered_map<std::string_view, const Details*> byId;
-  if (!details) return byId;
-  for (const Details& each : *details) {
-    if (each.id && !each.id->empty()) byId[*each.id] = &each;
-  }
-  return byId;
-}
-
-}  // namespace
 
 std::string normalizedCategoryKey(std::string_view category) {
   std::string key = lowercased(category);
@@ -33,27 +16,23 @@ std::vector<Services::ServiceGroup> Services::groupedByVendor(std::string_view c
   if (category.empty() || !libraries) return {};
   const std::string key = lowercased(category);
 
-  std::vector<std::string_view> vendorNames;
-  std::unordered_map<std::string_view, std::vector<const Service*>> servicesByVendor;
+  std::map<std::string_view, ServiceGroup> byVendor;
   for (const Service& service : *libraries) {
     if (!service.category || normalizedCategoryKey(*service.category) != key) continue;
     if (!service.vendor || service.vendor->empty()) continue;
-    auto& ofVendor = servicesByVendor[*service.vendor];
-    if (ofVendor.empty()) vendorNames.push_back(*service.vendor);
-    ofVendor.push_back(&service);
+    byVendor[*service.vendor].services.push_back(service);
   }
-  std::ranges::sort(vendorNames);
+  for (std::size_t index = 0; services && index < services->size(); ++index) {
+    const SpecificServiceDetails& details = (*services)[index];
+    const auto entry = details.id ? byVendor.find(*details.id) : byVendor.end();
+    if (entry != byVendor.end()) entry->second.details = details;
+  }
 
-  const auto detailsByVendor = detailsById(services);
   std::vector<ServiceGroup> groups;
-  groups.reserve(vendorNames.size());
-  for (const std::string_view vendor : vendorNames) {
-    ServiceGroup& group = groups.emplace_back();
+  groups.reserve(byVendor.size());
+  for (auto& [vendor, group] : byVendor) {
     group.vendor = vendor;
-    for (const Service* service : servicesByVendor[vendor]) group.services.push_back(*service);
-    if (const auto details = detailsByVendor.find(vendor); details != detailsByVendor.end()) {
-      group.details = *details->second;
-    }
+    groups.push_back(std::move(group));
   }
   return groups;
 }

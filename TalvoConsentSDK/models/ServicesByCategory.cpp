@@ -1,19 +1,18 @@
 #include "TalvoConsentSDK/models/ServicesByCategory.h"
 
+#include <set>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 namespace TalvoConsentSDK {
 
 ServicesByCategory::ServicesByCategory(Services catalogue) : services_(std::move(catalogue)) {
   if (!services_.libraries) return;
-  std::unordered_map<std::string, std::unordered_set<std::string_view>> seen;
+  std::set<std::pair<std::string, std::string_view>> seen;
   for (const Services::Service& service : *services_.libraries) {
     if (!service.category || !service.vendor) continue;
-    const std::string key = normalizedCategoryKey(*service.category);
-    if (seen[key].insert(*service.vendor).second) servicesByCategory_[key].push_back(*service.vendor);
+    const auto [entry, isNew] = seen.emplace(normalizedCategoryKey(*service.category), *service.vendor);
+    if (isNew) servicesByCategory_[entry->first].push_back(*service.vendor);
   }
 }
 

@@ -10,46 +10,47 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-BannerCustomization::CategoryItem category(const char* id, const std::optional<std::string>& name,
-                                           const char* defaultName, std::optional<std::string> description,
-                                           bool isNecessary) {
-  BannerCustomization::CategoryItem item;
-  item.id = id;
-  item.name = name.value_or(defaultName);
-  item.description = std::move(description);
-  item.enabled = isNecessary;
-  item.required = isNecessary;
-  return item;
-}
+using BannerMessages = BannerCustomization::BannerMessages;
+
+// What a category is called and said to be, unless the site says otherwise.
+struct KnownCategory {
+  const char* id;
+  std::optional<std::string> BannerMessages::* name;
+  const char* defaultName;
+  std::optional<std::string> BannerMessages::* description;
+  const char* defaultDescription;  // null: none
+};
+
+constexpr KnownCategory knownCategories[] = {
+    {"necessary", &BannerMessages::necessaryTitle, "Necessary", &BannerMessages::necessary,
+     "These cookies are essential for the website to function properly."},
+    {"statistics", &BannerMessages::statisticsTitle, "Statistics", &BannerMessages::statistics,
+     "These cookies help us understand how visitors interact with our website."},
+    {"preferences", &BannerMessages::preferencesTitle, "Preferences", &BannerMessages::preferences,
+     "These cookies allow the website to remember choices you make."},
+    {"marketing", &BannerMessages::marketingTitle, "Marketing", &BannerMessages::marketing,
+     "These cookies are used to track visitors across websites for marketing purposes."},
+    {"doNotSell", &BannerMessages::doNotSellLabelText, "Don't Sell My Data",
+     &BannerMessages::doNotSellDescription, nullptr},
+};
 
 }  // namespace
 
 std::vector<BannerCustomization::CategoryItem> TabsComponentRenderer::categories(
-    const BannerCustomization::TabItem& tab, const BannerCustomization::BannerMessages& messages) {
-  std::vector all{
-      category(
-          "necessary", messages.necessaryTitle, "Necessary",
-          messages.necessary.value_or("These cookies are essential for the website to function properly."),
-          true),
-      category("statistics", messages.statisticsTitle, "Statistics",
-               messages.statistics.value_or(
-                   "These cookies help us understand how visitors interact with our website."),
-               false),
-      category("preferences", messages.preferencesTitle, "Preferences",
-               messages.preferences.value_or("These cookies allow the website to remember choices you make."),
-               false),
-      category("marketing", messages.marketingTitle, "Marketing",
-               messages.marketing.value_or(
-                   "These cookies are used to track visitors across websites for marketing purposes."),
-               false),
-      category("doNotSell", messages.doNotSellLabelText, "Don't Sell My Data", messages.doNotSellDescription,
-               false),
-  };
-  if (!tab.categories || tab.categories->empty()) return all;
-  std::erase_if(all, [&](const BannerCustomization::CategoryItem& item) {
-    return std::ranges::find(*tab.categories, *item.id) == tab.categories->end();
-  });
-  return all;
+    const BannerCustomization::TabItem& tab, const BannerMessages& messages) {
+  std::vector<BannerCustomization::CategoryItem> items;
+  for (const KnownCategory& known : knownCategories) {
+    const bool isListed = !tab.categories || tab.categories->empty() ||
+                          std::ranges::find(*tab.categories, known.id) != tab.categories->end();
+    if (!isListed) continue;
+    auto& item = items.emplace_back();
+    item.id = known.id;
+    item.name = (messages.*known.name).value_or(known.defaultName);
+    item.description = messages.*known.description;
+    if (!item.description && known.defaultDescription) item.description = known.defaultDescription;
+    item.enabled = item.required = &known == knownCategories;  // the necessary one
+  }
+  return items;
 }
 
 AnyView TabsComponentRenderer::render() const {

@@ -25,7 +25,7 @@ double ScrollMotion::drag(double y, Clock::time_point now) {
   if (samples_.empty()) return 0;
   const double distance = samples_.back().y - y;
   samples_.push_back({now, y});
-  while (now - samples_.front().time > memory && samples_.size() > 2) samples_.pop_front();
+  while (now - samples_.front().time > memory && samples_.size() > 2) samples_.erase(samples_.begin());
   return distance;
 }
 

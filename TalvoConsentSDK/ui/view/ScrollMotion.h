@@ -4,8 +4,8 @@
 
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <optional>
+#include <vector>
 
 #include "TalvoConsentSDK/platform/Export.h"
 
@@ -40,8 +40,8 @@ class ScrollMotion {
   };
 
   std::optional<std::uint64_t> region_;
-  std::deque<Sample> samples_;  // of the last tenth of a second
-  double speed_ = 0;            // points a second
+  std::vector<Sample> samples_;  // of the last tenth of a second
+  double speed_ = 0;             // points a second
   Clock::time_point stepped_;
 };
 
