@@ -2,6 +2,16 @@
 
 namespace TalvoConsentSDK {
 
+namespace {
+
+// An exception of the host's may have no text.
+const char* textOf(const std::exception& error) noexcept {
+  const char* const text = error.what();
+  return text ? text : "Unknown error";
+}
+
+}  // namespace
+
 std::string withVisibleNULs(std::string text) {
   constexpr std::string_view visible = "\\u0000";
   for (auto at = text.find('\0'); at != text.npos; at = text.find('\0', at + visible.size()))
@@ -23,7 +33,7 @@ const char* PlatformError::what() const noexcept {
 }
 
 const char* Error::what() const noexcept {
-  return cause_->what();
+  return textOf(*cause_);
 }
 
 void Error::raise() const {
@@ -38,7 +48,7 @@ Error Error::current() {
   } catch (const PlatformError& error) {
     return error;
   } catch (const std::exception& error) {
-    return PlatformError("TalvoConsentSDK", -1, error.what());
+    return PlatformError("TalvoConsentSDK", -1, textOf(error));
   } catch (...) {
     return PlatformError("TalvoConsentSDK", -1, "Unknown error");
   }

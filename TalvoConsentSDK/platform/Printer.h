@@ -36,4 +36,15 @@ TALVO_EXPORT void print(std::string_view line) noexcept;
 /// on.
 TALVO_EXPORT void callHost(const std::function<void()>& code) noexcept;
 
+namespace detail {
+
+/// Asks a seam of the host's. Should it throw, one line is printed and the answer is `otherwise`.
+template <class Answer, class Question>
+Answer askHost(Answer otherwise, const Question& question) {
+  callHost([&] { otherwise = question(); });
+  return otherwise;
+}
+
+}  // namespace detail
+
 }  // namespace TalvoConsentSDK

@@ -37,8 +37,10 @@ struct Kind {
 };
 
 bool canLoadImages() {
-  constexpr OperatingSystemVersion firstWithAsyncImages{15, 0};
-  return Platform::current().application->operatingSystemVersion() >= firstWithAsyncImages;
+  static constexpr OperatingSystemVersion firstWithAsyncImages{15, 0};
+  return detail::askHost(false, [] {
+    return Platform::current().application->operatingSystemVersion() >= firstWithAsyncImages;
+  });
 }
 
 bool always(const Item&) {

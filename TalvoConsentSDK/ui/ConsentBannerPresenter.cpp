@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Platform.h"
+#include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
 #include "TalvoConsentSDK/ui/view/HostingController.h"
 #include "TalvoConsentSDK/ui/view/TextDirection.h"
@@ -18,7 +19,9 @@ namespace {
 constexpr std::chrono::milliseconds fadeTime(300);
 
 std::chrono::milliseconds fadeDuration() {
-  return Platform::current().application->reducesMotion() ? std::chrono::milliseconds::zero() : fadeTime;
+  const bool isInstant =
+      detail::askHost(false, [] { return Platform::current().application->reducesMotion(); });
+  return isInstant ? std::chrono::milliseconds::zero() : fadeTime;
 }
 
 LayoutDirection layoutDirection(const BannerCustomization::Customization& customization) {

@@ -181,8 +181,9 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
   const bool leaves = !next->sharesOrigin(*target_);
   if (leaves && keepsOrigin_)
     return curlError(CURLE_TOO_MANY_REDIRECTS, "A POST or PUT is not redirected to another origin");
-  const bool isPost = request_.method == "POST";
-  if ((status <= 302 && isPost) || (status == 303 && (isPost || request_.method == "PUT"))) {
+  if (status <= 302 && request_.method == "PUT")
+    return curlError(CURLE_SEND_FAIL_REWIND, "A PUT is sent again by a redirect of 307 or 308 only");
+  if (status <= 303 && mayHaveBody(request_)) {
     request_.method = "GET";
     request_.headers.erase("Content-Type");
   }

@@ -207,9 +207,11 @@ StoreConnection::StoreConnection(const fs::path& named, StoreWaitEnd end)
       identity_(identityOf(file_)),
       log_(identityOf(log())),
       index_(identityOf(index())) {
-  if (isUnmoved(handle_)) return;
+  const bool isMoved = !isUnmoved(handle_);
+  if (!isMoved && identityOf(named_)) return;
   abandon();
-  throw storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened");
+  throw isMoved ? storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened")
+                : storeFailure(SQLITE_CANTOPEN, "the path names no file");  // it may end in a slash
 }
 
 void StoreConnection::waitUntil(StoreWaitEnd end) {

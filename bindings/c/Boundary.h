@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/platform/Printer.h"
 
 #include "talvo_consent.h"
 
@@ -52,10 +53,12 @@ talvo_status guarded(const Body& body) noexcept {
   }
 }
 
-/// A host's pointer, released with the last copy.
+/// A host's pointer, released with the last copy. What `release` throws is contained.
 inline std::shared_ptr<void> owned(void* userData, talvo_callback release) {
   return {userData, [release](void* pointer) {
-            if (release) release(pointer);
+            callHost([&] {
+              if (release) release(pointer);
+            });
           }};
 }
 

@@ -142,6 +142,10 @@ TEST(CurlURLSession, FollowsRedirectsAsTheirStatusSays) {
     if (method[0] == 'P') request.body = "body";
     request.headers = {{"Content-Type", "text/plain"}, {"X-Client-Name", "mobile"}};
     const auto outcome = await(session, request);
+    if (finalMethod == "ends") {
+      EXPECT_EQ(codeOf(outcome), 65);
+      continue;
+    }
     ASSERT_TRUE(outcome) << failure(outcome);
     EXPECT_EQ(outcome->statusCode, finalMethod.empty() ? std::stoi(status) : 200);
     if (finalMethod.empty()) continue;

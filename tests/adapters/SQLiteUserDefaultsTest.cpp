@@ -116,8 +116,9 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
     }
     EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
   }
+  for (const fs::path& noFile : {fs::path(), file / "", file / "."})
+    EXPECT_FALSE(SQLiteUserDefaults(noFile).set("k", Data("another"))) << noFile;
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
-  EXPECT_FALSE(SQLiteUserDefaults("").data("k"));
 }
 
 // A caller with a deadline waits no longer than that, also for a thread that goes on waiting.

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <stdexcept>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -37,7 +38,10 @@ struct Heard {
     ++self.replies;
   }
   static void event(talvo_event event, void* heard) { static_cast<Heard*>(heard)->events.push_back(event); }
-  static void release(void* heard) { ++static_cast<Heard*>(heard)->releases; }
+  static void release(void* heard) {
+    ++static_cast<Heard*>(heard)->releases;
+    throw std::runtime_error("as C++ behind the interface may");
+  }
 
   void await(int count) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);

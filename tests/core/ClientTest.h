@@ -2,8 +2,6 @@
 
 // The client over a platform in memory. It is a singleton: each test needs a process of its own.
 
-#include <stdexcept>
-
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
 
@@ -65,7 +63,7 @@ class ClientTest : public ::testing::Test {
     trace.push_back(what + (platform.mainActor->isCurrent()    ? " on main"
                             : platform.background->isCurrent() ? " in background"
                                                                : " elsewhere"));
-    if (throws) throw std::runtime_error("the host's");
+    if (throws) throw WithoutText();
   }
   void noteEvents(CookiesSDK& client) {
     for (const auto& [event, name] : RawValues<ConsentEvent>::table) {

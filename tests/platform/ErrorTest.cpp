@@ -35,7 +35,11 @@ TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
     EXPECT_FALSE(error.as<HTTPClientError>());
   }
   EXPECT_STREQ(caught([] { throw std::runtime_error("plain"); }).what(), "plain");
-  EXPECT_STREQ(caught([] { throw 3; }).what(), "Unknown error");
+  for (const Error& error :
+       {caught([] { throw 3; }), caught([] { throw WithoutText(); }), Error(WithoutText())}) {
+    EXPECT_STREQ(error.what(), "Unknown error");
+    EXPECT_STREQ(HTTPClientError::networkError(error).what(), "Network error: Unknown error");
+  }
 }
 
 TEST(ErrorTest, TellsAllOfATextWithNULs) {

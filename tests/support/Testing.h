@@ -46,6 +46,11 @@ inline std::string contentOf(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+/// What a host may throw: it does not even have a text.
+struct WithoutText : std::exception {
+  const char* what() const noexcept override { return nullptr; }
+};
+
 /// The pieces of `text` between white space.
 inline Texts words(const std::string& text) {
   std::istringstream stream(text);

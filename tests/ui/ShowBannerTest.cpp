@@ -105,6 +105,29 @@ TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
   EXPECT_TRUE(window()->isVisible);
 }
 
+struct Throwing : FakeApplication, Localization {
+  OperatingSystemVersion operatingSystemVersion() const override { throw WithoutText(); }
+  void open(const URL&) override { throw WithoutText(); }
+  bool reducesMotion() const override { throw WithoutText(); }
+  std::string text(std::string_view) override { throw WithoutText(); }
+};
+
+TEST_F(ShowBannerTest, GoesOnWhereSeamsOfTheHostThrow) {
+  prepare();
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  const auto throwing = std::make_shared<Throwing>();
+  throwing->scenes = platform.application->scenes;
+  Platform installed = Platform::current();
+  installed.localization = throwing;
+  installed.application = throwing;
+  Platform::install(installed);
+  EXPECT_EQ(show(*created()), fetched + " ");
+  for (const char* each : {"button Manage", "button Save"}) EXPECT_TRUE(tap(*window()->controller, each));
+  platform.settle();
+  EXPECT_THAT(window()->fades, ElementsAre(300ms, 300ms)) << "shown, dismissed";
+  EXPECT_THAT(trace, ElementsAre("managed on main"));
+}
+
 TEST_F(ShowBannerTest, ReadsTheInstanceAtTheCallAndNeedsNoClosures) {
   prepare({{{}, {}, Texts(2, R"({"returnSecondaryView":true})")}});
   answer("GET", "banner-customization/s?lng=de", 500, "");
