@@ -8,6 +8,7 @@
 #include "TalvoConsentSDK/platform/Spawn.h"
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
 #include "TalvoConsentSDK/ui/ConsentBannerView.h"
+#include "TalvoConsentSDK/ui/DrawnLength.h"
 
 namespace TalvoConsentSDK {
 
@@ -101,6 +102,9 @@ Task<void> presentBanner(BannerRequestPointer request) {
     }
     if (!request->document->customization) {
       throw Error(PlatformError("TalvoConsentSDK", -5, "No customization data in response"));
+    }
+    if (drawsTooMuch(*request->document->customization)) {
+      throw Error(PlatformError("TalvoConsentSDK", -6, "The banner would draw more than 1 MB of text"));
     }
     if (!request->services) {
       auto fetch = request->site->apiClient->fetchServices(request->language);

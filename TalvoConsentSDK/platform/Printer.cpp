@@ -37,9 +37,10 @@ Character characterAt(std::string_view text) {
   return {code, length};
 }
 
-// What would end a line somewhere, or tell a terminal what to do.
+// What would end a line somewhere, tell a terminal what to do, or reorder what stands around it.
 bool isControl(char32_t code) {
-  return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x2028 || code == 0x2029;
+  return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069);
 }
 
 std::string escaped(const char* format, unsigned number) {

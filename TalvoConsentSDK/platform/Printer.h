@@ -16,13 +16,15 @@ class Printer {
  public:
   virtual ~Printer() = default;
 
-  /// Writes one line. What the library prints is UTF-8 of at most 2 KB without control characters: they, and
-  /// bytes that are no UTF-8, come as \n, \u001b or \xff, and a line that was cut ends in "…".
+  /// Writes one line. What the library prints is UTF-8 of at most 2 KB without control characters and
+  /// changes of direction: they, and bytes that are no UTF-8, come as \n, \u001b or \xff, and a line that was
+  /// cut ends in "…".
   virtual void print(std::string_view line) = 0;
 };
 
-/// Prints to standard output. A line as long as the library's goes out in one write, so that lines of several
-/// threads never mix, nor those of several processes in one pipe.
+/// Prints to standard output. The lines of several threads never mix. A line as long as the library's goes
+/// out in one write to a file or pipe, so that those of several processes in one pipe do not mix either; a
+/// terminal may receive it in several.
 class StandardOutput : public Printer {
  public:
   void print(std::string_view line) override;

@@ -14,6 +14,7 @@ namespace {
 constexpr double chevronSize = 14;
 constexpr double chevronGap = 10;
 constexpr double switchGap = 12;
+constexpr std::size_t maxRepeatedName = 1000;  // in bytes
 
 }  // namespace
 
@@ -117,11 +118,14 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
 AnyView CategoryRow::vendors() const {
   const auto& groups = services_->groups(categoryId_);
   const bool isDisabled = !canSwitch();
-  return lazyRows(groups.size(), [row = *this, isDisabled](std::size_t index) {
+  // Assistive technology hears the category with each vendor; a long text so often would fill the memory.
+  std::string name = category_.name.value_or("");
+  if (name.size() > maxRepeatedName) name.clear();
+  return lazyRows(groups.size(), [row = *this, name, isDisabled](std::size_t index) {
     const std::shared_ptr<const Services::ServiceGroup> group(row.services_,
                                                               &row.services_->groups(row.categoryId_)[index]);
     return VendorRow(group, row.palette_, row.categoryId_, isDisabled, row.bindings_, row.onVendorDetailTap_)
-        .view(row.category_.name.value_or(""))
+        .view(name)
         .padding({.leading = chevronSize + chevronGap})
         .key(group->vendor);
   });

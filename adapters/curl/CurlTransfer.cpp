@@ -261,8 +261,7 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
   };
   curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, static_cast<curl_prereq_callback>(isConnected));
   constexpr auto moved = [](void* self, curl_off_t, curl_off_t down, curl_off_t, curl_off_t up) {
-    static_cast<CurlTransfer*>(self)->noteProgress(down, up);
-    return 0;
+    return static_cast<CurlTransfer*>(self)->noteProgress(down, up) ? 0 : 1;
   };
   curl_easy_setopt(easy, CURLOPT_XFERINFOFUNCTION, static_cast<curl_xferinfo_callback>(moved));
   curl_easy_setopt(easy, CURLOPT_NOPROGRESS, 0L);
@@ -361,15 +360,21 @@ std::int64_t CurlTransfer::timeOf(int step) const {
   return microseconds;
 }
 
-void CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
+// False ends the transfer: what is compressed may be endless and yet decompress to nothing.
+bool CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
+  if (static_cast<std::uint64_t>(received) > rules_.largestReply) {
+    refuse(tooLargeError(rules_.largestReply));
+    return false;
+  }
   Progress now{progress_.steps, header_.bytes(), received, sent};
   if (!isConnected_) {
     now.steps = timeOf(CURLINFO_NAMELOOKUP_TIME_T) + timeOf(CURLINFO_CONNECT_TIME_T) +
                 timeOf(CURLINFO_APPCONNECT_TIME_T);
   }
-  if (now == progress_) return;
+  if (now == progress_) return true;
   progress_ = now;
   lastProgress_ = Clock::now();
+  return true;
 }
 
 std::size_t CurlTransfer::refuse(PlatformError flaw) {

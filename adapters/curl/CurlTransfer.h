@@ -118,7 +118,7 @@ class CurlTransfer {
   bool maySend(int localPort);
   const SSL* tlsConnection() const;
   std::int64_t timeOf(int step) const;  // a CURLINFO
-  void noteProgress(std::int64_t received, std::int64_t sent);
+  bool noteProgress(std::int64_t received, std::int64_t sent);
   std::size_t refuse(PlatformError flaw);
   std::size_t receive(std::string_view bytes);
   bool isCompressedTooWell(std::size_t size, std::size_t uncounted) const;

@@ -22,7 +22,7 @@ constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts ta
 // at a blank.
 constexpr qsizetype longText = 4096;
 constexpr qsizetype pieceLength = 1024;
-constexpr qsizetype maxPieceLength = 16 * pieceLength;  // for characters without width
+constexpr qsizetype maxPieceLength = 4 * pieceLength;  // where few lines can end
 constexpr qsizetype maxContext = pieceLength / 4;
 constexpr int unsettledLines = 2;  // at the end of a piece: they may break otherwise with what follows
 constexpr qsizetype maxWordLength = 1000;

@@ -3,6 +3,9 @@
 #include <QBuffer>
 #include <QByteArray>
 #include <QImageReader>
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace TalvoConsentSDK {
@@ -14,6 +17,10 @@ using Loaded = Result<std::shared_ptr<const Image>>;
 // Larger pictures are taken for a mistake: no logo needs them, and decoding one takes the memory of its
 // pixels.
 constexpr qint64 mostPixels = 16'000'000;
+
+// What the web's pictures are. An icon does not tell how large the picture in it is, and drawings in SVG,
+// which Qt may be able to read, take any amount of memory and show other files.
+constexpr std::string_view formats[] = {"png", "jpeg", "gif", "webp"};
 
 PlatformError failure(std::string description) {
   return {"QtImageLoader", 1, std::move(description)};
@@ -29,6 +36,8 @@ Loaded decoded(const Result<URLResponse>& outcome) try {
       QByteArray::fromRawData(response.body->data(), static_cast<qsizetype>(response.body->size()));
   QBuffer buffer(&bytes);
   QImageReader reader(&buffer);
+  if (std::ranges::find(formats, reader.format().toStdString()) == std::end(formats))
+    return failure("The picture cannot be read: It is not PNG, JPEG, GIF or WebP");
   const QSize size = reader.size();
   if (!size.isValid()) return failure("The picture cannot be read: " + reader.errorString().toStdString());
   if (static_cast<qint64>(size.width()) * size.height() > mostPixels)

@@ -15,6 +15,9 @@ const std::string picture = [] {
   image.save(&buffer, "PNG");
   return bytes.toStdString();
 }();
+const std::string icon = std::string("\0\0\1\0\1\0\x14\x0A\0\0\1\0\x20\0", 14) +
+                         static_cast<char>(picture.size() % 256) + static_cast<char>(picture.size() / 256) +
+                         std::string("\0\0\x16\0\0\0", 6) + picture;
 // The beginning of one of 60,000 x 60,000 pixels.
 const std::string hugePicture(
     "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0\x0F\xB0\xE2\x15\0\0\0\x01IDAT",
@@ -33,6 +36,7 @@ const struct Download {
     {"noBody", 204, std::nullopt, "No picture received"},
     {"empty", 200, "", "The picture cannot be read"},
     {"broken", 200, picture.substr(0, 50), "The picture cannot be read"},
+    {"icon", 200, icon, "The picture cannot be read: It is not PNG"},
     {"huge", 200, hugePicture, "The picture is too large"},
     {"lost", 200, picture, "Unexpected request", "https://other.example"},
     {"noHost", 200, picture, "The URL cannot be requested", "data:text"},

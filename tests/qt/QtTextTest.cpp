@@ -121,7 +121,9 @@ TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
 }
 
 TEST(LongTextTest, CostsTimeInProportionToItsLength) {
-  for (const char* part : parts) {
+  Texts all(std::begin(parts), std::end(parts));
+  all.push_back("\U0001F468\u200D");  // all joined to one, in which no line can end
+  for (const std::string& part : all) {
     double width = 300;
     const auto cost = [&](std::size_t length) {
       const std::string text = repeated(part, length);

@@ -179,5 +179,18 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
   EXPECT_FALSE(isOn(banner(emptySelection).bindings().categoryStates->get(), "statistics"));
 }
 
+TEST_F(BannerTest, SaysTheCategoryWithEachVendorUnlessItIsLong) {
+  for (const std::size_t length : {1000U, 1001U}) {
+    const std::string title(length, 'M');
+    made.messages.bannerMessages.marketingTitle = title;
+    const ConsentBannerView view = banner();
+    view.handleMainAction("preferences");
+    TestScreen screen(bannerComposition(view.view(), made));
+    tap(screen, "expander M");
+    for (const char* each : {"button A", "switch A"})
+      EXPECT_EQ(find(screen, each).description, length == 1000 ? title : "");
+  }
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

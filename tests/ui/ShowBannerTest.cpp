@@ -16,6 +16,21 @@ std::string document() {
   return written(made);
 }
 
+// With texts of 10 KB, so often that together they have more than 1 MB, or so many items.
+std::string documentWithMany(const std::string& item) {
+  const std::string text(10'000, 'x');
+  BannerCustomization made;
+  made.customization =
+      customization("", "", R"(,"doNotSellURLText":")" + text + R"(","statistics":")" + text + "\"");
+  for (std::string* each : {&made.customization->messages.bannerMessages.title,
+                            &made.customization->messages.bannerMessages.mainMessage,
+                            &made.customization->messages.bannerMessages.acceptButton})
+    *each = text;
+  made.customization->components->secondaryScreen->resize(item == "unknown" ? 10'001 : 100,
+                                                          components(item).front());
+  return written(made);
+}
+
 const Texts documents{document(), written(catalogue("Marketing:A marketing:B statistics:S")), "{}"};
 const Texts paths{"banner-customization/s?lng=en", "cookies/s?lng=en", "cookies/s/configurations"};
 
@@ -88,7 +103,10 @@ TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
 }
 
 TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
-  prepare({{{"500", "{}", R"({"bannerType":"popup"})"}, {"500", "[]"}, {"{}", "500"}}});
+  const Texts tooLong = words("title description links:doNotSell buttons:acceptAll tabs:statistics unknown");
+  Texts wrong{"500", "{}", R"({"bannerType":"popup"})"};
+  for (const std::string& item : tooLong) wrong.push_back(documentWithMany(item));
+  prepare({{wrong, {"500", "[]"}, {"{}", "500"}}});
   const auto client = created();
   const std::string first = "GET " + paths[0] + " ", second = "GET " + paths[0] + "; GET " + paths[1] + " ";
   EXPECT_EQ(show(*client), first + "HTTP error 500: 500 on main");
@@ -97,6 +115,8 @@ TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
   const auto* missing = reported ? reported->as<PlatformError>() : nullptr;
   ASSERT_TRUE(missing && missing->domain() == "TalvoConsentSDK" && missing->code() == -5);
   EXPECT_THAT(missing->userInfo(), ElementsAre(Pair("NSLocalizedDescription", missing->what())));
+  for (const std::string& item : tooLong)
+    EXPECT_EQ(show(*client), first + "The banner would draw more than 1 MB of text on main") << item;
   EXPECT_EQ(show(*client), second + "HTTP error 500: 500 on main");
   EXPECT_THAT(show(*client), StartsWith(second + "Failed to decode response: Type mismatch: "));
   EXPECT_EQ(show(*client), fetched + " HTTP error 500: 500 on main");
