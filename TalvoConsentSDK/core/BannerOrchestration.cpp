@@ -104,7 +104,7 @@ Task<void> presentBanner(BannerRequestPointer request) {
       throw Error(PlatformError("TalvoConsentSDK", -5, "No customization data in response"));
     }
     if (drawsTooMuch(*request->document->customization)) {
-      throw Error(PlatformError("TalvoConsentSDK", -6, "The banner would draw more than 1 MB of text"));
+      throw Error(PlatformError("TalvoConsentSDK", -6, "The banner would draw more than 4 MB of text"));
     }
     if (!request->services) {
       auto fetch = request->site->apiClient->fetchServices(request->language);

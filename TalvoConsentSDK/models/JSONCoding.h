@@ -12,6 +12,20 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
+namespace json {
+
+struct Coding;
+
+/// How a `T` is read and written, whose type is known here alone.
+template <class T>
+TALVO_EXPORT const Coding& codingOf();
+
+/// A whole document into a new value, or why not.
+TALVO_EXPORT Result<void> decode(std::string_view text, void* value, const Coding& coding);
+TALVO_EXPORT Result<std::string> encode(const void* value, const Coding& coding);
+
+}  // namespace json
+
 /// Reads records. Stateless; safe from any thread. A byte order mark before the document is passed over. A
 /// document is refused as a whole, with a `CodingError`: when it is not strict JSON in UTF-8 (RFC 8259, at
 /// most 256 levels deep, an empty one inside these not counted, numbers within 64-bit integers or doubles),
@@ -22,7 +36,12 @@ class JSONDecoder {
   /// Implemented for every record of this library, their enumerations, `JSONValue`, and
   /// `std::optional<FullConsent>`, for which a null document is no consent.
   template <class T>
-  Result<T> decode(std::string_view json) const;
+  Result<T> decode(std::string_view text) const {
+    T value{};
+    const Result<void> read = json::decode(text, &value, json::codingOf<T>());
+    if (!read) return read.error();
+    return value;
+  }
 };
 
 /// Writes records. Stateless; safe from any thread. Fails with a `CodingError` on text that is not UTF-8 and
@@ -31,7 +50,9 @@ class JSONEncoder {
  public:
   /// Implemented for the same types as `JSONDecoder::decode`.
   template <class T>
-  Result<std::string> encode(const T& value) const;
+  Result<std::string> encode(const T& value) const {
+    return json::encode(&value, json::codingOf<T>());
+  }
 };
 
 }  // namespace TalvoConsentSDK

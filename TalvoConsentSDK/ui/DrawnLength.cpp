@@ -11,7 +11,7 @@ namespace {
 
 using Messages = BannerCustomization::BannerMessages;
 
-constexpr std::size_t maxLength = 1'000'000;
+constexpr std::size_t maxLength = 4'000'000;
 constexpr std::size_t itemLength = 100;
 
 class DrawnLength {

@@ -6,7 +6,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Whether the two screens draw more than 1 MB of text, for which a window would stand still for seconds. A
+/// Whether the two screens draw more than 4 MB of text, for which a window would stand still for seconds. A
 /// text counts as often as it is drawn, and each component, link, button and category as 100 bytes besides.
 bool drawsTooMuch(const BannerCustomization::Customization& customization);
 

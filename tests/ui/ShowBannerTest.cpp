@@ -16,9 +16,9 @@ std::string document() {
   return written(made);
 }
 
-// With texts of 10 KB, so often that together they have more than 1 MB, or so many items.
+// With texts of 40 KB, so often that together they have more than 4 MB, or so many items.
 std::string documentWithMany(const std::string& item) {
-  const std::string text(10'000, 'x');
+  const std::string text(40'000, 'x');
   BannerCustomization made;
   made.customization =
       customization("", "", R"(,"doNotSellURLText":")" + text + R"(","statistics":")" + text + "\"");
@@ -26,7 +26,7 @@ std::string documentWithMany(const std::string& item) {
                             &made.customization->messages.bannerMessages.mainMessage,
                             &made.customization->messages.bannerMessages.acceptButton})
     *each = text;
-  made.customization->components->secondaryScreen->resize(item == "unknown" ? 10'001 : 100,
+  made.customization->components->secondaryScreen->resize(item == "unknown" ? 40'001 : 100,
                                                           components(item).front());
   return written(made);
 }
@@ -116,7 +116,7 @@ TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
   ASSERT_TRUE(missing && missing->domain() == "TalvoConsentSDK" && missing->code() == -5);
   EXPECT_THAT(missing->userInfo(), ElementsAre(Pair("NSLocalizedDescription", missing->what())));
   for (const std::string& item : tooLong)
-    EXPECT_EQ(show(*client), first + "The banner would draw more than 1 MB of text on main") << item;
+    EXPECT_EQ(show(*client), first + "The banner would draw more than 4 MB of text on main") << item;
   EXPECT_EQ(show(*client), second + "HTTP error 500: 500 on main");
   EXPECT_THAT(show(*client), StartsWith(second + "Failed to decode response: Type mismatch: "));
   EXPECT_EQ(show(*client), fetched + " HTTP error 500: 500 on main");

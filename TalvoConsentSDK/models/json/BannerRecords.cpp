@@ -157,11 +157,8 @@ struct Fields<BannerCustomization> {
 
 }  // namespace json
 
-template Result<SiteConfiguration> JSONDecoder::decode(std::string_view) const;
-template Result<BannerCustomization> JSONDecoder::decode(std::string_view) const;
-template Result<BannerCustomization::CategoryItem> JSONDecoder::decode(std::string_view) const;
-template Result<std::string> JSONEncoder::encode(const SiteConfiguration&) const;
-template Result<std::string> JSONEncoder::encode(const BannerCustomization&) const;
-template Result<std::string> JSONEncoder::encode(const BannerCustomization::CategoryItem&) const;
+template const json::Coding& json::codingOf<SiteConfiguration>();
+template const json::Coding& json::codingOf<BannerCustomization>();
+template const json::Coding& json::codingOf<BannerCustomization::CategoryItem>();
 
 }  // namespace TalvoConsentSDK

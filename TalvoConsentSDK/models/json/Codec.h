@@ -125,20 +125,9 @@ struct Codec<T> {
   static void write(Writer& writer, T value) { writer.string(rawValue(value)); }
 };
 
+template <class T>
+const Coding& codingOf() {
+  return coding<T>;
+}
+
 }  // namespace TalvoConsentSDK::json
-
-namespace TalvoConsentSDK {
-
-template <class T>
-Result<T> JSONDecoder::decode(std::string_view text) const {
-  T value{};
-  if (auto error = json::decode(text, &value, json::coding<T>)) return *std::move(error);
-  return value;
-}
-
-template <class T>
-Result<std::string> JSONEncoder::encode(const T& value) const {
-  return json::encode(&value, json::coding<T>);
-}
-
-}  // namespace TalvoConsentSDK

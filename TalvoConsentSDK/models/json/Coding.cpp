@@ -54,13 +54,13 @@ void refuse(Type type, Type found, const Path& path) {
   throw CodingError(CodingError::Kind::typeMismatch, path.text(), expected + std::string(name(found)));
 }
 
-std::optional<CodingError> decode(std::string_view text, void* value, const Coding& coding) {
+Result<void> decode(std::string_view text, void* value, const Coding& coding) {
   try {
     if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
     const Document document(text);
     MemoryBudget budget(text.size());
     coding.read(document.root(), Path(budget), value);
-    return std::nullopt;
+    return {};
   } catch (const CodingError& error) {
     return error;
   }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "TalvoConsentSDK/models/CodingError.h"
+#include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/json/JSONNode.h"
 #include "TalvoConsentSDK/models/json/JSONWriter.h"
 #include "TalvoConsentSDK/platform/Result.h"
@@ -99,9 +100,5 @@ inline constexpr Coding coding = {readAs<T>, writeAs<T>, nullptr};
 template <class T>
 inline constexpr Coding coding<std::optional<T>> = {readAs<std::optional<T>>, writeAs<std::optional<T>>,
                                                     isAbsentAs<std::optional<T>>};
-
-/// A whole document into a new value, or why not.
-std::optional<CodingError> decode(std::string_view text, void* value, const Coding& coding);
-Result<std::string> encode(const void* value, const Coding& coding);
 
 }  // namespace TalvoConsentSDK::json

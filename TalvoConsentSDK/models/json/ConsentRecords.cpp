@@ -83,22 +83,13 @@ struct Fields<ConsentResponse> {
 
 }  // namespace json
 
-template Result<ConsentValue> JSONDecoder::decode(std::string_view) const;
-template Result<ConsentCategory> JSONDecoder::decode(std::string_view) const;
-template Result<ConsentStatus> JSONDecoder::decode(std::string_view) const;
-template Result<BasicConsent> JSONDecoder::decode(std::string_view) const;
-template Result<ConsentDataAnalytics> JSONDecoder::decode(std::string_view) const;
-template Result<FullConsent> JSONDecoder::decode(std::string_view) const;
-template Result<std::optional<FullConsent>> JSONDecoder::decode(std::string_view) const;
-template Result<ConsentResponse> JSONDecoder::decode(std::string_view) const;
-
-template Result<std::string> JSONEncoder::encode(const ConsentValue&) const;
-template Result<std::string> JSONEncoder::encode(const ConsentCategory&) const;
-template Result<std::string> JSONEncoder::encode(const ConsentStatus&) const;
-template Result<std::string> JSONEncoder::encode(const BasicConsent&) const;
-template Result<std::string> JSONEncoder::encode(const ConsentDataAnalytics&) const;
-template Result<std::string> JSONEncoder::encode(const FullConsent&) const;
-template Result<std::string> JSONEncoder::encode(const std::optional<FullConsent>&) const;
-template Result<std::string> JSONEncoder::encode(const ConsentResponse&) const;
+template const json::Coding& json::codingOf<ConsentValue>();
+template const json::Coding& json::codingOf<ConsentCategory>();
+template const json::Coding& json::codingOf<ConsentStatus>();
+template const json::Coding& json::codingOf<BasicConsent>();
+template const json::Coding& json::codingOf<ConsentDataAnalytics>();
+template const json::Coding& json::codingOf<FullConsent>();
+template const json::Coding& json::codingOf<std::optional<FullConsent>>();
+template const json::Coding& json::codingOf<ConsentResponse>();
 
 }  // namespace TalvoConsentSDK

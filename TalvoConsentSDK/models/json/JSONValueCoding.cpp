@@ -66,8 +66,7 @@ struct Codec<JSONValue> {
 
 }  // namespace json
 
-template Result<JSONValue> JSONDecoder::decode(std::string_view) const;
-template Result<std::string> JSONEncoder::encode(const JSONValue&) const;
-template Result<std::string> JSONEncoder::encode(const JSONObject&) const;
+template const json::Coding& json::codingOf<JSONValue>();
+template const json::Coding& json::codingOf<JSONObject>();
 
 }  // namespace TalvoConsentSDK

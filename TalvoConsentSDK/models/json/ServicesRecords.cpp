@@ -49,7 +49,6 @@ struct Fields<Services> {
 
 }  // namespace json
 
-template Result<Services> JSONDecoder::decode(std::string_view) const;
-template Result<std::string> JSONEncoder::encode(const Services&) const;
+template const json::Coding& json::codingOf<Services>();
 
 }  // namespace TalvoConsentSDK
