@@ -77,6 +77,9 @@ function(talvo_add_library target alias)
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
         LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
+        # What phones' stores ask for; scripts/check-libraries looks at the result. Pages may have 16 KB there.
+        LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
+        $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>
         $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>
         $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=safe>)
     endif()
