@@ -2,10 +2,12 @@
 # project being developed rather than a dependency of another.
 
 include(GNUInstallDirs)
+include(TalvoPrivacy)
 
 # The tree is installed as it is, below a folder of its own: `#include "adapters/qt/QtPlatform.h"` reads the same
 # in this tree and in a host, and two major versions can stand side by side.
 set(TALVO_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/TalvoConsentSDK-${PROJECT_VERSION_MAJOR})
+set(TALVO_INSTALL_PRIVACYDIR ${CMAKE_INSTALL_DATADIR}/TalvoConsentSDK-${PROJECT_VERSION_MAJOR}/privacy)
 set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 
 if(BUILD_SHARED_LIBS)
@@ -75,6 +77,9 @@ function(talvo_add_library target alias)
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
         LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
+        # What phones' stores ask for; scripts/check-libraries looks at the result. Pages may have 16 KB there.
+        LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
+        $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>
         $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>
         $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=safe>)
     endif()
@@ -82,10 +87,10 @@ function(talvo_add_library target alias)
 endfunction()
 
 # talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
-#               [DESCRIPTION text]): installs a library, those of its headers that are public, its part of the CMake
-# package and its pkg-config file.
+#               [DESCRIPTION text] [ACCESSES categories...] [COLLECTS data types...]): installs a library, those of its
+# headers that are public, its part of the CMake package, its pkg-config file and its privacy manifest.
 function(talvo_install target component)
-  cmake_parse_arguments(PARSE_ARGV 2 PART "" "DESCRIPTION" "HEADERS;REQUIRES;REQUIRES_PRIVATE")
+  cmake_parse_arguments(PARSE_ARGV 2 PART "" "DESCRIPTION" "HEADERS;REQUIRES;REQUIRES_PRIVATE;ACCESSES;COLLECTS")
   if(NOT TALVO_INSTALL)
     return()
   endif()
@@ -98,6 +103,10 @@ function(talvo_install target component)
     get_filename_component(folder ${path} DIRECTORY)
     install(FILES ${header} DESTINATION ${TALVO_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)
   endforeach()
+
+  set(manifest ${PROJECT_BINARY_DIR}/privacy/${target}/PrivacyInfo.xcprivacy)
+  talvo_privacy_manifest(${manifest} ACCESSES ${PART_ACCESSES} COLLECTS ${PART_COLLECTS})
+  install(FILES ${manifest} DESTINATION ${TALVO_INSTALL_PRIVACYDIR}/${target} COMPONENT development)
 
   string(JOIN ", " requires ${PART_REQUIRES})
   string(JOIN ", " requires_private ${PART_REQUIRES_PRIVATE})

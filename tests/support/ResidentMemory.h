@@ -24,9 +24,11 @@ inline long residentMemory(const char* which = "VmRSS:", const std::string& proc
   return 0;
 }
 
-/// What there is, with nothing kept for later.
+/// What there is, with nothing kept for later where the C library can be told so.
 inline long startOfPeak() {
+#ifdef __GLIBC__
   malloc_trim(0);
+#endif
   std::ofstream("/proc/self/clear_refs") << 5;
   return residentMemory();
 }

@@ -1,0 +1,12 @@
+#include <cstdio>
+
+#include "bindings/c/talvo_consent.h"
+
+int main() {
+  talvo_install("consent.sqlite", nullptr, nullptr);
+  talvo_cookies* const sdk = talvo_cookies_create("https://consent.example.com", "my-site");
+  const auto say = [](void* text) { std::puts(static_cast<const char*>(text)); };
+  char decided[] = "decided";
+  const talvo_banner_callbacks callbacks{say, say, say, nullptr, decided, nullptr};
+  talvo_cookies_show_banner(sdk, &callbacks);
+}

@@ -1,0 +1,5 @@
+#include "App.h"
+
+TalvoConsentSDK::Platform chosenPlatform() {
+  return {};
+}

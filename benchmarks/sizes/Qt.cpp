@@ -1,0 +1,7 @@
+#include "adapters/qt/QtPlatform.h"
+
+#include "App.h"
+
+TalvoConsentSDK::Platform chosenPlatform() {
+  return TalvoConsentSDK::makeQtPlatform("consent.sqlite");
+}
