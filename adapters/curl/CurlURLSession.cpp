@@ -41,7 +41,7 @@ CurlRules rulesFor(const CurlOptions& options) {
   initialiseCurl();
   CurlRules rules;
   rules.allowsPlainHTTP = options.allowsPlainHTTP;
-  rules.largestReply = options.largestReply;
+  rules.largestReply = std::min(options.largestReply, std::string().max_size());  // a body is one text
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
   const char* system = nullptr;
   curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);
