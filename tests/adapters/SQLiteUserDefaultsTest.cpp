@@ -46,9 +46,14 @@ void write(const fs::path& file, const std::string& content) {
   std::ofstream(file, std::ios::binary) << content;
 }
 
+// As patient as a busy machine needs where many threads and processes take turns.
+std::shared_ptr<UserDefaults> openPatiently(const fs::path& file) {
+  return std::make_shared<SQLiteUserDefaults>(file, std::chrono::minutes(1));
+}
+
 struct InSQLite {
   TemporaryFolder folder;
-  std::shared_ptr<UserDefaults> open() { return std::make_shared<SQLiteUserDefaults>(folder.file()); }
+  std::shared_ptr<UserDefaults> open() { return openPatiently(folder.file()); }
   static int kills() { return repetitions("TALVO_TEST_KILLS", 50); }
   static int saves() { return repetitions("TALVO_TEST_SAVES", 10); }
   ~InSQLite() {
@@ -63,7 +68,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, DurabilityConformance, InSQLite);
 struct InDamagedSQLite {
   TemporaryFolder folder;
   InDamagedSQLite() { write(folder.file(), std::string(20'000, 'x')); }
-  std::shared_ptr<UserDefaults> open() { return std::make_shared<SQLiteUserDefaults>(folder.file()); }
+  std::shared_ptr<UserDefaults> open() { return openPatiently(folder.file()); }
   static int saves() { return InSQLite::saves(); }
   ~InDamagedSQLite() {
     EXPECT_EQ(contentOf(folder.file().string() + ".damaged-1").size(), 20'000u);
