@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "TalvoConsentSDK/platform/Deadline.h"
+
 namespace TalvoConsentSDK {
 
 namespace {
@@ -11,7 +13,7 @@ thread_local std::optional<std::chrono::steady_clock::time_point> current;
 }  // namespace
 
 StoreDeadline::StoreDeadline(std::chrono::milliseconds limit) : outer_(current) {
-  const auto deadline = std::chrono::steady_clock::now() + limit;
+  const auto deadline = deadlineAfter(limit);
   current = outer_ ? std::min(*outer_, deadline) : deadline;
 }
 
@@ -23,7 +25,7 @@ std::chrono::milliseconds StoreDeadline::remaining(std::chrono::milliseconds oth
   if (!current) return otherwise;
   const auto left =
       std::chrono::duration_cast<std::chrono::milliseconds>(*current - std::chrono::steady_clock::now());
-  return std::clamp(left, std::chrono::milliseconds(0), otherwise);
+  return std::max(std::chrono::milliseconds(0), std::min(left, otherwise));
 }
 
 }  // namespace TalvoConsentSDK

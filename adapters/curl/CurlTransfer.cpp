@@ -406,7 +406,7 @@ bool CurlTransfer::isCompressedTooWell(std::size_t size, std::size_t uncounted) 
   if (size <= alwaysDecompressed) return false;
   curl_off_t received = 0;
   curl_easy_getinfo(handle(), CURLINFO_SIZE_DOWNLOAD_T, &received);
-  return size > maxDecompression * (static_cast<std::size_t>(received) + uncounted);
+  return size > maxDecompression * (static_cast<std::uint64_t>(received) + uncounted);
 }
 
 std::size_t CurlTransfer::receiveHeader(std::string_view line) {

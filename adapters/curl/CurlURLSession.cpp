@@ -5,6 +5,7 @@
 #include <chrono>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <mutex>
 #include <new>
 #include <string>
@@ -22,6 +23,9 @@
 namespace TalvoConsentSDK {
 
 namespace {
+
+// No text may be larger than half of all addresses, and while a body becomes one it stands there twice.
+constexpr std::size_t maxReply = std::numeric_limits<std::ptrdiff_t>::max() / 2;
 
 void initialiseCurl() {
   static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -41,7 +45,7 @@ CurlRules rulesFor(const CurlOptions& options) {
   initialiseCurl();
   CurlRules rules;
   rules.allowsPlainHTTP = options.allowsPlainHTTP;
-  rules.largestReply = options.largestReply;
+  rules.largestReply = std::min(options.largestReply, maxReply);
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
   const char* system = nullptr;
   curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);

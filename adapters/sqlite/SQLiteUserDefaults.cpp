@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "TalvoConsentSDK/platform/Deadline.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/StoreDeadline.h"
 
@@ -71,7 +72,7 @@ struct SQLiteUserDefaults::Access {
 // Damage counts only when a fresh connection finds it, too, while nobody else can set the file aside: others
 // may have done so already.
 void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
-  const StoreWaitEnd end = std::chrono::steady_clock::now() + StoreDeadline::remaining(busyTimeout);
+  const StoreWaitEnd end = deadlineAfter(StoreDeadline::remaining(busyTimeout));
   SetAsideNotice notice;  // given once the lock is free: the printer is the host's
   const std::unique_lock guard(lock, end);
   if (!guard) throw storeFailure(SQLITE_BUSY);

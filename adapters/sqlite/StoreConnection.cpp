@@ -1,6 +1,7 @@
 #include "adapters/sqlite/StoreConnection.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <set>
 #include <system_error>
@@ -89,10 +90,12 @@ class OpenFile {
     return size;
   }
 
-  std::string content() const {
-    std::string bytes(static_cast<std::size_t>(size()), '\0');
-    if (!bytes.empty()) check(file_->pMethods->xRead(file_, bytes.data(), static_cast<int>(bytes.size()), 0));
-    return bytes;
+  // False where the file ends before.
+  template <std::size_t count>
+  bool read(std::int64_t at, std::array<unsigned char, count>& bytes) const {
+    const int code = file_ ? file_->pMethods->xRead(file_, bytes.data(), count, at) : SQLITE_IOERR_SHORT_READ;
+    if (code != SQLITE_IOERR_SHORT_READ) check(code);
+    return code == SQLITE_OK;
   }
 
  private:
@@ -104,14 +107,19 @@ class OpenFile {
 };
 
 // The pages that stand in the write-ahead log, as its file format has it: a header of 32 bytes, and before
-// each page one of 24 that begins with the page's number. Both hold the same salt, unless the page is of old.
-std::set<std::int64_t> pagesIn(const std::string& log, std::size_t pageSize) {
+// each page one of 24 that begins with the page's number. Both hold the same salt; from the first page on
+// that has another one, what follows is of old.
+std::set<std::int64_t> pagesIn(const OpenFile& log, std::int64_t pageSize) {
   std::set<std::int64_t> pages;
-  for (std::size_t at = 32; at + 24 + pageSize <= log.size(); at += 24 + pageSize) {
+  std::array<unsigned char, 32> head{};
+  std::array<unsigned char, 24> frame{};
+  if (!log.read(0, head)) return pages;
+  const std::int64_t last = log.size() - pageSize - std::ssize(frame);
+  for (std::int64_t at = head.size(); at <= last && log.read(at, frame); at += std::ssize(frame) + pageSize) {
+    if (!std::equal(&frame[8], &frame[16], &head[16])) break;
     std::int64_t page = 0;
-    for (std::size_t byte = at; byte < at + 4; ++byte)
-      page = page << 8 | static_cast<unsigned char>(log[byte]);
-    if (log.compare(at + 8, 8, log, 16, 8) == 0) pages.insert(page);
+    for (std::size_t byte = 0; byte < 4; ++byte) page = page << 8 | frame[byte];
+    pages.insert(page);
   }
   return pages;
 }
@@ -126,8 +134,7 @@ void requireAllPages(const SQLiteHandle& connection) {
   const std::int64_t size = number(connection, "PRAGMA page_size");
   const std::int64_t whole = OpenFile(connection, SQLITE_FCNTL_FILE_POINTER).size() / size;
   if (whole < count) {
-    const auto logged =
-        pagesIn(OpenFile(connection, SQLITE_FCNTL_JOURNAL_POINTER).content(), static_cast<std::size_t>(size));
+    const auto logged = pagesIn(OpenFile(connection, SQLITE_FCNTL_JOURNAL_POINTER), size);
     for (std::int64_t page = whole + 1; page <= count; ++page) {
       if (!logged.contains(page)) throw storeFailure(SQLITE_CORRUPT);
     }
@@ -169,9 +176,7 @@ void createTable(const SQLiteHandle& connection) {
 
 // SQLite throws away a log beside an empty file, though it may hold what was saved last.
 void requireFileOfLog(const fs::path& file) {
-  std::error_code isMissing;
-  const auto logSize = fs::file_size(fs::path(file) += "-wal", isMissing);
-  if (!isMissing && logSize > 0 && fs::is_empty(file, isMissing)) throw storeFailure(SQLITE_CORRUPT);
+  if (sizeOf(fs::path(file) += "-wal") > 0 && sizeOf(file) == 0) throw storeFailure(SQLITE_CORRUPT);
 }
 
 SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
@@ -314,8 +319,7 @@ bool StoreConnection::fileIsInPlace() const {
 
 bool StoreConnection::bringLogHome() {
   abandon();
-  std::error_code isMissing;
-  const bool hasNewLog = fs::file_size(log(), isMissing) > 0 && !isMissing;
+  const bool hasNewLog = sizeOf(log()) > 0;
   if (!fileIsInPlace() || hasNewLog) return false;
   if (number(handle_, "PRAGMA wal_checkpoint(FULL)") != 0) throw storeFailure(SQLITE_BUSY);
   return true;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <mutex>
 #include <string>
 #include <system_error>
@@ -32,17 +33,24 @@ fs::path sibling(const fs::path& file, const char* suffix) {
   throw storeFailure(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN) + (": " + text));
 }
 
+// With words of 32 bits, the standard library's function overlooks a link whose number or time has more.
+std::optional<fs::path> linkTarget(const fs::path& path) {
+  std::array<char, PATH_MAX> target{};
+  const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
+  if (size < 0) return std::nullopt;
+  return fs::path(target.data(), target.data() + size);
+}
+
 fs::path withoutLinks(const fs::path& path, int& linksLeft) {
   if (!path.has_relative_path()) return path;
   const fs::path folder = withoutLinks(path.parent_path(), linksLeft);
   const fs::path name = path.filename();
   if (name == "..") return folder.parent_path();
   if (name.empty() || name == ".") return folder;
-  std::error_code isNoLink;
-  const fs::path target = fs::read_symlink(folder / name, isNoLink);
-  if (isNoLink) return folder / name;
+  const auto target = linkTarget(folder / name);
+  if (!target) return folder / name;
   if (--linksLeft < 0) cannotOpen(ELOOP);
-  return withoutLinks(folder / target, linksLeft);
+  return withoutLinks(folder / *target, linksLeft);
 }
 
 bool isTaken(const fs::path& path) {
@@ -88,6 +96,12 @@ FileIdentity identityOf(const fs::path& file) {
   struct stat status{};
   if (::stat(file.c_str(), &status) != 0) return std::nullopt;
   return std::pair(status.st_dev, status.st_ino);
+}
+
+std::optional<std::int64_t> sizeOf(const fs::path& file) {
+  struct stat status{};
+  if (::stat(file.c_str(), &status) != 0) return std::nullopt;
+  return status.st_size;
 }
 
 FolderLock::FolderLock(const fs::path& folder, Kind kind, StoreWaitEnd end)

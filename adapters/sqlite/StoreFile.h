@@ -5,6 +5,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <utility>
@@ -27,10 +28,12 @@ void makeFolder(const std::filesystem::path& folder);
 /// files.
 void makeOwnersFile(const std::filesystem::path& file);
 
-/// Which files stand at the store's path: the file itself, its write-ahead log and the log's index, each as
 /// Which file stands at a path, as device and inode; nothing when none does or it cannot be looked at.
 using FileIdentity = std::optional<std::pair<dev_t, ino_t>>;
 FileIdentity identityOf(const std::filesystem::path& file);
+
+/// In bytes; nothing, which is less than any size, where there is no file or it cannot be looked at.
+std::optional<std::int64_t> sizeOf(const std::filesystem::path& file);
 
 /// Keeps processes and threads that open or close a store in a folder (shared) apart from one that sets a
 /// store of that folder aside (exclusive). It leaves no file behind and ends with its process.

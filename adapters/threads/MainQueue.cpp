@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "TalvoConsentSDK/platform/Deadline.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
 namespace TalvoConsentSDK {
@@ -36,7 +37,7 @@ std::size_t MainQueue::drain() {
 
 bool MainQueue::wait(std::chrono::milliseconds limit) {
   std::unique_lock guard(lock_);
-  return changed_.wait_for(guard, limit, [this] { return !jobs_.empty(); });
+  return changed_.wait_until(guard, deadlineAfter(limit), [this] { return !jobs_.empty(); });
 }
 
 }  // namespace TalvoConsentSDK

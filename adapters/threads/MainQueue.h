@@ -29,7 +29,7 @@ class MainQueue : public Executor {
   /// own may call it: the jobs behind it then run in their order.
   std::size_t drain();
 
-  /// Waits until there is something to drain, at most `limit`; tells whether there is.
+  /// Waits until there is something to drain, at most `limit` or a year; tells whether there is.
   bool wait(std::chrono::milliseconds limit);
 
  private:

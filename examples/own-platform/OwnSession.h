@@ -3,8 +3,11 @@
 // The host's own HTTP: one blocking socket a request, plain http to the loopback host only. A session for
 // real use would follow redirects, too.
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <ctime>
 #include <memory>
 #include <string>
 
@@ -46,7 +49,10 @@ class OwnSession : public URLSession {
         connect(peer, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
       return failure("The service cannot be reached");
     }
-    const timeval patience{request.timeout.count() / 1000, 0};
+    using std::chrono::seconds;
+    const auto limit = std::clamp(std::chrono::ceil<seconds>(request.timeout), seconds(1), seconds(86'400));
+    timeval patience{};
+    patience.tv_sec = static_cast<std::time_t>(limit.count());
     setsockopt(peer, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
 
     std::string sent = request.method + " " + url.substr(path) + " HTTP/1.0\r\n";

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <limits>
 #include <thread>
 
 #include <sys/resource.h>
@@ -316,6 +317,33 @@ TEST(CurlURLSession, ReportsAClosedSessionToWhatIsInFlight) {
                 last.completion([session = std::move(session)]() mutable { session.reset(); }));
   EXPECT_EQ(codeOf(last.wait(1).front().first), 0);
   check(21);
+}
+
+TEST(CurlURLSession, CountsBytesAndTimeBeyond32Bits) {
+  LoopbackServer server([](const Received& request, Connection& connection) {
+    const std::string length = request.target.substr(1);
+    connection.play(R"("HTTP/1.1 200 OK\nContent-Length: )" + length + R"(\n\n" "x"*)" +
+                    (length.size() < 10 ? length : "1") + " close");
+  });
+  const struct {
+    const char *method, *length;
+    std::size_t largest;
+    int code;
+  } cases[] = {
+      {"GET", "4294967297", 64U << 20U, 63},
+      {"HEAD", "4294967297", 64U << 20U, 0},
+      {"GET", "9223372036854775807", std::numeric_limits<std::size_t>::max(), 63},
+      {"GET", "90000000", 128U << 20U, 0},
+  };
+  for (const auto& [method, length, largest, code] : cases) {
+    CurlOptions options;
+    options.largestReply = largest;
+    CurlURLSession session(options);
+    auto request = makeRequest(method, server.url(std::string("/") + length));
+    request.timeout = std::chrono::milliseconds::max();
+    const auto outcome = await(session, request);
+    EXPECT_EQ(codeOf(outcome), code) << length << " " << failure(outcome);
+  }
 }
 
 TEST(CurlURLSession, IsNotMadeWhereItCouldNotWork) {

@@ -102,7 +102,7 @@ TEST(ParkedThreadTest, LeavesTheSignalsAsTheyWereWhereNoThreadCanStart) {
   pthread_attr_t usual;
   pthread_getattr_default_np(&usual);
   pthread_attr_t huge = usual;
-  pthread_attr_setstacksize(&huge, std::size_t{1} << 46U);
+  pthread_attr_setstacksize(&huge, ~std::size_t{0} / 4 * 3);
   pthread_setattr_default_np(&huge);
   EXPECT_THROW(ParkedThread([](const auto&) {}, [] {}), std::system_error);
   pthread_setattr_default_np(&usual);

@@ -6,6 +6,7 @@
 #include <any>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -74,7 +75,9 @@ class ElementMemory {
  private:
   using Key = std::pair<ElementId, std::type_index>;
   struct KeyHash {
-    std::size_t operator()(const Key& key) const { return key.first ^ key.second.hash_code(); }
+    std::size_t operator()(const Key& key) const {
+      return std::hash<ElementId>()(key.first) ^ key.second.hash_code();
+    }
   };
 
   std::unordered_map<Key, std::any, KeyHash> values_;
