@@ -1,5 +1,6 @@
 #include "TalvoConsentSDK/models/ServicesByCategory.h"
 
+#include <map>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -8,11 +9,11 @@ namespace TalvoConsentSDK {
 
 ServicesByCategory::ServicesByCategory(Services catalogue) : services_(std::move(catalogue)) {
   if (!services_.libraries) return;
-  std::set<std::pair<std::string, std::string_view>> seen;
+  std::map<std::string, std::set<std::string_view>> seen;
   for (const Services::Service& service : *services_.libraries) {
     if (!service.category || !service.vendor) continue;
-    const auto [entry, isNew] = seen.emplace(normalizedCategoryKey(*service.category), *service.vendor);
-    if (isNew) servicesByCategory_[entry->first].push_back(*service.vendor);
+    const std::string key = normalizedCategoryKey(*service.category);
+    if (seen[key].insert(*service.vendor).second) servicesByCategory_[key].push_back(*service.vendor);
   }
 }
 
