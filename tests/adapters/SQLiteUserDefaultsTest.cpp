@@ -1,4 +1,4 @@
-// The store on SQLite: several processes, processes that are killed, damage and bad disks.
+// The store on SQLite: several processes, processes that are killed, files that others move or remove.
 
 #include <chrono>
 #include <csignal>
@@ -6,7 +6,6 @@
 #include <thread>
 
 #include <fcntl.h>
-#include <sqlite3.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -16,35 +15,14 @@
 
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
-#include "testing/ChildProcess.h"
 #include "testing/DurabilityConformance.h"
 #include "testing/SharingConformance.h"
 #include "testing/UserDefaultsConformance.h"
+#include "tests/adapters/SQLiteTest.h"
 #include "tests/support/Repetitions.h"
-#include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
 namespace {
-
-namespace fs = std::filesystem;
-
-class TemporaryFolder {
- public:
-  TemporaryFolder() : path_(::mkdtemp(pattern_.data())) {}
-  ~TemporaryFolder() { fs::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-
-  fs::path file() const { return path_ / "app" / "store.db"; }
-
- private:
-  std::string pattern_ = (fs::temp_directory_path() / "store-XXXXXX").string();
-  fs::path path_;
-};
-
-void write(const fs::path& file, const std::string& content) {
-  fs::create_directories(file.parent_path());
-  std::ofstream(file, std::ios::binary) << content;
-}
 
 // As patient as a busy machine needs where many threads and processes take turns.
 std::shared_ptr<UserDefaults> openPatiently(const fs::path& file) {
@@ -77,39 +55,6 @@ struct InDamagedSQLite {
 };
 using Shared = ::testing::Types<InSQLite, InDamagedSQLite>;
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, SharingConformance, Shared);
-
-// Another program at work on the same file.
-class OtherConnection {
- public:
-  explicit OtherConnection(const fs::path& file) { sqlite3_open(file.c_str(), &connection_); }
-  ~OtherConnection() { sqlite3_close(connection_); }
-  OtherConnection(const OtherConnection&) = delete;
-
-  void execute(const char* sql) {
-    ASSERT_EQ(sqlite3_exec(connection_, sql, nullptr, nullptr, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(connection_);
-  }
-
- private:
-  sqlite3* connection_ = nullptr;
-};
-
-int inAChild(const std::function<void()>& work) {
-  return ChildProcess([&](const ProcessChannel&) { work(); }).wait();
-}
-
-class SQLiteUserDefaultsTest : public ::testing::Test {
- protected:
-  SQLiteUserDefaultsTest() {
-    Platform platform;
-    platform.printer = printer;
-    Platform::install(platform);
-  }
-
-  TemporaryFolder folder;
-  fs::path file = folder.file();
-  std::shared_ptr<CapturingPrinter> printer = std::make_shared<CapturingPrinter>();
-};
 
 TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
   {
@@ -331,176 +276,6 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   write(file, std::string(20'000, 'z'));
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt);
   EXPECT_THAT(printer->take(), ElementsAre(EndsWith("store.db.damaged-3")));
-}
-
-const std::string key = "com.talvo.consent.basicConsent.s";
-const std::string old = R"({"marketing":true,"id":"old"})", inJournal = R"({"marketing":true,"id":"new"})";
-const Data filler(std::string(900, 'x'));
-const Texts others = words("a1 a2 a3 a4 a5 a6 z1 z2 z3 z4 z5 z6");
-
-template <class T>
-std::string told(const Result<T>& outcome) {
-  if (outcome) return "saved";
-  const auto* error = outcome.error().template as<PlatformError>();
-  return "error " + std::to_string(error->code() & 0xFF) + " " + error->what();
-}
-
-// The table is tests/golden/store/faults.txt, whose head says how to read it.
-class StoreFaultsTest : public SQLiteUserDefaultsTest {
- protected:
-  StoreFaultsTest() {
-    {
-      SQLiteUserDefaults store(file);
-      store.set(key, Data(old)).value();
-      for (const std::string& each : others) store.set(each, filler).value();
-    }
-    sound = contentOf(file);
-    SQLiteUserDefaults store(file);
-    store.set(key, Data(inJournal)).value();
-    for (const char* each : {"a3", "z3"}) store.set(each, filler).value();
-    journal = contentOf(file.string() + "-wal");
-  }
-
-  void begin(const std::string& fault) {
-    fs::remove_all(parent);
-    write(file, sound);
-    for (const std::string& step : split(fault, ',')) {
-      const Texts parts = words(step);
-      const std::string &verb = parts.front(), &object = parts.back();
-      const std::string sql = step.substr(std::min(step.size(), verb.size() + 1));
-      if (verb == "text") write(file, std::string(std::stoul(object), 'x'));
-      if (verb == "fill") write(file, sound.substr(0, std::stoul(object)) + std::string(20'000, '\x7F'));
-      if (verb == "cut") fs::resize_file(file, std::stoul(object));
-      if (verb == "journal") write(journalFile, journal);
-      if (verb == "journal-cut") fs::resize_file(journalFile, std::stoul(object));
-      if (verb == "sql") OtherConnection(file).execute(sql.c_str());
-      if (verb == "lock") (other = std::make_unique<OtherConnection>(file))->execute(sql.c_str());
-      if (verb == "file" || verb == "directory") fs::remove_all(parent);
-      if (verb == "file") write(parent, "x");
-      if (verb == "directory") fs::create_directories(file / "x");
-      if (verb == "mode")
-        fs::permissions(object == "file" ? file : parent, fs::perms(std::stoi(parts[1], nullptr, 8)));
-      if (verb == "become") becomeOrdinary();
-      if (verb == "full") limitFiles(std::stoul(object));
-    }
-    isReplaced = fault == "file" || fault == "directory" || fault.ends_with("user_version = 2");
-    std::error_code hidden;
-    damaged = fs::is_regular_file(file, hidden) ? contentOf(file) : "";
-    damagedJournal = contentOf(journalFile);
-  }
-
-  // The way back for what can be undone; damage cannot.
-  void end() {
-    other.reset();
-    limitFiles(RLIM_INFINITY);
-    ASSERT_EQ(::setresuid(user, user, user), 0);
-    if (std::exchange(isReplaced, false)) fs::remove_all(parent), write(file, sound);
-    fs::permissions(parent, fs::perms(0700));
-    fs::permissions(file, fs::perms(0600));
-  }
-
-  // Root may read and write everything.
-  void becomeOrdinary() {
-    if (user != 0) return;
-    constexpr uid_t nobody = 65534;
-    for (const fs::path& each : {parent.parent_path(), parent, file})
-      ASSERT_EQ(::chown(each.c_str(), nobody, nobody), 0);
-    ASSERT_EQ(::setresuid(nobody, nobody, 0), 0);
-  }
-
-  static void limitFiles(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = std::min(bytes, limit.rlim_max);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-
-  // What the store gives, and that no value is lost: each is there, or in a file set aside.
-  std::string reading(SQLiteUserDefaults& store, bool isEmpty) {
-    const auto value = store.data(key);
-    if (!value) return told(value);
-    for (const std::string& each : others) {
-      const auto there = store.data(each);
-      EXPECT_TRUE(isEmpty || !there || *there == filler || fs::exists(aside)) << each;
-    }
-    if (fs::exists(aside)) {
-      EXPECT_TRUE(contentOf(aside) == damaged && contentOf(aside + "-wal") == damagedJournal);
-      EXPECT_THAT(printer->take(),
-                  ElementsAre("⚠️ The consent store was damaged and has been set aside as: " + aside));
-      return "aside";
-    }
-    return *value ? (*value)->bytes : "none";
-  }
-
-  void holdsInAStore(const std::string& fault, const std::string& read, const std::string& save) {
-    begin(fault);
-    SQLiteUserDefaults store(file, std::chrono::milliseconds(20));
-    const std::string seen = reading(store, read == "none");
-    const bool isKept = seen == old || seen == inJournal || seen == "aside";
-    EXPECT_TRUE(read == "kept" ? isKept : seen.starts_with(read == "old" ? old : read)) << seen;
-
-    const Data large(std::string(300'000, 'n'));
-    EXPECT_THAT(told(store.set(key, large)), StartsWith(save));
-    EXPECT_THAT(told(store.replace(key, Data(old), large)), StartsWith(save));
-    EXPECT_THAT(told(store.commit({{"a1", Data("changed")}, {key, large}})), StartsWith(save));
-    EXPECT_TRUE(fault.starts_with("full") || told(store.remove("nothing")).starts_with(save));
-    EXPECT_TRUE(save == "saved" || damaged.empty() || contentOf(file) == damaged);
-    end();
-    EXPECT_TRUE(store.data(key).value() == (save == "saved" ? large : Data(old)));
-    EXPECT_TRUE(store.data("a1").value() == (save == "saved" ? Data("changed") : filler));
-    EXPECT_TRUE(store.replace(key, store.data(key).value(), Data("last")).value());
-    EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data("last"));
-    EXPECT_THAT(printer->take(), IsEmpty());
-  }
-
-  void holdsInAClient(const std::string& fault) {
-    begin(fault);
-    MemoryPlatform platform;
-    platform.userDefaults = std::make_shared<FailingUserDefaults>(
-        std::make_shared<SQLiteUserDefaults>(file, std::chrono::milliseconds(20)));
-    const std::string root = "https://service.example/public/";
-    platform.session->answer("GET", root + "cookies/s/configurations", 200, "{}");
-    for (const char* method : {"POST", "PUT"})
-      platform.session->answer(method, root + "cookie-consent/s", 200, R"({"id":"c"})");
-    platform.install();
-    const auto client = CookiesSDK::createInstance("https://service.example/", "s");
-    int sent = 0;
-    for (const char* consent : {R"({"marketing":true})", R"({"marketing":false})"}) {
-      platform.settle();
-      client->submitConsent(parsed<BasicConsent>(consent),
-                            [&](const auto& reply) { sent += reply.has_value(); });
-      platform.settle();
-      end();
-    }
-    EXPECT_EQ(sent, 2);
-    EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data(R"({"marketing":false})"));
-  }
-
-  const uid_t user = ::getuid();
-  const fs::path parent = file.parent_path(), journalFile = file.string() + "-wal";
-  const std::string aside = file.string() + ".damaged-1";
-  std::string sound, journal, damaged, damagedJournal;
-  bool isReplaced = false;
-  std::unique_ptr<OtherConnection> other;
-};
-
-TEST_F(StoreFaultsTest, LeaveTheOldValueOrTheFileAndGoOn) {
-  const auto holds = [&](const std::string& fault, const std::string& read, const std::string& save) {
-    SCOPED_TRACE(fault);
-    EXPECT_EQ(inAChild([&] { holdsInAStore(fault, read, save); }), 0);
-    EXPECT_EQ(inAChild([&] { holdsInAClient(fault); }), 0);
-  };
-  for (const auto& [name, fault, read, save] : tableOf<4>("store/faults.txt")) {
-    SCOPED_TRACE(name);
-    if (!fault.ends_with("*")) {
-      holds(fault, read, save);
-      continue;
-    }
-    const std::string::size_type size = (fault.find("journal-cut") == fault.npos ? sound : journal).size();
-    for (std::size_t at = 1024; at < size; at += 1024)
-      holds(fault.substr(0, fault.size() - 1) + std::to_string(at), read, save);
-  }
 }
 
 }  // namespace
