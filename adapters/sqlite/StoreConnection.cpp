@@ -174,12 +174,17 @@ void createTable(const SQLiteHandle& connection) {
   transaction.commit();
 }
 
+PlatformError noFile() {
+  return storeFailure(SQLITE_CANTOPEN, "the path names no file");
+}
+
 // SQLite throws away a log beside an empty file, though it may hold what was saved last.
 void requireFileOfLog(const fs::path& file) {
   if (sizeOf(fs::path(file) += "-wal") > 0 && sizeOf(file) == 0) throw storeFailure(SQLITE_CORRUPT);
 }
 
 SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
+  if (file.native().find('\0') != file.native().npos) throw noFile();  // the system would read up to there
   makeOwnersFile(file);
   requireFileOfLog(file);
   SQLiteHandle handle = opened(file, end);
@@ -216,7 +221,7 @@ StoreConnection::StoreConnection(const fs::path& named, StoreWaitEnd end)
   if (!isMoved && identityOf(named_)) return;
   abandon();
   throw isMoved ? storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened")
-                : storeFailure(SQLITE_CANTOPEN, "the path names no file");  // it may end in a slash
+                : noFile();  // the path may end in a slash
 }
 
 void StoreConnection::waitUntil(StoreWaitEnd end) {

@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <QStandardPaths>
 #include <QtQml>
+#include <stdexcept>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 #include "TalvoConsentSDK/core/ConsentObservers.h"
@@ -55,6 +56,7 @@ void ConsentSdk::componentComplete() try {
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());
+  if (!sdk_) throw std::logic_error("The ConsentSdk is complete too early: the client is being created");
   if (hasLanguage_) sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
     const QString name = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));

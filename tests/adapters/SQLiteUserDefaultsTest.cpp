@@ -66,7 +66,7 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
     }
     EXPECT_EQ(fs::status(file.parent_path()).permissions(), fs::perms(0700));
   }
-  for (const fs::path& noFile : {fs::path(), file / "", file / "."})
+  for (const fs::path& noFile : {fs::path(), file / "", file / ".", fs::path(file.native() + '\0')})
     EXPECT_FALSE(SQLiteUserDefaults(noFile).set("k", Data("another"))) << noFile;
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
 }

@@ -51,5 +51,17 @@ TEST_F(QmlTest, LeavesAloneWhatIsNotItsOwnAndTellsOfEveryChange) {
   EXPECT_EQ(platform.mainActor->runAll(), 0u) << "nobody listens any more";
 }
 
+// As when a host's store, or its printer, runs an event loop that loads the QML.
+TEST_F(QmlTest, FailsWhereTheClientIsBeingCreated) {
+  Item item;
+  QStringList failures;
+  item.connect(&item, &ConsentSdk::failed, [&](const QString& failure) { failures << failure; });
+  platform.userDefaults->before = [&](auto) { failures.isEmpty() ? item.componentComplete() : void(); };
+  const auto client = created();
+  item.showBanner();
+  ASSERT_EQ(failures.size(), 2);
+  EXPECT_TRUE(client && failures.front().contains("is being created"));
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK
