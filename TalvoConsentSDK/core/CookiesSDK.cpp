@@ -16,6 +16,22 @@ namespace TalvoConsentSDK {
 
 namespace {
 
+SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const Platform& platform,
+                     const std::shared_ptr<ConsentObservers>& observers) {
+  auto httpClient = std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background);
+  auto storage = std::make_shared<ConsentStorage>(
+      siteId, observed(platform.userDefaults, ConsentStorage::consentKey(siteId), observers));
+  return std::make_shared<const Site>(Site{
+      .id = siteId,
+      .apiClient = std::make_shared<APIClient>(apiUrl, siteId, std::move(httpClient)),
+      .ledger = std::make_shared<ConsentLedger>(std::move(storage)),
+      .eventManager = std::make_shared<ConsentEventManager>(),
+      .mainActor = platform.mainActor,
+      .background = platform.background,
+      .callbacks = platform.callbacks,
+  });
+}
+
 Task<void> fetchConfiguration(SitePointer site) {
   SiteConfiguration configuration;
   try {
@@ -91,26 +107,6 @@ std::shared_ptr<CookiesSDK> CookiesSDK::createInstance(const std::string& apiUrl
 std::shared_ptr<CookiesSDK> CookiesSDK::getInstance() {
   return ClientSlot<CookiesSDK>::shared().get();
 }
-
-namespace {
-
-SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const Platform& platform,
-                     const std::shared_ptr<ConsentObservers>& observers) {
-  auto httpClient = std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background);
-  auto storage = std::make_shared<ConsentStorage>(
-      siteId, observed(platform.userDefaults, ConsentStorage::consentKey(siteId), observers));
-  return std::make_shared<const Site>(Site{
-      .id = siteId,
-      .apiClient = std::make_shared<APIClient>(apiUrl, siteId, std::move(httpClient)),
-      .ledger = std::make_shared<ConsentLedger>(std::move(storage)),
-      .eventManager = std::make_shared<ConsentEventManager>(),
-      .mainActor = platform.mainActor,
-      .background = platform.background,
-      .callbacks = platform.callbacks,
-  });
-}
-
-}  // namespace
 
 CookiesSDK::State::State(const std::string& apiUrl, const std::string& siteId, const Platform& platform)
     : observers(std::make_shared<ConsentObservers>(platform.mainActor)),

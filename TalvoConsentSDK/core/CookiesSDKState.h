@@ -1,6 +1,7 @@
 #pragma once
 
-// What a CookiesSDK holds. Background tasks get copies of what they need of it, never the instance.
+// What a CookiesSDK holds. Background tasks get the site and copies of what else they need, never the
+// instance.
 
 #include <memory>
 #include <mutex>

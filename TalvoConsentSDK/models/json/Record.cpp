@@ -31,8 +31,10 @@ void readList(const Node& array, const Path& path, void* list, const ListCoding&
   path.claim(elements.count(), coding.elementSize);
   auto* element = static_cast<std::byte*>(coding.remake(list, elements.count()));
   Node node = array;
-  for (std::size_t index = 0; elements.next(node); ++index, element += coding.elementSize)
+  for (std::size_t index = 0; index < elements.count() && elements.next(node); ++index) {
     coding.readElement(node, Path(path, index), element);
+    element += coding.elementSize;
+  }
 }
 
 void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields) {
