@@ -86,6 +86,15 @@ function(talvo_add_library target alias)
   endif()
 endfunction()
 
+# talvo_precompile(NAME): reads what most sources include once, while the library itself is developed. Release builds
+# do without, and so find a source that does not include what it uses.
+function(talvo_precompile target)
+  if(PROJECT_IS_TOP_LEVEL AND CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_precompile_headers(${target} PRIVATE <algorithm> <chrono> <functional> <map> <memory> <mutex> <optional>
+                                                <string> <variant> <vector>)
+  endif()
+endfunction()
+
 # talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
 #               [DESCRIPTION text] [ACCESSES categories...] [COLLECTS data types...]): installs a library, those of its
 # headers that are public, its part of the CMake package, its pkg-config file and its privacy manifest.
