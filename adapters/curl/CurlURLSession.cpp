@@ -88,15 +88,15 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
-  /// Call it with `stop` set: when it returns, the thread has left libcurl. On a busy device that takes as
-  /// long as reading certificates or shaking hands, and a process that ends under these crashes; so the limit
-  /// only is there for a libcurl that never returns.
+  /// Call it with `stop` set: when it returns, the thread has left libcurl. That takes as long as reading
+  /// certificates or shaking hands, seconds where the device gives the process hardly any time, and a process
+  /// that ends under these crashes. So the limit only is there for a libcurl that never returns.
   void wake() {
     {
       const std::scoped_lock guard(lock_);
       if (multi_) curl_multi_wakeup(multi_);
     }
-    if (inCurl_.try_lock_for(std::chrono::seconds(5))) inCurl_.unlock();
+    if (inCurl_.try_lock_for(std::chrono::minutes(1))) inCurl_.unlock();
   }
 
   /// From now on, the end of the loop ends the requests too.
