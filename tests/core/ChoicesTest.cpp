@@ -134,10 +134,18 @@ struct Model {
     int& newest = latest[question.user];
     if ((question.user != "-" && question.user != now) || question.number < newest) return;
     newest = question.number, ++decisions;
-    if (!isFine) return;
-    if (question.user == "-" && kept.user != "-") kept.original = question.consent;
-    if (question.user == kept.user || inherits) kept.consent = question.consent;
-    if (question.user == kept.user) inherits = false;
+    Model after = *this;
+    after.isFine = true;
+    after.write();
+    after.file(question);
+    if (!isFine && !(isReadable && after.kept == kept)) return;  // what stands there already is not written
+    after.isFine = isFine;
+    *this = after;
+  }
+  void file(const Asked& decision) {
+    if (decision.user == "-" && kept.user != "-") kept.original = decision.consent;
+    if (decision.user == kept.user || inherits) kept.consent = decision.consent;
+    if (decision.user == kept.user) inherits = false;
   }
 };
 
