@@ -39,7 +39,7 @@ class HTTPClientError : public std::exception {
   /// Of `decodingError` and `networkError`: the cause. Otherwise null.
   const Error* underlying() const noexcept { return underlying_ ? &*underlying_ : nullptr; }
 
-  /// A sentence for people, the same as `what()`. A NUL in it is written as \u0000.
+  /// A sentence for people, the same as `what()`. A NUL in it is written as `\u0000`.
   const std::string& errorDescription() const noexcept { return description_; }
   const char* what() const noexcept override;
 

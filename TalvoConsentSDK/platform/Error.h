@@ -14,11 +14,11 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The text with each NUL as \u0000, so that a C string can tell all of it.
+/// The text with each NUL as `\u0000`, so that a C string can tell all of it.
 std::string withVisibleNULs(std::string text);
 
 /// A failure in the platform's terms: a domain, a code that is unique within it, and a text for people, in
-/// which a NUL is written as \u0000. Immutable.
+/// which a NUL is written as `\u0000`. Immutable.
 class PlatformError : public std::exception {
  public:
   /// Key of `userInfo` that holds the localized description.

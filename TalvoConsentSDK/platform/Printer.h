@@ -17,8 +17,8 @@ class Printer {
   virtual ~Printer() = default;
 
   /// Writes one line. What the library prints is UTF-8 of at most 2 KB without control characters and
-  /// changes of direction: they, and bytes that are no UTF-8, come as \n, \u001b or \xff, and a line that was
-  /// cut ends in "…".
+  /// changes of direction: they, and bytes that are no UTF-8, come as `\n`, `\u001b` or `\xff`, and a line
+  /// that was cut ends in "…".
   virtual void print(std::string_view line) = 0;
 };
 
