@@ -20,7 +20,7 @@ using namespace TalvoConsentSDK::fuzzing;
 
 namespace {
 
-constexpr std::size_t largestReply = 1U << 12U;
+constexpr std::size_t maxReply = 1U << 12U;
 
 bool isWhole(const std::string& request) {
   return request.ends_with(request.starts_with("POST") ? "\r\n\r\n{\"a\":1}" : "\r\n\r\n");
@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static ByteServer& server = *new ByteServer;
   static const auto& session = *new std::shared_ptr<CurlURLSession>([] {
     CurlOptions options;
-    options.largestReply = largestReply;
+    options.maxReply = maxReply;
     return std::make_shared<CurlURLSession>(options);
   }());
   const std::string text(reinterpret_cast<const char*>(data), size);
@@ -115,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto response = reported->get_future().get();
   if (response) {
     require(response->statusCode && *response->statusCode >= 0, "there is a status");
-    require(response->body.value_or("").size() <= largestReply, "no reply is larger than it may be");
+    require(response->body.value_or("").size() <= maxReply, "no reply is larger than it may be");
     return 0;
   }
   const auto* error = response.error().as<PlatformError>();

@@ -19,7 +19,7 @@ using Other = nlohmann::json;
 // Finds what this library alone refuses.
 class Limits : public nlohmann::json_sax<Other> {
  public:
-  bool isExceeded() const { return deepest_ > json::deepestLevel || isTooLarge_; }
+  bool isExceeded() const { return maxDepth_ > json::maxDepth || isTooLarge_; }
 
   bool null() override { return content(); }
   bool boolean(bool) override { return content(); }
@@ -42,14 +42,14 @@ class Limits : public nlohmann::json_sax<Other> {
 
  private:
   bool content() {
-    deepest_ = std::max(deepest_, depth_);
+    maxDepth_ = std::max(maxDepth_, depth_);
     return true;
   }
   bool open() { return content() && ++depth_ > 0; }
   bool close() { return --depth_ >= 0; }
 
   int depth_ = 0;
-  int deepest_ = 0;
+  int maxDepth_ = 0;
   bool isTooLarge_ = false;
 };
 

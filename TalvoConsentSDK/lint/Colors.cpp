@@ -16,8 +16,8 @@ namespace {
 using Colors = BannerCustomization::Colors;
 
 // The least contrasts that WCAG 2.2 asks for, of text (1.4.3) and of what a control is known by (1.4.11).
-constexpr double leastForText = 4.5;
-constexpr double leastForControls = 3;
+constexpr double minContrastOfText = 4.5;
+constexpr double minContrastOfControls = 3;
 
 constexpr std::pair<const char*, std::string Colors::*> colors[] = {
     {"background", &Colors::background},
@@ -38,7 +38,8 @@ Color over(const Color& upper, const Color& lower) {
   return {mix(upper.red, lower.red), mix(upper.green, lower.green), mix(upper.blue, lower.blue), 1};
 }
 
-// Of a colour on layers, the lowest last, at its worst above any host: white or black.
+// The contrast of a color on top of layers (the lowest last), for the host below them that makes it worst:
+// white or black.
 double contrast(const Color& color, const std::vector<Color>& layers) {
   double worst = 21;
   for (Color ground : {Color::black(), Color{1, 1, 1, 1}}) {
@@ -84,21 +85,23 @@ class ColorCheck {
   void checkContrasts() {
     const Palette palette(customization_.colors);
     const Color& card = palette.background;
-    require(leastForText, "font", "texts on the card", palette.font, {card});
-    require(leastForText, "font", "descriptions, which are drawn fainter, on the card",
+    require(minContrastOfText, "font", "texts on the card", palette.font, {card});
+    require(minContrastOfText, "font", "descriptions, which are drawn fainter, on the card",
             palette.secondaryFont(), {card});
-    require(leastForText, "buttonFontColor", "titles on their buttons", palette.buttonFont,
+    require(minContrastOfText, "buttonFontColor", "titles on their buttons", palette.buttonFont,
             {palette.buttonBackground, card});
-    require(leastForControls, "buttonBackground", "buttons on the card", palette.buttonBackground, {card});
+    require(minContrastOfControls, "buttonBackground", "buttons on the card", palette.buttonBackground,
+            {card});
     if (drawsLinks()) {
-      require(leastForText, "buttonFontColor", "links on the card", palette.buttonFont, {card});
+      require(minContrastOfText, "buttonFontColor", "links on the card", palette.buttonFont, {card});
     }
     if (!drawsTabs()) return;
     const ToggleColors toggle = palette.toggle();
-    require(leastForControls, "font", "switches that are off, on the card,", toggle.off, {card});
-    require(leastForControls, "font", "knobs of switches that are off", toggle.knob, {toggle.off, card});
-    require(leastForControls, "buttonBackground", "switches that are on, on the card,", toggle.on, {card});
-    require(leastForControls, "buttonBackground", "knobs of switches that are on", toggle.knob,
+    require(minContrastOfControls, "font", "switches that are off, on the card,", toggle.off, {card});
+    require(minContrastOfControls, "font", "knobs of switches that are off", toggle.knob, {toggle.off, card});
+    require(minContrastOfControls, "buttonBackground", "switches that are on, on the card,", toggle.on,
+            {card});
+    require(minContrastOfControls, "buttonBackground", "knobs of switches that are on", toggle.knob,
             {toggle.on, card});
   }
 

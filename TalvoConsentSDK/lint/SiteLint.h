@@ -17,12 +17,12 @@ struct SiteDocument {
   SiteDocument(std::string documentName, std::string documentLanguage, std::string documentText)
       : name(std::move(documentName)), language(std::move(documentLanguage)), text(std::move(documentText)) {}
 
-  std::string name;      // that findings call it by, such as a path
+  std::string name;      // shown in findings, such as a path
   std::string language;  // empty: for all languages
   std::string text;
 };
 
-/// Those of one site; any kind may be absent, and is then left out of the checks.
+/// The documents of one site. A kind that is empty is not checked.
 struct SiteDocuments {
   SiteDocuments() {}
 

@@ -14,7 +14,7 @@ namespace TalvoConsentSDK {
 namespace {
 
 // Below libcurl's own limit, which neither every version has nor holds for what trails a body.
-constexpr std::size_t mostBytes = 256U << 10U;
+constexpr std::size_t maxBytes = 256U << 10U;
 
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view blanks = " \t\r\n";
@@ -28,14 +28,13 @@ PlatformError curlError(int code, std::string text) {
   return {"CURL", code, std::move(text)};
 }
 
-PlatformError tooLargeError(std::size_t largestBody) {
-  return curlError(CURLE_FILESIZE_EXCEEDED,
-                   "The reply is larger than " + std::to_string(largestBody) + " bytes");
+PlatformError tooLargeError(std::size_t maxBody) {
+  return curlError(CURLE_FILESIZE_EXCEEDED, "The reply is larger than " + std::to_string(maxBody) + " bytes");
 }
 
 PlatformError tooLargeHeaderError() {
   return curlError(CURLE_FILESIZE_EXCEEDED,
-                   "The reply's header is larger than " + std::to_string(mostBytes) + " bytes");
+                   "The reply's header is larger than " + std::to_string(maxBytes) + " bytes");
 }
 
 PlatformError tooWellCompressedError(std::size_t maxDecompression) {
@@ -52,7 +51,7 @@ bool CurlHeader::allows(std::string_view piece) {
 
 std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   bytes_ += line.size();
-  if (bytes_ > mostBytes) return tooLargeHeaderError();
+  if (bytes_ > maxBytes) return tooLargeHeaderError();
   if (isWhole_) return std::nullopt;
   if (std::exchange(isAtStart_, false) && line.starts_with("HTTP/")) {
     const std::string_view status = trimmed(line.substr(std::min(line.find(' '), line.size())));
@@ -78,8 +77,8 @@ std::optional<PlatformError> CurlHeader::judgeLength(std::string_view value) {
   length_ = value;
   std::uint64_t bytes = 0;
   const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), bytes);
-  const bool isTooLarge = error == std::errc::result_out_of_range || bytes > largestBody_.value_or(bytes);
-  if (isTooLarge && largestBody_ && status_ != 204 && status_ != 304) return tooLargeError(*largestBody_);
+  const bool isTooLarge = error == std::errc::result_out_of_range || bytes > maxBody_.value_or(bytes);
+  if (isTooLarge && maxBody_ && status_ != 204 && status_ != 304) return tooLargeError(*maxBody_);
   return std::nullopt;
 }
 

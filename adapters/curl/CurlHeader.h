@@ -14,8 +14,8 @@ namespace TalvoConsentSDK {
 /// The header of one reply, after those of any interim replies.
 class CurlHeader {
  public:
-  /// `largestBody` is a session's limit; there is none for a reply that has no body whatever its header says.
-  explicit CurlHeader(std::optional<std::size_t> largestBody = std::nullopt) : largestBody_(largestBody) {}
+  /// `maxBody` is a session's limit; there is none for a reply that has no body whatever its header says.
+  explicit CurlHeader(std::optional<std::size_t> maxBody = std::nullopt) : maxBody_(maxBody) {}
 
   /// Whether libcurl may read this piece of a line, of which it has said nothing yet. A first line that is
   /// folded may not: to libcurl 7.88 it goes on with a line of the reply before, which is freed.
@@ -36,7 +36,7 @@ class CurlHeader {
  private:
   std::optional<PlatformError> judgeLength(std::string_view value);
 
-  std::optional<std::size_t> largestBody_;
+  std::optional<std::size_t> maxBody_;
   std::size_t bytes_ = 0;
   int status_ = 0;
   std::string length_;  // as declared
@@ -50,7 +50,7 @@ class CurlHeader {
 PlatformError curlError(int code, std::string text);
 
 /// What to report of a reply whose body or header is larger than it may be.
-PlatformError tooLargeError(std::size_t largestBody);
+PlatformError tooLargeError(std::size_t maxBody);
 PlatformError tooLargeHeaderError();
 PlatformError tooWellCompressedError(std::size_t maxDecompression);
 

@@ -36,7 +36,7 @@ class CurlTLS {
   void noteReply() { bytes_ = 0; }
 
  private:
-  static constexpr std::size_t mostBytes = 16U << 20U;
+  static constexpr std::size_t maxBytes = 16U << 20U;
   static constexpr std::size_t headSize = 5;  // of a record; its length comes last
 
   static void noteRecord(int isWritten, int, int kind, const void* head, std::size_t size, SSL* connection,
@@ -47,7 +47,7 @@ class CurlTLS {
     if (connection != tls.connection_) tls.bytes_ = 0;
     tls.connection_ = connection;
     tls.bytes_ += std::size_t{bytes[3]} * 256 + bytes[4];
-    if (tls.bytes_ > mostBytes)
+    if (tls.bytes_ > maxBytes)
       SSL_set_shutdown(connection, SSL_RECEIVED_SHUTDOWN);  // the next read finds the end
   }
 

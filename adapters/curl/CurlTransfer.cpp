@@ -14,7 +14,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr int mostRedirects = 20;
+constexpr int maxRedirects = 20;
 
 // What a body may be decompressed to, in bytes: so much always, and so many times what arrived.
 constexpr std::size_t alwaysDecompressed = 1'000'000;
@@ -169,9 +169,9 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
 }
 
 std::optional<PlatformError> CurlTransfer::follow(int status, const char* location) {
-  if (++redirects_ > mostRedirects) {
+  if (++redirects_ > maxRedirects) {
     return curlError(CURLE_TOO_MANY_REDIRECTS,
-                     "More than " + std::to_string(mostRedirects) + " redirects in a row");
+                     "More than " + std::to_string(maxRedirects) + " redirects in a row");
   }
   auto next = Target::parse(location);
   if (!next) return curlError(CURLE_URL_MALFORMAT, "A redirect's URL cannot be used");
@@ -201,7 +201,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);
   }
   body_ = {};
-  header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.largestReply));
+  header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.maxReply));
   localPort_ = 0;
   isNewConnection_ = isConnected_ = isSecondAttempt_ = isStaleConnection_ = false;
   flaw_.reset();
@@ -362,8 +362,8 @@ std::int64_t CurlTransfer::timeOf(int step) const {
 
 // False ends the transfer: what is compressed may be endless and yet decompress to nothing.
 bool CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
-  if (static_cast<std::uint64_t>(received) > rules_.largestReply) {
-    refuse(tooLargeError(rules_.largestReply));
+  if (static_cast<std::uint64_t>(received) > rules_.maxReply) {
+    refuse(tooLargeError(rules_.maxReply));
     return false;
   }
   Progress now{progress_.steps, header_.bytes(), received, sent};
@@ -389,7 +389,7 @@ std::size_t CurlTransfer::receive(std::string_view bytes) {
     if (header_.allows(bytes)) return bytes.size();
     return refuse(curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read"));
   }
-  if (bytes.size() > rules_.largestReply - body_.size()) return refuse(tooLargeError(rules_.largestReply));
+  if (bytes.size() > rules_.maxReply - body_.size()) return refuse(tooLargeError(rules_.maxReply));
   // libcurl may hand over what it made of a whole buffer before it counts that.
   if (isCompressedTooWell(body_.size() + bytes.size(), CURL_MAX_WRITE_SIZE)) {
     return refuse(tooWellCompressedError(maxDecompression));

@@ -28,7 +28,7 @@ namespace TalvoConsentSDK {
 /// A session's rules for its transfers.
 struct CurlRules {
   bool allowsPlainHTTP = false;
-  std::size_t largestReply = 0;
+  std::size_t maxReply = 0;
   std::string certificates;         // PEM text of the authorities to trust; empty: those of the system
   bool hasCertificateFile = false;  // the system keeps its authorities in one file
   bool usesOpenSSL = false;         // libcurl does, for TLS

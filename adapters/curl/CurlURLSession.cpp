@@ -25,7 +25,7 @@ namespace TalvoConsentSDK {
 namespace {
 
 // No text may be larger than half of all addresses, and while a body becomes one it stands there twice.
-constexpr std::size_t maxReply = std::numeric_limits<std::ptrdiff_t>::max() / 2;
+constexpr std::size_t maxReplyHeld = std::numeric_limits<std::ptrdiff_t>::max() / 2;
 
 void initialiseCurl() {
   static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -45,7 +45,7 @@ CurlRules rulesFor(const CurlOptions& options) {
   initialiseCurl();
   CurlRules rules;
   rules.allowsPlainHTTP = options.allowsPlainHTTP;
-  rules.largestReply = std::min(options.largestReply, maxReply);
+  rules.maxReply = std::min(options.maxReply, maxReplyHeld);
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
   const char* system = nullptr;
   curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);
@@ -129,7 +129,7 @@ class CurlURLSession::Worker {
 
  private:
   using Clock = CurlTransfer::Clock;
-  static constexpr std::size_t mostSpare = 32;  // some 6 KB each
+  static constexpr std::size_t maxSpare = 32;  // some 6 KB each
 
   struct Arrival {
     URLRequest request;
@@ -233,7 +233,7 @@ class CurlURLSession::Worker {
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});
-    if (auto spare = entry->second.transfer->takeHandle(); spare && spare_.size() < mostSpare)
+    if (auto spare = entry->second.transfer->takeHandle(); spare && spare_.size() < maxSpare)
       spare_.push_back(std::move(spare));
     running_.erase(entry);
   }

@@ -20,7 +20,7 @@ struct CurlOptions {
 
   std::optional<std::filesystem::path> certificates;  // PEM file of authorities trusted besides the system's
   bool allowsPlainHTTP = false;                       // to every host; the loopback host needs no permission
-  std::size_t largestReply = 64U << 20U;              // of a body, in bytes, once decompressed
+  std::size_t maxReply = 64U << 20U;                  // of a body, in bytes, once decompressed
 };
 
 /// Runs requests on libcurl and calls completions on its worker thread, one at a time: one that blocks holds

@@ -14,8 +14,9 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// Of a list that opens so many rows are announced; who hears of one asks for the others.
-constexpr std::size_t mostAnnounced = 64;
+// When a list opens, at most this many new rows are announced: a client that hears of one reads the others
+// itself.
+constexpr std::size_t maxAnnounced = 64;
 
 void tell(QAccessibleInterface* interface, QAccessible::Event type) {
   QAccessibleEvent event(interface, type);
@@ -142,7 +143,7 @@ void AccessibleTree::notifyNew(const std::vector<AccessibleElement>& now) {
   const std::unordered_set<ElementId> old(before.begin(), before.end());
   std::size_t announced = 0;
   for (const AccessibleElement& each : now) {
-    if (old.contains(each.id) || ++announced > mostAnnounced) continue;
+    if (old.contains(each.id) || ++announced > maxAnnounced) continue;
     tell(item(each), QAccessible::ObjectCreated);
     tell(item(each), QAccessible::ObjectShow);
   }

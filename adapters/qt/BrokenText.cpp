@@ -15,7 +15,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr double leastShare = 2.0 / 3;   // of the font's size, for the sake of a long word
+constexpr double minShare = 2.0 / 3;     // of the font's size, for the sake of a long word
 constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts take no infinity
 
 // Lengths in UTF-16 units. Qt's time for one layout grows with the square of its length where no line can end
@@ -103,10 +103,10 @@ BrokenText::Lines BrokenText::broken(const QFont& font, double lineHeight, doubl
   if (!lines.breaksAWord) return lines;
   const double room = std::floor(width);  // drawn in a frame of whole points, it shrinks as much again
   const double share = room / TalvoConsentSDK::widestWord(content_, lines.font);
-  if (share < leastShare || share >= 1) return lines;
+  if (share < minShare || share >= 1) return lines;
   lines.font.setPixelSize(std::max(1, static_cast<int>(lines.font.pixelSize() * share)));
   lines.height *= share;
-  lines.leastWidth = room;
+  lines.minWidth = room;
   breakLines(lines, width);
   return lines;
 }
@@ -115,7 +115,7 @@ void BrokenText::breakLines(Lines& lines, double width) const {
   lines.width = std::min(width, isLong() ? longestLine : unlimited);
   lines.pieces.clear();
   lines.count = 0;
-  lines.widest = lines.leastWidth;
+  lines.widest = lines.minWidth;
   lines.breaksAWord = false;
   qsizetype layoutBegin = 0;
   for (qsizetype begin = 0;;) {

@@ -52,7 +52,7 @@ class BrokenText {
   struct Lines {
     QFont font;
     double height = 0;  // of one line
-    double leastWidth = 0;
+    double minWidth = 0;
     double width = 0;
     std::vector<Piece> pieces = {};
     int count = 0;

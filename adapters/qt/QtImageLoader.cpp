@@ -16,7 +16,7 @@ using Loaded = Result<std::shared_ptr<const Image>>;
 
 // Larger pictures are taken for a mistake: no logo needs them, and decoding one takes the memory of its
 // pixels.
-constexpr qint64 mostPixels = 16'000'000;
+constexpr qint64 maxPixels = 16'000'000;
 
 // What the web's pictures are. An icon does not tell how large the picture in it is, and drawings in SVG,
 // which Qt may be able to read, take any amount of memory and show other files.
@@ -40,7 +40,7 @@ Loaded decoded(const Result<URLResponse>& outcome) try {
     return failure("The picture cannot be read: It is not PNG, JPEG, GIF or WebP");
   const QSize size = reader.size();
   if (!size.isValid()) return failure("The picture cannot be read: " + reader.errorString().toStdString());
-  if (static_cast<qint64>(size.width()) * size.height() > mostPixels)
+  if (static_cast<qint64>(size.width()) * size.height() > maxPixels)
     return failure("The picture is too large");
   QImage content = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
   if (content.isNull()) return failure("The picture cannot be read: " + reader.errorString().toStdString());

@@ -122,7 +122,7 @@ TEST(CurlURLSession, SendsPlainHTTPToTheLoopbackHostOnly) {
 
   CurlOptions options;
   options.allowsPlainHTTP = true;
-  options.largestReply = 25;
+  options.maxReply = 25;
   CurlURLSession permissive(options);
   EXPECT_EQ(codeOf(await(permissive, makeRequest("GET", "http://consent.example/xyz"))), 63);
   EXPECT_EQ(await(permissive, makeRequest("GET", "http://consent.example/x")).value().body,
@@ -337,7 +337,7 @@ TEST(CurlURLSession, CountsBytesAndTimeBeyond32Bits) {
   };
   for (const auto& [method, length, largest, code] : cases) {
     CurlOptions options;
-    options.largestReply = largest;
+    options.maxReply = largest;
     CurlURLSession session(options);
     auto request = makeRequest(method, server.url(std::string("/") + length));
     request.timeout = std::chrono::milliseconds::max();

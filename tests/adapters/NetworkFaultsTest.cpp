@@ -78,21 +78,21 @@ TEST(NetworkFaults, OverHTTP2EndInTheirOwnErrorAndSendABodyOnce) {
                                               greeting.empty() ? LoopbackServer::http2 : greeting);
   }
   CurlURLSession session(options);
-  long mostGrown = 0;
+  long maxGrown = 0;
   for (const auto& [name, method, greeting, script, mebibytes, end, text, seen] : table) {
     SCOPED_TRACE(name);
     const auto& server = *servers.at(greeting);
     const auto request = requestWithBody(method.c_str(), server.url("/" + name, "localhost"));
-    mostGrown = std::max(mostGrown, Fault{name, script, mebibytes, end, text}.run(session, request));
+    maxGrown = std::max(maxGrown, Fault{name, script, mebibytes, end, text}.run(session, request));
     const auto arrived = std::ranges::count(server.requests(), "/" + name, &LoopbackServer::Request::target);
-    const auto mostSeen = words(seen);
-    EXPECT_LE(arrived, std::stol(mostSeen[0]));
-    EXPECT_LE(server.seen(request.body.value_or("no body")), std::stoul(mostSeen[1]));
+    const auto maxSeen = words(seen);
+    EXPECT_LE(arrived, std::stol(maxSeen[0]));
+    EXPECT_LE(server.seen(request.body.value_or("no body")), std::stoul(maxSeen[1]));
     auto next = makeRequest("GET", servers[""]->url("/good", "localhost"));
     next.timeout = 5s;
     EXPECT_EQ(told(await(session, next)), "200 good");
   }
-  std::cout << "grown by at most " << mostGrown << " KiB where no body is kept\n";
+  std::cout << "grown by at most " << maxGrown << " KiB where no body is kept\n";
 }
 
 TEST(NetworkFaults, EndInTheirOwnErrorInBoundedTimeAndMemory) {
@@ -132,16 +132,16 @@ TEST(NetworkFaults, EndInTheirOwnErrorInBoundedTimeAndMemory) {
         << "a client that allows it can use the version";
   }
   CurlURLSession session(options);
-  long mostGrown = 0;
+  long maxGrown = 0;
   for (const auto& [name, server, script, mebibytes, end, text] : table) {
     const auto& url = urls.at(server);
     const Fault fault{name, script, mebibytes, end, text};
-    mostGrown = std::max(mostGrown, fault.run(session, makeRequest("GET", url + "/" + name)));
+    maxGrown = std::max(maxGrown, fault.run(session, makeRequest("GET", url + "/" + name)));
     SCOPED_TRACE(name);
     for (const char* next : {"plain", "tls localhost 0 2"})
       EXPECT_EQ(told(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
   }
-  std::cout << "grown by at most " << mostGrown << " KiB where no large body is kept\n";
+  std::cout << "grown by at most " << maxGrown << " KiB where no large body is kept\n";
 }
 
 }  // namespace

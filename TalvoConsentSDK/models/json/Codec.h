@@ -24,7 +24,7 @@ namespace TalvoConsentSDK::json {
 template <class T>
 struct Codec {
   static void read(const Node& node, const Path& path, T& record) {
-    static_assert(std::size(Fields<T>::table) <= mostFields);
+    static_assert(std::size(Fields<T>::table) <= maxFields);
     readRecord(node, path, &record, Fields<T>::table);
   }
   static void write(Writer& writer, const T& record) { writeRecord(writer, &record, Fields<T>::table); }

@@ -15,7 +15,7 @@ enum class Type { null, boolean, integer, largeInteger, number, string, array, o
 
 /// How deep objects and arrays may be nested. Readers and writers recurse as deep, on threads with stacks of
 /// a few hundred kilobytes.
-inline constexpr int deepestLevel = 256;
+inline constexpr int maxDepth = 256;
 
 /// The type's name in error texts.
 std::string_view name(Type type);

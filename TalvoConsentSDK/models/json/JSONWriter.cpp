@@ -66,7 +66,7 @@ void Writer::key(std::string_view content) {
 
 // Readers do not count a level without content.
 void Writer::separate() {
-  if (depth_ > deepestLevel) throw invalid("The value is nested too deeply");
+  if (depth_ > maxDepth) throw invalid("The value is nested too deeply");
   if (needsComma_) text_ += ',';
 }
 

@@ -11,7 +11,7 @@
 namespace TalvoConsentSDK::json {
 
 /// Writes one document into a string. Throws a CodingError (invalidValue) on text that is not UTF-8, on NaN
-/// and infinity, and beyond `deepestLevel`, which no reader of ours would take back.
+/// and infinity, and beyond `maxDepth`, which no reader of ours would take back.
 class Writer {
  public:
   void null() { value("null"); }

@@ -39,9 +39,9 @@ void readList(const Node& array, const Path& path, void* list, const ListCoding&
 
 void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields) {
   require(Type::object, node, path);
-  std::array<Node, mostFields> values;
+  std::array<Node, maxFields> values;
   std::uint32_t found = 0;
-  static_assert(mostFields <= 32);
+  static_assert(maxFields <= 32);
 
   std::string_view key;
   Node value = node;

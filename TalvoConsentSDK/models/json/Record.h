@@ -32,10 +32,10 @@ constexpr Field field(std::string_view key) {
   return {key, Member<member>::of, Member<member>::coding};
 }
 
-/// `Fields<Record>::table` has a record's fields in the order of writing, `mostFields` at most.
+/// `Fields<Record>::table` has a record's fields in the order of writing, `maxFields` at most.
 template <class Record>
 struct Fields;
-inline constexpr std::size_t mostFields = 32;
+inline constexpr std::size_t maxFields = 32;
 
 /// Reads an object into a new record, which must be of the fields' type.
 void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields);

@@ -48,7 +48,7 @@ class Collector {
 
   AccessibleElement& appendControl(const Element& element, Role role, std::string name, bool isEnabled) {
     AccessibleElement& added = append(element, role, std::move(name), isEnabled);
-    added.frame = element.frame.grownTo({leastTarget, leastTarget});
+    added.frame = element.frame.grownTo({minTarget, minTarget});
     added.control = AccessibleControl{element.view, element.frame};
     return added;
   }

@@ -15,7 +15,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The least side of an area that a finger can hit, in points (WCAG 2.2, target size enhanced).
-inline constexpr double leastTarget = 44;
+inline constexpr double minTarget = 44;
 
 /// A button or switch to use. Stays valid when its element is gone.
 struct AccessibleControl {

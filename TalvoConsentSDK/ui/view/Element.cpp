@@ -24,7 +24,7 @@ ElementId identity(ElementId parent, const AnyView& view, std::size_t position) 
 
 void forgetOwnSizes(Element& element) {
   element.sizes.clear();
-  element.leastWidth.reset();
+  element.minContentWidth.reset();
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ struct Element {
 
   /// Sizes answered since the view last changed, and the width below which a word in it would be broken.
   std::vector<std::pair<Proposal, Size>> sizes;
-  std::optional<double> leastWidth;
+  std::optional<double> minContentWidth;
 
   /// Results of layout, in window coordinates; mirrored already where the layout is right to left.
   Rect frame;

@@ -137,15 +137,15 @@ void HostingController::focus(ElementId element) {
 bool HostingController::applyScroll(ElementId region, double distance) {
   const auto& regions = layout_.scrollRegions();
   const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
-  const double furthest = scrolled == regions.end() ? 0 : scrolled->furthest();
+  const double maxOffset = scrolled == regions.end() ? 0 : scrolled->maxOffset();
   double& y = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); }).y;
-  const double from = std::min(y, furthest);
-  const double target = std::clamp(from + distance, 0.0, furthest);
+  const double from = std::min(y, maxOffset);
+  const double target = std::clamp(from + distance, 0.0, maxOffset);
   if (target == from) {
     if (motion_.isFlinging()) motion_.stop();
     return false;
   }
-  y = target == furthest ? infinity : target;  // the end stays the end, however tall rows turn out
+  y = target == maxOffset ? infinity : target;  // the end stays the end, however tall rows turn out
   layoutIsStale_ = true;
   return true;
 }

@@ -54,8 +54,8 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   const Rect area{safe.leading, safe.top, std::max(0.0, window.width - safe.width()),
                   std::max(0.0, window.height - safe.height())};
   // Rows seen for the first time may turn out taller than thought.
-  constexpr int mostPasses = 4;
-  for (int pass = 0; pass < mostPasses && (pass == 0 || rowsChanged_); ++pass) {
+  constexpr int maxPasses = 4;
+  for (int pass = 0; pass < maxPasses && (pass == 0 || rowsChanged_); ++pass) {
     scrollRegions_.clear();
     rowsChanged_ = false;
     viewport_ = {{0, 0, window.width, window.height}, std::nullopt, nullptr};
@@ -63,9 +63,9 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   }
   for (const ScrollRegion& region : scrollRegions_) {
     double& y = scrollOffset(region.id).y;
-    y = std::clamp(y, 0.0, region.furthest());
+    y = std::clamp(y, 0.0, region.maxOffset());
   }
-  std::erase_if(scrollRegions_, [](const ScrollRegion& region) { return region.furthest() <= 0; });
+  std::erase_if(scrollRegions_, [](const ScrollRegion& region) { return region.maxOffset() <= 0; });
   if (environment_.layoutDirection == LayoutDirection::rightToLeft) {
     mirror(tree_.root());
     for (ScrollRegion& region : scrollRegions_) mirror(region.frame);
@@ -78,8 +78,8 @@ Size Layout::size(Element& element, Proposal proposal) {
     if (asked == proposal) return answer;
   }
   const Size answer = measure(element, proposal);
-  constexpr std::size_t mostSizes = 8;
-  if (element.sizes.size() == mostSizes) element.sizes.erase(element.sizes.begin());
+  constexpr std::size_t maxSizes = 8;
+  if (element.sizes.size() == maxSizes) element.sizes.erase(element.sizes.begin());
   element.sizes.emplace_back(proposal, answer);
   return answer;
 }
@@ -191,15 +191,15 @@ void Layout::placeAligned(Element& element, const Rect& frame, Alignment alignme
         proposal);
 }
 
-double Layout::leastWidth(Element& element) const {
-  if (!element.leastWidth) element.leastWidth = measureLeastWidth(element);
-  return *element.leastWidth;
+double Layout::minContentWidth(Element& element) const {
+  if (!element.minContentWidth) element.minContentWidth = measureMinContentWidth(element);
+  return *element.minContentWidth;
 }
 
-double Layout::measureLeastWidth(const Element& element) const {
+double Layout::measureMinContentWidth(const Element& element) const {
   const auto widestChild = [&] {
     double widest = 0;
-    forEachChild(element, [&](Element& child) { widest = std::max(widest, leastWidth(child)); });
+    forEachChild(element, [&](Element& child) { widest = std::max(widest, minContentWidth(child)); });
     return widest;
   };
   return std::visit(
@@ -212,7 +212,7 @@ double Layout::measureLeastWidth(const Element& element) const {
               return widestChild();
             }
             double sum = -stack.spacing;
-            for (const auto& child : element.children) sum += leastWidth(*child) + stack.spacing;
+            for (const auto& child : element.children) sum += minContentWidth(*child) + stack.spacing;
             return std::max(0.0, sum);
           },
           [&](const view::Padding& padding) { return widestChild() + padding.insets.width(); },

@@ -18,7 +18,7 @@ struct ScrollRegion {
   Rect frame;
   double contentHeight = 0;
 
-  double furthest() const { return std::max(0.0, contentHeight - frame.height); }
+  double maxOffset() const { return std::max(0.0, contentHeight - frame.height); }
 };
 
 /// How far a region has been scrolled, in points from the top; remembered by the region's identity. A layout
@@ -56,8 +56,8 @@ class Layout {
   void placeAligned(Element& element, const Rect& frame, Alignment alignment, const Proposal& proposal);
 
   /// The width below which a word in the element would be broken.
-  double leastWidth(Element& element) const;
-  double measureLeastWidth(const Element& element) const;
+  double minContentWidth(Element& element) const;
+  double measureMinContentWidth(const Element& element) const;
 
   struct StackItem {
     Element* element;

@@ -15,10 +15,10 @@ double Layout::placeScroller(const Element& element, const Rect& region, double 
   const ScrollRegion scroller{element.id, region, contentHeight};
   scrollRegions_.push_back(scroller);
   auto& [visible, clip, offset] = viewport_;
-  if (scroller.furthest() > 0) clip = clip ? clip->intersection(region) : region;
+  if (scroller.maxOffset() > 0) clip = clip ? clip->intersection(region) : region;
   visible = visible.intersection(region);
   offset = &scrollOffset(element.id);
-  return region.y - std::clamp(offset->y, 0.0, scroller.furthest());
+  return region.y - std::clamp(offset->y, 0.0, scroller.maxOffset());
 }
 
 Layout::PinnedHeights Layout::pinnedHeights(Element& element, const view::PinnedFooter& pinned,
@@ -29,7 +29,7 @@ Layout::PinnedHeights Layout::pinnedHeights(Element& element, const view::Pinned
   const double room = proposal.height.value_or(infinity);
   if (content + footer <= room) return {content, footer, 0, content, false};
   const double middle = room - footer - pinned.gap - pinned.inset;
-  const double least = pinned.leastMiddle * std::max(1.0, environment_.textScale);
+  const double least = pinned.minMiddle * std::max(1.0, environment_.textScale);
   return {content, footer, pinned.inset, middle, middle < std::min(content, least)};
 }
 

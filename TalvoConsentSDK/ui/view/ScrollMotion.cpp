@@ -9,7 +9,7 @@ namespace {
 using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds memory(0.1);
-constexpr double leastFling = 50;     // points a second
+constexpr double minFling = 50;       // points a second
 constexpr double endOfFling = 10;     // points a second
 constexpr double kept = 0.135335283;  // share of the speed that is left after a second (0.998 a millisecond)
 
@@ -33,7 +33,7 @@ void ScrollMotion::release(Clock::time_point now) {
   if (samples_.size() > 1) {
     const Seconds time = now - samples_.front().time;
     const double speed = time.count() > 0 ? (samples_.front().y - samples_.back().y) / time.count() : 0;
-    if (std::abs(speed) >= leastFling) speed_ = speed;
+    if (std::abs(speed) >= minFling) speed_ = speed;
   }
   samples_.clear();
   stepped_ = now;

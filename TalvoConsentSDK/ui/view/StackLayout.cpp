@@ -156,15 +156,15 @@ std::vector<Layout::FlowLine> Layout::flow(Element& element, double spacing, con
 double Layout::flexibility(Element& child, Axis axis, const Proposal& proposal) {
   const double most = along(axis, size(child, withAlong(axis, proposal, infinity)));
   if (!std::isfinite(most)) return infinity;
-  const double least =
-      axis == Axis::horizontal ? leastWidth(child) : along(axis, size(child, withAlong(axis, proposal, 0)));
+  const double least = axis == Axis::horizontal ? minContentWidth(child)
+                                                : along(axis, size(child, withAlong(axis, proposal, 0)));
   return most - least;
 }
 
 bool Layout::breaksAWord(Element& element, const Stack& stack, const Proposal& proposal) {
   if (stack.overflow != Overflow::stackAtBrokenWord || !proposal.width) return false;
   const auto isBroken = [this](const StackItem& item) {
-    return leastWidth(*item.element) > item.proposal.width.value_or(infinity);
+    return minContentWidth(*item.element) > item.proposal.width.value_or(infinity);
   };
   return std::ranges::any_of(distribute(element, stack, stack.axis, proposal), isBroken);
 }

@@ -113,12 +113,12 @@ struct Scroll {
 };
 
 /// Two children, the second below the first. Where they do not fit, the first scrolls and the second stays;
-/// where that would leave the first less than `leastMiddle` (at text scale 1, and more for larger text), both
+/// where that would leave the first less than `minMiddle` (at text scale 1, and more for larger text), both
 /// scroll together. Where it scrolls, `gap` keeps the first from the second, and `inset` from what is drawn
 /// over the top of it.
 struct PinnedFooter {
   double inset = 0;
-  double leastMiddle = 120;
+  double minMiddle = 120;
   double gap = 8;
   friend bool operator==(const PinnedFooter&, const PinnedFooter&) = default;
 };

@@ -42,7 +42,7 @@ class Flattener {
       const Rect& f = region.frame;
       const visual::Box line{strong(hairline)};
       if (y > 0.5) push(region.id, upperEdgePart, {f.x, f.y, f.width, 0.5}, {}, 1, line);
-      if (y < region.furthest() - 0.5) {
+      if (y < region.maxOffset() - 0.5) {
         push(region.id, lowerEdgePart, {f.x, f.bottom() - 0.5, f.width, 0.5}, {}, 1, line);
       }
     }
