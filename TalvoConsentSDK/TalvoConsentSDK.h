@@ -2,11 +2,11 @@
 
 // Everything a host needs: both clients, the records they exchange, and the platform to install.
 
-#include "TalvoConsentSDK/core/ConsentEvent.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"
 #include "TalvoConsentSDK/core/TalvoConsent.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/ConsentEvent.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
 #include "TalvoConsentSDK/models/ConsentValue.h"
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"

@@ -9,9 +9,9 @@
 #include <benchmark/benchmark.h>
 
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
-#include "TalvoConsentSDK/ui/view/Animations.h"
-#include "TalvoConsentSDK/ui/view/Layout.h"
-#include "TalvoConsentSDK/ui/view/Visual.h"
+#include "TalvoConsentSDK/view/Animations.h"
+#include "TalvoConsentSDK/view/Layout.h"
+#include "TalvoConsentSDK/view/Visual.h"
 
 #include "adapters/qt/QtText.h"
 #include "adapters/qt/VisualMount.h"

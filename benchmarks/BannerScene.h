@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "TalvoConsentSDK/ui/view/HostingController.h"
+#include "TalvoConsentSDK/view/HostingController.h"
 
 #include "adapters/qt/ViewWindow.h"
 

@@ -7,12 +7,11 @@
 #include <set>
 
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
-#include "TalvoConsentSDK/ui/view/HostingController.h"
-
-#include "adapters/memory/FixedWidthMeasurer.h"
-#include "adapters/memory/MemoryPlatform.h"
+#include "TalvoConsentSDK/view/HostingController.h"
 
 #include "fuzz/Fuzzing.h"
+#include "testing/fakes/FixedWidthMeasurer.h"
+#include "testing/fakes/MemoryPlatform.h"
 
 using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::fuzzing;

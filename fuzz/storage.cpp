@@ -3,9 +3,8 @@
 
 #include "TalvoConsentSDK/storage/ConsentStorage.h"
 
-#include "adapters/memory/MemoryPlatform.h"
-
 #include "fuzz/Fuzzing.h"
+#include "testing/fakes/MemoryPlatform.h"
 
 using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::fuzzing;

@@ -1,12 +1,11 @@
 // The small texts of a document: colours, the addresses of requests, and links. Parts: a text, a path.
 
+#include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/network/Endpoint.h"
-#include "TalvoConsentSDK/platform/Color.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 
-#include "adapters/memory/MemoryPlatform.h"
-
 #include "fuzz/Fuzzing.h"
+#include "testing/fakes/MemoryPlatform.h"
 
 using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::fuzzing;

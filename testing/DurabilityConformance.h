@@ -16,9 +16,8 @@
 #include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
-#include "adapters/memory/CapturingPrinter.h"
-
 #include "testing/ChildProcess.h"
+#include "testing/fakes/CapturingPrinter.h"
 
 namespace TalvoConsentSDK {
 

@@ -15,7 +15,7 @@
 
 #include "TalvoConsentSDK/platform/Platform.h"
 
-#include "adapters/memory/CapturingPrinter.h"
+#include "testing/fakes/CapturingPrinter.h"
 
 namespace TalvoConsentSDK {
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

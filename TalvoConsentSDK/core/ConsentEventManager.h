@@ -7,8 +7,8 @@
 #include <mutex>
 #include <vector>
 
-#include "TalvoConsentSDK/core/ConsentEvent.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
+#include "TalvoConsentSDK/models/ConsentEvent.h"
 
 namespace TalvoConsentSDK {
 

@@ -8,8 +8,8 @@
 #include <mutex>
 #include <string>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
 namespace TalvoConsentSDK {

@@ -7,12 +7,12 @@
 #include <optional>
 #include <string>
 
-#include "TalvoConsentSDK/core/ConsentEvent.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/ConsentEvent.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {

@@ -4,10 +4,10 @@
 
 #include <functional>
 
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/core/Site.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
-#include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
 
 namespace TalvoConsentSDK {

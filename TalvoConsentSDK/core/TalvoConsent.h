@@ -9,9 +9,9 @@
 #include <optional>
 #include <string>
 
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/models/JSONValue.h"
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Result.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

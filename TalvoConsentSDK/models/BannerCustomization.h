@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

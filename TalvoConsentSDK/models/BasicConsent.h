@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "TalvoConsentSDK/core/ConsentEvent.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/models/ConsentEvent.h"
 #include "TalvoConsentSDK/models/ConsentValue.h"
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

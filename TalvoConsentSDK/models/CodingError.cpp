@@ -1,6 +1,6 @@
 #include "TalvoConsentSDK/models/CodingError.h"
 
-#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/base/Error.h"
 
 namespace TalvoConsentSDK {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

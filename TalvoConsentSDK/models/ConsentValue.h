@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

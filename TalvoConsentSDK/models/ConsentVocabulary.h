@@ -4,8 +4,8 @@
 
 #include <array>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/RawValue.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/RawValue.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

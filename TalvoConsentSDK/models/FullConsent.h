@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentValue.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Result.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

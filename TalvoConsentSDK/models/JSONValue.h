@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/ASCII.h"
+#include "TalvoConsentSDK/base/ASCII.h"
 
 namespace TalvoConsentSDK {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/models/Services.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

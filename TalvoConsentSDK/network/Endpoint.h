@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/base/URL.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
 namespace TalvoConsentSDK {

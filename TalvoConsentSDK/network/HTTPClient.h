@@ -8,10 +8,10 @@
 #include <string>
 #include <utility>
 
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/JSONValue.h"
 #include "TalvoConsentSDK/network/HTTPClientError.h"
-#include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 

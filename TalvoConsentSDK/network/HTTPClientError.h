@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Error.h"
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Error.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "TalvoConsentSDK/base/unicode/Characters.h"
 #include "TalvoConsentSDK/models/CodingError.h"
-#include "TalvoConsentSDK/models/json/JSONNode.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
 
@@ -36,7 +36,7 @@ Result<std::string> acceptedBody(Result<URLResponse> outcome, MissingBody missin
   if (!response.statusCode) return HTTPClientError::invalidResponse();
   std::string body = std::move(response.body).value_or("");
   if (*response.statusCode < 200 || *response.statusCode > 299) {
-    return HTTPClientError::httpError(*response.statusCode, json::isUTF8(body) ? body : "Unknown error");
+    return HTTPClientError::httpError(*response.statusCode, isUTF8(body) ? body : "Unknown error");
   }
   return body;
 }

@@ -6,8 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/URL.h"
 #include "TalvoConsentSDK/platform/Window.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {

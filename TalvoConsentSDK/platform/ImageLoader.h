@@ -5,10 +5,10 @@
 #include <functional>
 #include <memory>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Geometry.h"
-#include "TalvoConsentSDK/platform/Result.h"
-#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Geometry.h"
+#include "TalvoConsentSDK/base/Result.h"
+#include "TalvoConsentSDK/base/URL.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -5,9 +5,9 @@
 
 #include <memory>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Application.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Localization.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/URLSession.h"

@@ -5,7 +5,8 @@
 #include <mutex>
 #include <string>
 
-#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/base/Error.h"
+#include "TalvoConsentSDK/base/unicode/Characters.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 namespace TalvoConsentSDK {
@@ -14,28 +15,6 @@ namespace {
 
 constexpr std::size_t maxLine = 2048;
 constexpr std::string_view cutMark = "…";
-
-struct Character {
-  char32_t code;
-  std::size_t length;  // in bytes; 0 when the bytes are no UTF-8
-};
-
-Character characterAt(std::string_view text) {
-  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  constexpr std::array<char32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
-  const unsigned first = byte(0);
-  if (first < 0x80) return {first, 1};
-  const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-  if (first < 0xC0 || first >= 0xF8 || text.size() < length) return {0, 0};
-  char32_t code = first & (0x7FU >> length);
-  for (std::size_t at = 1; at < length; ++at) {
-    if ((byte(at) & 0xC0U) != 0x80) return {0, 0};
-    code = code << 6U | (byte(at) & 0x3FU);
-  }
-  const bool isSurrogate = code >= 0xD800 && code < 0xE000;
-  if (code < least[length] || code > 0x10FFFF || isSurrogate) return {0, 0};
-  return {code, length};
-}
 
 // What would end a line somewhere, tell a terminal what to do, or reorder what stands around it.
 bool isControl(char32_t code) {
@@ -62,7 +41,7 @@ std::string oneLine(std::string_view text) {
   std::string line;
   std::size_t cut = 0;  // where the mark still fits
   while (!text.empty()) {
-    const Character character = characterAt(text);
+    const Character character = firstCharacter(text);
     line += visible(character, text);
     if (line.size() > maxLine) return line.substr(0, cut).append(cutMark);
     if (line.size() <= maxLine - cutMark.size()) cut = line.size();

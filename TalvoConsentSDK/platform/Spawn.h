@@ -13,9 +13,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/platform/Printer.h"
-#include "TalvoConsentSDK/platform/Result.h"
 #include "TalvoConsentSDK/platform/Task.h"
 #include "TalvoConsentSDK/platform/Wait.h"
 

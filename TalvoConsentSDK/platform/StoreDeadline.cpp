@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "TalvoConsentSDK/platform/Deadline.h"
+#include "TalvoConsentSDK/base/Deadline.h"
 
 namespace TalvoConsentSDK {
 

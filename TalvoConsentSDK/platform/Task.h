@@ -14,8 +14,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 #include "TalvoConsentSDK/platform/Wait.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {

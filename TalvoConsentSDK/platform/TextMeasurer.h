@@ -4,9 +4,9 @@
 
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Font.h"
-#include "TalvoConsentSDK/platform/Geometry.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Font.h"
+#include "TalvoConsentSDK/base/Geometry.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/ASCII.h"
+#include "TalvoConsentSDK/base/ASCII.h"
 
 namespace TalvoConsentSDK {
 

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Result.h"
-#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Result.h"
+#include "TalvoConsentSDK/base/URL.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

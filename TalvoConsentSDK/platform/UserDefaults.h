@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Result.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

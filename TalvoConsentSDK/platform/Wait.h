@@ -8,8 +8,8 @@
 #include <memory>
 #include <utility>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -6,12 +6,18 @@
 #include <functional>
 #include <memory>
 
-#include "TalvoConsentSDK/platform/Color.h"
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Color.h"
+#include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-class HostingController;
+/// What a window shows, and passes touches and keys to. `HostingController` is the one implementation; a
+/// window gets it back with `HostingController::of`. The seams name this base so that they need not know
+/// views.
+class RootViewController {
+ public:
+  virtual ~RootViewController() = default;
+};
 
 /// How a window stacks: alerts lie above every normal window of the host.
 enum class WindowLevel { normal, alert };
@@ -24,7 +30,7 @@ class Window {
   virtual ~Window() = default;
 
   /// Gives the window its content and keeps it alive.
-  virtual void setRootViewController(std::shared_ptr<HostingController> controller) = 0;
+  virtual void setRootViewController(std::shared_ptr<RootViewController> controller) = 0;
 
   virtual void setWindowLevel(WindowLevel level) = 0;
   virtual void setBackgroundColor(Color color) = 0;

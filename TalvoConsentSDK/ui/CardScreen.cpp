@@ -4,9 +4,9 @@
 #include <string>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/ASCII.h"
+#include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/Palette.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

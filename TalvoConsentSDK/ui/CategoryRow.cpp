@@ -4,8 +4,8 @@
 
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/VendorRow.h"
-#include "TalvoConsentSDK/ui/view/Element.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Element.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

@@ -6,7 +6,7 @@
 
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
-#include "TalvoConsentSDK/ui/view/AnyView.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 

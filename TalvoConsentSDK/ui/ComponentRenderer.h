@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
-#include "TalvoConsentSDK/ui/view/AnyView.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 

@@ -8,9 +8,9 @@
 #include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
-#include "TalvoConsentSDK/ui/view/HostingController.h"
-#include "TalvoConsentSDK/ui/view/TextDirection.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/HostingController.h"
+#include "TalvoConsentSDK/view/TextDirection.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

@@ -7,7 +7,7 @@
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/platform/Window.h"
 #include "TalvoConsentSDK/ui/ConsentBannerView.h"
-#include "TalvoConsentSDK/ui/view/AnyView.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 

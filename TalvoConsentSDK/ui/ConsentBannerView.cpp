@@ -11,8 +11,8 @@
 #include "TalvoConsentSDK/ui/MainScreenView.h"
 #include "TalvoConsentSDK/ui/PreferencesScreenView.h"
 #include "TalvoConsentSDK/ui/VendorDetailScreenView.h"
-#include "TalvoConsentSDK/ui/view/Element.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Element.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

@@ -15,8 +15,8 @@
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
-#include "TalvoConsentSDK/ui/view/AnyView.h"
-#include "TalvoConsentSDK/ui/view/State.h"
+#include "TalvoConsentSDK/view/AnyView.h"
+#include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentSDK {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
-#include "TalvoConsentSDK/ui/view/State.h"
+#include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentSDK {
 

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/ASCII.h"
+#include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 

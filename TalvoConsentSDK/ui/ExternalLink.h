@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/base/URL.h"
 
 namespace TalvoConsentSDK {
 

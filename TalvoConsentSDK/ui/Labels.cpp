@@ -4,7 +4,7 @@
 #include <iterator>
 #include <optional>
 
-#include "TalvoConsentSDK/platform/ASCII.h"
+#include "TalvoConsentSDK/base/ASCII.h"
 
 namespace TalvoConsentSDK {
 

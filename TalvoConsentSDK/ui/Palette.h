@@ -2,9 +2,9 @@
 
 // The colours of one banner: the customization's four, read once, and the few that derive from them.
 
+#include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
-#include "TalvoConsentSDK/platform/Color.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

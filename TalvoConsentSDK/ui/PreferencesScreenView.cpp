@@ -5,7 +5,7 @@
 #include "TalvoConsentSDK/ui/CardScreen.h"
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/Palette.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

@@ -4,7 +4,7 @@
 
 #include "TalvoConsentSDK/ui/CategoryRow.h"
 #include "TalvoConsentSDK/ui/Palette.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

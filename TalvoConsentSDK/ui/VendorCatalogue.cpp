@@ -1,6 +1,6 @@
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 
-#include "TalvoConsentSDK/platform/ASCII.h"
+#include "TalvoConsentSDK/base/ASCII.h"
 
 namespace TalvoConsentSDK {
 

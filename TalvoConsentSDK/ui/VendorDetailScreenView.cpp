@@ -9,7 +9,7 @@
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 

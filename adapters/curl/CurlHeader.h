@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/base/Error.h"
 
 namespace TalvoConsentSDK {
 

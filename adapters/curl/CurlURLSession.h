@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
 #include "adapters/threads/ParkedThread.h"

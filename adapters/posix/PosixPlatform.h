@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 #include "adapters/curl/CurlURLSession.h"

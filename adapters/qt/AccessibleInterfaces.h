@@ -4,7 +4,7 @@
 
 #include <QAccessible>
 
-#include "TalvoConsentSDK/ui/view/Element.h"
+#include "TalvoConsentSDK/view/Element.h"
 
 namespace TalvoConsentSDK {
 

@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "TalvoConsentSDK/ui/view/Accessible.h"
+#include "TalvoConsentSDK/view/Accessible.h"
 
 namespace TalvoConsentSDK {
 

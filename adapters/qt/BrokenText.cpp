@@ -9,7 +9,7 @@
 #include <mutex>
 #include <tuple>
 
-#include "TalvoConsentSDK/ui/view/TextDirection.h"
+#include "TalvoConsentSDK/view/TextDirection.h"
 
 namespace TalvoConsentSDK {
 

@@ -9,8 +9,8 @@
 #include <memory>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Font.h"
-#include "TalvoConsentSDK/platform/Geometry.h"
+#include "TalvoConsentSDK/base/Font.h"
+#include "TalvoConsentSDK/base/Geometry.h"
 
 #include "adapters/qt/QtText.h"
 

@@ -10,8 +10,8 @@
 #include <array>
 #include <optional>
 
-#include "TalvoConsentSDK/platform/Color.h"
-#include "TalvoConsentSDK/ui/view/ViewTypes.h"
+#include "TalvoConsentSDK/base/Color.h"
+#include "TalvoConsentSDK/view/ViewTypes.h"
 
 class QQuickWindow;
 

@@ -37,14 +37,14 @@ OverlayWindow::~OverlayWindow() {
   surface_->deleteWhenUnused();
 }
 
-void OverlayWindow::setRootViewController(std::shared_ptr<HostingController> controller) {
+void OverlayWindow::setRootViewController(std::shared_ptr<RootViewController> controller) {
   ViewEnvironment environment;
   environment.textMeasurer = std::make_shared<QtTextMeasurer>(options_.text);
   environment.textScale = options_.text.scale;
   environment.imageLoader = imageLoader_;
   environment.reducesMotion = options_.reducesMotion;
   environment.highContrast = options_.highContrast.value_or(asksForHighContrast());
-  if (surface_) surface_->setController(std::move(controller), std::move(environment));
+  if (surface_) surface_->setController(HostingController::of(controller), std::move(environment));
 }
 
 void OverlayWindow::setBackgroundColor(Color color) {

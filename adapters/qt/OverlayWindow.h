@@ -18,7 +18,7 @@ class OverlayWindow : public Window {
                 OverlayKind kind = overlayKind());
   ~OverlayWindow() override;
 
-  void setRootViewController(std::shared_ptr<HostingController> controller) override;
+  void setRootViewController(std::shared_ptr<RootViewController> controller) override;
   void setWindowLevel(WindowLevel) override {}  // it lies on its host, above which only alerts are
   void setBackgroundColor(Color color) override;
   void makeKeyAndVisible() override;

@@ -4,8 +4,8 @@
 
 #include <memory>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 class QObject;
 

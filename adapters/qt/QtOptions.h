@@ -5,9 +5,9 @@
 #include <functional>
 #include <optional>
 
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Geometry.h"
 #include "TalvoConsentSDK/platform/Application.h"
-#include "TalvoConsentSDK/platform/Export.h"
-#include "TalvoConsentSDK/platform/Geometry.h"
 
 #include "adapters/qt/QtText.h"
 

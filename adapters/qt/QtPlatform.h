@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 
 #include "adapters/qt/QtOptions.h"

@@ -5,7 +5,7 @@
 #include <QFont>
 #include <QString>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {

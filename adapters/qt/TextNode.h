@@ -7,7 +7,7 @@
 #include <functional>
 #include <map>
 
-#include "TalvoConsentSDK/ui/view/Visual.h"
+#include "TalvoConsentSDK/view/Visual.h"
 
 #include "adapters/qt/QtText.h"
 

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-#include "TalvoConsentSDK/ui/view/HostingController.h"
+#include "TalvoConsentSDK/view/HostingController.h"
 
 #include "adapters/qt/AccessibleTree.h"
 #include "adapters/qt/VisualMount.h"

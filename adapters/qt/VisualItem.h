@@ -4,7 +4,7 @@
 
 #include <QQuickItem>
 
-#include "TalvoConsentSDK/ui/view/Visual.h"
+#include "TalvoConsentSDK/view/Visual.h"
 
 #include "adapters/qt/QtText.h"
 #include "adapters/qt/TextNode.h"

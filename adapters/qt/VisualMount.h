@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "TalvoConsentSDK/ui/view/Visual.h"
+#include "TalvoConsentSDK/view/Visual.h"
 
 #include "adapters/qt/VisualItem.h"
 

@@ -10,7 +10,7 @@
 
 #include <sqlite3.h>
 
-#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/base/Error.h"
 
 namespace TalvoConsentSDK {
 

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Deadline.h"
+#include "TalvoConsentSDK/base/Deadline.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/StoreDeadline.h"
 

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Export.h"
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {

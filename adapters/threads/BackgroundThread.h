@@ -5,8 +5,8 @@
 #include <memory>
 #include <mutex>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 #include "adapters/threads/ParkedThread.h"
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Deadline.h"
+#include "TalvoConsentSDK/base/Deadline.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
 namespace TalvoConsentSDK {

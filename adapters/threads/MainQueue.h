@@ -9,8 +9,8 @@
 #include <functional>
 #include <mutex>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
-#include "TalvoConsentSDK/platform/Result.h"
 
 namespace TalvoConsentSDK::service {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/base/Result.h"
 
 #include "Reply.h"
 

@@ -12,12 +12,12 @@
 #include <system_error>
 #include <utility>
 
-#include "TalvoConsentSDK/lint/EstimatedText.h"
-#include "TalvoConsentSDK/lint/SiteLint.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/JSONValue.h"
 
 #include "Sites.h"
+#include "apps/lint/EstimatedText.h"
+#include "apps/lint/SiteLint.h"
 
 namespace TalvoConsentSDK::service {
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/base/Result.h"
 
 namespace TalvoConsentSDK::service {
 

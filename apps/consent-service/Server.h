@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "TalvoConsentSDK/platform/Result.h"
+#include "TalvoConsentSDK/base/Result.h"
 
 #include "Faults.h"
 

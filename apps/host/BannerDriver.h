@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "TalvoConsentSDK/models/JSONValue.h"
-#include "TalvoConsentSDK/ui/view/Accessible.h"
+#include "TalvoConsentSDK/view/Accessible.h"
 
 namespace TalvoConsentSDK {
 class ViewWindow;

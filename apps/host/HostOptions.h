@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "TalvoConsentSDK/base/Geometry.h"
 #include "TalvoConsentSDK/platform/Application.h"
-#include "TalvoConsentSDK/platform/Geometry.h"
 
 namespace TalvoConsentHost {
 

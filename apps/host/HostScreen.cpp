@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "TalvoConsentSDK/ui/view/Element.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Element.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentHost {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "TalvoConsentSDK/ui/view/AnyView.h"
-#include "TalvoConsentSDK/ui/view/State.h"
+#include "TalvoConsentSDK/view/AnyView.h"
+#include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentHost {
 

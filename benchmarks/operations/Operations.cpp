@@ -14,12 +14,11 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/ServicesByCategory.h"
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
-#include "TalvoConsentSDK/ui/view/HostingController.h"
-
-#include "adapters/memory/FixedWidthMeasurer.h"
-#include "adapters/memory/MemoryPlatform.h"
+#include "TalvoConsentSDK/view/HostingController.h"
 
 #include "benchmarks/Documents.h"
+#include "testing/fakes/FixedWidthMeasurer.h"
+#include "testing/fakes/MemoryPlatform.h"
 
 extern "C" __attribute__((noinline)) void talvoMeasured(const std::function<void()>& operation) {
   operation();

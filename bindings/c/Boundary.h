@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "TalvoConsentSDK/platform/Error.h"
+#include "TalvoConsentSDK/base/Error.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
 #include "talvo_consent.h"

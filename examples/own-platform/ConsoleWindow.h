@@ -10,7 +10,7 @@
 #include <string>
 
 #include <TalvoConsentSDK/platform/Application.h>
-#include <TalvoConsentSDK/ui/view/HostingController.h>
+#include <TalvoConsentSDK/view/HostingController.h>
 
 namespace own {
 using namespace TalvoConsentSDK;
@@ -35,8 +35,8 @@ class ConsoleWindow : public Window {
  public:
   explicit ConsoleWindow(std::string answer) : answer_(std::move(answer)) {}
 
-  void setRootViewController(std::shared_ptr<HostingController> controller) override {
-    controller_ = std::move(controller);
+  void setRootViewController(std::shared_ptr<RootViewController> controller) override {
+    controller_ = HostingController::of(controller);
     ViewEnvironment environment;
     environment.textMeasurer = std::make_shared<ConsoleMeasurer>();
     environment.size = {390, 844};

@@ -9,11 +9,11 @@
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 
-#include "adapters/memory/CapturingPrinter.h"
-#include "adapters/memory/FakeApplication.h"
 #include "adapters/posix/PosixPlatform.h"
 
 #include "testing/LoopbackServer.h"
+#include "testing/fakes/CapturingPrinter.h"
+#include "testing/fakes/FakeApplication.h"
 #include "tests/support/Repetitions.h"
 #include "tests/support/Testing.h"
 

@@ -2,11 +2,11 @@
 
 #include <future>
 
-#include "adapters/memory/ManualExecutor.h"
 #include "adapters/threads/BackgroundThread.h"
 #include "adapters/threads/MainQueue.h"
 
 #include "testing/ExecutorConformance.h"
+#include "testing/fakes/ManualExecutor.h"
 
 namespace TalvoConsentSDK {
 namespace {

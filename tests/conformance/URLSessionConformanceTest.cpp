@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "adapters/memory/FailingSeams.h"
-#include "adapters/memory/FakeURLSession.h"
 #include "adapters/threads/BackgroundThread.h"
 
 #include "testing/URLSessionConformance.h"
+#include "testing/fakes/FailingSeams.h"
+#include "testing/fakes/FakeURLSession.h"
 
 namespace TalvoConsentSDK {
 namespace {

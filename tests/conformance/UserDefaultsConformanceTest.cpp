@@ -1,8 +1,7 @@
-#include "adapters/memory/FailingSeams.h"
-#include "adapters/memory/InMemoryUserDefaults.h"
-
 #include "examples/own-platform/OwnStore.h"
 #include "testing/UserDefaultsConformance.h"
+#include "testing/fakes/FailingSeams.h"
+#include "testing/fakes/InMemoryUserDefaults.h"
 
 namespace TalvoConsentSDK {
 namespace {

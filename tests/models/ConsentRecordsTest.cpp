@@ -1,5 +1,5 @@
-#include "TalvoConsentSDK/core/ConsentEvent.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
+#include "TalvoConsentSDK/models/ConsentEvent.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
 
 #include "tests/support/Testing.h"

@@ -1,4 +1,4 @@
-#include "TalvoConsentSDK/platform/Color.h"
+#include "TalvoConsentSDK/base/Color.h"
 
 #include "tests/support/Testing.h"
 

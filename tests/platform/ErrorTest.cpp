@@ -1,9 +1,9 @@
 #include <stdexcept>
 
+#include "TalvoConsentSDK/base/Error.h"
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/models/CodingError.h"
 #include "TalvoConsentSDK/network/HTTPClientError.h"
-#include "TalvoConsentSDK/platform/Error.h"
-#include "TalvoConsentSDK/platform/Result.h"
 
 #include "tests/support/Testing.h"
 

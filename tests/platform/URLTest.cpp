@@ -1,4 +1,4 @@
-#include "TalvoConsentSDK/platform/URL.h"
+#include "TalvoConsentSDK/base/URL.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
 #include "tests/support/Testing.h"

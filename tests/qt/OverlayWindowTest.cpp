@@ -3,7 +3,7 @@
 #include <QMetaEnum>
 #include <QWheelEvent>
 
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 #include "adapters/qt/OverlayWindow.h"
 #include "adapters/qt/QtApplication.h"

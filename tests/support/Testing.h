@@ -22,7 +22,7 @@
 #include "TalvoConsentSDK/models/JSONValue.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
-#include "adapters/memory/MemoryPlatform.h"
+#include "testing/fakes/MemoryPlatform.h"
 
 namespace TalvoConsentSDK {
 

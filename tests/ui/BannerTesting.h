@@ -3,11 +3,10 @@
 // What the banner's tests share: documents and tables in a few words, and a screen to read and to touch.
 
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
-#include "TalvoConsentSDK/ui/view/HostingController.h"
-#include "TalvoConsentSDK/ui/view/Views.h"
+#include "TalvoConsentSDK/view/HostingController.h"
+#include "TalvoConsentSDK/view/Views.h"
 
-#include "adapters/memory/FixedWidthMeasurer.h"
-
+#include "testing/fakes/FixedWidthMeasurer.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {

@@ -1,7 +1,6 @@
 // Whole screens as text, compared with the files in tests/golden/pictures.
 
-#include "adapters/memory/TextPicture.h"
-
+#include "testing/fakes/TextPicture.h"
 #include "tests/support/Golden.h"
 #include "tests/ui/BannerTesting.h"
 

@@ -11,12 +11,12 @@
 #include <string_view>
 #include <vector>
 
+#include "TalvoConsentSDK/base/RawValue.h"
 #include "TalvoConsentSDK/models/CodingError.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/json/JSONNode.h"
 #include "TalvoConsentSDK/models/json/JSONWriter.h"
 #include "TalvoConsentSDK/models/json/Record.h"
-#include "TalvoConsentSDK/platform/RawValue.h"
 
 namespace TalvoConsentSDK::json {
 

@@ -9,11 +9,11 @@
 #include <string>
 #include <string_view>
 
+#include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/models/CodingError.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/models/json/JSONNode.h"
 #include "TalvoConsentSDK/models/json/JSONWriter.h"
-#include "TalvoConsentSDK/platform/Result.h"
 
 namespace TalvoConsentSDK::json {
 

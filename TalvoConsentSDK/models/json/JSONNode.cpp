@@ -151,8 +151,4 @@ Node Document::root() const {
   return Node(toHandle(parsed_->root), typeOf(parsed_->root));
 }
 
-bool isUTF8(std::string_view text) {
-  return simdjson::validate_utf8(text.data(), text.size());
-}
-
 }  // namespace TalvoConsentSDK::json

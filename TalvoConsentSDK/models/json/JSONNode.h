@@ -87,7 +87,4 @@ class Document {
   std::unique_ptr<Parsed> parsed_;
 };
 
-/// Whether `text` is valid UTF-8.
-bool isUTF8(std::string_view text);
-
 }  // namespace TalvoConsentSDK::json

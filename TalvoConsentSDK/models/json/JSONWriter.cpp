@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "TalvoConsentSDK/base/unicode/Characters.h"
 #include "TalvoConsentSDK/models/CodingError.h"
 #include "TalvoConsentSDK/models/json/JSONNode.h"
 

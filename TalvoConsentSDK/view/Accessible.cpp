@@ -1,0 +1,159 @@
+#include "TalvoConsentSDK/view/Accessible.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "TalvoConsentSDK/view/ViewNode.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+std::string texts(const Element& element) {
+  if (const auto* text = std::get_if<view::Text>(&element.view.node().content)) return text->text;
+  std::string all;
+  forEachChild(element, [&](const Element& child) {
+    const std::string own = texts(child);
+    if (!all.empty() && !own.empty()) all += ' ';
+    all += own;
+  });
+  return all;
+}
+
+class Collector {
+ public:
+  void add(const Element& element, bool isEnabled) {
+    std::visit([&](const auto& content) { collect(element, content, isEnabled); },
+               element.view.node().content);
+  }
+
+  std::vector<AccessibleElement> take() && { return std::move(elements_); }
+
+ private:
+  void addChildren(const Element& element, bool isEnabled) {
+    forEachChild(element, [&](const Element& child) { add(child, isEnabled); });
+  }
+
+  AccessibleElement& append(const Element& element, Role role, std::string name, bool isEnabled) {
+    AccessibleElement& added = elements_.emplace_back();
+    added.id = element.id;
+    added.role = role;
+    added.name = std::move(name);
+    added.isEnabled = isEnabled;
+    added.frame = element.frame;
+    added.clip = element.clip;
+    return added;
+  }
+
+  AccessibleElement& appendControl(const Element& element, Role role, std::string name, bool isEnabled) {
+    AccessibleElement& added = append(element, role, std::move(name), isEnabled);
+    added.frame = element.frame.grownTo({minTarget, minTarget});
+    added.control = AccessibleControl{element.view, element.frame};
+    return added;
+  }
+
+  void collect(const Element& element, const view::Text& text, bool) {
+    append(element, Role::text, text.text, true);
+  }
+
+  void collect(const Element& element, const view::Button&, bool isEnabled) {
+    appendControl(element, Role::button, texts(element), isEnabled);
+  }
+
+  void collect(const Element& element, const view::Toggle& toggle, bool isEnabled) {
+    appendControl(element, Role::toggle, "", isEnabled).value = toggle.isOn ? "on" : "off";
+  }
+
+  void collect(const Element& element, const view::Disabled& disabled, bool isEnabled) {
+    addChildren(element, isEnabled && !disabled.isDisabled);
+  }
+
+  // A dialog stands before its content. Any other role, label or value belongs to the first thing inside, or,
+  // where that is no thing of its own, to the whole as one.
+  void collect(const Element& element, const view::Accessibility& own, bool isEnabled) {
+    if (own.role == Role::dialog) {
+      append(element, own.role, own.label, true).isModal = own.isModal;
+      addChildren(element, isEnabled);
+      return;
+    }
+    const std::size_t first = elements_.size();
+    addChildren(element, isEnabled);
+    if (elements_.size() == first) {
+      if (own.label.empty()) return;
+      append(element, own.role == Role::none ? Role::image : own.role, own.label, true);
+    }
+    AccessibleElement& subject = elements_[first];
+    if (own.role != Role::none) subject.role = own.role;
+    if (!own.label.empty()) subject.name = own.label;
+    if (!own.value.empty()) subject.value = own.value;
+    if (!own.description.empty()) subject.description = own.description;
+    subject.isDismissal = own.isDismissal;
+  }
+
+  template <class Other>
+  void collect(const Element& element, const Other&, bool isEnabled) {
+    addChildren(element, isEnabled);
+  }
+
+  std::vector<AccessibleElement> elements_;
+};
+
+Rect seen(const Rect& frame, const std::optional<Rect>& clip) {
+  return clip ? frame.intersection(*clip) : frame;
+}
+
+double distance(const Rect& frame, Point p) {
+  const double dx = std::max({frame.x - p.x, 0.0, p.x - frame.right()});
+  const double dy = std::max({frame.y - p.y, 0.0, p.y - frame.bottom()});
+  return std::hypot(dx, dy);
+}
+
+}  // namespace
+
+std::vector<AccessibleElement> accessibleElements(const ElementTree& tree) {
+  Collector collector;
+  collector.add(tree.root(), true);
+  return std::move(collector).take();
+}
+
+const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point) {
+  const AccessibleElement* nearest = nullptr;
+  double least = infinity;
+  for (const AccessibleElement& each : elements) {
+    if (!each.isControl() || (each.clip && !each.clip->contains(point))) continue;
+    if (!each.frame.contains(point)) continue;
+    const double own = distance(seen(each.control->frame, each.clip), point);
+    if (own <= least) {  // of two at the same distance the later one lies on top
+      nearest = &each;
+      least = own;
+    }
+  }
+  return nearest;
+}
+
+bool isCovered(const ElementTree& tree, Point point) {
+  const auto covers = [&](const auto& self, const Element& element) -> bool {
+    const auto& content = element.view.node().content;
+    const bool isFilled =
+        std::holds_alternative<view::Shape>(content) || std::holds_alternative<view::Background>(content);
+    if (isFilled && seen(element.frame, element.clip).contains(point)) return true;
+    bool covered = false;
+    forEachChild(element, [&](const Element& child) { covered = covered || self(self, child); });
+    return covered;
+  };
+  return covers(covers, tree.root());
+}
+
+void activate(const AccessibleControl& control) {
+  const auto& content = control.view.node().content;
+  if (const auto* button = std::get_if<view::Button>(&content)) {
+    const auto action = button->action.run;  // the handler may replace the view it belongs to
+    action();
+  } else if (const auto* toggle = std::get_if<view::Toggle>(&content)) {
+    const auto set = toggle->set.run;
+    set(!toggle->isOn);
+  }
+}
+
+}  // namespace TalvoConsentSDK

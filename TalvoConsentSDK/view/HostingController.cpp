@@ -1,0 +1,144 @@
+#include "TalvoConsentSDK/view/HostingController.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "TalvoConsentSDK/view/ViewNode.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+class Raised {
+ public:
+  explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
+  Raised(const Raised&) = delete;
+  Raised& operator=(const Raised&) = delete;
+  ~Raised() { flag_ = false; }
+
+ private:
+  bool& flag_;
+};
+
+}  // namespace
+
+HostingController::HostingController(AnyView rootView, LayoutDirection direction)
+    : rootView_(std::move(rootView)),
+      direction_(direction),
+      tree_([this] {
+        renderIsStale_ = true;
+        requestFrame();
+      }),
+      layout_(tree_, environment_) {}
+
+void HostingController::setEnvironment(ViewEnvironment environment) {
+  if (environment.textMeasurer != environment_.textMeasurer) sizesAreStale_ = true;
+  environment_ = std::move(environment);
+  environment_.layoutDirection = direction_;
+  layoutIsStale_ = true;
+  requestFrame();
+}
+
+const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
+  if (isUpdating_) return visuals_;
+  if (motion_.isFlinging()) applyScroll(*motion_.region(), motion_.step(now));
+  update();
+  animations_.begin(now, !environment_.reducesMotion);
+  const VisualState state{pressed_, focusIsVisible_ ? focused_ : std::nullopt, layout_.scrollRegions()};
+  visuals_ = visuals(tree_, environment_, state, animations_);
+  return visuals_;
+}
+
+bool HostingController::covers(Point point) {
+  if (isUpdating_) return true;
+  update();
+  return isCovered(tree_, point);
+}
+
+const std::vector<AccessibleElement>& HostingController::accessibleElements(bool all) {
+  update();
+  if (!all || isUpdating_) return accessible_;
+  if (!allAccessible_) {
+    layout_.run(keptElements(), Layout::Rows::all);
+    allAccessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    layout_.run(keptElements());  // drops the rows again, but now their heights are known
+    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    requestFrame();
+  }
+  return *allAccessible_;
+}
+
+std::uint64_t HostingController::accessibleRevision() {
+  update();
+  return accessibleRevision_;
+}
+
+bool HostingController::activate(ElementId control) {
+  const AccessibleElement* element = find(control);
+  if (!element || !element->isControl() || !element->isEnabled) return false;
+  TalvoConsentSDK::activate(*element->control);
+  return true;
+}
+
+// Brings rendering and layout up to date. Texts, lines printed and pictures are the host's business, who may
+// run an event loop meanwhile and so get here again: it then sees what was there before.
+void HostingController::update() {
+  if (isUpdating_) return;
+  const Raised updating(isUpdating_);
+  if (std::exchange(sizesAreStale_, false)) forgetAllSizes(tree_.root());
+  if (std::exchange(renderIsStale_, false)) {
+    tree_.render(rootView_);
+    layoutIsStale_ = true;
+  }
+  if (std::exchange(layoutIsStale_, false)) {
+    layout_.run(keptElements());
+    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    allAccessible_.reset();
+    ++accessibleRevision_;
+    settleFocus();
+    loadImages(tree_.root());
+  }
+}
+
+// What is focused or pressed stays, however far it is scrolled away.
+std::vector<ElementId> HostingController::keptElements() const {
+  std::vector<ElementId> kept;
+  if (focused_) kept.push_back(*focused_);
+  if (pressed_) kept.push_back(*pressed_);
+  return kept;
+}
+
+void HostingController::loadImages(Element& element) {
+  if (const auto* image = std::get_if<view::AsyncImage>(&element.view.node().content)) {
+    auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
+    if (loaded.url != image->url && environment_.imageLoader) {
+      loaded = {image->url, nullptr};
+      const URL url = image->url;
+      environment_.imageLoader->load(url, [weak = std::weak_ptr(self_), id = element.id,
+                                           url](const Result<std::shared_ptr<const Image>>& result) {
+        const auto self = weak.lock();
+        if (!self || !result) return;
+        HostingController& controller = **self;
+        controller.tree_.memory().get<LoadedImage>(id, [] { return LoadedImage(); }) = {url, *result};
+        controller.sizesAreStale_ = controller.layoutIsStale_ = true;
+        controller.requestFrame();
+      });
+    }
+  }
+  forEachChild(element, [this](Element& child) { loadImages(child); });
+}
+
+void HostingController::requestFrame() {
+  if (needsFrame_) needsFrame_();
+}
+
+const AccessibleElement* HostingController::find(ElementId id) {
+  for (const bool all : {false, true}) {
+    const auto& elements = accessibleElements(all);
+    const auto found = std::ranges::find(elements, id, &AccessibleElement::id);
+    if (found != elements.end()) return &*found;
+  }
+  return nullptr;
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,190 @@
+// How a HostingController answers to touches, wheels and keys.
+
+#include <algorithm>
+#include <cmath>
+#include <ranges>
+
+#include "TalvoConsentSDK/view/HostingController.h"
+#include "TalvoConsentSDK/view/ViewNode.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+constexpr double slop = 10;       // a finger that moves farther drags instead of tapping, in points
+constexpr double arrowStep = 40;  // points that an arrow key scrolls by
+constexpr double revealMargin = 12;
+
+}  // namespace
+
+void HostingController::touchBegan(Point point, Clock::time_point now) {
+  const bool wasFlinging = motion_.isFlinging();
+  motion_.stop();
+  touchStart_ = point;
+  isDragging_ = false;
+  pressed_.reset();  // the end of the last touch may have been lost
+  focusIsVisible_ = false;
+  const AccessibleElement* control = controlAt(accessibleElements(), point);
+  if (control && control->isEnabled && !wasFlinging) pressed_ = control->id;
+  if (const ScrollRegion* region = regionAt(point)) motion_.grab(region->id, point.y, now);
+  requestFrame();
+}
+
+void HostingController::touchMoved(Point point, Clock::time_point now) {
+  if (!isDragging_ && std::hypot(point.x - touchStart_.x, point.y - touchStart_.y) > slop) {
+    isDragging_ = true;
+    pressed_.reset();
+    motion_.drag(point.y, now);  // the slop itself does not scroll
+    requestFrame();
+    return;
+  }
+  if (isDragging_ && motion_.region()) scrollBy(*motion_.region(), motion_.drag(point.y, now));
+}
+
+void HostingController::touchEnded(Point point, Clock::time_point now) {
+  const auto tapped = std::exchange(pressed_, std::nullopt);
+  if (isDragging_) {
+    touchMoved(point, now);
+    motion_.release(now);
+  } else {
+    motion_.stop();
+  }
+  isDragging_ = false;
+  requestFrame();
+  if (tapped) activate(*tapped);
+}
+
+void HostingController::touchCancelled() {
+  pressed_.reset();
+  isDragging_ = false;
+  motion_.stop();
+  requestFrame();
+}
+
+void HostingController::scroll(Point point, double distance) {
+  update();
+  motion_.stop();
+  if (const ScrollRegion* region = regionAt(point)) scrollBy(region->id, distance);
+}
+
+bool HostingController::press(Key key) {
+  update();
+  const auto& regions = layout_.scrollRegions();
+  const auto scrollFirst = [&](double distance) {
+    if (!regions.empty()) scrollBy(regions.front().id, distance);
+    return !regions.empty();
+  };
+  const double page = regions.empty() ? 0 : regions.front().frame.height * 0.9;
+  switch (key) {
+    case Key::tab:
+      moveFocus(1);
+      return true;
+    case Key::backtab:
+      moveFocus(-1);
+      return true;
+    case Key::space:
+    case Key::enter:
+      return focused_ && activate(*focused_);
+    case Key::escape: {
+      const auto& elements = accessibleElements();
+      const auto dismissal = std::ranges::find_if(elements, &AccessibleElement::isDismissal);
+      return dismissal != elements.end() && activate(dismissal->id);
+    }
+    case Key::up:
+      return scrollFirst(-arrowStep);
+    case Key::down:
+      return scrollFirst(arrowStep);
+    case Key::pageUp:
+      return scrollFirst(-page);
+    case Key::pageDown:
+      return scrollFirst(page);
+    case Key::home:
+      return scrollFirst(-infinity);
+    case Key::end:
+      return scrollFirst(infinity);
+  }
+  return false;
+}
+
+void HostingController::reveal(const AccessibleElement& element) {
+  if (!element.clip) return;
+  const Rect clip = *element.clip;
+  const Rect frame = element.frame;
+  const ScrollRegion* region = regionAt(clip.center());
+  if (!region) return;
+  if (frame.y < clip.y) {
+    scrollBy(region->id, frame.y - clip.y - revealMargin);
+  } else if (frame.bottom() > clip.bottom()) {
+    scrollBy(region->id, frame.bottom() - clip.bottom() + revealMargin);
+  }
+}
+
+std::optional<ElementId> HostingController::focused() {
+  update();
+  return focused_;
+}
+
+void HostingController::focus(ElementId element) {
+  focused_ = element;
+  // Once more, since rows that come into sight on the way may turn out taller than thought.
+  for (int i = 0; i < 2; ++i) {
+    if (const AccessibleElement* found = find(element)) reveal(*found);
+  }
+  requestFrame();
+}
+
+// Tells whether there was anything left to scroll; where there was not, a fling ends.
+bool HostingController::applyScroll(ElementId region, double distance) {
+  const auto& regions = layout_.scrollRegions();
+  const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
+  const double maxOffset = scrolled == regions.end() ? 0 : scrolled->maxOffset();
+  double& y = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); }).y;
+  const double from = std::min(y, maxOffset);
+  const double target = std::clamp(from + distance, 0.0, maxOffset);
+  if (target == from) {
+    if (motion_.isFlinging()) motion_.stop();
+    return false;
+  }
+  y = target == maxOffset ? infinity : target;  // the end stays the end, however tall rows turn out
+  layoutIsStale_ = true;
+  return true;
+}
+
+void HostingController::scrollBy(ElementId region, double distance) {
+  if (applyScroll(region, distance)) requestFrame();
+}
+
+const ScrollRegion* HostingController::regionAt(Point point) const {
+  for (const ScrollRegion& region : std::views::reverse(layout_.scrollRegions())) {
+    if (region.frame.contains(point)) return &region;
+  }
+  return nullptr;
+}
+
+// Focus goes round the controls in reading order. It begins at the title, which is no control, so that no
+// decision is one key away from a banner that has only just appeared.
+void HostingController::moveFocus(int step) {
+  const auto& elements = accessibleElements();
+  const auto isStop = [](const AccessibleElement& each) { return each.isControl() && each.isEnabled; };
+  const auto count = static_cast<std::ptrdiff_t>(elements.size());
+  const auto current =
+      focused_ ? std::ranges::find(elements, *focused_, &AccessibleElement::id) : elements.end();
+  std::ptrdiff_t index = current == elements.end() ? (step > 0 ? -1 : count) : current - elements.begin();
+  for (std::ptrdiff_t tried = 0; tried < count; ++tried) {
+    index = (index + step + count) % count;
+    if (isStop(elements[static_cast<std::size_t>(index)])) {
+      focusIsVisible_ = true;
+      return focus(elements[static_cast<std::size_t>(index)].id);
+    }
+  }
+}
+
+void HostingController::settleFocus() {
+  if (focused_ && std::ranges::find(accessible_, *focused_, &AccessibleElement::id) != accessible_.end()) {
+    return;
+  }
+  const auto title = std::ranges::find(accessible_, Role::heading, &AccessibleElement::role);
+  focused_ = title == accessible_.end() ? std::nullopt : std::optional(title->id);
+}
+
+}  // namespace TalvoConsentSDK

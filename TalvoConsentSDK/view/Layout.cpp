@@ -1,0 +1,244 @@
+#include "TalvoConsentSDK/view/Layout.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+template <class... Cases>
+struct Overloaded : Cases... {
+  using Cases::operator()...;
+};
+
+constexpr Size toggleSize{51, 31};
+constexpr double dividerHeight = 1;
+
+std::optional<double> lessened(std::optional<double> length, double by) {
+  if (!length) return std::nullopt;
+  return std::max(0.0, *length - by);
+}
+
+// What a frame proposes to its child along one axis.
+std::optional<double> framed(std::optional<double> offered, std::optional<double> least,
+                             std::optional<double> most) {
+  if (least && most && *least == *most) return least;
+  if (!offered) return most && *most < infinity ? most : std::nullopt;
+  return std::max(least.value_or(0), std::min(*offered, most.value_or(infinity)));
+}
+
+// A frame's own length along one axis.
+double framedLength(double child, std::optional<double> offered, std::optional<double> least,
+                    std::optional<double> most) {
+  if (!least && !most) return child;
+  const double wanted =
+      most && offered ? std::min(*offered, *most) : std::min(child, most.value_or(infinity));
+  return std::max(least.value_or(most ? std::min(child, *most) : 0), wanted);
+}
+
+double aligned(double room, int position) {
+  return room * position / 2;
+}
+
+}  // namespace
+
+Layout::Layout(ElementTree& tree, const ViewEnvironment& environment)
+    : tree_(tree), environment_(environment) {}
+
+void Layout::run(std::vector<ElementId> kept, Rows rows) {
+  kept_ = std::move(kept);
+  rows_ = rows;
+  const Insets& safe = environment_.safeArea;
+  const Size window = environment_.size;
+  const Rect area{safe.leading, safe.top, std::max(0.0, window.width - safe.width()),
+                  std::max(0.0, window.height - safe.height())};
+  // Rows seen for the first time may turn out taller than thought.
+  constexpr int maxPasses = 4;
+  for (int pass = 0; pass < maxPasses && (pass == 0 || rowsChanged_); ++pass) {
+    scrollRegions_.clear();
+    rowsChanged_ = false;
+    viewport_ = {{0, 0, window.width, window.height}, std::nullopt, nullptr};
+    placeAligned(tree_.root(), area, {}, {area.width, area.height});
+  }
+  for (const ScrollRegion& region : scrollRegions_) {
+    double& y = scrollOffset(region.id).y;
+    y = std::clamp(y, 0.0, region.maxOffset());
+  }
+  std::erase_if(scrollRegions_, [](const ScrollRegion& region) { return region.maxOffset() <= 0; });
+  if (environment_.layoutDirection == LayoutDirection::rightToLeft) {
+    mirror(tree_.root());
+    for (ScrollRegion& region : scrollRegions_) mirror(region.frame);
+  }
+}
+
+Size Layout::size(Element& element, Proposal proposal) {
+  if (std::holds_alternative<view::Text>(element.view.node().content)) proposal.height.reset();  // not asked
+  for (const auto& [asked, answer] : element.sizes) {
+    if (asked == proposal) return answer;
+  }
+  const Size answer = measure(element, proposal);
+  constexpr std::size_t maxSizes = 8;
+  if (element.sizes.size() == maxSizes) element.sizes.erase(element.sizes.begin());
+  element.sizes.emplace_back(proposal, answer);
+  return answer;
+}
+
+Size Layout::measure(Element& element, const Proposal& proposal) {
+  const auto child = [&](std::size_t index, const Proposal& offered) {
+    return size(*element.children[index], offered);
+  };
+  return std::visit(
+      Overloaded{
+          [](const view::Empty&) { return Size{}; },
+          [&](const view::Text& text) {
+            return environment_.textMeasurer->measure(text.text, text.font,
+                                                      proposal.width.value_or(infinity));
+          },
+          [](const view::Symbol& symbol) { return Size{symbol.size, symbol.size}; },
+          [&](const view::AsyncImage& image) { return measureImage(element, image, proposal); },
+          [&](const view::Shape&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
+          [](const view::Toggle&) { return toggleSize; },
+          [&](const view::Stack& stack) { return measureStack(element, stack, proposal); },
+          [](const view::Spacer&) { return Size{}; },
+          [&](const view::Divider&) { return Size{proposal.width.value_or(0), dividerHeight}; },
+          [&](const view::Scroll&) {
+            const Size content = child(0, {proposal.width, std::nullopt});
+            return Size{content.width, std::min(content.height, proposal.height.value_or(infinity))};
+          },
+          [&](const view::PinnedFooter& pinned) {
+            const PinnedHeights heights = pinnedHeights(element, pinned, proposal);
+            const double width = std::max(child(0, {proposal.width, std::nullopt}).width,
+                                          child(1, {proposal.width, std::nullopt}).width);
+            const double all = heights.content + heights.footer;
+            return Size{width, std::min(all, proposal.height.value_or(infinity))};
+          },
+          [&](const view::LazyRows&) { return measureRows(element, proposal); },
+          [&](const view::Padding& padding) {
+            const Insets& insets = padding.insets;
+            const Size content = child(
+                0, {lessened(proposal.width, insets.width()), lessened(proposal.height, insets.height())});
+            return Size{content.width + insets.width(), content.height + insets.height()};
+          },
+          [&](const view::Frame& frame) {
+            const Size content = child(0, {framed(proposal.width, frame.minWidth, frame.maxWidth),
+                                           framed(proposal.height, frame.minHeight, frame.maxHeight)});
+            return Size{framedLength(content.width, proposal.width, frame.minWidth, frame.maxWidth),
+                        framedLength(content.height, proposal.height, frame.minHeight, frame.maxHeight)};
+          },
+          [&]<view::OneOf<view::Button, view::Background, view::Overlay, view::Opacity, view::Disabled,
+                          view::IgnoresSafeArea, view::Accessibility, view::Component>
+                  Wrapper>(const Wrapper&) { return child(0, proposal); },
+      },
+      element.view.node().content);
+}
+
+void Layout::place(Element& element, const Rect& frame, const Proposal& proposal) {
+  element.frame = frame;
+  element.clip = viewport_.clip;
+  const auto child = [&](std::size_t index) -> Element& { return *element.children[index]; };
+  std::visit(Overloaded{
+                 [&](const view::Stack& stack) { placeStack(element, stack, frame, proposal); },
+                 [&](const view::Scroll&) {
+                   const Proposal offered{proposal.width, std::nullopt};
+                   const Size content = size(child(0), offered);
+                   const Viewport outer = viewport_;
+                   const double top = placeScroller(element, frame, content.height);
+                   place(child(0), {frame.x, top, content.width, content.height}, offered);
+                   viewport_ = outer;
+                 },
+                 [&](const view::PinnedFooter& pinned) { placePinned(element, pinned, frame, proposal); },
+                 [&](const view::LazyRows&) { placeRows(element, frame); },
+                 [&](const view::Padding& padding) {
+                   const Insets& insets = padding.insets;
+                   const Proposal offered{lessened(proposal.width, insets.width()),
+                                          lessened(proposal.height, insets.height())};
+                   const Size content = size(child(0), offered);
+                   place(child(0),
+                         {frame.x + insets.leading, frame.y + insets.top, content.width, content.height},
+                         offered);
+                 },
+                 [&](const view::Frame& bounds) {
+                   placeAligned(child(0), frame, bounds.alignment,
+                                {framed(proposal.width, bounds.minWidth, bounds.maxWidth),
+                                 framed(proposal.height, bounds.minHeight, bounds.maxHeight)});
+                 },
+                 [&](const view::Overlay& overlay) {
+                   place(child(0), frame, proposal);
+                   placeAligned(child(1), frame, overlay.alignment, {frame.width, frame.height});
+                 },
+                 [&](const view::IgnoresSafeArea&) {
+                   const Rect window{0, 0, environment_.size.width, environment_.size.height};
+                   place(child(0), window, {window.width, window.height});
+                 },
+                 [&]<view::OneOf<view::Button, view::Background, view::Opacity, view::Disabled,
+                                 view::Accessibility, view::Component>
+                         Wrapper>(const Wrapper&) { place(child(0), frame, proposal); },
+                 []<view::OneOf<view::Empty, view::Text, view::Symbol, view::AsyncImage, view::Shape,
+                                view::Toggle, view::Spacer, view::Divider>
+                        Leaf>(const Leaf&) {},
+             },
+             element.view.node().content);
+}
+
+void Layout::placeAligned(Element& element, const Rect& frame, Alignment alignment,
+                          const Proposal& proposal) {
+  const Size own = size(element, proposal);
+  place(element,
+        {frame.x + aligned(frame.width - own.width, static_cast<int>(alignment.horizontal)),
+         frame.y + aligned(frame.height - own.height, static_cast<int>(alignment.vertical)), own.width,
+         own.height},
+        proposal);
+}
+
+double Layout::minContentWidth(Element& element) const {
+  if (!element.minContentWidth) element.minContentWidth = measureMinContentWidth(element);
+  return *element.minContentWidth;
+}
+
+double Layout::measureMinContentWidth(const Element& element) const {
+  const auto widestChild = [&] {
+    double widest = 0;
+    forEachChild(element, [&](Element& child) { widest = std::max(widest, minContentWidth(child)); });
+    return widest;
+  };
+  return std::visit(
+      Overloaded{
+          [&](const view::Text& text) { return environment_.textMeasurer->widestWord(text.text, text.font); },
+          [](const view::Symbol& symbol) { return symbol.size; },
+          [](const view::Toggle&) { return toggleSize.width; },
+          [&](const view::Stack& stack) {
+            if (stack.axis != view::Axis::horizontal || stack.overflow != Overflow::compress) {
+              return widestChild();
+            }
+            double sum = -stack.spacing;
+            for (const auto& child : element.children) sum += minContentWidth(*child) + stack.spacing;
+            return std::max(0.0, sum);
+          },
+          [&](const view::Padding& padding) { return widestChild() + padding.insets.width(); },
+          [&](const view::Frame& frame) { return std::max(widestChild(), frame.minWidth.value_or(0)); },
+          [&](const auto&) { return widestChild(); },  // nothing where there are no children
+      },
+      element.view.node().content);
+}
+
+Size Layout::measureImage(const Element& element, const view::AsyncImage& image, const Proposal& proposal) {
+  const auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
+  if (!loaded.image || loaded.url != image.url) return {0, image.height};
+  const Size natural = loaded.image->size();
+  if (natural.width <= 0 || natural.height <= 0) return {0, image.height};
+  const double width = image.height * natural.width / natural.height;
+  return {std::min(width, proposal.width.value_or(infinity)), image.height};
+}
+
+void Layout::mirror(Rect& rect) const {
+  rect.x = environment_.size.width - rect.right();
+}
+
+void Layout::mirror(Element& element) const {
+  mirror(element.frame);
+  if (element.clip) mirror(*element.clip);
+  forEachChild(element, [this](Element& child) { mirror(child); });
+}
+
+}  // namespace TalvoConsentSDK

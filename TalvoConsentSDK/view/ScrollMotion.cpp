@@ -1,0 +1,57 @@
+#include "TalvoConsentSDK/view/ScrollMotion.h"
+
+#include <cmath>
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+constexpr Seconds memory(0.1);
+constexpr double minFling = 50;       // points a second
+constexpr double endOfFling = 10;     // points a second
+constexpr double kept = 0.135335283;  // share of the speed that is left after a second (0.998 a millisecond)
+
+}  // namespace
+
+void ScrollMotion::grab(std::uint64_t region, double y, Clock::time_point now) {
+  region_ = region;
+  speed_ = 0;
+  samples_ = {{now, y}};
+}
+
+double ScrollMotion::drag(double y, Clock::time_point now) {
+  if (samples_.empty()) return 0;
+  const double distance = samples_.back().y - y;
+  samples_.push_back({now, y});
+  while (now - samples_.front().time > memory && samples_.size() > 2) samples_.erase(samples_.begin());
+  return distance;
+}
+
+void ScrollMotion::release(Clock::time_point now) {
+  if (samples_.size() > 1) {
+    const Seconds time = now - samples_.front().time;
+    const double speed = time.count() > 0 ? (samples_.front().y - samples_.back().y) / time.count() : 0;
+    if (std::abs(speed) >= minFling) speed_ = speed;
+  }
+  samples_.clear();
+  stepped_ = now;
+}
+
+// The speed falls exponentially, so the distance is its integral whatever the steps' lengths.
+double ScrollMotion::step(Clock::time_point now) {
+  const Seconds time = now - stepped_;
+  stepped_ = now;
+  const double later = speed_ * std::pow(kept, time.count());
+  const double distance = (later - speed_) / std::log(kept);
+  speed_ = std::abs(later) < endOfFling ? 0 : later;
+  return distance;
+}
+
+void ScrollMotion::stop() {
+  speed_ = 0;
+  samples_.clear();
+}
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,172 @@
+// How stacks share their room among their children.
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <tuple>
+
+#include "TalvoConsentSDK/view/Layout.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+using view::Axis;
+using view::Stack;
+
+double along(Axis axis, const Size& size) {
+  return axis == Axis::horizontal ? size.width : size.height;
+}
+double across(Axis axis, const Size& size) {
+  return axis == Axis::horizontal ? size.height : size.width;
+}
+
+std::optional<double> along(Axis axis, const Proposal& proposal) {
+  return axis == Axis::horizontal ? proposal.width : proposal.height;
+}
+
+Proposal withAlong(Axis axis, const Proposal& proposal, std::optional<double> length) {
+  return axis == Axis::horizontal ? Proposal{length, proposal.height} : Proposal{proposal.width, length};
+}
+
+bool isSpacer(const Element& element) {
+  return std::holds_alternative<view::Spacer>(element.view.node().content);
+}
+
+bool isEmpty(const Element& element) {
+  if (const auto& content = element.view.node().content; std::holds_alternative<view::Component>(content)) {
+    return isEmpty(*element.children.front());
+  }
+  return element.view.isEmpty();
+}
+
+template <class Items>
+Size extent(const Items& items, Axis axis, double spacing) {
+  double length = items.empty() ? 0 : -spacing;
+  double breadth = 0;
+  for (const auto& item : items) {
+    length += along(axis, item.size) + spacing;
+    breadth = std::max(breadth, across(axis, item.size));
+  }
+  return axis == Axis::horizontal ? Size{length, breadth} : Size{breadth, length};
+}
+
+}  // namespace
+
+Size Layout::measureStack(Element& element, const Stack& stack, const Proposal& proposal) {
+  if (stack.axis == Axis::depth) {
+    Size largest;
+    for (const auto& child : element.children) {
+      const Size own = size(*child, proposal);
+      largest = {std::max(largest.width, own.width), std::max(largest.height, own.height)};
+    }
+    return largest;
+  }
+  if (stack.overflow == Overflow::wrap) {
+    return extent(flow(element, stack.spacing, proposal), Axis::vertical, stack.spacing);
+  }
+  const Axis axis = breaksAWord(element, stack, proposal) ? Axis::vertical : stack.axis;
+  return extent(distribute(element, stack, axis, proposal), axis, stack.spacing);
+}
+
+void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame, const Proposal& proposal) {
+  if (stack.axis == Axis::depth) {
+    for (const auto& child : element.children) placeAligned(*child, frame, stack.alignment, proposal);
+    return;
+  }
+  const auto placeItems = [&](const std::vector<StackItem>& items, Axis axis, const Rect& area) {
+    const int position = axis == Axis::horizontal ? static_cast<int>(stack.alignment.vertical)
+                                                  : static_cast<int>(stack.alignment.horizontal);
+    const double breadth = across(axis, area.size());
+    double start = axis == Axis::horizontal ? area.x : area.y;
+    for (const StackItem& item : items) {
+      const double offset = (breadth - across(axis, item.size)) * position / 2;
+      place(*item.element,
+            axis == Axis::horizontal ? Rect{start, area.y + offset, item.size.width, item.size.height}
+                                     : Rect{area.x + offset, start, item.size.width, item.size.height},
+            item.proposal);
+      start += along(axis, item.size) + stack.spacing;
+    }
+  };
+
+  if (stack.overflow == Overflow::wrap) {
+    double top = frame.y;
+    for (const FlowLine& line : flow(element, stack.spacing, proposal)) {
+      placeItems(line.items, Axis::horizontal, {frame.x, top, line.size.width, line.size.height});
+      top += line.size.height + stack.spacing;
+    }
+    return;
+  }
+  const Axis axis = breaksAWord(element, stack, proposal) ? Axis::vertical : stack.axis;
+  placeItems(distribute(element, stack, axis, proposal), axis, frame);
+}
+
+// The least flexible child chooses first, out of an equal share of what is left; spacers come last and take
+// the rest. Empty views take no part, so that they leave no gap.
+std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack& stack, Axis axis,
+                                                  const Proposal& proposal) {
+  std::vector<StackItem> items;
+  for (const auto& child : element.children) {
+    if (!isEmpty(*child)) items.push_back({child.get(), proposal, {}});
+  }
+  const auto offered = along(axis, proposal);
+  if (!offered) {
+    for (StackItem& item : items) item.size = size(*item.element, item.proposal);
+    return items;
+  }
+
+  std::vector<std::size_t> order(items.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::vector<double> flexibilities;
+  for (const StackItem& item : items) flexibilities.push_back(flexibility(*item.element, axis, proposal));
+  std::ranges::sort(
+      order, {}, [&](std::size_t i) { return std::tuple(isSpacer(*items[i].element), flexibilities[i], i); });
+
+  double left = *offered - stack.spacing * static_cast<double>(items.empty() ? 0 : items.size() - 1);
+  auto sharers = static_cast<double>(items.size());
+  for (const std::size_t i : order) {
+    StackItem& item = items[i];
+    const double share = std::max(0.0, left / sharers);
+    item.proposal = withAlong(axis, proposal, share);
+    item.size = size(*item.element, item.proposal);
+    if (isSpacer(*item.element)) item.size = axis == Axis::horizontal ? Size{share, 0} : Size{0, share};
+    left -= along(axis, item.size);
+    --sharers;
+  }
+  return items;
+}
+
+std::vector<Layout::FlowLine> Layout::flow(Element& element, double spacing, const Proposal& proposal) {
+  const double room = proposal.width.value_or(infinity);
+  std::vector<FlowLine> lines;
+  for (const auto& child : element.children) {
+    if (isEmpty(*child)) continue;
+    StackItem item{child.get(), {}, size(*child, {})};
+    if (item.size.width > room) {
+      item.proposal = {room, std::nullopt};
+      item.size = size(*child, item.proposal);
+    }
+    if (lines.empty() || lines.back().size.width + spacing + item.size.width > room) lines.emplace_back();
+    lines.back().items.push_back(item);
+    lines.back().size = extent(lines.back().items, Axis::horizontal, spacing);
+  }
+  return lines;
+}
+
+double Layout::flexibility(Element& child, Axis axis, const Proposal& proposal) {
+  const double most = along(axis, size(child, withAlong(axis, proposal, infinity)));
+  if (!std::isfinite(most)) return infinity;
+  const double least = axis == Axis::horizontal ? minContentWidth(child)
+                                                : along(axis, size(child, withAlong(axis, proposal, 0)));
+  return most - least;
+}
+
+bool Layout::breaksAWord(Element& element, const Stack& stack, const Proposal& proposal) {
+  if (stack.overflow != Overflow::stackAtBrokenWord || !proposal.width) return false;
+  const auto isBroken = [this](const StackItem& item) {
+    return minContentWidth(*item.element) > item.proposal.width.value_or(infinity);
+  };
+  return std::ranges::any_of(distribute(element, stack, stack.axis, proposal), isBroken);
+}
+
+}  // namespace TalvoConsentSDK

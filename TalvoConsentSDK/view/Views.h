@@ -1,0 +1,71 @@
+#pragma once
+
+// The views that others are made of. A screen is an expression over these functions and AnyView's operations.
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/base/Font.h"
+#include "TalvoConsentSDK/base/URL.h"
+#include "TalvoConsentSDK/view/AnyView.h"
+#include "TalvoConsentSDK/view/State.h"
+#include "TalvoConsentSDK/view/ViewNode.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
+
+struct TextOptions {
+  Font font = {};
+  Color color = {};
+  bool isUnderlined = false;
+  HorizontalAlignment alignment = HorizontalAlignment::leading;
+};
+
+struct ToggleColors {
+  Color on = {};
+  Color off = {};
+  Color knob = {};
+};
+
+/// Children from leading to trailing.
+struct HorizontalOptions {
+  VerticalAlignment alignment = VerticalAlignment::center;
+  double spacing = 0;
+  Overflow overflow = Overflow::compress;
+  HorizontalAlignment stacked = HorizontalAlignment::center;  // where the overflow puts one below the other
+};
+
+/// Children from top to bottom.
+struct VerticalOptions {
+  HorizontalAlignment alignment = HorizontalAlignment::center;
+  double spacing = 0;
+};
+
+TALVO_EXPORT AnyView text(std::string content, const TextOptions& options);
+TALVO_EXPORT AnyView symbol(const view::Symbol& symbol);
+TALVO_EXPORT AnyView asyncImage(URL url, double height);
+TALVO_EXPORT AnyView shape(Color color);
+TALVO_EXPORT AnyView button(const AnyView& label, std::function<void()> action);
+TALVO_EXPORT AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors);
+TALVO_EXPORT AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children);
+TALVO_EXPORT AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> children);
+
+/// Children one over the other, the last one on top.
+TALVO_EXPORT AnyView depthStack(Alignment alignment, std::vector<AnyView> children);
+
+TALVO_EXPORT AnyView spacer();
+TALVO_EXPORT AnyView divider(Color color);
+TALVO_EXPORT AnyView scroll(const AnyView& content);
+
+/// See `view::PinnedFooter`.
+TALVO_EXPORT AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
+
+/// See `view::LazyRows`; `row` makes the row at an index.
+TALVO_EXPORT AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);
+
+/// A view with state of its own; `body` runs for every rendering.
+TALVO_EXPORT AnyView component(std::string name, std::function<AnyView(RenderContext&)> body);
+
+}  // namespace TalvoConsentSDK

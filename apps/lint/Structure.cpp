@@ -1,0 +1,191 @@
+// Components, actions and links that the banner would leave out or that lead nowhere.
+
+#include <algorithm>
+
+#include "TalvoConsentSDK/base/ASCII.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ExternalLink.h"
+#include "TalvoConsentSDK/ui/Labels.h"
+#include "TalvoConsentSDK/ui/LinkComponentRenderer.h"
+
+#include "apps/lint/Site.h"
+
+namespace TalvoConsentSDK::linting {
+
+namespace {
+
+using Item = BannerCustomization::ComponentItem;
+using Customization = BannerCustomization::Customization;
+
+bool holds(const std::vector<Item>& items, std::string_view id) {
+  const auto isComplete = [&](const Item& each) {
+    return each.id == id && ComponentRendererFactory::isComplete(each);
+  };
+  return std::ranges::any_of(items, isComplete);
+}
+
+bool hasButton(const std::vector<Item>& items, std::string_view action) {
+  return std::ranges::any_of(items, [&](const Item& item) {
+    return item.id == "buttons" && item.buttons &&
+           std::ranges::any_of(*item.buttons, [&](const auto& button) { return button.id == action; });
+  });
+}
+
+// One customization's components.
+class StructureCheck {
+ public:
+  StructureCheck(const CustomizationDocument& document, Report& report)
+      : document_(document), customization_(*document.record.customization), report_(report) {}
+
+  void run() {
+    bool hasMain = false;
+    bool hasPreferences = false;
+    for (const Screen& screen : screens(document_.record)) {
+      (screen.isMain ? hasMain : hasPreferences) |= !screen.items.empty();
+      if (!screen.isMain) checkPreferences(screen);
+    }
+    if (!hasMain) error("customization.components.mainScreen", "the first screen would be empty");
+    for (const Screen& screen : screens(document_.record)) {
+      for (std::size_t i = 0; i < screen.items.size(); ++i) {
+        checkComponent(screen, at(screen.path, i), screen.items[i], hasPreferences);
+      }
+      const auto decides = [](const CommonAction& action) { return action.id; };
+      if (screen.isMain && hasMain &&
+          std::ranges::none_of(
+              commonActions, [&](std::string_view id) { return hasButton(screen.items, id); }, decides)) {
+        error(screen.path, "no button on the first screen lets a person decide");
+      }
+    }
+    checkTexts();
+    const std::string& position = customization_.settings.positioning;
+    if (lowercased(position) != "top" && lowercased(position) != "bottom") {
+      warning("customization.settings.positioning", quoted(position) + " means \"bottom\"");
+    }
+  }
+
+ private:
+  void error(std::string path, std::string sentence) {
+    report_.error(document_.name, std::move(path), std::move(sentence));
+  }
+  void warning(std::string path, std::string sentence) {
+    report_.warning(document_.name, std::move(path), std::move(sentence));
+  }
+
+  void checkPreferences(const Screen& screen) {
+    if (screen.items.empty()) return;
+    if (!holds(screen.items, "tabs")) {
+      error(screen.path, "the preferences have no tabs, so that there is nothing to choose");
+    } else if (!hasButton(screen.items, saveAction)) {
+      error(screen.path, "no button saves what a person has chosen");
+    }
+  }
+
+  void checkComponent(const Screen& screen, const std::string& path, const Item& item, bool hasPreferences) {
+    if (!item.id) return error(path + ".id", "a component without an identifier is not drawn");
+    if (!ComponentRendererFactory::isKnown(*item.id)) {
+      return error(path + ".id", "no component is named " + quoted(*item.id));
+    }
+    if (!ComponentRendererFactory::isComplete(item)) {
+      return error(path + "." + *item.id, "the list is absent or empty, so that nothing is drawn");
+    }
+    if (item.id == "bannerLogo") checkLogo(path);
+    if (item.id == "links") checkLinks(path + ".links", *item.links, hasPreferences);
+    if (item.id == "buttons") checkButtons(screen, path + ".buttons", *item.buttons, hasPreferences);
+    if (item.id == "tabs") checkTabs(path + ".tabs", *item.tabs);
+  }
+
+  void checkLogo(const std::string& path) {
+    const auto& resources = customization_.resources;
+    if (!resources || !resources->mainLogoUrl) {
+      error(path, "there is no customization.resources.mainLogoUrl to draw");
+    } else if (!URL::parse(*resources->mainLogoUrl)) {
+      error("customization.resources.mainLogoUrl", quoted(*resources->mainLogoUrl) + " is no URL");
+    }
+  }
+
+  void checkLinks(const std::string& path, const std::vector<std::string>& links, bool hasPreferences) {
+    for (std::size_t i = 0; i < links.size(); ++i) {
+      const std::string& link = links[i];
+      const std::string key = linkURLKey(link);
+      const auto& urls = customization_.urls;
+      const auto url = urls ? urls->find(key) : decltype(urls->end())();
+      const bool hasURL = urls && url != urls->end();
+      if (!isKnownLink(link)) {
+        warning(at(path, i), quoted(link) + " is no known link: its label is made of its identifier");
+      }
+      if (!LinksComponentRenderer::isVisible(link, customization_)) {
+        error(at(path, i), "the link has no URL in customization.urls." + key + ", so that it is not drawn");
+      } else if (link == "doNotSellMyData") {
+        if (!hasPreferences) error(at(path, i), "the link leads to preferences that have no components");
+      } else if (hasURL && !externalURL(url->second)) {
+        error("customization.urls." + key, quoted(url->second) + " is no URL");
+      }
+    }
+  }
+
+  void checkButtons(const Screen& screen, const std::string& path,
+                    const std::vector<BannerCustomization::ButtonItem>& buttons, bool hasPreferences) {
+    for (std::size_t i = 0; i < buttons.size(); ++i) {
+      const auto& id = buttons[i].id;
+      const std::string idPath = at(path, i) + ".id";
+      if (!id) {
+        error(idPath, "a button without an identifier is not drawn");
+      } else if (!isKnownAction(*id, screen.isMain)) {
+        error(idPath, quoted(*id) + " does nothing on this screen");
+      } else if (screen.isMain && !hasPreferences && callsManage(*id)) {
+        error(idPath, "the button leads to preferences that have no components");
+      }
+    }
+  }
+
+  static bool callsManage(std::string_view action) {
+    return std::ranges::any_of(commonActions, [&](const CommonAction& each) {
+      return each.id == action && each.callback == &BannerCallbacks::onManagePreferences;
+    });
+  }
+
+  void checkTabs(const std::string& path, const std::vector<BannerCustomization::TabItem>& tabs) {
+    const auto known = tabCategories();
+    for (std::size_t i = 0; i < tabs.size(); ++i) {
+      const auto categories = tabs[i].categories.value_or(std::vector<std::string>());
+      for (std::size_t j = 0; j < categories.size(); ++j) {
+        if (std::ranges::find(known, categories[j]) != known.end()) continue;
+        error(at(at(path, i) + ".categories", j), "no category is named " + quoted(categories[j]));
+      }
+    }
+  }
+
+  void checkTexts() {
+    forEachText(document_.json, "", [&](const std::string& path, const std::string& text) {
+      if (!path.starts_with("customization.messages.")) return;
+      if (text.find_first_not_of(" \t\r\n") == std::string::npos) error(path, "the text is empty");
+    });
+  }
+
+  const CustomizationDocument& document_;
+  const Customization& customization_;
+  Report& report_;
+};
+
+}  // namespace
+
+void checkStructure(const Site& site, Report& report) {
+  for (const auto& document : site.customizations) {
+    if (document.record.customization) {
+      StructureCheck(document, report).run();
+    } else {
+      report.error(document.name, "customization", "without this key no banner can be shown");
+    }
+    const auto all = screens(document.record);
+    const bool hasPreferences =
+        std::ranges::any_of(all, [](const Screen& each) { return !each.isMain && !each.items.empty(); });
+    for (const auto& configuration : site.configurations) {
+      if (hasPreferences || !configuration.record.returnSecondaryView.value_or(false)) continue;
+      report.error(configuration.name, "returnSecondaryView",
+                   "the banner would open on preferences that " + document.name + " lacks");
+    }
+  }
+}
+
+}  // namespace TalvoConsentSDK::linting

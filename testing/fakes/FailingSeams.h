@@ -1,0 +1,125 @@
+#pragma once
+
+// Wrappers that pass everything on until told to fail.
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/platform/Executor.h"
+#include "TalvoConsentSDK/platform/URLSession.h"
+#include "TalvoConsentSDK/platform/UserDefaults.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
+
+/// A device store of which reading, writing or both can fail, with an error or by throwing it. A failed write
+/// changes nothing.
+class FailingUserDefaults : public UserDefaults {
+ public:
+  explicit FailingUserDefaults(std::shared_ptr<UserDefaults> inner) : inner_(std::move(inner)) {}
+
+  std::atomic<bool> failsToRead = false;
+  std::atomic<bool> failsToWrite = false;
+  std::atomic<bool> throws = false;
+
+  /// Called before every operation on a key; may change what fails and what is stored.
+  std::function<void(std::string_view key)> before = [](std::string_view) {};
+
+  Result<std::optional<Data>> data(std::string_view key) override {
+    before(key);
+    if (failsToRead) return failure();
+    return inner_->data(key);
+  }
+  Result<std::optional<std::string>> string(std::string_view key) override {
+    before(key);
+    if (failsToRead) return failure();
+    return inner_->string(key);
+  }
+  Result<void> set(std::string_view key, Data value) override {
+    before(key);
+    if (failsToWrite) return failure();
+    return inner_->set(key, std::move(value));
+  }
+  Result<void> set(std::string_view key, std::string value) override {
+    before(key);
+    if (failsToWrite) return failure();
+    return inner_->set(key, std::move(value));
+  }
+  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override {
+    before(key);
+    if (failsToRead || failsToWrite) return failure();
+    return inner_->replace(key, expected, std::move(value));
+  }
+  Result<void> remove(std::string_view key) override {
+    before(key);
+    if (failsToWrite) return failure();
+    return inner_->remove(key);
+  }
+  Result<void> commit(const std::vector<StoreChange>& changes) override {
+    bool fails = false;
+    for (const StoreChange& change : changes) {
+      before(change.key);
+      fails = fails || failsToWrite;
+    }
+    if (fails) return failure();
+    return inner_->commit(changes);
+  }
+  Result<void> synchronize() override {
+    if (failsToWrite) return failure();
+    return inner_->synchronize();
+  }
+
+ private:
+  PlatformError failure() const {
+    PlatformError error("FailingUserDefaults", 1, "The store is out of order");
+    if (throws) throw error;
+    return error;
+  }
+
+  const std::shared_ptr<UserDefaults> inner_;
+};
+
+/// A URL session that can lose every request, as a device without a network does. It reports that on
+/// `thread`, which stands for the session's own.
+class FailingURLSession : public URLSession {
+ public:
+  FailingURLSession(std::shared_ptr<URLSession> inner, std::shared_ptr<Executor> thread)
+      : inner_(std::move(inner)), thread_(std::move(thread)) {}
+
+  std::atomic<bool> fails = false;
+
+  void run(URLRequest request, Completion completion) override {
+    if (!fails) return inner_->run(std::move(request), std::move(completion));
+    thread_->post([completion = std::move(completion)] {
+      completion(PlatformError("FailingURLSession", 1, "The network is out of order"));
+    });
+  }
+
+ private:
+  const std::shared_ptr<URLSession> inner_;
+  const std::shared_ptr<Executor> thread_;
+};
+
+/// An executor that can throw instead of taking a job, or once it has taken it.
+class FailingExecutor : public Executor {
+ public:
+  explicit FailingExecutor(std::shared_ptr<Executor> inner) : inner_(std::move(inner)) {}
+
+  std::atomic<bool> refuses = false;
+  std::atomic<bool> throwsAfterwards = false;
+
+  void post(std::function<void()> job) override {
+    const PlatformError error("FailingExecutor", 1, "The executor is out of order");
+    if (refuses) throw error;
+    inner_->post(std::move(job));
+    if (throwsAfterwards) throw error;
+  }
+
+ private:
+  const std::shared_ptr<Executor> inner_;
+};
+
+}  // namespace TalvoConsentSDK

@@ -1,0 +1,87 @@
+#pragma once
+
+// A host application without a screen: scenes and windows that only keep what they were told.
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/platform/Application.h"
+#include "TalvoConsentSDK/view/HostingController.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
+
+/// A window whose fades end when the test says so, and whose view is laid out with FixedWidthMeasurer
+/// metrics.
+class FakeWindow : public Window {
+ public:
+  void setRootViewController(std::shared_ptr<RootViewController> controller) override;
+  void setWindowLevel(WindowLevel newLevel) override { level = newLevel; }
+  void setBackgroundColor(Color color) override { backgroundColor = color; }
+  void makeKeyAndVisible() override { isVisible = true; }
+  void setAlpha(double newAlpha) override { alpha = newAlpha; }
+  void setHidden(bool hidden) override { isVisible = !hidden; }
+  void animateAlpha(double target, std::chrono::milliseconds duration,
+                    std::function<void()> completion) override;
+
+  /// Lets every fade that has begun end, in order.
+  void finishAnimations();
+
+  /// Taps the first enabled control with this role and name, in sight or not; false when there is none.
+  bool tap(Role role, const std::string& name);
+
+  std::shared_ptr<HostingController> controller;
+  WindowLevel level = WindowLevel::normal;
+  Color backgroundColor;
+  bool isVisible = false;
+  double alpha = 1;
+  std::vector<std::chrono::milliseconds> fades;  // the durations asked for, all of them
+
+ private:
+  struct Fade {
+    double target;
+    std::function<void()> completion;
+  };
+  std::vector<Fade> running_;
+};
+
+class FakeScene : public Scene {
+ public:
+  explicit FakeScene(ActivationState sceneState = ActivationState::foregroundActive,
+                     bool acceptsWindows = true)
+      : state(sceneState), isForWindows(acceptsWindows) {}
+
+  ActivationState activationState() const override { return state; }
+  bool isWindowScene() const override { return isForWindows; }
+  std::shared_ptr<Window> makeWindow() override;
+
+  /// The windows made so far that somebody still holds.
+  std::vector<std::shared_ptr<FakeWindow>> windows() const;
+
+  ActivationState state;
+  bool isForWindows;
+
+ private:
+  std::vector<std::weak_ptr<FakeWindow>> windows_;
+};
+
+class FakeApplication : public Application {
+ public:
+  std::vector<std::shared_ptr<Scene>> connectedScenes() override { return scenes; }
+  OperatingSystemVersion operatingSystemVersion() const override { return version; }
+  void open(const URL& url) override { opened.push_back(url.text()); }
+  std::optional<LayoutDirection> layoutDirection() const override { return direction; }
+  bool reducesMotion() const override { return hasReducedMotion; }
+
+  std::vector<std::shared_ptr<Scene>> scenes;
+  OperatingSystemVersion version{17, 0};
+  std::vector<std::string> opened;
+  std::optional<LayoutDirection> direction;
+  bool hasReducedMotion = false;
+};
+
+}  // namespace TalvoConsentSDK

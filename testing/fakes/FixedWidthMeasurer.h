@@ -1,0 +1,25 @@
+#pragma once
+
+// Text metrics that can be computed by hand.
+
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/platform/TextMeasurer.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
+
+/// Every character is half as wide as the font is large, and lines are as far apart as the font says; both
+/// grow with the scale. Characters are code points; lines break at spaces.
+class FixedWidthMeasurer : public TextMeasurer {
+ public:
+  explicit FixedWidthMeasurer(double scale = 1) : scale_(scale) {}
+
+  Size measure(std::string_view text, const Font& font, double width) override;
+  double widestWord(std::string_view text, const Font& font) override;
+
+ private:
+  double characterWidth(const Font& font) const { return font.size() / 2 * scale_; }
+
+  const double scale_;
+};
+
+}  // namespace TalvoConsentSDK

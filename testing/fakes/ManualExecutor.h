@@ -1,0 +1,31 @@
+#pragma once
+
+// An executor whose jobs run when a test says so.
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+
+#include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/platform/Executor.h"
+
+namespace TalvoConsentSDK TALVO_EXPORT {
+
+/// Keeps jobs until `runAll`. It stands for a thread: while it runs a job it is the current one.
+class ManualExecutor : public Executor {
+ public:
+  void post(std::function<void()> job) override;
+
+  /// Runs jobs on the calling thread until none is left, those posted meanwhile included; tells how many.
+  std::size_t runAll();
+
+  /// Whether the calling thread is in one of this executor's jobs.
+  bool isCurrent() const;
+
+ private:
+  std::mutex lock_;
+  std::deque<std::function<void()>> jobs_;
+};
+
+}  // namespace TalvoConsentSDK
