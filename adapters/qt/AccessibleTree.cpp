@@ -62,7 +62,7 @@ const std::vector<AccessibleElement>& AccessibleTree::elements() {
   if (!window_.controller()) return elements_;
   const auto revision = window_.controller()->accessibleRevision();
   if (std::exchange(revision_, revision) == revision) return elements_;
-  std::vector<AccessibleElement> now = window_.controller()->accessibleElements(true);
+  std::vector<AccessibleElement> now = window_.controller()->accessibleElements(Layout::Rows::all);
   std::unordered_map<ElementId, std::size_t> indices;
   for (std::size_t i = 0; i < now.size(); ++i) indices[now[i].id] = i;
   std::vector<QAccessible::Id> gone;

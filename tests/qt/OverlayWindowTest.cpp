@@ -52,7 +52,7 @@ class OverlayWindowTest : public ::testing::Test {
       const AnyView label = text("Row " + std::to_string(row), {}).frame({.minHeight = 50});
       rows.push_back(button(label, [this] { ++rowPresses; }));
     }
-    const AnyView list = scroll(verticalStack({}, rows)).frame({.maxHeight = 120});
+    const AnyView list = scrollView(verticalStack({}, rows)).frame({.maxHeight = 120});
     const AnyView press = button(text("Press", {}).padding(Insets::all(14)), [this] {
       ++presses;
       if (onPress) onPress();

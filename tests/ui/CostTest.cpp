@@ -50,7 +50,7 @@ TEST_P(CostTest, GrowsWithTheDocument) {
       if (hasCategory) tap(screen, "switch M");
       screen.frame({});
       screen.press(Key::tab);
-      screen.accessibleElements(true);
+      screen.accessibleElements(Layout::Rows::all);
     });
   };
   EXPECT_LE(growth(cost, std::stoul(count), 15), 15);

@@ -53,7 +53,7 @@ TEST_F(HostingControllerTest, KeepsControlsInReach) {
 }
 
 TEST_F(HostingControllerTest, HitsTheNearestControl) {
-  const AnyView clipped = scroll(noting("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
+  const AnyView clipped = scrollView(noting("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
   const AnyView deep = depthStack({}, {noting("low", 60, 20), noting("high", 20, 20)});
   const AnyView off = noting("off", 20, 20).disabled();
   const VerticalOptions leading{.alignment = HorizontalAlignment::leading};
@@ -136,7 +136,7 @@ class ScrollingTest : public HostingControllerTest {
   double offset() { return 0 - find(screen, "button first").frame.y; }
 
   const std::vector<AnyView> views{noting("first", 100, 50), box(100, 2900), noting("last", 100, 50)};
-  TestScreen screen{scroll(verticalStack({}, views)), {100, 300}};
+  TestScreen screen{scrollView(verticalStack({}, views)), {100, 300}};
 };
 
 TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
@@ -192,7 +192,8 @@ TEST_F(HostingControllerTest, IsAskedWhileItRenders) {
     ++renderings;
     asked->touchBegan({1, 1}, {});
     asked->touchEnded({1, 1}, {});
-    EXPECT_TRUE(asked->frame({}).empty() && asked->covers({1, 1}) && asked->accessibleElements(true).empty());
+    EXPECT_TRUE(asked->frame({}).empty() && asked->covers({1, 1}) &&
+                asked->accessibleElements(Layout::Rows::all).empty());
     asked->setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, 1, {390, 844}, {}, {}, false});
     return text("Shown", {});
   });

@@ -67,8 +67,7 @@ TEST(LayoutTest, PinsTheFooter) {
 /// A window of 100 by 200 over lazy rows, every third of them 20 high, that can be switched.
 struct Rows : TestScreen {
   Rows(std::size_t count, double height, double below = 0)
-      : TestScreen(TalvoConsentSDK::scroll(lazyRows(count, row(height)).padding({.bottom = below})),
-                   {100, 200}) {}
+      : TestScreen(scrollView(lazyRows(count, row(height)).padding({.bottom = below})), {100, 200}) {}
 
   static std::function<AnyView(std::size_t)> row(double height) {
     return [=](std::size_t index) {
@@ -97,17 +96,17 @@ TEST(LayoutTest, MakesOnlyTheRowsThatAreNear) {
   EXPECT_LE(rows.accessibleElements().size(), 22u);
   EXPECT_EQ(rows.seen(Key::end), "9990 9999");
   EXPECT_EQ(rows.seen(Key::up), "9988 9997");
-  const auto& all = rows.accessibleElements(true);
+  const auto& all = rows.accessibleElements(Layout::Rows::all);
   const auto revision = rows.accessibleRevision();
   ASSERT_EQ(all.size(), 10'000u);
   EXPECT_EQ(rows.seen(), "9988 9997");
   EXPECT_LE(rows.accessibleElements().size(), 34u);
   const auto* first = all.data();
-  EXPECT_EQ(rows.accessibleElements(true).data(), first) << "nothing has changed";
-  activate(*all[5'000].control);  // its row is gone, but not what it does
-  EXPECT_EQ(rows.accessibleElements(true).at(5'000).name, "5000on");
-  EXPECT_TRUE(rows.activate(rows.accessibleElements(true)[5'000].id));
-  EXPECT_EQ(rows.accessibleElements(true).at(5'000).name, "5000");
+  EXPECT_EQ(rows.accessibleElements(Layout::Rows::all).data(), first) << "nothing has changed";
+  performAction(*all[5'000].control);  // its row is gone, but the control still works
+  EXPECT_EQ(rows.accessibleElements(Layout::Rows::all).at(5'000).name, "5000on");
+  EXPECT_TRUE(rows.activate(rows.accessibleElements(Layout::Rows::all)[5'000].id));
+  EXPECT_EQ(rows.accessibleElements(Layout::Rows::all).at(5'000).name, "5000");
   EXPECT_GT(rows.accessibleRevision(), revision);
 }
 
@@ -134,7 +133,7 @@ TEST(LayoutTest, KeepsWhatIsSeenInPlaceWhileRowsAboveAreMeasured) {
       const auto seen = *std::ranges::find_if(rows.accessibleElements(), isBelow);
       rows.press(Key::up);
       if (i % 10 == 0) tap(rows, "button " + seen.name);
-      if (i % 30 == 0) rows.accessibleElements(true);
+      if (i % 30 == 0) rows.accessibleElements(Layout::Rows::all);
       EXPECT_EQ(find(rows, "button " + seen.name).frame.y, seen.frame.y + 40) << i;
     }
   }
