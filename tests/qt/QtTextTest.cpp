@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-#include "adapters/qt/BrokenText.h"
+#include "adapters/qt/WrappedText.h"
 
 #include "tests/support/Cost.h"
 #include "tests/support/Testing.h"
@@ -22,7 +22,7 @@ QRectF ink(const std::string& text, const Font& font, double scale, const Size& 
   image.fill(0);
   QPainter painter(&image);
   painter.translate(margin, margin);
-  BrokenText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, true);
+  WrappedText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, true);
   painter.end();
   QRect found;
   for (int i = 0; i < image.width() * image.height(); ++i) {
@@ -66,7 +66,7 @@ TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
 TEST_P(QtTextTest, IsBrokenIntoAsManyLinesInAFrameOfTheMeasuredSize) {
   for (double width = 60; width < 300; ++width) {
     const Size size = QtTextMeasurer({1}).measure(GetParam(), {TextStyle::footnote}, width);
-    EXPECT_EQ(BrokenText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
+    EXPECT_EQ(WrappedText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
         << width;
   }
 }
@@ -95,7 +95,7 @@ TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
       return image;
     };
     const QImage pieces = painted([&](QPainter& painter) {
-      BrokenText(text, {TextStyle::footnote}, {}, width).draw(painter, Qt::black, false, 0, height);
+      WrappedText(text, {TextStyle::footnote}, {}, width).draw(painter, Qt::black, false, 0, height);
     });
     const QImage atOnce = painted([&](QPainter& painter) {
       const bool isArabic = QString::fromUtf8(text.data(), 2) == QString::fromUtf8("ق");

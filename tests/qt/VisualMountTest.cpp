@@ -4,9 +4,9 @@
 #include <QQuickRenderControl>
 #include <QQuickRenderTarget>
 
-#include "adapters/qt/BrokenText.h"
 #include "adapters/qt/QtImageLoader.h"
 #include "adapters/qt/VisualMount.h"
+#include "adapters/qt/WrappedText.h"
 
 #include "tests/qt/QtTesting.h"
 
@@ -135,7 +135,7 @@ TEST_F(VisualMountTest, ShowsAnyPartOfALongText) {
   std::string text;
   for (int i = 0; i < 20'000; ++i) text += std::to_string(i);
   const visual::Text shown{text, {TextStyle::footnote}, {}, true};
-  const Size size = BrokenText(text, shown.font, {}, 80).size();
+  const Size size = WrappedText(text, shown.font, {}, 80).size();
   for (const double y : {-20'000.0, -20'020.0, 0.0, 100 - size.height}) {
     mount.update({{1, 0, {10, y, size.width, size.height}, {}, 1, shown}});
     QImage drawn = window.grabWindow();
@@ -146,7 +146,7 @@ TEST_F(VisualMountTest, ShowsAnyPartOfALongText) {
     QPainter painter(&letters);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     painter.translate(10, y);
-    BrokenText(text, shown.font, {}, size.width).draw(painter, Qt::black, true, -y, 100 - y);
+    WrappedText(text, shown.font, {}, size.width).draw(painter, Qt::black, true, -y, 100 - y);
     painter.end();
     QImage expected = drawn;
     expected.fill(Qt::white);
