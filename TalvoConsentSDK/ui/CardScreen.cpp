@@ -16,7 +16,7 @@ constexpr double margin = 12;
 constexpr double cornerRadius = 16;
 constexpr double closeInset = 8;
 constexpr double closeSize = 32;
-constexpr double roomForClose = closeInset + closeSize - margin;  // inside the card's padding
+constexpr double roomForClose = closeInset + closeSize - margin;  // from the edge of the card's content
 
 bool isAction(const BannerCustomization::ComponentItem& item) {
   return item.id == "buttons" || item.id == "links";

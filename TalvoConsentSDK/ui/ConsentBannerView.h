@@ -59,7 +59,8 @@ class ConsentBannerView {
   /// The current screen.
   AnyView body() const;
 
-  /// Handle what the screens report. Unknown actions, and links that cannot be opened, print one line.
+  /// Handlers for what the screens report. They print a line for an unknown action or a link that cannot be
+  /// opened.
   void handleMainAction(const std::string& action) const;
   void handlePreferencesAction(const std::string& action) const;
   void handleLinkAction(const std::string& link) const;

@@ -62,7 +62,7 @@ class AccessibleTree {
  private:
   struct KnownItem {
     QAccessible::Id item = 0;
-    AccessibleElement announced;  // as assistive technology was last notified of it
+    AccessibleElement announced;  // its state when assistive technology was last notified
   };
 
   void notifyNew(const std::vector<AccessibleElement>& now);
@@ -70,7 +70,7 @@ class AccessibleTree {
                     const AccessibleElement& now);
 
   ViewWindow& window_;
-  const QAccessible::Id root_;  // ids, since Qt owns the interfaces and deletes them with the application
+  const QAccessible::Id root_;  // not a pointer: Qt owns the interfaces and deletes them with the application
   std::vector<AccessibleElement> elements_;
   std::unordered_map<ElementId, std::size_t> indices_;
   std::unordered_map<ElementId, KnownItem> known_;  // the elements that have an interface

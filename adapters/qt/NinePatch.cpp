@@ -80,7 +80,7 @@ void findSolidColors(Patch& patch) {
 template <class Make>
 Patch cached(const std::vector<double>& key, Make make) {
   static std::mutex lock;
-  static std::map<std::vector<double>, Patch> patches;  // a handful of looks per banner
+  static std::map<std::vector<double>, Patch> patches;  // a banner needs only a handful
   const std::scoped_lock guard(lock);
   const auto entry = patches.find(key);
   if (entry != patches.end()) return entry->second;

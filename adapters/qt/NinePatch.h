@@ -28,8 +28,9 @@ struct Patch {
   QImage image;
   double corner = 0;
   double overhang = 0;
-  std::array<std::optional<QColor>, 9>
-      solidColors{};  // for each part, row by row: its colour if it has only one
+
+  /// The colour of each of the nine parts, row by row; absent if the part has several colours.
+  std::array<std::optional<QColor>, 9> solidColors{};
 };
 
 /// Each patch is created once per set of arguments and then cached. Thread-safe.

@@ -19,14 +19,15 @@ struct QtOptions {
   TextSettings text = {};
   std::optional<LayoutDirection> layoutDirection = {};  // if absent, the direction of the banner's texts
 
-  /// Whether to draw texts and lines solid and controls with an outline. If absent, the system's setting,
-  /// which Qt knows from version 6.10 on; off with older versions.
+  /// Whether to draw in high contrast: texts and lines solid, controls with an outline. If absent, the
+  /// system's setting is used, which Qt knows from version 6.10 on; older versions count as off.
   std::optional<bool> highContrast = {};
 
   /// Whether to do without animations. Qt does not know the system's setting.
   bool reducesMotion = false;
 
-  /// The parts of a host window that the system's own bars and notches cover, in points; absent if none.
+  /// Returns the parts of a host window that the system's own bars and notches cover, in points. If absent,
+  /// nothing is covered.
   std::function<Insets(const QWindow&)> safeArea = {};
 
   /// Opens a URL outside the host. If absent, Qt opens it.

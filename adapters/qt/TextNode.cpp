@@ -19,7 +19,7 @@ constexpr double textOverhang = 6;  // points; letters of some scripts extend be
 constexpr int tilePixels = 1024;    // height of a tile; a text less than two tiles high has one tile
 
 int tileCount(double height, double pixelRatio) {
-  return std::max(1, static_cast<int>(height * pixelRatio / tilePixels));  // the last one takes the rest
+  return std::max(1, static_cast<int>(height * pixelRatio / tilePixels));  // the last tile takes the rest
 }
 
 Qt::Alignment toQtAlignment(visual::TextAlignment alignment) {

@@ -82,7 +82,7 @@ class ViewWindow : public QQuickWindow {
   std::optional<int> finger_;  // the touch point that the view follows; it ignores others
   int runningHandlers_ = 0;
   bool isDeletionPending_ = false;
-  bool isPassingOn_ = false;  // from a press outside the view until its release
+  bool isPassingOn_ = false;  // true from a press outside the view until its release
   AccessibleTree accessible_;
 };
 

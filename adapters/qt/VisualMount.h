@@ -29,7 +29,7 @@ class VisualMount {
   QQuickItem& root_;
   const TextSettings settings_;
   std::vector<std::unique_ptr<QQuickItem>> groups_;
-  std::map<Identity, std::unique_ptr<VisualItem>> items_;  // after groups_, so destroyed before their groups
+  std::map<Identity, std::unique_ptr<VisualItem>> items_;  // declared last: destroyed before groups_
 };
 
 }  // namespace TalvoConsentSDK

@@ -6,7 +6,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 constexpr std::chrono::duration<double> duration(0.2);
-constexpr std::chrono::milliseconds headStart(16);  // one frame, so that the first one already moves
+constexpr std::chrono::milliseconds headStart(16);  // one frame: the first frame already shows motion
 }  // namespace
 
 void Animations::begin(Clock::time_point now, bool hasMotion) {

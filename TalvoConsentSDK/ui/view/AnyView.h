@@ -31,7 +31,7 @@ class AnyView {
 
   const ViewNode& node() const noexcept { return *node_; }
 
-  /// Whether it is the empty view itself.
+  /// Whether this is the empty view. A view that wraps the empty view is not.
   bool isEmpty() const noexcept;
 
   AnyView padding(const Insets& insets) const;

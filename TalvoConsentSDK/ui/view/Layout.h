@@ -107,7 +107,7 @@ class Layout {
 
   ElementTree& tree_;
   const ViewEnvironment& environment_;
-  /// Through what part of the window the element being placed is seen.
+  /// The part of the window in which the element being placed is visible, and what clips and scrolls it.
   struct Viewport {
     Rect visible;
     std::optional<Rect> clip;
