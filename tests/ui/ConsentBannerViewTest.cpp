@@ -93,7 +93,7 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
     auto& shown = site.components->secondaryScreen->back().tabs->front();
     shown.readOnly = flag == "readOnly" || flag == "second";
     shown.services = flag != "bare";
-    shown.showCategoryDescription = flag == "told";
+    shown.showCategoryDescription = flag == "describe";
     auto services = flag == "none" ? std::nullopt : std::optional(vendors);
     if (flag == "unnamed") {
       services->libraries->push_back(services->libraries->front());
