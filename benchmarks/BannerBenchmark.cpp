@@ -39,8 +39,8 @@ struct Stages {
     environment.reducesMotion = true;
     tree.render(root);
     layout.run({});
-    for (const AccessibleElement& each : accessibleElements(tree)) {
-      if (each.role == Role::expander && each.name == "Marketing") activate(*each.control);
+    for (const AccessibleElement& each : collectAccessibleElements(tree)) {
+      if (each.role == Role::expander && each.name == "Marketing") performAction(*each.control);
     }
     tree.render(root);
     layout.run({});

@@ -68,7 +68,8 @@ class Visit {
   // Uses every control of a screen, and of those it leads to.
   void useAll() {
     for (std::size_t index = 0; index < 40; ++index) {
-      const auto& elements = controller_.accessibleElements(index % 8 == 7);
+      const auto& elements =
+          controller_.accessibleElements(index % 8 == 7 ? Layout::Rows::all : Layout::Rows::near);
       if (index >= elements.size()) return;
       const AccessibleElement element = elements[index];
       controller_.reveal(element);

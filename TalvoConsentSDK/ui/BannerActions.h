@@ -1,6 +1,6 @@
 #pragma once
 
-// The actions that the banner's buttons and its close control report, by their identifiers.
+// The identifiers of the actions that the banner's buttons and its close control report.
 
 #include <algorithm>
 #include <functional>
@@ -13,13 +13,13 @@ namespace TalvoConsentSDK {
 inline constexpr std::string_view closeAction = "closeButton";
 inline constexpr std::string_view saveAction = "savePreferences";
 
-/// What an action calls on any screen that has no other use for it.
+/// An action and the callback it runs on every screen that does not handle the action itself.
 struct CommonAction {
   std::string_view id;
   std::function<void()> BannerCallbacks::* callback;
 };
 
-/// One table for all screens; the main screen navigates on the last two before it looks here.
+/// One table for all screens. The main screen handles the last two itself: they open the preferences.
 inline constexpr CommonAction commonActions[] = {
     {"acceptAll", &BannerCallbacks::onAcceptAll},
     {"rejectAll", &BannerCallbacks::onRejectAll},
@@ -27,7 +27,7 @@ inline constexpr CommonAction commonActions[] = {
     {"preferences", &BannerCallbacks::onManagePreferences},
 };
 
-/// Whether a screen does anything on `action`.
+/// Whether a screen responds to `action`.
 inline bool isKnownAction(std::string_view action, bool isMainScreen) {
   return action == closeAction || (action == saveAction && !isMainScreen) ||
          std::ranges::find(commonActions, action, &CommonAction::id) != std::end(commonActions);

@@ -1,6 +1,6 @@
 #pragma once
 
-// The components without a list: title, description, logo, and the close and back controls.
+// Renderers of the components that have no list: title, description, logo, and the close and back controls.
 
 #include <functional>
 #include <string>
@@ -33,7 +33,8 @@ class DescriptionComponentRenderer : public ComponentRenderer {
   const BannerCustomization::Customization& customization_;
 };
 
-/// The site's logo, loaded from the network, over a line. Nothing without a logo that has a valid URL.
+/// The site's logo, loaded from the network, with a line below it. Renders an empty view if the site has no
+/// logo or its URL is invalid.
 class BannerLogoRenderer : public ComponentRenderer {
  public:
   explicit BannerLogoRenderer(const BannerCustomization::Customization& customization)
@@ -45,7 +46,7 @@ class BannerLogoRenderer : public ComponentRenderer {
   const BannerCustomization::Customization& customization_;
 };
 
-/// Reports "close".
+/// Reports the action "close".
 class CloseButtonRenderer : public ComponentRenderer {
  public:
   CloseButtonRenderer(const BannerCustomization::Customization& customization, ActionHandler onAction)
@@ -58,7 +59,7 @@ class CloseButtonRenderer : public ComponentRenderer {
   const ActionHandler onAction_;
 };
 
-/// Made by the screens that have a way back, never by the factory.
+/// Created by the screens that can go back, never by the factory.
 class BackButtonRenderer : public ComponentRenderer {
  public:
   BackButtonRenderer(const BannerCustomization::Customization& customization, std::function<void()> onAction)

@@ -9,9 +9,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Rows of two equally wide buttons, an odd last one alone. All look alike, whatever their own `color` says,
-/// so that no choice is favoured. Reports the identifier of the button that was tapped; one without is not
-/// drawn.
+/// Draws the buttons in rows of two of equal width; an odd last button has a row of its own. All buttons look
+/// alike, whatever `color` they have, so that no choice is favoured. Reports the identifier of the tapped
+/// button. Buttons without an identifier are not drawn.
 class ButtonsComponentRenderer : public ComponentRenderer {
  public:
   ButtonsComponentRenderer(const std::vector<BannerCustomization::ButtonItem>& buttons,

@@ -16,7 +16,7 @@ constexpr double margin = 12;
 constexpr double cornerRadius = 16;
 constexpr double closeInset = 8;
 constexpr double closeSize = 32;
-constexpr double roomForClose = closeInset + closeSize - margin;  // in the card's content
+constexpr double roomForClose = closeInset + closeSize - margin;  // from the edge of the card's content
 
 bool isAction(const BannerCustomization::ComponentItem& item) {
   return item.id == "buttons" || item.id == "links";
@@ -37,11 +37,11 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
 }
 
 CardScreen::CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                       ActionHandler onLinkAction, ToldComponents& told)
+                       ActionHandler onLinkAction, ReportedComponents& reported)
     : customization_(customization),
       onButtonAction_(std::move(onButtonAction)),
       onLinkAction_(std::move(onLinkAction)),
-      told_(told) {}
+      reportedComponents_(reported) {}
 
 void CardScreen::add(AnyView view) {
   views_.push_back(std::move(view));
@@ -53,7 +53,7 @@ void CardScreen::addComponents(const Items& items, const OwnRenderer& own) {
   if (close != items.end()) closeButton_ = *close;
   for (const auto& item : items) {
     if (item.id == "closeButton") continue;
-    AnyView view = component(item, own);
+    AnyView view = componentView(item, own);
     if (view.isEmpty()) continue;
     if (closeButton_ && views_.empty()) {
       if (isText(item)) view = view.padding({.trailing = roomForClose});
@@ -81,11 +81,13 @@ AnyView CardScreen::render() const {
           {.top = isTop ? margin : 0, .leading = margin, .bottom = isTop ? 0 : margin, .trailing = margin});
 }
 
-AnyView CardScreen::component(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const {
+AnyView CardScreen::componentView(const BannerCustomization::ComponentItem& item,
+                                  const OwnRenderer& own) const {
   if (own) {
     if (auto view = own(item)) return *std::move(view);
   }
-  return ComponentRenderable(item, customization_, onButtonAction_, onLinkAction_, told_).render();
+  return ComponentRenderable(item, customization_, onButtonAction_, onLinkAction_, reportedComponents_)
+      .render();
 }
 
 AnyView CardScreen::content() const {
@@ -102,11 +104,11 @@ AnyView CardScreen::content() const {
 
 AnyView CardScreen::closeControl() const {
   if (!closeButton_) return {};
-  const AnyView control =
-      ComponentRenderable(
-          *closeButton_, customization_,
-          [report = onButtonAction_](const std::string&) { report("closeButton"); }, onLinkAction_, told_)
-          .render();
+  const AnyView control = ComponentRenderable(
+                              *closeButton_, customization_,
+                              [report = onButtonAction_](const std::string&) { report("closeButton"); },
+                              onLinkAction_, reportedComponents_)
+                              .render();
   return control.padding(Insets::all(closeInset));
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The card that every screen of the banner is drawn on, and how its list of components fills it.
+// The card that every screen of the banner is drawn on, and how a list of components fills it.
 
 #include <functional>
 #include <optional>
@@ -10,46 +10,45 @@
 
 namespace TalvoConsentSDK {
 
-/// Whether the banner sits at the top of the screen; at the bottom otherwise.
+/// Whether the banner sits at the top of the screen rather than at the bottom.
 bool isAtTop(const BannerCustomization::Customization& customization);
 
-/// Builds one screen, top to bottom. Buttons and links at the end of the list stay in reach where the window
-/// is too small for all of it, and the rest scrolls. For assistive technology the card is the banner's
-/// dialog.
+/// Builds one screen from top to bottom. If the window is too small for the whole list, the buttons and links
+/// at its end stay visible and the rest scrolls. Assistive technology sees the card as the banner's dialog.
 class CardScreen {
  public:
   using Items = std::vector<BannerCustomization::ComponentItem>;
 
-  /// Draws an item that the screen has a view of its own for; nothing leaves it to the factory.
+  /// Draws an item for which the screen has its own view; nullopt leaves the item to the factory.
   using OwnRenderer = std::function<std::optional<AnyView>(const BannerCustomization::ComponentItem&)>;
 
   CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-             ActionHandler onLinkAction, ToldComponents& told);
+             ActionHandler onLinkAction, ReportedComponents& reported);
 
-  /// Adds a view that no component stands for.
+  /// Adds a view that does not come from a component.
   void add(AnyView view);
 
-  /// Adds a view per component that draws anything. A "closeButton" takes no place in the list: it is drawn
-  /// once, over the card's top trailing corner, and reports "closeButton". Texts that come first end before
-  /// it, controls that come first begin below it.
+  /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
+  /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a
+  /// text, it ends before the close control; if it has controls, the content starts below the close control.
   void addComponents(const Items& items, const OwnRenderer& own = nullptr);
 
-  /// The card with its distance from the edges of the screen.
+  /// The card with its margin to the edges of the screen.
   AnyView render() const;
 
  private:
-  AnyView component(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
+  AnyView componentView(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
   AnyView content() const;
   AnyView closeControl() const;
 
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
-  ToldComponents& told_;
+  ReportedComponents& reportedComponents_;
   std::vector<AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
   std::optional<BannerCustomization::ComponentItem> closeButton_;
-  bool isBelowClose_ = false;  // all content is
+  bool isBelowClose_ = false;  // whether all content starts below the close control
 };
 
 }  // namespace TalvoConsentSDK

@@ -62,7 +62,7 @@ AnyView CategoryRow::switchView() const {
   if (bindings_.categoryStates && bindings_.vendorStates && bindings_.doNotSellState) {
     isOn = isDoNotSell() ? doNotSellSwitch(bindings_) : categorySwitch(bindings_, services_, categoryId_);
   }
-  return toggle(isOn, palette_.toggle())
+  return toggle(isOn, palette_.toggleColors())
       .disabled(!canSwitch())
       .accessibility({.role = Role::toggle, .label = category_.name.value_or("")});
 }
@@ -70,7 +70,7 @@ AnyView CategoryRow::switchView() const {
 std::string CategoryRow::vendorsOnText() const {
   if (!hasVendors() || !bindings_.vendorStates) return {};
   const auto& groups = services_->groups(categoryId_);
-  const std::size_t on = vendorsOn(bindings_, categoryId_, groups);
+  const std::size_t on = countVendorsOn(bindings_, categoryId_, groups);
   return on < groups.size() ? std::to_string(on) + " / " + std::to_string(groups.size()) : "";
 }
 
@@ -85,12 +85,12 @@ AnyView CategoryRow::title(const std::string& vendorsOn) const {
 }
 
 AnyView CategoryRow::header(const State<bool>& isExpanded) const {
-  const std::string told = showCategoryDescription_ ? category_.description.value_or("") : "";
+  const std::string description = showCategoryDescription_ ? category_.description.value_or("") : "";
   const std::string vendorsOn = vendorsOnText();
   std::vector<AnyView> lines{title(vendorsOn)};
-  if (!told.empty()) {
-    lines.push_back(text(
-        told, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette_.secondaryFont()}));
+  if (!description.empty()) {
+    lines.push_back(text(description, {.font = {TextStyle::subheadline, FontWeight::regular},
+                                       .color = palette_.secondaryFont()}));
   }
   const AnyView texts = verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 3}, lines)
                             .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
@@ -101,24 +101,24 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
                                   .weight = FontWeight::medium,
                                   .color = palette_.secondaryFont(),
                                   .turns = isExpanded.get() ? 0.25 : 0});
-  // As one control it is one thing to hear, so that what its texts say is said here.
-  std::string description =
-      std::to_string(services_->groups(categoryId_).size()) + " " + localized("vendors");
-  for (const std::string& more : {vendorsOn, told}) {
-    if (!more.empty()) description += ". " + more;
+  // Assistive technology sees the header as one control and does not read the texts in it: repeat them here.
+  std::string spoken = std::to_string(services_->groups(categoryId_).size()) + " " + localized("vendors");
+  for (const std::string& more : {vendorsOn, description}) {
+    if (!more.empty()) spoken += ". " + more;
   }
   return button(horizontalStack({.spacing = chevronGap}, {chevron, texts}),
                 [isExpanded] { isExpanded.set(!isExpanded.get()); })
       .accessibility({.role = Role::expander,
                       .label = category_.name.value_or(""),
                       .value = isExpanded.get() ? "expanded" : "collapsed",
-                      .description = description});
+                      .description = spoken});
 }
 
 AnyView CategoryRow::vendors() const {
   const auto& groups = services_->groups(categoryId_);
   const bool isDisabled = !canSwitch();
-  // Assistive technology hears the category with each vendor; a long text so often would fill the memory.
+  // Assistive technology reads the category's name with each vendor. Repeating a long name for every vendor
+  // would take too much memory.
   std::string name = category_.name.value_or("");
   if (name.size() > maxRepeatedName) name.clear();
   return lazyRows(groups.size(), [row = *this, name, isDisabled](std::size_t index) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// One category of the preferences screen: its switch, and its vendors when it is expanded.
+// One category of the preferences screen: its switch and, when it is expanded, its vendors.
 
 #include <string>
 
@@ -10,8 +10,8 @@
 
 namespace TalvoConsentSDK {
 
-/// A required or read-only category cannot be switched, nor can any but the do-not-sell one while that is on.
-/// Whether the row is expanded is its own state.
+/// The switch is disabled if the category is required or read-only. While do-not-sell is on, the switches of
+/// all other categories are disabled, too. The row keeps its own state of being expanded.
 class CategoryRow {
  public:
   CategoryRow(BannerCustomization::CategoryItem category, const Palette& palette, bool readOnly,
@@ -28,7 +28,7 @@ class CategoryRow {
   bool canSwitch() const;
   bool hasVendors() const;
 
-  /// How many of the vendors in the list are on, "1 / 2"; empty when all are.
+  /// How many of the listed vendors are on, such as "1 / 2"; empty if all are on.
   std::string vendorsOnText() const;
 
   AnyView switchView() const;

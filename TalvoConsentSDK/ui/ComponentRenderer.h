@@ -1,6 +1,6 @@
 #pragma once
 
-// How the components that a customization lists become views.
+// Turns the components that a customization lists into views.
 
 #include <functional>
 #include <set>
@@ -12,14 +12,15 @@
 
 namespace TalvoConsentSDK {
 
-/// Called with the identifier of the button or link that was used. Main thread.
+/// Called with the identifier of the tapped button or link. Main thread.
 using ActionHandler = std::function<void(const std::string&)>;
 
-/// The unknown components that a banner has printed a line of; it prints one each, however often it is drawn.
-using ToldComponents = std::set<std::string>;
+/// The unknown components that a banner has already reported. It prints one line for each, however often it
+/// is drawn.
+using ReportedComponents = std::set<std::string>;
 
-/// Draws one component. Renderers are made for one rendering and refer to the screen's customization; what
-/// they render does not.
+/// Draws one component. A renderer is created for one rendering and refers to the screen's customization,
+/// which must outlive it. The views that it returns do not refer to the customization.
 class ComponentRenderer {
  public:
   virtual ~ComponentRenderer() = default;
@@ -27,36 +28,39 @@ class ComponentRenderer {
   virtual AnyView render() const = 0;
 };
 
-/// Chooses the renderer for a component. Has no state.
+/// Chooses the renderer of a component. Stateless.
 class ComponentRendererFactory {
  public:
-  /// The view of a component, by its identifier. A component without identifier gives an empty view; so does
-  /// an unknown one, or one whose list is absent or empty, of which a line is printed unless `told` names it.
+  /// Returns the view of a component, chosen by its identifier. Returns an empty view if the component has no
+  /// identifier, is unknown, or lacks the entries of its list. In the last two cases it also prints a line,
+  /// unless `reported` already contains the component, and adds the component to `reported`.
   AnyView render(const BannerCustomization::ComponentItem& item,
                  const BannerCustomization::Customization& customization,
                  const BannerCustomization::BannerMessages& messages, const ActionHandler& onButtonAction,
-                 const ActionHandler& onLinkAction, ToldComponents* told = nullptr) const;
+                 const ActionHandler& onLinkAction, ReportedComponents* reported = nullptr) const;
 
-  /// Whether a component of that identifier exists; with a list, whether `item` holds it as well.
+  /// Whether there is a component with this identifier.
   static bool isKnown(std::string_view id);
+
+  /// Whether the component is known and, if its kind needs a list, has entries in it.
   static bool isComplete(const BannerCustomization::ComponentItem& item);
 };
 
-/// A component together with the screen it stands on, ready to be drawn through the factory.
+/// A component together with what its screen provides, ready to be drawn by the factory.
 class ComponentRenderable {
  public:
   ComponentRenderable(const BannerCustomization::ComponentItem& item,
                       const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                      ActionHandler onLinkAction, ToldComponents& told)
+                      ActionHandler onLinkAction, ReportedComponents& reported)
       : item_(item),
         customization_(customization),
         onButtonAction_(std::move(onButtonAction)),
         onLinkAction_(std::move(onLinkAction)),
-        told_(told) {}
+        reportedComponents_(reported) {}
 
   AnyView render() const {
     return ComponentRendererFactory().render(item_, customization_, customization_.messages.bannerMessages,
-                                             onButtonAction_, onLinkAction_, &told_);
+                                             onButtonAction_, onLinkAction_, &reportedComponents_);
   }
 
  private:
@@ -64,7 +68,7 @@ class ComponentRenderable {
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
-  ToldComponents& told_;
+  ReportedComponents& reportedComponents_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -86,12 +86,13 @@ AnyView ComponentRendererFactory::render(const BannerCustomization::ComponentIte
                                          const BannerCustomization::Customization& customization,
                                          const BannerCustomization::BannerMessages& messages,
                                          const ActionHandler& onButtonAction,
-                                         const ActionHandler& onLinkAction, ToldComponents* told) const {
+                                         const ActionHandler& onLinkAction,
+                                         ReportedComponents* reported) const {
   if (!item.id) return {};
   if (isComplete(item)) {
     return find(*item.id)->render({item, customization, messages, onButtonAction, onLinkAction});
   }
-  if (!told || told->insert(*item.id).second) print("⚠️ Unknown component type: " + *item.id);
+  if (!reported || reported->insert(*item.id).second) print("⚠️ Unknown component type: " + *item.id);
   return {};
 }
 

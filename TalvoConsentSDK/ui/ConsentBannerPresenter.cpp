@@ -24,7 +24,7 @@ std::chrono::milliseconds fadeDuration() {
   return isInstant ? std::chrono::milliseconds::zero() : fadeTime;
 }
 
-LayoutDirection layoutDirection(const BannerCustomization::Customization& customization) {
+LayoutDirection bannerDirection(const BannerCustomization::Customization& customization) {
   const auto& messages = customization.messages.bannerMessages;
   return Platform::current().application->layoutDirection().value_or(
       dominantDirection(messages.title + messages.mainMessage));
@@ -63,7 +63,7 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
 
   const auto isOver = std::make_shared<bool>(false);
   const auto controller = std::make_shared<HostingController>(
-      bannerComposition(wrapped(bannerView, isOver).view(), customization), layoutDirection(customization));
+      bannerComposition(wrapped(bannerView, isOver).view(), customization), bannerDirection(customization));
   controller->setBackgroundColor(Color::clear());
 
   const auto window = scene->makeWindow();
@@ -72,7 +72,7 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   window->setWindowLevel(WindowLevel::alert);
   window->setBackgroundColor(Color::clear());
   window->makeKeyAndVisible();
-  if (isOver_) *isOver_ = true;  // what a replaced banner reports would dismiss this one
+  if (isOver_) *isOver_ = true;  // or reports of the replaced banner would dismiss this one
   isOver_ = isOver;
   hostingController_ = controller;
   overlayWindow_ = window;
@@ -83,10 +83,10 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
 void ConsentBannerPresenter::dismiss() {
   if (!overlayWindow_) return;
   *isOver_ = true;
-  const auto fading = overlayWindow_;  // it may be replaced while its window begins to fade
+  const auto fading = overlayWindow_;  // animateAlpha may run code that replaces the banner
   fading->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = fading] {
     window->setHidden(true);
-    // A banner shown while this one faded out stays.
+    // A banner that was shown while this one faded out stays.
     if (self->overlayWindow_ != window) return;
     self->overlayWindow_.reset();
     self->hostingController_.reset();
@@ -100,8 +100,7 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
       if (std::exchange(*isOver, true)) return;
       callback(arguments...);
       const auto presenter = self.lock();
-      if (presenter && presenter->isOver_ == isOver)
-        presenter->dismiss();  // unless it was replaced meanwhile
+      if (presenter && presenter->isOver_ == isOver) presenter->dismiss();  // unless the callback replaced it
     };
   };
   const BannerCallbacks& callbacks = bannerView.callbacks();

@@ -1,6 +1,6 @@
 #pragma once
 
-// Puts the banner on screen above the host's interface, and takes it away.
+// Puts the banner on screen above the host's interface and takes it away again.
 
 #include <memory>
 
@@ -13,19 +13,19 @@ namespace TalvoConsentSDK {
 
 class HostingController;
 
-/// The process's one presenter: it holds the banner's window while there is one. Main thread only.
+/// Owns the banner's window while a banner is shown. There is one presenter per process. Main thread only.
 class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBannerPresenter> {
  public:
   static const std::shared_ptr<ConsentBannerPresenter>& shared();
 
-  /// Shows a banner in a new window on the first scene in the foreground, fading in. Without such a scene
-  /// nothing happens. Accepting, rejecting, saving and closing dismiss the banner after they have been
-  /// reported; managing preferences does not. A banner that is still on show is replaced. Once a banner has
-  /// reported one of them, is being dismissed or has been replaced, it reports nothing more, even if it is
-  /// still seen.
+  /// Shows a banner in a new window on the first scene in the foreground and fades it in. Does nothing if
+  /// there is no such scene. Replaces a banner that is still shown. Accepting, rejecting, saving and closing
+  /// are reported first and then dismiss the banner; managing preferences does not dismiss it. After one of
+  /// these four reports, and as soon as it is dismissed or replaced, a banner reports nothing more, even
+  /// while it is still visible.
   void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
 
-  /// Fades the banner out and lets go of its window; nothing when there is none.
+  /// Fades the banner out and then releases its window. Does nothing if no banner is shown.
   void dismiss();
 
  private:
@@ -33,11 +33,11 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
 
   std::shared_ptr<HostingController> hostingController_;
   std::shared_ptr<Window> overlayWindow_;
-  std::shared_ptr<bool> isOver_;  // of the banner in that window; shared with its callbacks
+  std::shared_ptr<bool> isOver_;  // whether the banner in overlayWindow_ is over; shared with its callbacks
 };
 
-/// The banner with its placement and, where the customization asks for it, a dimmed backdrop that keeps
-/// touches from the host.
+/// Places the banner in the window. If the customization asks for it, also adds a dimmed backdrop, which
+/// keeps touches from reaching the host.
 AnyView bannerComposition(const AnyView& banner, const BannerCustomization::Customization& customization);
 
 }  // namespace TalvoConsentSDK

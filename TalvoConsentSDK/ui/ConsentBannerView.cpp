@@ -57,7 +57,7 @@ VendorStates initialVendors(const StoredConsent& consent, const VendorCatalogueP
   return states;
 }
 
-// In catalogue order; names that the catalogue no longer lists count too, and come last.
+// In the catalogue's order. Vendors that the catalogue no longer lists are included and come last.
 std::vector<std::string> enabledVendors(const VendorStates& states, const std::string& category,
                                         const std::vector<std::string>& listed) {
   const auto vendors = states.find(category);
@@ -78,7 +78,8 @@ bool hasOptedOut(const StoredConsent& consent) {
   return consent && consent->optedIn == false;
 }
 
-// The consent that the switches begin with: none under do-not-sell, which would be saved as none.
+// The consent that the switches start from. With do-not-sell on, saving would give no consent, so they start
+// off.
 const StoredConsent& shownConsent(const StoredConsent& stored) {
   static const StoredConsent& none = *new StoredConsent;
   return hasOptedOut(stored) ? none : stored;
@@ -133,15 +134,16 @@ AnyView ConsentBannerView::body() const {
 
   const Screen& screen = currentScreen_.get();
   if (std::holds_alternative<MainScreen>(screen)) {
-    return MainScreenView(customization, mainAction, link, *told_).body().key("main");
+    return MainScreenView(customization, mainAction, link, *reportedComponents_).body().key("main");
   }
   if (const auto* vendor = std::get_if<VendorDetailScreen>(&screen)) {
     return VendorDetailScreenView(vendor->group, customization, inputs_->services, bindings(), back, action,
-                                  link, detail, *told_)
+                                  link, detail, *reportedComponents_)
         .body()
         .key("vendor " + vendor->group.vendor);
   }
-  return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail, *told_)
+  return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail,
+                               *reportedComponents_)
       .body()
       .key("preferences");
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The root of the banner: its state, its screens, and what an action does.
+// The root of the banner: its state, its screens, and what each action does.
 
 #include <functional>
 #include <memory>
@@ -22,7 +22,7 @@ namespace TalvoConsentSDK {
 
 class RenderContext;
 
-/// How the person's decision leaves the banner. Main thread.
+/// How the banner reports what the user decided. Called on the main thread.
 struct BannerCallbacks {
   std::function<void()> onAcceptAll;
   std::function<void()> onRejectAll;
@@ -31,11 +31,11 @@ struct BannerCallbacks {
   std::function<void()> onClose;
 };
 
-/// A view as a value: copies share the state, which begins with the consent stored so far. It ends nothing
-/// itself; closing is the business of whoever set the callbacks. Main thread only.
+/// A view as a value: copies share their state, which starts from the stored consent. It never closes itself;
+/// the owner of the callbacks does. Main thread only.
 class ConsentBannerView {
  public:
-  /// Which screen is on show.
+  /// The screens of the banner; one at a time is shown.
   struct VendorDetailScreen {
     Services::ServiceGroup group;
   };
@@ -47,7 +47,7 @@ class ConsentBannerView {
                     std::optional<SiteConfiguration> siteConfiguration,
                     std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks);
 
-  /// The same banner, reporting elsewhere.
+  /// Returns the same banner with other callbacks.
   ConsentBannerView withCallbacks(BannerCallbacks callbacks) const;
   const BannerCallbacks& callbacks() const { return *callbacks_; }
 
@@ -56,27 +56,28 @@ class ConsentBannerView {
   /// The banner as a component of a larger view.
   AnyView view() const;
 
-  /// The screen on show.
+  /// The current screen.
   AnyView body() const;
 
-  /// What the screens report. Unknown actions and links that cannot be opened print one line.
+  /// Handlers for what the screens report. They print a line for an unknown action or a link that cannot be
+  /// opened.
   void handleMainAction(const std::string& action) const;
   void handlePreferencesAction(const std::string& action) const;
   void handleLinkAction(const std::string& link) const;
   void showVendorDetail(const Services::ServiceGroup& group) const;
 
-  /// The consent that saving would give for a category.
+  /// The consent that would be saved for a category now.
   ConsentValue consentValue(ConsentCategory category) const;
 
   const Screen& currentScreen() const { return currentScreen_.get(); }
 
-  /// The switches' state, to read and to change.
+  /// Read and write access to the state of the switches.
   ConsentBindings bindings() const;
 
  private:
   struct Inputs {
     BannerCustomization::Customization customization;
-    VendorCataloguePointer services;  // null: could not be fetched
+    VendorCataloguePointer services;  // null if it could not be fetched
     std::optional<SiteConfiguration> siteConfiguration;
     std::optional<BasicConsent> initialConsent;
   };
@@ -85,7 +86,7 @@ class ConsentBannerView {
 
   std::shared_ptr<const Inputs> inputs_;
   std::shared_ptr<const BannerCallbacks> callbacks_;
-  std::shared_ptr<ToldComponents> told_ = std::make_shared<ToldComponents>();
+  std::shared_ptr<ReportedComponents> reportedComponents_ = std::make_shared<ReportedComponents>();
   State<Screen> currentScreen_;
   State<CategoryStates> categoryStates_;
   State<VendorStates> vendorStates_;

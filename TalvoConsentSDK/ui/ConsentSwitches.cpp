@@ -20,7 +20,7 @@ void switchCategory(const ConsentBindings& bindings, const std::string& category
   bindings.categoryStates->update([&](CategoryStates& states) { states[category] = value; });
 }
 
-// Whether do-not-sell keeps consent to the category from being given.
+// Whether do-not-sell withholds consent to the category.
 bool isWithheld(const ConsentBindings& bindings, const std::string& category) {
   return category != "necessary" && bindings.doNotSellState && bindings.doNotSellState->get();
 }
@@ -105,8 +105,8 @@ bool isGiven(const ConsentBindings& bindings, const std::string& category) {
   return vendors == states.end() || vendors->second.empty() || std::ranges::any_of(vendors->second, isTrue);
 }
 
-std::size_t vendorsOn(const ConsentBindings& bindings, const std::string& category,
-                      const std::vector<Services::ServiceGroup>& listed) {
+std::size_t countVendorsOn(const ConsentBindings& bindings, const std::string& category,
+                           const std::vector<Services::ServiceGroup>& listed) {
   if (isWithheld(bindings, category)) return 0;
   const auto& states = bindings.vendorStates->get();
   const auto on = [&](const auto& group) { return isOn(states, category, group.vendor); };

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the banner's switches do to its state.
+// How the banner's switches change its state.
 
 #include <map>
 #include <optional>
@@ -11,40 +11,40 @@
 
 namespace TalvoConsentSDK {
 
-/// On or off by category key, and by category key and vendor name.
+/// Whether each category is on, by category key, and each vendor, by category key and vendor name.
 using CategoryStates = std::map<std::string, bool, std::less<>>;
 using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
 
-/// The banner's state as its rows reach it; a row without a binding can show, but not switch.
+/// The rows' access to the banner's state. A row that lacks a binding shows a disabled switch.
 struct ConsentBindings {
   std::optional<Binding<CategoryStates>> categoryStates;
   std::optional<Binding<VendorStates>> vendorStates;
   std::optional<Binding<bool>> doNotSellState;
 };
 
-/// The state of a category or a vendor; what is not listed is off.
+/// Whether a category or a vendor is on; if it is not listed, it is off.
 bool isOn(const CategoryStates& states, const std::string& category);
 bool isOn(const VendorStates& states, const std::string& category, const std::string& vendor);
 
-/// Whether saving would give consent to anything of a category: it is on, unless it has vendors of which none
-/// is. Do-not-sell, while it is on, leaves consent to nothing but what is necessary.
+/// Whether saving would give consent to anything in a category: the category must be on and, if it has
+/// vendors, so must at least one of them. While do-not-sell is on, only the necessary category has consent.
 bool isGiven(const ConsentBindings& bindings, const std::string& category);
 
-/// How many of the vendors that a category lists are drawn on. Needs `vendorStates`.
-std::size_t vendorsOn(const ConsentBindings& bindings, const std::string& category,
-                      const std::vector<Services::ServiceGroup>& listed);
+/// Counts the vendors in `listed` whose switch is drawn on. Requires `vendorStates`.
+std::size_t countVendorsOn(const ConsentBindings& bindings, const std::string& category,
+                           const std::vector<Services::ServiceGroup>& listed);
 
-/// A category's switch, drawn on while consent to it is given. With a catalogue, switching it switches all
-/// its vendors. Needs both states.
+/// A category's switch, drawn on while `isGiven`. With a catalogue, switching it switches all its vendors.
+/// Requires `categoryStates` and `vendorStates`.
 Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
                              std::string category);
 
-/// A vendor's switch, off under do-not-sell. Its category follows: on while at least one vendor is. Needs
-/// `vendorStates`.
+/// A vendor's switch, drawn off while do-not-sell is on. Switching it also switches the category: on if at
+/// least one of its vendors is on, off otherwise. Requires `vendorStates`.
 Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
 
-/// The do-not-sell switch. On, it switches preferences, statistics and marketing off with all their vendors;
-/// off, it leaves them as they are. Needs all bindings.
+/// The do-not-sell switch. Switching it on switches off preferences, statistics and marketing with all their
+/// vendors; switching it off leaves them as they are. Requires all bindings.
 Binding<bool> doNotSellSwitch(const ConsentBindings& bindings);
 
 }  // namespace TalvoConsentSDK

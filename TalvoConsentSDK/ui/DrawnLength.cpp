@@ -20,7 +20,7 @@ class DrawnLength {
 
   bool isTooLarge() const { return length_ > maxLength; }
 
-  /// All of a list, as far as that is not too large already.
+  /// Adds the items of a list, and stops as soon as the length is too large.
   template <class List>
   void addAll(const List& list) {
     if (!list) return;

@@ -1,13 +1,14 @@
 #pragma once
 
-// How much there is to draw of a banner.
+// Estimates how much text a banner draws.
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 
 namespace TalvoConsentSDK {
 
-/// Whether the two screens draw more than 4 MB of text, for which a window would stand still for seconds. A
-/// text counts as often as it is drawn, and each component, link, button and category as 100 bytes besides.
+/// Whether the main and the preferences screen together draw more than 4 MB of text, which would freeze a
+/// window for seconds. A text counts each time it is drawn; each component, link, button, tab and category
+/// adds 100 bytes.
 bool drawsTooMuch(const BannerCustomization::Customization& customization);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// Opening a customization's URLs outside the host.
+// Opens a customization's URLs outside the host.
 
 #include <optional>
 #include <string>
@@ -9,11 +9,12 @@
 
 namespace TalvoConsentSDK {
 
-/// What `text` opens: itself as a URL, with "https://" in front of it when it names neither http nor https.
+/// Returns the URL that `text` stands for, after adding "https://" if it starts with neither "http://" nor
+/// "https://". Returns nullopt if the result is not a valid URL.
 std::optional<URL> externalURL(const std::string& text);
 
-/// Opens the external URL of `url` in a task on the main actor. Of one that is no URL a line is printed,
-/// naming `link` and the text as it stands.
+/// Opens `externalURL(url)` in a task on the main actor. If `url` is not a valid URL, prints a line with
+/// `link` and the unchanged text instead.
 void openExternally(const std::string& link, const std::string& url);
 
 }  // namespace TalvoConsentSDK

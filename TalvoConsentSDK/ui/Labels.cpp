@@ -15,7 +15,7 @@ using Messages = BannerCustomization::BannerMessages;
 struct LinkLabel {
   std::string_view id;
   std::optional<std::string> Messages::* message;
-  const char* standard;
+  const char* defaultLabel;
 };
 
 constexpr LinkLabel linkLabels[] = {
@@ -53,7 +53,7 @@ std::string buttonLabel(const std::string& id, const BannerCustomization::Banner
 std::string linkLabel(const std::string& id, const BannerCustomization::BannerMessages& messages) {
   const auto* link = std::ranges::find(linkLabels, id, &LinkLabel::id);
   if (link == std::end(linkLabels)) return capitalized(id);
-  return (messages.*link->message).value_or(link->standard);
+  return (messages.*link->message).value_or(link->defaultLabel);
 }
 
 bool isKnownLink(std::string_view id) {

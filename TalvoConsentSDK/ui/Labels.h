@@ -1,6 +1,6 @@
 #pragma once
 
-// The texts of buttons and links.
+// The labels of buttons and links.
 
 #include <string>
 #include <string_view>
@@ -9,12 +9,12 @@
 
 namespace TalvoConsentSDK {
 
-/// The label of the button or link with an identifier: its message, the default where that is absent, and for
-/// an unknown identifier the identifier in capitalized words.
+/// The label of the button or link with this identifier: the site's message, or a default if the site has
+/// none. The label of an unknown identifier is the identifier with its words capitalized.
 std::string buttonLabel(const std::string& id, const BannerCustomization::BannerMessages& messages);
 std::string linkLabel(const std::string& id, const BannerCustomization::BannerMessages& messages);
 
-/// Whether a link has a label of its own rather than its identifier.
+/// Whether the link is a known one, whose label does not come from its identifier.
 bool isKnownLink(std::string_view id);
 
 /// The key of a link's URL in the customization's `urls`.

@@ -9,8 +9,8 @@
 
 namespace TalvoConsentSDK {
 
-/// The links that have a URL, and the do-not-sell link, which needs none; an empty view when there are none
-/// such. Reports the identifier of the link that was tapped.
+/// Draws the links that have a URL, and the link "doNotSellMyData", which needs none. Renders an empty view
+/// if no link is left. Reports the identifier of the tapped link.
 class LinksComponentRenderer : public ComponentRenderer {
  public:
   LinksComponentRenderer(const std::vector<std::string>& links,

@@ -1,6 +1,6 @@
 #pragma once
 
-// The banner's own texts, which do not come from the service.
+// The texts that come from the library instead of the service.
 
 #include <string>
 #include <string_view>
@@ -10,8 +10,8 @@
 
 namespace TalvoConsentSDK {
 
-/// The installed platform's text for a key; without a table, or when that throws, the key itself, which is
-/// English.
+/// Returns the installed platform's text for a key. Returns the key, which is in English, if the platform has
+/// no text for it or throws.
 inline std::string localized(std::string_view key) {
   return detail::askHost(std::string(key), [&] { return Platform::current().localization->text(key); });
 }

@@ -5,7 +5,7 @@
 namespace TalvoConsentSDK {
 
 AnyView MainScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_, told_);
+  CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
   const auto& components = customization_.components;
   if (components && components->mainScreen) screen.addComponents(*components->mainScreen);
   return screen.render();

@@ -6,16 +6,16 @@
 
 namespace TalvoConsentSDK {
 
-/// A card with the customization's main-screen components. Holds no state: what is used is reported by its
+/// A card with the customization's main-screen components. Stateless: it reports each tapped control by its
 /// identifier, the close control as "closeButton".
 class MainScreenView {
  public:
   MainScreenView(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                 ActionHandler onLinkAction, ToldComponents& told)
+                 ActionHandler onLinkAction, ReportedComponents& reported)
       : customization_(customization),
         onButtonAction_(std::move(onButtonAction)),
         onLinkAction_(std::move(onLinkAction)),
-        told_(told) {}
+        reportedComponents_(reported) {}
 
   AnyView body() const;
 
@@ -23,7 +23,7 @@ class MainScreenView {
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
-  ToldComponents& told_;
+  ReportedComponents& reportedComponents_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// The colours of one banner: the customization's four, read once, and the few that derive from them.
+// The colours of one banner: the customization's four, parsed once, and the few derived from them.
 
 #include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
@@ -20,14 +20,14 @@ struct Palette {
   Color buttonFont;
   Color font;
 
-  /// Ordinary text of lesser weight: descriptions and labels.
+  /// For less important text: descriptions and labels.
   Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }
 
-  /// Lines between rows.
+  /// For the lines between rows.
   Color line() const { return font.withAlpha(font.alpha * 0.2); }
 
-  /// A switch stands out from the card by 3:1 in either position as long as buttons and text do.
-  ToggleColors toggle() const {
+  /// In either position, a switch has a contrast of 3:1 to the card as long as the buttons and the text do.
+  ToggleColors toggleColors() const {
     return {.on = buttonBackground, .off = font.withAlpha(font.alpha * 0.5), .knob = {1, 1, 1, 1}};
   }
 };

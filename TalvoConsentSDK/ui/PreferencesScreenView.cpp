@@ -10,7 +10,7 @@
 namespace TalvoConsentSDK {
 
 AnyView PreferencesScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_, told_);
+  CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
   const auto& components = customization_.components;
   if (!components || !components->secondaryScreen) {
     const Palette palette(customization_.colors);

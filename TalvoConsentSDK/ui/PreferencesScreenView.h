@@ -8,21 +8,21 @@
 
 namespace TalvoConsentSDK {
 
-/// A card with the customization's secondary-screen components; its tabs have the catalogue and the bindings.
-/// Without that list it says so.
+/// A card with the customization's secondary-screen components. Its tabs receive the catalogue and the
+/// bindings. If the customization has no secondary screen, the card says that there are no preferences.
 class PreferencesScreenView {
  public:
   PreferencesScreenView(const BannerCustomization::Customization& customization,
                         VendorCataloguePointer services, ConsentBindings bindings,
                         ActionHandler onButtonAction, ActionHandler onLinkAction,
-                        VendorDetailHandler onVendorDetailTap, ToldComponents& told)
+                        VendorDetailHandler onVendorDetailTap, ReportedComponents& reported)
       : customization_(customization),
         services_(std::move(services)),
         bindings_(std::move(bindings)),
         onButtonAction_(std::move(onButtonAction)),
         onLinkAction_(std::move(onLinkAction)),
         onVendorDetailTap_(std::move(onVendorDetailTap)),
-        told_(told) {}
+        reportedComponents_(reported) {}
 
   AnyView body() const;
 
@@ -33,7 +33,7 @@ class PreferencesScreenView {
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
   const VendorDetailHandler onVendorDetailTap_;
-  ToldComponents& told_;
+  ReportedComponents& reportedComponents_;
 };
 
 }  // namespace TalvoConsentSDK

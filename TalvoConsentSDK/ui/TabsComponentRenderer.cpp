@@ -12,13 +12,13 @@ namespace {
 
 using BannerMessages = BannerCustomization::BannerMessages;
 
-// What a category is called and said to be, unless the site says otherwise.
+// A category's defaults, and the messages with which a site replaces them.
 struct KnownCategory {
   const char* id;
   std::optional<std::string> BannerMessages::* name;
   const char* defaultName;
   std::optional<std::string> BannerMessages::* description;
-  const char* defaultDescription;  // null: none
+  const char* defaultDescription;  // null if there is none
 };
 
 constexpr KnownCategory knownCategories[] = {
@@ -48,7 +48,7 @@ std::vector<BannerCustomization::CategoryItem> TabsComponentRenderer::categories
     item.name = (messages.*known.name).value_or(known.defaultName);
     item.description = messages.*known.description;
     if (!item.description && known.defaultDescription) item.description = known.defaultDescription;
-    item.enabled = item.required = &known == knownCategories;  // the necessary one
+    item.enabled = item.required = &known == knownCategories;  // the first one is the necessary one
   }
   return items;
 }

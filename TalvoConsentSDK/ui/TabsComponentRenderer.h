@@ -10,11 +10,11 @@
 
 namespace TalvoConsentSDK {
 
-/// Called with the vendor whose details are asked for.
+/// Called with the vendor whose details the user wants to see.
 using VendorDetailHandler = std::function<void(const Services::ServiceGroup&)>;
 
-/// Every tab's categories, one below the other; there is no selection among tabs. Without bindings the
-/// switches show the categories' defaults and are out of use.
+/// Draws the categories of all tabs one below the other; the user does not choose a tab. Without bindings the
+/// switches show the categories' defaults and are disabled.
 class TabsComponentRenderer : public ComponentRenderer {
  public:
   TabsComponentRenderer(const std::vector<BannerCustomization::TabItem>& tabs,
@@ -31,7 +31,7 @@ class TabsComponentRenderer : public ComponentRenderer {
 
   AnyView render() const override;
 
-  /// The categories of a tab: those it lists, or all five when it lists none, always in the same order.
+  /// The categories that a tab lists, or all five if it lists none, always in the same order.
   static std::vector<BannerCustomization::CategoryItem> categories(
       const BannerCustomization::TabItem& tab, const BannerCustomization::BannerMessages& messages);
 

@@ -1,10 +1,10 @@
 #pragma once
 
-// A name of the library's that stands for nothing yet.
+// A type that the library's interface names but does not use yet.
 
 namespace TalvoConsentSDK {
 
-/// Has no operations: links are opened by `openExternally`.
+/// Has no operations. `openExternally` opens links.
 class UrlUtils {};
 
 }  // namespace TalvoConsentSDK

@@ -1,7 +1,6 @@
 #pragma once
 
-// The services catalogue as the banner uses it: indexed and grouped once, however often its screens are
-// drawn.
+// The services catalogue, indexed and grouped once, however often the banner's screens are drawn.
 
 #include <map>
 #include <memory>
@@ -14,16 +13,16 @@
 
 namespace TalvoConsentSDK {
 
-/// Answers what `ServicesByCategory` and `Services::groupedByVendor` would. Main thread only; shared by
-/// pointer, and null where the catalogue is absent.
+/// Returns the same as `ServicesByCategory` and `Services::groupedByVendor`, but caches the groups. Main
+/// thread only. Shared by a pointer, which is null if there is no catalogue.
 class VendorCatalogue {
  public:
   explicit VendorCatalogue(Services services) : index_(std::move(services)) {}
 
-  /// The vendor names filed under `category`, in lower case; empty when there are none.
+  /// The names of the vendors in `category` (case-insensitive); empty if there are none.
   const std::vector<std::string>& vendors(std::string_view category) const;
 
-  /// The category's vendors with their services. Valid as long as the catalogue.
+  /// The category's vendors with their services. The reference is valid as long as the catalogue.
   const std::vector<Services::ServiceGroup>& groups(const std::string& category) const;
 
  private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// One vendor's details: who it is, its switch, and what each of its services stores.
+// One vendor's details: its switch, the company behind it, and what each of its services stores.
 
 #include <string>
 
@@ -9,10 +9,10 @@
 
 namespace TalvoConsentSDK {
 
-/// Details without a value are left out. A policy's URL opens outside the host.
+/// Omits details that have no value. The URL of the privacy policy opens outside the host.
 class VendorDetailRenderer : public ComponentRenderer {
  public:
-  /// `readOnly`: the switch only shows.
+  /// `readOnly` disables the switch.
   VendorDetailRenderer(const Services::ServiceGroup& vendorGroup, std::string categoryId,
                        const BannerCustomization::Customization& customization, bool readOnly,
                        ConsentBindings bindings)

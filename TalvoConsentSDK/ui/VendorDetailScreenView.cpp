@@ -15,7 +15,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// Of the first tab that lists the category, whichever component it belongs to.
+// Whether the first tab that lists the category, in any component, is read-only.
 bool isReadOnly(const CardScreen::Items& components, const std::string& category) {
   const auto lists = [&](const BannerCustomization::TabItem& tab) {
     return !tab.categories || tab.categories->empty() ||
@@ -32,7 +32,7 @@ bool isReadOnly(const CardScreen::Items& components, const std::string& category
 }  // namespace
 
 AnyView VendorDetailScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_, told_);
+  CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
   screen.add(BackButtonRenderer(customization_, onBack_).render());
   const auto& components = customization_.components;
   if (!components || !components->secondaryScreen) {
@@ -43,16 +43,18 @@ AnyView VendorDetailScreenView::body() const {
 
   const std::string category = normalizedCategoryKey(vendorGroup_.services.front().category.value_or(""));
   const bool isRequired = category == "necessary";
-  const bool isOutOfUse = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
-                          isReadOnly(*components->secondaryScreen, category);
+  const bool isSwitchDisabled = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
+                                isReadOnly(*components->secondaryScreen, category);
   bool isDrawn = false;
-  screen.addComponents(
-      *components->secondaryScreen,
-      [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
-        if (item.id != "tabs" || !ComponentRendererFactory::isComplete(item)) return std::nullopt;
-        if (std::exchange(isDrawn, true)) return AnyView();
-        return VendorDetailRenderer(vendorGroup_, category, customization_, isOutOfUse, bindings_).render();
-      });
+  screen.addComponents(*components->secondaryScreen,
+                       [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
+                         if (item.id != "tabs" || !ComponentRendererFactory::isComplete(item))
+                           return std::nullopt;
+                         if (std::exchange(isDrawn, true)) return AnyView();
+                         return VendorDetailRenderer(vendorGroup_, category, customization_, isSwitchDisabled,
+                                                     bindings_)
+                             .render();
+                       });
   return screen.render();
 }
 

@@ -10,8 +10,8 @@
 
 namespace TalvoConsentSDK {
 
-/// The secondary-screen components with the vendor's details in place of the tabs, below a way back. Without
-/// that list it says so.
+/// A back control, and below it the secondary-screen components with the vendor's details in place of the
+/// tabs. If the customization has no secondary screen, the card says that there are no vendor details.
 class VendorDetailScreenView {
  public:
   VendorDetailScreenView(const Services::ServiceGroup& vendorGroup,
@@ -19,7 +19,7 @@ class VendorDetailScreenView {
                          VendorCataloguePointer services, ConsentBindings bindings,
                          std::function<void()> onBack, ActionHandler onButtonAction,
                          ActionHandler onLinkAction, VendorDetailHandler onVendorDetailTap,
-                         ToldComponents& told)
+                         ReportedComponents& reported)
       : vendorGroup_(vendorGroup),
         customization_(customization),
         services_(std::move(services)),
@@ -28,7 +28,7 @@ class VendorDetailScreenView {
         onButtonAction_(std::move(onButtonAction)),
         onLinkAction_(std::move(onLinkAction)),
         onVendorDetailTap_(std::move(onVendorDetailTap)),
-        told_(told) {}
+        reportedComponents_(reported) {}
 
   AnyView body() const;
 
@@ -40,8 +40,8 @@ class VendorDetailScreenView {
   const std::function<void()> onBack_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
-  const VendorDetailHandler onVendorDetailTap_;  // the page links to no other vendor today
-  ToldComponents& told_;
+  const VendorDetailHandler onVendorDetailTap_;  // not used yet: the screen does not link to other vendors
+  ReportedComponents& reportedComponents_;
 };
 
 }  // namespace TalvoConsentSDK

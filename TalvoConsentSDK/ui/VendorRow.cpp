@@ -43,7 +43,7 @@ AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryI
                          const ConsentBindings& bindings) {
   const Binding<bool> isOn =
       bindings.vendorStates ? vendorSwitch(bindings, categoryId, vendor) : Binding<bool>::constant(false);
-  return toggle(isOn, palette.toggle())
+  return toggle(isOn, palette.toggleColors())
       .disabled(readOnly || !bindings.vendorStates)
       .accessibility({.role = Role::toggle, .label = vendor, .description = categoryName});
 }

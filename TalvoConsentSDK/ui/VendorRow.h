@@ -1,6 +1,6 @@
 #pragma once
 
-// One vendor in an expanded category: its switch, and the way to its details.
+// One vendor in an expanded category: its switch, and a button that opens its details.
 
 #include <memory>
 #include <string>
@@ -11,11 +11,11 @@ namespace TalvoConsentSDK {
 
 class VendorRow {
  public:
-  /// `readOnly`: the switch only shows.
+  /// `readOnly` disables the switch.
   VendorRow(std::shared_ptr<const Services::ServiceGroup> vendorGroup, const Palette& palette,
             std::string categoryId, bool readOnly, ConsentBindings bindings, VendorDetailHandler onDetailTap);
 
-  /// The row; `categoryName` tells assistive technology where it belongs.
+  /// The row. Assistive technology reads `categoryName` as its description.
   AnyView view(const std::string& categoryName) const;
 
  private:
@@ -27,7 +27,7 @@ class VendorRow {
   const VendorDetailHandler onDetailTap_;
 };
 
-/// A vendor's switch, named by the vendor; out of use when read-only or without a binding.
+/// A vendor's switch, with the vendor as its accessible name. Disabled if read-only or without a binding.
 AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
                          const std::string& categoryName, const Palette& palette, bool readOnly,
                          const ConsentBindings& bindings);

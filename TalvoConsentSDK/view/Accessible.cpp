@@ -69,8 +69,8 @@ class Collector {
     addChildren(element, isEnabled && !disabled.isDisabled);
   }
 
-  // A dialog stands before its content. Any other role, label or value belongs to the first thing inside, or,
-  // where that is no thing of its own, to the whole as one.
+  // A dialog comes before its content. In all other cases the role, label and value apply to the first
+  // element inside; if there is none, a labelled view becomes one element itself.
   void collect(const Element& element, const view::Accessibility& own, bool isEnabled) {
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;
@@ -99,7 +99,7 @@ class Collector {
   std::vector<AccessibleElement> elements_;
 };
 
-Rect seen(const Rect& frame, const std::optional<Rect>& clip) {
+Rect visiblePart(const Rect& frame, const std::optional<Rect>& clip) {
   return clip ? frame.intersection(*clip) : frame;
 }
 
@@ -111,7 +111,7 @@ double distance(const Rect& frame, Point p) {
 
 }  // namespace
 
-std::vector<AccessibleElement> accessibleElements(const ElementTree& tree) {
+std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree) {
   Collector collector;
   collector.add(tree.root(), true);
   return std::move(collector).take();
@@ -119,14 +119,14 @@ std::vector<AccessibleElement> accessibleElements(const ElementTree& tree) {
 
 const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point) {
   const AccessibleElement* nearest = nullptr;
-  double least = infinity;
+  double shortest = infinity;
   for (const AccessibleElement& each : elements) {
     if (!each.isControl() || (each.clip && !each.clip->contains(point))) continue;
     if (!each.frame.contains(point)) continue;
-    const double own = distance(seen(each.control->frame, each.clip), point);
-    if (own <= least) {  // of two at the same distance the later one lies on top
+    const double own = distance(visiblePart(each.control->frame, each.clip), point);
+    if (own <= shortest) {  // at the same distance, the later element lies on top
       nearest = &each;
-      least = own;
+      shortest = own;
     }
   }
   return nearest;
@@ -137,7 +137,7 @@ bool isCovered(const ElementTree& tree, Point point) {
     const auto& content = element.view.node().content;
     const bool isFilled =
         std::holds_alternative<view::Shape>(content) || std::holds_alternative<view::Background>(content);
-    if (isFilled && seen(element.frame, element.clip).contains(point)) return true;
+    if (isFilled && visiblePart(element.frame, element.clip).contains(point)) return true;
     bool covered = false;
     forEachChild(element, [&](const Element& child) { covered = covered || self(self, child); });
     return covered;
@@ -145,10 +145,10 @@ bool isCovered(const ElementTree& tree, Point point) {
   return covers(covers, tree.root());
 }
 
-void activate(const AccessibleControl& control) {
+void performAction(const AccessibleControl& control) {
   const auto& content = control.view.node().content;
   if (const auto* button = std::get_if<view::Button>(&content)) {
-    const auto action = button->action.run;  // the handler may replace the view it belongs to
+    const auto action = button->action.run;  // a copy: the handler may replace the view that owns it
     action();
   } else if (const auto* toggle = std::get_if<view::Toggle>(&content)) {
     const auto set = toggle->set.run;

@@ -1,7 +1,6 @@
 #pragma once
 
-// The banner as assistive technology and scripts know it: a flat list in reading order, and the controls in
-// it.
+// The banner as assistive technology and scripts see it: a flat list of elements in reading order.
 
 #include <optional>
 #include <string>
@@ -14,43 +13,44 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The least side of an area that a finger can hit, in points (WCAG 2.2, target size enhanced).
+/// The minimum width and height of a control's hit area, in points (WCAG 2.2, Target Size (Enhanced)).
 inline constexpr double minTarget = 44;
 
-/// A button or switch to use. Stays valid when its element is gone.
+/// A button or switch. Stays valid after its element is gone.
 struct AccessibleControl {
   AnyView view;
   Rect frame;  // as drawn
 };
 
-/// One thing to read or use.
+/// Something that the user can read or operate.
 struct AccessibleElement {
   ElementId id = 0;
   Role role = Role::text;
   std::string name;
-  std::string value;  // of a switch "on" or "off", of an expander "expanded" or "collapsed"
+  std::string value;  // "on" or "off" for a switch, "expanded" or "collapsed" for an expander
   std::string description;
   bool isEnabled = true;
   bool isModal = false;
   bool isDismissal = false;
-  Rect frame;                // in window coordinates; of a control the area that can be hit
-  std::optional<Rect> clip;  // what of the window it is seen in
+  Rect frame;                // in window coordinates; for a control, its hit area
+  std::optional<Rect> clip;  // the part of the window in which it is visible
   std::optional<AccessibleControl> control;
 
   bool isControl() const { return control.has_value(); }
 };
 
-/// Everything in a laid-out tree, what is scrolled out of sight included.
-TALVO_EXPORT std::vector<AccessibleElement> accessibleElements(const ElementTree& tree);
+/// Returns all elements of a laid-out tree, including those that are scrolled out of sight.
+TALVO_EXPORT std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree);
 
-/// The control that a touch at `point` is meant for: the topmost one drawn there, else the nearest one whose
-/// hit area holds the point. Disabled controls take part, so that a touch on one goes nowhere else.
+/// Returns the control that a touch at `point` is meant for: the topmost one drawn there, or else the nearest
+/// one whose hit area contains the point. This may be a disabled control, so that touching one does not
+/// trigger a neighbour.
 TALVO_EXPORT const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point);
 
-/// Whether anything is drawn at `point` that keeps touches from the host.
+/// Whether a filled area at `point` keeps touches from reaching the host.
 TALVO_EXPORT bool isCovered(const ElementTree& tree, Point point);
 
-/// Does what a control is for.
-TALVO_EXPORT void activate(const AccessibleControl& control);
+/// Runs a button's action or switches a switch.
+TALVO_EXPORT void performAction(const AccessibleControl& control);
 
 }  // namespace TalvoConsentSDK

@@ -10,18 +10,19 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Moving numbers by the identity of what they move. Time is what the owner says it is.
+/// Animated numbers, each found by the identity of the element that it moves. The owner provides the time.
 class Animations {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// Sets the present time for the calls that follow; without motion every number jumps.
+  /// Sets the current time for the calls that follow. Without motion, every number jumps to its target.
   void begin(Clock::time_point now, bool hasMotion);
 
-  /// Where the number is on its way to `target`. One asked for the first time is there already.
+  /// Returns the current value of the number on its way to `target`. The first call for an identity returns
+  /// `target`.
   double value(std::uint64_t identity, double target);
 
-  /// Whether any number asked for since `begin` has not arrived.
+  /// Whether any number that was read since `begin` is still moving.
   bool isMoving() const { return isMoving_; }
 
  private:

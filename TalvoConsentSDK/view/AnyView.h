@@ -21,9 +21,9 @@ struct Background;
 struct Frame;
 }  // namespace view
 
-/// An immutable, cheaply copied tree that tells what is to be seen and what is to happen, and nothing about
-/// how. The default one is empty: it draws nothing and takes no room. Views.h has the views to start from;
-/// the operations here wrap one into another.
+/// An immutable tree that describes what to show and how to react, but not how to draw it. Cheap to copy. A
+/// default-constructed view is empty: it draws nothing and takes no room. Views.h has the basic views; the
+/// operations here return a view that wraps this one.
 class AnyView {
  public:
   AnyView();
@@ -31,29 +31,29 @@ class AnyView {
 
   const ViewNode& node() const noexcept { return *node_; }
 
-  /// Whether it is the empty view itself.
+  /// Whether this is the empty view. A view that wraps the empty view is not.
   bool isEmpty() const noexcept;
 
   AnyView padding(const Insets& insets) const;
   AnyView frame(const view::Frame& frame) const;
   AnyView background(const view::Background& background) const;
 
-  /// With `content` drawn over it.
+  /// Draws `content` over this view.
   AnyView overlay(const AnyView& content, Alignment alignment) const;
 
   AnyView opacity(double opacity) const;
 
-  /// With its controls out of use.
+  /// Disables the controls in this view.
   AnyView disabled(bool isDisabled = true) const;
 
   AnyView ignoresSafeArea() const;
   AnyView accessibility(const view::Accessibility& accessibility) const;
 
-  /// With an identity among its siblings other than its position, so that its state follows it when they
-  /// move.
+  /// Identifies the view among its siblings by a key instead of its position, so that it keeps its state when
+  /// its position changes.
   AnyView key(std::string identity) const;
 
-  /// Whether both show the same; handlers are not compared.
+  /// Whether both views show the same. Does not compare handlers.
   friend bool operator==(const AnyView& a, const AnyView& b);
 
  private:

@@ -49,7 +49,7 @@ Element& ElementTree::row(Element& rows, std::size_t index) {
   return *row;
 }
 
-// Tells whether anything changed that layout looks at.
+// Returns whether anything changed that affects layout.
 bool ElementTree::update(Element& element, const AnyView& view) {
   bool changed = element.view.node().content != view.node().content;
   element.view = view;
@@ -73,10 +73,10 @@ bool ElementTree::updateChildren(Element& element) {
   for (std::size_t i = 0; i < views.size(); ++i) {
     std::unique_ptr<Element>& child = element.children[i];
     const ElementId id = identity(element.id, views[i], i);
-    const bool isAnother =
+    const bool isNew =
         !child || child->id != id || child->view.node().content.index() != views[i].node().content.index();
-    if (isAnother) child = std::make_unique<Element>(id, &element);
-    changed |= update(*child, views[i]) || isAnother;
+    if (isNew) child = std::make_unique<Element>(id, &element);
+    changed |= update(*child, views[i]) || isNew;
   }
   return changed;
 }

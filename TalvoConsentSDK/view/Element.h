@@ -1,7 +1,7 @@
 #pragma once
 
-// A view that is on show: its place in the tree, what it remembers between renderings, and where layout put
-// it.
+// The elements behind a view that is shown: their place in the tree, what they remember between renderings,
+// and their layout.
 
 #include <any>
 #include <cstddef>
@@ -22,11 +22,11 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Identity of a view in its tree: a hash of the keys or positions on the way from the root. It stays the
-/// same from one rendering to the next, and when a view goes and comes back.
+/// The identity of a view in its tree: a hash of the keys or positions on the path from the root. It stays
+/// the same from one rendering to the next, and when a view disappears and comes back.
 using ElementId = std::uint64_t;
 
-/// The room that a parent offers. An absent side asks for the natural size.
+/// The room that a parent offers. An absent dimension asks for the natural size.
 struct Proposal {
   std::optional<double> width;
   std::optional<double> height;
@@ -35,12 +35,12 @@ struct Proposal {
 
 struct Element;
 
-/// What a LazyRows element knows of its rows.
+/// What a LazyRows element knows about its rows.
 struct LazyRowsState {
-  std::map<std::size_t, std::unique_ptr<Element>> rows;  // those that exist now, by index
-  std::vector<double> heights;                           // of all rows, last seen; negative: not yet
-  double width = -1;                                     // for which the heights hold
-  double estimate = 0;                                   // height of a row that has not been seen
+  std::map<std::size_t, std::unique_ptr<Element>> rows;  // the rows that exist now, by index
+  std::vector<double> heights;                           // of all rows; negative until a row is measured
+  double width = -1;                                     // the width at which the heights were measured
+  double estimate = 0;                                   // assumed height of a row not yet measured
 };
 
 struct Element {
@@ -52,19 +52,21 @@ struct Element {
   std::vector<std::unique_ptr<Element>> children;
   std::unique_ptr<LazyRowsState> lazyRows;
 
-  /// Sizes answered since the view last changed, and the width below which a word in it would be broken.
+  /// The sizes measured since the view last changed, each with its proposal.
   std::vector<std::pair<Proposal, Size>> sizes;
+
+  /// The minimum width at which no word in the view is split; absent until it is measured.
   std::optional<double> minContentWidth;
 
-  /// Results of layout, in window coordinates; mirrored already where the layout is right to left.
+  /// The results of layout, in window coordinates. Already mirrored if the layout is right to left.
   Rect frame;
-  std::optional<Rect> clip;  // the view and everything in it is cut to this
+  std::optional<Rect> clip;  // the view and everything in it are clipped to this
 };
 
-/// What survives an element: found again by identity for as long as the banner is on show.
+/// Values that outlive their element. They are found again by its identity as long as the banner is shown.
 class ElementMemory {
  public:
-  /// The value of type `T` remembered for `id`, made by `make` the first time.
+  /// Returns the value of type `T` that is stored for `id`. The first call creates it by calling `make`.
   template <class T, class Make>
   T& get(ElementId id, Make make) {
     std::any& value = values_[{id, typeid(T)}];
@@ -83,14 +85,14 @@ class ElementMemory {
   std::unordered_map<Key, std::any, KeyHash> values_;
 };
 
-/// What a component's body may ask for.
+/// What a component's body may use.
 class RenderContext {
  public:
   RenderContext(ElementId component, ElementMemory& memory, std::weak_ptr<const ChangeListener> listener)
       : component_(component), memory_(memory), listener_(std::move(listener)) {}
 
-  /// The component's own value: `initial` at its first rendering, later whatever it was set to. One per
-  /// component and type. A change renders anew.
+  /// Returns the component's own value: `initial` at first, later what it was last set to. There is one value
+  /// per component and type. Changing it triggers a new rendering.
   template <class T>
   State<T> state(T initial) {
     const auto& state = memory_.get<State<T>>(component_, [&] { return State<T>(std::move(initial)); });
@@ -98,7 +100,7 @@ class RenderContext {
     return state;
   }
 
-  /// Renders anew when one of these changes.
+  /// Triggers a new rendering when one of these states changes.
   template <class... T>
   void observe(const State<T>&... states) {
     (states.listen(listener_), ...);
@@ -113,18 +115,18 @@ class RenderContext {
 /// The elements of one window.
 class ElementTree {
  public:
-  /// `onChange` is called when a state that a view shows has changed.
+  /// `onChange` is called after each change of a state that a view uses.
   explicit ElementTree(ChangeListener onChange);
   ~ElementTree();
 
-  /// Brings the elements in line with `root`; what has not changed keeps its measured sizes.
+  /// Updates the elements to match `root`. Elements that did not change keep their measured sizes.
   void render(const AnyView& root);
 
   Element& root() { return root_; }
   const Element& root() const { return root_; }
   ElementMemory& memory() { return memory_; }
 
-  /// The row at `index` of a LazyRows element, made if need be.
+  /// Returns the row at `index` of a LazyRows element, and creates it if necessary.
   Element& row(Element& rows, std::size_t index);
 
  private:
@@ -137,13 +139,13 @@ class ElementTree {
   Element root_;
 };
 
-/// Forgets the measured sizes of an element and of all it lies in.
+/// Forgets the measured sizes of an element and of all its ancestors.
 TALVO_EXPORT void forgetSizes(Element& element);
 
-/// Forgets the measured sizes of an element and of all in it.
+/// Forgets the measured sizes of an element and of all its descendants.
 TALVO_EXPORT void forgetAllSizes(Element& element);
 
-/// Calls `visit` for the element's children, the rows that exist included, in order.
+/// Calls `visit` for the element's children in order, including the lazy rows that exist.
 template <class Visit>
 void forEachChild(const Element& element, Visit visit) {
   for (const auto& child : element.children) visit(*child);

@@ -9,12 +9,13 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-class Raised {
+// Sets a flag as long as it exists.
+class ScopedFlag {
  public:
-  explicit Raised(bool& flag) : flag_(flag) { flag_ = true; }
-  Raised(const Raised&) = delete;
-  Raised& operator=(const Raised&) = delete;
-  ~Raised() { flag_ = false; }
+  explicit ScopedFlag(bool& flag) : flag_(flag) { flag_ = true; }
+  ScopedFlag(const ScopedFlag&) = delete;
+  ScopedFlag& operator=(const ScopedFlag&) = delete;
+  ~ScopedFlag() { flag_ = false; }
 
  private:
   bool& flag_;
@@ -55,14 +56,14 @@ bool HostingController::covers(Point point) {
   return isCovered(tree_, point);
 }
 
-const std::vector<AccessibleElement>& HostingController::accessibleElements(bool all) {
+const std::vector<AccessibleElement>& HostingController::accessibleElements(Layout::Rows rows) {
   update();
-  if (!all || isUpdating_) return accessible_;
+  if (rows == Layout::Rows::near || isUpdating_) return accessible_;
   if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
-    allAccessible_ = TalvoConsentSDK::accessibleElements(tree_);
-    layout_.run(keptElements());  // drops the rows again, but now their heights are known
-    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    allAccessible_ = collectAccessibleElements(tree_);
+    layout_.run(keptElements());  // removes the distant rows again, but now their heights are known
+    accessible_ = collectAccessibleElements(tree_);
     requestFrame();
   }
   return *allAccessible_;
@@ -74,17 +75,17 @@ std::uint64_t HostingController::accessibleRevision() {
 }
 
 bool HostingController::activate(ElementId control) {
-  const AccessibleElement* element = find(control);
+  const AccessibleElement* element = findElement(control);
   if (!element || !element->isControl() || !element->isEnabled) return false;
-  TalvoConsentSDK::activate(*element->control);
+  performAction(*element->control);
   return true;
 }
 
-// Brings rendering and layout up to date. Texts, lines printed and pictures are the host's business, who may
-// run an event loop meanwhile and so get here again: it then sees what was there before.
+// Brings rendering and layout up to date. Both call the host for texts, printed lines and pictures. If the
+// host runs an event loop in such a call, it may call in here again; it then sees the previous state.
 void HostingController::update() {
   if (isUpdating_) return;
-  const Raised updating(isUpdating_);
+  const ScopedFlag updating(isUpdating_);
   if (std::exchange(sizesAreStale_, false)) forgetAllSizes(tree_.root());
   if (std::exchange(renderIsStale_, false)) {
     tree_.render(rootView_);
@@ -92,7 +93,7 @@ void HostingController::update() {
   }
   if (std::exchange(layoutIsStale_, false)) {
     layout_.run(keptElements());
-    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    accessible_ = collectAccessibleElements(tree_);
     allAccessible_.reset();
     ++accessibleRevision_;
     settleFocus();
@@ -100,7 +101,7 @@ void HostingController::update() {
   }
 }
 
-// What is focused or pressed stays, however far it is scrolled away.
+// The focused and the pressed element are kept, however far away they are scrolled.
 std::vector<ElementId> HostingController::keptElements() const {
   std::vector<ElementId> kept;
   if (focused_) kept.push_back(*focused_);
@@ -132,9 +133,9 @@ void HostingController::requestFrame() {
   if (needsFrame_) needsFrame_();
 }
 
-const AccessibleElement* HostingController::find(ElementId id) {
-  for (const bool all : {false, true}) {
-    const auto& elements = accessibleElements(all);
+const AccessibleElement* HostingController::findElement(ElementId id) {
+  for (const Layout::Rows rows : {Layout::Rows::near, Layout::Rows::all}) {
+    const auto& elements = accessibleElements(rows);
     const auto found = std::ranges::find(elements, id, &AccessibleElement::id);
     if (found != elements.end()) return &*found;
   }

@@ -1,8 +1,8 @@
 #pragma once
 
-// Runs a view in a window: renders, lays out, and turns touches and keys into what the view is to do. It
-// knows neither the window nor a toolkit; a window gives it room, time and input, and draws the visuals it
-// answers.
+// Runs a view in a window: renders it, lays it out, and handles touches and keys. Knows neither the window
+// nor a toolkit: the window provides the size, the time and the input, and draws the visuals that `frame`
+// returns.
 
 #include <chrono>
 #include <cstdint>
@@ -25,7 +25,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The keys that a banner answers to.
+/// The keys that a banner responds to.
 enum class Key { tab, backtab, space, enter, escape, up, down, pageUp, pageDown, home, end };
 
 /// One root view and its state. Main thread only.
@@ -40,49 +40,51 @@ class HostingController : public RootViewController {
     return std::static_pointer_cast<HostingController>(controller);
   }
 
-  /// What lies behind the view; clear lets the host be seen.
+  /// The colour behind the view. If it is clear, the host shows through.
   void setBackgroundColor(Color color) { backgroundColor_ = color; }
   Color backgroundColor() const { return backgroundColor_; }
 
-  /// The window's size, metrics and settings. Must be set before anything below is used.
+  /// Sets the window's size, metrics and settings. Call this before using anything below.
   void setEnvironment(ViewEnvironment environment);
   const ViewEnvironment& environment() const { return environment_; }
 
-  /// `needsFrame` is called when what is shown is out of date; the window then asks for a frame.
+  /// `needsFrame` is called when the last frame is out of date. The window then calls `frame` again.
   void setOnNeedsFrame(std::function<void()> needsFrame) { needsFrame_ = std::move(needsFrame); }
 
-  /// What to draw now. Valid until the next call.
+  /// Returns what to draw now. Valid until the next call.
   const std::vector<Visual>& frame(Clock::time_point now);
 
-  /// Whether the last frame was one of a movement, so that another is due.
+  /// Whether something was still moving in the last frame, so that another frame is due.
   bool isMoving() const { return animations_.isMoving() || motion_.isFlinging(); }
 
-  /// Whether a touch at `point` is the banner's; else it is the host's.
+  /// Whether a touch at `point` belongs to the banner rather than to the host.
   bool covers(Point point);
 
-  /// One finger, or the mouse's main button.
+  /// Input from one finger or the mouse's main button.
   void touchBegan(Point point, Clock::time_point now);
   void touchMoved(Point point, Clock::time_point now);
   void touchEnded(Point point, Clock::time_point now);
   void touchCancelled();
 
-  /// Scrolls what lies under `point` by a wheel or a trackpad.
+  /// Scrolls the part under `point` by `distance` points, as a wheel or a trackpad does.
   void scroll(Point point, double distance);
 
-  /// Answers to a key; false leaves it to the host.
+  /// Handles a key. Returns false if the key is for the host.
   bool press(Key key);
 
-  /// Everything there is to read and use. `all` includes rows that are far out of sight, which takes time in
-  /// proportion to their number the first time after a change. Valid until the next change.
-  const std::vector<AccessibleElement>& accessibleElements(bool all = false);
+  /// Returns everything that the user can read or operate. `Rows::all` includes rows that are far out of
+  /// sight; the first such call after a change takes time in proportion to their number. Valid until the next
+  /// change.
+  const std::vector<AccessibleElement>& accessibleElements(Layout::Rows rows = Layout::Rows::near);
 
-  /// Tells lists apart: while it is the same, so are the elements. It only grows.
+  /// Returns the revision of the elements. While it stays the same, so do the elements. It only grows.
   std::uint64_t accessibleRevision();
 
-  /// Uses a control as a tap would, in sight or not; false when there is none such that is enabled.
+  /// Activates a control as a tap does, even if it is out of sight. Returns false if there is no such control
+  /// or it is disabled.
   bool activate(ElementId control);
 
-  /// Scrolls an element into view; it may be one of a list of all.
+  /// Scrolls an element into view. The element may come from `accessibleElements` with either kind of rows.
   void reveal(const AccessibleElement& element);
 
   std::optional<ElementId> focused();
@@ -96,7 +98,7 @@ class HostingController : public RootViewController {
   bool applyScroll(ElementId region, double distance);
   void scrollBy(ElementId region, double distance);
   const ScrollRegion* regionAt(Point point) const;
-  const AccessibleElement* find(ElementId id);
+  const AccessibleElement* findElement(ElementId id);
   void moveFocus(int step);
   void settleFocus();
 
@@ -111,7 +113,7 @@ class HostingController : public RootViewController {
   ScrollMotion motion_;
   std::vector<Visual> visuals_;
   std::vector<AccessibleElement> accessible_;
-  std::optional<std::vector<AccessibleElement>> allAccessible_;  // absent: out of date
+  std::optional<std::vector<AccessibleElement>> allAccessible_;  // absent while out of date
   std::uint64_t accessibleRevision_ = 0;
   bool renderIsStale_ = true;
   bool layoutIsStale_ = true;
@@ -124,7 +126,7 @@ class HostingController : public RootViewController {
   std::optional<ElementId> focused_;
   bool focusIsVisible_ = false;
 
-  // Outlives nothing: a picture that arrives when the controller is gone finds this expired.
+  // Owned by this controller alone, so a picture that arrives after it is gone finds its weak_ptr expired.
   const std::shared_ptr<HostingController*> self_ = std::make_shared<HostingController*>(this);
 };
 

@@ -1,4 +1,4 @@
-// How a HostingController answers to touches, wheels and keys.
+// How a HostingController handles touches, wheels and keys.
 
 #include <algorithm>
 #include <cmath>
@@ -11,8 +11,8 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr double slop = 10;       // a finger that moves farther drags instead of tapping, in points
-constexpr double arrowStep = 40;  // points that an arrow key scrolls by
+constexpr double touchSlop = 10;  // points; a finger that moves farther drags instead of tapping
+constexpr double arrowStep = 40;  // points that an arrow key scrolls
 constexpr double revealMargin = 12;
 
 }  // namespace
@@ -22,7 +22,7 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
   motion_.stop();
   touchStart_ = point;
   isDragging_ = false;
-  pressed_.reset();  // the end of the last touch may have been lost
+  pressed_.reset();  // in case the end of the last touch got lost
   focusIsVisible_ = false;
   const AccessibleElement* control = controlAt(accessibleElements(), point);
   if (control && control->isEnabled && !wasFlinging) pressed_ = control->id;
@@ -31,10 +31,10 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
 }
 
 void HostingController::touchMoved(Point point, Clock::time_point now) {
-  if (!isDragging_ && std::hypot(point.x - touchStart_.x, point.y - touchStart_.y) > slop) {
+  if (!isDragging_ && std::hypot(point.x - touchStart_.x, point.y - touchStart_.y) > touchSlop) {
     isDragging_ = true;
     pressed_.reset();
-    motion_.drag(point.y, now);  // the slop itself does not scroll
+    motion_.drag(point.y, now);  // the movement that turns a tap into a drag does not scroll
     requestFrame();
     return;
   }
@@ -126,14 +126,14 @@ std::optional<ElementId> HostingController::focused() {
 
 void HostingController::focus(ElementId element) {
   focused_ = element;
-  // Once more, since rows that come into sight on the way may turn out taller than thought.
+  // Twice, because rows that are measured on the way may turn out taller than estimated.
   for (int i = 0; i < 2; ++i) {
-    if (const AccessibleElement* found = find(element)) reveal(*found);
+    if (const AccessibleElement* found = findElement(element)) reveal(*found);
   }
   requestFrame();
 }
 
-// Tells whether there was anything left to scroll; where there was not, a fling ends.
+// Returns whether the offset changed. If it did not, a fling ends.
 bool HostingController::applyScroll(ElementId region, double distance) {
   const auto& regions = layout_.scrollRegions();
   const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
@@ -145,7 +145,7 @@ bool HostingController::applyScroll(ElementId region, double distance) {
     if (motion_.isFlinging()) motion_.stop();
     return false;
   }
-  y = target == maxOffset ? infinity : target;  // the end stays the end, however tall rows turn out
+  y = target == maxOffset ? infinity : target;  // stays at the end, however tall unmeasured rows turn out
   layoutIsStale_ = true;
   return true;
 }
@@ -161,8 +161,8 @@ const ScrollRegion* HostingController::regionAt(Point point) const {
   return nullptr;
 }
 
-// Focus goes round the controls in reading order. It begins at the title, which is no control, so that no
-// decision is one key away from a banner that has only just appeared.
+// Moves the focus through the controls in reading order and wraps around. The focus starts at the title,
+// which is not a control, so that one key press cannot make a decision on a banner that has just appeared.
 void HostingController::moveFocus(int step) {
   const auto& elements = accessibleElements();
   const auto isStop = [](const AccessibleElement& each) { return each.isControl() && each.isEnabled; };
@@ -170,7 +170,7 @@ void HostingController::moveFocus(int step) {
   const auto current =
       focused_ ? std::ranges::find(elements, *focused_, &AccessibleElement::id) : elements.end();
   std::ptrdiff_t index = current == elements.end() ? (step > 0 ? -1 : count) : current - elements.begin();
-  for (std::ptrdiff_t tried = 0; tried < count; ++tried) {
+  for (std::ptrdiff_t tries = 0; tries < count; ++tries) {
     index = (index + step + count) % count;
     if (isStop(elements[static_cast<std::size_t>(index)])) {
       focusIsVisible_ = true;

@@ -15,33 +15,52 @@ struct Overloaded : Cases... {
 constexpr Size toggleSize{51, 31};
 constexpr double dividerHeight = 1;
 
-std::optional<double> lessened(std::optional<double> length, double by) {
+std::optional<double> reduced(std::optional<double> length, double by) {
   if (!length) return std::nullopt;
   return std::max(0.0, *length - by);
 }
 
-// What a frame proposes to its child along one axis.
-std::optional<double> framed(std::optional<double> offered, std::optional<double> least,
-                             std::optional<double> most) {
-  if (least && most && *least == *most) return least;
-  if (!offered) return most && *most < infinity ? most : std::nullopt;
-  return std::max(least.value_or(0), std::min(*offered, most.value_or(infinity)));
+// Returns what a frame proposes to its child along one axis.
+std::optional<double> framed(std::optional<double> offered, std::optional<double> min,
+                             std::optional<double> max) {
+  if (min && max && *min == *max) return min;
+  if (!offered) return max && *max < infinity ? max : std::nullopt;
+  return std::max(min.value_or(0), std::min(*offered, max.value_or(infinity)));
 }
 
-// A frame's own length along one axis.
-double framedLength(double child, std::optional<double> offered, std::optional<double> least,
-                    std::optional<double> most) {
-  if (!least && !most) return child;
-  const double wanted =
-      most && offered ? std::min(*offered, *most) : std::min(child, most.value_or(infinity));
-  return std::max(least.value_or(most ? std::min(child, *most) : 0), wanted);
-}
-
-double aligned(double room, int position) {
-  return room * position / 2;
+// Returns a frame's own length along one axis.
+double framedLength(double child, std::optional<double> offered, std::optional<double> min,
+                    std::optional<double> max) {
+  if (!min && !max) return child;
+  const double wanted = max && offered ? std::min(*offered, *max) : std::min(child, max.value_or(infinity));
+  return std::max(min.value_or(max ? std::min(child, *max) : 0), wanted);
 }
 
 }  // namespace
+
+double shareBefore(HorizontalAlignment alignment) {
+  switch (alignment) {
+    case HorizontalAlignment::leading:
+      return 0;
+    case HorizontalAlignment::center:
+      return 0.5;
+    case HorizontalAlignment::trailing:
+      return 1;
+  }
+  return 0;
+}
+
+double shareBefore(VerticalAlignment alignment) {
+  switch (alignment) {
+    case VerticalAlignment::top:
+      return 0;
+    case VerticalAlignment::center:
+      return 0.5;
+    case VerticalAlignment::bottom:
+      return 1;
+  }
+  return 0;
+}
 
 Layout::Layout(ElementTree& tree, const ViewEnvironment& environment)
     : tree_(tree), environment_(environment) {}
@@ -53,7 +72,7 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   const Size window = environment_.size;
   const Rect area{safe.leading, safe.top, std::max(0.0, window.width - safe.width()),
                   std::max(0.0, window.height - safe.height())};
-  // Rows seen for the first time may turn out taller than thought.
+  // Rows that are measured for the first time may turn out taller than estimated.
   constexpr int maxPasses = 4;
   for (int pass = 0; pass < maxPasses && (pass == 0 || rowsChanged_); ++pass) {
     scrollRegions_.clear();
@@ -73,7 +92,7 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
 }
 
 Size Layout::size(Element& element, Proposal proposal) {
-  if (std::holds_alternative<view::Text>(element.view.node().content)) proposal.height.reset();  // not asked
+  if (std::holds_alternative<view::Text>(element.view.node().content)) proposal.height.reset();  // ignored
   for (const auto& [asked, answer] : element.sizes) {
     if (asked == proposal) return answer;
   }
@@ -117,7 +136,7 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
           [&](const view::Padding& padding) {
             const Insets& insets = padding.insets;
             const Size content = child(
-                0, {lessened(proposal.width, insets.width()), lessened(proposal.height, insets.height())});
+                0, {reduced(proposal.width, insets.width()), reduced(proposal.height, insets.height())});
             return Size{content.width + insets.width(), content.height + insets.height()};
           },
           [&](const view::Frame& frame) {
@@ -151,8 +170,8 @@ void Layout::place(Element& element, const Rect& frame, const Proposal& proposal
                  [&](const view::LazyRows&) { placeRows(element, frame); },
                  [&](const view::Padding& padding) {
                    const Insets& insets = padding.insets;
-                   const Proposal offered{lessened(proposal.width, insets.width()),
-                                          lessened(proposal.height, insets.height())};
+                   const Proposal offered{reduced(proposal.width, insets.width()),
+                                          reduced(proposal.height, insets.height())};
                    const Size content = size(child(0), offered);
                    place(child(0),
                          {frame.x + insets.leading, frame.y + insets.top, content.width, content.height},
@@ -185,9 +204,8 @@ void Layout::placeAligned(Element& element, const Rect& frame, Alignment alignme
                           const Proposal& proposal) {
   const Size own = size(element, proposal);
   place(element,
-        {frame.x + aligned(frame.width - own.width, static_cast<int>(alignment.horizontal)),
-         frame.y + aligned(frame.height - own.height, static_cast<int>(alignment.vertical)), own.width,
-         own.height},
+        {frame.x + (frame.width - own.width) * shareBefore(alignment.horizontal),
+         frame.y + (frame.height - own.height) * shareBefore(alignment.vertical), own.width, own.height},
         proposal);
 }
 
@@ -217,7 +235,7 @@ double Layout::measureMinContentWidth(const Element& element) const {
           },
           [&](const view::Padding& padding) { return widestChild() + padding.insets.width(); },
           [&](const view::Frame& frame) { return std::max(widestChild(), frame.minWidth.value_or(0)); },
-          [&](const auto&) { return widestChild(); },  // nothing where there are no children
+          [&](const auto&) { return widestChild(); },  // 0 if there are no children
       },
       element.view.node().content);
 }

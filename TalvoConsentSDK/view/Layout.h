@@ -1,7 +1,7 @@
 #pragma once
 
-// Decides the rectangle of every element. A parent proposes a size, a child answers with its own, and the
-// parent places it.
+// Computes the frame of every element. A parent proposes a size, the child returns its own size, and the
+// parent places the child.
 
 #include <optional>
 #include <vector>
@@ -21,30 +21,36 @@ struct ScrollRegion {
   double maxOffset() const { return std::max(0.0, contentHeight - frame.height); }
 };
 
-/// How far a region has been scrolled, in points from the top; remembered by the region's identity. A layout
-/// reduces what is beyond the end to the end.
+/// How far a region is scrolled, in points from the top. Stored under the region's identity. Layout clamps an
+/// offset beyond the end to the end.
 struct ScrollOffset {
   double y = 0;
 };
 
-/// A picture that has arrived; remembered by the identity of its view.
+/// A picture that was requested. Stored under the identity of its view.
 struct LoadedImage {
   std::optional<URL> url;
-  std::shared_ptr<const Image> image;  // null: still loading, or not to be had
+  std::shared_ptr<const Image> image;  // null while it is loading, and if loading failed
 };
 
-/// One layout of a tree. Sizes already measured are taken from the elements. Shared libraries do not show it.
+/// The share of the free room that goes before an aligned child: 0, a half, or 1.
+double shareBefore(HorizontalAlignment alignment);
+double shareBefore(VerticalAlignment alignment);
+
+/// Lays out a tree. Reuses the sizes that are stored in the elements. Shared libraries do not export this
+/// class.
 class Layout {
  public:
   Layout(ElementTree& tree, const ViewEnvironment& environment);
 
+  /// Which lazy rows to create: those near the visible part, or all.
   enum class Rows { near, all };
 
-  /// Lays the tree out in the window: the root in what the safe area leaves. Of lazy rows, those near the
-  /// visible part are made, or all; others are dropped, except for those that hold one of `kept`.
+  /// Lays out the tree in the window, with the root inside the safe area. Creates the lazy rows that `rows`
+  /// asks for and removes the others, except those that contain one of the `kept` elements.
   void run(std::vector<ElementId> kept, Rows rows = Rows::near);
 
-  /// The parts that scroll, outermost first.
+  /// The regions that scroll, outermost first.
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
 
  private:
@@ -52,10 +58,10 @@ class Layout {
   Size measure(Element& element, const Proposal& proposal);
   void place(Element& element, const Rect& frame, const Proposal& proposal);
 
-  /// Places an element of its own size within a frame.
+  /// Places an element in its own size, aligned within a frame.
   void placeAligned(Element& element, const Rect& frame, Alignment alignment, const Proposal& proposal);
 
-  /// The width below which a word in the element would be broken.
+  /// The minimum width at which no word in the element is split.
   double minContentWidth(Element& element) const;
   double measureMinContentWidth(const Element& element) const;
 
@@ -83,7 +89,7 @@ class Layout {
     double content;
     double footer;
     double inset;
-    double middle;  // what is left for the content; equals `content` when all fits
+    double middle;  // the height left for the content; equals `content` if everything fits
     bool scrollsAll;
   };
   PinnedHeights pinnedHeights(Element& element, const view::PinnedFooter& pinned, const Proposal& proposal);
@@ -101,11 +107,11 @@ class Layout {
 
   ElementTree& tree_;
   const ViewEnvironment& environment_;
-  /// What the element that is being placed is seen through.
+  /// The part of the window in which the element being placed is visible, and what clips and scrolls it.
   struct Viewport {
     Rect visible;
     std::optional<Rect> clip;
-    ScrollOffset* offset = nullptr;  // null: it does not scroll
+    ScrollOffset* offset = nullptr;  // null if it does not scroll
   };
 
   std::vector<ScrollRegion> scrollRegions_;

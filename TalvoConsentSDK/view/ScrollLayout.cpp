@@ -1,4 +1,4 @@
-// How scrolling parts, pinned footers and rows made on demand are laid out.
+// How scrolling regions, pinned footers and lazy rows are laid out.
 
 #include <algorithm>
 
@@ -10,7 +10,7 @@ ScrollOffset& Layout::scrollOffset(ElementId region) {
   return tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
 }
 
-// Registers a region, narrows what is visible to it, and answers where its content begins.
+// Registers a region, limits the viewport to it, and returns the y coordinate at which its content starts.
 double Layout::placeScroller(const Element& element, const Rect& region, double contentHeight) {
   const ScrollRegion scroller{element.id, region, contentHeight};
   scrollRegions_.push_back(scroller);
@@ -29,8 +29,8 @@ Layout::PinnedHeights Layout::pinnedHeights(Element& element, const view::Pinned
   const double room = proposal.height.value_or(infinity);
   if (content + footer <= room) return {content, footer, 0, content, false};
   const double middle = room - footer - pinned.gap - pinned.inset;
-  const double least = pinned.minMiddle * std::max(1.0, environment_.textScale);
-  return {content, footer, pinned.inset, middle, middle < std::min(content, least)};
+  const double minMiddle = pinned.minMiddle * std::max(1.0, environment_.textScale);
+  return {content, footer, pinned.inset, middle, middle < std::min(content, minMiddle)};
 }
 
 void Layout::placePinned(Element& element, const view::PinnedFooter& pinned, const Rect& frame,
@@ -72,9 +72,10 @@ Size Layout::measureRows(Element& element, const Proposal& proposal) {
   return {width, height};
 }
 
-// Rows within one visible height above and below exist, so that what scrolls into view is there already; so
-// do the first and the last one, for whoever enters the list by a key. When a row above the visible part
-// turns out otherwise than thought, the offset makes up for it, so that what is seen stays where it is.
+// Keeps the rows within one visible height above and below, so that they exist before they scroll into view,
+// and the first and the last row, so that the focus can enter the list by a key. If a row above the visible
+// part turns out taller or shorter than expected, the scroll offset changes by the difference, so that the
+// visible rows stay in place.
 void Layout::placeRows(Element& element, const Rect& frame) {
   LazyRowsState& state = *element.lazyRows;
   const Rect visible = viewport_.visible;
@@ -83,23 +84,23 @@ void Layout::placeRows(Element& element, const Rect& frame) {
   double top = frame.y;
   for (std::size_t index = 0; index < state.heights.size(); ++index) {
     double& height = state.heights[index];
-    const double thought = height < 0 ? state.estimate : height;
-    const bool isFar = top + thought < visible.y - margin || top > visible.bottom() + margin;
+    const double expected = height < 0 ? state.estimate : height;
+    const bool isFar = top + expected < visible.y - margin || top > visible.bottom() + margin;
     if (isFar && index > 0 && index + 1 < state.heights.size()) {
       const auto row = state.rows.find(index);
       if (row == state.rows.end() || !holdsKept(*row->second)) {
         if (row != state.rows.end()) state.rows.erase(row);
-        top += thought;
+        top += expected;
         continue;
       }
     }
     Element& row = tree_.row(element, index);
     height = size(row, offered).height;
-    if (height != thought) rowsChanged_ = true;
+    if (height != expected) rowsChanged_ = true;
     place(row, {frame.x, top, frame.width, height}, offered);
-    const bool isAbove = viewport_.offset && top + thought <= visible.y;
-    if (isAbove) viewport_.offset->y += height - thought;
-    top += isAbove ? thought : height;
+    const bool isAbove = viewport_.offset && top + expected <= visible.y;
+    if (isAbove) viewport_.offset->y += height - expected;
+    top += isAbove ? expected : height;
   }
   if (rowsChanged_) forgetSizes(element);
 }

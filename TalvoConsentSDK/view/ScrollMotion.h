@@ -1,6 +1,6 @@
 #pragma once
 
-// How a scrolling part follows a finger and goes on when it is let go.
+// How a scrolling region follows a finger and keeps moving after the finger lets go.
 
 #include <chrono>
 #include <cstdint>
@@ -11,21 +11,22 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// One drag and the fling after it, as a function of a clock. Distances are points the content moves up by.
+/// One drag and the fling that follows it. The caller provides the time. Distances are in points; a positive
+/// distance moves the content up.
 class ScrollMotion {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// A finger takes hold of a region at height `y`; a fling ends.
+  /// Starts a drag of a region at `y` and ends any fling.
   void grab(std::uint64_t region, double y, Clock::time_point now);
 
-  /// The finger is at `y`; answers how far to scroll.
+  /// Moves the finger to `y` and returns how far to scroll.
   double drag(double y, Clock::time_point now);
 
-  /// The finger lets go, where `drag` was last told; quick enough, the content goes on.
+  /// Ends the drag at the position last passed to `drag`. If the finger was fast enough, a fling starts.
   void release(Clock::time_point now);
 
-  /// How far to scroll since the last step of a fling.
+  /// Returns how far a fling scrolls since its last step.
   double step(Clock::time_point now);
 
   void stop();
@@ -40,8 +41,8 @@ class ScrollMotion {
   };
 
   std::optional<std::uint64_t> region_;
-  std::vector<Sample> samples_;  // of the last tenth of a second
-  double speed_ = 0;             // points a second
+  std::vector<Sample> samples_;  // from the last tenth of a second
+  double speed_ = 0;             // points per second
   Clock::time_point stepped_;
 };
 

@@ -75,12 +75,12 @@ void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame,
     return;
   }
   const auto placeItems = [&](const std::vector<StackItem>& items, Axis axis, const Rect& area) {
-    const int position = axis == Axis::horizontal ? static_cast<int>(stack.alignment.vertical)
-                                                  : static_cast<int>(stack.alignment.horizontal);
+    const double share = axis == Axis::horizontal ? shareBefore(stack.alignment.vertical)
+                                                  : shareBefore(stack.alignment.horizontal);
     const double breadth = across(axis, area.size());
     double start = axis == Axis::horizontal ? area.x : area.y;
     for (const StackItem& item : items) {
-      const double offset = (breadth - across(axis, item.size)) * position / 2;
+      const double offset = (breadth - across(axis, item.size)) * share;
       place(*item.element,
             axis == Axis::horizontal ? Rect{start, area.y + offset, item.size.width, item.size.height}
                                      : Rect{area.x + offset, start, item.size.width, item.size.height},
@@ -101,8 +101,8 @@ void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame,
   placeItems(distribute(element, stack, axis, proposal), axis, frame);
 }
 
-// The least flexible child chooses first, out of an equal share of what is left; spacers come last and take
-// the rest. Empty views take no part, so that they leave no gap.
+// Offers each child an equal share of the room that is left, the least flexible child first. Spacers come
+// last and take the rest. Empty views are left out, so that they cause no gap.
 std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack& stack, Axis axis,
                                                   const Proposal& proposal) {
   std::vector<StackItem> items;
@@ -154,11 +154,11 @@ std::vector<Layout::FlowLine> Layout::flow(Element& element, double spacing, con
 }
 
 double Layout::flexibility(Element& child, Axis axis, const Proposal& proposal) {
-  const double most = along(axis, size(child, withAlong(axis, proposal, infinity)));
-  if (!std::isfinite(most)) return infinity;
-  const double least = axis == Axis::horizontal ? minContentWidth(child)
-                                                : along(axis, size(child, withAlong(axis, proposal, 0)));
-  return most - least;
+  const double longest = along(axis, size(child, withAlong(axis, proposal, infinity)));
+  if (!std::isfinite(longest)) return infinity;
+  const double shortest = axis == Axis::horizontal ? minContentWidth(child)
+                                                   : along(axis, size(child, withAlong(axis, proposal, 0)));
+  return longest - shortest;
 }
 
 bool Layout::breaksAWord(Element& element, const Stack& stack, const Proposal& proposal) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Values that views show and handlers change.
+// Values that views show and that handlers change.
 
 #include <functional>
 #include <memory>
@@ -11,25 +11,26 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Two-way access to a value that lives elsewhere. Main thread only.
+/// Read and write access to a value that is stored elsewhere. Main thread only.
 template <class T>
 class Binding {
  public:
-  /// What reading gives: a copy of something small, else a reference that is valid until the next change.
+  /// What `get` returns: a copy of a trivially copyable value, or else a reference that is valid until the
+  /// next change.
   using Reading = std::conditional_t<std::is_trivially_copyable_v<T>, T, const T&>;
 
   /// Changes a value in place.
   using Change = std::function<void(T&)>;
 
-  /// Access to a place, which has `Reading get() const` and `void update(const Change&)`: `update` changes
-  /// the value, then tells whoever shows it.
+  /// Gives access to a place. A place has `Reading get() const` and `void update(const Change&)`, which
+  /// changes the value and then notifies the views that show it.
   template <class Place>
   explicit Binding(std::shared_ptr<Place> place)
       : place_(std::move(place)),
         get_([](const void* from) -> Reading { return static_cast<const Place*>(from)->get(); }),
         update_([](void* at, const Change& change) { static_cast<Place*>(at)->update(change); }) {}
 
-  /// A value that stays as it is.
+  /// A value that never changes.
   static Binding constant(T value) {
     struct Constant {
       T value;
@@ -53,11 +54,11 @@ class Binding {
   void (*update_)(void* place, const Change& change);
 };
 
-/// Tells whoever shows a view that a value behind it has changed.
+/// Called after a value that a view shows has changed.
 using ChangeListener = std::function<void()>;
 
-/// A value that outlives the views made from it: copies share it. A change tells the listener that last
-/// asked, as long as that one is alive. Main thread only.
+/// A value that outlives the views made from it. Copies share the value. A change notifies the listener that
+/// was set last, if it still exists. Main thread only.
 template <class T>
 class State {
  public:
@@ -84,7 +85,7 @@ class State {
 
     void update(const typename Binding<T>::Change& change) {
       change(value);
-      if (const auto told = listener.lock()) (*told)();
+      if (const auto notify = listener.lock()) (*notify)();
     }
   };
 

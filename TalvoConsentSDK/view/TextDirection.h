@@ -1,6 +1,6 @@
 #pragma once
 
-// Which way a text is written.
+// The direction in which a text is written.
 
 #include <string_view>
 
@@ -9,8 +9,9 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The direction of most of the letters in UTF-8 `text`, so that a Latin name at its beginning does not
-/// decide for an Arabic sentence. Left to right when there are as many of one kind as of the other.
+/// Returns the direction of most letters in `text`, which is UTF-8. So an Arabic sentence that starts with a
+/// Latin name is still right to left. Returns left to right if both directions have the same number of
+/// letters.
 TALVO_EXPORT LayoutDirection dominantDirection(std::string_view text);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a window tells the views in it.
+// What a window provides to the views in it.
 
 #include <memory>
 
@@ -15,12 +15,12 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 struct ViewEnvironment {
   std::shared_ptr<TextMeasurer> textMeasurer;
   std::shared_ptr<ImageLoader> imageLoader;
-  double textScale = 1;  // that the measurer works with
+  double textScale = 1;  // the one that the measurer uses
   Size size;             // of the window, in points
-  Insets safeArea;       // what the system's own furniture covers of it
+  Insets safeArea;       // the parts of the window that the system's own bars and notches cover
   LayoutDirection layoutDirection = LayoutDirection::leftToRight;  // set by the controller
   bool reducesMotion = false;
-  bool highContrast = false;  // translucent texts and lines are drawn solid, controls with an outline
+  bool highContrast = false;  // draws translucent texts and lines solid, and controls with an outline
 };
 
 }  // namespace TalvoConsentSDK

@@ -1,7 +1,7 @@
 #pragma once
 
-// What a view is made of: plain data that can be compared, printed, laid out and drawn. Nothing here knows a
-// toolkit, and nothing here changes once it is made.
+// What a view is made of: plain data that can be compared, printed, laid out and drawn. It is immutable and
+// independent of any toolkit.
 
 #include <concepts>
 #include <cstddef>
@@ -24,8 +24,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 class RenderContext;
 
-/// Code in a view: called, but never compared. Two views that differ only in their handlers are equal, and
-/// the newest one's handlers are those that run.
+/// Code in a view. Handlers are never compared: two views that differ only in their handlers are equal. The
+/// handlers of the newest view are the ones that run.
 template <class Signature>
 struct Handler {
   std::function<Signature> run;
@@ -57,20 +57,20 @@ struct Symbol {
   friend bool operator==(const Symbol&, const Symbol&) = default;
 };
 
-/// A picture from the network, `height` points high: clear until it is there and when it cannot be had.
+/// A picture from the network, `height` points high. It is empty while it loads and if loading fails.
 struct AsyncImage {
   URL url;
   double height = 0;
   friend bool operator==(const AsyncImage&, const AsyncImage&) = default;
 };
 
-/// A filled area that takes all the room it is offered; it keeps touches from what lies below.
+/// A filled area that takes all the room it is offered. It blocks touches to whatever is below.
 struct Shape {
   Color color = {};
   friend bool operator==(const Shape&, const Shape&) = default;
 };
 
-/// Its child is the label.
+/// A button. Its child is the label.
 struct Button {
   Handler<void()> action = {};
   friend bool operator==(const Button&, const Button&) = default;
@@ -107,15 +107,15 @@ struct Divider {
   friend bool operator==(const Divider&, const Divider&) = default;
 };
 
-/// Scrolls its child vertically when it is offered less than the child's height.
+/// Scrolls its child vertically if it is offered less than the child's height.
 struct Scroll {
   friend bool operator==(const Scroll&, const Scroll&) = default;
 };
 
-/// Two children, the second below the first. Where they do not fit, the first scrolls and the second stays;
-/// where that would leave the first less than `minMiddle` (at text scale 1, and more for larger text), both
-/// scroll together. Where it scrolls, `gap` keeps the first from the second, and `inset` from what is drawn
-/// over the top of it.
+/// Two children, the second below the first. If they do not fit, the first one scrolls and the second one
+/// stays. If that would leave the first one less than `minMiddle` points, both scroll together; `minMiddle`
+/// grows with text scales above 1. When scrolling, `gap` separates the first child from the second, and
+/// `inset` separates it from what is drawn over its top.
 struct PinnedFooter {
   double inset = 0;
   double minMiddle = 120;
@@ -123,7 +123,7 @@ struct PinnedFooter {
   friend bool operator==(const PinnedFooter&, const PinnedFooter&) = default;
 };
 
-/// A vertical stack whose rows are made when they come near the visible part.
+/// A vertical stack whose rows are created when they come near the visible part.
 struct LazyRows {
   std::size_t count = 0;
   Handler<AnyView(std::size_t)> row = {};
@@ -135,8 +135,9 @@ struct Padding {
   friend bool operator==(const Padding&, const Padding&) = default;
 };
 
-/// A size of its own: fixed where minimum equals maximum, else what is offered within the two. An absent
-/// bound is the child's own size. The child keeps its size and is aligned within.
+/// Gives a view a size of its own: a fixed one if minimum and maximum are equal, otherwise what is offered,
+/// clamped to the two. An absent bound is the child's own size. The child keeps its size and is aligned
+/// within.
 struct Frame {
   std::optional<double> minWidth = {};
   std::optional<double> maxWidth = {};
@@ -146,17 +147,17 @@ struct Frame {
   friend bool operator==(const Frame&, const Frame&) = default;
 };
 
-/// A filled rectangle behind its child, with continuous (smooth) corners; it keeps touches from what lies
+/// A filled rectangle with continuous (smooth) corners behind its child. It blocks touches to whatever is
 /// below.
 struct Background {
   Color color = {};
   double cornerRadius = 0;
   std::optional<Shadow> shadow = {};
-  std::optional<Color> outline = {};  // drawn where high contrast is asked for
+  std::optional<Color> outline = {};  // drawn only in high contrast
   friend bool operator==(const Background&, const Background&) = default;
 };
 
-/// A second child drawn over the first, in its frame, aligned.
+/// Draws the second child over the first, aligned within the first child's frame.
 struct Overlay {
   Alignment alignment = {};
   friend bool operator==(const Overlay&, const Overlay&) = default;
@@ -167,29 +168,29 @@ struct Opacity {
   friend bool operator==(const Opacity&, const Opacity&) = default;
 };
 
-/// Controls inside are drawn as disabled and cannot be used.
+/// Disables the controls inside and draws them as disabled.
 struct Disabled {
   bool isDisabled = true;
   friend bool operator==(const Disabled&, const Disabled&) = default;
 };
 
-/// Its child covers the whole window, safe areas included.
+/// Lets its child cover the whole window, including the safe areas.
 struct IgnoresSafeArea {
   friend bool operator==(const IgnoresSafeArea&, const IgnoresSafeArea&) = default;
 };
 
-/// What assistive technology is told instead of, or in addition to, what the child shows.
+/// What assistive technology receives instead of, or in addition to, what the child shows.
 struct Accessibility {
-  Role role = Role::none;  // none: the child's own
-  std::string label = {};  // empty: the child's own texts
+  Role role = Role::none;  // none leaves the child's own role
+  std::string label = {};  // empty leaves the child's own texts
   std::string value = {};
   std::string description = {};
-  bool isModal = false;      // (dialog) what lies below cannot be reached
-  bool isDismissal = false;  // (button) what the Escape key does
+  bool isModal = false;      // for a dialog: the user cannot reach what is below
+  bool isDismissal = false;  // for a button: the Escape key activates it
   friend bool operator==(const Accessibility&, const Accessibility&) = default;
 };
 
-/// A view with state of its own: its body is made anew for every rendering.
+/// A view with its own state. Its body runs for every rendering.
 struct Component {
   std::string name = {};
   Handler<AnyView(RenderContext&)> body = {};
@@ -200,7 +201,7 @@ using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Tog
                              Scroll, PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Opacity,
                              Disabled, IgnoresSafeArea, Accessibility, Component>;
 
-/// For a case that serves several kinds: naming them keeps every visitor exhaustive.
+/// For a visitor's case that handles several kinds. Listing them by name keeps the visitor exhaustive.
 template <class T, class... Kinds>
 concept OneOf = (std::same_as<T, Kinds> || ...);
 
@@ -210,7 +211,7 @@ concept OneOf = (std::same_as<T, Kinds> || ...);
 struct ViewNode {
   view::Content content;
   std::vector<AnyView> children;
-  std::string key;  // identity among its siblings; empty: its position
+  std::string key;  // identity among its siblings; if empty, the position is the identity
 };
 
 }  // namespace TalvoConsentSDK

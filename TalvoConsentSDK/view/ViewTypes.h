@@ -1,6 +1,6 @@
 #pragma once
 
-// The small vocabulary that views are described with.
+// Small types that describe views.
 
 #include <array>
 #include <limits>
@@ -22,10 +22,10 @@ struct Alignment {
   friend bool operator==(const Alignment&, const Alignment&) = default;
 };
 
-/// Symbols every toolkit can draw.
+/// Symbols that every toolkit can draw.
 enum class Glyph { xmark, chevronLeft, chevronRight };
 
-/// What assistive technology is told a thing is. Its raw text is what scripts and pictures call it.
+/// The kind of an element, for assistive technology. Scripts and text pictures use its raw text.
 enum class Role { none, text, heading, image, button, link, toggle, expander, dialog };
 
 template <>
@@ -39,16 +39,16 @@ struct RawValues<Role> {
   };
 };
 
-/// What a horizontal stack does when its children do not fit side by side.
+/// What a horizontal stack does if its children do not fit side by side.
 enum class Overflow {
-  compress,           // each gets less
-  stackAtBrokenWord,  // one below the other, once a word would have to be broken inside
-  wrap,               // on to further lines
+  compress,           // gives each child less room
+  stackAtBrokenWord,  // places the children one below the other if a word would be split otherwise
+  wrap,               // continues on further lines
 };
 
 struct Shadow {
   Color color;
-  double radius = 0;  // of the blur
+  double radius = 0;  // blur radius
   double x = 0;
   double y = 0;
   friend bool operator==(const Shadow&, const Shadow&) = default;

@@ -124,7 +124,7 @@ AnyView divider(Color color) {
   return make(view::Divider{color});
 }
 
-AnyView scroll(const AnyView& content) {
+AnyView scrollView(const AnyView& content) {
   return make(view::Scroll{}, {content});
 }
 

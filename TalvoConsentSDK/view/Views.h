@@ -1,6 +1,6 @@
 #pragma once
 
-// The views that others are made of. A screen is an expression over these functions and AnyView's operations.
+// The basic views. A screen combines them with each other and with AnyView's operations.
 
 #include <cstddef>
 #include <functional>
@@ -29,15 +29,15 @@ struct ToggleColors {
   Color knob = {};
 };
 
-/// Children from leading to trailing.
+/// For children from leading to trailing.
 struct HorizontalOptions {
   VerticalAlignment alignment = VerticalAlignment::center;
   double spacing = 0;
   Overflow overflow = Overflow::compress;
-  HorizontalAlignment stacked = HorizontalAlignment::center;  // where the overflow puts one below the other
+  HorizontalAlignment stacked = HorizontalAlignment::center;  // used when overflow stacks the children
 };
 
-/// Children from top to bottom.
+/// For children from top to bottom.
 struct VerticalOptions {
   HorizontalAlignment alignment = HorizontalAlignment::center;
   double spacing = 0;
@@ -52,20 +52,20 @@ TALVO_EXPORT AnyView toggle(const Binding<bool>& isOn, const ToggleColors& color
 TALVO_EXPORT AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children);
 TALVO_EXPORT AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> children);
 
-/// Children one over the other, the last one on top.
+/// Draws the children on top of each other, the last one topmost.
 TALVO_EXPORT AnyView depthStack(Alignment alignment, std::vector<AnyView> children);
 
 TALVO_EXPORT AnyView spacer();
 TALVO_EXPORT AnyView divider(Color color);
-TALVO_EXPORT AnyView scroll(const AnyView& content);
+TALVO_EXPORT AnyView scrollView(const AnyView& content);
 
 /// See `view::PinnedFooter`.
 TALVO_EXPORT AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
 
-/// See `view::LazyRows`; `row` makes the row at an index.
+/// See `view::LazyRows`. `row` returns the row at an index.
 TALVO_EXPORT AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);
 
-/// A view with state of its own; `body` runs for every rendering.
+/// See `view::Component`. `body` runs for every rendering.
 TALVO_EXPORT AnyView component(std::string name, std::function<AnyView(RenderContext&)> body);
 
 }  // namespace TalvoConsentSDK

@@ -11,8 +11,8 @@ namespace {
 
 constexpr double pressedOpacity = 0.6;
 constexpr double disabledOpacity = 0.45;
-constexpr double switchOutlineReach = 2;  // so that it does not touch the knob
-constexpr double boxOutlineReach = 1;     // half of it, so that it hides the box's edge
+constexpr double switchOutlineReach = 2;  // keeps the outline clear of the knob
+constexpr double boxOutlineReach = 1;     // half the stroke, so that the outline covers the box's edge
 
 enum Part { mainPart, shadowPart, ringPart, upperEdgePart, lowerEdgePart, outlinePart };
 
@@ -34,13 +34,13 @@ class Flattener {
     if (state_.ringed == element.id) ring_ = &element;
   }
 
-  // A hairline where scrolled content disappears, so that it is seen to go on.
+  // Draws a hairline at each edge where scrolled content is cut off, to show that there is more.
   void addScrollEdges() {
     constexpr Color hairline{0.5, 0.5, 0.5, 0.45};
     for (const ScrollRegion& region : state_.scrollRegions) {
       const double y = memory_.get<ScrollOffset>(region.id, [] { return ScrollOffset(); }).y;
       const Rect& f = region.frame;
-      const visual::Box line{strong(hairline)};
+      const visual::Box line{solid(hairline)};
       if (y > 0.5) push(region.id, upperEdgePart, {f.x, f.y, f.width, 0.5}, {}, 1, line);
       if (y < region.maxOffset() - 0.5) {
         push(region.id, lowerEdgePart, {f.x, f.bottom() - 0.5, f.width, 0.5}, {}, 1, line);
@@ -51,16 +51,16 @@ class Flattener {
   void addRing() {
     if (!ring_) return;
     constexpr Color inner{1, 1, 1, 1};
-    constexpr Color outer{0.03, 0.2, 0.6, 1};  // so far from white that one of them is 3:1 from any colour
-    const Look seen = look(*ring_);
-    pushAround(*ring_, ringPart, seen.reach, 1, {inner, outer, seen.cornerRadius});
+    constexpr Color outer{0.03, 0.2, 0.6, 1};  // any colour has a contrast of 3:1 to this one or to white
+    const RingShape shape = ringShape(*ring_);
+    pushAround(*ring_, ringPart, shape.reach, 1, {inner, outer, shape.cornerRadius});
   }
 
-  // Switches and backgrounds with an outline are drawn with it where high contrast is asked for.
+  // Draws the outline of a switch or a background if high contrast is on.
   void addOutline(const Element& element, double reach, double opacity, const Color& color,
                   double cornerRadius) {
     if (hasHighContrast_) {
-      pushAround(element, outlinePart, reach, opacity, {Color::clear(), strong(color), cornerRadius});
+      pushAround(element, outlinePart, reach, opacity, {Color::clear(), solid(color), cornerRadius});
     }
   }
 
@@ -74,12 +74,12 @@ class Flattener {
   void draw(const Element& element, const view::Text& text, double opacity, bool) {
     pushMain(
         element, opacity,
-        visual::Text{text.text, text.font, strong(text.color), text.isUnderlined, alignment(text.alignment)});
+        visual::Text{text.text, text.font, solid(text.color), text.isUnderlined, alignment(text.alignment)});
   }
 
   void draw(const Element& element, const view::Symbol& symbol, double opacity, bool) {
     pushMain(element, opacity,
-             visual::Symbol{symbol.glyph, symbol.weight, strong(symbol.color),
+             visual::Symbol{symbol.glyph, symbol.weight, solid(symbol.color),
                             animations_.value(element.id, symbol.turns), isMirrored_});
   }
 
@@ -93,7 +93,7 @@ class Flattener {
   }
 
   void draw(const Element& element, const view::Divider& line, double opacity, bool) {
-    pushMain(element, opacity, visual::Box{strong(line.color)});
+    pushMain(element, opacity, visual::Box{solid(line.color)});
   }
 
   void draw(const Element& element, const view::Toggle& toggle, double opacity, bool isDisabled) {
@@ -109,7 +109,7 @@ class Flattener {
       push(element.id, shadowPart, element.frame, element.clip, opacity,
            visual::BoxShadow{*background.shadow, background.cornerRadius});
     }
-    pushMain(element, opacity, visual::Box{strong(background.color), background.cornerRadius});
+    pushMain(element, opacity, visual::Box{solid(background.color), background.cornerRadius});
     if (background.outline) {
       addOutline(element, boxOutlineReach, opacity, *background.outline, background.cornerRadius);
     }
@@ -136,27 +136,29 @@ class Flattener {
     addChildren(element, opacity, isDisabled);
   }
 
-  Color strong(const Color& color) const {
+  Color solid(const Color& color) const {
     return hasHighContrast_ && color.alpha > 0 ? color.withAlpha(1) : color;
   }
 
-  // What a control is seen as.
-  struct Look {
-    double cornerRadius = 3;  // of a text, whose letters it leaves alone
-    double reach = 4;         // of the ring
+  // The shape of the focus ring around a control. The defaults are for a text and keep the ring off its
+  // letters.
+  struct RingShape {
+    double cornerRadius = 3;
+    double reach = 4;  // how far the ring extends beyond the control
   };
 
-  Look look(const Element& element) const {
-    const double boxed = hasHighContrast_ ? 7 : 5;  // clear of the outline
+  RingShape ringShape(const Element& element) const {
+    const double boxReach = hasHighContrast_ ? 7 : 5;  // keeps the ring clear of the outline
     const auto& content = element.view.node().content;
-    if (std::holds_alternative<view::Toggle>(content)) return {element.frame.height / 2, boxed};
+    if (std::holds_alternative<view::Toggle>(content)) return {element.frame.height / 2, boxReach};
     if (const auto* background = std::get_if<view::Background>(&content)) {
-      return {background->cornerRadius, boxed};
+      return {background->cornerRadius, boxReach};
     }
-    return element.children.size() == 1 ? look(*element.children.front()) : Look();
+    return element.children.size() == 1 ? ringShape(*element.children.front()) : RingShape();
   }
 
-  // What reaches beyond an element is seen beyond the sides of its list as well, and a ring beyond its ends.
+  // Draws an outline around an element. Inside a scrolling list the outline may extend beyond the list's
+  // sides, and a focus ring also beyond its top and bottom.
   void pushAround(const Element& element, Part part, double reach, double opacity, visual::FocusRing ring) {
     auto clip = element.clip;
     if (clip && !element.frame.intersects(*clip)) return;

@@ -1,7 +1,7 @@
 #pragma once
 
-// A laid-out tree as the flat list of what is drawn. A window shows it by painting each entry in turn, or
-// keeps one item per identity and touches only those that differ from the last list.
+// A laid-out tree as a flat list of what to draw. A window either paints the entries in order, or keeps one
+// item per identity and updates only the items that differ from the last list.
 
 #include <cstdint>
 #include <memory>
@@ -26,7 +26,7 @@ namespace visual {
 
 enum class TextAlignment { left, center, right };
 
-/// Text wrapped in the frame's width.
+/// Text wrapped to the frame's width.
 struct Text {
   std::string text;
   Font font;
@@ -52,7 +52,7 @@ struct Box {
   friend bool operator==(const Box&, const Box&) = default;
 };
 
-/// The shadow of a box with the same frame; it reaches beyond the frame.
+/// The shadow of a box with the same frame. The shadow extends beyond the frame.
 struct BoxShadow {
   Shadow shadow;
   double cornerRadius = 0;
@@ -73,8 +73,8 @@ struct Switch {
   friend bool operator==(const Switch&, const Switch&) = default;
 };
 
-/// An outline of two strokes of 2 points: around the control that keys act on, and, with the outer one alone,
-/// around controls where high contrast is asked for.
+/// An outline of two strokes of 2 points each around the focused control. The outlines that controls have in
+/// high contrast consist of the outer stroke alone.
 struct FocusRing {
   Color inner;
   Color outer;
@@ -89,7 +89,7 @@ using Content = std::variant<Text, Symbol, Box, BoxShadow, Picture, Switch, Focu
 /// One thing to draw. Frames are in window coordinates, in points.
 struct Visual {
   ElementId element = 0;
-  int part = 0;  // distinguishes what one element draws; the pair is unique in a list
+  int part = 0;  // distinguishes the visuals of one element; the pair of element and part is unique in a list
   Rect frame;
   std::optional<Rect> clip;
   double opacity = 1;
@@ -97,15 +97,15 @@ struct Visual {
   friend bool operator==(const Visual&, const Visual&) = default;
 };
 
-/// What a list of visuals depends on besides the tree.
+/// What the visuals depend on besides the tree.
 struct VisualState {
   std::optional<ElementId> pressed;
-  std::optional<ElementId> ringed;  // has the focus ring
+  std::optional<ElementId> ringed;  // the element with the focus ring
   std::vector<ScrollRegion> scrollRegions;
 };
 
-/// Flattens a laid-out tree, in the order of painting. What lies outside its clip or the window is left out.
-/// Moving parts are drawn as they are at the animations' present time.
+/// Flattens a laid-out tree in painting order. Omits what is outside its clip or outside the window. Moving
+/// parts are drawn as they are at the current time of `animations`.
 TALVO_EXPORT std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environment,
                                          const VisualState& state, Animations& animations);
 

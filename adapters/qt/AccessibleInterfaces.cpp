@@ -36,9 +36,9 @@ QAccessible::Role toQtRole(Role role) {
   return QAccessible::NoRole;
 }
 
-// Qt's bridges have words of their own for a switch's state, in the person's language. Whether an expander is
-// open some know from its state and some, as that of Windows, from its value alone.
-QString text(const AccessibleElement& element, QAccessible::Text kind) {
+// Returns no value for a switch: Qt's bridges announce its state in the user's language themselves. Returns
+// the value of an expander, because some bridges, such as the one for Windows, ignore its state.
+QString textOf(const AccessibleElement& element, QAccessible::Text kind) {
   switch (kind) {
     case QAccessible::Name:
       return toQString(element.name);
@@ -75,18 +75,18 @@ Point toPoint(const ViewWindow& window, int x, int y) {
   return {static_cast<double>(point.x()), static_cast<double>(point.y())};
 }
 
-// How many elements come before the container's children: the dialog itself.
-int offset(AccessibleTree& tree) {
+// The index of the container's first child among the elements. The dialog, if there is one, comes first.
+int firstChild(AccessibleTree& tree) {
   return tree.hasDialog() ? 1 : 0;
 }
 
 int elementCount(AccessibleTree& tree) {
-  return static_cast<int>(tree.elements().size()) - offset(tree);
+  return static_cast<int>(tree.elements().size()) - firstChild(tree);
 }
 
 QAccessibleInterface* elementAt(AccessibleTree& tree, int index) {
   if (index < 0 || index >= elementCount(tree)) return nullptr;
-  return tree.item(tree.elements()[static_cast<std::size_t>(index + offset(tree))]);
+  return tree.item(tree.elements()[static_cast<std::size_t>(index + firstChild(tree))]);
 }
 
 class Item : public QAccessibleInterface, public QAccessibleActionInterface {
@@ -111,7 +111,7 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
   }
 
   QString text(QAccessible::Text kind) const override {
-    return element() ? TalvoConsentSDK::text(*element(), kind) : QString();
+    return element() ? textOf(*element(), kind) : QString();
   }
   void setText(QAccessible::Text, const QString&) override {}
 
@@ -138,11 +138,11 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
     return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
   }
 
-  // Whatever can be read can be given the focus, so that the assistive cursor scrolls there.
+  // Everything readable accepts the focus, so that the view scrolls along with the assistive cursor.
   QStringList actionNames() const override {
     QStringList names;
     if (!element() || element()->role == Role::dialog) return names;
-    if (element()->isControl() && element()->isEnabled) names << use();
+    if (element()->isControl() && element()->isEnabled) names << controlAction();
     return names << setFocusAction();
   }
 
@@ -157,7 +157,9 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
  private:
   const AccessibleElement* element() const { return tree_.find(id_); }
   bool isContainer() const { return tree_.hasDialog() && tree_.elements().front().id == id_; }
-  const QString& use() const { return element()->role == Role::toggle ? toggleAction() : pressAction(); }
+  const QString& controlAction() const {
+    return element()->role == Role::toggle ? toggleAction() : pressAction();
+  }
 
   AccessibleTree& tree_;
   const ElementId id_;
@@ -166,7 +168,7 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
 int indexOf(AccessibleTree& tree, const QAccessibleInterface* child) {
   const auto* item = dynamic_cast<const Item*>(child);
   const AccessibleElement* element = item ? tree.find(item->id()) : nullptr;
-  return element ? static_cast<int>(element - tree.elements().data()) - offset(tree) : -1;
+  return element ? static_cast<int>(element - tree.elements().data()) - firstChild(tree) : -1;
 }
 
 int Item::indexOfChild(const QAccessibleInterface* child) const {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The interfaces through which Qt's accessibility bridges read and use an AccessibleTree.
+// The interfaces through which Qt's accessibility bridges read and operate an AccessibleTree.
 
 #include <QAccessible>
 
@@ -10,10 +10,11 @@ namespace TalvoConsentSDK {
 
 class AccessibleTree;
 
-/// The root. Whoever makes one registers it with QAccessible, which owns it from then on.
+/// Creates the interface of the root. The caller must register it with QAccessible, which then owns it.
 QAccessibleInterface* makeAccessibleWindow(AccessibleTree& tree, QObject& window);
 
-/// One element; invalid while the tree has none such. To be registered likewise.
+/// Creates the interface of one element, which is invalid while the tree has no such element. The caller must
+/// register it with QAccessible, which then owns it.
 QAccessibleInterface* makeAccessibleItem(AccessibleTree& tree, ElementId id);
 
 }  // namespace TalvoConsentSDK

@@ -14,16 +14,16 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// When a list opens, at most this many new rows are announced: a client that hears of one reads the others
-// itself.
+// The maximum number of new rows that are announced when a list opens. A client that is notified of one row
+// reads the others itself.
 constexpr std::size_t maxAnnounced = 64;
 
-void tell(QAccessibleInterface* interface, QAccessible::Event type) {
+void announce(QAccessibleInterface* interface, QAccessible::Event type) {
   QAccessibleEvent event(interface, type);
   QAccessible::updateAccessibility(&event);
 }
 
-void tellState(QAccessibleInterface* interface, const QAccessible::State& changed) {
+void announceState(QAccessibleInterface* interface, const QAccessible::State& changed) {
   QAccessibleStateChangeEvent event(interface, changed);
   QAccessible::updateAccessibility(&event);
 }
@@ -40,10 +40,10 @@ AccessibleTree::AccessibleTree(ViewWindow& window)
     : window_(window), root_(QAccessible::registerAccessibleInterface(makeAccessibleWindow(*this, window))) {}
 
 AccessibleTree::~AccessibleTree() {
-  if (root()) tell(root(), QAccessible::ObjectDestroyed);
-  for (const auto& [id, known] : known_) gone_.push_back(known.item);
-  gone_.push_back(root_);
-  std::ranges::for_each(gone_, QAccessible::deleteAccessibleInterface);
+  if (root()) announce(root(), QAccessible::ObjectDestroyed);
+  for (const auto& [id, known] : known_) removed_.push_back(known.item);
+  removed_.push_back(root_);
+  std::ranges::for_each(removed_, QAccessible::deleteAccessibleInterface);
 }
 
 QAccessibleInterface* AccessibleTree::container() {
@@ -51,7 +51,7 @@ QAccessibleInterface* AccessibleTree::container() {
 }
 
 QAccessibleInterface* AccessibleTree::item(const AccessibleElement& element) {
-  Known& known = known_[element.id];
+  KnownItem& known = known_[element.id];
   if (!known.item) {
     known = {QAccessible::registerAccessibleInterface(makeAccessibleItem(*this, element.id)), element};
   }
@@ -62,23 +62,23 @@ const std::vector<AccessibleElement>& AccessibleTree::elements() {
   if (!window_.controller()) return elements_;
   const auto revision = window_.controller()->accessibleRevision();
   if (std::exchange(revision_, revision) == revision) return elements_;
-  std::vector<AccessibleElement> now = window_.controller()->accessibleElements(true);
+  std::vector<AccessibleElement> now = window_.controller()->accessibleElements(Layout::Rows::all);
   std::unordered_map<ElementId, std::size_t> indices;
   for (std::size_t i = 0; i < now.size(); ++i) indices[now[i].id] = i;
-  std::vector<QAccessible::Id> gone;
+  std::vector<QAccessible::Id> removed;
   std::erase_if(known_, [&](const auto& each) {
     if (indices.contains(each.first)) return false;
-    gone.push_back(each.second.item);
+    removed.push_back(each.second.item);
     return true;
   });
-  for (const QAccessible::Id each : gone) {  // told while it can still be asked what it was
-    tell(QAccessible::accessibleInterface(each), QAccessible::ObjectHide);
-    tell(QAccessible::accessibleInterface(each), QAccessible::ObjectDestroyed);
-    gone_.push_back(each);
+  for (const QAccessible::Id each : removed) {  // announced while clients can still query the element
+    announce(QAccessible::accessibleInterface(each), QAccessible::ObjectHide);
+    announce(QAccessible::accessibleInterface(each), QAccessible::ObjectDestroyed);
+    removed_.push_back(each);
   }
   elements_ = std::move(now);
   indices_ = std::move(indices);
-  if (toldOrder_.empty()) toldOrder_ = ids(elements_);
+  if (announcedOrder_.empty()) announcedOrder_ = ids(elements_);
   return elements_;
 }
 
@@ -103,15 +103,15 @@ const AccessibleElement* AccessibleTree::at(Point point) {
 }
 
 std::optional<ElementId> AccessibleTree::focused() const {
-  // A window within the host's is never given the keyboard itself.
+  // A child window of the host never gets the keyboard focus itself.
   const QWindow* const active = QGuiApplication::focusWindow();
   const bool hasKeys = active && (active == &window_ || active == window_.parent());
   return hasKeys && window_.controller() ? window_.controller()->focused() : std::nullopt;
 }
 
 void AccessibleTree::activate(ElementId id) {
-  const ViewWindow::Use use(window_);
-  const auto controller = window_.controller();  // what it does may end the window's use of it
+  const ViewWindow::HandlerScope scope(window_);
+  const auto controller = window_.controller();  // keeps it alive if its handlers replace it
   if (const AccessibleElement* element = find(id)) controller->reveal(*element);
   controller->activate(id);
 }
@@ -123,52 +123,54 @@ void AccessibleTree::focus(ElementId id) {
 void AccessibleTree::notify() {
   if (QAccessible::isActive()) {
     const auto& all = elements();
-    if (std::exchange(toldRevision_, revision_) != revision_) {
-      const std::vector<AccessibleElement> now = all;  // who is told may ask, and make it change
+    if (std::exchange(announcedRevision_, revision_) != revision_) {
+      // A copy, because a client that is notified may query the elements and so change them.
+      const std::vector<AccessibleElement> now = all;
       notifyNew(now);
       for (const AccessibleElement& each : now) {
         const auto known = known_.find(each.id);
-        if (known != known_.end()) notifyChange(item(each), std::exchange(known->second.told, each), each);
+        if (known != known_.end())
+          notifyChange(item(each), std::exchange(known->second.announced, each), each);
       }
     }
-    if (focused() != toldFocus_) notifyFocus();
+    if (focused() != announcedFocus_) notifyFocus();
   }
-  std::ranges::for_each(std::exchange(gone_, {}), QAccessible::deleteAccessibleInterface);
+  std::ranges::for_each(std::exchange(removed_, {}), QAccessible::deleteAccessibleInterface);
 }
 
 void AccessibleTree::notifyNew(const std::vector<AccessibleElement>& now) {
   std::vector<ElementId> order = ids(now);
-  const std::vector<ElementId> before = std::exchange(toldOrder_, order);
+  const std::vector<ElementId> before = std::exchange(announcedOrder_, order);
   if (before == order) return;
   const std::unordered_set<ElementId> old(before.begin(), before.end());
-  std::size_t announced = 0;
+  std::size_t count = 0;
   for (const AccessibleElement& each : now) {
-    if (old.contains(each.id) || ++announced > maxAnnounced) continue;
-    tell(item(each), QAccessible::ObjectCreated);
-    tell(item(each), QAccessible::ObjectShow);
+    if (old.contains(each.id) || ++count > maxAnnounced) continue;
+    announce(item(each), QAccessible::ObjectCreated);
+    announce(item(each), QAccessible::ObjectShow);
   }
-  tell(container(), QAccessible::ObjectReorder);
+  announce(container(), QAccessible::ObjectReorder);
 }
 
-// Each state is an event of its own: platforms look at one.
+// Sends one event per state, because platforms look at only one state of an event.
 void AccessibleTree::notifyChange(QAccessibleInterface* item, const AccessibleElement& before,
                                   const AccessibleElement& now) {
-  if (before.name != now.name) tell(item, QAccessible::NameChanged);
-  if (before.description != now.description) tell(item, QAccessible::DescriptionChanged);
+  if (before.name != now.name) announce(item, QAccessible::NameChanged);
+  if (before.description != now.description) announce(item, QAccessible::DescriptionChanged);
   QAccessible::State value;
   value.checked = now.role == Role::toggle;
   value.expanded = now.role == Role::expander;
   QAccessible::State enabled;
   enabled.disabled = true;
-  if (before.value != now.value) tellState(item, value);
-  if (before.isEnabled != now.isEnabled) tellState(item, enabled);
+  if (before.value != now.value) announceState(item, value);
+  if (before.isEnabled != now.isEnabled) announceState(item, enabled);
 }
 
 void AccessibleTree::notifyFocus() {
-  toldFocus_ = focused();
+  announcedFocus_ = focused();
   const AccessibleElement* const element =
-      toldFocus_ && QAccessible::isActive() ? find(*toldFocus_) : nullptr;
-  if (element) tell(item(*element), QAccessible::Focus);
+      announcedFocus_ && QAccessible::isActive() ? find(*announcedFocus_) : nullptr;
+  if (element) announce(item(*element), QAccessible::Focus);
 }
 
 }  // namespace TalvoConsentSDK

@@ -1,7 +1,7 @@
 #pragma once
 
-// What assistive technology knows of a ViewWindow: everything its controller has to read and use, and what
-// has changed of it. The interfaces that Qt hands out are in AccessibleInterfaces.h.
+// A ViewWindow for assistive technology: all elements of its controller, and notifications of their changes.
+// AccessibleInterfaces.h has the interfaces that Qt passes to assistive technology.
 
 #include <QAccessible>
 #include <optional>
@@ -14,9 +14,9 @@ namespace TalvoConsentSDK {
 
 class ViewWindow;
 
-/// Runs on the GUI thread. The window is the root; below it stands the dialog, where there is one, and below
-/// that the elements in reading order, rows that are far out of sight included. To list those takes time in
-/// proportion to their number, so they are listed when asked for, and at most once a change.
+/// Use it on the GUI thread. The window is the root. Its child is the dialog, if there is one, and the
+/// children of that are the elements in reading order, including rows that are far out of sight. Listing
+/// these takes time in proportion to their number, so they are listed on demand and at most once per change.
 class AccessibleTree {
  public:
   explicit AccessibleTree(ViewWindow& window);
@@ -27,13 +27,13 @@ class AccessibleTree {
   ViewWindow& window() const { return window_; }
   QAccessibleInterface* root() const { return QAccessible::accessibleInterface(root_); }
 
-  /// The dialog, or without one the root.
+  /// The dialog, or the root if there is no dialog.
   QAccessibleInterface* container();
 
-  /// The interface of an element, the same one for as long as the element is there.
+  /// The interface of an element. It stays the same as long as the element exists.
   QAccessibleInterface* item(const AccessibleElement& element);
 
-  /// In reading order; valid until the content changes.
+  /// The elements in reading order. Valid until the content changes.
   const std::vector<AccessibleElement>& elements();
   const AccessibleElement* find(ElementId id);
   bool hasDialog();
@@ -41,26 +41,28 @@ class AccessibleTree {
   /// The topmost element at a point of the window.
   const AccessibleElement* at(Point point);
 
-  /// What the keys act on, while the window has them.
+  /// The focused element; nullopt while the window does not receive the keys.
   std::optional<ElementId> focused() const;
 
-  /// Scrolls the element into view and does what it is for, or gives it the focus.
+  /// Scrolls the element into view and activates it.
   void activate(ElementId id);
+
+  /// Gives the element the focus, which also scrolls it into view.
   void focus(ElementId id);
 
-  /// A controller of its own has revisions of its own.
+  /// Must be called when the window gets another controller, because that one counts its own revisions.
   void controllerChanged() { revision_.reset(); }
 
-  /// Tells assistive technology, where there is any, what has changed since the last time.
+  /// Notifies assistive technology, if it is active, of what changed since the last call.
   void notify();
 
-  /// Tells it what the keys act on.
+  /// Notifies assistive technology, if it is active, of the focused element.
   void notifyFocus();
 
  private:
-  struct Known {
+  struct KnownItem {
     QAccessible::Id item = 0;
-    AccessibleElement told;
+    AccessibleElement announced;  // its state when assistive technology was last notified
   };
 
   void notifyNew(const std::vector<AccessibleElement>& now);
@@ -68,15 +70,15 @@ class AccessibleTree {
                     const AccessibleElement& now);
 
   ViewWindow& window_;
-  const QAccessible::Id root_;  // ids, since Qt owns the interfaces and deletes them with the application
+  const QAccessible::Id root_;  // not a pointer: Qt owns the interfaces and deletes them with the application
   std::vector<AccessibleElement> elements_;
   std::unordered_map<ElementId, std::size_t> indices_;
-  std::unordered_map<ElementId, Known> known_;  // those that were asked for
-  std::vector<QAccessible::Id> gone_;           // may be in use by who is calling
-  std::vector<ElementId> toldOrder_;
-  std::optional<ElementId> toldFocus_;
-  std::optional<std::uint64_t> revision_;  // of the elements
-  std::optional<std::uint64_t> toldRevision_;
+  std::unordered_map<ElementId, KnownItem> known_;  // the elements that have an interface
+  std::vector<QAccessible::Id> removed_;            // deleted later, because callers may still use them
+  std::vector<ElementId> announcedOrder_;
+  std::optional<ElementId> announcedFocus_;
+  std::optional<std::uint64_t> revision_;  // of elements_
+  std::optional<std::uint64_t> announcedRevision_;
 };
 
 }  // namespace TalvoConsentSDK

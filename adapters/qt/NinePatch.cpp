@@ -17,13 +17,13 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// How much farther than the radius a continuous corner reaches along the sides, and the exponent of the
-// superellipse that, reaching so far, still passes the middle of the circular corner.
+// A continuous corner extends along the sides by this multiple of its radius. The exponent is that of the
+// superellipse that extends so far and passes through the middle of the circular corner.
 constexpr double reach = 1.528665;
 constexpr double exponent = 3.26;
 
-// So many points or a little more, in whole pixels, so that corners end where pixels do.
-double onPixels(double length, double pixelRatio) {
+// Rounds a length in points up to whole pixels, so that corners end at the edge of a pixel.
+double roundedUpToPixels(double length, double pixelRatio) {
   return std::ceil(length * pixelRatio) / pixelRatio;
 }
 
@@ -35,7 +35,7 @@ QImage blankImage(double side, double pixelRatio) {
   return image;
 }
 
-// One pass of a box blur along rows of an alpha map, then transposed; twice makes both directions.
+// Blurs the rows of an alpha map by one box blur and transposes the result. Two calls blur both directions.
 std::vector<double> blurredAndTransposed(const std::vector<double>& map, int side, int radius) {
   std::vector<double> result(map.size());
   const double share = 1.0 / (2 * radius + 1);
@@ -54,8 +54,8 @@ std::vector<double> blurredAndTransposed(const std::vector<double>& map, int sid
   return result;
 }
 
-// The picture's colour, if all pixels share one.
-std::optional<QColor> onlyColor(const QImage& image) {
+// Returns the picture's colour if all its pixels share one.
+std::optional<QColor> solidColor(const QImage& image) {
   const QRgb first = image.pixel(0, 0);
   for (int y = 0; y < image.height(); ++y) {
     for (int x = 0; x < image.width(); ++x) {
@@ -65,27 +65,27 @@ std::optional<QColor> onlyColor(const QImage& image) {
   return image.pixelColor(0, 0);  // not premultiplied, unlike `first`
 }
 
-void findPlainParts(Patch& patch) {
+void findSolidColors(Patch& patch) {
   const int side = patch.image.width();
   const int cut = static_cast<int>(std::lround(patch.corner * patch.image.devicePixelRatio()));
   const std::array cuts{0, cut, side - cut, side};
-  for (std::size_t part = 0; part < patch.plain.size(); ++part) {
+  for (std::size_t part = 0; part < patch.solidColors.size(); ++part) {
     const std::size_t row = part / 3, column = part % 3;
     const QRect area(QPoint(cuts[column], cuts[row]), QPoint(cuts[column + 1] - 1, cuts[row + 1] - 1));
-    patch.plain[part] = onlyColor(patch.image.copy(area));
+    patch.solidColors[part] = solidColor(patch.image.copy(area));
   }
 }
 
-// Every window may have a render thread of its own.
+// Returns the cached patch for a key. Locked, because each window may have its own render thread.
 template <class Make>
 Patch cached(const std::vector<double>& key, Make make) {
   static std::mutex lock;
-  static std::map<std::vector<double>, Patch> patches;  // a handful of looks per banner
+  static std::map<std::vector<double>, Patch> patches;  // a banner needs only a handful
   const std::scoped_lock guard(lock);
   const auto entry = patches.find(key);
   if (entry != patches.end()) return entry->second;
   Patch& patch = patches.emplace(key, make()).first->second;
-  findPlainParts(patch);
+  findSolidColors(patch);
   return patch;
 }
 
@@ -103,7 +103,7 @@ QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
     path.addRect(rect);
     return path;
   }
-  // One corner from its vertical side to its horizontal one, as distances from the corner's own vertex.
+  // One corner, from its vertical side to its horizontal side, as distances from its vertex.
   constexpr int steps = 24;
   std::array<QPointF, steps + 1> curve;
   for (int i = 0; i <= steps; ++i) {
@@ -125,8 +125,8 @@ QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
 
 Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio) {
   return cached({0, color.red, color.green, color.blue, color.alpha, cornerRadius, pixelRatio}, [&] {
-    const double corner = onPixels(cornerRadius * reach, pixelRatio);
-    const double side = 2 * corner + onPixels(2, pixelRatio);
+    const double corner = roundedUpToPixels(cornerRadius * reach, pixelRatio);
+    const double side = 2 * corner + roundedUpToPixels(2, pixelRatio);
     QImage image = blankImage(side, pixelRatio);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -139,11 +139,11 @@ Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) 
   const Color& color = shadow.color;
   return cached(
       {1, color.red, color.green, color.blue, color.alpha, shadow.radius, cornerRadius, pixelRatio}, [&] {
-        // Three box blurs come close to a Gaussian; each reaches its radius farther.
+        // Three box blurs approximate a Gaussian blur. Each one extends the shadow by its radius.
         const int boxRadius = std::max(1, static_cast<int>(std::lround(shadow.radius * pixelRatio * 0.85)));
         const double overhang = 3 * boxRadius / pixelRatio;
-        const double corner = onPixels(cornerRadius * reach, pixelRatio) + 2 * overhang;
-        const double side = 2 * corner + onPixels(2, pixelRatio);
+        const double corner = roundedUpToPixels(cornerRadius * reach, pixelRatio) + 2 * overhang;
+        const double side = 2 * corner + roundedUpToPixels(2, pixelRatio);
         QImage image = blankImage(side, pixelRatio);
         {
           QPainter painter(&image);
@@ -175,8 +175,8 @@ Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, dou
   const std::vector<double> key{2,           inner.red,  inner.green, inner.blue,   inner.alpha, outer.red,
                                 outer.green, outer.blue, outer.alpha, cornerRadius, pixelRatio};
   return cached(key, [&] {
-    const double corner = onPixels(cornerRadius * reach + 2, pixelRatio);
-    const double side = 2 * corner + onPixels(2, pixelRatio);
+    const double corner = roundedUpToPixels(cornerRadius * reach + 2, pixelRatio);
+    const double side = 2 * corner + roundedUpToPixels(2, pixelRatio);
     QImage image = blankImage(side, pixelRatio);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -200,7 +200,7 @@ NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch, const QSi
     std::array places{-patch.overhang, corner - patch.overhang, length + patch.overhang - corner,
                       length + patch.overhang};
     for (double& each : places)
-      each = std::round(each * ratio) / ratio;  // fills and pictures round differently
+      each = std::round(each * ratio) / ratio;  // because Qt rounds filled parts and pictures differently
     return places;
   };
   const auto sourceCuts = [&](double length) {
@@ -212,11 +212,11 @@ NinePatchNode::NinePatchNode(QQuickWindow& window, const Patch& patch, const QSi
   const auto u = sourceCuts(box.width());
   const auto v = sourceCuts(box.height());
   QSGTexture* texture = nullptr;
-  for (std::size_t part = 0; part < patch.plain.size(); ++part) {
+  for (std::size_t part = 0; part < patch.solidColors.size(); ++part) {
     const std::size_t row = part / 3, column = part % 3;
     const QRectF area(QPointF(x[column], y[row]), QPointF(x[column + 1], y[row + 1]));
     if (area.isEmpty()) continue;
-    if (const auto& color = patch.plain[part]) {
+    if (const auto& color = patch.solidColors[part]) {
       if (color->alpha() == 0) continue;
       QSGRectangleNode* node = window.createRectangleNode();
       node->setColor(*color);

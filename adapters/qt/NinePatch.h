@@ -1,7 +1,7 @@
 #pragma once
 
-// Boxes of any size from one small picture: its corners are drawn as they are, its edges and middle
-// stretched or, where they have one colour, filled.
+// Draws boxes of any size from one small picture. The corners are drawn unchanged; the edges and the middle
+// are stretched, or filled if they have a single colour.
 
 #include <QColor>
 #include <QImage>
@@ -19,26 +19,28 @@ namespace TalvoConsentSDK {
 
 QColor toQColor(const Color& color);
 
-/// A rectangle with continuous corners: the curve flows into the sides instead of beginning at once.
+/// Returns a rectangle with continuous corners: their curvature grows gradually along the sides.
 QPainterPath continuousRect(const QRectF& rect, double cornerRadius);
 
-/// A picture of which `corner` points at every side are not stretched, and which reaches `overhang` points
-/// beyond the box it stands for.
+/// A picture of a box. At each side, `corner` points of it are not stretched. It extends `overhang` points
+/// beyond the box.
 struct Patch {
   QImage image;
   double corner = 0;
   double overhang = 0;
-  std::array<std::optional<QColor>, 9> plain{};  // of each part, row by row: its colour, when it has only one
+
+  /// The colour of each of the nine parts, row by row; absent if the part has several colours.
+  std::array<std::optional<QColor>, 9> solidColors{};
 };
 
-/// Patches are made once per look and pixel ratio, and kept.
+/// Each patch is created once per set of arguments and then cached. Thread-safe.
 Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio);
 Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio);
 Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio);
 
-/// Draws a patch around a box of this size. Filling is several times as fast as stretching where the
-/// processor draws, and what it hides is not drawn at all. (The scene graph's own nine-patch node is drawn
-/// wrongly by the software renderer at pixel ratios above 1.)
+/// Draws a patch around a box of this size. With the software renderer, filling is several times as fast as
+/// stretching, and nodes hidden behind a filled part are not drawn at all. (The software renderer draws the
+/// scene graph's own nine-patch node wrongly at pixel ratios above 1.)
 class NinePatchNode : public QSGNode {
  public:
   NinePatchNode(QQuickWindow& window, const Patch& patch, const QSizeF& box);

@@ -66,10 +66,11 @@ OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options, OverlayK
   hostIsRedrawn_.setInterval(redrawTime);
   QObject::connect(&hostIsRedrawn_, &QTimer::timeout, this, [this] { takeHostPicture(); });
   if (host_) host_->installEventFilter(this);
-  follow();
+  followHost();
 }
 
-// A host that is destroyed takes its child windows along; who waits for the end of a fade still hears of it.
+// Runs the completions that are still pending: a host that is destroyed also destroys its child windows, even
+// during a fade.
 OverlaySurface::~OverlaySurface() {
   for (Completion& each : completions_) {
     QMetaObject::invokeMethod(qApp, std::move(each.call), Qt::QueuedConnection);
@@ -94,13 +95,13 @@ void OverlaySurface::appear() {
   if (!isWanted_ || !host_ || !host_->isVisible()) return;
   // A child window shown before its parent is exposed never gets a frame on Wayland.
   if (kind_ == OverlayKind::child && !host_->isExposed()) return;
-  follow();
+  followHost();
   coversHost_ =
       controller() && controller()->covers({1, 1}) && controller()->covers({width() - 1.0, height() - 1.0});
   if (kind_ != OverlayKind::child) setModality(coversHost_ ? Qt::WindowModal : Qt::NonModal);
   if (kind_ == OverlayKind::opaque) {
     takeHostPicture();
-    create();  // a mask is one of the system's window
+    create();  // setMask needs the system's window
     if (controller() && !coversHost_) setMask(visibleRegion(controller()->frame(Clock::now())));
   }
   show();
@@ -121,8 +122,8 @@ void OverlaySurface::animateAlpha(double alpha, std::chrono::milliseconds durati
 }
 
 bool OverlaySurface::event(QEvent* event) {
-  // It does not refuse to be closed, as that would keep the application from quitting. A person who closes it
-  // means Escape.
+  // The window does not refuse to close, because that would keep the application from quitting. If a user
+  // closes it, it reopens and handles this as the Escape key.
   if (event->type() == QEvent::Close) {
     const auto comeBack = [this] {
       appear();
@@ -137,10 +138,10 @@ bool OverlaySurface::eventFilter(QObject* watched, QEvent* event) {
   switch (event->type()) {
     case QEvent::Resize:
       if (kind_ == OverlayKind::opaque) hostIsRedrawn_.start();
-      follow();
+      followHost();
       break;
     case QEvent::Move:
-      follow();
+      followHost();
       break;
     case QEvent::Hide:
       hide();
@@ -149,7 +150,7 @@ bool OverlaySurface::eventFilter(QObject* watched, QEvent* event) {
       if (!isVisible()) QMetaObject::invokeMethod(this, &OverlaySurface::appear, Qt::QueuedConnection);
       break;
     case QEvent::KeyPress:
-      // A child window is not given the keyboard on Wayland; the host has it.
+      // On Wayland, a child window does not get the keyboard focus; the host keeps it.
       if (kind_ == OverlayKind::child && isVisible()) return QCoreApplication::sendEvent(this, event);
       break;
     case QEvent::KeyRelease:
@@ -166,7 +167,7 @@ bool OverlaySurface::passOn(QEvent& event) {
   if (!host_ || coversHost_) return true;
   const bool isKey = event.type() == QEvent::KeyPress;
   if (isKey && kind_ == OverlayKind::child) return false;  // the host has it already
-  // Who presses outside of the banner goes on to type there.
+  // A user who clicks outside the banner expects to type there.
   if (event.type() == QEvent::MouseButtonPress || event.type() == QEvent::TouchBegin)
     host_->requestActivate();
   QCoreApplication::sendEvent(host_, &event);
@@ -177,13 +178,13 @@ Insets OverlaySurface::safeArea() const {
   return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
 }
 
-// The keys go back to the host, and there to what they acted on.
+// Returns the keyboard focus to the host, which gives it to the item that had it before.
 void OverlaySurface::hideEvent(QHideEvent* event) {
   ViewWindow::hideEvent(event);
   if (host_ && QGuiApplication::focusWindow() == this) host_->requestActivate();
 }
 
-void OverlaySurface::follow() {
+void OverlaySurface::followHost() {
   if (!host_) return;
   if (kind_ == OverlayKind::child) {
     setGeometry({QPoint(0, 0), host_->size()});
@@ -196,8 +197,8 @@ void OverlaySurface::takeHostPicture() {
   if (host_ && hostPicture_) static_cast<PictureItem*>(hostPicture_.data())->show(pictureOf(*host_), size());
 }
 
-// An opaque window without a backdrop shows no more than the card and its shadow, so that the host stays
-// alive around it. Empty: all of it.
+// Returns the region to which an opaque window is limited: the card and its shadow, so that the user can
+// still see and use the host around it. With a backdrop it is empty, which means the whole window.
 QRegion OverlaySurface::visibleRegion(const std::vector<Visual>& visuals) const {
   if (coversHost_) return {};
   QRectF content;

@@ -14,19 +14,19 @@
 
 namespace TalvoConsentSDK {
 
-/// Lies on its host exactly, follows it, and fades by a clock. Where the window system can blend windows it
-/// is translucent; on Wayland it is a child of the host, since only those can be placed; elsewhere it is
-/// opaque and draws a picture of the host below the banner. Touches that are not the banner's go to the host.
-/// Without its host it is never seen.
+/// Covers its host exactly, follows it, and fades according to a clock. It is translucent if the window
+/// system can blend windows. On Wayland it is a child of the host, because an application can only position
+/// child windows there. Elsewhere it is opaque and draws a picture of the host below the banner. Passes
+/// touches outside the banner to the host. Never visible without its host.
 class OverlaySurface : public ViewWindow {
  public:
   OverlaySurface(QWindow* host, const QtOptions& options, OverlayKind kind = overlayKind());
   ~OverlaySurface() override;
 
-  /// Whether a window is one of these.
+  /// Whether a window is an OverlaySurface.
   static bool isOverlay(const QWindow& window);
 
-  /// Shows it over its host, now or once that is on screen itself, and whenever the host comes back.
+  /// Shows it over its host as soon as the host is on screen, and again whenever the host reappears.
   void present();
 
   void conceal();
@@ -57,7 +57,7 @@ class OverlaySurface : public ViewWindow {
   };
 
   void appear();
-  void follow();
+  void followHost();
   void takeHostPicture();
   QRegion visibleRegion(const std::vector<Visual>& visuals) const;
   bool stepFade(Clock::time_point now);
@@ -69,7 +69,7 @@ class OverlaySurface : public ViewWindow {
   QPointer<QQuickItem> hostPicture_;
   QTimer hostIsRedrawn_;
   bool isWanted_ = false;
-  bool coversHost_ = false;  // a backdrop keeps everything else of the host out of reach
+  bool coversHost_ = false;  // whether a backdrop keeps all input from the host
   Fade fade_;
   std::vector<Completion> completions_;
 };

@@ -34,7 +34,7 @@ OverlayWindow::OverlayWindow(QWindow* host, const QtOptions& options,
 OverlayWindow::~OverlayWindow() {
   if (!surface_) return;
   surface_->conceal();
-  surface_->deleteWhenUnused();
+  surface_->deleteAfterHandlers();
 }
 
 void OverlayWindow::setRootViewController(std::shared_ptr<RootViewController> controller) {

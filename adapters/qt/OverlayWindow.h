@@ -11,7 +11,8 @@
 
 namespace TalvoConsentSDK {
 
-/// The window seam on an OverlaySurface, which it owns, and which may go before it with the host.
+/// Implements Window with an OverlaySurface. It owns the surface, but the host may destroy the surface first.
+/// After that, calls do nothing, except that animateAlpha calls its completion.
 class OverlayWindow : public Window {
  public:
   OverlayWindow(QWindow* host, const QtOptions& options, std::shared_ptr<ImageLoader> imageLoader,
@@ -19,7 +20,7 @@ class OverlayWindow : public Window {
   ~OverlayWindow() override;
 
   void setRootViewController(std::shared_ptr<RootViewController> controller) override;
-  void setWindowLevel(WindowLevel) override {}  // it lies on its host, above which only alerts are
+  void setWindowLevel(WindowLevel) override {}  // ignored: it always lies directly above its host
   void setBackgroundColor(Color color) override;
   void makeKeyAndVisible() override;
   void setAlpha(double alpha) override;

@@ -38,7 +38,7 @@ class QtScene : public Scene {
   const std::shared_ptr<ImageLoader> imageLoader_;
 };
 
-bool canCarryABanner(const QWindow* window) {
+bool canShowBanner(const QWindow* window) {
   const auto type = static_cast<Qt::WindowType>(static_cast<int>(window->flags() & Qt::WindowType_Mask));
   return !OverlaySurface::isOverlay(*window) && !window->transientParent() &&
          (type == Qt::Window || type == Qt::Dialog);
@@ -51,8 +51,8 @@ QtApplication::QtApplication(QtOptions options, std::shared_ptr<ImageLoader> ima
 
 std::vector<std::shared_ptr<Scene>> QtApplication::connectedScenes() {
   QWindowList windows = QGuiApplication::topLevelWindows();
-  windows.removeIf([](const QWindow* window) { return !canCarryABanner(window); });
-  // A host is active as well while a banner or a dialog of its own is.
+  windows.removeIf([](const QWindow* window) { return !canShowBanner(window); });
+  // A host window also counts as active while its banner or one of its dialogs is active.
   const auto active = std::ranges::find_if(windows, &QWindow::isActive);
   if (active != windows.end()) std::rotate(windows.begin(), active, active + 1);
   std::vector<std::shared_ptr<Scene>> scenes;

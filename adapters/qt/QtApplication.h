@@ -16,7 +16,7 @@ class QtApplication : public Application {
  public:
   QtApplication(QtOptions options, std::shared_ptr<ImageLoader> imageLoader);
 
-  /// The host's top-level windows, the one that has the keyboard first.
+  /// The host's top-level windows, the active one first.
   std::vector<std::shared_ptr<Scene>> connectedScenes() override;
 
   void open(const URL& url) override;

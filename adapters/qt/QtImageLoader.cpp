@@ -14,12 +14,12 @@ namespace {
 
 using Loaded = Result<std::shared_ptr<const Image>>;
 
-// Larger pictures are taken for a mistake: no logo needs them, and decoding one takes the memory of its
-// pixels.
+// Larger pictures are rejected as a mistake: no logo needs them, and decoding takes memory for every pixel.
 constexpr qint64 maxPixels = 16'000'000;
 
-// What the web's pictures are. An icon does not tell how large the picture in it is, and drawings in SVG,
-// which Qt may be able to read, take any amount of memory and show other files.
+// The usual formats on the web. Icons are excluded because they do not state the size of the picture in them.
+// SVG, which Qt may be able to read, is excluded because it can take any amount of memory and include other
+// files.
 constexpr std::string_view formats[] = {"png", "jpeg", "gif", "webp"};
 
 PlatformError failure(std::string description) {

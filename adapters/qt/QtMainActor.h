@@ -11,8 +11,8 @@ class QObject;
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Runs jobs on the thread of the QGuiApplication, out of its event loop and in the order posted. Make it on
-/// that thread.
+/// Runs jobs from the event loop of the QGuiApplication's thread, in the order posted. Create it on that
+/// thread.
 class QtMainActor : public Executor {
  public:
   QtMainActor();

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a host may choose about the banner on Qt.
+// The host's options for the banner on Qt.
 
 #include <functional>
 #include <optional>
@@ -17,19 +17,20 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct QtOptions {
   TextSettings text = {};
-  std::optional<LayoutDirection> layoutDirection = {};  // absent: that of the banner's own text
+  std::optional<LayoutDirection> layoutDirection = {};  // if absent, the direction of the banner's texts
 
-  /// Whether texts and lines are drawn solid and controls with an outline; absent: what the system asks for,
-  /// as far as Qt can tell, which it can from 6.10 on.
+  /// Whether to draw in high contrast: texts and lines solid, controls with an outline. If absent, the
+  /// system's setting is used, which Qt knows from version 6.10 on; older versions count as off.
   std::optional<bool> highContrast = {};
 
-  /// Whether everything moves at once to where it belongs. Qt cannot tell what the system asks for.
+  /// Whether to do without animations. Qt does not know the system's setting.
   bool reducesMotion = false;
 
-  /// What the system's furniture covers of a host window, in points; absent: nothing.
+  /// Returns the parts of a host window that the system's own bars and notches cover, in points. If absent,
+  /// nothing is covered.
   std::function<Insets(const QWindow&)> safeArea = {};
 
-  /// Opens a URL outside the host; absent: Qt does.
+  /// Opens a URL outside the host. If absent, Qt opens it.
   std::function<void(const URL&)> openURL = {};
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The library on Qt, libcurl and SQLite, put together.
+// Combines the library with Qt, libcurl and SQLite.
 
 #include <filesystem>
 
@@ -11,13 +11,13 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Call it on the thread of the
-/// QGuiApplication, once that exists. `store` is the file that consents are kept in; it is made when it is
+/// Creates a platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Call it on the thread of the
+/// QGuiApplication after that was created. `store` is the file for the consents; it is created when it is
 /// first needed.
 TALVO_EXPORT Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options = {});
 
-/// Puts Qt's windows into a platform whose other parts a host has chosen itself. Pictures are fetched with
-/// the platform's own session and executors.
+/// Adds Qt's windows to a platform whose other parts the host chooses itself. They load pictures with the
+/// platform's own session and executors.
 TALVO_EXPORT void addQtWindows(Platform& platform, const QtOptions& options);
 
 }  // namespace TalvoConsentSDK

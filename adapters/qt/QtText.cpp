@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "adapters/qt/BrokenText.h"
+#include "adapters/qt/WrappedText.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
 
-QFont::Weight weight(FontWeight weight) {
+QFont::Weight toQtWeight(FontWeight weight) {
   switch (weight) {
     case FontWeight::regular:
       return QFont::Normal;
@@ -24,7 +24,8 @@ QFont::Weight weight(FontWeight weight) {
   return QFont::Normal;
 }
 
-// Inter, and fonts that look well beside it for scripts it lacks, as far as they are installed.
+// The installed fonts among Inter and those that go well with it for scripts that it lacks, then the
+// system's.
 const QStringList& families() {
   static const QStringList list = [] {
     const QStringList installed = QFontDatabase::families();
@@ -46,18 +47,18 @@ QString toQString(std::string_view utf8) {
 QFont toQFont(const Font& font, const TextSettings& settings) {
   QFont result(families());
   result.setPixelSize(std::max(1, static_cast<int>(std::lround(font.size() * settings.scale))));
-  result.setWeight(weight(font.weight));
+  result.setWeight(toQtWeight(font.weight));
   result.setHintingPreference(QFont::PreferNoHinting);
   return result;
 }
 
 Size QtTextMeasurer::measure(std::string_view text, const Font& font, double width) {
-  const Size size = BrokenText(text, font, settings_, width).size();
+  const Size size = WrappedText(text, font, settings_, width).size();
   return {std::min(size.width, std::max(width, 0.0)), size.height};
 }
 
 double QtTextMeasurer::widestWord(std::string_view text, const Font& font) {
-  return TalvoConsentSDK::widestWord(toQString(text), toQFont(font, settings_));
+  return widestUnbreakableRun(toQString(text), toQFont(font, settings_));
 }
 
 }  // namespace TalvoConsentSDK

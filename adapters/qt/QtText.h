@@ -1,6 +1,6 @@
 #pragma once
 
-// Fonts, and the measurer of what is drawn with them.
+// Fonts, and a measurer for text drawn with them.
 
 #include <QFont>
 #include <QString>
@@ -10,14 +10,14 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// How the person wants text to be.
+/// The user's settings for text.
 struct TextSettings {
-  double scale = 1;  // of every font, from 1 to about 3
+  double scale = 1;  // multiplies every font size; from 1 to about 3
 };
 
 TALVO_EXPORT QString toQString(std::string_view utf8);
 
-/// Inter where it is installed, else the system's own font.
+/// Returns Inter if it is installed, or else the system's own font.
 TALVO_EXPORT QFont toQFont(const Font& font, const TextSettings& settings);
 
 class QtTextMeasurer : public TextMeasurer {

@@ -8,21 +8,21 @@
 #include <cmath>
 #include <optional>
 
-#include "adapters/qt/BrokenText.h"
 #include "adapters/qt/NinePatch.h"
+#include "adapters/qt/WrappedText.h"
 
 namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr double textOverhang = 6;  // letters of some scripts reach beyond their line
-constexpr int tilePixels = 1024;    // in height; what is less than two tiles high is one
+constexpr double textOverhang = 6;  // points; letters of some scripts extend beyond their line
+constexpr int tilePixels = 1024;    // height of a tile; a text less than two tiles high has one tile
 
 int tileCount(double height, double pixelRatio) {
-  return std::max(1, static_cast<int>(height * pixelRatio / tilePixels));  // the last one takes the rest
+  return std::max(1, static_cast<int>(height * pixelRatio / tilePixels));  // the last tile takes the rest
 }
 
-Qt::Alignment alignment(visual::TextAlignment alignment) {
+Qt::Alignment toQtAlignment(visual::TextAlignment alignment) {
   switch (alignment) {
     case visual::TextAlignment::left:
       return Qt::AlignLeft;
@@ -79,16 +79,17 @@ void TextNode::show(QQuickWindow& window, const visual::Text& text, const TextSe
     if (isGone) delete tile.second;
     return isGone;
   });
-  std::optional<BrokenText> broken;
+  std::optional<WrappedText> wrapped;
   for (int i = shown.first; i <= shown.last; ++i) {
     if (tiles_.contains(i)) continue;
-    if (!broken) broken.emplace(text.text, text.font, settings, size.width(), alignment(text.alignment));
+    if (!wrapped)
+      wrapped.emplace(text.text, text.font, settings, size.width(), toQtAlignment(text.alignment));
     const double top = i == 0 ? -textOverhang : i * tilePixels / ratio;
     const double bottom = i == last ? size.height() + textOverhang : (i + 1) * tilePixels / ratio;
-    QSGNode* tile = paintedNode(window, {-textOverhang, top, size.width() + 2 * textOverhang, bottom - top},
-                                [&](QPainter& painter) {
-                                  broken->draw(painter, toQColor(text.color), text.isUnderlined, top, bottom);
-                                });
+    QSGNode* tile = paintedNode(
+        window, {-textOverhang, top, size.width() + 2 * textOverhang, bottom - top}, [&](QPainter& painter) {
+          wrapped->draw(painter, toQColor(text.color), text.isUnderlined, top, bottom);
+        });
     if (!tile) continue;
     appendChildNode(tile);
     tiles_[i] = tile;

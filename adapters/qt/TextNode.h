@@ -1,6 +1,7 @@
 #pragma once
 
-// A text in the scene, painted in tiles: no picture is larger than a screen, however long the text.
+// A text in the scene, painted in tiles, so that no picture is larger than a screen, however long the text
+// is.
 
 #include <QSGNode>
 #include <QSizeF>
@@ -17,27 +18,27 @@ class QSGImageNode;
 
 namespace TalvoConsentSDK {
 
-/// A picture of `area` of an item, drawn by `paint` in the item's coordinates. Null where it would be empty.
-/// The area is enlarged to whole pixels.
+/// Creates a node with a picture of `area`, which `paint` draws in the item's coordinates. The area is
+/// enlarged to whole pixels. Returns null if the area is empty.
 QSGImageNode* paintedNode(QQuickWindow& window, const QRectF& area,
                           const std::function<void(QPainter&)>& paint);
 
-/// Tiles of a text, from the first to the last.
+/// A range of a text's tiles, including the last one.
 struct TextTiles {
   int first = 0;
   int last = 0;
   friend bool operator==(const TextTiles&, const TextTiles&) = default;
 };
 
-/// The tiles of a text of this height that are seen between `top` and `bottom`. An ordinary text has only
-/// one.
+/// Returns the tiles of a text of this height that are visible between `top` and `bottom`. A short text has
+/// only one tile.
 TextTiles textTiles(double height, double pixelRatio, double top, double bottom);
 
-/// (A transform, which moves nothing: where the processor draws, a child that comes later does not find its
-/// place through a plain node.)
+/// Shows tiles of a text. (It is a transform node that moves nothing, because with a plain node the software
+/// renderer does not position children that are added later.)
 class TextNode : public QSGTransformNode {
  public:
-  /// Shows these tiles, paints those that are new, and drops others.
+  /// Shows these tiles: paints the new ones and removes all others.
   void show(QQuickWindow& window, const visual::Text& text, const TextSettings& settings, const QSizeF& size,
             TextTiles shown);
 

@@ -1,16 +1,16 @@
 #pragma once
 
-// What the window system can do with a window on top of another.
+// How the window system can show one window on top of another.
 
 namespace TalvoConsentSDK {
 
 enum class OverlayKind {
-  translucent,  // a top-level window that the host is seen through
-  child,        // a child window of the host's, which is blended with it
-  opaque,       // nothing is blended: the host must be drawn again below the banner
+  translucent,  // a top-level window through which the host is visible
+  child,        // a child window of the host, blended with it
+  opaque,       // no blending: the overlay must draw a picture of the host below the banner
 };
 
-/// The kind for the platform the application runs on, now.
+/// Returns the kind that fits the platform on which the application runs now.
 OverlayKind overlayKind();
 
 }  // namespace TalvoConsentSDK

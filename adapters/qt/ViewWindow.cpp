@@ -14,7 +14,7 @@ namespace {
 using Clock = HostingController::Clock;
 
 constexpr int frameInterval = 16;  // milliseconds
-constexpr double wheelStep = 48;   // points a notch of a mouse wheel
+constexpr double wheelStep = 48;   // points per notch of a mouse wheel
 
 Point toPoint(const QPointF& position) {
   return {position.x(), position.y()};
@@ -75,10 +75,11 @@ void ViewWindow::setController(std::shared_ptr<HostingController> controller, Vi
   resized();
 }
 
-// An event loop that a handler runs would delete a window that is deleted later in that loop's course.
-void ViewWindow::deleteWhenUnused() {
-  isDoomed_ = true;
-  if (uses_ == 0) deleteLater();
+// Does not call deleteLater while a handler runs: if the handler runs an event loop, that would delete the
+// window.
+void ViewWindow::deleteAfterHandlers() {
+  isDeletionPending_ = true;
+  if (runningHandlers_ == 0) deleteLater();
 }
 
 void ViewWindow::scheduleFrame() {
@@ -86,14 +87,15 @@ void ViewWindow::scheduleFrame() {
 }
 
 void ViewWindow::drawFrame() {
-  const Use use(*this);
+  const HandlerScope scope(*this);
   const auto now = Clock::now();
   static const std::vector<Visual> nothing;
   const std::vector<Visual>& visuals = controller_ ? controller_->frame(now) : nothing;
   mount_.update(visuals);
   const bool goesOn = frameDrawn(now, visuals);
   if (!timer_.isActive() && (goesOn || (controller_ && controller_->isMoving()))) timer_.start(frameInterval);
-  if (!timer_.isActive()) accessible_.notify();  // once it is still: whoever listens may ask for everything
+  // Notify only when nothing moves, because clients may then query everything.
+  if (!timer_.isActive()) accessible_.notify();
 }
 
 void ViewWindow::resized() {
@@ -106,8 +108,8 @@ void ViewWindow::resized() {
 
 bool ViewWindow::event(QEvent* event) {
   if (event->type() == QEvent::DeferredDelete) return QQuickWindow::event(event);
-  const Use use(*this);
-  const auto controller = controller_;  // what it is told to do may end this window's use of it
+  const HandlerScope scope(*this);
+  const auto controller = controller_;  // keeps it alive if its handlers replace it
   if (!controller) return QQuickWindow::event(event);
   switch (event->type()) {
     case QEvent::TouchBegin:

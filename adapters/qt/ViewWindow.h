@@ -1,6 +1,6 @@
 #pragma once
 
-// A Qt window that shows a HostingController: paints what it answers, and hands it what the person does.
+// A Qt window that runs a HostingController: paints its visuals and passes it the user's input.
 
 #include <QPointer>
 #include <QQuickWindow>
@@ -16,37 +16,35 @@
 
 namespace TalvoConsentSDK {
 
-/// Runs on the GUI thread. Frames are drawn when something has changed, and one after another while something
-/// moves.
+/// Use it on the GUI thread. Draws a frame after each change, and one after another while something moves.
 class ViewWindow : public QQuickWindow {
  public:
   explicit ViewWindow(const TextSettings& settings);
   ~ViewWindow() override;
 
-  /// Shows a controller from now on. Its environment follows the window's size; the rest of it is
-  /// `environment`.
+  /// Sets the controller to show. Its environment is `environment` with the window's own size and safe area.
   void setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment);
   const std::shared_ptr<HostingController>& controller() const { return controller_; }
 
-  /// The item that everything of the controller's lies in.
+  /// The parent of all items that show the controller's visuals.
   QQuickItem& stage() { return stage_; }
 
-  /// While there is one, the window is in a handler of its own. Whatever that calls may run an event loop.
-  class Use {
+  /// Exists as long as one of the window's handlers runs. Code that a handler calls may run an event loop.
+  class HandlerScope {
    public:
-    explicit Use(ViewWindow& window) : window_(&window) { ++window_->uses_; }
-    Use(const Use&) = delete;
-    Use& operator=(const Use&) = delete;
-    ~Use() {
-      if (window_ && --window_->uses_ == 0 && window_->isDoomed_) window_->deleteLater();
+    explicit HandlerScope(ViewWindow& window) : window_(&window) { ++window_->runningHandlers_; }
+    HandlerScope(const HandlerScope&) = delete;
+    HandlerScope& operator=(const HandlerScope&) = delete;
+    ~HandlerScope() {
+      if (window_ && --window_->runningHandlers_ == 0 && window_->isDeletionPending_) window_->deleteLater();
     }
 
    private:
-    const QPointer<ViewWindow> window_;  // it may go with its host
+    const QPointer<ViewWindow> window_;  // null if the host destroyed the window
   };
 
-  /// Deletes the window once it is in none of its handlers.
-  void deleteWhenUnused();
+  /// Deletes the window as soon as none of its handlers runs.
+  void deleteAfterHandlers();
 
   /// Draws a frame as soon as possible.
   void scheduleFrame();
@@ -59,13 +57,14 @@ class ViewWindow : public QQuickWindow {
  protected:
   bool event(QEvent* event) override;
 
-  /// Receives input that the view has no use for; false when nobody else has either.
+  /// Called with input that the view does not handle. Returns false if it is not handled elsewhere either.
   virtual bool passOn(QEvent&) { return true; }
 
-  /// What the system's furniture covers of the window now; asked whenever the window's size changes.
+  /// The parts of the window that the system's own bars and notches cover. Called after each change of the
+  /// window's size.
   virtual Insets safeArea() const { return environment_.safeArea; }
 
-  /// Called after every frame with what it shows; frames go on as long as it returns true.
+  /// Called after every frame with its visuals. Returns whether to draw another frame.
   virtual bool frameDrawn(HostingController::Clock::time_point, const std::vector<Visual>&) { return false; }
 
  private:
@@ -80,10 +79,10 @@ class ViewWindow : public QQuickWindow {
   QTimer timer_;
   std::shared_ptr<HostingController> controller_;
   ViewEnvironment environment_;
-  std::optional<int> finger_;  // the one touch point that counts
-  int uses_ = 0;
-  bool isDoomed_ = false;
-  bool isPassingOn_ = false;  // from a press that is not the view's to its release
+  std::optional<int> finger_;  // the touch point that the view follows; it ignores others
+  int runningHandlers_ = 0;
+  bool isDeletionPending_ = false;
+  bool isPassingOn_ = false;  // true from a press outside the view until its release
   AccessibleTree accessible_;
 };
 

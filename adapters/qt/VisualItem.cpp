@@ -19,7 +19,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-QPainterPath path(Glyph glyph) {  // in a square of side 1
+QPainterPath glyphPath(Glyph glyph) {  // in a square of side 1
   QPainterPath path;
   switch (glyph) {
     case Glyph::xmark:
@@ -42,7 +42,7 @@ QPainterPath path(Glyph glyph) {  // in a square of side 1
   return path;
 }
 
-double strokeWidth(FontWeight weight) {  // of a square of side 1
+double strokeWidth(FontWeight weight) {  // in a square of side 1
   switch (weight) {
     case FontWeight::regular:
       return 0.11;
@@ -65,7 +65,7 @@ void paintSymbol(QPainter& painter, const visual::Symbol& symbol, double side) {
   if (symbol.isMirrored) painter.scale(-1, 1);
   painter.rotate(symbol.turns * 360);
   painter.translate(-0.5, -0.5);
-  painter.strokePath(path(symbol.glyph), pen);
+  painter.strokePath(glyphPath(symbol.glyph), pen);
 }
 
 QColor mixed(const Color& from, const Color& to, double share) {
@@ -91,7 +91,7 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   disc(0, 0, toQColor(toggle.knobColor));
 }
 
-// Makes the node for each kind of visual, of the item's size.
+// Creates the node for each kind of visual in the item's size.
 struct NodeMaker {
   QQuickWindow& window;
   const TextSettings& settings;
@@ -106,7 +106,7 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Box& box) const {
-    if (box.cornerRadius > 0) return patch(boxPatch(box.color, box.cornerRadius, ratio()));
+    if (box.cornerRadius > 0) return patchNode(boxPatch(box.color, box.cornerRadius, ratio()));
     QSGRectangleNode* node = window.createRectangleNode();
     node->setColor(toQColor(box.color));
     node->setRect(QRectF(QPointF(0, 0), size));
@@ -114,7 +114,7 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::BoxShadow& box) const {
-    return patch(shadowPatch(box.shadow, box.cornerRadius, ratio()), {box.shadow.x, box.shadow.y});
+    return patchNode(shadowPatch(box.shadow, box.cornerRadius, ratio()), {box.shadow.x, box.shadow.y});
   }
 
   QSGNode* operator()(const visual::Picture& picture) const {
@@ -134,16 +134,16 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::FocusRing& ring) const {
-    return patch(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+    return patchNode(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
   }
 
-  // With as much around as shadows and strokes take.
+  // Adds a margin of 2 points for shadows and strokes that extend beyond the item.
   QSGNode* painted(const std::function<void(QPainter&)>& paint) const {
     return paintedNode(window, QRectF(QPointF(0, 0), size).marginsAdded({2, 2, 2, 2}), paint);
   }
 
-  QSGNode* patch(const Patch& look, QPointF offset = {}) const {
-    auto* nine = new NinePatchNode(window, look, size);
+  QSGNode* patchNode(const Patch& patch, QPointF offset = {}) const {
+    auto* nine = new NinePatchNode(window, patch, size);
     if (offset.isNull()) return nine;
     auto* moved = new QSGTransformNode;
     QMatrix4x4 matrix;

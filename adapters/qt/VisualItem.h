@@ -1,6 +1,6 @@
 #pragma once
 
-// One visual as an item of Qt's scene.
+// Shows one visual as an item in Qt's scene.
 
 #include <QQuickItem>
 
@@ -11,12 +11,12 @@
 
 namespace TalvoConsentSDK {
 
-/// Draws one visual, and again only when it changes; of a long text, the part that is seen.
+/// Draws one visual and redraws it only when it changes. Draws only the visible part of a long text.
 class VisualItem : public QQuickItem {
  public:
   explicit VisualItem(const TextSettings& settings);
 
-  /// Takes over what is to be drawn, with its place relative to `origin`, at a depth among its siblings.
+  /// Sets the visual to draw, positioned relative to `origin`. `depth` orders the item among its siblings.
   void show(const Visual& visual, const QPointF& origin, double depth);
 
  protected:
@@ -27,7 +27,7 @@ class VisualItem : public QQuickItem {
   const TextSettings settings_;
   std::optional<Visual> visual_;
   bool contentChanged_ = false;
-  TextTiles tiles_;  // of a text: those that are to be seen
+  TextTiles tiles_;  // for a text, the visible tiles
 };
 
 }  // namespace TalvoConsentSDK

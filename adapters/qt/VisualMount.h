@@ -1,6 +1,6 @@
 #pragma once
 
-// Keeps the items of a scene in line with a list of visuals.
+// Updates the items of a scene to match a list of visuals.
 
 #include <map>
 #include <memory>
@@ -13,8 +13,8 @@
 
 namespace TalvoConsentSDK {
 
-/// One item a visual, found again by identity. What did not change is not touched. Visuals that share a clip
-/// and follow each other share a clipping item.
+/// Keeps one item per visual and finds it again by its identity. Does not touch items that did not change.
+/// Consecutive visuals with the same clip share a clipping item.
 class VisualMount {
  public:
   VisualMount(QQuickItem& root, const TextSettings& settings);
@@ -29,7 +29,7 @@ class VisualMount {
   QQuickItem& root_;
   const TextSettings settings_;
   std::vector<std::unique_ptr<QQuickItem>> groups_;
-  std::map<Identity, std::unique_ptr<VisualItem>> items_;  // go before the groups they lie in
+  std::map<Identity, std::unique_ptr<VisualItem>> items_;  // declared last: destroyed before groups_
 };
 
 }  // namespace TalvoConsentSDK

@@ -95,7 +95,7 @@ JSONArray BannerDriver::view() {
   JSONArray array;
   const ViewWindow* shown = banner();
   if (!shown) return array;
-  for (const auto& element : shown->controller()->accessibleElements(true))
+  for (const auto& element : shown->controller()->accessibleElements(Layout::Rows::all))
     array.push_back(describe(element));
   return array;
 }
@@ -105,7 +105,7 @@ std::optional<std::string> BannerDriver::tap(const std::string& text) {
   ViewWindow* const newest = banner();
   ViewWindow& shown = newest ? *newest : host_;
   HostingController& controller = *shown.controller();
-  const AccessibleElement* far = find(controller.accessibleElements(true), target);
+  const AccessibleElement* far = find(controller.accessibleElements(Layout::Rows::all), target);
   if (!far) return std::nullopt;
   controller.reveal(*far);
   waitForFrames();

@@ -86,7 +86,8 @@ AnyView hostScreen(const State<HostContent>& content, std::vector<HostOperation>
                                            })
                                  .padding(Insets::all(16));
     const Alignment top{HorizontalAlignment::center, VerticalAlignment::top};
-    return depthStack(top, {shape(page).ignoresSafeArea(), verticalStack({}, {header(), scroll(sections)})});
+    return depthStack(top,
+                      {shape(page).ignoresSafeArea(), verticalStack({}, {header(), scrollView(sections)})});
   });
 }
 

@@ -97,7 +97,7 @@ class ColorCheck {
       require(minContrastOfText, "buttonFontColor", "links on the card", palette.buttonFont, {card});
     }
     if (!drawsTabs()) return;
-    const ToggleColors toggle = palette.toggle();
+    const ToggleColors toggle = palette.toggleColors();
     require(minContrastOfControls, "font", "switches that are off, on the card,", toggle.off, {card});
     require(minContrastOfControls, "font", "knobs of switches that are off", toggle.knob, {toggle.off, card});
     require(minContrastOfControls, "buttonBackground", "switches that are on, on the card,", toggle.on,

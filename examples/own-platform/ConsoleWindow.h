@@ -52,7 +52,7 @@ class ConsoleWindow : public Window {
     completion();
     if (alpha == 0) return;
     std::optional<ElementId> button;
-    for (const auto& element : controller_->accessibleElements(true)) {
+    for (const auto& element : controller_->accessibleElements(Layout::Rows::all)) {
       std::printf("%s %s\n", element.isControl() ? "  [ ]" : "     ", element.name.c_str());
       if (element.isControl() && element.name == answer_) button = element.id;
     }

@@ -29,7 +29,7 @@ void FakeWindow::finishAnimations() {
 }
 
 bool FakeWindow::tap(Role role, const std::string& name) {
-  const auto& elements = controller->accessibleElements(true);
+  const auto& elements = controller->accessibleElements(Layout::Rows::all);
   const auto control = std::ranges::find_if(elements, [&](const AccessibleElement& each) {
     return each.isControl() && each.isEnabled && each.role == role && each.name == name;
   });

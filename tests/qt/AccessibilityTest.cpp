@@ -1,4 +1,4 @@
-// The banner as the platform's assistive technology reads and uses it: through Qt's interfaces alone.
+// Reads and operates the banner as the platform's assistive technology does: through Qt's interfaces only.
 
 #include <QAccessible>
 #include <QMetaEnum>
@@ -14,9 +14,9 @@
 namespace TalvoConsentSDK {
 namespace {
 
-Texts events;  // as words
+Texts events;  // such as "Focus: Title"
 
-// "Link 'Privacy policy' (description's first sentence) focusable".
+// Returns a text such as "Link 'Privacy policy' (first sentence of the description) focusable".
 std::string describe(QAccessibleInterface& item) {
   std::string all = qAccessibleRoleString(item.role());
   all += " '" + item.text(QAccessible::Name).toStdString() + "'";
@@ -39,7 +39,7 @@ std::string describe(QAccessibleInterface& item) {
 
 void record(QAccessibleEvent* event) {
   QAccessibleInterface* const item = event->accessibleInterface();
-  if (!item || item->object()) return;  // a window's own events are Qt's
+  if (!item || item->object()) return;  // Qt sends the events of the window itself
   std::string what = QMetaEnum::fromType<QAccessible::Event>().valueToKey(event->type());
   if (event->type() == QAccessible::StateChanged) {
     const auto changed = static_cast<QAccessibleStateChangeEvent*>(event)->changedStates();
@@ -75,7 +75,8 @@ class AccessibilityTest : public ::testing::Test {
     return nullptr;
   }
 
-  // Does what the element whose description begins so is for, or what is named.
+  // Runs an action of the element whose description starts with `beginning`; the first action if none is
+  // named.
   void use(const std::string& beginning, QString action = {}) {
     QAccessibleInterface* const item = find(beginning);
     ASSERT_TRUE(item) << beginning;
@@ -87,7 +88,8 @@ class AccessibilityTest : public ::testing::Test {
     EXPECT_TRUE(banner->isStill());
     for (const auto id : ids) {
       QAccessibleInterface* const left = QAccessible::accessibleInterface(id);
-      EXPECT_TRUE(!left || dialog().indexOfChild(left) >= 0) << "what is gone is forgotten";
+      EXPECT_TRUE(!left || dialog().indexOfChild(left) >= 0)
+          << "the interface of a removed element must be deleted";
     }
   }
 
@@ -110,9 +112,9 @@ class AccessibilityTest : public ::testing::Test {
     return all;
   }
 
-  // Does what a file in tests/golden/accessibility says after ">", and compares what is under it: after
-  // "elements" what there is, after "ACTION ELEMENT" the events.
-  void goesAsKept(const std::string& name) {
+  // Runs the commands, which start with ">", in a file in tests/golden/accessibility, and compares the lines
+  // below each one: below "elements" all elements, below "ACTION ELEMENT" the events.
+  void expectMatchesFile(const std::string& name) {
     const std::string file = TALVO_TEST_DATA "/golden/accessibility/" + name + ".txt";
     std::string actual;
     for (const std::string& line : split(contentOf(file), '\n')) {
@@ -136,11 +138,11 @@ class AccessibilityTest : public ::testing::Test {
 };
 
 TEST_F(AccessibilityTest, ReadsEveryScreen) {
-  goesAsKept("screens");
+  expectMatchesFile("screens");
 }
 
 TEST_F(AccessibilityTest, TellsWhatChanges) {
-  goesAsKept("changes");
+  expectMatchesFile("changes");
 }
 
 TEST_F(AccessibilityTest, UsesRowsFarOutOfSight) {
@@ -152,7 +154,7 @@ TEST_F(AccessibilityTest, UsesRowsFarOutOfSight) {
   const std::string name = describe(*far).substr(0, describe(*far).find('('));
   EXPECT_TRUE(far->state().offscreen);
   use(name);
-  EXPECT_FALSE(far->state().offscreen) << "what is used is scrolled to";
+  EXPECT_FALSE(far->state().offscreen) << "using a row scrolls it into view";
   QAccessibleInterface* const first = find("Button 'Necessary'");
   EXPECT_TRUE(first->state().offscreen);
   use("Button 'Necessary'", "SetFocus");

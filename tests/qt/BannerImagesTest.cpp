@@ -1,6 +1,5 @@
-// The banner as it is painted, compared with the files in tests/golden/images. After an intended change run
-// with TALVO_UPDATE_GOLDEN=1, which rewrites the files and fails, and look at the pictures before keeping
-// them.
+// Compares the painted banner with the files in tests/golden/images. After an intended change, run this with
+// TALVO_UPDATE_GOLDEN=1, which rewrites the files and fails, and check the pictures before you commit them.
 
 #include <cstdlib>
 
@@ -9,14 +8,14 @@
 namespace TalvoConsentSDK {
 namespace {
 
-constexpr QSize imageSize(195, 422);  // half a pixel a point, which keeps the files small
+constexpr QSize imageSize(195, 422);  // half a pixel per point, to keep the files small
 
 const struct Image {
   const char* name;
   std::string site;
   std::string language;
   std::string tapped = "";  // a control to tap first, if any
-  int tabs = 0;             // how often the Tab key is pressed then
+  int tabs = 0;             // how often to press the Tab key after that
   QtOptions options = {};
 } cases[] = {
     {"main_en", "demo", ".en.json", ""},
@@ -51,8 +50,8 @@ TEST_P(BannerImagesTest, AreAsKept) {
   }
   const QImage expected(file);
   ASSERT_EQ(expected.size(), imageSize);
-  double difference = 0;  // the mean of a channel, of 255
-  double unlike = 0;      // the share of pixels that nobody would call equal
+  double difference = 0;  // mean difference of a colour channel, from 0 to 255
+  double unlike = 0;      // share of pixels that are visibly different
   constexpr int pixels = imageSize.width() * imageSize.height();
   for (int i = 0; i < pixels; ++i) {
     const QColor p = image.pixelColor(i % imageSize.width(), i / imageSize.width());

@@ -1,4 +1,4 @@
-// The banner's window over a host's: where it lies, how it fades, and whose touches are whose.
+// The banner's window over a host's window: its position, its fades, and which window gets which input.
 
 #include <QMetaEnum>
 #include <QWheelEvent>
@@ -18,7 +18,7 @@ using Clock = HostingController::Clock;
 
 const QPoint outside(10, 12);
 
-// A host's window that writes down the touches, clicks, wheels and keys it is given.
+// A host's window that records the touches, clicks, wheel turns and keys that it receives.
 class Host : public QQuickWindow {
  public:
   Texts inputs;
@@ -45,14 +45,14 @@ class OverlayWindowTest : public ::testing::Test {
 
   ~OverlayWindowTest() override { close(); }
 
-  // A card at the bottom of the window: a button, and 20 more in 120 points that scroll.
+  // A card at the bottom of the window: a button, and below it 20 more that scroll within 120 points.
   AnyView banner(bool hasBackdrop) {
     std::vector<AnyView> rows;
     for (int row = 0; row < 20; ++row) {
       const AnyView label = text("Row " + std::to_string(row), {}).frame({.minHeight = 50});
       rows.push_back(button(label, [this] { ++rowPresses; }));
     }
-    const AnyView list = scroll(verticalStack({}, rows)).frame({.maxHeight = 120});
+    const AnyView list = scrollView(verticalStack({}, rows)).frame({.maxHeight = 120});
     const AnyView press = button(text("Press", {}).padding(Insets::all(14)), [this] {
       ++presses;
       if (onPress) onPress();
@@ -132,7 +132,7 @@ TEST_F(OverlayWindowTest, LiesOnItsHostAndFollowsIt) {
     EXPECT_EQ(surface().transientParent(), host.get());
   }
   host->resize(300, 400);
-  QTimer::singleShot(10, host.get(), [&] { host->setColor(Qt::green); });  // a host that draws itself late
+  QTimer::singleShot(10, host.get(), [&] { host->setColor(Qt::green); });  // the host redraws itself late
   EXPECT_TRUE(spinUntil([&] { return colorAt(surface(), outside).green() > 100; }));
 }
 
@@ -154,7 +154,7 @@ TEST_F(OverlayWindowTest, ComesAndGoesWithItsHost) {
     EXPECT_FALSE(isVisible());
     window->setHidden(false);
     surface().close();
-    EXPECT_TRUE(spinUntil(isVisible)) << "no person's answer";
+    EXPECT_TRUE(spinUntil(isVisible)) << "closing the window is not a decision";
     close();
   }
 }
@@ -163,7 +163,7 @@ TEST_F(OverlayWindowTest, FadesByTheClock) {
   show(true);
   for (const auto& [alpha, red] : {std::pair(0.0, 255), {0.5, 191}, {1.0, 127}}) {
     window->setAlpha(alpha);
-    EXPECT_NEAR(colorAt(surface(), outside).red(), red, 2) << "the host is seen through the backdrop";
+    EXPECT_NEAR(colorAt(surface(), outside).red(), red, 2) << "the host shows through the backdrop";
   }
   window->setAlpha(0);
   const auto start = Clock::now();
@@ -176,10 +176,10 @@ TEST_F(OverlayWindowTest, FadesByTheClock) {
   EXPECT_GT(reached, 0);
   EXPECT_LE(reached, passed / 300ms);
   window->animateAlpha(0, 300ms, [&] { second = Clock::now() - start; });
-  EXPECT_GE(surface().stage().opacity(), reached) << "it goes on from where the first has come to";
+  EXPECT_GE(surface().stage().opacity(), reached) << "the second fade starts where the first one was";
   EXPECT_TRUE(spinUntil([&] { return first.count() > 0 && second.count() > 0; }));
   EXPECT_GE(first, 300ms);
-  EXPECT_LT(first, second) << "at its own end";
+  EXPECT_LT(first, second) << "the first fade completes at its own end";
   EXPECT_GE(second, passed + 300ms);
   EXPECT_EQ(surface().stage().opacity(), 0);
   EXPECT_TRUE(spinUntil([&] { return !surface().isBusy(); }));
@@ -188,7 +188,7 @@ TEST_F(OverlayWindowTest, FadesByTheClock) {
   EXPECT_TRUE(isDone);
 }
 
-// A host may run an event loop in what a handler calls, and the banner be replaced in its course.
+// A host may run an event loop in a callback, and the banner may be replaced while that loop runs.
 TEST_F(OverlayWindowTest, OutlivesItsHandlers) {
   for (const bool byKey : {false, true}) {
     show(true);
@@ -213,16 +213,17 @@ TEST_F(OverlayWindowTest, HidesAndGoesAway) {
   show(true);
   window->setHidden(true);
   EXPECT_FALSE(surface().isVisible());
-  EXPECT_TRUE(spinUntil([&] { return QGuiApplication::focusWindow() == host.get(); })) << "the keys go back";
+  EXPECT_TRUE(spinUntil([&] { return QGuiApplication::focusWindow() == host.get(); }))
+      << "the host gets the keyboard focus back";
   window->setHidden(false);
   EXPECT_TRUE(surface().isVisible());
   window->animateAlpha(0, 10ms, [held = window] { held->setHidden(true); });
   window.reset();
   EXPECT_TRUE(spinUntil([&] { return overlays().empty() || !surface().isVisible(); }));
   close();
-  EXPECT_THAT(overlays(), IsEmpty()) << "the fade held the last reference";
+  EXPECT_THAT(overlays(), IsEmpty()) << "the fade held the last reference to the window";
   click(*host, outside);
-  EXPECT_EQ(host->inputs.size(), 2U) << "the host is in use again";
+  EXPECT_EQ(host->inputs.size(), 2U) << "the host receives input again";
 }
 
 TEST_F(OverlayWindowTest, OutlivesItsHostUnseen) {
@@ -255,12 +256,13 @@ TEST_F(OverlayWindowTest, ASecondOneLiesOnTheFirstAndStaysWhenItGoes) {
   surface().requestActivate();
   EXPECT_TRUE(spinUntil([&] { return surface().isActive(); }));
   show(true);
-  EXPECT_EQ(surface().transientParent(), host.get()) << "the host of the banner in use, not the newest";
+  EXPECT_EQ(surface().transientParent(), host.get())
+      << "uses the host of the active banner, not the newest host";
   close();
   other.close();
   host->hide();
   const auto scenes = QtApplication(options, nullptr).connectedScenes();
-  ASSERT_EQ(scenes.size(), 2U) << "banners are no scenes";
+  ASSERT_EQ(scenes.size(), 2U) << "banners are not scenes";
   EXPECT_EQ(scenes[0]->activationState(), ActivationState::background);
 }
 
@@ -302,7 +304,8 @@ TEST_F(OverlayWindowTest, AChildLeavesItsHostTheKeysItHasNoUseFor) {
     close();
   }
   EXPECT_EQ(presses, 2);
-  EXPECT_EQ(std::ranges::count(host->inputs, "KeyPress"), 1) << "a letter, without a backdrop";
+  EXPECT_EQ(std::ranges::count(host->inputs, "KeyPress"), 1)
+      << "only the letter, and only without a backdrop";
 }
 
 TEST_F(OverlayWindowTest, OneFingerTapsAndDrags) {
@@ -311,7 +314,7 @@ TEST_F(OverlayWindowTest, OneFingerTapsAndDrags) {
   touch().press(0, inside);
   touch().stationary(0).press(1, inside);
   touch().stationary(0).release(1, inside);
-  EXPECT_EQ(presses, 0) << "the second finger";
+  EXPECT_EQ(presses, 0) << "the second finger is ignored";
   touch().release(0, inside);
   touch().press(0, inside);
   QTouchEvent cancel(QEvent::TouchCancel, finger.get());
@@ -324,7 +327,7 @@ TEST_F(OverlayWindowTest, OneFingerTapsAndDrags) {
   touch().press(0, row);
   touch().move(0, row - QPoint(0, 12));
   touch().move(0, row - QPoint(0, 42));
-  EXPECT_EQ(frame("Row 0").y, start - 30) << "the first movement only tells a drag from a tap";
+  EXPECT_EQ(frame("Row 0").y, start - 30) << "the movement that turns a tap into a drag does not scroll";
   touch().release(0, row - QPoint(0, 42));
   EXPECT_TRUE(spinUntil([&] { return !surface().isBusy(); }));
   EXPECT_LE(frame("Row 0").y, start - 30);
@@ -341,7 +344,7 @@ TEST_F(OverlayWindowTest, MouseWheelAndKeysReachTheControls) {
   QTest::mousePress(&surface(), Qt::LeftButton, {}, middle("Row 0"));
   QTest::mouseMove(&surface(), middle("Press"));
   QTest::mouseRelease(&surface(), Qt::LeftButton, {}, middle("Press"));
-  EXPECT_EQ(presses + rowPresses, 0) << "a drag";
+  EXPECT_EQ(presses + rowPresses, 0) << "a drag is not a tap";
   for (const auto key :
        {Qt::Key_Tab, Qt::Key_Space, Qt::Key_Tab, Qt::Key_Return, Qt::Key_Backtab, Qt::Key_Enter}) {
     QTest::keyClick(&surface(), key);

@@ -18,7 +18,7 @@ const std::string picture = [] {
 const std::string icon = std::string("\0\0\1\0\1\0\x14\x0A\0\0\1\0\x20\0", 14) +
                          static_cast<char>(picture.size() % 256) + static_cast<char>(picture.size() / 256) +
                          std::string("\0\0\x16\0\0\0", 6) + picture;
-// The beginning of one of 60,000 x 60,000 pixels.
+// The beginning of a picture of 60,000 x 60,000 pixels.
 const std::string hugePicture(
     "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0\x0F\xB0\xE2\x15\0\0\0\x01IDAT",
     41);
@@ -27,7 +27,7 @@ const struct Download {
   const char* name;
   std::optional<int> status;
   std::optional<std::string> body;
-  std::string error;  // its beginning; empty: a picture
+  std::string error;  // the start of the error; empty if the picture loads
   const char* url = "https://a.example/logo";
 } cases[] = {
     {"picture", 201, picture, ""},

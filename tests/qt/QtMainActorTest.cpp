@@ -1,4 +1,4 @@
-// QtMainActor under the conformance suite: on the GUI thread, in order, never inside `post`.
+// Runs the conformance suite on QtMainActor: jobs run on the GUI thread, in order, and never inside `post`.
 
 #include <QEventLoop>
 
@@ -24,7 +24,7 @@ TEST(QtMainActor, GoesOnInsideALoopOfTheHosts) {
   Texts order;
   actor.post([&] {
     order.push_back("begun");
-    QEventLoop nested;  // a dialog of the host's, say
+    QEventLoop nested;  // as a modal dialog of the host runs
     actor.post([&] { nested.quit(); });
     nested.exec();
     order.push_back("ended");

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the tests on Qt share: waiting in the event loop, and windows that are looked at.
+// What the tests on Qt share: waiting in the event loop, and looking at windows.
 
 #include <QGuiApplication>
 #include <QTest>
@@ -17,7 +17,7 @@ inline bool spinUntil(const std::function<bool()>& condition) {
   return QTest::qWaitFor(condition, 5000);
 }
 
-/// The banners' windows, newest first, hidden ones included.
+/// The windows of banners, newest first, including hidden ones.
 inline std::vector<OverlaySurface*> overlays() {
   std::vector<OverlaySurface*> found;
   for (QWindow* window : QGuiApplication::allWindows()) {
@@ -26,7 +26,7 @@ inline std::vector<OverlaySurface*> overlays() {
   return found;
 }
 
-/// What a window shows at a point of it, in points.
+/// The colour that a window shows at a position, which is in points.
 inline QColor colorAt(QQuickWindow& window, const QPoint& point) {
   return window.grabWindow().pixelColor(point * window.effectiveDevicePixelRatio());
 }

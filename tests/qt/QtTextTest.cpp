@@ -1,8 +1,8 @@
-// Text is measured as it is drawn: a frame of the measured size shows all of it.
+// Measured and drawn text agree: a frame of the measured size shows all of the text.
 
 #include <QPainter>
 
-#include "adapters/qt/BrokenText.h"
+#include "adapters/qt/WrappedText.h"
 
 #include "tests/support/Cost.h"
 #include "tests/support/Testing.h"
@@ -11,9 +11,10 @@ namespace TalvoConsentSDK {
 namespace {
 
 constexpr double ratio = 2;
-constexpr double margin = 40;  // around the frame, to find what lies outside of it
+constexpr double margin = 40;  // around the frame, to find what is drawn outside it
 
-// Where a text that is drawn in a frame leaves its colour, in points from the frame's corner.
+// Draws a text in a frame and returns the rectangle of all coloured pixels, in points from the frame's
+// corner.
 QRectF ink(const std::string& text, const Font& font, double scale, const Size& frame,
            Qt::Alignment alignment) {
   QImage image((QSizeF(frame.width + 2 * margin, frame.height + 2 * margin) * ratio).toSize(),
@@ -22,7 +23,7 @@ QRectF ink(const std::string& text, const Font& font, double scale, const Size& 
   image.fill(0);
   QPainter painter(&image);
   painter.translate(margin, margin);
-  BrokenText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, true);
+  WrappedText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, true);
   painter.end();
   QRect found;
   for (int i = 0; i < image.width() * image.height(); ++i) {
@@ -46,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "line\n\nafter an empty one\n"));
 
 TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
-  // Items show 6 points around their frames, as letters lean and stack.
+  // Items show 6 points around their frames, because leaning and stacked letters extend beyond them.
   for (const double scale : {0.8, 1.0, 1.35, 2.0}) {
     for (const auto style : {TextStyle::headline, TextStyle::subheadline, TextStyle::footnote}) {
       for (const double width : {90.0, 250.4, std::numeric_limits<double>::infinity()}) {
@@ -66,7 +67,7 @@ TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
 TEST_P(QtTextTest, IsBrokenIntoAsManyLinesInAFrameOfTheMeasuredSize) {
   for (double width = 60; width < 300; ++width) {
     const Size size = QtTextMeasurer({1}).measure(GetParam(), {TextStyle::footnote}, width);
-    EXPECT_EQ(BrokenText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
+    EXPECT_EQ(WrappedText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
         << width;
   }
 }
@@ -81,8 +82,8 @@ const char* const parts[] = {
     "x",    "We ask before we (1) measure. ", "قبول",        "قبول الكل (3): abc, (de) 12 ", "e\u0301",
     "隱私", "\U0001F468\u200D\U0001F469",     "one\ntwo (\n"};
 
-// Drawn in pieces or at once, a long text leaves the same pixels. (As far as Qt's own limit of 4,096
-// characters for what it shapes at once.)
+// A long text gives the same pixels whether it is laid out in pieces or at once. (Only the beginning is
+// compared, because Qt itself shapes at most 4,096 characters at once.)
 TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
   constexpr int width = 200, height = 1700;
   for (const char* part : parts) {
@@ -95,7 +96,7 @@ TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
       return image;
     };
     const QImage pieces = painted([&](QPainter& painter) {
-      BrokenText(text, {TextStyle::footnote}, {}, width).draw(painter, Qt::black, false, 0, height);
+      WrappedText(text, {TextStyle::footnote}, {}, width).draw(painter, Qt::black, false, 0, height);
     });
     const QImage atOnce = painted([&](QPainter& painter) {
       const bool isArabic = QString::fromUtf8(text.data(), 2) == QString::fromUtf8("ق");
@@ -122,7 +123,7 @@ TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
 
 TEST(LongTextTest, CostsTimeInProportionToItsLength) {
   Texts all(std::begin(parts), std::end(parts));
-  all.push_back("\U0001F468\u200D");  // all joined to one, in which no line can end
+  all.push_back("\U0001F468\u200D");  // its repetitions join to one character, so no line can end in it
   for (const std::string& part : all) {
     double width = 300;
     const auto cost = [&](std::size_t length) {

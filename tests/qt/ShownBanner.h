@@ -1,6 +1,6 @@
 #pragma once
 
-// A banner of a shipped site, over a window of the size of a phone.
+// The banner of a shipped site over a window of a phone's size.
 
 #include <QFile>
 
@@ -41,7 +41,7 @@ class ShownBanner {
     EXPECT_TRUE(isStill());
   }
 
-  /// Waits until nothing moves.
+  /// Waits until nothing moves. Returns false if something still moves after five seconds.
   bool isStill() {
     return spinUntil([&] { return surface().stage().opacity() == 1 && !surface().isBusy(); });
   }

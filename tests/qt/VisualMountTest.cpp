@@ -1,19 +1,19 @@
-// What the mount puts on screen, and that it paints anew only what has changed.
+// Checks what the mount puts on screen, and that it repaints only what has changed.
 
 #include <QPainter>
 #include <QQuickRenderControl>
 #include <QQuickRenderTarget>
 
-#include "adapters/qt/BrokenText.h"
 #include "adapters/qt/QtImageLoader.h"
 #include "adapters/qt/VisualMount.h"
+#include "adapters/qt/WrappedText.h"
 
 #include "tests/qt/QtTesting.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
-// A picture whose pixel changes behind the back of everybody who holds it, so that painting it anew shows.
+// A picture whose pixel a test can change without a notification, so that a repaint is visible.
 struct Probe {
   QRgb pixel = qRgb(255, 0, 0);
   std::shared_ptr<const Image> image = std::make_shared<QtImage>(
@@ -42,16 +42,16 @@ TEST_F(VisualMountTest, PaintsAnewOnlyWhatHasChanged) {
   for (Probe* each : {&still, &moved, &grown}) each->pixel = qRgb(0, 0, 255);
   mount.update({still.at(1, {0, 0, 10, 10}), moved.at(2, {20, 50, 10, 10}), grown.at(3, {40, 0, 20, 20})});
   EXPECT_EQ(at(5, 5), QColor(Qt::red));
-  EXPECT_EQ(at(25, 55), QColor(Qt::red)) << "an item that moves is not painted";
+  EXPECT_EQ(at(25, 55), QColor(Qt::red)) << "an item that moves is not repainted";
   EXPECT_EQ(at(55, 15), QColor(Qt::blue));
   mount.update({moved.at(2, {20, 50, 10, 10})});
   EXPECT_EQ(at(5, 5), QColor(Qt::white));
   mount.update({still.at(1, {0, 0, 10, 10})});
-  EXPECT_EQ(at(5, 5), QColor(Qt::blue)) << "an item that went comes back new";
+  EXPECT_EQ(at(5, 5), QColor(Qt::blue)) << "an item that was removed is painted again when it comes back";
 
   int frames = 0;
   QObject::connect(&window, &QQuickWindow::frameSwapped, [&] { ++frames; });
-  for (const int changes : {1, 1, 0}) {  // at first the window may still come on screen
+  for (const int changes : {1, 1, 0}) {  // at first, the window may draw a frame because it appears
     frames = 0;
     mount.update({still.at(1, {0, 0, 10, 10})});
     QTest::qWait(50);
@@ -86,13 +86,13 @@ TEST_F(VisualMountTest, KeepsTheOrderAndTheClips) {
   EXPECT_EQ(at(12, 12), QColor(Qt::green));
   EXPECT_EQ(at(17, 17), QColor(Qt::blue));
   EXPECT_EQ(at(28, 31), QColor(128, 0, 127)) << "a translucent box over both";
-  EXPECT_EQ(at(25, 25), QColor(Qt::green)) << "its corner";
+  EXPECT_EQ(at(25, 25), QColor(Qt::green)) << "outside its rounded corner";
   mount.update({{3, 0, {15, 15, 5, 5}, {}, 1, blue}, {2, 0, {0, 0, 18, 100}, clip, 1, green}});
-  EXPECT_EQ(at(17, 17), QColor(Qt::green)) << "what came last lies on top";
+  EXPECT_EQ(at(17, 17), QColor(Qt::green)) << "the last visual lies on top";
   EXPECT_EQ(at(19, 17), QColor(Qt::blue));
 }
 
-// What is drawn in a window of 100 x 100 points with so many pixels a point.
+// Draws visuals in a window of 100 x 100 points with `ratio` pixels per point.
 QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
   QImage image((QSizeF(100, 100) * ratio).toSize(), QImage::Format_ARGB32_Premultiplied);
   image.setDevicePixelRatio(ratio);
@@ -111,7 +111,7 @@ QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
 }
 
 TEST_F(VisualMountTest, FillsTranslucentBoxesEvenly) {
-  const QColor mixed(255 - 51, 255 - 102, 255);  // of white and two fifths of the box's colour
+  const QColor mixed(255 - 51, 255 - 102, 255);  // the box's colour at 40 % over white
   for (const double ratio : {1.0, 1.5, 2.0, 2.625}) {
     const QImage drawn =
         drawnAt(ratio, {{1, 0, {3.2, 4.1, 50.3, 40.7}, {}, 1, visual::Box{{0.5, 0, 1, 0.4}, 8}}});
@@ -135,7 +135,7 @@ TEST_F(VisualMountTest, ShowsAnyPartOfALongText) {
   std::string text;
   for (int i = 0; i < 20'000; ++i) text += std::to_string(i);
   const visual::Text shown{text, {TextStyle::footnote}, {}, true};
-  const Size size = BrokenText(text, shown.font, {}, 80).size();
+  const Size size = WrappedText(text, shown.font, {}, 80).size();
   for (const double y : {-20'000.0, -20'020.0, 0.0, 100 - size.height}) {
     mount.update({{1, 0, {10, y, size.width, size.height}, {}, 1, shown}});
     QImage drawn = window.grabWindow();
@@ -146,14 +146,14 @@ TEST_F(VisualMountTest, ShowsAnyPartOfALongText) {
     QPainter painter(&letters);
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     painter.translate(10, y);
-    BrokenText(text, shown.font, {}, size.width).draw(painter, Qt::black, true, -y, 100 - y);
+    WrappedText(text, shown.font, {}, size.width).draw(painter, Qt::black, true, -y, 100 - y);
     painter.end();
     QImage expected = drawn;
     expected.fill(Qt::white);
     QPainter(&expected).drawImage(0, 0, letters);
     EXPECT_EQ(drawn, expected) << y;
   }
-  EXPECT_EQ(textTiles(1000, 2, 0, 1000), (TextTiles{0, 0})) << "an ordinary text is one";
+  EXPECT_EQ(textTiles(1000, 2, 0, 1000), (TextTiles{0, 0})) << "a short text has one tile";
   EXPECT_EQ(textTiles(20'000, 2, 10'000, 10'800), (TextTiles{19, 21}));
   EXPECT_EQ(textTiles(20'000, 2, 19'000, 21'000), (TextTiles{37, 38}));
 }

@@ -1,4 +1,4 @@
-// Runs the tests under a QGuiApplication. What Qt warns of fails the test that made it.
+// Runs the tests with a QGuiApplication. A warning from Qt fails the test that causes it.
 
 #include <QGuiApplication>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-// What the offscreen platform says it cannot do, and nothing here depends on.
+// Messages of the offscreen platform about features that it lacks and that no test depends on.
 bool isExpected(const QString& message) {
   return message.startsWith(QLatin1String("This plugin does not support"));
 }
@@ -20,7 +20,7 @@ void note(QtMsgType type, const QMessageLogContext&, const QString& message) {
 
 int main(int argc, char** argv) {
   ::testing::InitGoogleMock(&argc, argv);
-  if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();  // the build asks, and may have no screen
+  if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();  // the build lists the tests and may have no screen
   qInstallMessageHandler(&note);
   const QGuiApplication application(argc, argv);
   return RUN_ALL_TESTS();

@@ -1,6 +1,7 @@
 #pragma once
 
-// What the banner's tests share: documents and tables in a few words, and a screen to read and to touch.
+// What the banner's tests share: documents from short descriptions, and a screen that tests can read and
+// touch.
 
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
 #include "TalvoConsentSDK/view/HostingController.h"
@@ -15,8 +16,8 @@ using namespace std::chrono_literals;
 using Customization = BannerCustomization::Customization;
 using URLs = decltype(Customization::urls)::value_type;
 
-/// Components as words: an identifier, and after a colon the entries of its list. Those of "tabs" are the
-/// categories of one tab with vendors.
+/// Parses components from words. A word is an identifier, optionally followed by a colon and the entries of
+/// its list. The entries of "tabs" are the categories of one tab that shows vendors.
 inline std::vector<BannerCustomization::ComponentItem> components(const std::string& text) {
   std::vector<BannerCustomization::ComponentItem> items;
   for (const std::string& word : words(text)) {
@@ -35,30 +36,30 @@ inline std::vector<BannerCustomization::ComponentItem> components(const std::str
   return items;
 }
 
-/// A customization with two screens, and more members of its messages as JSON.
+/// A customization with two screens. `texts` adds members to its messages, as JSON.
 inline Customization customization(const std::string& mainScreen, const std::string& secondaryScreen = "",
                                    const std::string& texts = "") {
   const std::string document = R"({"bannerType":"","customization":{"components":{},
     "colors":{"background":"#FFF","buttonBackground":"#00F","buttonFontColor":"#FF0","font":"#000"},
     "settings":{"positioning":"bottom","showBlurBackground":false,"showPoweredBy":true},"messages":{
     "bannerMessages":{"acceptButton":"Accept","rejectButton":"Reject","title":"Title","mainMessage":"Message")";
-  Customization made = *parsed<BannerCustomization>(document + texts + "}}}}").customization;
-  made.components->mainScreen = components(mainScreen);
-  made.components->secondaryScreen = components(secondaryScreen);
-  return made;
+  Customization site = *parsed<BannerCustomization>(document + texts + "}}}}").customization;
+  site.components->mainScreen = components(mainScreen);
+  site.components->secondaryScreen = components(secondaryScreen);
+  return site;
 }
 
-/// A catalogue with one service a vendor: "marketing:A,B statistics:A".
+/// A catalogue with one service per vendor, from a text such as "marketing:A,B statistics:A".
 inline Services catalogue(const std::string& text) {
-  Services made;
-  made.libraries.emplace();
+  Services services;
+  services.libraries.emplace();
   for (const std::string& word : words(text)) {
     for (const std::string& vendor : split(word.substr(word.find(':') + 1), ',')) {
-      made.libraries->emplace_back().vendor = vendor;
-      made.libraries->back().category = word.substr(0, word.find(':'));
+      services.libraries->emplace_back().vendor = vendor;
+      services.libraries->back().category = word.substr(0, word.find(':'));
     }
   }
-  return made;
+  return services;
 }
 
 inline std::string rectText(const Rect& rect) {
@@ -72,11 +73,10 @@ inline AnyView box(double width, double height) {
 }
 
 inline std::string line(const AccessibleElement& element) {
-  const Texts roles = words("none text heading image button link switch expander dialog");
-  return roles[static_cast<std::size_t>(element.role)] + " " + element.name;
+  return std::string(rawValue(element.role)) + " " + element.name;
 }
 
-/// The first element whose line starts so.
+/// Returns the first element whose line starts with `start`.
 inline const AccessibleElement& find(HostingController& controller, const std::string& start) {
   for (const auto& each : controller.accessibleElements()) {
     if (line(each).starts_with(start)) return each;
@@ -99,7 +99,7 @@ struct TestScreen : HostingController {
     setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, textScale, size, safeArea, {}, false});
   }
 
-  /// What is drawn, one line each: a text or "box", and its frame.
+  /// What is drawn, one entry each: a text or "box", and its frame.
   std::string drawn() {
     Texts lines;
     for (const Visual& each : frame({})) {
@@ -109,7 +109,7 @@ struct TestScreen : HostingController {
     return joined(lines);
   }
 
-  /// Everything there is, one line each.
+  /// All accessible elements, one entry each.
   std::string list(bool withFrames = false) {
     Texts lines;
     for (const auto& each : accessibleElements()) {
@@ -118,7 +118,7 @@ struct TestScreen : HostingController {
     return joined(lines);
   }
 
-  /// A finger that goes from point to point, one every 10 ms, and stays on the last for a while.
+  /// Moves a finger from point to point, one every 10 ms, and lets it rest on the last point.
   void touch(const std::vector<Point>& points, std::chrono::milliseconds rest = 10ms) {
     Clock::time_point now;
     touchBegan(points.front(), now);
@@ -129,7 +129,7 @@ struct TestScreen : HostingController {
 
 inline const Services vendors = catalogue("marketing:B,A necessary:v statistics:a,b");
 
-/// Makes banners that tell in `trace` what they call.
+/// Creates banners that record in `trace` which callbacks they call.
 class BannerTest : public ::testing::Test {
  protected:
   BannerTest() { platform.install(); }
@@ -137,15 +137,15 @@ class BannerTest : public ::testing::Test {
   ConsentBannerView banner(const std::optional<BasicConsent>& stored = {},
                            const std::optional<Services>& services = vendors,
                            const std::optional<SiteConfiguration>& configured = {}) {
-    const auto noting = [this](const char* what) { return [this, what] { trace.push_back(what); }; };
+    const auto recording = [this](const char* what) { return [this, what] { trace.push_back(what); }; };
     const auto save = [this](const BasicConsent& consent) { trace.push_back(written(consent)); };
-    const BannerCallbacks callbacks{noting("accept"), noting("reject"), noting("manage"), save,
-                                    noting("close")};
-    return {made, services, configured, stored, callbacks};
+    const BannerCallbacks callbacks{recording("accept"), recording("reject"), recording("manage"), save,
+                                    recording("close")};
+    return {site, services, configured, stored, callbacks};
   }
 
   MemoryPlatform platform;
-  Customization made =
+  Customization site =
       customization("title buttons:acceptAll,rejectAll,managePreferences links:doNotSellMyData closeButton",
                     "title tabs:necessary,marketing,doNotSell buttons:savePreferences,preferences "
                     "links:doNotSellMyData closeButton");

@@ -12,7 +12,7 @@ class ConsentBannerPresenterTest : public BannerTest {
   }
 
   std::shared_ptr<FakeWindow> show() {
-    presenter->show(banner(), made);
+    presenter->show(banner(), site);
     const auto windows = platform.scene->windows();
     return windows.empty() ? nullptr : windows.back();
   }
@@ -27,7 +27,7 @@ TEST_F(ConsentBannerPresenterTest, ShowsOnTheFirstSceneInTheForeground) {
   scenes = {std::make_shared<FakeScene>(background), std::make_shared<FakeScene>(foregroundInactive),
             std::make_shared<FakeScene>(unattached), std::make_shared<FakeScene>(foregroundActive, false)};
   EXPECT_FALSE(show());
-  presenter->dismiss();  // nothing is on show
+  presenter->dismiss();  // no banner is shown
   scenes.insert(scenes.end(), {platform.scene, second});
   const auto window = show();
   ASSERT_TRUE(window && second->windows().empty());
@@ -46,12 +46,12 @@ TEST_F(ConsentBannerPresenterTest, ReportsThenDismisses) {
     for (const std::string& name : split(buttons, ';')) EXPECT_TRUE(window->tap(Role::button, name));
     EXPECT_EQ(joined(std::exchange(trace, {})), called) << buttons;
     EXPECT_EQ(std::to_string(window->fades.size()), fades) << buttons;
-    presenter->dismiss();  // once more, or at last
+    presenter->dismiss();  // again, or for the first time if the buttons did not dismiss it
     EXPECT_THAT(window->fades, Each(300ms));
     window->finishAnimations();
     EXPECT_FALSE(window->isVisible);
     window.reset();
-    EXPECT_THAT(platform.scene->windows(), IsEmpty()) << "nobody holds it any more";
+    EXPECT_THAT(platform.scene->windows(), IsEmpty()) << "the presenter released it";
   }
 }
 
@@ -59,26 +59,27 @@ TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
   const auto first = show();
   presenter->dismiss();
   const auto second = show();
-  EXPECT_TRUE(first->tap(Role::button, "Accept") && trace.empty()) << "it is still seen, though dismissed";
+  EXPECT_TRUE(first->tap(Role::button, "Accept") && trace.empty())
+      << "a dismissed banner is still visible, but reports nothing";
   first->finishAnimations();
   EXPECT_TRUE(second->isVisible && !first->isVisible);
   presenter->dismiss();
-  EXPECT_EQ(second->fades.size(), 2u) << "it is still the one on show";
+  EXPECT_EQ(second->fades.size(), 2u) << "the end of the first fade does not release the second banner";
   const auto replaced = show();
   const auto last = show();
-  EXPECT_EQ(replaced.use_count(), 1) << "a banner on show is replaced at once";
+  EXPECT_EQ(replaced.use_count(), 1) << "the presenter releases a replaced banner at once";
   EXPECT_TRUE(replaced->tap(Role::button, "Accept") && trace.empty() && last->fades.size() == 1u);
 }
 
-// What the host does at a decision, such as running an event loop, may show the next banner.
+// A host's callback for a decision may show the next banner, for example if it runs an event loop.
 TEST_F(ConsentBannerPresenterTest, LeavesABannerShownWhileAnotherReports) {
   std::shared_ptr<FakeWindow> next;
   BannerCallbacks callbacks = banner().callbacks();
   callbacks.onAcceptAll = [&] { next = show(); };
-  presenter->show(banner().withCallbacks(callbacks), made);
+  presenter->show(banner().withCallbacks(callbacks), site);
   EXPECT_TRUE(platform.scene->windows().at(0)->tap(Role::button, "Accept"));
   EXPECT_THAT(platform.scene->windows(), ElementsAre(next));
-  EXPECT_EQ(next->fades.size(), 1u) << "only in";
+  EXPECT_EQ(next->fades.size(), 1u) << "it fades in only";
 }
 
 TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
@@ -103,7 +104,7 @@ TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
   }
   const long after = residentMemory();
   std::cout << 2 * banners << " banners, resident before " << before << " KiB, after " << after << " KiB\n";
-  // Fewer would measure how an allocator warms up.
+  // Fewer banners would only measure how the allocator warms up.
   if (banners >= 1000) {
     EXPECT_LT(after - before, 512);
   }
@@ -112,8 +113,8 @@ TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
 TEST_F(ConsentBannerPresenterTest, CallsFirstAndDoesWithoutMotionAndWithoutItself) {
   platform.application->hasReducedMotion = true;
   const auto window = [this] { return platform.scene->windows().back(); };
-  const auto note = [&] { EXPECT_EQ(window()->fades.size(), 1u) << "it is not fading yet"; };
-  presenter->show(banner().withCallbacks({note, {}, {}, {}, {}}), made);
+  const auto checkNotFading = [&] { EXPECT_EQ(window()->fades.size(), 1u) << "it does not fade out yet"; };
+  presenter->show(banner().withCallbacks({checkNotFading, {}, {}, {}, {}}), site);
   EXPECT_TRUE(window()->tap(Role::button, "Accept"));
   EXPECT_THAT(window()->fades, ElementsAre(0ms, 0ms));
   window()->finishAnimations();
@@ -125,18 +126,20 @@ TEST_F(ConsentBannerPresenterTest, CallsFirstAndDoesWithoutMotionAndWithoutItsel
 
 TEST_F(ConsentBannerPresenterTest, PlacesTheBanner) {
   const auto table = tableOf<5>("banner/places.txt");
-  made.messages.bannerMessages.mainMessage = "A";
+  site.messages.bannerMessages.mainMessage = "A";
   for (const auto& [placement, direction, title, card, heading] : table) {
-    made.settings.positioning = words(placement).front();
-    made.settings.isShowBlurBackground = placement.ends_with("dimmed");
-    made.messages.bannerMessages.title = title;
+    site.settings.positioning = words(placement).front();
+    site.settings.isShowBlurBackground = placement.ends_with("dimmed");
+    site.messages.bannerMessages.title = title;
     platform.application->direction.reset();
-    if (!direction.empty()) platform.application->direction = LayoutDirection(direction == "rtl");
+    if (!direction.empty())
+      platform.application->direction =
+          direction == "rtl" ? LayoutDirection::rightToLeft : LayoutDirection::leftToRight;
     const auto window = show();
     const auto& elements = window->controller->accessibleElements();
     EXPECT_EQ(rectText(elements.at(0).frame), card) << placement;
     EXPECT_EQ(rectText(elements.at(1).frame), heading) << placement << direction << title;
-    EXPECT_EQ(window->controller->covers({200, 420}), made.settings.isShowBlurBackground);
+    EXPECT_EQ(window->controller->covers({200, 420}), site.settings.isShowBlurBackground);
   }
 }
 

@@ -41,14 +41,14 @@ TEST_F(ConsentBannerViewTest, AnswersActions) {
     EXPECT_EQ(joined(trace), called) << events;
     for (const auto& group : vendors.groupedByVendor("marketing")) {
       view.showVendorDetail(group);
-      EXPECT_EQ(std::get<0>(view.currentScreen()).group.vendor, group.vendor) << "from any screen";
+      EXPECT_EQ(std::get<0>(view.currentScreen()).group.vendor, group.vendor) << "opens from any screen";
     }
   }
   EXPECT_THAT(platform.application->opened, IsEmpty());
 }
 
 TEST_F(ConsentBannerViewTest, TellsOfAnUnknownComponentOnce) {
-  made = customization("strange buttons:managePreferences", "tabs:marketing strange links");
+  site = customization("strange buttons:managePreferences", "tabs:marketing strange links");
   TestScreen screen(banner().view());
   tap(screen, "button Manage");
   tap(screen, "switch M");
@@ -57,16 +57,16 @@ TEST_F(ConsentBannerViewTest, TellsOfAnUnknownComponentOnce) {
               ElementsAre("⚠️ Unknown component type: strange", "⚠️ Unknown component type: links"));
   TestScreen another(banner().view());
   another.accessibleElements();
-  EXPECT_THAT(platform.printer->take(), ::testing::SizeIs(1)) << "a banner of its own";
+  EXPECT_THAT(platform.printer->take(), ::testing::SizeIs(1)) << "another banner prints the line again";
 }
 
 TEST_F(ConsentBannerViewTest, OpensLinks) {
-  made.urls = URLs{{"dsrForm", "a.b/dsr"}, {"dsr", "https://x"}, {"big", "HTTP://A/b"},
+  site.urls = URLs{{"dsrForm", "a.b/dsr"}, {"dsr", "https://x"}, {"big", "HTTP://A/b"},
                    {"safe", "https://c"},  {"broken", "%zz"},    {"foo", ""}};
   const auto table = tableOf<3>("banner/links.txt");
   for (const auto& [link, opened, line] : table) {
     banner().handleLinkAction(link);
-    EXPECT_THAT(platform.application->opened, IsEmpty()) << "in a task of its own: " << link;
+    EXPECT_THAT(platform.application->opened, IsEmpty()) << "opens in a task of its own: " << link;
     platform.settle();
     EXPECT_EQ(joined(std::exchange(platform.application->opened, {})), opened) << link;
     EXPECT_EQ(joined(platform.printer->take()), line) << link;
@@ -78,7 +78,7 @@ TEST_F(ConsentBannerViewTest, OpensLinks) {
   refusing->refuses = true;
   EXPECT_NO_THROW(banner().handleLinkAction("dsr"));
   EXPECT_THAT(platform.application->opened, ElementsAre("https://a.b/dsr"));
-  made.urls.reset();
+  site.urls.reset();
   banner().handleLinkAction("dsr");
   EXPECT_THAT(platform.printer->take(), ElementsAre("No URL found for link: dsr (URL key: dsrForm)"));
 }
@@ -89,11 +89,11 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
       R"(,"necessaryTitle":"N","statisticsTitle":"S","preferencesTitle":"P","marketingTitle":"M",
       "doNotSellLabelText":"D","preferences":"why")";
   for (const auto& [categories, flag, stored, taps, expected, marketing] : table) {
-    made = customization("", (flag == "second" ? "tabs:necessary tabs:" : "tabs:") + categories, texts);
-    auto& shown = made.components->secondaryScreen->back().tabs->front();
+    site = customization("", (flag == "second" ? "tabs:necessary tabs:" : "tabs:") + categories, texts);
+    auto& shown = site.components->secondaryScreen->back().tabs->front();
     shown.readOnly = flag == "readOnly" || flag == "second";
     shown.services = flag != "bare";
-    shown.showCategoryDescription = flag == "told";
+    shown.showCategoryDescription = flag == "describe";
     auto services = flag == "none" ? std::nullopt : std::optional(vendors);
     if (flag == "unnamed") {
       services->libraries->push_back(services->libraries->front());
@@ -119,9 +119,9 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
   }
 }
 
-// Every sequence of two switches, after each of them.
+// Tries every sequence of two switches, and compares before the first and after each of them.
 TEST_F(ConsentBannerViewTest, DrawsOnWhatItWouldSave) {
-  made = customization("", "tabs:statistics,marketing,doNotSell",
+  site = customization("", "tabs:statistics,marketing,doNotSell",
                        R"(,"statisticsTitle":"S","marketingTitle":"M","doNotSellLabelText":"D")");
   const Texts switches = words("M A B S D");
   const auto isSaved = [](const ConsentValue& value, const std::string& vendor) {
@@ -161,7 +161,7 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
   };
   EXPECT_TRUE(bindings.categoryStates->get().size() == 4 && bindings.vendorStates->get().size() == 4);
   EXPECT_TRUE(banner({}, std::nullopt).bindings().vendorStates->get().empty());
-  vendorSwitch(bindings, "marketing", "old").set(true);  // only the counts are compared
+  vendorSwitch(bindings, "marketing", "old").set(true);  // saves "true", because only the counts are compared
   EXPECT_EQ(saved(), R"({"preferences":false,"statistics":true,"marketing":true,"id":"c","optedIn":true})");
   vendorSwitch(bindings, "marketing", "A").set(true);
   EXPECT_THAT(saved(), HasSubstr(R"("marketing":["B","A","old"])"));
@@ -182,10 +182,10 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
 TEST_F(BannerTest, SaysTheCategoryWithEachVendorUnlessItIsLong) {
   for (const std::size_t length : {1000U, 1001U}) {
     const std::string title(length, 'M');
-    made.messages.bannerMessages.marketingTitle = title;
+    site.messages.bannerMessages.marketingTitle = title;
     const ConsentBannerView view = banner();
     view.handleMainAction("preferences");
-    TestScreen screen(bannerComposition(view.view(), made));
+    TestScreen screen(bannerComposition(view.view(), site));
     tap(screen, "expander M");
     for (const char* each : {"button A", "switch A"})
       EXPECT_EQ(find(screen, each).description, length == 1000 ? title : "");

@@ -1,5 +1,5 @@
-// What a document costs grows no faster than its length: ten times of anything cost at most fifteen times the
-// processor time.
+// The cost of a document grows in proportion to its length: ten times as much of anything takes at most
+// fifteen times the processor time.
 
 #include <set>
 
@@ -9,7 +9,8 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// A text with the part in brackets so often; "#" in it stands for its number.
+// Repeats the part of a text in brackets `count` times. A "#" at the end of the part is replaced by the
+// number of the repetition.
 std::string repeated(const std::string& text, std::size_t count) {
   const auto from = text.find('['), to = text.find(']');
   if (from == text.npos) return text;
@@ -33,16 +34,16 @@ INSTANTIATE_TEST_SUITE_P(All, CostTest, ValuesIn(tableOf<5>("banner/costs.txt"))
 TEST_P(CostTest, GrowsWithTheDocument) {
   const auto& [name, count, parts, vendors, title] = GetParam();
   const auto cost = [&](std::size_t times) {
-    Customization made = customization("", repeated(parts, times), R"(,"marketingTitle":"M")");
-    made.messages.bannerMessages.title = repeated(title, times);
-    auto& tabs = made.components->secondaryScreen->front().tabs;
+    Customization site = customization("", repeated(parts, times), R"(,"marketingTitle":"M")");
+    site.messages.bannerMessages.title = repeated(title, times);
+    auto& tabs = site.components->secondaryScreen->front().tabs;
     if (name == "tabs") tabs->resize(times, tabs->front());
     const Services services = catalogue(repeated(vendors, times));
     return bestCost([&] {
-      const ConsentBannerView view(made, services, {}, {}, {});
+      const ConsentBannerView view(site, services, {}, {}, {});
       view.handleMainAction("preferences");
       if (name == "services") view.showVendorDetail(services.groupedByVendor("marketing").front());
-      TestScreen screen(bannerComposition(view.view(), made));
+      TestScreen screen(bannerComposition(view.view(), site));
       const bool hasCategory = screen.list().find("expander M") != std::string::npos;
       if (hasCategory) tap(screen, "expander M");
       screen.scroll({195, 600}, 100);
@@ -50,7 +51,7 @@ TEST_P(CostTest, GrowsWithTheDocument) {
       if (hasCategory) tap(screen, "switch M");
       screen.frame({});
       screen.press(Key::tab);
-      screen.accessibleElements(true);
+      screen.accessibleElements(Layout::Rows::all);
     });
   };
   EXPECT_LE(growth(cost, std::stoul(count), 15), 15);
@@ -69,9 +70,9 @@ struct CountingMeasurer : FixedWidthMeasurer {
 };
 
 TEST_F(BannerTest, MeasuresATextOnceForAWidthAndNotWhileItScrolls) {
-  made = customization("title description buttons:acceptAll,rejectAll links:doNotSellMyData");
-  made.messages.bannerMessages.mainMessage = std::string(5000, 'x');
-  TestScreen screen(bannerComposition(banner().view(), made));
+  site = customization("title description buttons:acceptAll,rejectAll links:doNotSellMyData");
+  site.messages.bannerMessages.mainMessage = std::string(5000, 'x');
+  TestScreen screen(bannerComposition(banner().view(), site));
   ViewEnvironment environment = screen.environment();
   const auto measurer = std::make_shared<CountingMeasurer>();
   environment.textMeasurer = measurer;

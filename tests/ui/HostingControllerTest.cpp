@@ -1,4 +1,4 @@
-// Touches, keys, focus and assistive technology, on a banner in a window without a toolkit.
+// Touches, keys, focus and assistive technology for a banner in a window without a toolkit.
 
 #include "tests/ui/BannerTesting.h"
 
@@ -11,34 +11,35 @@ const auto at = [](int time) {
 
 class HostingControllerTest : public BannerTest {
  protected:
-  AnyView noting(const std::string& name, double width, double height) {
+  AnyView recordingButton(const std::string& name, double width, double height) {
     return button(box(width, height), [this, name] { trace.push_back(name); }).accessibility({.label = name});
   }
 
-  std::string used() { return joined(std::exchange(trace, {})); }
+  std::string takeTrace() { return joined(std::exchange(trace, {})); }
 };
 
 TEST_F(HostingControllerTest, TellsWhatThereIsAndWhereItCanBeHit) {
-  made = customization("closeButton title description links:doNotSellMyData buttons:acceptAll");
-  TestScreen clear(bannerComposition(banner().view(), made));
+  site = customization("closeButton title description links:doNotSellMyData buttons:acceptAll");
+  TestScreen clear(bannerComposition(banner().view(), site));
   EXPECT_EQ(clear.list(true),
             "dialog Title 12 662 366 170; heading Title 24 674 42.5 22; text Message 24 712 52.5 20; "
             "link Don't Sell My Data 24 727 117 44; button Accept 24 774 342 46; button Close 332 664 44 44");
   EXPECT_FALSE(find(clear, "dialog").isModal || clear.covers({200, 661}) || !clear.covers({200, 663}));
-  made.settings.isShowBlurBackground = true;
-  TestScreen dimmed(bannerComposition(banner().view(), made));
+  site.settings.isShowBlurBackground = true;
+  TestScreen dimmed(bannerComposition(banner().view(), site));
   EXPECT_TRUE(find(dimmed, "dialog").isModal && dimmed.covers({200, 10}));
   dimmed.touch({{200, 10}});
-  EXPECT_EQ(used(), "");
+  EXPECT_EQ(takeTrace(), "");
 }
 
-// Over every screen lies the close control; a long list of vendors leaves only the last buttons in reach.
+// The close control lies over every screen and must not overlap other controls or texts. Above a long list of
+// vendors, only the buttons at the end stay visible.
 TEST_F(HostingControllerTest, KeepsControlsInReach) {
-  made.messages.bannerMessages.title = std::string(200, 'T');
+  site.messages.bannerMessages.title = std::string(200, 'T');
   for (const char* first :
        {"unknown title", "title", "tabs:statistics unknown", "buttons:acceptAll,rejectAll"}) {
     const auto all = components(first + std::string(" tabs:marketing closeButton buttons:save bannerLogo"));
-    made.components->secondaryScreen = all;
+    site.components->secondaryScreen = all;
     const ConsentBannerView view = banner();
     view.handleMainAction("preferences");
     TestScreen screen(view.view(), {390, 400});
@@ -53,43 +54,45 @@ TEST_F(HostingControllerTest, KeepsControlsInReach) {
 }
 
 TEST_F(HostingControllerTest, HitsTheNearestControl) {
-  const AnyView clipped = scroll(noting("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
-  const AnyView deep = depthStack({}, {noting("low", 60, 20), noting("high", 20, 20)});
-  const AnyView off = noting("off", 20, 20).disabled();
+  const AnyView clipped =
+      scrollView(recordingButton("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
+  const AnyView deep = depthStack({}, {recordingButton("low", 60, 20), recordingButton("high", 20, 20)});
+  const AnyView off = recordingButton("off", 20, 20).disabled();
   const VerticalOptions leading{.alignment = HorizontalAlignment::leading};
-  TestScreen screen(verticalStack(leading, {noting("a", 20, 20), noting("b", 20, 20), off, deep, clipped}));
+  TestScreen screen(verticalStack(
+      leading, {recordingButton("a", 20, 20), recordingButton("b", 20, 20), off, deep, clipped}));
   const std::tuple<double, double, std::string> table[] = {
       {10, 10, "a"}, {31, 5, "a"},     {33, 5, ""},     {25, 18, "a"},   {25, 22, "b"},    {10, 42, ""},
       {10, 50, ""},  {30, 70, "high"}, {15, 70, "low"}, {50, 70, "low"}, {10, 95, "clip"}, {10, 105, ""}};
   for (const auto& [x, y, name] : table) {
     screen.touch({{x, y}});
-    EXPECT_EQ(used(), name) << x << " " << y;
+    EXPECT_EQ(takeTrace(), name) << x << " " << y;
   }
 }
 
 TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
-  TestScreen screen(noting("tap", 100, 100));
+  TestScreen screen(recordingButton("tap", 100, 100));
   const auto opacity = [&] { return screen.frame(at(0)).front().opacity; };
   screen.touchBegan({50, 50}, at(0));
   EXPECT_LT(opacity(), 1) << "pressed";
   screen.touchCancelled();
   screen.touchEnded({50, 50}, at(10));
   EXPECT_EQ(opacity(), 1);
-  screen.touchBegan({50, 50}, at(20));  // its end gets lost
+  screen.touchBegan({50, 50}, at(20));  // this touch never ends
   screen.touch({{300, 300}});
   screen.touch({{50, 50}, {58, 58}, {50, 50}});
-  EXPECT_EQ(used(), "");
+  EXPECT_EQ(takeTrace(), "");
   screen.touch({{50, 50}, {56, 57}});
-  EXPECT_EQ(used(), "tap");
+  EXPECT_EQ(takeTrace(), "tap");
 }
 
 TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
   TestScreen screen(component("counter", [this](RenderContext& context) {
     const State<int> count = context.state<int>(0);
-    const State<std::string> said = context.state<std::string>("");  // one of each type
-    const auto use = [this, count, said, now = count.get()] {
-      trace.push_back(std::to_string(now) + said.get());
-      said.set(said.get() + "!");
+    const State<std::string> suffix = context.state<std::string>("");  // a component has one state per type
+    const auto use = [this, count, suffix, now = count.get()] {
+      trace.push_back(std::to_string(now) + suffix.get());
+      suffix.set(suffix.get() + "!");
       count.set(now + 1);
     };
     return button(box(10, 10), use).disabled(count.get() == 3);
@@ -98,21 +101,22 @@ TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(screen.activate(id));
   EXPECT_FALSE(screen.activate(id));
   EXPECT_FALSE(screen.activate(id + 1));
-  EXPECT_EQ(used(), "0; 1!; 2!!");
+  EXPECT_EQ(takeTrace(), "0; 1!; 2!!");
 }
 
 TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
   using enum Key;
-  made = customization("title buttons:acceptAll,rejectAll,managePreferences closeButton",
+  site = customization("title buttons:acceptAll,rejectAll,managePreferences closeButton",
                        "title tabs:necessary,marketing buttons:savePreferences");
   TestScreen screen(banner({}, catalogue("marketing:A,B")).view());
-  // What has the focus after each key, what was called, and "!" where the key is left to the host.
+  // Presses keys and returns, for each: the focused element, what was called, and "!" if the key is left to
+  // the host.
   const auto press = [&](std::initializer_list<Key> keys) {
     std::string all;
     for (const Key key : keys) {
       const std::string rest = screen.press(key) ? " " : "! ";
       for (const auto& each : screen.accessibleElements()) {
-        if (each.id == screen.focused()) all += words(each.name).front() + used() + rest;
+        if (each.id == screen.focused()) all += words(each.name).front() + takeTrace() + rest;
       }
     }
     return all;
@@ -120,34 +124,37 @@ TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
   EXPECT_EQ(press({enter, down}), "Title! Title! ");
   EXPECT_EQ(press({tab, tab, backtab, space}), "Accept Reject Accept Acceptaccept ");
   EXPECT_EQ(press({escape, backtab, enter, tab}), "Acceptclose Close Closeclose Accept ");
-  EXPECT_EQ(press({backtab, backtab, enter}), "Close Manage Title ") << "a screen begins at its title";
-  EXPECT_EQ(press({escape}), "Title! ") << "this one cannot be closed";
-  EXPECT_EQ(press({tab, space, tab, tab, tab}), "Marketing Marketing Marketing A A ") << "past disabled ones";
-  EXPECT_EQ(press({backtab, enter, backtab, space}), "A Title Back Title ") << "to a vendor and back";
+  EXPECT_EQ(press({backtab, backtab, enter}), "Close Manage Title ") << "a new screen focuses its title";
+  EXPECT_EQ(press({escape}), "Title! ") << "this screen cannot be closed";
+  EXPECT_EQ(press({tab, space, tab, tab, tab}), "Marketing Marketing Marketing A A ")
+      << "skips disabled controls";
+  EXPECT_EQ(press({backtab, enter, backtab, space}), "A Title Back Title ") << "opens a vendor and goes back";
   EXPECT_EQ(press({backtab, backtab}), "Save B ");
   const Visual ring = screen.frame(at(0)).back();
   EXPECT_TRUE(std::holds_alternative<visual::FocusRing>(ring.content));
   screen.touch({{0, 0}});
-  EXPECT_NE(screen.frame(at(0)).back().part, ring.part) << "a finger shows where it is";
+  EXPECT_NE(screen.frame(at(0)).back().part, ring.part) << "a touch hides the focus ring";
 }
 
 class ScrollingTest : public HostingControllerTest {
  protected:
   double offset() { return 0 - find(screen, "button first").frame.y; }
 
-  const std::vector<AnyView> views{noting("first", 100, 50), box(100, 2900), noting("last", 100, 50)};
-  TestScreen screen{scroll(verticalStack({}, views)), {100, 300}};
+  const std::vector<AnyView> views{recordingButton("first", 100, 50), box(100, 2900),
+                                   recordingButton("last", 100, 50)};
+  TestScreen screen{scrollView(verticalStack({}, views)), {100, 300}};
 };
 
 TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
   screen.touch({{50, 250}, {50, 241}});
-  EXPECT_EQ(offset(), 0) << "too little to be a drag";
+  EXPECT_EQ(offset(), 0) << "too short for a drag";
   screen.touch({{50, 250}, {50, 230}, {50, 150}}, 500ms);
-  EXPECT_EQ(offset(), 80) << "what told the drag from a tap does not scroll";
-  EXPECT_FALSE(screen.isMoving()) << "it rested";
-  // 100 points in 40 ms are 2500 a second, which fall to their e^-2 a second: 1250 * (1 - e^-2t).
+  EXPECT_EQ(offset(), 80) << "the movement that turns a tap into a drag does not scroll";
+  EXPECT_FALSE(screen.isMoving()) << "the finger rested before it let go";
+  // The finger moves 100 points in 40 ms: 2500 points per second. After a second, e^-2 of the speed is left,
+  // so the fling scrolls by 1250 * (1 - e^-2t) in t seconds.
   screen.touch({{50, 250}, {50, 230}, {50, 150}});
-  screen.setOnNeedsFrame([] { ADD_FAILURE() << "a frame that is due is not asked for"; });
+  screen.setOnNeedsFrame([] { ADD_FAILURE() << "must not ask for a frame that is already due"; });
   const std::pair<int, double> table[] = {{140, 226.6}, {150, 246.9}, {540, 790.2}, {4540, 1250}};
   for (const auto& [time, distance] : table) {
     EXPECT_TRUE(screen.isMoving());
@@ -162,11 +169,11 @@ TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
   const double caught = offset();
   screen.touch({{50, 10}});
   screen.frame(at(500));
-  EXPECT_EQ(offset(), caught) << "a touch ends it";
+  EXPECT_EQ(offset(), caught) << "a touch ends the fling";
   screen.touch({{50, 100}, {50, 250}, {50, 290}});
   screen.frame(at(1000));
   screen.frame(at(1010));
-  EXPECT_FALSE(screen.isMoving()) << "there is nothing above";
+  EXPECT_FALSE(screen.isMoving()) << "there is nothing left to scroll";
 }
 
 TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
@@ -178,13 +185,14 @@ TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
     EXPECT_EQ(offset(), offsets[i]);
   }
   const Visual ring = screen.frame(at(0)).back();
-  EXPECT_EQ(ring.frame.intersection(*ring.clip), ring.frame) << "seen whole";
+  EXPECT_EQ(ring.frame.intersection(*ring.clip), ring.frame) << "the ring is fully visible";
   screen.scroll({50, 100}, 33);
-  screen.scroll({150, 100}, 33);  // beside what scrolls
+  screen.scroll({150, 100}, 33);  // beside the scrolling part, so it does nothing
   EXPECT_EQ(offset(), 33);
 }
 
-// Rendering asks the host for texts and prints lines on its printer; either may run an event loop.
+// Rendering gets texts from the host and prints lines with its printer. Either may run an event loop, whose
+// handlers call the controller.
 TEST_F(HostingControllerTest, IsAskedWhileItRenders) {
   HostingController* asked = nullptr;
   int renderings = 0;
@@ -192,7 +200,8 @@ TEST_F(HostingControllerTest, IsAskedWhileItRenders) {
     ++renderings;
     asked->touchBegan({1, 1}, {});
     asked->touchEnded({1, 1}, {});
-    EXPECT_TRUE(asked->frame({}).empty() && asked->covers({1, 1}) && asked->accessibleElements(true).empty());
+    EXPECT_TRUE(asked->frame({}).empty() && asked->covers({1, 1}) &&
+                asked->accessibleElements(Layout::Rows::all).empty());
     asked->setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, 1, {390, 844}, {}, {}, false});
     return text("Shown", {});
   });

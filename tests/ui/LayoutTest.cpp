@@ -1,4 +1,5 @@
-// Exact frames: every character of body text is 8.5 points wide and a line of it 22 high.
+// Checks exact frames. Every character of body text is 8.5 points wide, and every line of it is 22 points
+// high.
 
 #include "tests/ui/BannerTesting.h"
 
@@ -55,7 +56,7 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
             "box 0 0 200 100; box 150 64 20 10; ab 128 58 17 22");
 }
 
-// What scrolls ends in a hairline.
+// Scrolled content ends in a hairline, which is listed as a box.
 TEST(LayoutTest, PinsTheFooter) {
   const auto table = tableOf<4>("banner/footer.txt");
   for (const auto& [content, height, scale, expected] : table) {
@@ -64,11 +65,11 @@ TEST(LayoutTest, PinsTheFooter) {
   }
 }
 
-/// A window of 100 by 200 over lazy rows, every third of them 20 high, that can be switched.
+/// A window of 100 by 200 points with lazy rows. Every third row is 20 points high. Tapping a row switches
+/// it.
 struct Rows : TestScreen {
   Rows(std::size_t count, double height, double below = 0)
-      : TestScreen(TalvoConsentSDK::scroll(lazyRows(count, row(height)).padding({.bottom = below})),
-                   {100, 200}) {}
+      : TestScreen(scrollView(lazyRows(count, row(height)).padding({.bottom = below})), {100, 200}) {}
 
   static std::function<AnyView(std::size_t)> row(double height) {
     return [=](std::size_t index) {
@@ -82,7 +83,7 @@ struct Rows : TestScreen {
     };
   }
 
-  /// The first and the last row that is seen, after a key.
+  /// Presses a key, if there is one, and returns the first and the last visible row.
   std::string seen(std::optional<Key> key = {}) {
     if (key) press(*key);
     Texts lines = split(drawn(), ';');
@@ -97,17 +98,17 @@ TEST(LayoutTest, MakesOnlyTheRowsThatAreNear) {
   EXPECT_LE(rows.accessibleElements().size(), 22u);
   EXPECT_EQ(rows.seen(Key::end), "9990 9999");
   EXPECT_EQ(rows.seen(Key::up), "9988 9997");
-  const auto& all = rows.accessibleElements(true);
+  const auto& all = rows.accessibleElements(Layout::Rows::all);
   const auto revision = rows.accessibleRevision();
   ASSERT_EQ(all.size(), 10'000u);
   EXPECT_EQ(rows.seen(), "9988 9997");
   EXPECT_LE(rows.accessibleElements().size(), 34u);
   const auto* first = all.data();
-  EXPECT_EQ(rows.accessibleElements(true).data(), first) << "nothing has changed";
-  activate(*all[5'000].control);  // its row is gone, but not what it does
-  EXPECT_EQ(rows.accessibleElements(true).at(5'000).name, "5000on");
-  EXPECT_TRUE(rows.activate(rows.accessibleElements(true)[5'000].id));
-  EXPECT_EQ(rows.accessibleElements(true).at(5'000).name, "5000");
+  EXPECT_EQ(rows.accessibleElements(Layout::Rows::all).data(), first) << "nothing has changed";
+  performAction(*all[5'000].control);  // its row is gone, but the control still works
+  EXPECT_EQ(rows.accessibleElements(Layout::Rows::all).at(5'000).name, "5000on");
+  EXPECT_TRUE(rows.activate(rows.accessibleElements(Layout::Rows::all)[5'000].id));
+  EXPECT_EQ(rows.accessibleElements(Layout::Rows::all).at(5'000).name, "5000");
   EXPECT_GT(rows.accessibleRevision(), revision);
 }
 
@@ -118,7 +119,7 @@ TEST(LayoutTest, KeepsWhatRowsRememberAndLearnsTheirHeights) {
   rows.focus(last);
   EXPECT_EQ(rows.seen(Key::end), "295 299");
   EXPECT_ANY_THROW(find(rows, "button 3"));
-  EXPECT_EQ(rows.focused(), last) << "what has the focus stays, however far away";
+  EXPECT_EQ(rows.focused(), last) << "the focused row is kept, however far away it is";
   EXPECT_EQ(rows.seen(Key::home), "0 4");
   EXPECT_TRUE(find(rows, "button 3").name == "3on" && find(rows, "button 4").name == "4");
 }
@@ -127,14 +128,16 @@ TEST(LayoutTest, KeepsWhatIsSeenInPlaceWhileRowsAboveAreMeasured) {
   for (const double height : {50.0, 12.0}) {
     Rows rows(300, height, 30);
     rows.seen(Key::backtab);
-    EXPECT_LE(find(rows, "button 299").control->frame.bottom(), 188) << "the last row, from below";
+    EXPECT_LE(find(rows, "button 299").control->frame.bottom(), 188)
+        << "entered from below, the last row is scrolled into view";
     for (int i = 0; i < 100; ++i) {
-      // The row in the middle stays where it is through a scroll, a change of all rows, and measuring them.
+      // The row in the middle moves only by the key's 40 points, even if a row is switched and all are
+      // measured.
       const auto isBelow = [](const auto& each) { return each.control->frame.bottom() > 80; };
       const auto seen = *std::ranges::find_if(rows.accessibleElements(), isBelow);
       rows.press(Key::up);
       if (i % 10 == 0) tap(rows, "button " + seen.name);
-      if (i % 30 == 0) rows.accessibleElements(true);
+      if (i % 30 == 0) rows.accessibleElements(Layout::Rows::all);
       EXPECT_EQ(find(rows, "button " + seen.name).frame.y, seen.frame.y + 40) << i;
     }
   }

@@ -1,4 +1,4 @@
-// Whole screens as text, compared with the files in tests/golden/pictures.
+// Compares whole screens, as text, with the files in tests/golden/pictures.
 
 #include "testing/fakes/TextPicture.h"
 #include "tests/support/Golden.h"
@@ -15,8 +15,8 @@ const Services services = parsed<Services>(R"({"libraries":[
   "services":[{"id":"Acme","processingCompanyName":"Acme Ltd","processingCompanyLocation":"",
      "DTOProbableEmails":"dpo@acme.example","privacyPolicyURL":"acme.example/privacy"}]})");
 
-ConsentBannerView banner(const Customization& made) {
-  return {made, services, std::nullopt, parsed<BasicConsent>(R"({"marketing":["Acme"]})"), {}};
+ConsentBannerView banner(const Customization& site) {
+  return {site, services, std::nullopt, parsed<BasicConsent>(R"({"marketing":["Acme"]})"), {}};
 }
 
 void expectPicture(const std::string& name, const std::string& drawn) {

@@ -11,16 +11,16 @@ class RenderersTest : public BannerTest {
   AnyView render(const BannerCustomization::ComponentItem& item) {
     const auto button = [this](const std::string& id) { trace.push_back("button " + id); };
     const auto link = [this](const std::string& id) { trace.push_back("link " + id); };
-    return ComponentRendererFactory().render(item, made, texts, button, link);
+    return ComponentRendererFactory().render(item, site, texts, button, link);
   }
   AnyView render(const std::string& component) { return render(components(component).front()); }
 
-  BannerCustomization::BannerMessages& texts = made.messages.bannerMessages;
+  BannerCustomization::BannerMessages& texts = site.messages.bannerMessages;
 };
 
 TEST_F(RenderersTest, AreChosenByTheComponent) {
-  made.urls = URLs{{"dsrForm", "x"}};
-  made.resources.emplace().mainLogoUrl = "https://site.example/logo.png";
+  site.urls = URLs{{"dsrForm", "x"}};
+  site.resources.emplace().mainLogoUrl = "https://site.example/logo.png";
   const auto table = tableOf<3>("banner/components.txt");
   for (const auto& [component, shown, reported] : table) {
     TestScreen screen(render(component));
@@ -38,7 +38,7 @@ TEST_F(RenderersTest, AreChosenByTheComponent) {
   EXPECT_TRUE(render("bannerLogo").isEmpty());
   platform.application->version = {15, 0};
   EXPECT_FALSE(render("bannerLogo").isEmpty());
-  made.resources->mainLogoUrl = "no URL";
+  site.resources->mainLogoUrl = "no URL";
   EXPECT_TRUE(render("bannerLogo").isEmpty());
   EXPECT_TRUE(render(BannerCustomization::ComponentItem()).isEmpty());
   EXPECT_THAT(platform.printer->take(), IsEmpty());
@@ -47,14 +47,14 @@ TEST_F(RenderersTest, AreChosenByTheComponent) {
   EXPECT_FALSE(find(unbound, "switch M").isEnabled);
 }
 
-// The default texts are on the golden pictures.
+// The golden pictures check the default texts.
 TEST_F(RenderersTest, UseTheSitesTexts) {
-  made = customization("", "", R"(,"preferencesButton":"m","savePreference":"s","privacyPolicyURLText":"p",
+  site = customization("", "", R"(,"preferencesButton":"m","savePreference":"s","privacyPolicyURLText":"p",
       "cookiePolicyURLText":"c","TACURLText":"t","doNotSellURLText":"n","dsrURLText":"d",
       "necessaryTitle":"N","necessary":"n","statisticsTitle":"S","statistics":"s","preferencesTitle":"P",
       "preferences":"p","preferenceTitle":"x","marketingTitle":"M","marketing":"m","doNotSellLabelText":"D",
       "doNotSellDescription":"d")");
-  made.urls = URLs{{"privacyPolicy", "x"},
+  site.urls = URLs{{"privacyPolicy", "x"},
                    {"cookiePolicy", "x"},
                    {"termsAndConditions", "x"},
                    {"dsrForm", "x"},
@@ -66,7 +66,7 @@ TEST_F(RenderersTest, UseTheSitesTexts) {
     EXPECT_EQ(TestScreen(render(item)).list(), shown);
   }
   EXPECT_EQ(linkLabel("seeALL of-it", texts), "Seeall Of-it");
-  made.urls.reset();
+  site.urls.reset();
   EXPECT_EQ(TestScreen(render("links:privacyPolicy,doNotSellMyData")).list(), "link n");
   EXPECT_TRUE(render("links:privacyPolicy").isEmpty());
 }

@@ -7,28 +7,29 @@ namespace TalvoConsentSDK {
 namespace {
 
 std::string document() {
-  BannerCustomization made;
-  made.bannerType = "popup";
-  made.customization =
+  BannerCustomization customized;
+  customized.bannerType = "popup";
+  customized.customization =
       customization("buttons:acceptAll,rejectAll,preferences closeButton",
                     "tabs:statistics,marketing,doNotSell buttons:savePreferences,preferences",
                     R"(,"doNotSellLabelText":"Sell","savePreference":"Save","preferencesButton":"Manage")");
-  return written(made);
+  return written(customized);
 }
 
-// With texts of 40 KB, so often that together they have more than 4 MB, or so many items.
+// Returns a customization with 100 copies of an item whose texts have 40 KB each, more than 4 MB together. An
+// unknown item draws no text and is repeated 40,001 times.
 std::string documentWithMany(const std::string& item) {
   const std::string text(40'000, 'x');
-  BannerCustomization made;
-  made.customization =
+  BannerCustomization customized;
+  customized.customization =
       customization("", "", R"(,"doNotSellURLText":")" + text + R"(","statistics":")" + text + "\"");
-  for (std::string* each : {&made.customization->messages.bannerMessages.title,
-                            &made.customization->messages.bannerMessages.mainMessage,
-                            &made.customization->messages.bannerMessages.acceptButton})
+  for (std::string* each : {&customized.customization->messages.bannerMessages.title,
+                            &customized.customization->messages.bannerMessages.mainMessage,
+                            &customized.customization->messages.bannerMessages.acceptButton})
     *each = text;
-  made.customization->components->secondaryScreen->resize(item == "unknown" ? 40'001 : 100,
-                                                          components(item).front());
-  return written(made);
+  customized.customization->components->secondaryScreen->resize(item == "unknown" ? 40'001 : 100,
+                                                                components(item).front());
+  return written(customized);
 }
 
 const Texts documents{document(), written(catalogue("Marketing:A marketing:B statistics:S")), "{}"};
@@ -40,7 +41,7 @@ class ShowBannerTest : public ClientTest {
     for (const auto& window : platform.scene->windows()) window->finishAnimations();
   }
 
-  /// Each fetch will have its wrong replies in turn, then the right one; "500" is a failure.
+  /// Prepares the replies to each fetch: its wrong replies in turn, then the right one. "500" is a failure.
   void prepare(const std::array<Texts, 3>& wrong = {}) {
     for (std::size_t i = 0; i < 3; ++i) {
       for (const std::string& reply : wrong[i]) answer("GET", paths[i], reply == "500" ? 500 : 200, reply);
@@ -48,13 +49,13 @@ class ShowBannerTest : public ClientTest {
     }
   }
 
-  /// Answers the requests and what was called.
+  /// Shows a banner and returns the requests and what was called.
   std::string show(CookiesSDK& client) {
     newRequests();
-    const auto noting = [this](const char* what) { return [this, what] { note(what); }; };
-    client.showBanner(noting("accepted"), noting("rejected"), noting("managed"),
+    const auto recording = [this](const char* what) { return [this, what] { note(what); }; };
+    client.showBanner(recording("accepted"), recording("rejected"), recording("managed"),
                       [this](const Error& error) { note((reported = error)->what()); });
-    EXPECT_THAT(newRequests(), IsEmpty()) << "it returns at once";
+    EXPECT_THAT(newRequests(), IsEmpty()) << "showBanner returns before it fetches anything";
     platform.settle();
     return joined(newRequests()) + " " + joined(std::exchange(trace, {}));
   }
@@ -80,14 +81,14 @@ TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
   for (const auto& [before, taps, method, status, given, optedIn, sentId, storedId, called] : table) {
     platform.store->remove(prefix + "basicConsent.s").value();
     store("basicConsent", before);
-    EXPECT_EQ(show(*client), fetched + " ") << "nothing is kept from one banner to the next";
-    if (before == "none") store("basicConsent", R"({"id":"late"})");  // does not count
+    EXPECT_EQ(show(*client), fetched + " ") << "each banner fetches everything again";
+    if (before == "none") store("basicConsent", R"({"id":"late"})");  // too late: ignored
     for (const std::string& each : split(taps, ';')) EXPECT_TRUE(tap(*window()->controller, each)) << each;
     platform.mainActor->runAll();
-    EXPECT_THAT(newRequests(), IsEmpty()) << "not on the main actor";
+    EXPECT_THAT(newRequests(), IsEmpty()) << "requests are not sent on the main actor";
     platform.settle();
     EXPECT_EQ(joined(newRequests()), method.empty() ? "" : method + " cookie-consent/s for u");
-    EXPECT_EQ(joined(std::exchange(trace, {})), called) << "and no events";
+    EXPECT_EQ(joined(std::exchange(trace, {})), called) << "and no events are sent";
     const std::string held = before == "none" ? R"({"id":"late"})" : before;
     const std::string values = R"("preferences":)" + given;
     EXPECT_EQ(stored("basicConsent"), storedId == "-" ? held : "{" + values + storedId + optedIn + "}");
@@ -144,7 +145,7 @@ TEST_F(ShowBannerTest, GoesOnWhereSeamsOfTheHostThrow) {
   EXPECT_EQ(show(*created()), fetched + " ");
   for (const char* each : {"button Manage", "button Save"}) EXPECT_TRUE(tap(*window()->controller, each));
   platform.settle();
-  EXPECT_THAT(window()->fades, ElementsAre(300ms, 300ms)) << "shown, dismissed";
+  EXPECT_THAT(window()->fades, ElementsAre(300ms, 300ms)) << "fades in, then out";
   EXPECT_THAT(trace, ElementsAre("managed on main"));
 }
 
@@ -155,9 +156,9 @@ TEST_F(ShowBannerTest, ReadsTheInstanceAtTheCallAndNeedsNoClosures) {
   const auto client = created();
   client->showBanner({}, {}, {}, {});
   client->setLanguage("de");
-  store("basicConsent", "{}");  // in time: it is read by the task
+  store("basicConsent", "{}");  // early enough: the task has not read it yet
   platform.settle();
-  // The second screen comes first where there is a consent and the site asks for it.
+  // The banner starts with the second screen if there is a consent and the site asks for it.
   for (const char* each : {"button Manage", "button Save"}) EXPECT_TRUE(tap(*window()->controller, each));
   platform.settle();
   EXPECT_EQ(newRequests().back(), "PUT cookie-consent/s");
@@ -181,10 +182,10 @@ TEST_F(ShowBannerTest, ReleasesTheClosuresOnTheMainActor) {
   };
   showOne(nullptr);  // a fetch fails
   showOne("button Accept");
-  showOne(nullptr);  // is replaced
+  showOne(nullptr);  // the next banner replaces it
   showOne("button Close");
   platform.application->scenes.clear();
-  showOne(nullptr);
+  showOne(nullptr);  // is not shown, because there is no scene
   EXPECT_THAT(trace, ::testing::AllOf(SizeIs(5), Each("released on main")));
 }
 

@@ -1,4 +1,4 @@
-#include "adapters/qt/BrokenText.h"
+#include "adapters/qt/WrappedText.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
@@ -15,16 +15,16 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr double minShare = 2.0 / 3;     // of the font's size, for the sake of a long word
-constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts take no infinity
+constexpr double minShare = 2.0 / 3;     // of the font size; how far a text shrinks to avoid splitting a word
+constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts do not accept infinity
 
-// Lengths in UTF-16 units. Qt's time for one layout grows with the square of its length where no line can end
-// at a blank.
+// Lengths are in UTF-16 units. If a text has no blanks at which a line can end, the time that Qt takes for
+// one layout grows with the square of the text's length.
 constexpr qsizetype longText = 4096;
 constexpr qsizetype pieceLength = 1024;
-constexpr qsizetype maxPieceLength = 4 * pieceLength;  // where few lines can end
+constexpr qsizetype maxPieceLength = 4 * pieceLength;  // for a text with few possible line ends
 constexpr qsizetype maxContext = pieceLength / 4;
-constexpr int unsettledLines = 2;  // at the end of a piece: they may break otherwise with what follows
+constexpr int unsettledLines = 2;  // at a piece's end; the text that follows may change how they wrap
 constexpr qsizetype maxWordLength = 1000;
 constexpr double longestLine = 10'000;
 
@@ -41,7 +41,7 @@ QTextOption textOption(LayoutDirection direction, Qt::Alignment alignment) {
 
 }  // namespace
 
-double widestWord(const QString& text, const QFont& font) {
+double widestUnbreakableRun(const QString& text, const QFont& font) {
   const QFontMetricsF metrics(font);
   QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
   double widest = 0;
@@ -54,9 +54,9 @@ double widestWord(const QString& text, const QFont& font) {
   return std::ceil(widest);
 }
 
-// How the last few long texts are broken, since each is measured and then drawn, a part at a time. Windows
-// may draw on threads of their own.
-class BrokenText::Cache {
+// Caches the lines of the last few long texts, because each text is measured first and then drawn part by
+// part. Locked, because windows may draw on threads of their own.
+class WrappedText::Cache {
  public:
   using Key = std::tuple<qsizetype, std::size_t, std::size_t, QString, double, double, int>;
 
@@ -75,34 +75,35 @@ class BrokenText::Cache {
   }
 };
 
-BrokenText::BrokenText(std::string_view text, const Font& font, const TextSettings& settings, double width,
-                       Qt::Alignment alignment)
+WrappedText::WrappedText(std::string_view text, const Font& font, const TextSettings& settings, double width,
+                         Qt::Alignment alignment)
     : content_(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator)) {
   const LayoutDirection direction = dominantDirection(text);
   layout_.setTextOption(textOption(direction, alignment));
   layout_.setCacheEnabled(true);
-  const QFont usual = toQFont(font, settings);
+  const QFont fullSizeFont = toQFont(font, settings);
   const double lineHeight = font.lineHeight() * settings.scale;
-  const auto make = [&] { return broken(usual, lineHeight, width); };
+  const auto make = [&] { return wrap(fullSizeFont, lineHeight, width); };
   if (!isLong()) {
     lines_ = std::make_shared<const Lines>(make());
     return;
   }
-  lines_ = Cache::get({content_.size(), qHash(content_, 1), qHash(content_, 2), usual.key(), lineHeight,
-                       width, static_cast<int>(direction)},
+  lines_ = Cache::get({content_.size(), qHash(content_, 1), qHash(content_, 2), fullSizeFont.key(),
+                       lineHeight, width, static_cast<int>(direction)},
                       make);
 }
 
-bool BrokenText::isLong() const {
+bool WrappedText::isLong() const {
   return content_.size() > longText;
 }
 
-BrokenText::Lines BrokenText::broken(const QFont& font, double lineHeight, double width) const {
+WrappedText::Lines WrappedText::wrap(const QFont& font, double lineHeight, double width) const {
   Lines lines{font, lineHeight};
   breakLines(lines, width);
-  if (!lines.breaksAWord) return lines;
-  const double room = std::floor(width);  // drawn in a frame of whole points, it shrinks as much again
-  const double share = room / TalvoConsentSDK::widestWord(content_, lines.font);
+  if (!lines.splitsWord) return lines;
+  // Whole points, so that the text shrinks by the same amount when it is drawn in a frame of whole points.
+  const double room = std::floor(width);
+  const double share = room / widestUnbreakableRun(content_, lines.font);
   if (share < minShare || share >= 1) return lines;
   lines.font.setPixelSize(std::max(1, static_cast<int>(lines.font.pixelSize() * share)));
   lines.height *= share;
@@ -111,12 +112,12 @@ BrokenText::Lines BrokenText::broken(const QFont& font, double lineHeight, doubl
   return lines;
 }
 
-void BrokenText::breakLines(Lines& lines, double width) const {
+void WrappedText::breakLines(Lines& lines, double width) const {
   lines.width = std::min(width, isLong() ? longestLine : unlimited);
   lines.pieces.clear();
   lines.count = 0;
   lines.widest = lines.minWidth;
-  lines.breaksAWord = false;
+  lines.splitsWord = false;
   qsizetype layoutBegin = 0;
   for (qsizetype begin = 0;;) {
     const Piece piece = nextPiece(lines, begin, layoutBegin);
@@ -131,14 +132,14 @@ void BrokenText::breakLines(Lines& lines, double width) const {
       lines.widest = std::max(lines.widest, line.naturalTextWidth());
       if (piece.end - lineBegin <= maxContext) layoutBegin = std::min(layoutBegin, lineBegin);
     }
-    lines.breaksAWord = lines.breaksAWord || breaksAWord(piece, firstLine);
+    lines.splitsWord = lines.splitsWord || splitsWord(piece, firstLine);
     if (piece.end == content_.size()) return;
   }
 }
 
-// A piece that ends before the text does is laid out with two lines too many, which are left to the next
+// If the text continues after a piece, the piece is laid out with two extra lines, which belong to the next
 // piece.
-BrokenText::Piece BrokenText::nextPiece(const Lines& lines, qsizetype begin, qsizetype layoutBegin) const {
+WrappedText::Piece WrappedText::nextPiece(const Lines& lines, qsizetype begin, qsizetype layoutBegin) const {
   Piece piece{layoutBegin, content_.size(), begin, content_.size(), lines.count};
   if (!isLong()) return piece;
   for (qsizetype length = pieceLength;; length *= 2) {
@@ -148,7 +149,7 @@ BrokenText::Piece BrokenText::nextPiece(const Lines& lines, qsizetype begin, qsi
       --piece.layoutEnd;
     }
     int firstLine = layOut(lines, piece);
-    if (firstLine < 0) {  // the lines before are broken otherwise without what stands before them
+    if (firstLine < 0) {  // without the text before them, the lines before the piece wrap differently
       piece.layoutBegin = begin;
       firstLine = layOut(lines, piece);
     }
@@ -161,8 +162,8 @@ BrokenText::Piece BrokenText::nextPiece(const Lines& lines, qsizetype begin, qsi
   }
 }
 
-// Answers the index of the piece's first line in the layout, or -1 where no line begins there.
-int BrokenText::layOut(const Lines& lines, const Piece& piece) const {
+// Returns the index of the piece's first line in the layout, or -1 if no line begins where the piece does.
+int WrappedText::layOut(const Lines& lines, const Piece& piece) const {
   const bool isSameText = laidOut_.layoutBegin == piece.layoutBegin && laidOut_.layoutEnd == piece.layoutEnd;
   const bool isSameFont = layout_.font() == lines.font;
   if (isSameText && isSameFont && laidOutWidth_ == lines.width && laidOut_.begin == piece.begin) {
@@ -184,7 +185,7 @@ int BrokenText::layOut(const Lines& lines, const Piece& piece) const {
   return laidOutFirstLine_ = firstLine;
 }
 
-bool BrokenText::breaksAWord(const Piece& piece, int firstLine) const {
+bool WrappedText::splitsWord(const Piece& piece, int firstLine) const {
   QTextBoundaryFinder finder(QTextBoundaryFinder::Line, layout_.text());
   for (int i = firstLine; i + 1 < layout_.lineCount(); ++i) {
     const QTextLine line = layout_.lineAt(i);
@@ -196,10 +197,10 @@ bool BrokenText::breaksAWord(const Piece& piece, int firstLine) const {
   return false;
 }
 
-Size BrokenText::size() {
+Size WrappedText::size() {
   const int count = lines_->count;
   const double height = lines_->height * std::max(1, count);
-  // What leans out of a line's last letter counts when lines are broken, but not in a line's width.
+  // A last letter that leans out of its line counts when Qt wraps the line, but not in naturalTextWidth.
   if (isLong()) return {std::min(lines_->width, std::ceil(lines_->widest + lines_->height)), height};
   Lines lines = *lines_;
   double widest = std::ceil(lines.widest);
@@ -208,11 +209,11 @@ Size BrokenText::size() {
   return {widest, height};
 }
 
-void BrokenText::draw(QPainter& painter, const QColor& color, bool isUnderlined, double top,
-                      double bottom) const {
+void WrappedText::draw(QPainter& painter, const QColor& color, bool isUnderlined, double top,
+                       double bottom) const {
   painter.setPen(color);
   const QFontMetricsF metrics(lines_->font);
-  const double height = lines_->height;  // letters reach up to as far beyond their lines
+  const double height = lines_->height;  // letters extend beyond their line by at most as much
   for (auto piece = lines_->pieces.begin(); piece != lines_->pieces.end(); ++piece) {
     const bool isLast = std::next(piece) == lines_->pieces.end();
     const int end = isLast ? lines_->count : std::next(piece)->firstLine;
