@@ -58,12 +58,12 @@ struct Rect {
             std::max(0.0, std::min(bottom(), other.bottom()) - top)};
   }
 
-  /// With each edge moved outwards.
+  /// Returns the rectangle with each edge moved outwards.
   constexpr Rect grownBy(double distance) const {
     return {x - distance, y - distance, width + 2 * distance, height + 2 * distance};
   }
 
-  /// Grown about its centre to at least `least` in each direction.
+  /// Returns the rectangle grown around its centre to at least `least` in each direction.
   constexpr Rect grownTo(Size least) const {
     const double w = std::max(width, least.width);
     const double h = std::max(height, least.height);

@@ -17,12 +17,12 @@ constexpr std::string_view cutMark = "…";
 
 struct Character {
   char32_t code;
-  std::size_t length;  // in bytes; 0 when the bytes are no UTF-8
+  std::size_t length;  // in bytes; 0 if the bytes are not UTF-8
 };
 
 Character characterAt(std::string_view text) {
   const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  constexpr std::array<char32_t, 5> least = {0, 0, 0x80, 0x800, 0x10000};
+  constexpr std::array<char32_t, 5> minCode = {0, 0, 0x80, 0x800, 0x10000};  // by length
   const unsigned first = byte(0);
   if (first < 0x80) return {first, 1};
   const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
@@ -33,11 +33,11 @@ Character characterAt(std::string_view text) {
     code = code << 6U | (byte(at) & 0x3FU);
   }
   const bool isSurrogate = code >= 0xD800 && code < 0xE000;
-  if (code < least[length] || code > 0x10FFFF || isSurrogate) return {0, 0};
+  if (code < minCode[length] || code > 0x10FFFF || isSurrogate) return {0, 0};
   return {code, length};
 }
 
-// What would end a line somewhere, tell a terminal what to do, or reorder what stands around it.
+// Whether the character may end a line, control a terminal, or reorder the text around it.
 bool isControl(char32_t code) {
   return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
          (code >= 0x2066 && code <= 0x2069);
@@ -60,7 +60,7 @@ std::string visible(Character character, std::string_view text) {
 
 std::string oneLine(std::string_view text) {
   std::string line;
-  std::size_t cut = 0;  // where the mark still fits
+  std::size_t cut = 0;  // the length to cut the line to, so that the mark still fits
   while (!text.empty()) {
     const Character character = characterAt(text);
     line += visible(character, text);
@@ -78,7 +78,7 @@ void StandardOutput::print(std::string_view line) {
   std::string text(line);
   text += '\n';
   const std::scoped_lock guard(lock);
-  std::fflush(stdout);  // what the host has left there, so that the line has the buffer for itself
+  std::fflush(stdout);  // writes what the host has printed, so that the line has the buffer to itself
   std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
 }
@@ -86,7 +86,7 @@ void StandardOutput::print(std::string_view line) {
 void print(std::string_view line) noexcept {
   try {
     Platform::current().printer->print(oneLine(line));
-  } catch (...) {  // nobody is left to tell
+  } catch (...) {  // there is nowhere left to report this
   }
 }
 

@@ -4,7 +4,8 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// Lengths of what is not alphanumeric and what is, in turn, from U+0080 on.
+// The lengths of the ranges of characters from U+0080 on, the first not alphanumeric, the next alphanumeric,
+// and so on in turn. Each length is written in groups of 7 bits, the lowest first.
 constexpr unsigned char ranges[] = {
 #include "TalvoConsentSDK/platform/unicode/AlphanumericRanges.inc"
 };
