@@ -23,7 +23,8 @@ QString storeFile(const QString& chosen) {
          QStringLiteral("/consent.sqlite");
 }
 
-// Work for the GUI thread that is dropped when `object` has gone by then.
+// Returns a function that posts work to the GUI thread. The work is dropped if `object` is destroyed before
+// it runs.
 template <class Object>
 std::function<void(std::function<void(Object&)>)> later(Object* object) {
   return [guard = QPointer<Object>(object),
@@ -46,7 +47,7 @@ ConsentSdk::~ConsentSdk() {
   for (const auto& [event, listener] : listeners_) sdk_->removeEventListener(event, listener);
 }
 
-// The QML engine calls it, which nothing may be thrown through.
+// Called by the QML engine, which exceptions must not pass through.
 void ConsentSdk::componentComplete() try {
   if (!Platform::isInstalled()) {
     QtOptions options;
@@ -56,14 +57,15 @@ void ConsentSdk::componentComplete() try {
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());
-  if (!sdk_) throw std::logic_error("The ConsentSdk is complete too early: the client is being created");
+  if (!sdk_)
+    throw std::logic_error("The ConsentSdk was completed too early: the client is still being created");
   if (hasLanguage_) sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
     const QString name = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
-    const auto tell = [run = later(this), name] {
+    const auto raise = [run = later(this), name] {
       run([name](ConsentSdk& self) { emit self.eventRaised(name); });
     };
-    const auto listener = std::make_shared<ConsentEventClosureCallback>(tell, [] {});
+    const auto listener = std::make_shared<ConsentEventClosureCallback>(raise, [] {});
     sdk_->addEventListener(event, listener);
     listeners_[event] = listener;
   }
