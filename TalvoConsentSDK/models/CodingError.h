@@ -18,8 +18,7 @@ class CodingError : public std::exception {
     keyNotFound,    // a required key is missing
     valueNotFound,  // null where a value is required
     typeMismatch,   // a JSON type other than the expected one
-    dataCorrupted,  // not JSON, a value that its type does not allow, or values too large for the document's
-                    // length
+    dataCorrupted,  // not JSON, a value that its type does not allow, or values that take too much memory
     invalidValue,   // (writing) NaN, infinity, or text that is not UTF-8
   };
 
