@@ -112,7 +112,8 @@ TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** j
 TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                                     talvo_reply_callback callback, void* user_data);
 
-/* Tie the consent to a user, and untie it. TALVO_IDENTIFICATION_COMPLETE is raised once it is tied. */
+/* Tie the consent to a user, and untie it. TALVO_IDENTIFICATION_COMPLETE is raised when the first has ended.
+ */
 TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id);
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);
 
@@ -144,8 +145,7 @@ TALVO_API talvo_status talvo_cookies_add_listener(talvo_cookies* client, talvo_e
 TALVO_API talvo_status talvo_cookies_remove_listeners(talvo_cookies* client, talvo_event event);
 TALVO_API talvo_status talvo_cookies_remove_all_listeners(talvo_cookies* client);
 
-/* Returns the process's client, creating it on the first call. `token` and `api_url` may be null. Any thread.
- */
+/* Returns the process's client; the first call creates it. `token` and `api_url` may be null. Any thread. */
 TALVO_API talvo_topics* talvo_topics_get(const char* tenant_id, const char* collection_point_id,
                                          const char* token, const char* api_url);
 
