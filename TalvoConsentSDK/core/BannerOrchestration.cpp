@@ -32,8 +32,8 @@ struct HostClosures {
   }
 };
 
-/// One showBanner call: what it copied from the instance, the host's closures, and what the banner is made
-/// from, which is the documents, fetched unless they were cached, and the stored consent.
+/// The data of one showBanner call: copies from the instance, the host's closures, the documents that the
+/// banner is made from, which are fetched unless they were cached, and the stored consent.
 struct BannerRequest {
   SitePointer site;
   std::optional<BannerCustomization> document;

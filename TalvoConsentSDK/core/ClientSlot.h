@@ -19,8 +19,7 @@ class ClientSlot {
     return slot;
   }
 
-  /// Returns the client, calling `make` if there is none yet. Returns null when `make` itself gets here again
-  /// on the same thread.
+  /// Returns the client, calling `make` if there is none yet. Returns null if `make` calls this function.
   template <class Make>
   std::shared_ptr<Client> create(Make make) {
     const std::scoped_lock guard(lock_);

@@ -68,7 +68,7 @@ ConsentLedger::Decision ConsentLedger::beginDecision() {
 
 void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& consent) {
   const Turn turn(*this);
-  if (!turn) print("⚠️ Failed to save consent to UserDefaults: The store is being used");
+  if (!turn) print("⚠️ Failed to save consent to UserDefaults: The store is in use");
   bool isUsersOwn = false;
   const Applied applied =
       applyPending(turn, [&](KeptValues& kept) { isUsersOwn = applyDecision(kept, decision, consent); });

@@ -51,9 +51,8 @@ class ConsentLedger {
 
   /// Stores a decision that the service has accepted, with these exceptions:
   /// - If its user is no longer identified, the decision is not stored.
-  /// - If nobody was identified when it was made but a user is now, it is set aside as the original consent;
-  /// the
-  ///   user inherits it unless they have a consent of their own.
+  /// - If nobody was identified when it was made, but a user is now, it is set aside as the original consent.
+  ///   The user inherits it unless they have a consent of their own.
   /// - If the store or the printer makes this call from inside another operation, the decision is not stored.
   void fileDecision(const Decision& decision, const BasicConsent& consent);
 
@@ -118,15 +117,14 @@ class ConsentLedger {
 
   const std::shared_ptr<ConsentStorage> storage_;
 
-  std::recursive_timed_mutex
-      storeLock_;              // held while the store is used, which may block and may call the ledger
+  // Held while the store is used, which may block and may call the ledger.
+  std::recursive_timed_mutex storeLock_;
   bool isStoreInUse_ = false;  // guarded by storeLock_
 
-  std::mutex lock_;              // guards the members below; held only briefly
-  IdentityChange pending_;       // not written yet
-  IdentityChange beingWritten_;  // being written by the thread that uses the store
-  bool mayNeedRestoring_ =
-      true;  // an original consent may be stored that could not be restored, or not be read
+  std::mutex lock_;               // guards the members below; held only briefly
+  IdentityChange pending_;        // not written yet
+  IdentityChange beingWritten_;   // being written by the thread that uses the store
+  bool mayNeedRestoring_ = true;  // an original may still have to be restored
   KeptUser user_;
   KeptConsent initialConsent_;    // the consent as it was when the identity last changed
   std::optional<Data> implicit_;  // the data of an implicit consent stored since

@@ -76,8 +76,8 @@ class CookiesSDK {
   /// the user inherits it unless they have decided.
   void submitConsent(const BasicConsent& consent, Completion completion);
 
-  /// The same as a task, which returns the answer or throws an Error. What is sent, and for whom, is settled
-  /// by this call; it is sent when the task is awaited. The awaiter resumes on its own executor, or in the
+  /// The same as a task, which returns the answer or throws an Error. This call fixes what is sent and for
+  /// whom; the request is sent when the task is awaited. The awaiter resumes on its own executor, or in the
   /// background if it has none. Once awaited, the submission cannot be stopped by dropping the task or
   /// destroying the awaiter.
   Task<ConsentResponse> submitConsent(const BasicConsent& consent);
@@ -96,12 +96,11 @@ class CookiesSDK {
   /// Fetches what the banner needs and shows it above the host's windows; returns at once. If the host has no
   /// window in the foreground, nothing is shown and no closure is called. Each closure is called on the main
   /// actor:
-  /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision, and it has been stored on the
-  /// device. It
-  ///   is not stored if the store failed, which prints a line, or if its user is no longer identified;
-  /// - `onManagePreferences`: the same for preferences chosen on the banner; or the person asked for
-  /// preferences that
-  ///   the host is to show;
+  /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision, and the device has stored it. The
+  ///   device does not store it if its store fails, which prints a line, or if the user it belongs to is no
+  ///   longer identified;
+  /// - `onManagePreferences`: the same for preferences chosen on the banner; or the user asked for
+  ///   preferences that the host is to show;
   /// - `onError`: the banner could not be shown, or a decision could not be submitted. Nothing was stored.
   /// Closing the banner stores nothing and calls no closure. A decision raises no event. It belongs to
   /// whoever was identified when the host asked for the banner, under the rules of `submitConsent`.

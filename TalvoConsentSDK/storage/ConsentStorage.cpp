@@ -25,7 +25,7 @@ bool succeeded(const Result<T>& result, const char* failure) {
   return result.has_value();
 }
 
-// Runs an operation on the host's store. If it throws, it has failed.
+// Runs an operation on the host's store. If it throws, returns the exception as an Error.
 template <class Operation>
 auto attempt(const Operation& operation) -> decltype(operation()) {
   try {

@@ -12,8 +12,8 @@
 
 namespace TalvoConsentSDK {
 
-/// A consent and the data it is stored as. Damaged data has no consent. A consent that was not read from the
-/// store has no data until it is saved.
+/// A consent and the data it is stored as. Data that cannot be decoded has no consent. A consent that was not
+/// read from the store has no data until it is saved.
 struct KeptConsent {
   std::optional<BasicConsent> value;
   std::optional<Data> data;
