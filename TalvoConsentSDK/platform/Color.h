@@ -26,7 +26,7 @@ struct Color {
 /// after it are ignored if Unicode classes them as neither letter, mark nor number, such as a number sign or
 /// a no-break space. A text of any other length is opaque black. The length counts characters, including
 /// those outside ASCII, which are never digits, and a leading "0x", which is skipped. Digits are read up to
-/// the first character that is none.
+/// the first other character.
 TALVO_EXPORT Color colorFromText(std::string_view text);
 
 /// Whether `text` has one of these lengths and consists of digits only. `colorFromText` makes a colour of

@@ -1,6 +1,6 @@
 #pragma once
 
-// Errors as values. An Error is cheap to copy and never empty; hosts get at its cause with `as`.
+// Errors as values. An Error is cheap to copy and never empty; hosts look at its cause with `as`.
 
 #include <concepts>
 #include <exception>

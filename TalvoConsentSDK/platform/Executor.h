@@ -24,9 +24,9 @@ class Executor {
 
 namespace detail {
 
-/// Posts a job that must run. If the executor throws instead of taking the job, it runs on the calling
-/// thread. The job runs once, and its captures are released on the thread where it ran. If it throws, the
-/// exception is caught.
+/// Posts a job that must run. If the executor throws instead of taking the job, runs it on the calling
+/// thread. The job runs once, and its captures are released on the thread where it ran. If the job throws,
+/// the exception is caught.
 TALVO_EXPORT void postOrRun(const std::shared_ptr<Executor>& executor, std::function<void()> job) noexcept;
 
 }  // namespace detail

@@ -41,8 +41,9 @@ struct Platform {
 
   /// Fills `platform` in and makes it the process's platform. A client keeps the session, the store and the
   /// executors that were installed when it was created. A client created before the first `install` gets the
-  /// first ones to be installed, and does now what it would have done at its creation. Of application,
-  /// localization and printer, the latest installed are used. Safe from any thread.
+  /// first ones to be installed, and does now what it would have done at its creation. The
+  /// application, the localization and the printer in use are always the latest installed. Safe from any
+  /// thread.
   static void install(Platform platform);
 
   /// Whether there has been an `install`.

@@ -22,7 +22,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
-/// it on any thread. Only the first call counts; if `start` throws, that counts only before the first call. A
+/// it on any thread. Only the first call counts; an exception from `start` counts only before that. A
 /// task resumes on its executor. Any other coroutine resumes on the callback's thread, or goes on at once on
 /// its own thread if the callback was called before `start` returned. The coroutine may be destroyed while it
 /// waits, under the same condition as one that awaits a task.

@@ -82,7 +82,7 @@ std::shared_ptr<Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
 
 /// A lazy operation that returns a `T` or throws. It starts when it is awaited, at most once; if it is
 /// dropped before that, the work is never done. Once started it runs to its end, even if the coroutine that
-/// awaits it is destroyed. That coroutine may be destroyed on the thread on which it would resume. If an
+/// awaits it is destroyed. That coroutine may only be destroyed on the thread on which it would resume. If an
 /// executor throws instead of taking a job, the wait ends with that exception, on the thread that called the
 /// executor. Movable, not copyable.
 template <class T>

@@ -21,7 +21,7 @@ void runOnce(URLSession& session, URLRequest request, URLSession::Completion com
     URLSession::Completion completion;
     std::atomic<bool> hasArrived = false;
 
-    void arrive(Result<URLResponse> outcome) {
+    void deliver(Result<URLResponse> outcome) {
       if (hasArrived.exchange(true)) return;
       const auto taken = std::move(completion);
       taken(std::move(outcome));
@@ -31,9 +31,9 @@ void runOnce(URLSession& session, URLRequest request, URLSession::Completion com
   report->completion = std::move(completion);
   try {
     session.run(std::move(request),
-                [report](Result<URLResponse> outcome) { report->arrive(std::move(outcome)); });
+                [report](Result<URLResponse> outcome) { report->deliver(std::move(outcome)); });
   } catch (...) {
-    report->arrive(Error::current());
+    report->deliver(Error::current());
   }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The seam for the values stored on the device: small ones, under string keys.
+// The seam for what is stored on the device: small values under string keys.
 
 #include <optional>
 #include <string>

@@ -43,8 +43,8 @@ class Share {
   T* object_;
 };
 
-/// One wait of one coroutine. The coroutine may be destroyed while it waits, on the thread on which it would
-/// resume; it is then not resumed. The wait starts with one reference; releasing the last one calls
+/// One wait of one coroutine. The coroutine may be destroyed while it waits, but only on the thread on which
+/// it would resume; it is then not resumed. The wait starts with one reference; releasing the last one calls
 /// `destroy`. There are no virtual functions, because each type of task would then carry a table and its
 /// type's name.
 class TALVO_EXPORT Wait {
