@@ -15,7 +15,7 @@ namespace {
 
 constexpr Size screenSize{320, 568};
 constexpr double textScale = 2;
-// How much narrower than its word a frame may be that was made for the word, in points.
+// Tolerance in points: because of rounding, a frame made for a word may be this much narrower than the word.
 constexpr double rounding = 1;
 
 // Returns the customization without the components that are not drawn, so that drawing prints no line about

@@ -28,7 +28,7 @@ TALVO_EXPORT Result<std::string> encode(const void* value, const Coding& coding)
 
 /// Reads records. Stateless; safe from any thread. Skips a byte order mark before the document. Rejects a
 /// document as a whole, with a `CodingError`, if it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels
-/// deep, not counting an empty one inside these, with numbers within 64-bit integers or doubles), if a value
+/// deep, not counting an empty innermost one, with numbers within 64-bit integers or doubles), if a value
 /// does not fit its field, or if its values take more memory than 16 MB plus 8 times the document's length.
 class JSONDecoder {
  public:

@@ -50,7 +50,7 @@ class Path {
   std::size_t index_ = 0;
 };
 
-/// Throws a CodingError: `found` stands where `type` is required.
+/// Throws the CodingError for a value of type `found` where `type` is required.
 [[noreturn]] void refuse(Type type, Type found, const Path& path);
 
 inline void require(Type type, const Node& node, const Path& path) {

@@ -20,7 +20,7 @@ inline constexpr int maxDepth = 256;
 /// The type's name in error texts.
 std::string_view name(Type type);
 
-// A handle of the parser's, as opaque bytes: two words.
+// One of the parser's handles, kept as two opaque words.
 using Handle = std::array<std::uintptr_t, 2>;
 
 /// One value of a document: a plain handle and its type, valid as long as its Document exists. Each accessor

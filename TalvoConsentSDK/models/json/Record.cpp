@@ -11,9 +11,9 @@ namespace TalvoConsentSDK::json {
 
 namespace {
 
-// Returns the index of the field with this key, or the number of fields if there is none. Tries field number
-// `first` first: the one after the last field found, because documents are mostly in the order in which
-// fields are written.
+// Returns the index of the field with this key, or the number of fields if there is none. Starts at `first`,
+// the field after the last one found, because documents mostly list fields in the order in which they are
+// written.
 std::size_t indexOf(std::string_view key, std::span<const Field> fields, std::size_t first) {
   for (std::size_t i = first; i < fields.size(); ++i) {
     if (fields[i].key == key) return i;
