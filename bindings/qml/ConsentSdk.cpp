@@ -26,7 +26,7 @@ QString storeFile(const QString& chosen) {
 // Returns a function that posts work to the GUI thread. The work is dropped if `object` is destroyed before
 // it runs.
 template <class Object>
-std::function<void(std::function<void(Object&)>)> later(Object* object) {
+std::function<void(std::function<void(Object&)>)> onGuiThread(Object* object) {
   return [guard = QPointer<Object>(object),
           mainActor = Platform::current().mainActor](std::function<void(Object&)> work) {
     mainActor->post([guard, work = std::move(work)] {
@@ -62,7 +62,7 @@ void ConsentSdk::componentComplete() try {
   if (hasLanguage_) sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
     const QString name = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
-    const auto raise = [run = later(this), name] {
+    const auto raise = [run = onGuiThread(this), name] {
       run([name](ConsentSdk& self) { emit self.eventRaised(name); });
     };
     const auto listener = std::make_shared<ConsentEventClosureCallback>(raise, [] {});
@@ -93,7 +93,7 @@ QVariant ConsentSdk::consent() const {
 
 void ConsentSdk::showBanner() {
   if (!sdk()) return;
-  sdk_->showBanner({}, {}, {}, [run = later(this)](const Error& error) {
+  sdk_->showBanner({}, {}, {}, [run = onGuiThread(this)](const Error& error) {
     run([error](ConsentSdk& self) { self.report(error); });
   });
 }
@@ -114,7 +114,7 @@ void ConsentSdk::submit(const QByteArray& json) {
   if (!sdk()) return;
   const auto consent = JSONDecoder().decode<BasicConsent>(json.toStdString());
   if (!consent) return report(consent.error());
-  sdk_->submitConsent(*consent, [run = later(this)](const Result<ConsentResponse>& result) {
+  sdk_->submitConsent(*consent, [run = onGuiThread(this)](const Result<ConsentResponse>& result) {
     if (!result) run([error = result.error()](ConsentSdk& self) { self.report(error); });
   });
 }
