@@ -33,9 +33,8 @@ class ConsentLedger {
   /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
 
-  /// The person who uses the app: an identified user, or nobody in particular. While the store cannot be
-  /// read, the user is unknown, and stands for whichever user is found in the store later, unless somebody
-  /// logs in or out first.
+  /// The person who uses the app, identified or not. While the store cannot be read, the user is unknown, and
+  /// stands for whichever user is found in the store later, unless a login or logout comes first.
   struct Person {
     KeptUser user;
     std::uint64_t identity = 0;  // how often the identity had changed before
