@@ -1,6 +1,7 @@
 #pragma once
 
-// Everything a host needs: both clients, the records they exchange, and the platform to install.
+// Includes everything that a host needs: both clients, the records they exchange, and the platform to
+// install.
 
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"

@@ -1,5 +1,5 @@
-# The CMake package, and the Debian packages that CPack makes: the shared libraries, what is needed to build with
-# them, and the programs.
+# Makes the CMake package, and has CPack make the Debian packages: one for the shared libraries, one for what is needed
+# to build with them, and one for the programs.
 
 include(CMakePackageConfigHelpers)
 
@@ -54,7 +54,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VE
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME talvo-consent-service)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "qt6-base-dev, qt6-declarative-dev")
-if(TALVO_IS_STATIC)  # there is nothing to run, and everything to link
+if(TALVO_IS_STATIC)  # there are no shared libraries, and hosts link all dependencies themselves
   list(REMOVE_ITEM CPACK_COMPONENTS_ALL runtime)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libsimdjson-dev, liburiparser-dev, libcurl4-openssl-dev, libssl-dev, libsqlite3-dev")

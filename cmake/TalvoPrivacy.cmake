@@ -1,20 +1,20 @@
-# The privacy manifests that Apple's systems ask for: which of the calls that need a reason a library makes, and which
-# data it collects. scripts/check-privacy compares them with what the libraries call.
+# Writes the privacy manifests that Apple's systems require. A manifest lists those of a library's calls that need a
+# reason, and the data that it collects. scripts/check-privacy compares the manifests with what the libraries call.
 
-# Why a category's calls are made, in Apple's codes.
+# The reason for the calls of each category, as one of Apple's codes.
 set(talvo_reason_FileTimestamp C617.1)   # metadata of files in the app's own folders
 set(talvo_reason_SystemBootTime 35F9.1)  # the time between events within the app, and timers
 set(talvo_reason_DiskSpace E174.1)       # whether there is room for a file to write
 set(talvo_reason_UserDefaults CA92.1)    # values that only the app itself reads and writes
 
-# talvo_privacy_manifest(FILE ACCESSES categories... COLLECTS data types...): writes a library's manifest. All that is
-# collected goes to the app's own consent service, belongs to the app's user, and is not used to track them.
+# talvo_privacy_manifest(FILE ACCESSES categories... COLLECTS data types...): writes a library's manifest. All collected
+# data goes to the app's own consent service, is linked to the app's user, and is not used to track them.
 function(talvo_privacy_manifest file)
   cmake_parse_arguments(PARSE_ARGV 1 PRIVACY "" "" "ACCESSES;COLLECTS")
   set(accessed "")
   foreach(category IN LISTS PRIVACY_ACCESSES)
     if(NOT talvo_reason_${category})
-      message(FATAL_ERROR "There is no reason for calls of ${category}")
+      message(FATAL_ERROR "No reason is known for calls of the category ${category}")
     endif()
     string(APPEND accessed "
     <dict>

@@ -1,11 +1,11 @@
-# How the project's own targets are built: include paths from the root, and warnings as errors when this is the
-# project being developed rather than a dependency of another.
+# Sets how the project's own targets are built: with include paths from the root, and with warnings as errors if this is
+# the project being developed rather than a dependency of another one.
 
 include(GNUInstallDirs)
 include(TalvoPrivacy)
 
-# The tree is installed as it is, below a folder of its own: `#include "adapters/qt/QtPlatform.h"` reads the same
-# in this tree and in a host, and two major versions can stand side by side.
+# Headers are installed with the folders of this tree, below a folder of their own, so that two major versions can be
+# installed at once. `#include "adapters/qt/QtPlatform.h"` is the same in this tree and in a host.
 set(TALVO_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/TalvoConsentSDK-${PROJECT_VERSION_MAJOR})
 set(TALVO_INSTALL_PRIVACYDIR ${CMAKE_INSTALL_DATADIR}/TalvoConsentSDK-${PROJECT_VERSION_MAJOR}/privacy)
 set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
@@ -13,13 +13,14 @@ set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 if(BUILD_SHARED_LIBS)
   include(CheckLinkerFlag)
   check_linker_flag(CXX LINKER:-z,pack-relative-relocs TALVO_LINKER_PACKS_RELOCATIONS)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # clang's own linker writes code that is the same but once
+  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # clang's own linker can merge identical code
     check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=safe" TALVO_LINKER_FOLDS_CODE)
   endif()
 
-  # TALVO_OPTIMIZES_WHOLE_LIBRARIES must not depend on what happens to be installed besides compiler and linker.
+  # TALVO_OPTIMIZES_WHOLE_LIBRARIES must depend on nothing but the compiler and the linker, whatever else is installed.
   if(TALVO_LINKER_FOLDS_CODE)
-    # This linker reads clang's objects by itself, in any archive: no LLVM tool for archives and no plugin is needed.
+    # This linker reads clang's objects without help, in any archive, so that neither LLVM's archive tools nor a plugin
+    # are needed.
     check_linker_flag(CXX "-flto;-fuse-ld=lld" TALVO_LINKER_OPTIMIZES)
     set(optimizes ${TALVO_LINKER_OPTIMIZES})
     set(reason "${CMAKE_CXX_COMPILER} cannot link with -flto and lld")
@@ -35,10 +36,10 @@ if(BUILD_SHARED_LIBS)
     endif()
   endif()
   if(NOT optimizes)
-    message(NOTICE "TalvoConsentSDK: without whole-library optimisation, a quarter larger: ${reason}")
+    message(NOTICE "TalvoConsentSDK: built without whole-library optimisation, and a quarter larger: ${reason}")
   endif()
   set(TALVO_OPTIMIZES_WHOLE_LIBRARIES ${optimizes} CACHE INTERNAL "Whether shared libraries are optimised as a whole")
-  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # whole, not thin: that makes the smallest libraries
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # full instead of thin optimisation makes the smallest libraries
     set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto)
     set(CMAKE_CXX_LINK_OPTIONS_IPO -flto)
   endif()
@@ -49,23 +50,23 @@ function(talvo_configure target)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
-      # GCC 12 sees these two in optimised code where nothing is wrong.
+      # GCC 12 gives these two warnings for correct code when it optimises.
       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-restrict>)
   endif()
 endfunction()
 
-# talvo_add_library(NAME ALIAS SOURCES...): a library, also known as TalvoConsentSDK::ALIAS. It shows only what its
-# public headers export.
+# talvo_add_library(NAME ALIAS SOURCES...): adds a library with the alias TalvoConsentSDK::ALIAS. It exports only what
+# its public headers mark.
 function(talvo_add_library target alias)
   add_library(${target} ${ARGN})
   add_library(TalvoConsentSDK::${alias} ALIAS ${target})
   talvo_configure(${target})
-  target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)  # hosts may leave out what they do not use
+  target_compile_options(${target} PRIVATE -ffunction-sections -fdata-sections)  # hosts can drop unused code
   target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${TALVO_INSTALL_INCLUDEDIR}>)
   set_target_properties(${target} PROPERTIES
     DEFINE_SYMBOL ""
     EXPORT_NAME ${alias}
-    INSTALL_RPATH "$ORIGIN"  # the libraries find each other wherever they are
+    INSTALL_RPATH "$ORIGIN"  # so that the libraries find each other in any folder
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     VERSION ${PROJECT_VERSION}
@@ -77,7 +78,7 @@ function(talvo_add_library target alias)
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
         LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
-        # What phones' stores ask for; scripts/check-libraries looks at the result. Pages may have 16 KB there.
+        # App stores require these; scripts/check-libraries checks the result. Phones may have memory pages of 16 KB.
         LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>
         $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>
@@ -86,8 +87,8 @@ function(talvo_add_library target alias)
   endif()
 endfunction()
 
-# talvo_precompile(NAME): reads what most sources include once, while the library itself is developed. Release builds
-# do without, and so find a source that does not include what it uses.
+# talvo_precompile(NAME): precompiles the headers that most sources include, in debug builds of this project. Release
+# builds do without, and so detect a source that does not include what it uses.
 function(talvo_precompile target)
   if(PROJECT_IS_TOP_LEVEL AND CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_precompile_headers(${target} PRIVATE <algorithm> <chrono> <functional> <map> <memory> <mutex> <optional>
@@ -96,8 +97,8 @@ function(talvo_precompile target)
 endfunction()
 
 # talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
-#               [DESCRIPTION text] [ACCESSES categories...] [COLLECTS data types...]): installs a library, those of its
-# headers that are public, its part of the CMake package, its pkg-config file and its privacy manifest.
+#               [DESCRIPTION text] [ACCESSES categories...] [COLLECTS data types...]): installs a library, its public
+# headers, its part of the CMake package, its pkg-config file and its privacy manifest.
 function(talvo_install target component)
   cmake_parse_arguments(PARSE_ARGV 2 PART "" "DESCRIPTION" "HEADERS;REQUIRES;REQUIRES_PRIVATE;ACCESSES;COLLECTS")
   if(NOT TALVO_INSTALL)
@@ -121,12 +122,12 @@ function(talvo_install target component)
   string(JOIN ", " requires_private ${PART_REQUIRES_PRIVATE})
   set(name ${target})
   get_target_property(type ${target} TYPE)
-  # Hosts of a static library have to link what it uses themselves.
+  # A host of a static library must link the library's dependencies itself.
   if(type STREQUAL "STATIC_LIBRARY" AND requires_private)
     string(JOIN ", " requires ${requires} ${requires_private})
     set(requires_private "")
   endif()
-  # Packages are unpacked elsewhere than the prefix that was configured.
+  # The path is relative because packages may be unpacked in another place than the configured prefix.
   file(RELATIVE_PATH prefix_from_here ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc

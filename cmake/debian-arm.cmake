@@ -1,6 +1,6 @@
 # Cross-builds for ARM with Debian's compiler. TALVO_TARGET is aarch64-linux-gnu (64 bits) or arm-linux-gnueabihf
-# (32 bits, hard float). TALVO_SYSROOT is a folder with the ARM packages unpacked in it, as scripts/test-arm makes one;
-# C and C++ themselves come with the compiler.
+# (32 bits, hard float). TALVO_SYSROOT is a folder with the unpacked ARM packages, such as scripts/test-arm makes. The
+# standard libraries of C and C++ come with the compiler.
 set(CMAKE_SYSTEM_NAME Linux)
 string(REGEX REPLACE "-.*" "" CMAKE_SYSTEM_PROCESSOR "${TALVO_TARGET}")
 set(CMAKE_C_COMPILER ${TALVO_TARGET}-gcc)
@@ -17,7 +17,7 @@ set(libraries ${TALVO_SYSROOT}/usr/lib/${TALVO_TARGET})
 set(ENV{PKG_CONFIG_LIBDIR} ${libraries}/pkgconfig:${TALVO_SYSROOT}/usr/share/pkgconfig)
 set(ENV{PKG_CONFIG_SYSROOT_DIR} ${TALVO_SYSROOT})
 
-# Without GCC's notes on what it passed otherwise before version 7.
+# -Wno-psabi silences GCC's notes about arguments that it passed differently before version 7.
 set(CMAKE_CXX_FLAGS_INIT "-isystem ${TALVO_SYSROOT}/usr/include/${TALVO_TARGET} -Wno-psabi")
 set(link_flags "-L${libraries} -Wl,-rpath-link,${libraries}:${TALVO_SYSROOT}/lib/${TALVO_TARGET}")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${link_flags}")

@@ -1,6 +1,6 @@
 #pragma once
 
-// Case that does not depend on a locale.
+// Lower case, independent of the locale.
 
 #include <algorithm>
 #include <string>
@@ -10,7 +10,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The character, or the text, with the letters A to Z in lower case and all else as it is.
+/// Returns the character or text with the letters A to Z in lower case and everything else unchanged.
 constexpr char lowercased(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }

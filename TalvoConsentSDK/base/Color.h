@@ -1,6 +1,6 @@
 #pragma once
 
-// An sRGB colour, and the rule that reads one from a customization's text.
+// An sRGB colour, and how it is read from a customization's text.
 
 #include <string_view>
 
@@ -22,13 +22,15 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// Reads hexadecimal colour text: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first), with anything
-/// before and after it that Unicode calls neither letter, mark nor number, such as a number sign or a
-/// no-break space. Unreadable text is opaque black. A character outside ASCII counts as one character and is
-/// never a digit; a leading "0x" is skipped, though it counts.
+/// Reads a hexadecimal colour: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first). Characters before and
+/// after it are ignored if Unicode classes them as neither letter, mark nor number, such as a number sign or
+/// a no-break space. A text of any other length is opaque black. The length counts characters, including
+/// those outside ASCII, which are never digits, and a leading "0x", which is skipped. Digits are read up to
+/// the first other character.
 TALVO_EXPORT Color colorFromText(std::string_view text);
 
-/// Whether `text` is such a text to its last digit; the rule above makes something of others too.
+/// Whether `text` has one of these lengths and consists of digits only. `colorFromText` makes a colour of
+/// other texts, too.
 TALVO_EXPORT bool isColorText(std::string_view text);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// When a wait ends.
+// Computes when a wait ends.
 
 #include <algorithm>
 #include <chrono>
@@ -9,8 +9,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The time at which `limit` will have passed. What is longer than a year counts as a year: beyond, a clock's
-/// time overflows or does not fit the 32 bits that some systems have for its seconds.
+/// Returns the time at which `limit` will have passed. A limit above one year counts as one year: a later
+/// time could overflow the clock, or the 32 bits that some systems have for its seconds.
 inline std::chrono::steady_clock::time_point deadlineAfter(std::chrono::milliseconds limit) {
   using std::chrono::milliseconds;
   constexpr milliseconds longest = std::chrono::hours(24 * 365);

@@ -4,7 +4,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// An exception of the host's may have no text.
+// The `what` of a host's exception may return null.
 const char* textOf(const std::exception& error) noexcept {
   const char* const text = error.what();
   return text ? text : "Unknown error";

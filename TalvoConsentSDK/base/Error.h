@@ -1,6 +1,6 @@
 #pragma once
 
-// What can go wrong, as a value. An Error is cheap to copy and never empty; hosts look inside with `as`.
+// Errors as values. An Error is cheap to copy and never empty; hosts look at its cause with `as`.
 
 #include <concepts>
 #include <exception>
@@ -14,11 +14,11 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The text with each NUL as `\u0000`, so that a C string can tell all of it.
+/// Returns the text with each NUL replaced by `\u0000`, so that a C string can hold all of it.
 std::string withVisibleNULs(std::string text);
 
-/// A failure in the platform's terms: a domain, a code that is unique within it, and a text for people, in
-/// which a NUL is written as `\u0000`. Immutable.
+/// A platform error: a domain, a code that is unique within the domain, and a description for people, in
+/// which each NUL is written as `\u0000`. Immutable.
 class PlatformError : public std::exception {
  public:
   /// Key of `userInfo` that holds the localized description.
@@ -40,8 +40,8 @@ class PlatformError : public std::exception {
   std::map<std::string, std::string, std::less<>> userInfo_;
 };
 
-/// Why an operation failed. What reaches hosts is an `HTTPClientError` or a `PlatformError`; their causes may
-/// be other exceptions, such as a `CodingError`. Copies share the cause, so copying never throws.
+/// Why an operation failed. Hosts receive an `HTTPClientError` or a `PlatformError`; the cause of these may
+/// be another exception, such as a `CodingError`. Copies share the cause, so copying never throws.
 class Error : public std::exception {
  public:
   template <std::derived_from<std::exception> Cause>
@@ -54,10 +54,11 @@ class Error : public std::exception {
   /// Throws a copy of this error.
   [[noreturn]] void raise() const;
 
-  /// The exception being handled, as an Error. Call it inside a `catch` block only.
+  /// Returns the exception being handled as an Error. Call it inside a `catch` block only.
   static Error current();
 
-  /// The cause when it is a `Cause`, else null; valid as long as any copy of this error lives.
+  /// Returns the cause if it is a `Cause`, otherwise null. It is valid as long as any copy of this error
+  /// exists.
   template <std::derived_from<std::exception> Cause>
   const Cause* as() const noexcept {
     return dynamic_cast<const Cause*>(cause_.get());

@@ -1,9 +1,10 @@
 #pragma once
 
-// What a shared library shows of itself. Everything is compiled hidden; a public header opens its namespace
-// with TALVO_EXPORT, which makes the classes that it declares visible. A function has it, too: to clang, the
-// namespace of its definition counts, which is opened without. Errors define `what` in their source file, so
-// that their typeinfo is the library's alone: some platforms catch by its address.
+// Which symbols a shared library exports. All code is compiled with hidden visibility. A public header opens
+// its namespace with TALVO_EXPORT, which makes the classes it declares visible. Functions carry the macro
+// themselves, too: clang goes by the namespace around a function's definition, which is opened without it.
+// Error classes define `what` in their source file, so that only the library contains their typeinfo: some
+// platforms match exceptions by its address.
 
 #if defined(__GNUC__)
 #define TALVO_EXPORT __attribute__((visibility("default")))

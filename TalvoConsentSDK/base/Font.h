@@ -1,6 +1,6 @@
 #pragma once
 
-// How text looks: the named styles of a phone, which the toolkit scales with the person's text size.
+// Fonts: the named text styles of a phone, which the toolkit scales with the user's text size.
 
 #include "TalvoConsentSDK/base/Export.h"
 
@@ -8,15 +8,15 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 enum class FontWeight { regular, medium, semibold, bold };
 
-/// The text styles the banner uses, by their standard sizes in points at the default text size.
+/// The text styles that the banner uses.
 enum class TextStyle { headline, body, subheadline, footnote };
 
-/// A style at a weight.
+/// A text style with a weight.
 struct Font {
   TextStyle style = TextStyle::body;
   FontWeight weight = FontWeight::regular;
 
-  /// Height of the letters' em square, in points, at text scale 1.
+  /// The font size, which is the height of the em square, in points at text scale 1.
   constexpr double size() const {
     switch (style) {
       case TextStyle::headline:
@@ -30,7 +30,7 @@ struct Font {
     return 17;
   }
 
-  /// Distance of two baselines, in points, at text scale 1.
+  /// The distance between two baselines, in points at text scale 1.
   constexpr double lineHeight() const { return style == TextStyle::footnote ? 18 : size() + 5; }
 
   friend bool operator==(const Font&, const Font&) = default;

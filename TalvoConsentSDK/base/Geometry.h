@@ -58,15 +58,15 @@ struct Rect {
             std::max(0.0, std::min(bottom(), other.bottom()) - top)};
   }
 
-  /// With each edge moved outwards.
+  /// Returns the rectangle with each edge moved outwards.
   constexpr Rect grownBy(double distance) const {
     return {x - distance, y - distance, width + 2 * distance, height + 2 * distance};
   }
 
-  /// Grown about its centre to at least `least` in each direction.
-  constexpr Rect grownTo(Size least) const {
-    const double w = std::max(width, least.width);
-    const double h = std::max(height, least.height);
+  /// Returns the rectangle grown around its centre to at least `minSize` in each direction.
+  constexpr Rect grownTo(Size minSize) const {
+    const double w = std::max(width, minSize.width);
+    const double h = std::max(height, minSize.height);
     return {x - (w - width) / 2, y - (h - height) / 2, w, h};
   }
   friend bool operator==(const Rect&, const Rect&) = default;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Enumerations with a wire text per case. An enumeration joins by specialising RawValues beside itself.
+// Enumerations with a wire text for each case. To add one, specialise RawValues next to it.
 
 #include <array>
 #include <optional>
@@ -15,11 +15,11 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 template <class Enum>
 struct RawValues;
 
-/// The cases' table entry type, for `RawValues` specialisations.
+/// An entry of `RawValues<Enum>::table`.
 template <class Enum>
 using RawValue = std::pair<Enum, std::string_view>;
 
-/// The raw text of a case.
+/// Returns the raw text of a case.
 template <class Enum>
 constexpr std::string_view rawValue(Enum value) noexcept {
   for (const auto& [each, raw] : RawValues<Enum>::table) {
@@ -28,7 +28,7 @@ constexpr std::string_view rawValue(Enum value) noexcept {
   return {};
 }
 
-/// The case whose raw text is exactly `raw` (case-sensitive), or nothing.
+/// Returns the case whose raw text is exactly `raw` (case-sensitive), or nothing.
 template <class Enum>
 constexpr std::optional<Enum> fromRawValue(std::string_view raw) noexcept {
   for (const auto& [value, each] : RawValues<Enum>::table) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// A value or the Error that took its place, with the names of std::expected.
+// A value, or the Error that prevented it. Members are named as in std::expected.
 
 #include <utility>
 #include <variant>

@@ -13,8 +13,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// An absolute URL, kept as the text it was parsed from.
 class URL {
  public:
-  /// Parses `text` as RFC 3986 has it: spaces, non-ASCII characters, bare per cent signs and the like make it
-  /// no URL, and so does a missing scheme. Nothing is escaped or normalised.
+  /// Parses `text` according to RFC 3986. Returns nothing if it has no scheme, or contains spaces, non-ASCII
+  /// characters, bare per cent signs or the like. Nothing is escaped or normalised.
   static std::optional<URL> parse(std::string_view text);
 
   const std::string& text() const noexcept { return text_; }
@@ -22,7 +22,7 @@ class URL {
   /// The scheme in lower case.
   const std::string& scheme() const noexcept { return scheme_; }
 
-  /// The host as written, without brackets; empty when there is none.
+  /// The host as written, without brackets; empty if there is none.
   const std::string& host() const noexcept { return host_; }
 
   /// Whether a request can be sent to it: it names a host, and a port of at most 65535 if any.

@@ -14,7 +14,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-/// The host's closures, released on the main actor, whoever lets go of them last.
+/// The host's closures. They are destroyed on the main actor, whichever thread releases the last reference.
 struct HostClosures {
   std::function<void()> onAcceptAll;
   std::function<void()> onRejectAll;
@@ -32,8 +32,8 @@ struct HostClosures {
   }
 };
 
-/// What one showBanner call read of the instance, the host's closures, and what the banner is made from: the
-/// documents, fetched unless they were cached, and the consent that was stored.
+/// The data of one showBanner call: copies from the instance, the host's closures, the documents that the
+/// banner is made from, which are fetched unless they were cached, and the stored consent.
 struct BannerRequest {
   SitePointer site;
   std::optional<BannerCustomization> document;
@@ -53,7 +53,7 @@ struct BannerRequest {
 
 using BannerRequestPointer = std::shared_ptr<BannerRequest>;
 
-// Submits in the background, stores, and answers the host on the main actor.
+// Submits the decision in the background, stores it, and calls the host's closure on the main actor.
 void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
                     std::function<void()> HostClosures::* hostCallback) {
   ConsentLedger::Decision decision = request->site->ledger->beginDecision();
@@ -142,7 +142,7 @@ void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<voi
                                                             state.language, person, host, std::nullopt});
   }
   spawn<void>(state.site->mainActor, presentBanner(request), [request](const Result<void>& end) {
-    if (!end) request->report(end.error());  // it could not even be begun
+    if (!end) request->report(end.error());  // the task could not be started
   });
 }
 

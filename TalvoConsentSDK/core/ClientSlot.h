@@ -1,14 +1,15 @@
 #pragma once
 
-// Where a process keeps its one client of a kind.
+// Holds the process's single instance of a client class.
 
 #include <memory>
 #include <mutex>
 
 namespace TalvoConsentSDK {
 
-/// Made by the first `create`, kept for ever. Creating calls the host's store, printer and executors: on the
-/// creating thread these find no client yet, while other threads wait for it.
+/// The slot for one client class. The first `create` fills it, and nothing empties it. Creation calls the
+/// host's store, printer and executors: when these call `get` on the creating thread, it returns null, while
+/// other threads wait until creation ends.
 template <class Client>
 class ClientSlot {
  public:
@@ -18,7 +19,7 @@ class ClientSlot {
     return slot;
   }
 
-  /// The client, made by `make` if there is none; null when called while it is being made, on that thread.
+  /// Returns the client, calling `make` if there is none yet. Returns null if `make` calls this function.
   template <class Make>
   std::shared_ptr<Client> create(Make make) {
     const std::scoped_lock guard(lock_);

@@ -1,6 +1,7 @@
 #pragma once
 
-// What a host implements, or fills with two closures, to hear of consent events.
+// The interface of listeners for consent events. A host implements it, or uses the class that wraps two
+// closures.
 
 #include <functional>
 #include <utility>
@@ -9,16 +10,16 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A listener. Events of a submission come on the platform's executor for callbacks, where it may block;
-/// `identificationComplete` comes on the main actor.
+/// A listener. A submission's events arrive on the platform's callback executor, where a listener may block;
+/// `identificationComplete` arrives on the main actor.
 class ConsentEventCallback {
  public:
   virtual ~ConsentEventCallback() = default;
 
-  /// The event has happened.
+  /// Called each time the event is raised.
   virtual void onSuccess() = 0;
 
-  /// Kept for symmetry; the library never calls it: what fails raises no event.
+  /// Exists for symmetry only. The library never calls it, because failures raise no event.
   virtual void onFailure() = 0;
 };
 

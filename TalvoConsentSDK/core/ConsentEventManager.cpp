@@ -12,12 +12,12 @@ void ConsentEventManager::addListener(ConsentEvent event, std::shared_ptr<Consen
   eventListeners_[event].push_back(std::move(callback));
 }
 
-// The removed listeners are released outside the lock: their destructors are the host's code.
+// Removed listeners are released outside the lock, because their destructors are host code.
 void ConsentEventManager::removeListener(ConsentEvent event,
                                          const std::shared_ptr<ConsentEventCallback>& callback) {
   const std::scoped_lock guard(lock_);
   const auto entry = eventListeners_.find(event);
-  if (entry != eventListeners_.end()) std::erase(entry->second, callback);  // the caller still holds it
+  if (entry != eventListeners_.end()) std::erase(entry->second, callback);  // the caller keeps it alive
 }
 
 void ConsentEventManager::removeListeners(ConsentEvent event) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The registry of a client's listeners. It delivers; it does not know what the events mean.
+// The registry of a client's listeners. It delivers events without knowing what they mean.
 
 #include <map>
 #include <memory>
@@ -16,23 +16,24 @@ namespace TalvoConsentSDK {
 /// lock, so they may add and remove listeners themselves.
 class ConsentEventManager {
  public:
-  /// Adds a listener behind the event's others. The same listener added twice is called twice; null is
+  /// Adds a listener after those that the event already has. A listener added twice is called twice; null is
   /// ignored.
   void addListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);
 
-  /// Drops one listener of one event, as often as it was added.
+  /// Removes a listener from one event, however often it was added.
   void removeListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback);
 
-  /// Drops all listeners of one event.
+  /// Removes all listeners of one event.
   void removeListeners(ConsentEvent event);
 
   void removeAllListeners();
 
-  /// Calls `onSuccess` of the listeners that the event has now, on the calling thread. What one throws is
-  /// printed and keeps none of the others from being called.
+  /// Calls `onSuccess` on each listener that the event has at this moment, on the calling thread. If a
+  /// listener throws, one line is printed and the other listeners are still called.
   void trigger(ConsentEvent event);
 
-  /// Triggers each event in turn; a listener of an earlier event can still remove those of a later one.
+  /// Triggers each event in turn. A listener called for an earlier event can still remove listeners of a
+  /// later one.
   void trigger(const std::vector<ConsentEvent>& events);
 
  private:

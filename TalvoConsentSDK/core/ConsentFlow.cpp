@@ -70,9 +70,10 @@ Task<ConsentResponse> sendAndFile(SitePointer site, FullConsent payload, Consent
   co_return response;
 }
 
-Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId, ImplicitOver over) {
+Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId,
+                                 IfConsentStored ifStored) {
   try {
-    const auto implicit = site->ledger->beginImplicit(over == ImplicitOver::anyConsent);
+    const auto implicit = site->ledger->beginImplicit(ifStored == IfConsentStored::replace);
     if (!implicit) co_return;
     auto request = send(*site, implicitPayload(std::move(userId), site->id), implicit->isUpdate);
     co_await std::move(request);

@@ -1,6 +1,7 @@
 #pragma once
 
-// From a choice to a stored and submitted consent: the payloads, and the two ways of sending one.
+// Turns a choice into a submitted and stored consent: builds the payload, and sends explicit and implicit
+// consents.
 
 #include <optional>
 #include <string>
@@ -14,23 +15,25 @@
 
 namespace TalvoConsentSDK {
 
-/// The payload of a consent that somebody chose; `shown` is the customization that its analytics tell of.
+/// Returns the payload of a consent that the user chose. Its analytics describe the banner `shown`, if given.
 FullConsent explicitPayload(const BasicConsent& consent, const std::optional<BannerCustomization>& shown,
                             std::optional<std::string> userId, std::string siteId);
 
-/// The payload of a consent given without a choice: everything accepted.
+/// Returns the payload of an implicit consent, which accepts everything.
 FullConsent implicitPayload(std::optional<std::string> userId, std::string siteId);
 
-/// Sends `payload`, as an update or a new consent, and files `consent` once the service has taken it. Throws
-/// the client's error, having stored nothing.
+/// Sends `payload` as a new consent or as an update, and files `consent` in the ledger once the service has
+/// accepted it. If sending fails, stores nothing and throws the API client's error.
 Task<ConsentResponse> sendAndFile(SitePointer site, FullConsent payload, ConsentLedger::Decision decision,
                                   BasicConsent consent);
 
-/// What an implicit consent may take the place of.
-enum class ImplicitOver { nothing, anyConsent };
+/// What an implicit submission does when a consent is stored already.
+enum class IfConsentStored { keep, replace };
 
-/// Sends an implicit consent and stores it, unless somebody has decided while it was under way. One reading
-/// of the store says what stands there before. A failure is printed.
-Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId, ImplicitOver over);
+/// Sends an implicit consent and stores it, unless the user has decided or the stored consent has changed by
+/// the time the service answers. With `keep`, does nothing if a consent is stored already. A failure is
+/// printed.
+Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId,
+                                 IfConsentStored ifStored);
 
 }  // namespace TalvoConsentSDK

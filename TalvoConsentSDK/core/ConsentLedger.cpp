@@ -11,106 +11,108 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr std::chrono::milliseconds patience(250);  // of somebody who waits for the main thread
-constexpr std::chrono::hours noLimit(1);  // where only other threads' work on the store is waited for
+constexpr std::chrono::milliseconds maxWait(250);  // for callers, which may be the main thread
+constexpr std::chrono::hours noLimit(1);  // for work in the background, which waits for other threads' turns
 
 }  // namespace
 
-// The calling thread's turn at the store. There is none, when it converts to false, while another thread
-// works there for longer than may be waited, or when this thread works there already.
+// The calling thread's turn at the store. Converts to false if the thread did not get one: because another
+// thread uses the store for longer than the deadline allows, or because this thread is using it already, and
+// the store or the printer has called the ledger.
 class ConsentLedger::Turn {
  public:
   explicit Turn(ConsentLedger& ledger)
-      : guard_(ledger.store_, StoreDeadline::remaining(noLimit)),
-        isAtWork_(guard_ && !ledger.isAtWork_ ? &ledger.isAtWork_ : nullptr) {
-    if (isAtWork_) *isAtWork_ = true;
+      : guard_(ledger.storeLock_, StoreDeadline::remaining(noLimit)),
+        isStoreInUse_(guard_ && !ledger.isStoreInUse_ ? &ledger.isStoreInUse_ : nullptr) {
+    if (isStoreInUse_) *isStoreInUse_ = true;
   }
   ~Turn() {
-    if (isAtWork_) *isAtWork_ = false;
+    if (isStoreInUse_) *isStoreInUse_ = false;
   }
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;
 
-  explicit operator bool() const { return isAtWork_; }
+  explicit operator bool() const { return isStoreInUse_; }
 
  private:
   std::unique_lock<std::recursive_timed_mutex> guard_;
-  bool* const isAtWork_;
+  bool* const isStoreInUse_;  // the ledger's; null without a turn
 };
 
-void ConsentLedger::Unwritten::add(const Unwritten& later) {
+void ConsentLedger::IdentityChange::add(const IdentityChange& later) {
   if (later.logOut) *this = {true, std::nullopt};
   if (later.logIn) logIn = later.logIn;
 }
 
-void ConsentLedger::Unwritten::applyTo(KeptValues& kept) const {
-  logOut ? TalvoConsentSDK::logOut(kept) : restoreOwed(kept);
+void ConsentLedger::IdentityChange::applyTo(KeptValues& kept) const {
+  logOut ? TalvoConsentSDK::logOut(kept) : restoreOriginal(kept);
   if (logIn) TalvoConsentSDK::logIn(kept, *logIn);
 }
 
 ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage) : storage_(std::move(storage)) {
-  user_.isUnknown = standing_.isUnknown = true;
+  user_.isUnknown = initialConsent_.isUnknown = true;
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {
-  const StoreDeadline deadline(patience);
+  const StoreDeadline deadline(maxWait);
   if (isAllWritten()) return storage_->loadConsent();
-  return settle(Turn(*this)).values.consent.value;
+  return applyPending(Turn(*this)).values.consent.value;
 }
 
 ConsentLedger::Decision ConsentLedger::beginDecision() {
-  const StoreDeadline deadline(patience);
-  settle(Turn(*this));
+  const StoreDeadline deadline(maxWait);
+  applyPending(Turn(*this));
   const std::scoped_lock guard(lock_);
-  return {{user_, identity_}, standing_.value.has_value(), ++numbers_};
+  return {{user_, identity_}, initialConsent_.value.has_value(), ++lastNumber_};
 }
 
 void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& consent) {
   const Turn turn(*this);
-  if (!turn) print("⚠️ Failed to save consent to UserDefaults: The store is being used");
+  if (!turn) print("⚠️ Failed to save consent to UserDefaults: The store is in use");
   bool isUsersOwn = false;
-  const Settled settled =
-      settle(turn, [&](KeptValues& kept) { isUsersOwn = decide(kept, decision, consent); });
+  const Applied applied =
+      applyPending(turn, [&](KeptValues& kept) { isUsersOwn = applyDecision(kept, decision, consent); });
   const std::scoped_lock guard(lock_);
-  if (isUsersOwn && settled.isWritten) hasUserDecided_ = true;
+  if (isUsersOwn && applied.isWritten) hasUserDecided_ = true;
 }
 
 ConsentLedger::Login ConsentLedger::logIn(const std::string& userId) {
-  const StoreDeadline deadline(patience);
-  Login login = change({false, userId});
-  settle(Turn(*this));
+  const StoreDeadline deadline(maxWait);
+  Login login = changeIdentity({false, userId});
+  applyPending(Turn(*this));
   const std::scoped_lock guard(lock_);
-  if (standing_.value && !unwritten_) login.consentId = standing_.value->id;
+  if (initialConsent_.value && !pending_) login.consentId = initialConsent_.value->id;
   return login;
 }
 
 void ConsentLedger::logOut() {
-  const StoreDeadline deadline(patience);
-  change({true, std::nullopt});
-  settle(Turn(*this));
+  const StoreDeadline deadline(maxWait);
+  changeIdentity({true, std::nullopt});
+  applyPending(Turn(*this));
 }
 
 std::optional<ConsentLedger::Login> ConsentLedger::storedLogin() {
-  const StoreDeadline deadline(patience);
-  settle(Turn(*this));
+  const StoreDeadline deadline(maxWait);
+  applyPending(Turn(*this));
   const std::scoped_lock guard(lock_);
   if (!user_.value) return std::nullopt;
-  return Login{*user_.value, standing_.value ? standing_.value->id : std::nullopt, identity_, decisions_};
+  return Login{*user_.value, initialConsent_.value ? initialConsent_.value->id : std::nullopt, identity_,
+               decisions_};
 }
 
 void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& consent) {
-  const StoreDeadline deadline(patience);
+  const StoreDeadline deadline(maxWait);
   const Turn turn(*this);
-  const Settled settled = settle(turn);
-  if (!settled.isWritten || settled.values.user.value != login.userId) return;
-  std::optional<Data> stood, implicit;
+  const Applied applied = applyPending(turn);
+  if (!applied.isWritten || applied.values.user.value != login.userId) return;
+  std::optional<Data> atLogin, implicit;
   {
     const std::scoped_lock guard(lock_);
     if (identity_ != login.identity || decisions_ != login.decisions) return;
-    stood = standing_.data;
+    atLogin = initialConsent_.data;
     implicit = implicit_;
   }
-  if (storage_->saveConsentIfStill(stood, consent) ||
+  if (storage_->saveConsentIfStill(atLogin, consent) ||
       (implicit && storage_->saveConsentIfStill(implicit, consent))) {
     const std::scoped_lock guard(lock_);
     hasUserDecided_ = true;
@@ -118,18 +120,18 @@ void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& conse
 }
 
 std::optional<ConsentLedger::Implicit> ConsentLedger::beginImplicit(bool mayReplace) {
-  const StoreDeadline deadline(patience);
+  const StoreDeadline deadline(maxWait);
   const Turn turn(*this);
-  const KeptValues kept = settle(turn).values;
+  const KeptValues kept = applyPending(turn).values;
   if (kept.isUnknown() || (kept.consent.value && !mayReplace)) return std::nullopt;
   const std::scoped_lock guard(lock_);
   return Implicit{kept.consent.data, kept.consent.value.has_value(), decisions_};
 }
 
 void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& consent) {
-  const StoreDeadline deadline(patience);
+  const StoreDeadline deadline(maxWait);
   const Turn turn(*this);
-  if (!settle(turn).isWritten) return;
+  if (!applyPending(turn).isWritten) return;
   {
     const std::scoped_lock guard(lock_);
     if (decisions_ != implicit.decisions) return;
@@ -141,60 +143,60 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
 
 bool ConsentLedger::isAllWritten() {
   const std::scoped_lock guard(lock_);
-  return !unwritten_ && !beingWritten_ && !mayBeOwed_;
+  return !pending_ && !beingWritten_ && !mayNeedRestoring_;
 }
 
-// Does what is unwritten, then `step`, and tells what then is stored, or would be if the store took it.
-// Without a turn nothing is read or written, and so everything is unknown.
-ConsentLedger::Settled ConsentLedger::settle(const Turn& turn, const Step& step) {
-  Settled settled;
-  KeptValues& after = settled.values;
+// Loads the stored values, applies the pending login or logout to them, then `step`, and writes the result.
+// Without a turn nothing is read or written, and all returned values are unknown.
+ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step& step) {
+  Applied applied;
+  KeptValues& after = applied.values;
   if (!turn) {
     after.consent.isUnknown = after.original.isUnknown = after.user.isUnknown = true;
-    return settled;
+    return applied;
   }
-  Unwritten due;
+  IdentityChange due;
   {
     const std::scoped_lock guard(lock_);
-    due = beingWritten_ = std::exchange(unwritten_, {});
+    due = beingWritten_ = std::exchange(pending_, {});
   }
   const KeptValues before = after = storage_->load();
   due.applyTo(after);
   const bool isRestored = before.original.value && !after.original.value;
-  KeptConsent standing = after.consent;
+  KeptConsent initial = after.consent;
   if (step) step(after);
-  settled.isWritten = storage_->save(before, after);
+  applied.isWritten = storage_->save(before, after);
 
   const std::scoped_lock guard(lock_);
-  const Unwritten later = std::exchange(unwritten_, {});
-  if (!settled.isWritten || after.isUnknown()) unwritten_ = due;
-  unwritten_.add(later);
+  const IdentityChange later = std::exchange(pending_, {});
+  if (!applied.isWritten || after.isUnknown()) pending_ = due;
+  pending_.add(later);
   beingWritten_ = {};
-  mayBeOwed_ = after.isUnknown() || (isRestored && !settled.isWritten);
-  if (later) return settled;
+  mayNeedRestoring_ = after.isUnknown() || (isRestored && !applied.isWritten);
+  if (later) return applied;
   const std::uint64_t identity = identity_;
   if (user_.isUnknown || !after.isUnknown()) adopt(after.user);
-  if (identity != identity_ || due || isRestored || standing_.isUnknown) {
-    standing.data = after.consent.data;
-    standing_ = std::move(standing);
+  if (identity != identity_ || due || isRestored || initialConsent_.isUnknown) {
+    initial.data = after.consent.data;
+    initialConsent_ = std::move(initial);
   }
-  return settled;
+  return applied;
 }
 
-ConsentLedger::Login ConsentLedger::change(const Unwritten& change) {
+ConsentLedger::Login ConsentLedger::changeIdentity(const IdentityChange& change) {
   const std::scoped_lock guard(lock_);
-  unwritten_.add(change);
-  if (change.logOut ||
-      (!user_.value && !user_.isUnknown)) {  // a further user takes over what the one before had
+  pending_.add(change);
+  // A user who logs in over another one takes over that user's consent, and with it these two.
+  if (change.logOut || (!user_.value && !user_.isUnknown)) {
     hasUserDecided_ = false;
     implicit_.reset();
   }
   user_ = {change.logIn};
-  standing_ = {{}, {}, true};
+  initialConsent_ = {{}, {}, true};
   return {change.logIn.value_or(""), std::nullopt, ++identity_, decisions_};
 }
 
-// Goes by the user who is stored, whom another process may have changed.
+// Takes over the stored user, which another process may have changed.
 void ConsentLedger::adopt(const KeptUser& stored) {
   if (!user_.isUnknown && user_.value != stored.value) {
     ++identity_;
@@ -204,13 +206,13 @@ void ConsentLedger::adopt(const KeptUser& stored) {
   user_ = stored;
 }
 
-// Tells whether the decision is one of the user who is identified.
-bool ConsentLedger::decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
+// Changes `kept` as the decision requires. Returns whether the decision is the identified user's own.
+bool ConsentLedger::applyDecision(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
   const std::scoped_lock guard(lock_);
   const KeptUser& identified = kept.user.isUnknown ? user_ : kept.user;
   const Person& person = decision.person;
-  const bool isWhoeverItIs = person.user.isUnknown && person.identity == identity_;
-  const std::optional<std::string> userId = isWhoeverItIs ? identified.value : person.user.value;
+  const bool isByIdentified = person.user.isUnknown && person.identity == identity_;  // whoever that is
+  const std::optional<std::string> userId = isByIdentified ? identified.value : person.user.value;
   const bool isIdentified = userId == identified.value;
   if (userId && !isIdentified && userId != user_.value) return false;  // no longer identified
   std::uint64_t& latest = latest_[userId];
@@ -219,10 +221,10 @@ bool ConsentLedger::decide(KeptValues& kept, const Decision& decision, const Bas
   ++decisions_;
   const KeptConsent chosen{consent, {}};
   if (userId) {
-    if (isIdentified) kept.consent = chosen;  // otherwise the login could not be written
+    if (isIdentified) kept.consent = chosen;  // otherwise the login has not been written yet
     return isIdentified;
   }
-  if (isWhoeverItIs && identified.isUnknown) {
+  if (isByIdentified && identified.isUnknown) {
     kept.consent = chosen;
     return false;
   }

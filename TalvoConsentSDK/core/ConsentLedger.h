@@ -1,7 +1,8 @@
 #pragma once
 
-// Whose consent is stored. Decisions, replies, logging in and logging out come from several threads, late or
-// while the store fails; the ledger sees that each ends up with whoever it belongs to.
+// Keeps track of whose consent is stored. Decisions, replies, logins and logouts arrive on several threads,
+// some of them late or while the store fails; the ledger makes sure that each consent is stored for the user
+// it belongs to.
 
 #include <cstdint>
 #include <functional>
@@ -15,115 +16,122 @@
 
 namespace TalvoConsentSDK {
 
-/// One site's consents and who the person is, over the device's store. Safe from any thread. Every operation
-/// first does what the store has refused so far: it writes a login or logout anew and restores a consent
-/// owed. Meanwhile this process goes by what it was told. Nothing throws; a store that fails prints lines.
+/// One site's consents and its identified user, kept in the device's store. Safe from any thread. If the
+/// store refuses a login, a logout or the restoring of an original consent, every later operation first tries
+/// again; until then this process behaves as if the login or logout had been written. Nothing throws; each
+/// failure of the store prints a line.
 ///
-/// An operation waits for others that use the store, threads or processes, 250 ms at most; only
-/// `fileDecision`, which is for the background, waits as long as the store does. A store or printer that
-/// calls in from within is told what is known, and a login or logout that it asks for is written later.
+/// An operation waits at most 250 ms for other threads or processes that use the store. Only `fileDecision`,
+/// which is for the background, waits as long as the store itself does. The store or the printer may call an
+/// operation from inside another one: it then answers with what is already known, and writes a login or
+/// logout later.
 class ConsentLedger {
  public:
-  /// Everything counts as unknown until the first operation has read the store.
+  /// Reads nothing yet: everything is unknown until the first operation has read the store.
   explicit ConsentLedger(std::shared_ptr<ConsentStorage> storage);
 
-  /// The consent that holds now; nothing when there is none or the store cannot tell.
+  /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
 
-  /// Whoever is identified: none for nobody in particular. While the store cannot tell, it is whoever turns
-  /// out to be, unless the identity is changed before.
+  /// The person who uses the app, identified or not. While the store cannot be read, the user is unknown, and
+  /// stands for whichever user is found in the store later, unless a login or logout comes first.
   struct Person {
     KeptUser user;
-    std::uint64_t identity = 0;  // changes of identity before it
+    std::uint64_t identity = 0;  // how often the identity had changed before
   };
 
   /// A decision on its way to the service.
   struct Decision {
-    Person person;             // who has decided
-    bool isUpdate = false;     // a consent stood there as the identity was last changed
-    std::uint64_t number = 0;  // a later one overrules an earlier one
+    Person person;             // who decided
+    bool isUpdate = false;     // a consent was stored at creation, or when the identity last changed
+    std::uint64_t number = 0;  // of a person's decisions, the one with the highest number wins
   };
   Decision beginDecision();
 
-  /// Stores a decision that the service has taken. One of a user who is no longer identified is not stored.
-  /// One of nobody in particular, who has become a user meanwhile, is set aside, and inherited unless the
-  /// user has a consent of their own. One that comes from within a store or printer is not stored.
+  /// Stores a decision that the service has accepted, with these exceptions:
+  /// - If its user is no longer identified, the decision is not stored.
+  /// - If nobody was identified when it was made, but a user is now, it is set aside as the original consent.
+  ///   The user inherits it unless they have a consent of their own.
+  /// - If the store or the printer makes this call from inside another operation, the decision is not stored.
   void fileDecision(const Decision& decision, const BasicConsent& consent);
 
-  /// A user whose consent is to be asked of the service.
+  /// A user whose consent is about to be fetched from the service. The reply is ignored if either count has
+  /// changed by the time it arrives.
   struct Login {
     std::string userId;
-    std::optional<std::string> consentId;  // of the consent they have here
-    std::uint64_t identity = 0;            // changes of identity and
-    std::uint64_t decisions = 0;           // decisions before it; any later one makes the reply void
+    std::optional<std::string> consentId;  // the identifier of the consent that the user has on this device
+    std::uint64_t identity = 0;            // how often the identity had changed
+    std::uint64_t decisions = 0;           // how many decisions had been stored
   };
   Login logIn(const std::string& userId);
   void logOut();
 
-  /// Takes over what the store holds. Returns the user who is stored, if any.
+  /// Takes over what the store holds, and returns the stored user, if any.
   std::optional<Login> storedLogin();
 
-  /// Stores the consent that the service knows of the user, unless the reply is void or the store no longer
-  /// holds what it held at the login, or an implicit consent given since.
+  /// Stores the consent that the service holds for the user. Does nothing if the identity has changed or a
+  /// decision was stored since the login, or if the store now holds neither the consent it held at the login
+  /// nor an implicit consent given since.
   void fileIdentified(const Login& login, const BasicConsent& consent);
 
-  /// A consent that nobody chooses.
+  /// An implicit consent on its way to the service.
   struct Implicit {
-    std::optional<Data> replaced;  // what stands in the store in its place
+    std::optional<Data> replaced;  // the stored data that it may replace
     bool isUpdate = false;
-    std::uint64_t decisions = 0;
+    std::uint64_t decisions = 0;  // how many decisions had been stored
   };
 
-  /// Nothing when a consent stands there, unless that `mayReplace` is given, and when the store cannot tell.
+  /// Returns nothing if a consent is stored and `mayReplace` is false, or if the store cannot be read.
   std::optional<Implicit> beginImplicit(bool mayReplace);
 
-  /// Stores the consent, unless somebody has decided since or the store holds something else.
+  /// Stores the consent, unless a decision was stored since `beginImplicit` or the stored data is no longer
+  /// the same.
   void fileImplicit(const Implicit& implicit, const BasicConsent& consent);
 
  private:
   class Turn;
 
-  // What the store has still to be told.
-  struct Unwritten {
+  // A logout, a login, or a logout followed by a login.
+  struct IdentityChange {
     bool logOut = false;
-    std::optional<std::string> logIn;  // after that
+    std::optional<std::string> logIn;
 
     explicit operator bool() const { return logOut || logIn; }
-    void add(const Unwritten& later);
+    void add(const IdentityChange& later);
     void applyTo(KeptValues& kept) const;
   };
 
-  struct Settled {
-    KeptValues values;  // as they are to be
-    bool isWritten = false;
+  struct Applied {
+    KeptValues values;       // what the store should now hold
+    bool isWritten = false;  // whether it does
   };
 
   using Step = std::function<void(KeptValues&)>;
 
   bool isAllWritten();
-  Settled settle(const Turn& turn, const Step& step = nullptr);
-  Login change(const Unwritten& change);
+  Applied applyPending(const Turn& turn, const Step& step = nullptr);
+  Login changeIdentity(const IdentityChange& change);
   void adopt(const KeptUser& stored);
-  bool decide(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
+  bool applyDecision(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
 
-  std::recursive_timed_mutex store_;  // held over work on the store, which may wait and may call in
-  bool isAtWork_ = false;             // guarded by store_
+  // Held while the store is used, which may block and may call the ledger.
+  std::recursive_timed_mutex storeLock_;
+  bool isStoreInUse_ = false;  // guarded by storeLock_
 
-  std::mutex lock_;  // guards what follows, for moments only
-  Unwritten unwritten_;
-  Unwritten beingWritten_;  // by the thread that is at work
-  bool mayBeOwed_ = true;   // an original that could not be restored, or read
+  std::mutex lock_;               // guards the members below; held only briefly
+  IdentityChange pending_;        // not written yet
+  IdentityChange beingWritten_;   // being written by the thread that uses the store
+  bool mayNeedRestoring_ = true;  // an original may still have to be restored
   KeptUser user_;
-  KeptConsent standing_;          // the consent as it stood when the identity last changed
-  std::optional<Data> implicit_;  // of an implicit consent given since
+  KeptConsent initialConsent_;    // the consent as it was when the identity last changed
+  std::optional<Data> implicit_;  // the data of an implicit consent stored since
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
-  std::uint64_t identity_ = 0;
-  std::uint64_t decisions_ = 0;
-  std::uint64_t numbers_ = 0;
-  std::map<std::optional<std::string>, std::uint64_t>
-      latest_;  // number of the latest decision filed, by user
+  std::uint64_t identity_ = 0;    // how often the identity has changed
+  std::uint64_t decisions_ = 0;   // how many decisions have been stored
+  std::uint64_t lastNumber_ = 0;  // the number of the last decision begun
+  std::map<std::optional<std::string>, std::uint64_t> latest_;  // the highest decision number filed, by user
 };
 
 }  // namespace TalvoConsentSDK

@@ -14,7 +14,7 @@ int ConsentObservers::add(std::function<void()> observer) {
   return next_++;
 }
 
-// What is removed is released outside the lock: its destructor is the host's code.
+// The removed observer is released outside the lock, because its destructor is host code.
 void ConsentObservers::remove(int number) {
   decltype(observers_)::node_type removed;
   const std::scoped_lock guard(lock_);
@@ -29,7 +29,7 @@ void ConsentObservers::notify(const std::shared_ptr<ConsentObservers>& observers
   detail::postOrRun(observers->mainActor_, [observers] {
     std::unique_lock guard(observers->lock_);
     auto& all = observers->observers_;
-    const int end = observers->next_;  // those that come meanwhile know of the change
+    const int end = observers->next_;  // observers added from here on see the changed consent anyway
     for (auto entry = all.begin(); entry != all.end() && entry->first < end;) {
       const auto [number, observer] = *entry;
       guard.unlock();
@@ -51,25 +51,25 @@ class ObservedUserDefaults : public UserDefaults {
   Result<std::optional<Data>> data(std::string_view key) override { return store_->data(key); }
   Result<std::optional<std::string>> string(std::string_view key) override { return store_->string(key); }
   Result<void> set(std::string_view key, Data value) override {
-    return told(store_->set(key, std::move(value)), key == key_);
+    return notified(store_->set(key, std::move(value)), key == key_);
   }
   Result<void> set(std::string_view key, std::string value) override {
-    return told(store_->set(key, std::move(value)), key == key_);
+    return notified(store_->set(key, std::move(value)), key == key_);
   }
   Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override {
-    return told(store_->replace(key, expected, std::move(value)), key == key_);
+    return notified(store_->replace(key, expected, std::move(value)), key == key_);
   }
-  Result<void> remove(std::string_view key) override { return told(store_->remove(key), key == key_); }
+  Result<void> remove(std::string_view key) override { return notified(store_->remove(key), key == key_); }
   Result<void> commit(const std::vector<StoreChange>& changes) override {
     const bool changesKey = std::ranges::find(changes, key_, &StoreChange::key) != changes.end();
-    return told(store_->commit(changes), changesKey);
+    return notified(store_->commit(changes), changesKey);
   }
   Result<void> synchronize() override { return store_->synchronize(); }
 
  private:
-  // Also after a failure: a store without transactions may have come as far as the key.
+  // Notifies after a failure too: a store without transactions may have changed the key before it failed.
   template <class T>
-  Result<T> told(Result<T> result, bool mayHaveChanged) const {
+  Result<T> notified(Result<T> result, bool mayHaveChanged) const {
     if (mayHaveChanged) ConsentObservers::notify(observers_);
     return result;
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-// Who is told that the stored consent may have changed, whatever changed it.
+// Observers that are notified whenever the stored consent may have changed, whatever changed it.
 
 #include <functional>
 #include <map>
@@ -24,7 +24,7 @@ class ConsentObservers {
   int add(std::function<void()> observer);
   void remove(int number);
 
-  /// Calls everybody on the main actor, soon; nobody who is removed before.
+  /// Calls all observers on the main actor, soon; one that has been removed by then is not called.
   static void notify(const std::shared_ptr<ConsentObservers>& observers);
 
  private:
@@ -34,12 +34,14 @@ class ConsentObservers {
   int next_ = 0;
 };
 
-/// The store that a client works on: passes everything on, and tells `observers` of each change of `key`.
+/// Wraps a client's store: passes everything on to it, and notifies `observers` whenever `key` may have
+/// changed.
 std::shared_ptr<UserDefaults> observed(std::shared_ptr<UserDefaults> store, std::string key,
                                        std::shared_ptr<ConsentObservers> observers);
 
-/// Calls `observer` on the main actor after each change of the stored consent, until what this returns is
-/// released; after a release on the main actor, never. For bindings.
+/// Calls `observer` on the main actor after each change of the stored consent, until the returned handle is
+/// released. If the handle is released on the main actor, no call follows; after a release on another thread,
+/// a call may still be running. For bindings.
 TALVO_EXPORT std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client,
                                                         std::function<void()> observer);
 

@@ -42,13 +42,13 @@ Task<void> fetchConfiguration(SitePointer site) {
     co_return;
   }
   if (configuration.implicitConsent.value_or(false)) {
-    auto submission = submitImplicitConsent(site, std::nullopt, ImplicitOver::nothing);
+    auto submission = submitImplicitConsent(site, std::nullopt, IfConsentStored::keep);
     co_await std::move(submission);
   }
 }
 
-// Tells whether the service knows a consent of the user; a failure is printed and counts as known, so that
-// nothing is given implicitly in its place.
+// Fetches the user's consent and stores it. Returns whether the service has one. A failure is printed and
+// returns true, so that no implicit consent takes the place of a consent that the service may have.
 Task<bool> storeIdentifiedConsent(SitePointer site, ConsentLedger::Login login) {
   try {
     auto request = site->apiClient->fetchIdentifiedConsent(login.userId, login.consentId);
@@ -70,7 +70,7 @@ Task<void> completeIdentification(SitePointer site, ConsentLedger::Login login, 
   auto identified = storeIdentifiedConsent(site, login);
   const bool isKnown = co_await std::move(identified);
   if (!isKnown && implicit) {
-    auto submission = submitImplicitConsent(site, login.userId, ImplicitOver::anyConsent);
+    auto submission = submitImplicitConsent(site, login.userId, IfConsentStored::replace);
     co_await std::move(submission);
   }
   site->eventManager->trigger(ConsentEvent::identificationComplete);
@@ -87,7 +87,7 @@ Task<void> warmUp(SitePointer site, std::string language) {
   }
 }
 
-// Reports an identification that could not even be begun.
+// Reports an identification whose task could not be started.
 void reportFailedStart(const Site& site, const Error& error) {
   print(std::string("Error fetching identified consent: ") + error.what());
   site.eventManager->trigger(ConsentEvent::identificationComplete);
@@ -115,7 +115,7 @@ CookiesSDK::State::State(const std::string& apiUrl, const std::string& siteId, c
 CookiesSDK::CookiesSDK(const std::string& apiUrl, const std::string& siteId)
     : state_(std::make_unique<State>(apiUrl, siteId, Platform::current())) {}
 
-// What creation does with the store and the network, as soon as there are any.
+// The part of creation that uses the store and the network. Runs as soon as a platform is installed.
 void CookiesSDK::begin() {
   const State& state = *state_;
   auto login = state.site->ledger->storedLogin();
@@ -145,7 +145,8 @@ void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completio
   announceEnd(state_->site, submission(consent), consent, std::move(completion));
 }
 
-// The consent is judged here; the task is the same submission, its completion the awaiter.
+// The payload is built here, before the task starts. The task is the same submission with the awaiter as its
+// completion.
 Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
   return announcedEnd(state_->site, submission(consent), consent).on(state_->site->background);
 }

@@ -17,96 +17,103 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Asks for consent, keeps it on the device, reports it to the service and tells listeners. One instance
+/// Asks for consent, keeps it on the device, reports it to the service and notifies listeners. One instance
 /// exists per process, bound to the site it was first created for; it is never destroyed.
 ///
-/// Install a Platform, best before creating it: until there is one, operations fail and nothing is read,
-/// stored or sent; the first that is installed is the instance's for ever. Its operations are safe from any
-/// thread; concurrent calls take effect in an unspecified order. Work in the background that fails prints one
-/// line to standard output and changes nothing; so does a store that fails, which no callback reports. What a
-/// callback throws is contained and printed. No operation keeps its caller waiting longer than 250 ms for
-/// others that use the store, threads or processes: a login or logout that the store has not taken by then
-/// holds in this process, and is written before the next operation.
+/// Install a Platform, preferably before creating the instance: until one is installed, operations fail and
+/// nothing is read, stored or sent. The instance keeps the first platform that is installed.
 ///
-/// A decision belongs to whoever was identified when it was submitted. Of those that the service takes, the
-/// latest one submitted holds. A user without one inherits what is stored when they are identified. While the
-/// store cannot tell who is identified, the service hears of a decision without a user; on the device it is
-/// the stored user's.
+/// Operations are safe from any thread; concurrent calls take effect in an unspecified order. Background work
+/// that fails prints one line to standard output and changes nothing. So does a failing store, and no
+/// callback reports it. If a callback throws, the exception is caught and printed. No operation makes its
+/// caller wait more than 250 ms for other threads or processes that use the store: a login or logout that has
+/// not been written by then takes effect in this process, and is written before the next operation.
+///
+/// A decision belongs to whoever was identified when it was submitted. Of the decisions that the service
+/// accepts, the one submitted last wins. A user without a decision inherits the consent that is stored when
+/// they are identified. While the store cannot be read and the identified user is therefore unknown,
+/// decisions are sent without a user; on the device they belong to the stored user.
 class CookiesSDK {
  public:
-  /// Called once, with the service's answer or why there is none.
+  /// Called once, with the service's answer or the error that prevented one.
   using Completion = std::function<void(Result<ConsentResponse>)>;
 
-  /// The process's instance, created on the first call; the arguments of later calls are ignored. `apiUrl` is
-  /// the consent service's base URL, with or without a trailing slash. Reads the device's store; then, on the
-  /// main actor, fetches the site's configuration, gives implicit consent if the site asks for it and nothing
-  /// is stored, and fetches the consent of a user who is still identified. Without an installed platform all
-  /// of this happens once one is installed. Safe from any thread, but for host code that creation itself
-  /// calls: there it returns null.
+  /// Returns the process's instance, creating it on the first call; the arguments of later calls are ignored.
+  /// `apiUrl` is the consent service's base URL, with or without a trailing slash. Creation reads the
+  /// device's store; then, on the main actor, it fetches the site's configuration, submits an implicit
+  /// consent if the site asks for one and no consent is stored, and fetches the user's consent if a user is
+  /// still identified. If no platform is installed, all of this happens once one is. Safe from any thread.
+  /// Returns null to host code that creation itself calls.
   static std::shared_ptr<CookiesSDK> createInstance(const std::string& apiUrl, const std::string& siteId);
 
-  /// The process's instance, or null before the first `createInstance`. Waits for one that is being created
-  /// on another thread; host code that this creation calls gets null, and must not wait for other threads.
+  /// Returns the process's instance, or null before the first `createInstance`. Waits while another thread is
+  /// creating the instance. Host code that creation itself calls gets null, and must not wait for other
+  /// threads.
   static std::shared_ptr<CookiesSDK> getInstance();
 
   ~CookiesSDK();
   CookiesSDK(const CookiesSDK&) = delete;
   CookiesSDK& operator=(const CookiesSDK&) = delete;
 
-  /// The language of the banner and the services from now on, as the service knows it; "en" at first.
+  /// Sets the language of the banner and the services from now on, in the form that the service uses;
+  /// initially "en".
   void setLanguage(const std::string& language);
 
-  /// The consent stored on the device now, also when background work has changed it; nothing when none is, or
-  /// when the store cannot tell. After a logout that the store has not taken it is that of nobody identified.
+  /// Returns the consent stored on the device now, including changes made by background work; nothing if
+  /// there is none or the store cannot be read. After a logout that has not been written yet, returns the
+  /// consent that applies while nobody is identified.
   std::optional<BasicConsent> getConsent() const;
 
-  /// Sends a consent to the service: created when none was stored as the instance came to be or as the
-  /// identity was last changed, else updated. On success the consent is stored as given, where the device's
-  /// store allows, its events are raised, then `consentSent`, and `completion` is called, all on the
-  /// platform's executor for callbacks: submissions end there one after the other, and one whose listener
-  /// blocks holds up nothing else. On failure nothing is stored or raised.
+  /// Sends a consent to the service: as an update if a consent was stored when the instance was created or
+  /// when the identity last changed, otherwise as a new consent. On success, stores the consent as given, if
+  /// the device's store allows, then raises its events and `consentSent`, and calls `completion`. Listeners
+  /// and completions run on the platform's callback executor, one submission after the other; a listener that
+  /// blocks delays only these. On failure, nothing is stored, no event is raised, and `completion` receives
+  /// the error.
   ///
-  /// Should the identity change before the service answers: the consent of a user who is no longer identified
-  /// is not stored here, and one given while nobody was identified is kept aside for the time after the
-  /// logout, and inherited unless the user has decided.
+  /// If the identity changes before the service answers: the consent of a user who is no longer identified is
+  /// not stored on the device. A consent given while nobody was identified is set aside until the logout, and
+  /// the user inherits it unless they have decided.
   void submitConsent(const BasicConsent& consent, Completion completion);
 
-  /// The same as a task, which returns the answer or throws an Error. The consent is judged now, and sent
-  /// when the task is awaited. The awaiter goes on on its own executor, in the background if it has none.
-  /// Dropping the task or destroying the awaiter afterwards does not stop the submission.
+  /// The same as a task, which returns the answer or throws an Error. This call fixes what is sent and for
+  /// whom; the request is sent when the task is awaited. The awaiter resumes on its own executor, or in the
+  /// background if it has none. Once awaited, the submission cannot be stopped by dropping the task or
+  /// destroying the awaiter.
   Task<ConsentResponse> submitConsent(const BasicConsent& consent);
 
-  /// Ties the consent to a user the host knows. The consent of nobody identified is kept aside, in one step
-  /// with the login; then, on the main actor, the consent that the service keeps for the user is fetched and
-  /// stored, and `identificationComplete` is raised, after a failure too. A consent fetched too late is not
-  /// stored: once the identity has changed again, somebody has decided, or another process has stored
-  /// something else.
+  /// Ties the consent to a user known to the host. A consent given while nobody was identified is set aside
+  /// in the same step as the login. Then, on the main actor, the consent that the service holds for the user
+  /// is fetched and stored, and `identificationComplete` is raised, after a failure too. The fetched consent
+  /// is not stored if by then the identity has changed again, a decision has been made, or another process
+  /// has stored something else.
   void identify(const std::string& userId);
 
-  /// Forgets the user and restores the consent kept aside, in one step. No network, no event.
+  /// Forgets the user and restores the consent that was set aside, in one step. Sends nothing and raises no
+  /// event.
   void removeIdentity();
 
-  /// Fetches what the banner needs and shows it above the host's windows; returns at once. Nothing is shown,
-  /// and nobody told, while the host has no window in the foreground. Each closure is called on the main
+  /// Fetches what the banner needs and shows it above the host's windows; returns at once. If the host has no
+  /// window in the foreground, nothing is shown and no closure is called. Each closure is called on the main
   /// actor:
-  /// - `onAcceptAll`, `onRejectAll`: the service has taken the decision, and then the device's store, unless
-  ///   that failed and a line was printed, or the user it belongs to is no longer identified;
-  /// - `onManagePreferences`: the same of preferences the person has chosen, or the person asked for
+  /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision, and the device has stored it. The
+  ///   device does not store it if its store fails, which prints a line, or if the user it belongs to is no
+  ///   longer identified;
+  /// - `onManagePreferences`: the same for preferences chosen on the banner; or the user asked for
   ///   preferences that the host is to show;
-  /// - `onError`: the banner could not be shown, or a decision not be submitted, in which case nothing was
-  ///   stored.
-  /// Closing the banner stores nothing and calls none. A decision raises no event; it belongs to whoever was
-  /// identified when the banner was asked for, as with `submitConsent`.
+  /// - `onError`: the banner could not be shown, or a decision could not be submitted. Nothing was stored.
+  /// Closing the banner stores nothing and calls no closure. A decision raises no event. It belongs to
+  /// whoever was identified when the host asked for the banner, under the rules of `submitConsent`.
   void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                   std::function<void()> onManagePreferences, std::function<void(Error)> onError);
 
-  /// Registers a listener behind the event's others; it is held until removed.
+  /// Registers a listener after those that the event already has, and holds it until it is removed.
   void addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);
 
-  /// Drops one listener of one event, as often as it was registered.
+  /// Removes a listener from one event, however often it was registered.
   void removeEventListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback);
 
-  /// Drops all listeners of one event, or of every event.
+  /// Removes all listeners of one event, or of every event.
   void removeEventListener(ConsentEvent event);
   void removeAllEventListeners();
 

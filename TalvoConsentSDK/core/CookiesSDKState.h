@@ -1,6 +1,6 @@
 #pragma once
 
-// What a CookiesSDK holds. Background tasks get the site and copies of what else they need, never the
+// The state of a CookiesSDK. Background tasks get the site and copies of whatever else they need, never the
 // instance.
 
 #include <memory>
@@ -24,8 +24,8 @@ struct CookiesSDK::State {
   const std::shared_ptr<ConsentObservers> observers;
   const SitePointer site;
 
-  std::mutex lock;                                         // guards what follows, for moments only
-  std::optional<BannerCustomization> cachedCustomization;  // the caches are read, never filled
+  std::mutex lock;                                         // guards the members below; held only briefly
+  std::optional<BannerCustomization> cachedCustomization;  // nothing ever fills the three caches
   std::optional<Services> cachedServices;
   std::optional<SiteConfiguration> cachedConfiguration;
   std::string language = "en";

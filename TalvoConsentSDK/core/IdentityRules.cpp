@@ -22,7 +22,7 @@ KeptConsent withoutId(const KeptConsent& kept) {
   return stripped;
 }
 
-void restoreOwed(KeptValues& kept) {
+void restoreOriginal(KeptValues& kept) {
   if (kept.user.value || kept.user.isUnknown || !kept.original.value) return;
   kept.consent = std::exchange(kept.original, KeptConsent());
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// What logging in and logging out make of the values that are kept: rules alone, which read and write
-// nothing. What is unknown stays unknown, and a rule that would need it changes nothing that depends on it.
+// How a login and a logout change the stored values. These are pure rules, which do not use the store.
+// Unknown values stay unknown, and a rule that needs an unknown value changes nothing that depends on it.
 
 #include <string>
 
@@ -9,19 +9,23 @@
 
 namespace TalvoConsentSDK {
 
-/// The consent without the identifier of its record on the service, which is another person's.
+/// Returns the consent without the identifier of its record on the service, because that record is another
+/// person's.
 KeptConsent withoutId(const KeptConsent& kept);
 
-/// An original without a user is owed to nobody in particular: it becomes the consent again.
-void restoreOwed(KeptValues& kept);
+/// Makes the original the current consent again if nobody is identified: an original stored without a user
+/// means that an earlier restore failed.
+void restoreOriginal(KeptValues& kept);
 
-/// Sets the consent of nobody in particular aside, which the user inherits until there is one of their own.
+/// Identifies the user. If nobody was identified, sets the consent aside as the original; the user inherits
+/// it until they have one of their own.
 void logIn(KeptValues& kept, const std::string& userId);
 
-/// Forgets the user at once, and brings back the consent set aside once that is known.
+/// Forgets the user and restores the original. While the original cannot be read, the consent becomes
+/// unknown.
 void logOut(KeptValues& kept);
 
-/// Whether what stands as the user's consent is the one set aside for nobody in particular.
+/// Whether the user's consent is still the one inherited from the original.
 bool isInherited(const KeptValues& kept);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a client's background tasks go by, which may outlive the client.
+// What a client's background tasks work with. It may outlive the client.
 
 #include <memory>
 #include <string>
@@ -12,8 +12,8 @@
 
 namespace TalvoConsentSDK {
 
-/// One site: its identifier, its service, its consents on the device, and whom to tell where. Safe from any
-/// thread.
+/// One site: its identifier, its service, its consents on the device, its listeners, and the executors to
+/// use. Safe from any thread.
 struct Site {
   const std::string id;
   const std::shared_ptr<APIClient> apiClient;

@@ -10,8 +10,8 @@ namespace TalvoConsentSDK {
 
 void announceEnd(const SitePointer& site, Task<ConsentResponse> submission, BasicConsent consent,
                  std::function<void(Result<ConsentResponse>)> completion) {
-  const auto tell = [site, consent = std::move(consent),
-                     completion = std::move(completion)](Result<ConsentResponse> result) {
+  const auto announce = [site, consent = std::move(consent),
+                         completion = std::move(completion)](Result<ConsentResponse> result) {
     if (result) {
       std::vector<ConsentEvent> events = consent.consentEvents();
       events.push_back(ConsentEvent::consentSent);
@@ -20,8 +20,9 @@ void announceEnd(const SitePointer& site, Task<ConsentResponse> submission, Basi
     if (completion) completion(std::move(result));
   };
   spawn<ConsentResponse>(site->background, std::move(submission),
-                         [tell, callbacks = site->callbacks](Result<ConsentResponse> result) {
-                           detail::postOrRun(callbacks, [tell, result = std::move(result)] { tell(result); });
+                         [announce, callbacks = site->callbacks](Result<ConsentResponse> result) {
+                           detail::postOrRun(callbacks,
+                                             [announce, result = std::move(result)] { announce(result); });
                          });
 }
 

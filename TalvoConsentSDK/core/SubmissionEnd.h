@@ -1,6 +1,6 @@
 #pragma once
 
-// How a submission's end reaches the host: its events, then its completion.
+// Reports the end of a submission to the host: first its events, then its completion.
 
 #include <functional>
 
@@ -12,12 +12,13 @@
 
 namespace TalvoConsentSDK {
 
-/// Runs `submission` in the background. On the executor for callbacks, in the order in which submissions end,
-/// it then raises the consent's events and `consentSent`, unless it has failed, and calls `completion`.
+/// Runs `submission` in the background. When it ends, raises the consent's events and `consentSent` if it
+/// succeeded, and calls `completion` in either case. This happens on the callback executor, in the order in
+/// which submissions end.
 void announceEnd(const SitePointer& site, Task<ConsentResponse> submission, BasicConsent consent,
                  std::function<void(Result<ConsentResponse>)> completion);
 
-/// The same, begun when it is awaited. The awaiter goes on after the events.
+/// The same as a task, which starts when it is awaited and ends after the events.
 Task<ConsentResponse> announcedEnd(SitePointer site, Task<ConsentResponse> submission, BasicConsent consent);
 
 }  // namespace TalvoConsentSDK

@@ -22,21 +22,21 @@ class HTTPClient;
 /// destroyed. Install a Platform before anything is submitted. Safe from any thread.
 class TalvoConsent {
  public:
-  /// Called once, on the platform's executor for callbacks, with the service's reply, an `HTTPClientError`,
-  /// or a `PlatformError` of domain "HTTPClient".
+  /// Called once, on the platform's callback executor, with the service's reply, an `HTTPClientError`, or a
+  /// `PlatformError` of domain "HTTPClient".
   using Completion = std::function<void(Result<JSONObject>)>;
 
-  /// The process's instance, created on the first call; the arguments of later calls are ignored. `token`
-  /// travels in the request's body. Without `apiUrl` the library's default service is used. `tenantId` is
-  /// accepted for hosts that have one; nothing is done with it.
+  /// Returns the process's instance, creating it on the first call; the arguments of later calls are ignored.
+  /// `token` is sent in the request's body. Without `apiUrl`, the library's default service is used.
+  /// `tenantId` is accepted for hosts that have one, but not used.
   static std::shared_ptr<TalvoConsent> getInstance(const std::string& tenantId,
                                                    const std::string& collectionPointId,
                                                    const std::optional<std::string>& token,
                                                    const std::optional<std::string>& apiUrl);
 
   /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
-  /// as it is. Fails with `HTTPClientError` `invalidURL`, inline, when the base URL is none, and with code -1
-  /// when a text is not UTF-8.
+  /// unchanged. If the base URL is not a URL, fails with `HTTPClientError` `invalidURL`, calling `completion`
+  /// before this returns. If a text is not UTF-8, fails with code -1.
   void submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
                      Completion completion);
 

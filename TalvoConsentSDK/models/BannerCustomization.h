@@ -1,6 +1,6 @@
 #pragma once
 
-// The document that decides what the banner looks like and says.
+// The document that decides how the banner looks and what it says.
 
 #include <map>
 #include <optional>
@@ -11,7 +11,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A site's banner, in one language. Texts that are absent have defaults where they are drawn.
+/// A site's banner, in one language. Where a text is absent, the banner draws a default.
 struct BannerCustomization {
   /// Colour texts; see `colorFromText`.
   struct Colors {
@@ -26,7 +26,7 @@ struct BannerCustomization {
   struct Settings {
     Settings() {}
 
-    std::string positioning;            // "top" in any letter case, else the bottom
+    std::string positioning;            // "top" in any letter case; anything else means the bottom
     bool isShowBlurBackground = false;  // a dimmed backdrop
     bool isShowPoweredBy = false;       // reported to the service, never drawn
   };
@@ -89,7 +89,7 @@ struct BannerCustomization {
     std::optional<std::vector<std::string>> categories;  // absent or empty: all
   };
 
-  /// A category as the preferences screen shows it; no document holds one.
+  /// A category as the preferences screen shows it. Documents do not contain any.
   struct CategoryItem {
     CategoryItem() {}
 
@@ -100,7 +100,7 @@ struct BannerCustomization {
     std::optional<bool> required;
   };
 
-  /// One component of a screen. `id` chooses its kind, which reads the list that belongs to it.
+  /// One component of a screen. `id` chooses the kind of component; each kind reads only its own list.
   struct ComponentItem {
     ComponentItem() {}
 

@@ -31,11 +31,11 @@ struct BasicConsent {
   static BasicConsent acceptAll();
   static BasicConsent rejectAll();
 
-  /// Over the categories that are present: accepted when every one is `all`, rejected when every one is
-  /// `none` or there is none, else partial.
+  /// Judges the categories that are present: accepted if all of them are `all`, rejected if all of them are
+  /// `none` or none is present, otherwise partial.
   ConsentStatus status() const;
 
-  /// The events that this consent announces, in order.
+  /// Returns the events that this consent raises, in order.
   std::vector<ConsentEvent> consentEvents() const;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// Why a document could not be read as a record, or a record not be written.
+// Why a document could not be read as a record, or why a record could not be written.
 
 #include <exception>
 #include <string>
@@ -17,8 +17,8 @@ class CodingError : public std::exception {
   enum class Kind {
     keyNotFound,    // a required key is missing
     valueNotFound,  // null where a value is required
-    typeMismatch,   // another JSON type than the one expected
-    dataCorrupted,  // no JSON, a value that its type does not allow, or too many values for its length
+    typeMismatch,   // a JSON type other than the expected one
+    dataCorrupted,  // not JSON, a value that its type does not allow, or values that take too much memory
     invalidValue,   // (writing) NaN, infinity, or text that is not UTF-8
   };
 
@@ -30,7 +30,7 @@ class CodingError : public std::exception {
   /// What was expected and found, or what is wrong with the data.
   const std::string& detail() const noexcept { return detail_; }
 
-  /// All of it in one sentence, a NUL written as `\u0000`.
+  /// All of this in one sentence, with each NUL written as `\u0000`.
   const char* what() const noexcept override;
 
  private:

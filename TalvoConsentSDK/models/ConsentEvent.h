@@ -1,6 +1,7 @@
 #pragma once
 
-// The events a host can listen to. A leaf, so that consent records can name the events they announce.
+// The events a host can listen to. Includes nothing else from this folder, so that the consent records can
+// name the events that they raise.
 
 #include <array>
 
@@ -9,7 +10,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// What became of a consent or an identity.
+/// Something that has happened to a consent or to the user's identity.
 enum class ConsentEvent {
   acceptAll,
   rejectAll,

@@ -9,7 +9,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Names the record under which the service keeps the consent.
+/// Identifies the record in which the service keeps the consent.
 struct ConsentResponse {
   ConsentResponse() {}
   explicit ConsentResponse(std::string identifier) : id(std::move(identifier)) {}

@@ -25,15 +25,15 @@ class ConsentValue {
   /// `all` or `none`.
   explicit ConsentValue(bool enabled) : kind_(enabled ? Kind::all : Kind::none) {}
 
-  /// The value for a selection out of `totalCount` items: none when nothing is selected, all when as many are
-  /// selected as there are, else partial. Only the counts are compared.
+  /// Returns the value for a selection out of `totalCount` items: none if nothing is selected, all if
+  /// `totalCount` items are, otherwise partial. Compares only the counts.
   static ConsentValue fromSelection(const std::vector<std::string>& selected, int totalCount);
 
   bool isAll() const noexcept { return kind_ == Kind::all; }
   bool isNone() const noexcept { return kind_ == Kind::none; }
   bool isPartial() const noexcept { return kind_ == Kind::partial; }
 
-  /// The accepted items of a partial value, in the order given; empty for the others.
+  /// The accepted items of a partial value, in the order given; empty for `all` and `none`.
   const std::vector<std::string>& items() const noexcept { return items_; }
 
   /// Whether anything of the category is accepted.

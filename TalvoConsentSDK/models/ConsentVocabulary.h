@@ -1,6 +1,6 @@
 #pragma once
 
-// The small vocabularies of consent: its categories and what a whole consent amounts to.
+// The enumerations of consent: its categories, and the status of a consent as a whole.
 
 #include <array>
 
@@ -24,7 +24,7 @@ struct RawValues<ConsentCategory> {
   };
 };
 
-/// What a consent amounts to over its categories. Its raw text is its name.
+/// The status of a consent over all of its categories. Its raw text is its name.
 enum class ConsentStatus { accepted, rejected, partial };
 
 template <>

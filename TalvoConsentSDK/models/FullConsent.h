@@ -34,7 +34,7 @@ struct FullConsent {
   std::optional<std::string> id;
   std::optional<std::string> siteId;
 
-  /// The part of it that a host sees; the rest is dropped.
+  /// Returns the part that a host sees, without the rest.
   BasicConsent toBasicConsent() const;
 };
 

@@ -1,8 +1,8 @@
 #pragma once
 
-// Records to JSON and back. Keys are the fields' names; absent optional fields are left out when writing, and
-// a missing key and a null read alike. Unknown keys are ignored; of a key given twice only the last value
-// is looked at, in records, maps and untyped objects alike.
+// Converts records to JSON and back. Keys are the fields' names. When writing, absent optional fields are
+// left out. When reading, a missing key means the same as a null, and unknown keys are ignored. If a key is
+// given twice, only the last value counts, in records, maps and untyped objects alike.
 
 #include <string>
 #include <string_view>
@@ -16,25 +16,24 @@ namespace json {
 
 struct Coding;
 
-/// How a `T` is read and written, whose type is known here alone.
+/// Returns how a `T` is read and written. The functions below do without the type.
 template <class T>
 TALVO_EXPORT const Coding& codingOf();
 
-/// A whole document into a new value, or why not.
+/// Read a whole document into a new value, and write a value as one.
 TALVO_EXPORT Result<void> decode(std::string_view text, void* value, const Coding& coding);
 TALVO_EXPORT Result<std::string> encode(const void* value, const Coding& coding);
 
 }  // namespace json
 
-/// Reads records. Stateless; safe from any thread. A byte order mark before the document is passed over. A
-/// document is refused as a whole, with a `CodingError`: when it is not strict JSON in UTF-8 (RFC 8259, at
-/// most 256 levels deep, an empty one inside these not counted, numbers within 64-bit integers or doubles),
-/// when a value does not fit its field, or when its values take more memory than 16 MB and 8 times its
-/// length.
+/// Reads records. Stateless; safe from any thread. Skips a byte order mark before the document. Rejects a
+/// document as a whole, with a `CodingError`, if it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels
+/// deep, not counting an empty innermost one, with numbers within 64-bit integers or doubles), if a value
+/// does not fit its field, or if its values take more memory than 16 MB plus 8 times the document's length.
 class JSONDecoder {
  public:
   /// Implemented for every record of this library, their enumerations, `JSONValue`, and
-  /// `std::optional<FullConsent>`, for which a null document is no consent.
+  /// `std::optional<FullConsent>`, which a null document leaves empty.
   template <class T>
   Result<T> decode(std::string_view text) const {
     T value{};

@@ -22,9 +22,9 @@ class JSONValue;
 using JSONObject = std::map<std::string, JSONValue, std::less<>>;
 using JSONArray = std::vector<JSONValue>;
 
-/// One JSON value. Whole numbers are read as integers; a document with one beyond signed 64-bit integers is
-/// refused, since a double would change it. Numbers with a fraction or an exponent are read as doubles. NaN,
-/// infinity and text that is not UTF-8 can be held, but not written.
+/// One JSON value. Whole numbers are read as integers; if one does not fit a signed 64-bit integer, the
+/// document is rejected, since a double would change the number. Numbers with a fraction or an exponent are
+/// read as doubles. A value may be NaN, infinity or text that is not UTF-8, but cannot be written then.
 class JSONValue {
  public:
   JSONValue() {}  // null
@@ -43,11 +43,11 @@ class JSONValue {
   template <class Pointer>
     requires((std::is_pointer_v<Pointer> || std::is_member_pointer_v<Pointer>) &&
              !std::is_convertible_v<Pointer, const char*>)
-  JSONValue(Pointer) = delete;  // it would become a boolean
+  JSONValue(Pointer) = delete;  // a pointer would become a boolean
 
   bool isNull() const noexcept { return std::holds_alternative<std::monostate>(value_); }
 
-  /// The content when it is of that kind, else null.
+  /// Returns the content if it is of that kind, otherwise null.
   const bool* boolean() const noexcept { return std::get_if<bool>(&value_); }
   const std::int64_t* integer() const noexcept { return std::get_if<std::int64_t>(&value_); }
   const double* number() const noexcept { return std::get_if<double>(&value_); }
@@ -56,8 +56,9 @@ class JSONValue {
   const JSONObject* object() const noexcept { return std::get_if<JSONObject>(&value_); }
   JSONObject* object() noexcept { return std::get_if<JSONObject>(&value_); }
 
-  // Has a body because a defaulted comparison is looked up while the class is incomplete, together with those
-  // of the containers it holds itself in. libc++ then remembers wrongly how such an element may be moved.
+  // Has a body because a defaulted comparison is looked up while the class is incomplete, and so are the
+  // comparisons of the containers of JSONValue that it holds. libc++ then remembers wrongly how their
+  // elements can be moved.
   friend bool operator==(const JSONValue& a, const JSONValue& b) { return a.value_ == b.value_; }
 
  private:

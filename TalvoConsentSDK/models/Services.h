@@ -57,12 +57,13 @@ struct Services {
   std::optional<std::vector<Service>> libraries;
   std::optional<std::vector<SpecificServiceDetails>> services;
 
-  /// The vendors with services in `category`, sorted by name. The request is only lower-cased: "preference"
-  /// finds nothing, since its services are filed under "preferences".
+  /// Returns the vendors with services in `category`, sorted by name. `category` is only lower-cased:
+  /// "preference" finds nothing, since its services are grouped under "preferences".
   std::vector<ServiceGroup> groupedByVendor(std::string_view category) const;
 };
 
-/// The key that a category's services are filed under: the text in lower case, "preference" as "preferences".
+/// Returns the key that a category's services are grouped under: the text in lower case, but "preferences"
+/// for "preference".
 TALVO_EXPORT std::string normalizedCategoryKey(std::string_view category);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #pragma once
 
-// A catalogue with the index that the banner's switches work on.
+// A catalogue with the index that the banner's switches use.
 
 #include <map>
 #include <string>

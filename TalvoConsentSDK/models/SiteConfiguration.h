@@ -1,6 +1,6 @@
 #pragma once
 
-// The switches that a site sets on the service.
+// The options that a site sets on the service.
 
 #include <optional>
 
@@ -11,8 +11,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 struct SiteConfiguration {
   SiteConfiguration() {}
 
-  std::optional<bool> implicitConsent;      // consent is given without being asked for
-  std::optional<bool> returnSecondaryView;  // a person who has decided sees the preferences first
+  std::optional<bool> implicitConsent;      // submit consent without asking the user
+  std::optional<bool> returnSecondaryView;  // show the preferences first to a user who has decided
 };
 
 }  // namespace TalvoConsentSDK

@@ -29,8 +29,8 @@ class APIClient {
   Task<ConsentResponse> createConsent(FullConsent payload) const;
   Task<ConsentResponse> updateConsent(FullConsent payload) const;
 
-  /// The consent that the service keeps for a user; nothing when it keeps none. `invalidURL` for an
-  /// identifier that would name another endpoint or somebody else.
+  /// Returns the consent that the service holds for a user; nothing if it holds none. Fails with `invalidURL`
+  /// if the user's identifier, as part of the URL, would name another endpoint or another user.
   Task<std::optional<FullConsent>> fetchIdentifiedConsent(std::string userId,
                                                           std::optional<std::string> consentId) const;
 

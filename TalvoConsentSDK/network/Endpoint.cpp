@@ -6,7 +6,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// What a server reads that undoes percent-encoding, once.
+// Undoes percent-encoding once, as a server does.
 std::string decoded(std::string_view text) {
   std::string plain;
   for (std::size_t at = 0; at < text.size(); ++at) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// How both clients address the consent service.
+// URLs and headers with which both clients address the consent service.
 
 #include <optional>
 #include <string>
@@ -11,12 +11,12 @@
 
 namespace TalvoConsentSDK {
 
-/// `baseUrl` without one trailing slash, then "/public", then `path`; nothing when that is no URL that a
-/// request can be sent to. The pieces are joined as they are, without escaping.
+/// Joins `baseUrl` without its trailing slash, if it has one, "/public" and `path`, without escaping. Returns
+/// nothing if the result is not a URL that a request can be sent to.
 std::optional<URL> endpointURL(const std::string& baseUrl, const std::string& path);
 
-/// Whether `text`, joined to a path as it is, is one segment that names nothing else: it is not empty, is no
-/// dot segment, and holds no '/', '?' or '#', also when they are percent-encoded.
+/// Whether `text` is a single path segment when it is joined to a path without escaping: it is not empty, is
+/// not a dot segment, and contains no '/', '?' or '#', percent-encoded or not.
 bool isOneSegment(std::string_view text);
 
 /// The headers of every request.

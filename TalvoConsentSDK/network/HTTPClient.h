@@ -23,13 +23,14 @@ class HTTPClient {
  public:
   using JSONCompletion = std::function<void(Result<JSONObject>)>;
 
-  /// Replies of typed requests are decoded on `decodingExecutor`; null: where the awaiting task runs.
+  /// Replies to typed requests are decoded on `decodingExecutor`, or, if it is null, where the awaiting task
+  /// runs.
   HTTPClient(JSONDecoder decoder, JSONEncoder encoder, std::shared_ptr<Executor> decodingExecutor)
       : decoder_(decoder), encoder_(encoder), decodingExecutor_(std::move(decodingExecutor)) {}
   virtual ~HTTPClient() = default;
 
-  /// Sends a request, with `body` as JSON where there is one, and reads the reply as a `Reply`. Every failure
-  /// is thrown as an `HTTPClientError`; no `url` is `invalidURL`.
+  /// Sends a request, with `body` as JSON if there is one, and reads the reply as a `Reply`. Every failure is
+  /// thrown as an `HTTPClientError`: `invalidURL` if there is no `url`.
   template <class Reply>
   Task<Reply> get(std::optional<URL> url, HTTPHeaders headers) {
     return reply<Reply>(exchange("GET", std::move(url), std::nullopt, std::move(headers)));
@@ -43,15 +44,15 @@ class HTTPClient {
     return reply<Reply>(exchange("PUT", std::move(url), encoder_.encode(body), std::move(headers)));
   }
 
-  /// Posts a JSON object. `completion` is called once, on the session's thread (inline when `body` cannot be
-  /// written or the session throws), with the reply's object, an `HTTPClientError`, or a `PlatformError` of
-  /// domain "HTTPClient": -1 "Failed to serialize JSON payload", -2 "No data received", -3 "Invalid JSON
-  /// response".
+  /// Posts a JSON object. `completion` is called once, on the session's thread (before this returns, if
+  /// `body` cannot be encoded or the session throws), with the reply's object, an `HTTPClientError`, or a
+  /// `PlatformError` of domain "HTTPClient": -1 "Failed to serialize JSON payload", -2 "No data received", -3
+  /// "Invalid JSON response".
   virtual void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) = 0;
 
  protected:
-  /// Sends one request and returns the body of an accepted reply. Throws an `HTTPClientError`, also when
-  /// there is no `url` or the body could not be encoded.
+  /// Sends one request and returns the body of an accepted reply. Throws an `HTTPClientError`, also if there
+  /// is no `url` or the body could not be encoded.
   virtual Task<std::string> exchange(std::string method, std::optional<URL> url,
                                      std::optional<Result<std::string>> body, HTTPHeaders headers) = 0;
 

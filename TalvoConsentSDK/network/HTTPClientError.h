@@ -19,8 +19,8 @@ class HTTPClientError : public std::exception {
     httpError,        // the service answered with a status outside 200 to 299
     decodingError,    // the reply is not the document that was expected
     networkError,     // no reply arrived, or the request could not be formed
-    invalidURL,       // nothing was sent
-    invalidResponse,  // the answer was no HTTP response
+    invalidURL,       // the URL cannot be used; nothing was sent
+    invalidResponse,  // the answer was not an HTTP response
   };
 
   static HTTPClientError httpError(int statusCode, std::string message);
@@ -31,15 +31,15 @@ class HTTPClientError : public std::exception {
 
   Case kind() const noexcept { return kind_; }
 
-  /// Of `httpError`: the status, and the reply's body as it came ("Unknown error" when it is not UTF-8).
+  /// For `httpError`: the status, and the reply's unchanged body ("Unknown error" if it is not UTF-8).
   /// Otherwise 0 and empty.
   int statusCode() const noexcept { return statusCode_; }
   const std::string& message() const noexcept { return message_; }
 
-  /// Of `decodingError` and `networkError`: the cause. Otherwise null.
+  /// For `decodingError` and `networkError`: the cause. Otherwise null.
   const Error* underlying() const noexcept { return underlying_ ? &*underlying_ : nullptr; }
 
-  /// A sentence for people, the same as `what()`. A NUL in it is written as `\u0000`.
+  /// A description for people, the same as `what()`. A NUL in it is written as `\u0000`.
   const std::string& errorDescription() const noexcept { return description_; }
   const char* what() const noexcept override;
 

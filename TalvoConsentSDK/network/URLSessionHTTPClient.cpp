@@ -27,8 +27,8 @@ URLRequest makeRequest(std::string method, URL url, std::optional<std::string> b
 
 enum class MissingBody { isEmpty, isAnError };
 
-// The one place where an outcome is judged: a transport error beats a missing body, which beats a response
-// that is not HTTP, which beats its status.
+// The only place that decides whether a request succeeded. If several things are wrong, the first of these is
+// reported: a transport error, a missing body, a response that is not HTTP, a status that is not accepted.
 Result<std::string> acceptedBody(Result<URLResponse> outcome, MissingBody missingBody) {
   if (!outcome) return HTTPClientError::networkError(outcome.error());
   URLResponse& response = *outcome;
@@ -41,7 +41,7 @@ Result<std::string> acceptedBody(Result<URLResponse> outcome, MissingBody missin
   return body;
 }
 
-// A reply that memory runs out over is an error too: somebody waits for the outcome.
+// Running out of memory over a reply is reported as an error too, because the caller waits for the outcome.
 Result<JSONObject> acceptedObject(const JSONDecoder& decoder, Result<URLResponse> outcome) try {
   const auto body = acceptedBody(std::move(outcome), MissingBody::isAnError);
   if (!body) return body.error();

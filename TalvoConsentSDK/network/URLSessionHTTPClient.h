@@ -8,7 +8,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Sends each request on a session and judges what that reports.
+/// Sends each request on a session, and checks what the session reports.
 class URLSessionHTTPClient : public HTTPClient {
  public:
   explicit URLSessionHTTPClient(std::shared_ptr<URLSession> session,

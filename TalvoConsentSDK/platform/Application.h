@@ -1,6 +1,6 @@
 #pragma once
 
-// The seam for the host application as the system sees it.
+// The seam for the host application, as the operating system sees it.
 
 #include <memory>
 #include <optional>
@@ -22,37 +22,37 @@ struct OperatingSystemVersion {
   friend auto operator<=>(const OperatingSystemVersion&, const OperatingSystemVersion&) = default;
 };
 
-/// One instance of the host's interface. Main thread only.
+/// One instance of the host's user interface. Main thread only.
 class Scene {
  public:
   virtual ~Scene() = default;
 
   virtual ActivationState activationState() const = 0;
 
-  /// Whether windows can be put on it.
+  /// Whether it can hold windows.
   virtual bool isWindowScene() const = 0;
 
-  /// A new, hidden window on this window scene.
+  /// Returns a new, hidden window on this window scene.
   virtual std::shared_ptr<Window> makeWindow() = 0;
 };
 
-/// The host application. Main thread only. The defaults are those of a process without an interface.
+/// The host application. Main thread only. The defaults suit a process without a user interface.
 class Application {
  public:
   virtual ~Application() = default;
 
   virtual std::vector<std::shared_ptr<Scene>> connectedScenes() { return {}; }
 
-  /// The phone system's version whose behaviour the platform offers.
+  /// The version of the phone's operating system whose behaviour the platform offers.
   virtual OperatingSystemVersion operatingSystemVersion() const { return {17, 0}; }
 
   /// Hands a URL to the system, to be opened outside the host.
   virtual void open(const URL&) {}
 
-  /// The direction the host asks for; absent: that of the banner's own text.
+  /// The layout direction that the host asks for. If absent, the banner follows its own text.
   virtual std::optional<LayoutDirection> layoutDirection() const { return std::nullopt; }
 
-  /// Whether the person asked for less motion.
+  /// Whether the user asked for less motion.
   virtual bool reducesMotion() const { return false; }
 };
 

@@ -9,22 +9,24 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A place that runs jobs. The main actor runs its jobs one at a time on the main thread, in the order posted
-/// and never inside `post`; a background executor runs them on threads other than the main one.
+/// Runs jobs. The main actor runs them one at a time on the main thread, in the order posted and never inside
+/// `post`; a background executor runs them on threads other than the main one.
 class Executor {
  public:
   virtual ~Executor() = default;
 
-  /// Hands over one job; may be called from any thread. Every job runs exactly once, unless the process ends
-  /// first. An executor contains what a job throws (see `callHost`): its thread goes on. One that cannot take
-  /// the job throws. Also called while a client is being created, so `post` must not create one.
+  /// Schedules a job; safe from any thread. Every job runs exactly once, unless the process ends first. If a
+  /// job throws, the executor catches the exception (see `callHost`), and its thread goes on. If the executor
+  /// cannot take the job, `post` throws. It is also called while a client is being created, so it must not
+  /// create one.
   virtual void post(std::function<void()> job) = 0;
 };
 
 namespace detail {
 
-/// Posts a job that must run: here, should the executor throw instead of taking it. It runs once, and what it
-/// holds is released where it has run. What it throws is contained.
+/// Posts a job that must run. If the executor throws instead of taking the job, runs it on the calling
+/// thread. The job runs once, and its captures are released on the thread where it ran. If the job throws,
+/// the exception is caught.
 TALVO_EXPORT void postOrRun(const std::shared_ptr<Executor>& executor, std::function<void()> job) noexcept;
 
 }  // namespace detail

@@ -17,7 +17,7 @@ class Image {
  public:
   virtual ~Image() = default;
 
-  /// Its size in points, at one pixel a point.
+  /// The size in points, at one pixel per point.
   virtual Size size() const = 0;
 };
 

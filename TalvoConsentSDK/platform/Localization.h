@@ -9,12 +9,12 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Looks texts up by key. This default knows none and answers with the key itself.
+/// Looks texts up by key. This default knows no texts and returns the key itself.
 class Localization {
  public:
   virtual ~Localization() = default;
 
-  /// The text for `key` in the person's language, or the key.
+  /// Returns the text for `key` in the user's language, or the key.
   virtual std::string text(std::string_view key) { return std::string(key); }
 };
 

@@ -17,7 +17,7 @@ struct Installed {
   std::mutex lock;
   UnboundPlatform unbound;
   std::optional<Platform> platform;
-  std::vector<std::function<void()>> waiting;  // for the first platform
+  std::vector<std::function<void()>> waiting;  // work to do once the first platform is installed
 
   static Installed& instance() {
     static Installed& installed = *new Installed;
@@ -33,21 +33,21 @@ void replaceNull(std::shared_ptr<Seam>& seam, const std::shared_ptr<Seam>& inste
 }  // namespace
 
 void Platform::fillIn() {
-  const Platform nobody;
-  replaceNull(urlSession, nobody.urlSession);
-  replaceNull(userDefaults, nobody.userDefaults);
-  replaceNull(mainActor, nobody.mainActor);
-  replaceNull(background, nobody.background);
+  const Platform nullObjects;
+  replaceNull(urlSession, nullObjects.urlSession);
+  replaceNull(userDefaults, nullObjects.userDefaults);
+  replaceNull(mainActor, nullObjects.mainActor);
+  replaceNull(background, nullObjects.background);
   replaceNull(callbacks, background);
-  replaceNull(application, nobody.application);
-  replaceNull(localization, nobody.localization);
-  replaceNull(printer, nobody.printer);
+  replaceNull(application, nullObjects.application);
+  replaceNull(localization, nullObjects.localization);
+  replaceNull(printer, nullObjects.printer);
 }
 
 void Platform::install(Platform platform) {
   platform.fillIn();
   Installed& installed = Installed::instance();
-  std::optional<Platform> replaced(std::move(platform));  // released outside the lock: it is the host's
+  std::optional<Platform> replaced(std::move(platform));  // released outside the lock: runs host code
   std::vector<std::function<void()>> waiting;
   {
     const std::scoped_lock guard(installed.lock);

@@ -15,10 +15,10 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// What the library runs on. What a host leaves out, or sets to null, is a null object once installed. Such a
-/// session or store fails with an error that says so, an executor runs work inline, on the caller's thread,
-/// and an application has no interface; texts are their keys, and lines go to standard output. Without an
-/// installed platform that is all of them.
+/// What the library runs on. Members that a host leaves out or sets to null become null objects when the
+/// platform is installed: session and store fail with an error that says so, executors run work inline on the
+/// caller's thread, the application has no user interface, texts are their keys, and lines go to standard
+/// output. Until a platform is installed, all members are null objects.
 struct Platform {
   Platform();
 
@@ -27,27 +27,30 @@ struct Platform {
   std::shared_ptr<Executor> mainActor;
   std::shared_ptr<Executor> background;
 
-  /// Where listeners and completions of submissions are called, which may block: it runs one job after the
-  /// other, in the order posted. Null, as at first: `background`, whose work then waits for them.
+  /// Calls listeners and the completions of submissions, which may block. Must run one job after the other,
+  /// in the order posted. If null, which is the default, `background` is used, and its other work waits for
+  /// these calls.
   std::shared_ptr<Executor> callbacks;
 
   std::shared_ptr<Application> application;
   std::shared_ptr<Localization> localization;
   std::shared_ptr<Printer> printer;
 
-  /// Puts null objects in the place of null members.
+  /// Replaces null members by null objects.
   void fillIn();
 
-  /// Makes `platform`, filled in, the process's own. Clients keep the session, the store and the executors
-  /// that were installed when they were created; those created before get the first that are installed, and
-  /// do now what they would have done at their creation. Application, localization and printer are those
-  /// installed at the time. Safe from any thread.
+  /// Fills `platform` in and makes it the process's platform. A client keeps the session, the store and the
+  /// executors that were installed when it was created. A client created before the first `install` gets the
+  /// first ones to be installed, and does now what it would have done at its creation. The
+  /// application, the localization and the printer in use are always the latest installed. Safe from any
+  /// thread.
   static void install(Platform platform);
 
   /// Whether there has been an `install`.
   static bool isInstalled();
 
-  /// The installed set. Before there is one, null objects that pass everything on to the first.
+  /// Returns the installed platform. Before the first `install`, returns null objects; their session, store
+  /// and executors pass everything on to the first installed platform from then on.
   static Platform current();
 };
 

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t maxLine = 2048;
 constexpr std::string_view cutMark = "…";
 
-// What would end a line somewhere, tell a terminal what to do, or reorder what stands around it.
+// Whether the character may end a line, control a terminal, or reorder the text around it.
 bool isControl(char32_t code) {
   return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
          (code >= 0x2066 && code <= 0x2069);
@@ -39,7 +39,7 @@ std::string visible(Character character, std::string_view text) {
 
 std::string oneLine(std::string_view text) {
   std::string line;
-  std::size_t cut = 0;  // where the mark still fits
+  std::size_t cut = 0;  // the length to cut the line to, so that the mark still fits
   while (!text.empty()) {
     const Character character = firstCharacter(text);
     line += visible(character, text);
@@ -57,7 +57,7 @@ void StandardOutput::print(std::string_view line) {
   std::string text(line);
   text += '\n';
   const std::scoped_lock guard(lock);
-  std::fflush(stdout);  // what the host has left there, so that the line has the buffer for itself
+  std::fflush(stdout);  // writes what the host has printed, so that the line has the buffer to itself
   std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
 }
@@ -65,7 +65,7 @@ void StandardOutput::print(std::string_view line) {
 void print(std::string_view line) noexcept {
   try {
     Platform::current().printer->print(oneLine(line));
-  } catch (...) {  // nobody is left to tell
+  } catch (...) {  // there is nowhere left to report this
   }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// Where diagnostic lines go. There are no log levels: a line tells of background work that failed or of input
-// that could not be used, and nothing else reports it.
+// Prints diagnostic lines. There are no log levels: a line reports background work that failed or input that
+// could not be used, and is the only report of it.
 
 #include <functional>
 #include <string_view>
@@ -10,37 +10,37 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Receives every diagnostic line. Called from any thread, also while a client is being created: it must not
-/// create one itself.
+/// Receives every diagnostic line. Called from any thread, also while a client is being created, so it must
+/// not create one itself.
 class Printer {
  public:
   virtual ~Printer() = default;
 
-  /// Writes one line. What the library prints is UTF-8 of at most 2 KB without control characters and
-  /// changes of direction: they, and bytes that are no UTF-8, come as `\n`, `\u001b` or `\xff`, and a line
-  /// that was cut ends in "…".
+  /// Writes one line. The library passes UTF-8 of at most 2 KB. Control characters, characters that change
+  /// the text's direction, and bytes that are not UTF-8 are escaped, for example as `\n`, `\u001b` or `\xff`.
+  /// A line that was cut ends in "…".
   virtual void print(std::string_view line) = 0;
 };
 
-/// Prints to standard output. The lines of several threads never mix. A line as long as the library's goes
-/// out in one write to a file or pipe, so that those of several processes in one pipe do not mix either; a
-/// terminal may receive it in several.
+/// Prints to standard output. Lines from several threads never mix. A line of at most the library's length is
+/// written to a file or pipe in one piece, so lines from several processes on one pipe do not mix either; a
+/// terminal may receive it in several pieces.
 class StandardOutput : public Printer {
  public:
   void print(std::string_view line) override;
 };
 
-/// Prints any text on the installed platform's printer, as the one line that a printer is promised. What that
-/// throws is contained.
+/// Prints any text on the installed platform's printer, escaped and cut to one line as `Printer::print`
+/// describes. If the printer throws, the exception is caught.
 TALVO_EXPORT void print(std::string_view line) noexcept;
 
-/// Runs code that a host handed over. What it throws is contained: one line is printed and the caller goes
-/// on.
+/// Runs host code. If it throws, catches the exception and prints one line.
 TALVO_EXPORT void callHost(const std::function<void()>& code) noexcept;
 
 namespace detail {
 
-/// Asks a seam of the host's. Should it throw, one line is printed and the answer is `otherwise`.
+/// Asks one of the host's seams, and returns its answer. If it throws, prints one line and returns
+/// `otherwise`.
 template <class Answer, class Question>
 Answer askHost(Answer otherwise, const Question& question) {
   callHost([&] { otherwise = question(); });

@@ -1,7 +1,7 @@
 #pragma once
 
-// Where tasks meet callbacks: starting a task without waiting for it, and awaiting what reports by a
-// callback.
+// Connects tasks with callbacks: starts a task without waiting for it, and awaits operations that report
+// through a callback.
 
 #include <atomic>
 #include <coroutine>
@@ -22,9 +22,10 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
-/// it on any thread. Only the first call counts, and what `start` throws only before it. In a task the wait
-/// ends on the task's executor, elsewhere on the callback's thread, or on the caller's when the callback
-/// comes at once. The coroutine may be destroyed while it waits, as one that awaits a task may.
+/// it on any thread. Only the first call counts; an exception from `start` counts only before that. A
+/// task resumes on its executor. Any other coroutine resumes on the callback's thread, or goes on at once on
+/// its own thread if the callback was called before `start` returned. The coroutine may be destroyed while it
+/// waits, under the same condition as one that awaits a task.
 template <class T>
 class [[nodiscard]] CallbackAwaiter {
  public:
@@ -40,17 +41,17 @@ class [[nodiscard]] CallbackAwaiter {
 
   template <class Promise>
   bool await_suspend(std::coroutine_handle<Promise> awaiter) {
-    const Start start = std::move(start_);  // what it holds goes once it has been called
+    const Start start = std::move(start_);  // so that its captures are released when this function ends
     const auto report = report_;
     report->begin(awaiter);
     try {
       start([report, executor = detail::executorOf(awaiter)](T value) {
-        if (report->hasCome.exchange(true)) return;
+        if (report->hasArrived.exchange(true)) return;
         report->value.emplace(std::move(value));
         detail::Wait::end(detail::Share<detail::Wait>(*report.operator->()), executor);
       });
     } catch (...) {
-      if (!report->hasCome.exchange(true)) throw;
+      if (!report->hasArrived.exchange(true)) throw;
     }
     return report->suspend();
   }
@@ -62,7 +63,7 @@ class [[nodiscard]] CallbackAwaiter {
 
  private:
   struct Report : detail::Wait {
-    std::atomic<bool> hasCome = false;
+    std::atomic<bool> hasArrived = false;
     std::optional<T> value;
 
     Report() noexcept : Wait([](Wait& report) noexcept { delete static_cast<Report*>(&report); }) {}
@@ -105,7 +106,7 @@ Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
   try {
     Result<T> result = co_await std::move(task);
     end.emplace(std::move(result));
-  } catch (...) {  // the executor has not taken it
+  } catch (...) {  // the executor has not taken the task
     end.emplace(Error::current());
   }
   callHost([&] {
@@ -115,15 +116,15 @@ Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
 
 }  // namespace detail
 
-/// Starts a task on `executor` without waiting for it. `done` hears of its end, once, on the executor; on the
-/// caller's thread, should that throw instead of taking the task.
+/// Starts a task on `executor` without waiting for it. `done` is called once with its result, on the
+/// executor; or on the caller's thread, if the executor throws instead of taking the task.
 template <class T>
 void spawn(const std::shared_ptr<Executor>& executor, Task<T> task, std::function<void(Result<T>)> done) {
   detail::run(detail::outcome(std::move(task)).on(executor), std::move(done));
 }
 
-/// Starts a task whose end nobody waits for, one that reports its own failures. A line tells of one that
-/// could not be run.
+/// Starts a task that reports its own failures, without waiting for its end. If it cannot be run, prints a
+/// line.
 inline void spawn(const std::shared_ptr<Executor>& executor, Task<void> task) {
   spawn<void>(executor, std::move(task), [](const Result<void>& end) {
     if (!end) print(std::string("⚠️ A task could not be run: ") + end.error().what());

@@ -1,7 +1,7 @@
 #pragma once
 
-// How long the device's store may keep a thread waiting. The caller knows whether a person waits; the store
-// knows what it waits for.
+// Limits how long the device's store may make a thread wait. Only the caller knows whether a person is
+// waiting; only the store knows what it is waiting for.
 
 #include <chrono>
 #include <optional>
@@ -10,8 +10,9 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Limits what all store operations on the calling thread may wait together, from its creation to its
-/// destruction. When two are nested, the earlier deadline holds. Create and destroy it on the same thread.
+/// Limits how long all store operations on the calling thread together may wait, from this object's creation
+/// to its destruction. If two are nested, the earlier deadline holds. Create and destroy it on the same
+/// thread.
 class StoreDeadline {
  public:
   explicit StoreDeadline(std::chrono::milliseconds limit);
@@ -19,8 +20,8 @@ class StoreDeadline {
   StoreDeadline(const StoreDeadline&) = delete;
   StoreDeadline& operator=(const StoreDeadline&) = delete;
 
-  /// How long an operation that would wait at most `otherwise` may wait on the calling thread: less when a
-  /// deadline is nearer, and zero when it has passed.
+  /// Returns how long an operation may wait on the calling thread: `otherwise`, or less if a deadline is
+  /// nearer; zero once it has passed.
   static std::chrono::milliseconds remaining(std::chrono::milliseconds otherwise);
 
  private:

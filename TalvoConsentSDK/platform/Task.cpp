@@ -5,7 +5,7 @@
 namespace TalvoConsentSDK::detail {
 
 void Wait::end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noexcept {
-  if (wait->advance(Phase::starting, Phase::over)) return;  // the awaiter sees it before it suspends
+  if (wait->advance(Phase::starting, Phase::over)) return;  // the awaiter will not suspend
   if (!executor) return wait->resume(nullptr);
   try {
     executor->post([wait] { wait->resume(nullptr); });
@@ -14,7 +14,7 @@ void Wait::end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noex
   }
 }
 
-// Whoever gets here first resumes: an executor that throws may have taken the job all the same.
+// Only the first call resumes the awaiter: an executor may take the job and throw all the same.
 void Wait::resume(std::exception_ptr refusal) noexcept {
   if (!advance(Phase::suspended, Phase::over)) return;
   refusal_ = std::move(refusal);
@@ -31,22 +31,22 @@ bool TaskPromise::start(std::coroutine_handle<> task, std::coroutine_handle<> aw
     run(task);
     return suspend();
   }
-  // An awaiter without an executor goes on where the task ends, however soon that is; it may then be gone
-  // before the task's executor has returned from `post`.
+  // An awaiter without an executor resumes where the task ends, however soon that is. It may therefore be
+  // destroyed before the task's executor returns from `post`, and must count as suspended before that call.
   const auto target = executor;
-  const bool goesOnThere = !continueOn;
-  if (goesOnThere) suspend();
+  const bool resumesWhereTaskEnds = !continueOn;
+  if (resumesWhereTaskEnds) suspend();
   try {
     target->post([own, task] { own->run(task); });
   } catch (...) {
-    if (!hasBegun_.exchange(true)) throw;  // else the executor has taken it all the same
+    if (!hasBegun_.exchange(true)) throw;  // otherwise the executor has run it all the same
   }
-  return goesOnThere || suspend();
+  return resumesWhereTaskEnds || suspend();
 }
 
 void TaskPromise::run(std::coroutine_handle<> task) {
   if (hasBegun_.exchange(true)) return;
-  retain();  // until `finish`: whoever awaits the task may go
+  retain();  // until `finish`: the awaiter may be destroyed
   task.resume();
 }
 

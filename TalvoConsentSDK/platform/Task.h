@@ -2,9 +2,10 @@
 
 // The library's asynchronous operations: a lazy coroutine that returns a value or throws an Error.
 //
-// A task runs on one executor, which it takes from the task that awaits it unless `on` gave it one of its
-// own, and goes on there after every wait. Without an executor it goes on where its last wait ended. Any
-// coroutine can await a task; one that is not itself a Task is resumed where the awaited task ends.
+// A task runs on one executor, and resumes there after every wait. It takes the executor from the task that
+// awaits it, unless `on` has given it one of its own. Without an executor it resumes where its last wait
+// ended. Any coroutine can await a task; one that is not a Task itself is resumed where the awaited task
+// ends.
 
 #include <atomic>
 #include <coroutine>
@@ -22,7 +23,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 namespace detail {
 
-/// A task's own part of a wait: the task is what its awaiter waits for. It owns itself while it runs.
+/// A task's promise, which is also the wait of the coroutine that awaits the task. It owns itself while the
+/// task runs.
 struct TaskPromise : Wait {
   std::shared_ptr<Executor> executor;    // where this task runs; null: anywhere
   std::shared_ptr<Executor> continueOn;  // where its awaiter runs; null: anywhere
@@ -43,8 +45,9 @@ struct TaskPromise : Wait {
   FinalAwaiter final_suspend() const noexcept { return {}; }
   void unhandled_exception() noexcept { exception = std::current_exception(); }
 
-  /// Starts the task that this is the promise of, for an awaiter that has suspended; false: it is over, and
-  /// the awaiter goes on at once. Throws what the task's executor throws, unless that has begun the task.
+  /// Starts this promise's task for an awaiter that has suspended. Returns false if the task has ended
+  /// already, and the awaiter goes on at once. If the task's executor throws without having begun the task,
+  /// lets the exception through.
   bool start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
              std::shared_ptr<Executor> awaiterExecutor);
 
@@ -77,10 +80,11 @@ std::shared_ptr<Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
 
 }  // namespace detail
 
-/// A lazy operation that ends in a `T` or throws. It starts when it is awaited, at most once; dropping it
-/// before that drops the work. Once started it goes on to its end, even if the coroutine that awaits it is
-/// destroyed, which the thread may do that the coroutine would go on on. An executor that throws instead of
-/// taking a job ends the wait with what it threw, on the thread that called it. Movable, not copyable.
+/// A lazy operation that returns a `T` or throws. It starts when it is awaited, at most once; if it is
+/// dropped before that, the work is never done. Once started it runs to its end, even if the coroutine that
+/// awaits it is destroyed. That coroutine may only be destroyed on the thread on which it would resume. If an
+/// executor throws instead of taking a job, the wait ends with that exception, on the thread that called the
+/// executor. Movable, not copyable.
 template <class T>
 class [[nodiscard]] Task {
  public:
@@ -126,7 +130,7 @@ class [[nodiscard]] Task {
   Task(Task&&) noexcept = default;
   Task& operator=(Task&&) noexcept = default;
 
-  /// The same task, run on `executor` wherever it is awaited from.
+  /// Returns the same task, which will run on `executor` wherever it is awaited from.
   Task on(std::shared_ptr<Executor> executor) && {
     task_->executor = std::move(executor);
     return std::move(*this);

@@ -10,17 +10,17 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Measures text at the person's text size. Main thread.
+/// Measures text at the user's text size. Main thread only.
 class TextMeasurer {
  public:
   virtual ~TextMeasurer() = default;
 
-  /// The size of UTF-8 `text`, wrapped between words where a line would be wider than `width` (infinity: only
-  /// at newlines). A word wider than that is broken inside, or the text drawn smaller to avoid it. The answer
-  /// is at most `width` wide.
+  /// Returns the size of UTF-8 `text`, wrapped between words where a line would be wider than `width`
+  /// (infinity: only at newlines). A word wider than `width` is split, or the text is drawn smaller to avoid
+  /// that. The returned size is at most `width` wide.
   virtual Size measure(std::string_view text, const Font& font, double width) = 0;
 
-  /// The width below which a word of `text` would have to be broken inside, or drawn smaller.
+  /// Returns the smallest width at which no word of `text` has to be split or drawn smaller.
   virtual double widestWord(std::string_view text, const Font& font) = 0;
 };
 

@@ -19,10 +19,10 @@ namespace detail {
 void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion) {
   struct Report {
     URLSession::Completion completion;
-    std::atomic<bool> hasCome = false;
+    std::atomic<bool> hasArrived = false;
 
-    void come(Result<URLResponse> outcome) {
-      if (hasCome.exchange(true)) return;
+    void deliver(Result<URLResponse> outcome) {
+      if (hasArrived.exchange(true)) return;
       const auto taken = std::move(completion);
       taken(std::move(outcome));
     }
@@ -31,9 +31,9 @@ void runOnce(URLSession& session, URLRequest request, URLSession::Completion com
   report->completion = std::move(completion);
   try {
     session.run(std::move(request),
-                [report](Result<URLResponse> outcome) { report->come(std::move(outcome)); });
+                [report](Result<URLResponse> outcome) { report->deliver(std::move(outcome)); });
   } catch (...) {
-    report->come(Error::current());
+    report->deliver(Error::current());
   }
 }
 

@@ -15,7 +15,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Orders header names without regard to ASCII case.
+/// Orders header names, ignoring ASCII case.
 struct HeaderNameLess {
   using is_transparent = void;
   bool operator()(std::string_view a, std::string_view b) const noexcept;
@@ -32,10 +32,10 @@ struct URLRequest {
   std::string method = "GET";
   HTTPHeaders headers;
   std::optional<std::string> body;
-  std::chrono::milliseconds timeout{60'000};  // without progress; not the whole transfer
+  std::chrono::milliseconds timeout{60'000};  // limits the time without progress, not the whole transfer
 };
 
-/// What came back.
+/// The response to a request.
 struct URLResponse {
   URLResponse() {}
 
@@ -50,17 +50,17 @@ class URLSession {
 
   virtual ~URLSession() = default;
 
-  /// Sends `request` and calls `completion` exactly once, on the session's own thread: with a response,
-  /// whatever its status, or with the error that kept one from arriving. Redirects have been followed.
-  /// Returns at once; throws only when it will not call. Once the process has begun to exit, completions may
-  /// no longer be called.
+  /// Sends `request`, follows redirects, and calls `completion` exactly once, on the session's own thread:
+  /// with a response, whatever its status, or with the error that prevented one. Returns at once; throws only
+  /// if it will not call `completion`. Once the process has begun to exit, completions may no longer be
+  /// called.
   virtual void run(URLRequest request, Completion completion) = 0;
 };
 
 namespace detail {
 
-/// Runs a request on a session that may be a host's own. `completion` is called at most once: what a session
-/// reports later does not count, and what its `run` throws before a report is the report.
+/// Runs a request on a session, which may be the host's own. Calls `completion` at most once: ignores what
+/// the session reports after the first report, and reports the exception if `run` throws before that.
 TALVO_EXPORT void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion);
 
 }  // namespace detail

@@ -1,6 +1,6 @@
 #pragma once
 
-// The seam for what is kept on the device: small values under string keys.
+// The seam for what is stored on the device: small values under string keys.
 
 #include <optional>
 #include <string>
@@ -23,7 +23,8 @@ struct Data {
   friend bool operator==(const Data&, const Data&) = default;
 };
 
-/// One change of several that belong together: the value that `key` gets, or nothing to remove the key.
+/// One of several changes that are made together: the new value of `key`, or `std::monostate` to remove the
+/// key.
 struct StoreChange {
   StoreChange(std::string changedKey, std::variant<std::monostate, Data, std::string> newValue)
       : key(std::move(changedKey)), value(std::move(newValue)) {}
@@ -32,33 +33,33 @@ struct StoreChange {
   std::variant<std::monostate, Data, std::string> value;
 };
 
-/// A device's key-value store. Safe to call from any thread; a value set is visible at once to every reader
-/// of the process, and durable once `synchronize` has returned. A failed operation changes nothing. Also
-/// called while a client is being created, so a store must not create one.
+/// A device's key-value store. Safe to call from any thread. A new value is visible at once to every reader
+/// in the process, and durable once `synchronize` has returned. A failed operation changes nothing. The store
+/// is also called while a client is being created, so it must not create one.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
 
-  /// The data under `key`; nothing when the key is missing or holds a string.
+  /// Returns the data under `key`; nothing if the key is missing or holds a string.
   virtual Result<std::optional<Data>> data(std::string_view key) = 0;
 
-  /// The string under `key`; nothing when the key is missing or holds data.
+  /// Returns the string under `key`; nothing if the key is missing or holds data.
   virtual Result<std::optional<std::string>> string(std::string_view key) = 0;
 
-  /// Stores a value under `key` in place of whatever stood there.
+  /// Stores a value under `key`, replacing any value of either kind.
   virtual Result<void> set(std::string_view key, Data value) = 0;
   virtual Result<void> set(std::string_view key, std::string value) = 0;
 
-  /// Stores `value` if the data under `key` still is `expected`, as one step that no other writer can come
-  /// between; tells whether it did.
+  /// Stores `value` if the data under `key` is still `expected`, in one step that no other writer can
+  /// interrupt. Returns whether it did.
   virtual Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) = 0;
 
   /// Removes the key and its value, if any.
   virtual Result<void> remove(std::string_view key) = 0;
 
-  /// Makes all of the changes or, should it fail, none, as one step that no reader or writer can come
-  /// between. A store without transactions may keep this default, which makes one change after the other in
-  /// the order given and stops at the first that fails; callers order them so that nothing is lost then.
+  /// Makes all of the changes, or none if it fails, in one step that no reader or writer can interrupt. A
+  /// store without transactions may keep this default, which makes one change after the other in the given
+  /// order and stops at the first that fails; callers order the changes so that nothing is lost in that case.
   virtual Result<void> commit(const std::vector<StoreChange>& changes);
 
   /// Makes everything set and removed so far durable.

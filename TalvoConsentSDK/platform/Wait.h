@@ -1,6 +1,6 @@
 #pragma once
 
-// What a suspended coroutine waits for, shared by the coroutine and by whoever ends the wait.
+// The wait of a suspended coroutine. It is shared by the coroutine and by the code that ends the wait.
 
 #include <atomic>
 #include <coroutine>
@@ -15,14 +15,14 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 namespace detail {
 
-/// A share in an object that counts its owners. Null only once moved from.
+/// A reference to an object that counts its owners. Null only after it has been moved from.
 template <class T>
 class Share {
  public:
-  /// Takes over the share that the object was made with.
+  /// Takes over the reference that a new object starts with.
   static Share ofNew(T& object) noexcept { return Share(&object); }
 
-  /// One more share.
+  /// Adds a reference.
   explicit Share(T& object) noexcept : object_(&object) { object_->retain(); }
   Share(const Share& other) noexcept : Share(*other.object_) {}
   Share(Share&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
@@ -43,9 +43,10 @@ class Share {
   T* object_;
 };
 
-/// One wait of one coroutine. The coroutine may be destroyed while it waits, on the thread that it would go
-/// on on; it is then not resumed. Made with one share; `destroy` is called for the last. Not virtual: each
-/// type of task would carry a table and its type's name.
+/// One wait of one coroutine. The coroutine may be destroyed while it waits, but only on the thread on which
+/// it would resume; it is then not resumed. The wait starts with one reference; releasing the last one calls
+/// `destroy`. There are no virtual functions, because each type of task would then carry a table and its
+/// type's name.
 class TALVO_EXPORT Wait {
  public:
   using Destroy = void (*)(Wait& wait) noexcept;
@@ -59,22 +60,23 @@ class TALVO_EXPORT Wait {
     if (owners_.fetch_sub(1, std::memory_order_acq_rel) == 1) destroy_(*this);
   }
 
-  /// Says who waits. Called before anything can end the wait.
+  /// Sets the coroutine that waits. Called before anything can end the wait.
   void begin(std::coroutine_handle<> awaiter) noexcept { awaiter_ = awaiter; }
 
-  /// Called when all that leads to the end has been started. False: the wait is over, and the awaiter goes on
-  /// at once, which neither suspends it nor deepens the stack (symmetric transfer would overflow it in builds
-  /// without optimisation). True: `end` resumes it, maybe before this has returned.
+  /// Called once everything that leads to the end has been started. Returns false if the wait is over: the
+  /// awaiter then goes on at once, which neither suspends it nor deepens the stack (symmetric transfer would
+  /// overflow the stack in builds without optimisation). Returns true if `end` resumes the awaiter, perhaps
+  /// before this returns.
   bool suspend() noexcept { return advance(Phase::starting, Phase::suspended); }
 
-  /// Ends the wait, once: the awaiter goes on on `executor`, or here when there is none. An executor that
-  /// throws instead of taking the job ends the wait with what it threw, here.
+  /// Ends the wait; called once. The awaiter resumes on `executor`, or on this thread if there is none. If
+  /// the executor throws instead of taking the job, the awaiter resumes on this thread with that exception.
   static void end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noexcept;
 
-  /// The awaiter goes; whoever ends the wait finds nobody.
+  /// Called when the awaiter is destroyed: the end of the wait then resumes nothing.
   void abandon() noexcept { phase_.store(Phase::over, std::memory_order_release); }
 
-  /// Throws what the awaiter's executor threw.
+  /// If the awaiter's executor threw instead of taking the job, throws that exception.
   void rethrowRefusal() const {
     if (refusal_) std::rethrow_exception(refusal_);
   }

@@ -19,23 +19,23 @@ class RootViewController {
   virtual ~RootViewController() = default;
 };
 
-/// How a window stacks: alerts lie above every normal window of the host.
+/// The level of a window: alerts are above all normal windows of the host.
 enum class WindowLevel { normal, alert };
 
-/// A window that covers its scene and draws what its root view controller lays out; touches where nothing is
-/// drawn pass to the host. Main thread only. It is hidden until made visible, and goes away with its last
-/// reference.
+/// A window that covers its scene and draws what its root view controller lays out. Touches where nothing is
+/// drawn go to the host. The window is hidden until it is made visible, and closes when the last reference to
+/// it is released. Main thread only.
 class Window {
  public:
   virtual ~Window() = default;
 
-  /// Gives the window its content and keeps it alive.
+  /// Sets the window's content, and keeps it alive.
   virtual void setRootViewController(std::shared_ptr<RootViewController> controller) = 0;
 
   virtual void setWindowLevel(WindowLevel level) = 0;
   virtual void setBackgroundColor(Color color) = 0;
 
-  /// Shows the window in front of its level and gives it the keyboard.
+  /// Shows the window in front of the others on its level, and gives it the keyboard.
   virtual void makeKeyAndVisible() = 0;
 
   /// Opacity of the whole window, from 0 to 1.
@@ -44,7 +44,7 @@ class Window {
   virtual void setHidden(bool hidden) = 0;
 
   /// Changes the alpha evenly over `duration` (zero: at once), then calls `completion`. A later animation
-  /// replaces this one, whose completion is still called at its own end.
+  /// replaces this one; the completion of this one is still called when it would have ended.
   virtual void animateAlpha(double alpha, std::chrono::milliseconds duration,
                             std::function<void()> completion) = 0;
 };

@@ -18,14 +18,14 @@ constexpr const char* loadUserFailure = "⚠️ Failed to load user identifier f
 constexpr const char* saveUserFailure = "⚠️ Failed to save user identifier to UserDefaults: ";
 constexpr const char* removeUserFailure = "⚠️ Failed to remove user identifier from UserDefaults: ";
 
-// Tells whether it succeeded, and prints a line if not.
+// Returns whether the operation succeeded; prints a line if it did not.
 template <class T>
 bool succeeded(const Result<T>& result, const char* failure) {
   if (!result) print(std::string(failure) + result.error().what());
   return result.has_value();
 }
 
-// A host's store that throws has failed.
+// Runs an operation on the host's store. If it throws, returns the exception as an Error.
 template <class Operation>
 auto attempt(const Operation& operation) -> decltype(operation()) {
   try {
@@ -35,8 +35,8 @@ auto attempt(const Operation& operation) -> decltype(operation()) {
   }
 }
 
-// Gives a new consent its data. Tells whether it could, and prints a line if not.
-bool fillIn(KeptConsent& kept, const char* failure) {
+// Encodes a consent that has no data yet. Returns whether this succeeded; prints a line if it did not.
+bool encodeData(KeptConsent& kept, const char* failure) {
   if (!kept.value || kept.data) return true;
   auto json = JSONEncoder().encode(*kept.value);
   if (!succeeded(json, failure)) return false;
@@ -101,7 +101,8 @@ KeptValues ConsentStorage::load() const {
 }
 
 bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
-  if (!fillIn(after.consent, saveFailure) || !fillIn(after.original, saveOriginalFailure)) return false;
+  if (!encodeData(after.consent, saveFailure) || !encodeData(after.original, saveOriginalFailure))
+    return false;
   const bool setsConsent = after.consent.data && differs(after.consent, before.consent);
   const bool changesOriginal = differs(after.original, before.original);
   const std::optional<std::string>& newUser = after.user.value;
@@ -111,7 +112,8 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
   if (changesOriginal && after.original.data) {
     changes.emplace_back(originalConsentKey_, *after.original.data);
   } else if (changesOriginal && setsConsent && after.consent.data != before.original.data) {
-    // An interrupted removal must not bring back the older one.
+    // The original is removed last. If the commit is interrupted before that, the original will be restored,
+    // which must not bring back a consent older than the new one.
     changes.emplace_back(originalConsentKey_, *after.consent.data);
   }
   if (setsConsent) changes.emplace_back(storageKey_, *after.consent.data);
@@ -128,7 +130,7 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
 std::optional<Data> ConsentStorage::saveConsentIfStill(const std::optional<Data>& expected,
                                                        const BasicConsent& consent) {
   KeptConsent kept{consent, {}};
-  if (!fillIn(kept, saveFailure)) return std::nullopt;
+  if (!encodeData(kept, saveFailure)) return std::nullopt;
   const auto replaced = attempt([&] { return userDefaults_->replace(storageKey_, expected, *kept.data); });
   if (!succeeded(replaced, saveFailure) || !*replaced) return std::nullopt;
   commit({}, saveFailure);

@@ -1,6 +1,7 @@
 #pragma once
 
-// What is kept on the device for one site: the consent, a consent set aside, and who the person is.
+// The values stored on the device for one site: the consent, an original consent that is set aside while a
+// user is identified, and the user.
 
 #include <memory>
 #include <optional>
@@ -11,46 +12,45 @@
 
 namespace TalvoConsentSDK {
 
-/// A consent and the data that stands for it in the store, where damaged data stands for no consent. One that
-/// is not from the store has no data until it is saved.
+/// A consent and the data it is stored as. Data that cannot be decoded has no consent. A consent that was not
+/// read from the store has no data until it is saved.
 struct KeptConsent {
   std::optional<BasicConsent> value;
   std::optional<Data> data;
-  bool isUnknown = false;  // the store has failed, so that there may be one
+  bool isUnknown = false;  // the store failed: there may be a consent
 };
 
-/// Who is identified; no value for nobody in particular.
+/// The identified user; no value if nobody is identified.
 struct KeptUser {
   std::optional<std::string> value;
-  bool isUnknown = false;  // the store has failed, so that there may be one
+  bool isUnknown = false;  // the store failed: there may be a user
 };
 
-/// All that is kept for a site.
+/// All values stored for a site.
 struct KeptValues {
   KeptConsent consent;
-  KeptConsent original;  // kept aside while the person is identified
+  KeptConsent original;  // set aside while a user is identified
   KeptUser user;
 
   bool isUnknown() const { return consent.isUnknown || original.isUnknown || user.isUnknown; }
 };
 
-/// A site's values in the device's store. As safe to call from any thread as the store is. Nothing throws,
-/// also when the store does: what cannot be read counts as absent and what cannot be written leaves the
-/// stored value as it was; either prints one line. There is no way to remove the current consent, only to
-/// overwrite it.
+/// A site's values in the device's store. As thread-safe as the store is. Nothing throws, even if the store
+/// does: a value that cannot be read counts as absent, and a failed write leaves the stored value as it was;
+/// either prints one line. The current consent can be overwritten, but not removed.
 class ConsentStorage {
  public:
   ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults);
 
-  /// Where a site's consent is stored.
+  /// Returns the key under which a site's consent is stored.
   static std::string consentKey(const std::string& siteId);
 
   std::optional<BasicConsent> loadConsent() const;
 
-  /// Tells whether the consent now is on the device.
+  /// Returns whether the consent has been stored.
   bool saveConsent(const BasicConsent& consent);
 
-  /// The consent kept aside while the person is identified.
+  /// The consent set aside while a user is identified.
   std::optional<BasicConsent> loadOriginalConsent() const;
   void saveOriginalConsent(const BasicConsent& consent);
   void removeOriginalConsent();
@@ -59,17 +59,17 @@ class ConsentStorage {
   void saveUserId(const std::string& userId);
   void removeUserId();
 
-  /// All values; of each that cannot be read one line is printed.
+  /// Loads all values; prints one line for each that cannot be read.
   KeptValues load() const;
 
-  /// Stores in one commit how `after` differs from `before`, which was loaded; what is unknown in `after`
-  /// stays as it is, and so does a consent that `after` lacks. Also when a store without commits is
-  /// interrupted, an original stays until the consent is as it should be. Tells whether it succeeded, and
-  /// fills in the data of new consents.
+  /// Writes the differences between `before`, which was loaded, and `after` in one commit. Values that are
+  /// unknown in `after` stay as they are, and so does the stored consent if `after` has none. The original is
+  /// removed only after the consent has been written, in case a store without transactions is interrupted.
+  /// Returns whether the commit succeeded, and sets the data of new consents.
   bool save(const KeptValues& before, KeptValues& after);
 
-  /// Saves `consent` unless the stored data is no longer `expected`, for a consent that must not overrule one
-  /// that somebody has chosen meanwhile; gives the data saved.
+  /// Saves `consent` only if the stored data is still `expected`, so that it does not replace a consent
+  /// chosen in the meantime. Returns the data it saved; nothing if it saved none.
   std::optional<Data> saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent);
 
  private:

@@ -1,4 +1,4 @@
-// Colours that cannot be read, and pairs of them that cannot be told apart.
+// Finds colours that cannot be read, and pairs of colours with too little contrast.
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +16,8 @@ namespace {
 
 using Colors = BannerCustomization::Colors;
 
-// The least contrasts that WCAG 2.2 asks for, of text (1.4.3) and of what a control is known by (1.4.11).
+// The minimum contrasts that WCAG 2.2 requires of text (1.4.3) and of the parts that identify a control
+// (1.4.11).
 constexpr double minContrastOfText = 4.5;
 constexpr double minContrastOfControls = 3;
 
@@ -39,8 +40,8 @@ Color over(const Color& upper, const Color& lower) {
   return {mix(upper.red, lower.red), mix(upper.green, lower.green), mix(upper.blue, lower.blue), 1};
 }
 
-// The contrast of a color on top of layers (the lowest last), for the host below them that makes it worst:
-// white or black.
+// Returns the contrast of a color on top of layers (the lowest last). The host below may have any colour; the
+// result is the lower of the contrasts over white and over black.
 double contrast(const Color& color, const std::vector<Color>& layers) {
   double worst = 21;
   for (Color ground : {Color::black(), Color{1, 1, 1, 1}}) {
@@ -63,7 +64,7 @@ class ColorCheck {
       if (isColorText(text)) continue;
       areReadable = false;
       report_.error(document_.name, path(key),
-                    quoted(text) + " is no colour: hexadecimal RGB, RRGGBB or AARRGGBB is needed");
+                    quoted(text) + " is not a colour: hexadecimal RGB, RRGGBB or AARRGGBB is needed");
     }
     if (areReadable) checkContrasts();
     warnOfButtonColors();
@@ -72,14 +73,14 @@ class ColorCheck {
  private:
   static std::string path(const char* key) { return std::string("customization.colors.") + key; }
 
-  void require(double least, const char* key, const char* what, const Color& color,
+  void require(double minContrast, const char* key, const char* what, const Color& color,
                const std::vector<Color>& layers) {
     const double found = contrast(color, layers);
-    if (found >= least) return;
+    if (found >= minContrast) return;
     char sentence[128];
-    // Rounded down, so that what fails never reads as what is needed.
+    // Rounded down, so that a contrast that is too low never reads as the one that is needed.
     std::snprintf(sentence, sizeof sentence, "%s have a contrast of %.2f:1; %.1f:1 is needed", what,
-                  std::floor(found * 100) / 100, least);
+                  std::floor(found * 100) / 100, minContrast);
     report_.error(document_.name, path(key), sentence);
   }
 
@@ -89,7 +90,7 @@ class ColorCheck {
     require(minContrastOfText, "font", "texts on the card", palette.font, {card});
     require(minContrastOfText, "font", "descriptions, which are drawn fainter, on the card",
             palette.secondaryFont(), {card});
-    require(minContrastOfText, "buttonFontColor", "titles on their buttons", palette.buttonFont,
+    require(minContrastOfText, "buttonFontColor", "button titles", palette.buttonFont,
             {palette.buttonBackground, card});
     require(minContrastOfControls, "buttonBackground", "buttons on the card", palette.buttonBackground,
             {card});
@@ -127,7 +128,7 @@ class ColorCheck {
     });
   }
 
-  // Buttons all look alike; their own colours are never drawn.
+  // All buttons look alike, because their own colours are never drawn.
   void warnOfButtonColors() {
     for (const Screen& screen : screens(document_.record)) {
       for (std::size_t i = 0; i < screen.items.size(); ++i) {
@@ -135,7 +136,7 @@ class ColorCheck {
         for (std::size_t j = 0; buttons && j < buttons->size(); ++j) {
           if (!(*buttons)[j].color) continue;
           report_.warning(document_.name, at(at(screen.path, i) + ".buttons", j) + ".color",
-                          "a button's own colour is never drawn, so that no choice is favoured");
+                          "a button's own colour is never drawn, because no choice may be favoured");
         }
       }
     }

@@ -11,7 +11,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// Of the printable ASCII characters from the space on, in thousandths of the font's size.
+// The widths of the printable ASCII characters, starting with the space, in thousandths of the font's size.
 constexpr std::uint16_t asciiWidths[] = {
     281, 278, 403, 631, 638, 813, 639, 222, 362, 362, 500, 659, 280, 460, 276, 357, 625, 464, 605,
     636, 642, 608, 624, 571, 616, 624, 276, 280, 659, 659, 659, 507, 936, 676, 651, 727, 719, 598,
@@ -56,7 +56,7 @@ bool endsWord(char32_t c) {
 
 struct Word {
   double width = 0;
-  double space = 0;  // behind it, where the line goes on
+  double space = 0;  // the width of the spaces after the word, if the line goes on
   bool endsLine = false;
 };
 
@@ -65,8 +65,8 @@ std::vector<Word> wordsOf(std::string_view text, double em) {
   for (std::size_t position = 0; position < text.size();) {
     const char32_t c = nextCharacter(text, position);
     const bool isSpace = c == ' ' || c == '\n';
-    const bool isApart = isSpace ? false : words.back().space > 0 || words.back().endsLine;
-    if (isApart || (c >= firstIdeograph && words.back().width > 0)) {
+    const bool startsWord = isSpace ? false : words.back().space > 0 || words.back().endsLine;
+    if (startsWord || (c >= firstIdeograph && words.back().width > 0)) {
       words.emplace_back();
     }
     (isSpace ? words.back().space : words.back().width) += width(c) * em;
@@ -89,7 +89,7 @@ Size EstimatedText::measure(std::string_view text, const Font& font, double room
       used = 0;
     }
     double width = word.width;
-    for (; width > std::max(room, em); width -= std::max(room, em)) ++lines;  // broken inside
+    for (; width > std::max(room, em); width -= std::max(room, em)) ++lines;  // splits the word
     widest = std::max(widest, width < word.width ? room : used + width);
     used += width + word.space;
     if (word.endsLine) {

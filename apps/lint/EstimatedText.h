@@ -1,6 +1,6 @@
 #pragma once
 
-// Text metrics where there is no toolkit to ask, close enough to tell whether a text will fit.
+// Estimates text metrics without a toolkit, closely enough to tell whether a text will fit.
 
 #include <string_view>
 
@@ -8,9 +8,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Takes ASCII characters to be as wide as those of Inter, and others to be as wide as wide ones of their
-/// script are on average. Lines break at spaces, behind hyphens, dashes and slashes, and where a soft
-/// hyphen or a zero-width space stands.
+/// Estimates that ASCII characters are as wide as in the font Inter, and that any other character is as wide
+/// as the wide characters of its script are on average. Lines break at spaces, after hyphens, dashes and
+/// slashes, and at soft hyphens and zero-width spaces.
 class EstimatedText : public TextMeasurer {
  public:
   explicit EstimatedText(double scale) : scale_(scale) {}

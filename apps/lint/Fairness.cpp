@@ -1,4 +1,4 @@
-// Whether refusing is as easy as accepting, and whether a person can see and switch whom consent is for.
+// Checks that rejecting is as easy as accepting, and that users can see and switch every vendor.
 
 #include <algorithm>
 #include <map>
@@ -16,7 +16,7 @@ namespace {
 
 using Buttons = std::vector<BannerCustomization::ButtonItem>;
 
-// Vendor counts by category, over the catalogues of all languages.
+// Returns the number of vendors by category: the highest that the catalogue of any language has.
 std::map<std::string, std::size_t, std::less<>> vendorCounts(const Site& site) {
   std::map<std::string, std::size_t, std::less<>> counts;
   for (const auto& document : site.services) {
@@ -28,7 +28,7 @@ std::map<std::string, std::size_t, std::less<>> vendorCounts(const Site& site) {
   return counts;
 }
 
-// Rows hold two buttons of half the width; an odd last one has all of it.
+// A row holds two buttons of half its width; a single last button has its full width.
 bool isWide(const Buttons& buttons, std::size_t index) {
   return index + 1 == buttons.size() && index % 2 == 0;
 }
@@ -47,15 +47,15 @@ void checkAccept(const CustomizationDocument& document, const Screen& screen, Re
     if (accept == item.buttons->size()) continue;
     const std::string path = at(at(screen.path, i) + ".buttons", accept);
     if (reject == item.buttons->size()) {
-      report.error(document.name, path, "accepting is offered without rejecting beside it");
+      report.error(document.name, path, "this accept button has no reject button beside it");
     } else if (isWide(*item.buttons, accept) != isWide(*item.buttons, reject)) {
-      report.error(document.name, path, "accepting and rejecting have buttons of different widths");
+      report.error(document.name, path, "the accept and reject buttons have different widths");
     }
   }
 }
 
-// Every vendor must stand below a category's switch: without its tab's `services` the switch leaves the
-// vendors as they are, and without a tab there is no switch.
+// Every vendor must be listed below its category's switch. If the tab does not set `services`, the switch
+// does not change the vendors; without a tab, there is no switch.
 void checkTabs(const CustomizationDocument& document, const Screen& screen,
                const std::map<std::string, std::size_t, std::less<>>& counts, Report& report) {
   std::set<std::string, std::less<>> listed;
@@ -72,14 +72,15 @@ void checkTabs(const CustomizationDocument& document, const Screen& screen,
       if ((*item.tabs)[j].services || withVendors == categories.end()) continue;
       report.error(document.name, at(at(screen.path, i) + ".tabs", j) + ".services",
                    "the catalogue has vendors in " + quoted(*withVendors) +
-                       ", which the category's switch would leave as they are");
+                       ", which the category's switch would not change");
     }
   }
   for (const std::string& category : tabCategories()) {
     if (!hasTabs || listed.contains(category) || !counts.contains(category)) continue;
+    const std::size_t count = counts.find(category)->second;
     report.error(document.name, screen.path,
-                 "no tab lists " + quoted(category) + ", in which the catalogue has " +
-                     std::to_string(counts.find(category)->second) + " vendors");
+                 "no tab lists " + quoted(category) + ", which has " + std::to_string(count) +
+                     (count == 1 ? " vendor" : " vendors") + " in the catalogue");
   }
 }
 
@@ -106,10 +107,11 @@ void checkVendors(const Site& site, Report& report) {
       const std::string key = normalizedCategoryKey(libraries[i].category.value_or(""));
       if (std::ranges::find(known, key) == known.end()) {
         report.warning(document.name, path + ".category",
-                       quoted(key) + " is no category with vendors, so that the service is never shown");
+                       quoted(key) + " is not a category with vendors, so the service is never shown");
       } else if (!hasValue(libraries[i].vendor)) {
-        report.warning(document.name, path + ".vendor",
-                       "a service without a vendor is never shown, though it counts");
+        report.warning(
+            document.name, path + ".vendor",
+            "a service without a vendor is never shown, though an empty name still counts as a vendor");
       } else {
         firstOfVendor.emplace(*libraries[i].vendor, i);
       }
@@ -121,7 +123,7 @@ void checkVendors(const Site& site, Report& report) {
         const std::string path = at("libraries", first->second) + ".vendor";
         const auto lacks = [&](const char* key) {
           report.warning(document.name, path,
-                         "no entry of services gives " + quoted(group.vendor) + " a " + key);
+                         "no entry in services gives " + quoted(group.vendor) + " a " + key);
         };
         const auto& details = group.details;
         if (!hasValue(details.processingCompanyName)) lacks("processingCompanyName");
@@ -129,7 +131,7 @@ void checkVendors(const Site& site, Report& report) {
           lacks("privacyPolicyURL");
         } else if (!externalURL(*details.privacyPolicyURL)) {
           report.error(document.name, path,
-                       quoted(*details.privacyPolicyURL) + ", its privacyPolicyURL, is no URL");
+                       quoted(*details.privacyPolicyURL) + ", its privacyPolicyURL, is not a URL");
         }
       }
     }

@@ -1,4 +1,4 @@
-// Words that are broken inside on the narrowest phone at double text size.
+// Finds words that would be split on the narrowest phone at double text size.
 
 #include <algorithm>
 #include <cmath>
@@ -16,9 +16,11 @@ namespace {
 
 constexpr Size screenSize{320, 568};
 constexpr double textScale = 2;
-constexpr double rounding = 1;  // of measured widths: a frame that hugs its word may be that much narrower
+// Tolerance in points: because of rounding, a frame made for a word may be this much narrower than the word.
+constexpr double rounding = 1;
 
-// The customization without what is not drawn, so that drawing prints no line about it.
+// Returns the customization without the components that are not drawn, so that drawing prints no line about
+// them.
 BannerCustomization::Customization drawable(BannerCustomization::Customization customization) {
   const auto isNotDrawn = [](const auto& item) { return !ComponentRendererFactory::isComplete(item); };
   if (auto& components = customization.components) {
@@ -37,8 +39,8 @@ const ServicesDocument* servicesFor(const Site& site, const std::string& languag
   return site.services.empty() ? nullptr : &site.services.front();
 }
 
-// One banner in one language. Names and addresses in the catalogue are not the site's to choose, and are left
-// out.
+// Checks one banner in one language. Leaves out names and addresses from the catalogue, because the site does
+// not choose them.
 class FitCheck {
  public:
   FitCheck(const CustomizationDocument& document, const ServicesDocument* services,
@@ -78,15 +80,16 @@ class FitCheck {
 
   void reportBrokenWord(const view::Text& text, double widest, double room) {
     const auto whole = [](double points) { return std::to_string(std::lround(points)); };
-    const std::string sentence = "a word of it is " + whole(widest) + " points wide at text scale 2, and " +
-                                 whole(room) + " are there on a screen of 320";
+    const std::string sentence = "contains a word that is " + whole(widest) +
+                                 " points wide at text scale 2, but a screen of 320 points has room for " +
+                                 whole(room);
     const auto path = paths_.find(text.text);
     if (path != paths_.end()) return report_.error(document_.name, path->second, sentence);
-    report_.error(document_.name, messages, quoted(text.text) + ", the standard text: " + sentence);
+    report_.error(document_.name, messages, "the standard text " + quoted(text.text) + " " + sentence);
   }
 
   const CustomizationDocument& document_;
-  std::unordered_map<std::string, std::string> paths_;  // of the keys, by their texts
+  std::unordered_map<std::string, std::string> paths_;  // the path of the key that holds a text, by text
   const ConsentBannerView banner_;
   ViewEnvironment environment_;
   Report& report_;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A site as its checks see it: the documents that could be read, and where their findings go.
+// A site as its checks see it: the documents that could be read, and the report that collects the findings.
 
 #include <optional>
 #include <string>
@@ -21,7 +21,7 @@ struct Document {
   std::string name;
   std::string language;
   Record record;
-  JSONValue json;  // of the record: known keys that have a value
+  JSONValue json;  // the record written as JSON: only known keys, and only those with a value
 };
 
 using CustomizationDocument = Document<BannerCustomization>;
@@ -33,7 +33,7 @@ struct Site {
   std::vector<ServicesDocument> services;
 };
 
-/// Collects findings; the same one is kept once.
+/// Collects findings, without duplicates.
 class Report {
  public:
   void error(std::string_view document, std::string path, std::string sentence);
@@ -54,7 +54,7 @@ struct Screen {
   const std::vector<BannerCustomization::ComponentItem>& items;
 };
 
-/// The screens that have components.
+/// Returns the screens that the customization lists components for.
 std::vector<Screen> screens(const BannerCustomization& document);
 
 inline std::string at(const std::string& path, std::size_t index) {
@@ -79,7 +79,7 @@ void forEachText(const JSONValue& value, const std::string& path, const Visit& v
   }
 }
 
-/// The categories of a tab; of one that lists none, all that a tab can list.
+/// Returns the categories of a tab. A tab that lists none has all that a tab can list.
 std::vector<std::string> tabCategories(const BannerCustomization::TabItem& tab = {});
 
 // The checks, each in a file of its own.

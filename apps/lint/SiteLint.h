@@ -1,7 +1,7 @@
 #pragma once
 
-// Finds what is wrong with a site's documents before a person meets it: what cannot be read, what the banner
-// would leave out, and what would be hard to see or unfair. It changes nothing and asks no network.
+// Finds faults in a site's documents before users meet them: what cannot be read, what the banner would leave
+// out, and what would be hard to see or unfair. It changes nothing and does not use the network.
 
 #include <memory>
 #include <string>
@@ -33,20 +33,20 @@ struct SiteDocuments {
 
 struct LintFinding {
   enum class Severity {
-    warning,  // a person is told less, or something is never used
+    warning,  // users learn less, or something is never used
     error,    // something is missing, cannot be used or read, or is unfair
   };
 
   Severity severity = Severity::error;
   std::string document;
-  std::string path;  // of the key, such as "customization.colors.font"; empty: the document as a whole
+  std::string path;  // the key's path, such as "customization.colors.font"; empty: the document as a whole
   std::string sentence;
 };
 
-/// The findings, by document and kind. `doubleScale` measures text at scale 2: with it, all screens are laid
-/// out 320 points wide, and a word of the customization that is wider than its button or column, so that it
-/// would be broken inside, is an error. Without it that check is left out. A document that cannot be read has
-/// one finding, the first error in it. Main thread.
+/// Returns the findings, grouped by document, and for each document by kind. `doubleScale` measures text at
+/// scale 2: if it is given, all screens are laid out 320 points wide, and a word of the customization that
+/// would be split, because it is wider than its button or column, is an error. Without it, this check is left
+/// out. A document that cannot be read has one finding, the first error in it. Main thread only.
 std::vector<LintFinding> lintSite(const SiteDocuments& documents,
                                   const std::shared_ptr<TextMeasurer>& doubleScale = nullptr);
 

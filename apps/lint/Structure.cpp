@@ -1,4 +1,4 @@
-// Components, actions and links that the banner would leave out or that lead nowhere.
+// Finds components, actions and links that the banner would leave out or that lead nowhere.
 
 #include <algorithm>
 
@@ -32,7 +32,7 @@ bool hasButton(const std::vector<Item>& items, std::string_view action) {
   });
 }
 
-// One customization's components.
+// Checks the components of one customization.
 class StructureCheck {
  public:
   StructureCheck(const CustomizationDocument& document, Report& report)
@@ -75,7 +75,7 @@ class StructureCheck {
   void checkPreferences(const Screen& screen) {
     if (screen.items.empty()) return;
     if (!holds(screen.items, "tabs")) {
-      error(screen.path, "the preferences have no tabs, so that there is nothing to choose");
+      error(screen.path, "the preferences have no tabs, so there is nothing to choose");
     } else if (!hasButton(screen.items, saveAction)) {
       error(screen.path, "no button saves what a person has chosen");
     }
@@ -87,7 +87,7 @@ class StructureCheck {
       return error(path + ".id", "no component is named " + quoted(*item.id));
     }
     if (!ComponentRendererFactory::isComplete(item)) {
-      return error(path + "." + *item.id, "the list is absent or empty, so that nothing is drawn");
+      return error(path + "." + *item.id, "the list is absent or empty, so nothing is drawn");
     }
     if (item.id == "bannerLogo") checkLogo(path);
     if (item.id == "links") checkLinks(path + ".links", *item.links, hasPreferences);
@@ -100,7 +100,7 @@ class StructureCheck {
     if (!resources || !resources->mainLogoUrl) {
       error(path, "there is no customization.resources.mainLogoUrl to draw");
     } else if (!URL::parse(*resources->mainLogoUrl)) {
-      error("customization.resources.mainLogoUrl", quoted(*resources->mainLogoUrl) + " is no URL");
+      error("customization.resources.mainLogoUrl", quoted(*resources->mainLogoUrl) + " is not a URL");
     }
   }
 
@@ -112,14 +112,14 @@ class StructureCheck {
       const auto url = urls ? urls->find(key) : decltype(urls->end())();
       const bool hasURL = urls && url != urls->end();
       if (!isKnownLink(link)) {
-        warning(at(path, i), quoted(link) + " is no known link: its label is made of its identifier");
+        warning(at(path, i), quoted(link) + " is not a known link: its label is made from its identifier");
       }
       if (!LinksComponentRenderer::isVisible(link, customization_)) {
-        error(at(path, i), "the link has no URL in customization.urls." + key + ", so that it is not drawn");
+        error(at(path, i), "the link has no URL in customization.urls." + key + ", so it is not drawn");
       } else if (link == "doNotSellMyData") {
         if (!hasPreferences) error(at(path, i), "the link leads to preferences that have no components");
       } else if (hasURL && !externalURL(url->second)) {
-        error("customization.urls." + key, quoted(url->second) + " is no URL");
+        error("customization.urls." + key, quoted(url->second) + " is not a URL");
       }
     }
   }
@@ -133,13 +133,13 @@ class StructureCheck {
         error(idPath, "a button without an identifier is not drawn");
       } else if (!isKnownAction(*id, screen.isMain)) {
         error(idPath, quoted(*id) + " does nothing on this screen");
-      } else if (screen.isMain && !hasPreferences && callsManage(*id)) {
+      } else if (screen.isMain && !hasPreferences && opensPreferences(*id)) {
         error(idPath, "the button leads to preferences that have no components");
       }
     }
   }
 
-  static bool callsManage(std::string_view action) {
+  static bool opensPreferences(std::string_view action) {
     return std::ranges::any_of(commonActions, [&](const CommonAction& each) {
       return each.id == action && each.callback == &BannerCallbacks::onManagePreferences;
     });

@@ -1,4 +1,4 @@
-// What one language of a site has and another lacks.
+// Finds what one language of a site has and another lacks.
 
 #include <algorithm>
 #include <map>
@@ -10,7 +10,7 @@ namespace TalvoConsentSDK::linting {
 
 namespace {
 
-// What tells an entry of a list from the others: a text itself, or an object's "id".
+// Returns what identifies an entry of a list: a text itself, or an object's "id".
 const std::string* identifier(const JSONValue& entry) {
   if (const JSONObject* object = entry.object()) {
     const auto id = object->find("id");
@@ -27,7 +27,7 @@ bool haveIdentifiers(const JSONArray& entries) {
   });
 }
 
-// Reports what `mine` lacks of `other`, whose document is called `otherName`.
+// Reports what `other` has and `mine` lacks. Findings call the other document `otherName`.
 class Comparison {
  public:
   Comparison(std::string_view name, std::string otherName, Report& report)
@@ -47,14 +47,14 @@ class Comparison {
     } else if (mine.array() && other.array()) {
       compareLists(*mine.array(), *other.array(), path);
     } else if (identifiesVendors(path) && !(mine == other)) {
-      error(path, "differs from " + otherName_ + ", and stored consents go by it");
+      error(path, "differs from " + otherName_ + ", but stored consents identify vendors by it");
     }
   }
 
  private:
   void error(const std::string& path, const std::string& sentence) { report_.error(name_, path, sentence); }
 
-  // Consents name vendors by these, whatever the language was.
+  // Consents name vendors by these texts, whatever language they were given in.
   static bool identifiesVendors(const std::string& path) {
     return path.starts_with("libraries") && (path.ends_with(".vendor") || path.ends_with(".category"));
   }
@@ -72,7 +72,7 @@ class Comparison {
         }
       }
     } else if (mine.size() != other.size()) {
-      error(path, "has " + std::to_string(mine.size()) + " entries, and " + std::to_string(other.size()) +
+      error(path, "has " + std::to_string(mine.size()) + " entries, but " + std::to_string(other.size()) +
                       " in " + otherName_);
     } else {
       for (std::size_t i = 0; i < mine.size(); ++i) compare(mine[i], other[i], at(path, i));

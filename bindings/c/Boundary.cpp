@@ -45,7 +45,7 @@ talvo_status remember(const Error& error) noexcept {
   try {
     lastError = error.what();
   } catch (const std::exception&) {
-    lastError.clear();  // no room for the text; the status still tells
+    lastError.clear();  // no memory for the text; the status still reports the failure
   }
   return describe(error).status;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// What every function of the flat interface needs: nothing thrown gets out, and errors in C's terms.
+// What every function of the C interface needs: no exception gets out, and errors are described in C's terms.
 
 #include <exception>
 #include <memory>
@@ -24,14 +24,17 @@ class InvalidArgument : public std::exception {
   std::string description_;
 };
 
-/// The error as C sees it; its texts are those of `error`, which must outlive it.
+/// Returns the error as C sees it. It points to the texts of `error`, which must outlive it.
 talvo_error describe(const Error& error);
 
-/// Keeps the text of a failed call for `talvo_last_error`, and answers what the call is to return.
+/// Keeps the text of a failed call for `talvo_last_error`, and returns the status that the call has to
+/// return.
 talvo_status remember(const Error& error) noexcept;
+
+/// Clears the text that `remember` has kept.
 void forget() noexcept;
 
-/// Refuses null.
+/// Returns the argument. Throws an InvalidArgument if it is null.
 template <class T>
 T& required(T* argument, const char* name) {
   if (!argument) throw Error(InvalidArgument(std::string(name) + " is null"));
@@ -41,19 +44,20 @@ inline std::string requiredText(const char* argument, const char* name) {
   return &required(argument, name);
 }
 
-/// Runs the body of a function.
+/// Runs the body of a function, and turns what it throws into a status.
 template <class Body>
 talvo_status guarded(const Body& body) noexcept {
   try {
     body();
-    forget();  // also what a callback called meanwhile has left
+    forget();  // also the error of a call that a callback has made meanwhile
     return TALVO_OK;
   } catch (...) {
     return remember(Error::current());
   }
 }
 
-/// A host's pointer, released with the last copy. What `release` throws is contained.
+/// Wraps a host's pointer. `release` is called when the last copy goes; if it throws, the exception is
+/// caught.
 inline std::shared_ptr<void> owned(void* userData, talvo_callback release) {
   return {userData, [release](void* pointer) {
             callHost([&] {

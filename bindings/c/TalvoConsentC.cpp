@@ -1,4 +1,4 @@
-// The flat interface, function by function, over the C++ one.
+// The C interface, implemented on top of the C++ one.
 
 #include <cstdlib>
 #include <cstring>
@@ -34,7 +34,7 @@ struct MainLoop {
   }
 };
 
-// A client's handle is its address: it lives as long as the process.
+// A client's handle is its address, since clients live as long as the process.
 CookiesSDK& cookies(talvo_cookies* client) {
   return required(reinterpret_cast<CookiesSDK*>(client), "client");
 }

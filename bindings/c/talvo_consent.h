@@ -2,18 +2,18 @@
 #define TALVO_CONSENT_H
 
 /*
- * The flat interface: for hosts in C, and for other languages to bind to. It runs on libcurl, SQLite and a
- * main loop of the host's own.
+ * The C interface: for hosts in C, and for bindings in other languages. It runs on libcurl, SQLite and the
+ * host's own main loop.
  *
- * Text is UTF-8 and ends with NUL. Text handed in is copied. Text handed out through a `char**` is the
- * caller's, who frees it with talvo_free; text and errors handed to a callback are valid until it returns.
- * Clients are one a process, made on first use and never freed.
+ * Text is UTF-8 and ends with NUL. Text passed to a function is copied. Text returned through a `char**`
+ * belongs to the caller, who frees it with talvo_free; text and errors passed to a callback are valid until
+ * it returns. There is one client of each kind per process, created on first use and never freed.
  *
- * The main thread is the one that calls talvo_drain. Call everything on it, except for what says otherwise.
- * Callbacks must not throw or jump out. A `user_data` must stay valid until its callback has been called, or,
- * where there is a `release`, until that has; both may be called on another thread, and `release` may be
- * null. Of a call that does not return TALVO_OK, neither is called. Once the process has begun to exit,
- * callbacks may no longer be called.
+ * The main thread is the one that calls talvo_drain. Call every function on it, unless its comment says
+ * otherwise. Callbacks must not throw or jump out. `user_data` must stay valid until its callback has been
+ * called or, if there is a `release`, until that has been called; both may be called on another thread, and
+ * `release` may be null. If a function does not return TALVO_OK, it calls neither. Once the process has begun
+ * to exit, callbacks may no longer be called.
  */
 
 #include <stddef.h>
@@ -29,25 +29,25 @@
 extern "C" {
 #endif
 
-/* What came of an operation. Numbers never change; new ones may be added. */
+/* The result of an operation. The numbers never change; new ones may be added. */
 typedef int talvo_status;
 enum {
   TALVO_OK = 0,
   TALVO_HTTP_ERROR = 1,       /* the service answered with a status outside 200 to 299 */
-  TALVO_DECODING_ERROR = 2,   /* a document is not what was expected */
+  TALVO_DECODING_ERROR = 2,   /* a document is not the one that was expected */
   TALVO_NETWORK_ERROR = 3,    /* no reply arrived, or the request could not be formed */
-  TALVO_INVALID_URL = 4,      /* nothing was sent */
-  TALVO_INVALID_RESPONSE = 5, /* the answer was no HTTP response */
+  TALVO_INVALID_URL = 4,      /* the URL cannot be used; nothing was sent */
+  TALVO_INVALID_RESPONSE = 5, /* the answer was not an HTTP response */
   TALVO_PLATFORM_ERROR = 6,   /* the device failed: see domain and code */
-  TALVO_INVALID_ARGUMENT = 7  /* a null pointer, a number that is no event, or text that is no record */
+  TALVO_INVALID_ARGUMENT = 7  /* a null pointer, an unknown event, or text that is not a record */
 };
 
-/* Later versions may add fields at its end. */
+/* Describes an error. Later versions may add fields at the end. */
 typedef struct talvo_error {
   talvo_status status;
-  int http_status;    /* of TALVO_HTTP_ERROR, else 0 */
-  const char* domain; /* of TALVO_PLATFORM_ERROR, else empty; so is the code */
-  int code;
+  int http_status;         /* for TALVO_HTTP_ERROR, otherwise 0 */
+  const char* domain;      /* for TALVO_PLATFORM_ERROR, otherwise empty */
+  int code;                /* for TALVO_PLATFORM_ERROR, otherwise 0 */
   const char* description; /* a sentence for people */
 } talvo_error;
 
@@ -69,85 +69,94 @@ typedef void (*talvo_callback)(void* user_data);
 typedef void (*talvo_event_callback)(talvo_event event, void* user_data);
 typedef void (*talvo_error_callback)(const talvo_error* error, void* user_data);
 
-/* Called once: with a null error and the service's answer as JSON, or with an error and null. */
+/* Called once: with a null error and the service's answer as JSON, or with an error and null JSON. */
 typedef void (*talvo_reply_callback)(const talvo_error* error, const char* json, void* user_data);
 
-/* Why the last call on this thread failed; never null, empty when it did not. Valid until the next call. */
+/* Why the last call on this thread failed; empty if it succeeded, never null. Valid until the next call. */
 TALVO_API const char* talvo_last_error(void);
 
 TALVO_API void talvo_free(char* text);
 
 /*
- * Call it once, before anything else. Consents are kept in the SQLite file `store`; null: "consent.sqlite" in
- * a folder named after the program, where the person's programs keep their data. `wake`, which may be null,
- * is called on any thread when there is something to drain, and must not call back.
+ * Call it once, before anything else. Consents are kept in the SQLite file `store`. If `store` is null, the
+ * file is "consent.sqlite" in a folder named after the program, where the user's programs keep their data.
+ * `wake`, which may be null, is called on any thread when there is something to drain. It must not call any
+ * of these functions.
  */
 TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data);
 
-/* Runs what is due on the main thread, where callbacks of the banner come from; tells how much it was. */
+/* Runs the jobs that wait for the main thread, among them the banner's callbacks. Returns how many it ran. */
 TALVO_API size_t talvo_drain(void);
 
-/* Waits at most so long for something to drain; 1 when there is something, else 0. */
+/* Waits at most this long for something to drain. Returns 1 if there is something, otherwise 0. */
 TALVO_API int talvo_wait(unsigned milliseconds);
 
-/* The process's client, made by the first call, whose arguments count. Null after a failure. Any thread. */
+/*
+ * Returns the process's client. The first call creates it; the arguments of later calls are ignored. Returns
+ * null on failure. Any thread.
+ */
 TALVO_API talvo_cookies* talvo_cookies_create(const char* api_url, const char* site_id);
 
-/* The language of the banner from now on; "en" at first. */
+/* Sets the language of the banner from now on; initially "en". */
 TALVO_API talvo_status talvo_cookies_set_language(talvo_cookies* client, const char* language);
 
-/* The consent stored now, as JSON, or null when there is none. */
+/* Sets `json` to the consent stored now, or to null if there is none. */
 TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json);
 
 /*
  * Sends a consent such as {"preferences":true,"statistics":false,"marketing":["vendor"]}, stores it once the
- * service has it, and raises its events; `callback`, which may be null, hears of it. Both come in order on a
- * thread of the library's for callbacks, which may block.
+ * service has accepted it, and raises its events. `callback`, which may be null, then receives the result.
+ * Listeners and `callback` are called on a thread that the library keeps for callbacks, one submission after
+ * the other; they may block.
  */
 TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                                     talvo_reply_callback callback, void* user_data);
 
-/* Ties the consent to a user; TALVO_IDENTIFICATION_COMPLETE tells when that is done. The second unties it. */
+/* Tie the consent to a user, and untie it. TALVO_IDENTIFICATION_COMPLETE is raised when the first has ended.
+ */
 TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id);
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);
 
-/* What to call, on the main thread, when the person has decided. Any of them may be null. */
+/* What to call, on the main thread, when the user has decided. Any of the functions may be null. */
 typedef struct talvo_banner_callbacks {
   talvo_callback on_accept_all;
   talvo_callback on_reject_all;
   talvo_callback on_manage_preferences;
   talvo_error_callback on_error;
   void* user_data;
-  talvo_callback release; /* none of them will be called any more */
+  talvo_callback release; /* called when none of the others will be called any more */
 } talvo_banner_callbacks;
 
 /*
- * Fetches what the banner needs and shows it. Only where a C++ part of the host has installed a platform with
- * windows, instead of talvo_install, is there something to show it on; elsewhere no decision is ever
+ * Fetches what the banner needs and shows it. The banner needs a platform with windows, which a C++ part of
+ * the host must install instead of calling talvo_install; on any other platform, no decision is ever
  * reported.
  */
 TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);
 
-/* Listeners. Of a submission they are called on the thread for callbacks, of an identity on the main one. */
+/*
+ * Listeners. For a submission's events, they are called on the thread for callbacks; for
+ * TALVO_IDENTIFICATION_COMPLETE, on the main thread.
+ */
 TALVO_API talvo_status talvo_cookies_add_listener(talvo_cookies* client, talvo_event event,
                                                   talvo_event_callback callback, void* user_data,
                                                   talvo_callback release);
 TALVO_API talvo_status talvo_cookies_remove_listeners(talvo_cookies* client, talvo_event event);
 TALVO_API talvo_status talvo_cookies_remove_all_listeners(talvo_cookies* client);
 
-/* The process's client, made by the first call. `token` and `api_url` may be null. Any thread. */
+/* Returns the process's client; the first call creates it. `token` and `api_url` may be null. Any thread. */
 TALVO_API talvo_topics* talvo_topics_get(const char* tenant_id, const char* collection_point_id,
                                          const char* token, const char* api_url);
 
 typedef struct talvo_topic {
   int64_t number;
-  int selected; /* 0: no, else yes */
+  int selected; /* 0: no; anything else: yes */
 } talvo_topic;
 
 /*
- * Sends the choices of the person with this address. `callback`, which may be null, is called on the thread
- * for callbacks, or, when there is nothing that could be sent, before this returns.
+ * Sends the choices of the person with this e-mail address. `callback`, which may be null, is called on the
+ * thread for callbacks, or before this function returns if the request could not be made.
  */
 TALVO_API talvo_status talvo_topics_submit(talvo_topics* client, const char* email, const talvo_topic* topics,
                                            size_t count, talvo_reply_callback callback, void* user_data);

@@ -23,9 +23,10 @@ QString storeFile(const QString& chosen) {
          QStringLiteral("/consent.sqlite");
 }
 
-// Work for the GUI thread that is dropped when `object` has gone by then.
+// Returns a function that posts work to the GUI thread. The work is dropped if `object` is destroyed before
+// it runs.
 template <class Object>
-std::function<void(std::function<void(Object&)>)> later(Object* object) {
+std::function<void(std::function<void(Object&)>)> onGuiThread(Object* object) {
   return [guard = QPointer<Object>(object),
           mainActor = Platform::current().mainActor](std::function<void(Object&)> work) {
     mainActor->post([guard, work = std::move(work)] {
@@ -46,7 +47,7 @@ ConsentSdk::~ConsentSdk() {
   for (const auto& [event, listener] : listeners_) sdk_->removeEventListener(event, listener);
 }
 
-// The QML engine calls it, which nothing may be thrown through.
+// Called by the QML engine, which exceptions must not pass through.
 void ConsentSdk::componentComplete() try {
   if (!Platform::isInstalled()) {
     QtOptions options;
@@ -56,14 +57,15 @@ void ConsentSdk::componentComplete() try {
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());
-  if (!sdk_) throw std::logic_error("The ConsentSdk is complete too early: the client is being created");
+  if (!sdk_)
+    throw std::logic_error("The ConsentSdk was completed too early: the client is still being created");
   if (hasLanguage_) sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
     const QString name = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
-    const auto tell = [run = later(this), name] {
+    const auto raise = [run = onGuiThread(this), name] {
       run([name](ConsentSdk& self) { emit self.eventRaised(name); });
     };
-    const auto listener = std::make_shared<ConsentEventClosureCallback>(tell, [] {});
+    const auto listener = std::make_shared<ConsentEventClosureCallback>(raise, [] {});
     sdk_->addEventListener(event, listener);
     listeners_[event] = listener;
   }
@@ -91,7 +93,7 @@ QVariant ConsentSdk::consent() const {
 
 void ConsentSdk::showBanner() {
   if (!sdk()) return;
-  sdk_->showBanner({}, {}, {}, [run = later(this)](const Error& error) {
+  sdk_->showBanner({}, {}, {}, [run = onGuiThread(this)](const Error& error) {
     run([error](ConsentSdk& self) { self.report(error); });
   });
 }
@@ -112,7 +114,7 @@ void ConsentSdk::submit(const QByteArray& json) {
   if (!sdk()) return;
   const auto consent = JSONDecoder().decode<BasicConsent>(json.toStdString());
   if (!consent) return report(consent.error());
-  sdk_->submitConsent(*consent, [run = later(this)](const Result<ConsentResponse>& result) {
+  sdk_->submitConsent(*consent, [run = onGuiThread(this)](const Result<ConsentResponse>& result) {
     if (!result) run([error = result.error()](ConsentSdk& self) { self.report(error); });
   });
 }

@@ -22,23 +22,24 @@ enum class ConsentEvent;
 /// Makes `import TalvoConsent` work: call it once, before the first QML file is loaded.
 TALVO_EXPORT void registerQmlTypes();
 
-/// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. What it is
-/// given counts once, when it is complete; only `language` can change later. A platform that the host has
-/// installed stays: `store` and the settings of the banner then are that one's. A language counts as soon as
-/// one is set; without one, that of the process's client stays. GUI thread; every signal comes there.
+/// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. Its
+/// properties are read once, when the component is complete; only `language` can change later. If the host
+/// has installed a platform, that platform is used, and `store` and the settings of the banner are ignored.
+/// If no language is set, the process's client keeps the one it has. Use it on the GUI thread, where every
+/// signal is emitted.
 class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_OBJECT
   Q_INTERFACES(QQmlParserStatus)
   Q_PROPERTY(QString apiUrl MEMBER apiUrl_)
   Q_PROPERTY(QString siteId MEMBER siteId_)
-  Q_PROPERTY(QString store MEMBER store_)  // the file consents are kept in; empty: in the app's data folder
-  Q_PROPERTY(double textScale MEMBER textScale_)  // how much larger text is than usual
+  Q_PROPERTY(QString store MEMBER store_)  // the file for consents; empty: a file in the app's data folder
+  Q_PROPERTY(double textScale MEMBER textScale_)  // the factor by which text is larger than usual
   Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
   Q_PROPERTY(QVariant highContrast MEMBER highContrast_)  // a bool; undefined: what the system asks for
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
-  /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null when none is. Read anew
-  /// each time.
+  /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null if there is none. Read
+  /// from the store each time.
   Q_PROPERTY(QVariant consent READ consent NOTIFY consentChanged)
 
  public:
@@ -62,13 +63,14 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
  signals:
   void languageChanged();
 
-  /// The stored consent has changed, whatever changed it: a decision, an implicit consent, an identity.
+  /// The stored consent may have changed, whatever changed it: a decision, an implicit consent or an
+  /// identity.
   void consentChanged();
 
-  /// One of the SDK's events, by its name, such as "ConsentSent".
+  /// One of the SDK's events was raised. `event` is its name, such as "ConsentSent".
   void eventRaised(const QString& event);
 
-  /// Nothing was stored; `description` tells why.
+  /// An operation failed, and nothing was stored. `description` says why.
   void failed(const QString& description);
 
  private:
@@ -83,7 +85,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   bool reducesMotion_ = false;
   QVariant highContrast_;
   QString language_ = QStringLiteral("en");
-  bool hasLanguage_ = false;  // somebody has set it
+  bool hasLanguage_ = false;  // whether it has been set
   std::shared_ptr<CookiesSDK> sdk_;
   std::map<ConsentEvent, std::shared_ptr<ConsentEventCallback>> listeners_;
   std::shared_ptr<void> observation_;

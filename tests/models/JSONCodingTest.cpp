@@ -82,7 +82,7 @@ TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
       EXPECT_LE(residentMemory("VmHWM:") - before, limit / 1024) << count;
     }
     EXPECT_THAT(end, AllOf(StartsWith("Data corrupted" + std::string(place)),
-                           EndsWith("take more than 16 MB and 8 times its length in memory")));
+                           EndsWith("take more than 16 MB plus 8 times its length in memory")));
   }
 }
 

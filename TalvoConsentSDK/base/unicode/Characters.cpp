@@ -9,7 +9,8 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// Lengths of what is not alphanumeric and what is, in turn, from U+0080 on.
+// The lengths of the ranges of characters from U+0080 on, the first not alphanumeric, the next alphanumeric,
+// and so on in turn. Each length is written in groups of 7 bits, the lowest first.
 constexpr unsigned char ranges[] = {
 #include "TalvoConsentSDK/base/unicode/AlphanumericRanges.inc"
 };
@@ -23,7 +24,7 @@ constexpr bool isASCIILetterOrDigit(char32_t c) {
 Character firstCharacter(std::string_view utf8) {
   const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(utf8[at]); };
   constexpr std::array<char32_t, 5> minCode = {0, 0, 0x80, 0x800,
-                                               0x10000};  // by length: what is less is overlong
+                                               0x10000};  // by length; a smaller code is overlong
   const unsigned first = byte(0);
   if (first < 0x80) return {first, 1};
   const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;

@@ -1,4 +1,4 @@
-// The JSON form of the site configuration and the banner customization. Frozen by golden files.
+// The JSON form of the site configuration and the banner customization. Golden files keep it from changing.
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/SiteConfiguration.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-// The one place that turns values into JSON and back. A record joins with a table of its fields, a scalar
-// with a Codec of its own. Include this in .cpp files only, and instantiate the coders' members there.
+// Turns values into JSON and back. To add a record, write a table of its fields; to add a scalar, specialise
+// Codec. Include this in .cpp files only, and instantiate `codingOf` there.
 
 #include <cstddef>
 #include <functional>
@@ -20,7 +20,7 @@
 
 namespace TalvoConsentSDK::json {
 
-/// How a `T` is read and written. This general form is that of records: `Fields<T>::table` has their fields.
+/// Reads and writes a `T`. This general form is for records: `Fields<T>::table` lists their fields.
 template <class T>
 struct Codec {
   static void read(const Node& node, const Path& path, T& record) {
@@ -109,7 +109,7 @@ struct Codec<std::map<std::string, T, std::less<>>> {
   }
 };
 
-/// The form of enumerations with raw values.
+/// The form for enumerations with raw values.
 template <class T>
   requires requires { RawValues<T>::table; }
 struct Codec<T> {

@@ -4,7 +4,7 @@ namespace TalvoConsentSDK::json {
 
 namespace {
 
-// What an allocation takes beside its content, at most, and what a node of a map does.
+// How many bytes an allocation and a map's node take in addition to their content, at most.
 constexpr std::size_t allocationSize = 16;
 constexpr std::size_t mapNodeSize = 32 + allocationSize;
 
@@ -12,7 +12,8 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
 
-// Eight times in all: texts, which nobody counts, take at most twice what they take in the document.
+// Six times the document's length for what `claim` counts. Texts are not counted; they take at most twice
+// their length in the document, which makes eight times in all.
 MemoryBudget::MemoryBudget(std::size_t documentSize) : left_(16'000'000 + std::uint64_t{6} * documentSize) {}
 
 bool MemoryBudget::take(std::uint64_t bytes) {
@@ -32,7 +33,7 @@ std::string Path::text() const {
 void Path::claim(std::size_t count, std::size_t size) const {
   if (count == 0 || budget_->take(std::uint64_t{count} * size + allocationSize)) return;
   throw CodingError(CodingError::Kind::dataCorrupted, text(),
-                    "The document's values take more than 16 MB and 8 times its length in memory");
+                    "The document's values take more than 16 MB plus 8 times its length in memory");
 }
 
 std::map<std::string_view, Node> membersOf(const Node& object, const Path& path, std::size_t valueSize) {

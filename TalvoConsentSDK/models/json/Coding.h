@@ -1,6 +1,6 @@
 #pragma once
 
-// Values read and written without their types being known.
+// Reads and writes values without knowing their types.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,15 +22,15 @@ class MemoryBudget {
  public:
   explicit MemoryBudget(std::size_t documentSize);
 
-  /// False, once and for all, when there is less left.
+  /// Deducts `bytes`. Returns false, and deducts nothing, if fewer are left.
   bool take(std::uint64_t bytes);
 
  private:
   std::uint64_t left_;
 };
 
-/// The place of a value in its document: a chain through the readers' stack frames, spelled out only when an
-/// error needs it.
+/// The place of a value in its document: a chain through the stack frames of the readers, turned into text
+/// only when an error needs it.
 class Path {
  public:
   explicit Path(MemoryBudget& budget) : budget_(&budget) {}  // the document's root
@@ -39,8 +39,8 @@ class Path {
 
   std::string text() const;
 
-  /// Says that `count` values of `size` bytes each are about to be made here, which a container calls before
-  /// it grows. Throws a CodingError (dataCorrupted) when the document must not take so much.
+  /// Claims memory for `count` values of `size` bytes each. Containers call this before they grow. Throws a
+  /// CodingError (dataCorrupted) if the document's values would take more memory than they may.
   void claim(std::size_t count, std::size_t size) const;
 
  private:
@@ -50,24 +50,25 @@ class Path {
   std::size_t index_ = 0;
 };
 
+/// Throws the CodingError for a value of type `found` where `type` is required.
 [[noreturn]] void refuse(Type type, Type found, const Path& path);
 
 inline void require(Type type, const Node& node, const Path& path) {
   if (node.type() != type) refuse(type, node.type(), path);
 }
 
-/// The members of an object, by key; of a key given twice the last. Claims the memory for them and for values
-/// of `valueSize` bytes.
+/// Returns the members of an object, by key; if a key is given twice, the last member. Claims memory for them
+/// and for one value of `valueSize` bytes each.
 std::map<std::string_view, Node> membersOf(const Node& object, const Path& path, std::size_t valueSize);
 
 template <class T>
 struct Codec;
 
-/// The codec of a type, behind pointers to the values.
+/// A type's codec as functions that take untyped pointers to the values.
 struct Coding {
   void (*read)(const Node& node, const Path& path, void* value);
   void (*write)(Writer& writer, const void* value);
-  bool (*isAbsent)(const void* value);  // null where there always is a value
+  bool (*isAbsent)(const void* value);  // null for a type that always has a value
 };
 
 template <class T>
@@ -75,11 +76,11 @@ void readAs(const Node& node, const Path& path, void* value) {
   Codec<T>::read(node, path, *static_cast<T*>(value));
 }
 
-/// A list whose element type is not known.
+/// How to read a list without knowing the type of its elements.
 struct ListCoding {
   std::size_t elementSize;
   void (*readElement)(const Node& node, const Path& path, void* element);
-  void* (*remake)(void* list, std::size_t count);  // with new elements; returns the first
+  void* (*remake)(void* list, std::size_t count);  // replaces the elements by new ones; returns the first
 };
 
 /// Reads an array.

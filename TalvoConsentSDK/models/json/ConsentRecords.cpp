@@ -1,4 +1,4 @@
-// The JSON form of the consent records: what is sent, fetched and stored. Frozen by golden files.
+// The JSON form of the consent records: what is sent, fetched and stored. Golden files keep it from changing.
 
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"

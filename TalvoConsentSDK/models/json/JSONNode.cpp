@@ -116,7 +116,7 @@ Elements::Elements(const Node& array) {
   position_ = toHandle(elements.begin());
   end_ = toHandle(elements.end());
   count_ = elements.size();
-  constexpr std::size_t maxCounted = 0xFFFFFF;  // by the parser
+  constexpr std::size_t maxCounted = 0xFFFFFF;  // the parser counts no further
   if (count_ == maxCounted)
     count_ = static_cast<std::size_t>(std::distance(elements.begin(), elements.end()));
 }
@@ -136,7 +136,8 @@ struct Document::Parsed {
 };
 
 Document::Document(std::string_view text) : parsed_(std::make_unique<Parsed>()) {
-  auto error = parsed_->parser.allocate(text.size(), maxDepth + 1);  // the parser counts the root's value
+  auto error =
+      parsed_->parser.allocate(text.size(), maxDepth + 1);  // the parser counts one level for the root
   if (error == simdjson::SUCCESS) {
     error = parsed_->parser.parse(text.data(), text.size()).get(parsed_->root);
   }

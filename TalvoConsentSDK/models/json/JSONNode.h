@@ -10,21 +10,21 @@
 
 namespace TalvoConsentSDK::json {
 
-// A large integer is one from 2^63 to 2^64 - 1; what is larger still is no JSON to the parser.
+// A large integer is one from 2^63 to 2^64 - 1. To the parser, anything larger is not JSON.
 enum class Type { null, boolean, integer, largeInteger, number, string, array, object };
 
-/// How deep objects and arrays may be nested. Readers and writers recurse as deep, on threads with stacks of
-/// a few hundred kilobytes.
+/// How deep objects and arrays may be nested. Readers and writers recurse to this depth, on threads with
+/// stacks of a few hundred kilobytes.
 inline constexpr int maxDepth = 256;
 
 /// The type's name in error texts.
 std::string_view name(Type type);
 
-// The parser's own handles, as opaque bytes: two words each.
+// One of the parser's handles, kept as two opaque words.
 using Handle = std::array<std::uintptr_t, 2>;
 
-/// One value of a document. A plain handle and its type, valid as long as its Document; the readers require
-/// the matching `type`.
+/// One value of a document: a plain handle and its type, valid as long as its Document exists. Each accessor
+/// requires the matching `type`.
 class Node {
  public:
   Node() = default;
@@ -33,7 +33,7 @@ class Node {
   Type type() const { return type_; }
   bool boolean() const;
   std::int64_t integer() const;
-  double number() const;  // also of an integer
+  double number() const;  // also works for an integer
   std::string_view string() const;
 
  private:
@@ -63,7 +63,7 @@ class Elements {
 
   bool next(Node& value);
 
-  /// How many there are.
+  /// The number of elements.
   std::size_t count() const { return count_; }
 
  private:
@@ -72,7 +72,7 @@ class Elements {
   Handle end_;
 };
 
-/// A parsed text. Throws a CodingError (dataCorrupted) when the text is no strict JSON.
+/// A parsed text. The constructor throws a CodingError (dataCorrupted) if the text is not strict JSON.
 class Document {
  public:
   explicit Document(std::string_view text);

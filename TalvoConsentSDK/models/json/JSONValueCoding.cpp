@@ -9,7 +9,7 @@ namespace json {
 
 template <>
 struct Codec<JSONValue> {
-  // Recurses as deep as the document, which its parser limits.
+  // Recurses as deep as the document is nested, which the parser limits.
   static void read(const Node& node, const Path& path, JSONValue& value) {
     switch (node.type()) {
       case Type::null:
@@ -21,7 +21,7 @@ struct Codec<JSONValue> {
       case Type::integer:
         value = node.integer();
         break;
-      case Type::largeInteger:  // as a double it would be another number
+      case Type::largeInteger:  // a double would change the number
         throw CodingError(CodingError::Kind::dataCorrupted, path.text(),
                           "The whole number is larger than 9223372036854775807");
       case Type::number:

@@ -16,13 +16,13 @@ CodingError invalid(const char* detail) {
   return {CodingError::Kind::invalidValue, "", detail};
 }
 
-struct Content {
+struct TextTraits {
   bool isASCII;
   bool needsEscapes;
 };
 
-// Looks at every byte, without a branch, so that compilers can take many at a time.
-Content look(std::string_view text) {
+// Has no branch in its loop, so that compilers can process many bytes at a time.
+TextTraits traitsOf(std::string_view text) {
   unsigned char all = 0;
   unsigned char escapes = 0;
   for (const char c : text) {
@@ -41,8 +41,8 @@ void Writer::integer(std::int64_t content) {
   value({digits.data(), end});
 }
 
-// The shortest text that reads back as the same double. What would look like an integer gets a fraction, lest
-// a reader take it for one beyond 64 bits.
+// Writes the shortest text that reads back as the same double. Adds a fraction to what would look like an
+// integer, so that no reader takes it for an integer beyond 64 bits.
 void Writer::number(double content) {
   if (!std::isfinite(content)) throw invalid("JSON has no NaN and no infinity");
   std::array<char, 32> digits{};
@@ -65,7 +65,7 @@ void Writer::key(std::string_view content) {
   needsComma_ = false;
 }
 
-// Readers do not count a level without content.
+// Checks the depth only when something is written into a level, because readers do not count an empty one.
 void Writer::separate() {
   if (depth_ > maxDepth) throw invalid("The value is nested too deeply");
   if (needsComma_) text_ += ',';
@@ -78,9 +78,9 @@ void Writer::value(std::string_view literal) {
 }
 
 void Writer::quote(std::string_view content) {
-  const Content kind = look(content);
-  if (!kind.isASCII && !isUTF8(content)) throw invalid("The text is not valid UTF-8");
-  if (!kind.needsEscapes) {
+  const TextTraits traits = traitsOf(content);
+  if (!traits.isASCII && !isUTF8(content)) throw invalid("The text is not valid UTF-8");
+  if (!traits.needsEscapes) {
     text_ += '"';
     text_ += content;
     text_ += '"';

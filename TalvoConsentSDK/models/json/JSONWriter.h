@@ -1,7 +1,6 @@
 #pragma once
 
-// Appends JSON text. It keeps the commas right; that objects and arrays are opened and closed in turn is its
-// caller's business.
+// Writes JSON text. It places the commas; its caller must open and close objects and arrays in turn.
 
 #include <cstdint>
 #include <string>
@@ -11,7 +10,7 @@
 namespace TalvoConsentSDK::json {
 
 /// Writes one document into a string. Throws a CodingError (invalidValue) on text that is not UTF-8, on NaN
-/// and infinity, and beyond `maxDepth`, which no reader of ours would take back.
+/// and infinity, and on nesting deeper than `maxDepth`, which our readers would reject.
 class Writer {
  public:
   void null() { value("null"); }

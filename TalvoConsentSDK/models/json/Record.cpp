@@ -1,4 +1,4 @@
-// What a large catalogue mostly consists of, records and texts, is read here: this file is built for speed.
+// Reads records and texts, which make up most of a large catalogue. This file is therefore built for speed.
 
 #include "TalvoConsentSDK/models/json/Record.h"
 
@@ -11,8 +11,9 @@ namespace TalvoConsentSDK::json {
 
 namespace {
 
-// Where the key is among the fields, or their number. Documents mostly keep to the order of writing, so the
-// field after the last one is tried first.
+// Returns the index of the field with this key, or the number of fields if there is none. Starts at `first`,
+// the field after the last one found, because documents mostly list fields in the order in which they are
+// written.
 std::size_t indexOf(std::string_view key, std::span<const Field> fields, std::size_t first) {
   for (std::size_t i = first; i < fields.size(); ++i) {
     if (fields[i].key == key) return i;
@@ -49,7 +50,7 @@ void readRecord(const Node& node, const Path& path, void* record, std::span<cons
   for (Members members(node); members.next(key, value);) {
     const std::size_t index = indexOf(key, fields, next);
     if (index == fields.size()) continue;
-    values[index] = value;  // of a key given twice, the last
+    values[index] = value;  // if a key is given twice, the last value counts
     found |= 1U << index;
     next = index + 1;
   }
@@ -77,14 +78,14 @@ void writeRecord(Writer& writer, const void* record, std::span<const Field> fiel
 
 void Codec<std::string>::read(const Node& node, const Path& path, std::string& value) {
   require(Type::string, node, path);
-  value = std::string(node.string());  // with no more room than it needs
+  value = std::string(node.string());  // a new string, with no more capacity than it needs
 }
 
 void Codec<std::optional<std::string>>::read(const Node& node, const Path& path,
                                              std::optional<std::string>& value) {
   if (node.type() == Type::null) return value.reset();
   require(Type::string, node, path);
-  value.emplace(node.string());  // quicker than to assign to an empty one
+  value.emplace(node.string());  // quicker than assigning to an empty string
 }
 
 }  // namespace TalvoConsentSDK::json

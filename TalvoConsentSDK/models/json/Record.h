@@ -1,7 +1,7 @@
 #pragma once
 
-// Records as tables of their fields, read and written by one piece of code; one per record was a sixth of the
-// library.
+// Describes records as tables of their fields, so that the same code reads and writes all of them. Separate
+// code for each record made up a sixth of the library.
 
 #include <cstddef>
 #include <span>
@@ -11,8 +11,8 @@
 
 namespace TalvoConsentSDK::json {
 
-/// A record's field: its key, and where and what its member is. A member of type std::optional makes the key
-/// optional.
+/// A record's field: its key, how to find the member in the record, and the member's codec. A member of type
+/// std::optional makes the key optional.
 struct Field {
   std::string_view key;
   const void* (*member)(const void* record);
@@ -32,12 +32,14 @@ constexpr Field field(std::string_view key) {
   return {key, Member<member>::of, Member<member>::coding};
 }
 
-/// `Fields<Record>::table` has a record's fields in the order of writing, `maxFields` at most.
+/// `Fields<Record>::table` lists a record's fields in the order in which they are written, at most
+/// `maxFields`.
 template <class Record>
 struct Fields;
 inline constexpr std::size_t maxFields = 32;
 
-/// Reads an object into a new record, which must be of the fields' type.
+/// Read an object into a new record, and write a record. The record must be of the type that the fields
+/// belong to.
 void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields);
 void writeRecord(Writer& writer, const void* record, std::span<const Field> fields);
 

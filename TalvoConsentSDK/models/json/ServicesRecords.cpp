@@ -1,4 +1,4 @@
-// The JSON form of the services catalogue. Frozen by golden files.
+// The JSON form of the services catalogue. Golden files keep it from changing.
 
 #include "TalvoConsentSDK/models/Services.h"
 #include "TalvoConsentSDK/models/json/Codec.h"

@@ -1,12 +1,12 @@
 #pragma once
 
-// The moment at which a host installs its first platform.
+// Waits for the host to install its first platform.
 
 #include <functional>
 
 namespace TalvoConsentSDK::detail {
 
-/// Calls `work` once a platform is installed: now if there is one, else within the first `install`, on its
+/// Calls `work` now if a platform is installed; otherwise the first `install` calls it, on its caller's
 /// thread.
 void onceInstalled(std::function<void()> work);
 

@@ -47,15 +47,15 @@ Platform::Platform()
       localization(std::make_shared<Localization>()),
       printer(std::make_shared<StandardOutput>()) {}
 
-// The null objects, and in their place what has been installed. Neither is ever replaced.
+// The null objects, and the platform that is used instead of them once it is bound. Neither is ever replaced.
 struct UnboundPlatform::Binding {
-  Binding() { nobody.fillIn(); }
+  Binding() { nullObjects.fillIn(); }
 
-  Platform nobody;
+  Platform nullObjects;
   Platform bound;
   std::atomic<bool> isBound = false;
 
-  const Platform& target() const { return isBound ? bound : nobody; }
+  const Platform& target() const { return isBound ? bound : nullObjects; }
 };
 
 namespace {
@@ -112,7 +112,7 @@ class UnboundExecutor : public Executor {
 
 }  // namespace
 
-UnboundPlatform::UnboundPlatform() : binding_(std::make_shared<Binding>()), platform_(binding_->nobody) {
+UnboundPlatform::UnboundPlatform() : binding_(std::make_shared<Binding>()), platform_(binding_->nullObjects) {
   platform_.urlSession = std::make_shared<UnboundURLSession<Binding>>(binding_);
   platform_.userDefaults = std::make_shared<UnboundUserDefaults<Binding>>(binding_);
   for (const auto member : {&Platform::mainActor, &Platform::background, &Platform::callbacks}) {

@@ -1,13 +1,14 @@
 #pragma once
 
-// What stands in for seams that a host has left out, or not installed yet.
+// Substitutes for seams that a host has left out or not installed yet.
 
 #include "TalvoConsentSDK/platform/Platform.h"
 
 namespace TalvoConsentSDK {
 
-/// The null objects of a `Platform` until `bind` is called: then the session, the store and the executors are
-/// those of the given one. The members of `platform()` are safe from any thread; `bind` is called once.
+/// A platform of null objects. Once `bind` has been called, its session, store and executors pass everything
+/// on to those of the given platform. The members of `platform()` are safe from any thread; `bind` is called
+/// once.
 class UnboundPlatform {
  public:
   UnboundPlatform();
