@@ -173,7 +173,7 @@ std::string expanded(std::string text) {
 
 // The table is tests/golden/service/bounds.txt.
 TEST(ConsentService, BoundsWhatAClientSendsInSizeAndTime) {
-  const ConsentServiceProcess service({"--patience", "300"});
+  const ConsentServiceProcess service({"--client-timeout", "300"});
   const TemporaryFile zeros(".gz");
   ASSERT_EQ(printedBy("head -c 300000000 /dev/zero | gzip -1 >" + zeros), "");
   const std::string bomb = contentOf(zeros);
