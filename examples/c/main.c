@@ -1,4 +1,4 @@
-/* A host in C: a choice submitted over the flat interface, and what it raises.
+/* A host in C: submits a choice through the C interface and prints the events.
  *
  *   c-host URL [STORE]
  */
@@ -7,7 +7,7 @@
 #include <stdio.h>
 #include <talvo_consent.h>
 
-/* The exit status, once a background thread, where submissions are answered, has set it. */
+/* The exit status; -1 until the reply arrives, on a background thread. */
 static atomic_int status = -1;
 
 static void on_event(talvo_event event, void* user_data) {
