@@ -67,11 +67,11 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   constexpr std::string_view name = "Content-Length:";
   if (line.size() < name.size() || strncasecmp(line.data(), name.data(), name.size()) != 0)
     return std::nullopt;
-  return judgeLength(trimmed(line.substr(name.size())));
+  return checkLength(trimmed(line.substr(name.size())));
 }
 
 // When a reply declares two lengths, libcurl uses the second one, so part of a body could pass as the whole.
-std::optional<PlatformError> CurlHeader::judgeLength(std::string_view value) {
+std::optional<PlatformError> CurlHeader::checkLength(std::string_view value) {
   if (!length_.empty() && length_ != value) {
     return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply declares two different lengths");
   }

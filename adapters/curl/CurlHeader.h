@@ -37,7 +37,7 @@ class CurlHeader {
   int status() const noexcept { return status_; }
 
  private:
-  std::optional<PlatformError> judgeLength(std::string_view value);
+  std::optional<PlatformError> checkLength(std::string_view value);
 
   std::optional<std::size_t> maxBody_;
   std::size_t bytes_ = 0;

@@ -55,9 +55,9 @@ std::optional<PlatformError> refusal(const URLRequest& request) {
   if (request.body && !mayHaveBody(request))
     return refused("A " + request.method + " request cannot have a body");
   for (const auto& [name, value] : request.headers) {
-    if (!isToken(name)) return refused("A header's name cannot be sent");
+    if (!isToken(name)) return refused("A header has an invalid name");
     if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
-      return refused("The value of the header " + name + " has a line break or NUL in it");
+      return refused("The value of the header " + name + " contains a line break or NUL");
     }
   }
   return std::nullopt;
@@ -128,7 +128,7 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   if (rejection_) return *rejection_;
   if (isSecondAttempt_) {
     return curlError(CURLE_SEND_FAIL_REWIND,
-                     "The service did not take the " + request_.method + ", and it is not sent again");
+                     "The service did not accept the " + request_.method + ", which is not sent again");
   }
   if (isStaleConnection_) {
     avoidsPool_ = true;
@@ -184,7 +184,8 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
   if (leaves && keepsOrigin_)
     return curlError(CURLE_TOO_MANY_REDIRECTS, "A POST or PUT is not redirected to another origin");
   if (status <= 302 && request_.method == "PUT")
-    return curlError(CURLE_SEND_FAIL_REWIND, "A PUT is sent again by a redirect of 307 or 308 only");
+    return curlError(CURLE_SEND_FAIL_REWIND,
+                     "A PUT is sent again only for a redirect with status 307 or 308");
   if (status <= 303 && mayHaveBody(request_)) {
     request_.method = "GET";
     request_.headers.erase("Content-Type");
@@ -197,7 +198,7 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
 std::optional<PlatformError> CurlTransfer::configure() {
   const bool plain = target_->scheme == "http";
   if (!plain && target_->scheme != "https") {
-    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Requests go to https URLs, not to " + target_->scheme);
+    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Requests must use https, not " + target_->scheme);
   }
   if (plain && !rules_.allowsPlainHTTP && !target_->isLoopback()) {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);

@@ -77,7 +77,8 @@ class CurlURLSession::Worker {
     // the first wait short.
     if (const CURLMcode code = curl_multi_wakeup(multi_); code != CURLM_OK) {
       curl_multi_cleanup(multi_);
-      throw curlError(CURLE_FAILED_INIT, std::string("No requests can be run: ") + curl_multi_strerror(code));
+      throw curlError(CURLE_FAILED_INIT,
+                      std::string("libcurl cannot run requests: ") + curl_multi_strerror(code));
     }
   }
 

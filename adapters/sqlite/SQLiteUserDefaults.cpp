@@ -104,7 +104,7 @@ void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
       alone.reset();
     }
   }
-  throw storeFailure(SQLITE_BUSY, "the file is being replaced again and again");
+  throw storeFailure(SQLITE_BUSY, "the file keeps being replaced");
 }
 
 // Makes `current` a connection to the file that the path leads to. Sets `isDone` to false if that file lacks

@@ -176,7 +176,7 @@ void createTable(const SQLiteHandle& connection) {
 }
 
 PlatformError noFile() {
-  return storeFailure(SQLITE_CANTOPEN, "the path names no file");
+  return storeFailure(SQLITE_CANTOPEN, "the path does not name a file");
 }
 
 // SQLite discards a log beside an empty file, although the log may hold the latest changes.

@@ -23,7 +23,7 @@ struct ParkedThread::Shared {
   std::condition_variable changed;
   bool ended = false;
 
-  // A forked child does not have the thread and must not take its locks, which may be locked forever there.
+  // A forked child does not have the thread, and must not take its locks: they may be held there forever.
   bool isElsewhere() const { return process != getpid(); }
 
   void park() {
