@@ -39,7 +39,7 @@ Result<URLResponse> outcomeOf(Input& input) {
 }
 
 // The expected error for an outcome, as far as it does not depend on the body; nothing if the body decides.
-std::optional<Case> judged(const Result<URLResponse>& outcome) {
+std::optional<Case> expectedCase(const Result<URLResponse>& outcome) {
   if (!outcome) return Case::networkError;
   if (!outcome->statusCode) return Case::invalidResponse;
   if (*outcome->statusCode < 200 || *outcome->statusCode > 299) return Case::httpError;
@@ -51,7 +51,7 @@ void checkTyped(URLSessionHTTPClient& client, const Result<URLResponse>& outcome
   int ends = 0;
   spawn<Reply>(nullptr, client.get<Reply>(url, {}), [&](const Result<Reply>& reply) {
     ++ends;
-    const auto expected = judged(outcome);
+    const auto expected = expectedCase(outcome);
     if (reply) return require(!expected && (recoded(*reply), true), "only a good reply is a success");
     const auto* error = reply.error().template as<HTTPClientError>();
     require(error && error->kind() == expected.value_or(Case::decodingError), "the error fits the outcome");
@@ -68,7 +68,7 @@ void checkUntyped(URLSessionHTTPClient& client, const Result<URLResponse>& outco
   int ends = 0;
   client.postJSON(url, {{"a", 1}}, {}, [&](const Result<JSONObject>& reply) {
     ++ends;
-    if (reply) return require(!judged(outcome), "only a good reply is a success");
+    if (reply) return require(!expectedCase(outcome), "only a good reply is a success");
     const auto* error = reply.error().as<PlatformError>();
     const bool isMissing = outcome && !outcome->body;
     require((error && error->code() == -2) == isMissing, "a missing body is reported as missing");
