@@ -71,8 +71,8 @@ int readBody(const Request& request, const Response& response, const httplib::Co
   return response.status >= 400 ? response.status : 400;  // the HTTP library's own status
 }
 
-// The HTTP library's server on our connections and threads: its own accept any amount of input for any length
-// of time.
+// The HTTP library's server with our connections and threads, because its own accept any amount of input for
+// any length of time.
 template <class Base>
 class BoundedServer : public Base {
  public:

@@ -27,8 +27,8 @@ class Sites {
   bool has(std::string_view site) const;
 
   /// The documents of a site, which must exist. A language that the site lacks falls back to the language
-  /// without its region ("de" for "de-AT"), then to the site's default. A site without customization returns
-  /// nothing.
+  /// without its region ("de" for "de-AT"), then to the site's default. `customization` returns nothing if
+  /// the site has none.
   std::string configuration(std::string_view site) const;
   std::optional<std::string> customization(std::string_view site, std::string_view language) const;
   std::string services(std::string_view site, std::string_view language) const;

@@ -193,7 +193,7 @@ TEST(ConsentService, BoundsWhatAClientSendsInSizeAndTime) {
 
 TEST(ConsentService, ServesOthersBesideSlowClients) {
   const ConsentServiceProcess service;
-  std::string unread;  // requests for replies that the client does not read
+  std::string unread;  // requests whose replies the client does not read
   for (int i = 0; i < 40; ++i) unread += "GET /public/cookies/large HTTP/1.1\r\nHost: a\r\n\r\n";
   const std::string slow[] = {"", "GET /", "POST / HTTP/1.1\r\nHost: a\r\nContent-Length: 10\r\n\r\n{"};
   std::deque<RawClient> crowd;

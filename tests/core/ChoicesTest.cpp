@@ -82,7 +82,7 @@ struct Model {
   Kept kept;
   bool isFine = true, isReadable = true, inherits = false;
   std::vector<std::string> unwritten;  // identified users, "-" for none
-  std::string user = "?";              // that the process knows of, "?" for unknown
+  std::string user = "?";              // as known to the process, "?" if unknown
   std::vector<Asked> asked;
   int identity = 0, decisions = 0, number = 0;
   std::map<std::string, int> latest;

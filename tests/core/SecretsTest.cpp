@@ -29,7 +29,7 @@ TEST(SecretsTest, AreNotTold) {
     session->outcome = outcome;
     for (const bool storeFails : {false, true}) {
       fakes.userDefaults->failsToRead = fakes.userDefaults->failsToWrite = storeFails;
-      // The last two cannot be used in a URL and in JSON.
+      // The second cannot be part of a URL, and the third cannot be encoded as JSON.
       for (const std::string user : {"secret", "secret user", "secret\xFF"}) {
         client->identify(user);
         fakes.settle();

@@ -24,8 +24,8 @@ inline long residentMemory(const char* which = "VmRSS:", const std::string& proc
   return 0;
 }
 
-/// Starts a new peak and returns the current size in KiB. Returns free memory to the system first, if the C
-/// library supports that.
+/// Gives free memory back to the system, if the C library can, and starts a new peak. Returns the current
+/// size in KiB.
 inline long startOfPeak() {
 #ifdef __GLIBC__
   malloc_trim(0);
