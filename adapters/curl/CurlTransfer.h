@@ -54,7 +54,6 @@ class CurlTransfer {
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-  /// The easy handle.
   void* handle() const noexcept { return handle_.get(); }
 
   /// Moves the handle out once the transfer has ended; null if it must not be reused.

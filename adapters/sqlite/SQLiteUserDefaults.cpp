@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 constexpr int maxAttempts = 8;
 
 // Makes the path absolute, so that the store stays the same when the process changes its working directory.
-fs::path anchored(const fs::path& file) {
+fs::path absolutePath(const fs::path& file) {
   std::error_code error;  // on failure the path is empty, and every operation fails to open it
   return fs::absolute(file, error);
 }
@@ -123,23 +123,23 @@ void SQLiteUserDefaults::Access::connect(StoreWaitEnd end, bool isAlone, bool& i
   if (!isAlone)
     opening.emplace(folder, current ? FolderLock::Kind::exclusive : FolderLock::Kind::shared, end);
   if (current && current->fileIsInPlace()) {
-    isDone = current->bringLogHome() && isDone;
+    isDone = current->moveLogToFile() && isDone;
     current = nullptr;
   } else if (current) {
-    current->leaveBehind();
+    current->deleteOldLog();
     lost = std::move(current);
   }
   auto opened = std::make_unique<StoreConnection>(file, end);
   if (lost) {
     lost->waitUntil(end);
-    isDone = opened->takeOver(*lost) && isDone;
+    isDone = opened->copyValuesFrom(*lost) && isDone;
   }
   lost = nullptr;
   current = std::move(opened);
 }
 
 SQLiteUserDefaults::SQLiteUserDefaults(const fs::path& file, std::chrono::milliseconds busyTimeout)
-    : access_(new Access{anchored(file), busyTimeout}) {}
+    : access_(new Access{absolutePath(file), busyTimeout}) {}
 
 SQLiteUserDefaults::~SQLiteUserDefaults() = default;
 

@@ -186,7 +186,7 @@ void requireFileOfLog(const fs::path& file) {
 
 SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
   if (file.native().find('\0') != file.native().npos) throw noFile();  // the system would cut the path there
-  makeOwnersFile(file);
+  makePrivateFile(file);
   requireFileOfLog(file);
   SQLiteHandle handle = opened(file, end);
   setMovesLogOnClose(handle, false);  // leave a damaged file as it was found
@@ -236,7 +236,7 @@ StoreConnection::~StoreConnection() {
   if (isAbandoned_) return;
   try {
     closing_.emplace(file_.parent_path(), FolderLock::Kind::shared, steady_clock::now());
-    if (!isInPlace()) bringLogHome();
+    if (!isInPlace()) moveLogToFile();
   } catch (const PlatformError&) {
     abandon();
   }
@@ -326,7 +326,7 @@ bool StoreConnection::fileIsInPlace() const {
   return identity_ && identity_ == identityOf(named_);
 }
 
-bool StoreConnection::bringLogHome() {
+bool StoreConnection::moveLogToFile() {
   abandon();
   const bool hasNewLog = sizeOf(log()) > 0;
   if (!fileIsInPlace() || hasNewLog) return false;
@@ -334,7 +334,7 @@ bool StoreConnection::bringLogHome() {
   return true;
 }
 
-void StoreConnection::leaveBehind() {
+void StoreConnection::deleteOldLog() {
   abandon();
   if (identityOf(file_) == identity_) return;  // only a symbolic link has changed
   std::error_code isMissing;
@@ -342,7 +342,7 @@ void StoreConnection::leaveBehind() {
   if (index_ == identityOf(index())) fs::remove(index(), isMissing);
 }
 
-bool StoreConnection::takeOver(StoreConnection& other) {
+bool StoreConnection::copyValuesFrom(StoreConnection& other) {
   std::vector<StoreChange> values;
   try {
     SQLiteStatement all(other.handle_, "SELECT key, value, isData FROM defaults");

@@ -20,7 +20,7 @@ namespace TalvoConsentSDK {
 class StoreConnection {
  public:
   /// Opens and checks the file that `named` leads to, and creates it if it is missing. Hold the lock of the
-  /// file's folder: shared, or exclusive in order to set the file aside.
+  /// file's folder, in either mode.
   StoreConnection(const std::filesystem::path& named, StoreWaitEnd end);
 
   /// Moves the write-ahead log's content to the file if no other connection has it open.
@@ -46,15 +46,15 @@ class StoreConnection {
   /// Call this when the write-ahead log was deleted or moved away while the file is still in place. Moves the
   /// log's content to the file, unless another connection has begun a new log meanwhile, and returns whether
   /// it did. Hold the lock of the file's folder.
-  bool bringLogHome();
+  bool moveLogToFile();
 
   /// Call this when the path leads to another file. Deletes this connection's log at the old path, because
   /// SQLite would take it as the log of the other file. This connection keeps using the deleted log.
-  void leaveBehind();
+  void deleteOldLog();
 
   /// Copies all values of another store to this one in one transaction, if this one holds no values yet.
   /// Returns whether it copied them.
-  bool takeOver(StoreConnection& other);
+  bool copyValuesFrom(StoreConnection& other);
 
   /// From now on, closing the connection leaves the file and its log as they are.
   void abandon();

@@ -54,7 +54,7 @@ fs::path withoutLinks(const fs::path& path, int& linksLeft) {
   return withoutLinks(folder / *target, linksLeft);
 }
 
-bool isTaken(const fs::path& path) {
+bool pathExists(const fs::path& path) {
   struct stat status{};
   return ::lstat(path.c_str(), &status) == 0;
 }
@@ -74,7 +74,7 @@ void makeFolder(const fs::path& folder) {
 
 // A process that closes any descriptor of a file loses all its locks on that file. So this opens the file
 // only if it did not exist, and the mutex keeps other threads from opening it before it is closed again.
-void makeOwnersFile(const fs::path& file) {
+void makePrivateFile(const fs::path& file) {
   static constinit std::mutex lock;
   const std::scoped_lock guard(lock);
   const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
@@ -130,12 +130,12 @@ std::optional<fs::path> setAside(const fs::path& file) {
   fs::path name;
   for (int n = 1; name.empty(); ++n) {
     const fs::path candidate = sibling(file, (".damaged-" + std::to_string(n)).c_str());
-    const auto isTakenWith = [&](const char* suffix) { return isTaken(sibling(candidate, suffix)); };
-    if (std::ranges::none_of(sideFilesAndFile, isTakenWith)) name = candidate;
+    const auto isUsedWith = [&](const char* suffix) { return pathExists(sibling(candidate, suffix)); };
+    if (std::ranges::none_of(sideFilesAndFile, isUsedWith)) name = candidate;
   }
   for (const char* suffix : sideFilesAndFile) {
     const fs::path each = sibling(file, suffix);
-    if (isTaken(each) && ::rename(each.c_str(), sibling(name, suffix).c_str()) != 0) return std::nullopt;
+    if (pathExists(each) && ::rename(each.c_str(), sibling(name, suffix).c_str()) != 0) return std::nullopt;
   }
   return name;
 }

@@ -25,7 +25,7 @@ std::filesystem::path withoutLinks(const std::filesystem::path& file);
 void makeFolder(const std::filesystem::path& folder);
 
 /// Creates the file if it is missing, and restricts access to it and its side files to its owner.
-void makeOwnersFile(const std::filesystem::path& file);
+void makePrivateFile(const std::filesystem::path& file);
 
 /// The device and inode of the file at a path; nothing if there is none or it cannot be examined.
 using FileIdentity = std::optional<std::pair<dev_t, ino_t>>;
