@@ -76,7 +76,7 @@ class Table:
         self.rows = []
 
     def add(self, what, ours, peer=None, limit=None, ratio=None, budget=None, show=duration, peer_name="", limit_name=""):
-        """`budget` is a pair: its text, and whether it is kept."""
+        """`budget` is a pair: its text, and whether it is met."""
         cell = lambda value, name: "" if value is None else f"{show(value)} {name}".strip()
         if ratio is None and (peer or limit):
             ratio = ours / (limit or peer)
@@ -189,7 +189,7 @@ def banner(table, quick, env):
                 table.add(f"{what}, {count:,} vendors", work, frame, peer_name="frame of scrolling",
                           budget=within(work / frame, 2))
             if name == "switchVendor":
-                table.add("... until it is on the screen, a beat of the display included", figures[f"{name}/{count}"])
+                table.add("... until it is on screen, including a display refresh", figures[f"{name}/{count}"])
 
 
 def memory(process):
@@ -332,7 +332,7 @@ def compare(before, after):
         if growth > MOST_GROWTH:
             wrong.append(operation)
     if wrong:
-        raise SystemExit(f"More than {MOST_GROWTH:.0%} more, or not counted: {', '.join(wrong)}")
+        raise SystemExit(f"Grew by more than {MOST_GROWTH:.0%}, or missing on one side: {', '.join(wrong)}")
 
 
 def kept_counts():
@@ -348,7 +348,7 @@ def update():
 
 
 def costs():
-    """Fails when the library or an operation has grown since the figures were kept; budgets are `measure`'s."""
+    """Fails if the library or an operation has grown since the figures were stored. Applies the budgets of `measure`."""
     table = Table()
     add_optimisation(table)
     print(table.text())
