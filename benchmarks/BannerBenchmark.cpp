@@ -1,5 +1,5 @@
-// What the banner's preferences cost as their vendors grow: from a person's action to the frame that shows
-// it.
+// Measures the preferences screen for growing numbers of vendors, from a user's action to the frame that
+// shows its effect.
 
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -28,7 +28,8 @@ std::size_t vendorCount(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));
 }
 
-// The preferences without a window, one step at a time, with the marketing category open.
+// The preferences without a window, with the marketing category open, so that each stage can be measured
+// alone.
 struct Stages {
   explicit Stages(std::size_t vendors)
       : banner(makeBanner(vendors)),
@@ -59,7 +60,7 @@ struct Stages {
   Animations animations;
 };
 
-// The views of the screen, rows that are near included, brought into a new tree.
+// Renders the views of the screen, including rows near the visible ones, into a new tree.
 void render(benchmark::State& state) {
   const ConsentBannerView banner = makeBanner(vendorCount(state));
   const AnyView root = bannerComposition(banner.view(), banner.customization());
@@ -83,7 +84,7 @@ void layOut(benchmark::State& state) {
   }
 }
 
-// Items for everything on the screen, in a window that is not shown.
+// Makes the items for everything on the screen, in a hidden window.
 void mount(benchmark::State& state) {
   Stages stages(vendorCount(state));
   const std::vector<Visual> all = stages.flatten();
@@ -145,7 +146,7 @@ void scrollHundredFrames(benchmark::State& state) {
   BannerScene scene(vendorCount(state));
   scene.use(Role::expander, "Marketing");
   scene.settle();
-  // To and fro: at an end nothing would move, and no frame come.
+  // Scroll up and down: at an end nothing would move, and no frame would be presented.
   constexpr int turn = 20;
   for (auto _ : state) {
     for (int frame = 0; frame < 100; ++frame) {

@@ -19,7 +19,7 @@ BannerScene::BannerScene(std::size_t vendorCount) : window_(TextSettings()) {
   window_.resize(390, 844);
   ViewEnvironment environment;
   environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings());
-  environment.reducesMotion = true;  // what is measured is over with its first frame
+  environment.reducesMotion = true;  // each measurement ends with the first frame
   window_.setController(controller_, environment);
   window_.show();
   presentFrame();

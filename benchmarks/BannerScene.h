@@ -1,6 +1,6 @@
 #pragma once
 
-// A banner with as many vendors as wanted, in a real window.
+// A banner with any number of vendors, in a real window.
 
 #include <QGuiApplication>
 #include <cstddef>
@@ -13,7 +13,8 @@
 
 namespace TalvoConsentBenchmarks {
 
-/// Shows a banner with so many vendors in a window of 390 x 844 points and draws frames of it on demand.
+/// Shows a banner with a given number of vendors in a window of 390 x 844 points and draws its frames on
+/// demand.
 class BannerScene {
  public:
   explicit BannerScene(std::size_t vendorCount);
@@ -24,10 +25,10 @@ class BannerScene {
   /// Runs the event loop until nothing moves.
   void settle();
 
-  /// Uses the first control with this role and name; it must exist.
+  /// Activates the first control with this role and name, which must exist.
   void use(TalvoConsentSDK::Role role, const std::string& name);
 
-  /// Scrolls the middle of the window.
+  /// Scrolls at the middle of the window.
   void scroll(double distance);
 
   TalvoConsentSDK::HostingController& controller() { return *controller_; }

@@ -28,7 +28,8 @@ void BareCurl::begin(Transfer& transfer) {
     CURL* const easy = transfer.easy = curl_easy_init();
     curl_easy_setopt(easy, CURLOPT_URL, url_.c_str());
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // as ours, so that the requests are the same
+    // Same as our session, so that the requests are equal.
+    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
     if (!body_.empty()) {
       curl_easy_setopt(easy, CURLOPT_POSTFIELDS, body_.data());
       curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body_.size()));

@@ -1,6 +1,6 @@
 #pragma once
 
-// Requests on libcurl's multi interface and nothing more: no thread, no rules, no outcomes.
+// Requests with only libcurl's multi interface: no thread, no rules and no outcomes.
 
 #include <string>
 #include <vector>
@@ -10,13 +10,13 @@ namespace TalvoConsentBenchmarks {
 /// Reuses its easy handles. Aborts on any error.
 class BareCurl {
  public:
-  /// Sends POST requests with `body`, each on a fresh connection, or GET requests when it is empty.
+  /// Sends POST requests with `body`, each on a fresh connection, or GET requests if `body` is empty.
   BareCurl(std::string url, std::string body);
   ~BareCurl();
   BareCurl(const BareCurl&) = delete;
   BareCurl& operator=(const BareCurl&) = delete;
 
-  /// Runs `requests` requests, so many of them at a time, on the calling thread.
+  /// Runs `requests` requests on the calling thread, `inFlight` of them at a time.
   void run(int requests, int inFlight);
 
  private:

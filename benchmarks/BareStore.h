@@ -1,6 +1,6 @@
 #pragma once
 
-// What a host would write to keep one value durably in SQLite, and nothing more.
+// The minimum that a host would write to store one value durably in SQLite.
 
 #include <string>
 
@@ -9,7 +9,7 @@ struct sqlite3_stmt;
 
 namespace TalvoConsentBenchmarks {
 
-/// A file in write-ahead mode, synchronised fully; one value under each key. Aborts on any error.
+/// A file in write-ahead mode with full synchronisation, with one value per key. Aborts on any error.
 class BareStore {
  public:
   explicit BareStore(const std::string& file);
@@ -19,7 +19,7 @@ class BareStore {
 
   void save(const std::string& key, const std::string& value);
 
-  /// The value's bytes; empty when there is none.
+  /// The value's bytes; empty if there is no value.
   std::string read(const std::string& key);
 
  private:
@@ -28,8 +28,8 @@ class BareStore {
   sqlite3_stmt* read_ = nullptr;
 };
 
-/// An empty folder of this process's own below the working directory, which is to be a real disk; removed
-/// when the process exits.
+/// An empty folder for this process in the working directory, which should be on a real disk. Removed when
+/// the process exits.
 std::string scratchFolder();
 
 }  // namespace TalvoConsentBenchmarks

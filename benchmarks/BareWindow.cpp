@@ -1,5 +1,5 @@
-// An empty window of the toolkit: what an app that draws with it costs without us. Prints the milliseconds
-// from the kernel's start of the process to the first presented frame, then waits for its input to end.
+// Shows an empty window of the toolkit, to measure an app without this library. Prints the milliseconds from
+// the start of the process to the first presented frame, then waits for the end of its input.
 
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -19,7 +19,7 @@ double millisecondsSinceStart() {
   std::getline(file, text);
   std::istringstream fields(text.substr(text.rfind(')') + 2));
   std::string field;
-  for (int i = 3; i <= 22; ++i) fields >> field;  // the start, in clock ticks since boot
+  for (int i = 3; i <= 22; ++i) fields >> field;  // the last one is the start, in clock ticks since boot
   timespec now{};
   clock_gettime(CLOCK_BOOTTIME, &now);
   const double started = std::stod(field) / static_cast<double>(sysconf(_SC_CLK_TCK));

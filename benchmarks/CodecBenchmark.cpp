@@ -1,5 +1,5 @@
-// What records cost to read and to write, beside other libraries and beside the limit: parsing the text once
-// and copying the records once.
+// Measures decoding and encoding of records, compared with other libraries and with the lower limit: parsing
+// the text once and copying the records once.
 
 #include <cstring>
 #include <fstream>
@@ -27,7 +27,7 @@ using namespace TalvoConsentSDK;
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-// Runs `operation` and counts `bytes` for each time.
+// Measures `operation`, which processes `bytes` bytes each time.
 template <class Operation>
 void measure(const std::string& name, std::size_t bytes, Operation operation) {
   benchmark::RegisterBenchmark(name.c_str(), [=](State& state) {
@@ -59,7 +59,7 @@ void measureRecord(const char* name) {
   measure("encode/nlohmann-untyped" + of, text.size(), [=] { return document.dump().size(); });
 }
 
-// Texts and records of up to 120 MB each: made when their benchmark begins.
+// The texts and records have up to 120 MB each, so they are made when their benchmark begins.
 struct Catalogue {
   explicit Catalogue(std::size_t count)
       : records(fullCatalogue(count)), text(JSONEncoder().encode(records).value()) {}

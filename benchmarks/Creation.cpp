@@ -1,6 +1,6 @@
-// How long a caller waits for createInstance, and for what it cannot do without: opening the store and
-// reading two keys. The client is a singleton, so a process measures once; whoever runs it many times takes
-// the medians. Microseconds, as one JSON object.
+// Measures how long a caller waits for createInstance, and for the part that it cannot avoid: opening the
+// store and reading two keys. The client is a singleton, so a process measures once; run it many times and
+// take the medians. Prints microseconds as one JSON object.
 
 #include <algorithm>
 #include <chrono>
@@ -38,7 +38,7 @@ void openAndRead(const std::string& file) {
 
 }  // namespace
 
-// The order changes with the first argument, since whoever comes second finds the disk awake.
+// The first argument sets the order, because the second measurement finds the disk already active.
 int main(int argc, char* argv[]) {
   const bool oursFirst = argc > 1 && std::string(argv[1]) == "ours-first";
   const std::string ours = scratchFolder() + "/ours.sqlite";

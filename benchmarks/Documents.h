@@ -1,6 +1,6 @@
 #pragma once
 
-// The documents that benchmarks work on: catalogues of any size, and a banner's customization.
+// The documents for benchmarks: catalogues of any size, and a banner's customization.
 
 #include <cstddef>
 #include <string>
@@ -11,12 +11,12 @@
 
 namespace TalvoConsentBenchmarks {
 
-/// A catalogue of `count` services, each of a vendor of its own whose details are given too; about 600 bytes
-/// of JSON each. The services spread over the four categories.
+/// A catalogue of `count` services, each from a different vendor with details; about 600 bytes of JSON per
+/// service. The services are spread over the four categories.
 TalvoConsentSDK::Services fullCatalogue(std::size_t count);
 
-/// A banner whose marketing category has `vendorCount` vendors, each with one service, on its preferences
-/// screen.
+/// A banner, on its preferences screen, whose marketing category has `vendorCount` vendors with one service
+/// each.
 TalvoConsentSDK::ConsentBannerView makeBanner(std::size_t vendorCount);
 
 }  // namespace TalvoConsentBenchmarks

@@ -1,4 +1,4 @@
-// What an event costs with nobody, one and many listening, beside calling them straight.
+// Measures an event with no, one and many listeners, compared with calling the listeners directly.
 
 #include <memory>
 #include <vector>

@@ -1,6 +1,6 @@
 #pragma once
 
-// The services catalogue as other JSON libraries read it into the same records, as strictly as they can.
+// Decodes the services catalogue into the same records with other JSON libraries, as strictly as they allow.
 
 #include <string_view>
 
@@ -8,7 +8,7 @@
 
 namespace TalvoConsentBenchmarks {
 
-/// Each throws on a text that it does not take.
+/// Each throws if the text is not a valid catalogue.
 TalvoConsentSDK::Services decodeWithNlohmann(std::string_view text);
 TalvoConsentSDK::Services decodeWithRapidJSON(std::string_view text);
 

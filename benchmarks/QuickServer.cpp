@@ -27,7 +27,7 @@ void watch(int poll, int descriptor) {
   require(epoll_ctl(poll, EPOLL_CTL_ADD, descriptor, &event) == 0);
 }
 
-// The length of the first whole request in `text`; 0 while there is none.
+// The length of the first complete request in `text`; 0 if there is none yet.
 std::size_t requestLength(std::string_view text) {
   constexpr std::string_view end = "\r\n\r\n";
   constexpr std::string_view lengthHeader = "\r\nContent-Length: ";

@@ -1,6 +1,6 @@
 #pragma once
 
-// A server that costs a client as little waiting as possible.
+// A server that answers as fast as possible.
 
 #include <atomic>
 #include <string>
@@ -8,8 +8,9 @@
 
 namespace TalvoConsentBenchmarks {
 
-/// Answers every HTTP/1.1 request on a port of 127.0.0.1 with status 200 and one JSON object of a kilobyte,
-/// which is a consent response too. One thread; connections stay open as long as their clients like.
+/// Answers every HTTP/1.1 request on a port of 127.0.0.1 with status 200 and a JSON object of one kilobyte,
+/// which is also a valid consent response. Uses one thread; connections stay open until their clients close
+/// them.
 class QuickServer {
  public:
   QuickServer();

@@ -1,4 +1,4 @@
-// What it costs to keep a consent durably and to read it back.
+// Measures storing a consent durably and reading it back.
 
 #include <QSettings>
 #include <memory>
@@ -22,8 +22,8 @@ using namespace TalvoConsentSDK;
 using benchmark::DoNotOptimize;
 using benchmark::State;
 
-// Two consents of the same size, so that every save changes what is stored. A save of what is stored already
-// costs next to nothing.
+// Alternates between two consents of the same size, so that every save changes the stored value. Saving an
+// unchanged value costs next to nothing.
 const BasicConsent& consent(int turn) {
   static const std::vector<std::string> vendors(20, "A vendor of usual length");
   static const BasicConsent consents[] = {

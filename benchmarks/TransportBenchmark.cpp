@@ -1,5 +1,5 @@
-// What a request costs beside the same request on libcurl alone, and a submission beside its two parts: a
-// POST and a durable write. Everything is on the loopback address.
+// Compares a request with the same request on bare libcurl, and a submission with its two parts, a POST and a
+// durable write. Everything uses the loopback address.
 
 #include <chrono>
 #include <condition_variable>
@@ -27,7 +27,7 @@ using namespace TalvoConsentSDK;
 using benchmark::State;
 
 constexpr int requestCount = 1'000;
-constexpr int warmUpCount = 64;  // handles made, connections open: an app's session lasts
+constexpr int warmUpCount = 64;  // makes handles and connections first, since an app's session lives long
 
 const std::string& consentBody() {
   static const std::string body =
@@ -36,7 +36,7 @@ const std::string& consentBody() {
   return body;
 }
 
-// A count that a thread can wait for.
+// A counter whose end a thread can wait for.
 class Countdown {
  public:
   explicit Countdown(int count) : left_(count) {}
@@ -56,7 +56,7 @@ class Countdown {
   int left_;
 };
 
-// Keeps so many requests in flight: each completion sends the next.
+// Keeps a number of requests in flight: each completion sends the next request.
 class Stream {
  public:
   Stream(URLSession& session, const std::string& url, const std::string& body)
@@ -88,8 +88,8 @@ class Stream {
   std::atomic<int> unsent_ = 0;
 };
 
-// Times both, in turns, and leaves one pair of nanoseconds and its ratio: the machine is faster and slower
-// for seconds at a time, so that only what ran next to each other compares.
+// Times both in turn and reports a pair of times in nanoseconds and their ratio. The speed of the machine
+// varies from second to second, so only runs next to each other can be compared.
 template <class Ours, class Bare>
 void measurePair(State& state, Ours ours, Bare bare) {
   using Clock = std::chrono::steady_clock;

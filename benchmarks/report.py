@@ -1,11 +1,11 @@
-"""Runs the benchmarks and assembles their figures into one table.
+"""Runs the benchmarks and prints their figures as one table.
 
-Every ratio is taken within one run of one program, or of programs started in turn; figures are medians.
+Every ratio compares figures of one run of one program, or of programs run in turn. Figures are medians.
 
-  report.py measure [--quick] [PART...]   all parts or those named, as a table, and as JSON in build/bench.json
-  report.py check OLD NEW                 instruction counts of two builds of the fixed operations
-  report.py costs                         the library's size, and the counts beside those in operations/counts.txt
-  report.py update                        writes that file
+  report.py measure [--quick] [PART...]   prints all or the named parts as a table, and writes build/bench.json
+  report.py check OLD NEW                 compares the instruction counts of two builds of the fixed operations
+  report.py costs                         compares the library's size and the counts with operations/counts.txt
+  report.py update                        measures and writes that file
 """
 
 import json
@@ -39,7 +39,7 @@ def environment():
 
 
 class Figures:
-    """The medians of one benchmark program's repetitions, by name; nanoseconds."""
+    """The medians of the repetitions of one benchmark program, by name, in nanoseconds."""
 
     def __init__(self, program, quick, env, time_name="cpu_time", interleaved=True, repetitions=9, seconds=0.2,
                  only=".*", on_one_processor=False):
@@ -47,7 +47,7 @@ class Figures:
                    "--benchmark_format=json", f"--benchmark_filter={only}", "--benchmark_report_aggregates_only=true",
                    f"--benchmark_min_time={0.05 if quick else seconds}",
                    f"--benchmark_repetitions={3 if quick else repetitions}"]
-        if interleaved:  # so that what else the machine does falls on all of them
+        if interleaved:  # other load on the machine then affects all of them
             command.append("--benchmark_enable_random_interleaving=true")
         units = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
         self.values, self.processor, self.pairs = {}, {}, {}
@@ -76,7 +76,7 @@ class Table:
         self.rows = []
 
     def add(self, what, ours, peer=None, limit=None, ratio=None, budget=None, show=duration, peer_name="", limit_name=""):
-        """`budget` is a pair: its text, and whether it is kept."""
+        """`budget` is a pair: its text, and whether it is met."""
         cell = lambda value, name: "" if value is None else f"{show(value)} {name}".strip()
         if ratio is None and (peer or limit):
             ratio = ours / (limit or peer)
@@ -147,8 +147,8 @@ def store(table, quick, env):
 
 
 def transport(table, quick, env):
-    # One by one, client and server take turns: on one processor, since to wake another that sleeps takes longer than the
-    # request, and how much longer changes by the moment.
+    # With one request in flight, client and server take turns. They run on one processor, because waking another one
+    # takes longer than the request, and that time varies.
     pairs = {flight: Figures("transport_benchmark", quick, env, repetitions=45, only=f"/{flight}/|submission",
                              on_one_processor=flight == 1).pairs for flight in (1, 32)}
     for method in ("GET", "POST"):
@@ -169,7 +169,7 @@ def events(table, quick, env):
 
 
 def banner(table, quick, env):
-    # A window's first frames are slower; turns would only measure those.
+    # A window's first frames are slower, and interleaving would only measure these.
     figures = Figures("banner_benchmark", quick, env, "real_time", interleaved=False)
     counts = (10, 200, 1_000, 10_000)
     for name, what in (("render", "render"), ("compare", "compare, nothing changed"), ("layout", "layout"),
@@ -189,7 +189,7 @@ def banner(table, quick, env):
                 table.add(f"{what}, {count:,} vendors", work, frame, peer_name="frame of scrolling",
                           budget=within(work / frame, 2))
             if name == "switchVendor":
-                table.add("... until it is on the screen, a beat of the display included", figures[f"{name}/{count}"])
+                table.add("... until it is on screen, including a display refresh", figures[f"{name}/{count}"])
 
 
 def memory(process):
@@ -301,7 +301,7 @@ def sizes(table, quick, env):
 
 def instructions(program, operation):
     with tempfile.TemporaryDirectory() as folder:
-        # Without its debug information, which valgrind may be too old to read.
+        # Strip debug information that valgrind may be too old to read.
         stripped = f"{folder}/{Path(program).name}"
         run(["strip", "--strip-debug", "-o", stripped, program])
         result = subprocess.run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/out",
@@ -324,7 +324,7 @@ def costs_now():
 
 
 def compare(before, after):
-    """Fails when a figure has grown too much, or is not in both."""
+    """Fails if a figure has grown too much, or is missing on one side."""
     wrong = sorted(before.keys() ^ after.keys())
     for operation in sorted(before.keys() & after.keys()):
         growth = after[operation] / before[operation] - 1
@@ -332,7 +332,7 @@ def compare(before, after):
         if growth > MOST_GROWTH:
             wrong.append(operation)
     if wrong:
-        raise SystemExit(f"More than {MOST_GROWTH:.0%} more, or not counted: {', '.join(wrong)}")
+        raise SystemExit(f"Grew by more than {MOST_GROWTH:.0%}, or missing on one side: {', '.join(wrong)}")
 
 
 def kept_counts():
@@ -348,7 +348,7 @@ def update():
 
 
 def costs():
-    """Fails when the library or an operation has grown since the figures were kept; budgets are `measure`'s."""
+    """Fails if the library or an operation has grown since the figures were stored. Applies the budgets of `measure`."""
     table = Table()
     add_optimisation(table)
     print(table.text())

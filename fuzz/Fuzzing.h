@@ -1,7 +1,7 @@
 #pragma once
 
-// What the fuzz targets share. An input is a list of parts with NUL bytes between them, so that a document,
-// which cannot hold one, serves as a seed just as it is.
+// Helpers for the fuzz targets. An input is a list of parts separated by NUL bytes. A document cannot contain
+// NUL, so it can be a seed unchanged.
 
 #include <algorithm>
 #include <cstddef>
@@ -17,14 +17,14 @@
 
 namespace TalvoConsentSDK::fuzzing {
 
-/// Ends the process, and so reports the input, unless `condition` holds.
+/// Aborts, which makes the fuzzer report the input, unless `condition` holds.
 inline void require(bool condition, const char* what) {
   if (condition) return;
-  std::fprintf(stderr, "Does not hold: %s\n", what);
+  std::fprintf(stderr, "Failed: %s\n", what);
   std::abort();
 }
 
-/// One input, taken apart.
+/// One input, split into its parts.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) {
@@ -36,10 +36,10 @@ class Input {
     }
   }
 
-  /// The next part; empty when there is none left.
+  /// The next part; empty if there is none left.
   std::string text() { return next_ < parts_.size() ? parts_[next_++] : std::string(); }
 
-  /// The next part as a record, or what stands for it when it is none.
+  /// The next part as a record, or `otherwise` if it cannot be decoded.
   template <class Value, class Record = Value>
   Value record(Value otherwise = {}) {
     auto decoded = JSONDecoder().decode<Record>(text());
@@ -52,7 +52,7 @@ class Input {
   std::size_t next_ = 0;
 };
 
-/// Small numbers out of a text; zeros when it has come to its end.
+/// Reads small numbers from a text; zeros after its end.
 class Choices {
  public:
   explicit Choices(std::string text) : text_(std::move(text)) {}
@@ -69,14 +69,14 @@ class Choices {
   std::size_t at_ = 0;
 };
 
-/// A record that can be read can be written, and what is written reads back as the same.
+/// Checks that a decoded record can be encoded and decodes to the same record again. Returns its JSON.
 template <class Record>
 std::string recoded(const Record& record) {
   const auto written = JSONEncoder().encode(record);
-  require(written.has_value(), "what was read can be written");
+  require(written.has_value(), "a decoded record can be encoded");
   const auto again = JSONDecoder().decode<Record>(*written);
-  require(again.has_value(), "what was written can be read");
-  require(JSONEncoder().encode(*again).value() == *written, "reading and writing changes nothing");
+  require(again.has_value(), "encoded JSON can be decoded");
+  require(JSONEncoder().encode(*again).value() == *written, "decoding and encoding changes nothing");
   return *written;
 }
 

@@ -1,5 +1,4 @@
-// Mutations that keep a document a document: half of all inputs are changed as trees, so that what lies
-// behind the parser is reached too.
+// Mutates half of all inputs as trees, so that they stay valid JSON and reach the code behind the parser.
 
 #include <cstring>
 #include <random>
@@ -37,7 +36,7 @@ class Mutation {
     change_ = random_() % 4;
   }
 
-  /// The document, or a part of it, with the change in it.
+  /// A copy of the document, or of a part of it, with the change made.
   JSONValue applied(const JSONValue& value) {
     if (&value == target_) return changed(value);
     if (const JSONArray* array = value.array()) {

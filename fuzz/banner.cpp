@@ -1,6 +1,5 @@
-// A site's documents all the way to a banner on show, with every control used and every key pressed. Parts:
-// the customization, the catalogue, the stored consent, the configuration, and choices of window and
-// gestures.
+// Shows a banner from a site's documents, uses every control and presses every key. Parts: the customization,
+// the catalogue, the stored consent, the configuration, and the choice of window and gestures.
 
 #include <chrono>
 #include <cmath>
@@ -52,11 +51,12 @@ void setEnvironment(HostingController& controller, Choices& choices) {
 void checkFrame(HostingController& controller, Clock::time_point now) {
   std::set<std::pair<ElementId, int>> drawn;
   for (const Visual& each : controller.frame(now)) {
-    require(isFinite(each.frame) && each.opacity >= 0 && each.opacity <= 1, "what is drawn has a place");
-    require(drawn.emplace(each.element, each.part).second, "what is drawn is told apart");
+    require(isFinite(each.frame) && each.opacity >= 0 && each.opacity <= 1,
+            "every drawn shape has a finite frame");
+    require(drawn.emplace(each.element, each.part).second, "every drawn shape has a unique identity");
   }
   for (const AccessibleElement& each : controller.accessibleElements()) {
-    require(isFinite(each.frame), "what is read has a place");
+    require(isFinite(each.frame), "every accessible element has a finite frame");
   }
 }
 
@@ -65,7 +65,7 @@ class Visit {
   Visit(std::shared_ptr<FakeWindow> window, Choices& choices)
       : window_(std::move(window)), controller_(*window_->controller), choices_(choices) {}
 
-  // Uses every control of a screen, and of those it leads to.
+  // Uses every control of a screen and of the screens that it leads to.
   void useAll() {
     for (std::size_t index = 0; index < 40; ++index) {
       const auto& elements =
@@ -131,10 +131,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const auto save = [](const BasicConsent& saved) {
     recoded(saved);
-    require(saved.preferences && saved.statistics && saved.marketing && saved.optedIn, "a choice is whole");
+    require(saved.preferences && saved.statistics && saved.marketing && saved.optedIn,
+            "a choice covers all categories");
     const bool refusesAll =
         saved.preferences->isNone() && saved.statistics->isNone() && saved.marketing->isNone();
-    require(*saved.optedIn || refusesAll, "who opts out refuses all");
+    require(*saved.optedIn || refusesAll, "opting out refuses everything");
   };
   const ConsentBannerView banner(customization, services, configuration, consent,
                                  {[] {}, [] {}, [] {}, save, [] {}});

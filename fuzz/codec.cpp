@@ -1,4 +1,4 @@
-// Any bytes as every record: what is read can be written and reads back as the same.
+// Decodes any bytes as every record. A decoded record must encode, and decode to the same record again.
 
 #include <optional>
 
@@ -22,14 +22,15 @@ void check(std::string_view text, bool isDocument) {
   const auto decoded = JSONDecoder().decode<Record>(text);
   if (!decoded) {
     const auto* error = decoded.error().template as<CodingError>();
-    require(error && !std::string_view(error->what()).empty(), "a document is refused with a coding error");
-    require(isDocument || error->kind() == CodingError::Kind::dataCorrupted, "what is no JSON is corrupt");
+    require(error && !std::string_view(error->what()).empty(), "a refused document gives a coding error");
+    require(isDocument || error->kind() == CodingError::Kind::dataCorrupted,
+            "invalid JSON is reported as corrupt");
     return;
   }
-  require(isDocument, "a record is read from JSON only");
+  require(isDocument, "a record is only decoded from valid JSON");
   const std::string written = recoded(*decoded);
   const auto document = JSONDecoder().decode<JSONValue>(written);
-  require(document.has_value(), "a record's text is JSON");
+  require(document.has_value(), "an encoded record is valid JSON");
   require(recoded(*JSONDecoder().decode<Record>(recoded(*document))) == written,
           "the keys' order is of no matter");
 }
@@ -44,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(*JSONDecoder().decode<JSONValue>(*JSONEncoder().encode(*document)) == *document,
             "no value changes");
   }
-  // Unlike a record, an untyped value has to hold the integers from 2^63 on, and cannot.
+  // An untyped value would have to hold integers from 2^63 on and cannot; a record may ignore them.
   const auto* error = document ? nullptr : document.error().as<CodingError>();
   const bool isDocument = !error || error->detail().starts_with("The whole number");
   check<BannerCustomization>(text, isDocument);

@@ -1,5 +1,5 @@
-// Arbitrary bytes from a loopback socket, through the libcurl session and the transport: every request ends
-// once, whatever the service sends.
+// Sends arbitrary bytes from a loopback socket through the libcurl session and the transport. Every request
+// must end exactly once, whatever the service sends.
 
 #include <future>
 #include <mutex>
@@ -60,7 +60,7 @@ class ByteServer {
       const int socket = ::accept(listener_, nullptr, nullptr);
       std::string request;
       char bytes[4096];
-      // All of it is read, lest closing becomes a reset that overtakes the reply.
+      // Read the whole request: otherwise closing sends a reset that can overtake the reply.
       while (!isWhole(request)) {
         const auto got = ::recv(socket, bytes, sizeof bytes, 0);
         if (got <= 0) break;
@@ -78,7 +78,7 @@ class ByteServer {
   std::string reply_;
 };
 
-// Whether a reply would send the client elsewhere; nothing but this server is to be contacted.
+// Whether a reply may redirect the client to another server. The fuzzer must only contact this one.
 bool leadsAway(std::string text) {
   std::ranges::transform(text, text.begin(),
                          [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
@@ -104,7 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   URLSessionHTTPClient client(session);
   const auto ended = std::make_shared<std::promise<void>>();
   client.postJSON(url, {{"a", 1}}, {}, [ended](const Result<JSONObject>& reply) {
-    if (!reply) require(!std::string_view(reply.error().what()).empty(), "an error says what it is");
+    if (!reply) require(!std::string_view(reply.error().what()).empty(), "an error has a text");
     ended->set_value();
   });
   ended->get_future().get();
@@ -114,11 +114,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                [reported](const Result<URLResponse>& outcome) { reported->set_value(outcome); });
   const auto response = reported->get_future().get();
   if (response) {
-    require(response->statusCode && *response->statusCode >= 0, "there is a status");
-    require(response->body.value_or("").size() <= maxReply, "no reply is larger than it may be");
+    require(response->statusCode && *response->statusCode >= 0, "a reply has a status");
+    require(response->body.value_or("").size() <= maxReply, "no body exceeds the limit");
     return 0;
   }
   const auto* error = response.error().as<PlatformError>();
-  require(error && error->domain() == "CURL" && error->code() != 28, "nothing waits for what will not come");
+  require(error && error->domain() == "CURL" && error->code() != 28, "a closed connection does not time out");
   return 0;
 }

@@ -1,6 +1,6 @@
-// The same verdict as another strict parser, and the same values. Settled differences: this library refuses a
-// NUL, more levels than its limit, and whole numbers beyond signed 64-bit integers, all of which the other
-// reads. Of a key given twice both take the last.
+// Compares the result with another strict parser: both must accept the same texts and decode the same values.
+// Known differences: this library refuses a NUL, more levels than its limit, and whole numbers outside signed
+// 64-bit integers, all of which the other parser accepts. If a key is repeated, both use the last value.
 
 #include <nlohmann/json.hpp>
 
@@ -16,7 +16,7 @@ namespace {
 
 using Other = nlohmann::json;
 
-// Finds what this library alone refuses.
+// Detects what only this library refuses.
 class Limits : public nlohmann::json_sax<Other> {
  public:
   bool isExceeded() const { return maxDepth_ > json::maxDepth || isTooLarge_; }
@@ -53,7 +53,8 @@ class Limits : public nlohmann::json_sax<Other> {
   bool isTooLarge_ = false;
 };
 
-// Whether there is a number from 2^63 to 2^64 - 1. Beyond that it is refused even under a key given again.
+// Whether there is a number from 2^63 to 2^64 - 1. Larger numbers are refused even if a repeated key
+// overrides them.
 bool hasLargeInteger(const Other& value) {
   if (value.is_structured()) return std::ranges::any_of(value, hasLargeInteger);
   return value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());
@@ -92,13 +93,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text(reinterpret_cast<const char*>(data), size);
   const auto ours = JSONDecoder().decode<JSONValue>(text);
   if (text.find('\0') != text.npos) {
-    require(!ours, "a NUL is no JSON");
+    require(!ours, "a text with NUL is not JSON");
     return 0;
   }
   Limits limits;
   const bool isRead = Other::sax_parse(text, &limits) && !limits.isExceeded();
   const Other theirs = isRead ? Other::parse(text) : Other();
-  require(ours.has_value() == (isRead && !hasLargeInteger(theirs)), "both come to the same verdict");
-  if (ours) require(*ours == converted(theirs), "both read the same values");
+  require(ours.has_value() == (isRead && !hasLargeInteger(theirs)), "both parsers accept or both refuse");
+  if (ours) require(*ours == converted(theirs), "both parsers decode the same values");
   return 0;
 }

@@ -1,5 +1,5 @@
-// What a session may report, through the transport: every request ends once, in the error that the outcome
-// deserves. Parts: the body, the status, the error's text.
+// Passes outcomes of a session through the transport. Every request must end exactly once, with the error
+// that fits the outcome. Parts: the body, the status, the error's text.
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
@@ -38,8 +38,8 @@ Result<URLResponse> outcomeOf(Input& input) {
   return response;
 }
 
-// The case that must come of an outcome before its body is read; nothing when the body decides.
-std::optional<Case> judged(const Result<URLResponse>& outcome) {
+// The expected error for an outcome, as far as it does not depend on the body; nothing if the body decides.
+std::optional<Case> expectedCase(const Result<URLResponse>& outcome) {
   if (!outcome) return Case::networkError;
   if (!outcome->statusCode) return Case::invalidResponse;
   if (*outcome->statusCode < 200 || *outcome->statusCode > 299) return Case::httpError;
@@ -51,14 +51,14 @@ void checkTyped(URLSessionHTTPClient& client, const Result<URLResponse>& outcome
   int ends = 0;
   spawn<Reply>(nullptr, client.get<Reply>(url, {}), [&](const Result<Reply>& reply) {
     ++ends;
-    const auto expected = judged(outcome);
+    const auto expected = expectedCase(outcome);
     if (reply) return require(!expected && (recoded(*reply), true), "only a good reply is a success");
     const auto* error = reply.error().template as<HTTPClientError>();
     require(error && error->kind() == expected.value_or(Case::decodingError), "the error fits the outcome");
     if (error->kind() == Case::httpError) {
-      require(error->statusCode() == *outcome->statusCode, "the status is the reply's");
+      require(error->statusCode() == *outcome->statusCode, "the error has the reply's status");
       require(error->message() == outcome->body.value_or("") || error->message() == "Unknown error",
-              "the message is the body");
+              "the error's message is the body");
     }
   });
   require(ends == 1, "a request ends once");
@@ -68,11 +68,12 @@ void checkUntyped(URLSessionHTTPClient& client, const Result<URLResponse>& outco
   int ends = 0;
   client.postJSON(url, {{"a", 1}}, {}, [&](const Result<JSONObject>& reply) {
     ++ends;
-    if (reply) return require(!judged(outcome), "only a good reply is a success");
+    if (reply) return require(!expectedCase(outcome), "only a good reply is a success");
     const auto* error = reply.error().as<PlatformError>();
     const bool isMissing = outcome && !outcome->body;
-    require((error && error->code() == -2) == isMissing, "a missing body is told as such");
-    if (!error) require(reply.error().as<HTTPClientError>() != nullptr, "every other error is the client's");
+    require((error && error->code() == -2) == isMissing, "a missing body is reported as missing");
+    if (!error)
+      require(reply.error().as<HTTPClientError>() != nullptr, "every other error is an HTTPClientError");
   });
   require(ends == 1, "a request ends once");
 }

@@ -1,4 +1,5 @@
-// A catalogue through index and grouping, against the rules said plainly. Parts: the catalogue, a category.
+// Compares the index and the groups of a catalogue with a simple implementation of the rules. Parts: the
+// catalogue, a category.
 
 #include "TalvoConsentSDK/models/Services.h"
 
@@ -16,7 +17,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// Distinct vendors whose services are filed under `key`, in order of appearance.
+// The distinct vendors with services under `key`, in order of appearance.
 Names vendorsUnder(const Services& catalogue, const std::string& key) {
   Names names;
   for (const auto& service : catalogue.libraries.value_or(std::vector<Services::Service>())) {

@@ -1,5 +1,5 @@
-// Whatever stands under a site's keys. Parts: the consent's bytes, the original consent's, the user
-// identifier's, another consent's.
+// Any bytes stored under a site's keys. Parts: the bytes of the consent, the original consent, the user
+// identifier, and another consent.
 
 #include "TalvoConsentSDK/storage/ConsentStorage.h"
 
@@ -25,32 +25,32 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   ConsentStorage storage("s", platform.store);
   const auto consent = storage.loadConsent();
   const auto original = storage.loadOriginalConsent();
-  require(storage.loadUserId() == user, "the user is who was stored");
+  require(storage.loadUserId() == user, "the user is the stored one");
   require(platform.store->values() == before, "reading changes nothing");
   require(platform.printer->take().size() == static_cast<std::size_t>(!consent + !original),
-          "what cannot be read is told once");
-  require(storage.load().consent.data == stored, "the bytes are those stored");
-  require(platform.store->values() == before, "and so they stay");
+          "each unreadable value is reported once");
+  require(storage.load().consent.data == stored, "the loaded bytes are the stored bytes");
+  require(platform.store->values() == before, "loading changes nothing");
 
   storage.saveConsentIfStill(Data(stored.bytes + "x"), other);
-  require(platform.store->values() == before, "a value that somebody else wrote stays");
+  require(platform.store->values() == before, "a value that another process wrote stays");
   if (consent) {
     storage.saveConsent(*consent);
-    require(recoded(*storage.loadConsent()) == recoded(*consent), "what was read can be stored");
+    require(recoded(*storage.loadConsent()) == recoded(*consent), "a loaded consent can be saved");
   }
   storage.saveConsentIfStill(storage.load().consent.data, other);
   storage.saveOriginalConsent(other);
-  require(recoded(*storage.loadConsent()) == recoded(other), "a stored consent reads back");
-  require(recoded(*storage.loadOriginalConsent()) == recoded(other), "and so does one set aside");
+  require(recoded(*storage.loadConsent()) == recoded(other), "a saved consent can be loaded");
+  require(recoded(*storage.loadOriginalConsent()) == recoded(other), "a saved original can be loaded");
 
   BasicConsent unwritable = other;
   unwritable.id = "\xFF";
   storage.saveConsent(unwritable);
-  require(recoded(*storage.loadConsent()) == recoded(other), "what cannot be written changes nothing");
+  require(recoded(*storage.loadConsent()) == recoded(other), "a failed save changes nothing");
   storage.saveUserId(stored.bytes);
   require(storage.loadUserId() == stored.bytes, "a user identifier may be any text");
   storage.removeUserId();
   storage.removeOriginalConsent();
-  require(!storage.loadUserId() && !storage.loadOriginalConsent(), "removed is removed");
+  require(!storage.loadUserId() && !storage.loadOriginalConsent(), "removed values are gone");
   return 0;
 }

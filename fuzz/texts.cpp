@@ -1,4 +1,4 @@
-// The small texts of a document: colours, the addresses of requests, and links. Parts: a text, a path.
+// The short texts of a document: colours, URLs of requests, and links. Parts: a text, a path.
 
 #include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/network/Endpoint.h"
@@ -15,13 +15,13 @@ namespace {
 void checkColor(const std::string& text) {
   const Color color = colorFromText(text);
   for (const double channel : {color.red, color.green, color.blue, color.alpha}) {
-    require(channel >= 0 && channel <= 1, "a channel is between none and all");
+    require(channel >= 0 && channel <= 1, "a channel is from 0 to 1");
   }
-  require(colorFromText("#" + text + ";") == color, "what is not alphanumeric around a colour is nothing");
+  require(colorFromText("#" + text + ";") == color, "other characters around a colour are ignored");
   std::string upper = text;
   std::ranges::transform(upper, upper.begin(),
                          [](char c) { return c >= 'a' && c <= 'f' ? static_cast<char>(c - 32) : c; });
-  require(colorFromText(upper) == color, "digits have no case");
+  require(colorFromText(upper) == color, "the case of digits does not matter");
   const bool isHex = text.find_first_not_of("0123456789abcdefABCDEF") == text.npos;
   if (isHex && text.size() == 3) {
     const std::string twice{text[0], text[0], text[1], text[1], text[2], text[2]};
@@ -50,11 +50,11 @@ void checkLink(MemoryPlatform& platform, const std::string& text) {
   platform.settle();
   const auto lines = platform.printer->take();
   const auto opened = std::exchange(platform.application->opened, {});
-  require(lines.size() + opened.size() == 1, "a link is opened or complained of");
+  require(lines.size() + opened.size() == 1, "a link is opened or reported");
   if (opened.empty()) return;
   const auto url = URL::parse(opened.front());
   require(url && (url->scheme() == "http" || url->scheme() == "https"), "only web pages are opened");
-  require(opened.front().ends_with(text), "a link is opened as it stands");
+  require(opened.front().ends_with(text), "a link is opened unchanged");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
-// Part of a test in a process of its own: to share a file with it, to kill it, to let it exit while it works.
+// Runs part of a test in a child process, for tests that share a file between processes, kill a process, or
+// let it exit while it is working.
 
 #include <csignal>
 #include <cstdio>
@@ -15,20 +16,20 @@
 
 namespace TalvoConsentSDK {
 
-/// One end of the connection between a process and its child. It is closed with the object.
+/// One end of the connection between a process and its child. The destructor closes it.
 class ProcessChannel {
  public:
   explicit ProcessChannel(int end) : end_(end) {}
   ~ProcessChannel() { close(); }
   ProcessChannel(const ProcessChannel&) = delete;
 
-  /// Writes a value without pointers. Returns whether the other process still has its end.
+  /// Writes a value, which must not contain pointers. Returns false if the other process has closed its end.
   template <class T>
   bool send(const T& value) const {
     return ::send(end_, &value, sizeof value, MSG_NOSIGNAL) == static_cast<ssize_t>(sizeof value);
   }
 
-  /// Waits for the next value; nothing once the other process has closed its end.
+  /// Waits for the next value. Returns nothing once the other process has closed its end.
   template <class T>
   std::optional<T> receive() const {
     T value{};
@@ -48,15 +49,15 @@ class ProcessChannel {
   int end_;
 };
 
-/// Is forked when it is made, so only the calling thread goes on in the child; start it before other threads
+/// The constructor forks, so only the calling thread continues in the child. Make it before other threads
 /// hold locks.
 class ChildProcess {
  public:
-  /// The child runs `work` and exits with 0 unless an expectation failed in it, or it threw.
+  /// The child runs `work` and exits with 0, or with 1 if an expectation failed in it or it threw.
   explicit ChildProcess(const std::function<void(const ProcessChannel& parent)>& work) {
     int ends[2] = {-1, -1};
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    std::fflush(nullptr);  // lest both processes write what stands in the buffers
+    std::fflush(nullptr);  // otherwise both processes would write the buffered output
     process_ = ::fork();
     if (process_ == 0) {
       ::close(ends[0]);
@@ -66,7 +67,7 @@ class ChildProcess {
     channel.emplace(ends[0]);
   }
 
-  /// Kills the child unless its end was waited for.
+  /// Kills the child unless `wait` was called.
   ~ChildProcess() {
     if (process_ <= 0) return;
     signal(SIGKILL);
@@ -77,7 +78,7 @@ class ChildProcess {
   pid_t process() const { return process_; }
   void signal(int number) const { ::kill(process_, number); }
 
-  /// Waits for the child's end. Returns its exit status, or the number of the signal that ended it, negated.
+  /// Waits for the child to end. Returns its exit status, or the negated number of the signal that ended it.
   int wait() {
     int status = -1;
     ::waitpid(process_, &status, 0);
@@ -85,7 +86,7 @@ class ChildProcess {
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
   }
 
-  /// To the child.
+  /// The connection to the child.
   std::optional<ProcessChannel> channel;
 
  private:

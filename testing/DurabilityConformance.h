@@ -1,7 +1,7 @@
 #pragma once
 
-// What every device store must do whose process may be killed. `Maker` has `open()`, which gives a store over
-// the same file each time it is called, and `kills()`, which tells how often it is tried.
+// Tests that every device store must pass if its process may be killed. `Maker` has `open()`, which returns a
+// store on the same file each time, and `kills()`, which returns the number of kills to try.
 
 #include <csignal>
 #include <iostream>
@@ -35,7 +35,7 @@ class DurabilityConformance : public ::testing::Test {
 };
 TYPED_TEST_SUITE_P(DurabilityConformance);
 
-// What a process was told to be stored is there after it was killed, at whatever point.
+// A change that was reported as stored survives killing the process at any point.
 TYPED_TEST_P(DurabilityConformance, SurvivesBeingKilled) {
   const std::string padding(3000, '.');
   int last = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-// What every executor must do. A `Driver` has an `executor`, `settle()`, which lets it work until it is idle,
-// and `isBackground`, which tells whether its jobs run on a thread of its own.
+// Tests that every executor must pass. A `Driver` has an `executor`, `settle()`, which returns once the
+// executor is idle, and `isBackground`, which says whether jobs run on the executor's own thread.
 
 #include <atomic>
 #include <memory>
@@ -36,7 +36,7 @@ TYPED_TEST_SUITE_P(ExecutorConformance);
 TYPED_TEST_P(ExecutorConformance, RunsEveryJobOnceInOrder) {
   constexpr int threadCount = 4;
   constexpr int jobCount = 500;
-  std::vector<std::vector<int>> ran(threadCount);  // written by the executor's jobs alone
+  std::vector<std::vector<int>> ran(threadCount);  // only the executor's jobs write to it
   std::vector<std::thread> posters;
   for (int poster = 0; poster < threadCount; ++poster) {
     posters.emplace_back([&, poster] {

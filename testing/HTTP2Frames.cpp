@@ -26,7 +26,7 @@ std::size_t number(std::string_view bytes) {
   return all;
 }
 
-// With its length before it, in the form that RFC 7541 has for numbers.
+// The text with its length before it, as RFC 7541 encodes a string literal.
 std::string counted(std::string_view text) {
   std::string length;
   std::size_t left = text.size();

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a server for tests needs of HTTP/2: frames, and the compression of headers.
+// The parts of HTTP/2 that a test server needs: frames and header compression.
 
 #include <cstdint>
 #include <memory>
@@ -13,7 +13,7 @@ struct nghttp2_hd_inflater;
 
 namespace TalvoConsentSDK {
 
-/// One frame, its payload as it is on the wire. The type counts as in RFC 9113, from DATA (0) on.
+/// One frame with its payload as sent on the wire. Types are numbered as in RFC 9113, starting with DATA (0).
 struct HTTP2Frame {
   std::uint8_t type = 0;
   std::uint8_t flags = 0;
@@ -25,22 +25,22 @@ struct HTTP2Frame {
   static constexpr std::uint8_t isPadded = 8, hasPriority = 32;
   static constexpr std::size_t headSize = 9;
 
-  /// The type with this name, as "RST_STREAM"; throws when there is none.
+  /// The type with a name such as "RST_STREAM". Throws if there is none.
   static std::uint8_t typeNamed(std::string_view name);
 
-  /// The number of payload bytes that a frame's first nine bytes announce.
+  /// The payload size that the first nine bytes of a frame declare.
   static std::size_t payloadSize(std::string_view head);
-  /// A whole frame's bytes.
+  /// Reads a whole frame.
   static HTTP2Frame read(std::string_view bytes);
   std::string bytes() const;
 };
 
 using HTTP2Fields = std::vector<std::pair<std::string, std::string>>;
 
-/// A header without any compression.
+/// Encodes a header without compression.
 std::string headerBlock(const HTTP2Fields& fields);
 
-/// Reads the headers of one connection, each in one HEADERS frame.
+/// Decodes the headers of one connection. Each must fit in one HEADERS frame.
 class HTTP2HeaderReader {
  public:
   HTTP2HeaderReader();

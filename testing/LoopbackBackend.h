@@ -1,6 +1,6 @@
 #pragma once
 
-// Real servers for the conformance suite of sessions.
+// Real servers for the conformance tests of URL sessions.
 
 #include <cstddef>
 #include <functional>
@@ -19,8 +19,8 @@ inline const TestCertificate* noIdentity() {
   return nullptr;
 }
 
-/// A backend for `URLSessionConformance` of a session that speaks with real servers, over https where they
-/// have an identity. The session is default-constructed and has to trust it.
+/// A backend for `URLSessionConformance` whose session connects to real servers, over https if they have an
+/// identity. The session is default-constructed and must trust that identity.
 template <class Session, auto identity = &noIdentity>
 class LoopbackBackend {
  public:
@@ -40,7 +40,7 @@ class LoopbackBackend {
     return answer(method, path, [](auto& connection) { connection.reset(); });
   }
 
-  // Nothing listens on a port that was given back.
+  // Returns the URL of a server that has been destroyed, so nothing listens on its port.
   URL unreachable() {
     return URL::parse(LoopbackServer([](auto&, auto&) {}).url("/")).value();
   }
@@ -63,7 +63,7 @@ class LoopbackBackend {
   void handle(const LoopbackServer::Request& request, Connection& connection) {
     const std::scoped_lock guard(lock_);
     answers_.at(request.method + " " + request.target)(connection);
-    if (!identity()) connection.close();  // which a simple client waits for
+    if (!identity()) connection.close();  // simple clients wait for the end of the connection
   }
 
   std::mutex lock_;

@@ -30,7 +30,7 @@ void require(bool condition, const char* what) {
   if (!condition) throw std::runtime_error(what);
 }
 
-// What a C library frees.
+// Owns an object of a C library, which `release` frees.
 template <class T, auto release>
 using Owner = std::unique_ptr<T, std::integral_constant<decltype(release), release>>;
 
@@ -124,7 +124,7 @@ void LoopbackServer::Connection::reply(int status, std::string_view body, std::s
 }
 
 void LoopbackServer::Connection::play(const std::string& script) {
-  std::optional<HTTP2Frame> frame;  // that the next text fills
+  std::optional<HTTP2Frame> frame;  // the next text becomes its payload
   for (std::size_t at = 0; (at = script.find_first_not_of(' ', at)) != std::string::npos && !ends_;) {
     if (script[at] != '"') {
       const std::size_t end = std::min(script.find(' ', at), script.size());
@@ -170,7 +170,8 @@ void LoopbackServer::Connection::play(const std::string& script) {
       at = end;
       left = number.empty() ? SIZE_MAX : std::stoul(number);
     }
-    // In pieces of some size, so that a short text often is quick and a long one takes no memory.
+    // Send in pieces of about 64 KB: repeating a short text is fast then, and repeating a long text takes
+    // little memory.
     const std::size_t together = std::min(left, 1 + 65536 / text.size());
     std::string piece;
     for (std::size_t n = 0; n < together; ++n) piece += text;

@@ -1,7 +1,7 @@
 #pragma once
 
-// A server for tests, of HTTP/1.1 and HTTP/2: it reads requests properly, and lets a test answer them as
-// badly as it likes.
+// An HTTP/1.1 and HTTP/2 server for tests. It reads requests correctly, and a test may answer them with
+// anything, however malformed.
 
 #include <atomic>
 #include <filesystem>
@@ -24,11 +24,11 @@ struct ssl_st;
 
 namespace TalvoConsentSDK {
 
-/// A certificate for one host and its key, in two files that go away with it.
+/// A certificate for one host and its key, in two files that the destructor deletes.
 class TestCertificate {
  public:
-  /// Valid from `firstDay` to `lastDay`, counted from now. Self-signed, or issued by an authority that nobody
-  /// has.
+  /// Valid from `firstDay` to `lastDay`, in days from now. Self-signed, or issued by an authority that no
+  /// client can trust.
   explicit TestCertificate(const std::string& host, int firstDay = 0, int lastDay = 2,
                            bool isSelfSigned = true);
   ~TestCertificate();
@@ -40,7 +40,7 @@ class TestCertificate {
   std::filesystem::path folder_, certificate_, key_;
 };
 
-/// Listens on a free port of 127.0.0.1. Each connection has a thread, on which the handler answers its
+/// Listens on a free port of 127.0.0.1. Each connection has its own thread, on which the handler answers
 /// requests one after another.
 class LoopbackServer {
  public:
@@ -53,19 +53,20 @@ class LoopbackServer {
   class Connection {
    public:
     void send(std::string_view bytes);
-    /// `headers` are whole lines, each with its line end. With a body comes its length.
+    /// `headers` are complete lines with line ends. Content-Length is added, except for status 204 and 304.
     void reply(int status, std::string_view body = "", std::string_view headers = "");
-    /// Does what a script says, word for word: `"text"` is sent, `"text"*9` so often, `"text"*` until the
-    /// peer has gone; `pause` waits for 50 ms; `close`, `reset` and `stall` are the functions below. In a
-    /// text, `\n` is a line end of HTTP (CR LF) and `\x0A` any byte; `"text"^9` is a longer one, repeated.
-    /// After `HEADERS:5` or the like, a text is the payload of an HTTP/2 frame with these flags, on the
-    /// request's stream or, as in `PING:0:3`, on another. Throws on anything else.
+    /// Runs a script of words separated by spaces. `"text"` sends the text, `"text"*9` sends it nine times,
+    /// and `"text"*` repeats it until the peer has gone. `pause` waits for 50 ms. `close` and `reset` call
+    /// the functions below, and `stall` calls `waitForPeer`. In a text, `\n` is an HTTP line end (CR LF) and
+    /// `\x0A` is the byte 0x0A; `"text"^9` is one text that repeats it nine times. After a word such as
+    /// `HEADERS:5`, the next text is sent as the payload of an HTTP/2 frame of that type with these flags, on
+    /// the request's stream or, as in `PING:0:3`, on the given stream. Throws on anything else.
     void play(const std::string& script);
-    /// Ends the connection in an orderly way once the handler returns.
+    /// Closes the connection normally once the handler returns.
     void close() { ends_ = true; }
-    /// Ends it at once, in a way that the peer sees as "connection reset".
+    /// Makes the peer see "connection reset" once the handler returns.
     void reset();
-    /// Returns when the peer has gone, or the server stops.
+    /// Waits until the peer has gone or the server stops.
     void waitForPeer();
 
    private:
@@ -86,15 +87,15 @@ class LoopbackServer {
 
     bool isHTTP2_ = false;
     HTTP2HeaderReader headers_;
-    std::uint32_t stream_ = 0;                   // of the request that is answered
-    std::map<std::uint32_t, std::size_t> open_;  // by stream: which of the server's requests arrives there
+    std::uint32_t stream_ = 0;                   // of the request being answered
+    std::map<std::uint32_t, std::size_t> open_;  // by stream: index of its request in the server's list
   };
 
   using Handler = std::function<void(const Request&, Connection&)>;
 
-  /// Speaks TLS when there is an identity; with `onlyTLS`, one of OpenSSL's numbers such as `TLS1_VERSION`,
-  /// that version alone, however weak. With a greeting it speaks HTTP/2 to clients that can, beginning with
-  /// these frames.
+  /// Uses TLS if `identity` is not null. `onlyTLS` is an OpenSSL version number such as `TLS1_VERSION` and
+  /// allows only that version, however weak; 0 allows all. With TLS and a greeting, the server uses HTTP/2
+  /// with clients that support it and sends the frames of `greeting` first.
   explicit LoopbackServer(Handler handler, const TestCertificate* identity = nullptr, int onlyTLS = 0,
                           std::string greeting = "");
   ~LoopbackServer();
@@ -102,15 +103,15 @@ class LoopbackServer {
   int port() const { return port_; }
   std::string url(std::string_view path, std::string_view host = "127.0.0.1") const;
 
-  /// The greeting of a server that takes requests of any size. It sends at most 32 MiB itself, the window
-  /// that libcurl gives it.
+  /// A greeting that lets clients send requests of any size. Replies are limited to 32 MiB, the window that
+  /// libcurl grants.
   static constexpr const char* http2 =
       R"(SETTINGS:0:0 "\x00\x04\x7f\xff\xff\xff" WINDOW_UPDATE:0:0 "\x7f\xff\x00\x00")";
 
   int connections() const { return connections_; }
-  /// All whose header has arrived; a body may still be on its way.
+  /// All requests whose header has arrived; their bodies may still be arriving.
   std::vector<Request> requests() const;
-  /// How often a text has arrived, in whatever request.
+  /// How often a text has arrived, on any connection.
   std::size_t seen(std::string_view text) const;
 
  private:
@@ -126,8 +127,8 @@ class LoopbackServer {
   std::atomic<int> connections_ = 0;
   mutable std::mutex lock_;
   std::vector<Request> requests_;
-  std::map<int, std::string> received_;  // by connection: what it has sent
-  std::vector<int> open_;                // sockets of living connections
+  std::map<int, std::string> received_;  // all bytes received, by connection
+  std::vector<int> open_;                // sockets of open connections
   std::vector<std::thread> threads_;
   std::thread acceptor_;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
-// What every device store must do that several processes share. `Maker` has `open()`, which gives a store
-// over the same file each time it is called, and `saves()`, which tells how many values each process saves.
+// Tests that every device store must pass if several processes share it. `Maker` has `open()`, which returns
+// a store on the same file each time, and `saves()`, which returns how many values each process saves.
 
 #include <list>
 #include <memory>

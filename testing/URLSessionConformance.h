@@ -1,12 +1,12 @@
 #pragma once
 
-// What every URLSession does, whatever it runs on. A backend is default-constructible and has
+// Tests that every URLSession must pass. A backend is default-constructible and has
 //   URLSession& session();
-//   URL serve(std::string method, std::string path, int status, std::string body): answers that request so;
-//   URL redirect(std::string method, std::string path, int status): sends that request on to another origin;
-//   URL breakOff(std::string method, std::string path): takes that request and leaves it unanswered;
-//   URL unreachable(): where every request fails;
-//   std::size_t seen(std::string text): how often a text has arrived, at whatever origin.
+//   URL serve(std::string method, std::string path, int status, std::string body): prepares this answer;
+//   URL redirect(std::string method, std::string path, int status): prepares a redirect to another origin;
+//   URL breakOff(std::string method, std::string path): makes it reset the connection;
+//   URL unreachable(): a URL for which every request fails;
+//   std::size_t seen(std::string text): how often a text has arrived, at any origin.
 
 #include <chrono>
 #include <condition_variable>
@@ -31,10 +31,10 @@ inline URLRequest makeRequest(std::string method, const std::string& url) {
   return request;
 }
 
-/// Collects the outcomes that its completions receive.
+/// Collects the outcomes that its completions receive. Copies share them.
 class Outcomes {
  public:
-  using Value = std::pair<Result<URLResponse>, std::thread::id>;  // and where it was reported
+  using Value = std::pair<Result<URLResponse>, std::thread::id>;  // and the thread that reported it
 
   /// `then` runs inside the completion.
   URLSession::Completion completion(std::function<void()> then = [] {}) {
@@ -48,7 +48,7 @@ class Outcomes {
     };
   }
 
-  /// Waits until there are `count` outcomes and returns all there are.
+  /// Waits until there are at least `count` outcomes and returns all of them. Throws after 30 seconds.
   std::vector<Value> wait(std::size_t count) const {
     std::unique_lock guard(shared_->lock);
     if (!shared_->changed.wait_for(guard, std::chrono::seconds(30),
@@ -110,7 +110,7 @@ TYPED_TEST_P(URLSessionConformance, ReportsStatusAndBodyAsTheyCame) {
     const auto outcome = await(this->backend.session(), makeRequest(method, url.text()));
     ASSERT_TRUE(outcome) << outcome.error().what();
     EXPECT_EQ(outcome->statusCode, status);
-    EXPECT_TRUE(outcome->body == expected);  // not printed: it may be large
+    EXPECT_TRUE(outcome->body == expected);  // EXPECT_EQ would print it, and it may be large
   }
 }
 

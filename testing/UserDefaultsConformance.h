@@ -1,7 +1,7 @@
 #pragma once
 
-// What every device store must do. `Maker` has `open()`, which gives a store over the same values each time
-// it is called; separate objects where the store can be shared.
+// Tests that every device store must pass. `Maker` has `open()`, which returns a store on the same values
+// each time; a separate object if the store can be shared.
 
 #include <atomic>
 #include <memory>
@@ -44,7 +44,7 @@ TYPED_TEST_P(UserDefaultsConformance, GivesBackWhatWasStored) {
       this->store->set(key, Data(value)).value();
       EXPECT_TRUE(this->store->data(key).value() == Data(value));
       EXPECT_EQ(this->store->string(key).value(), std::nullopt);
-      this->store->set(key, value).value();  // in place of the data
+      this->store->set(key, value).value();  // replaces the data
       EXPECT_TRUE(this->store->string(key).value() == value);
       EXPECT_EQ(this->store->data(key).value(), std::nullopt);
     }
@@ -54,7 +54,7 @@ TYPED_TEST_P(UserDefaultsConformance, GivesBackWhatWasStored) {
   for (const std::string& key : texts) {
     EXPECT_TRUE(this->store->string(key).value() == texts.back());
     this->store->remove(key).value();
-    this->store->remove(key).value();  // nothing to remove any more
+    this->store->remove(key).value();  // already removed
     EXPECT_EQ(this->store->string(key).value(), std::nullopt);
   }
 }

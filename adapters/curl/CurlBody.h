@@ -1,6 +1,6 @@
 #pragma once
 
-// The body of a reply while it arrives.
+// Collects the body of a reply while it arrives.
 
 #include <cstddef>
 #include <deque>
@@ -10,8 +10,8 @@
 
 namespace TalvoConsentSDK {
 
-/// Grows piece by piece, so that a body takes no more memory than its bytes do. One text would be copied each
-/// time it grows, and old and new together take up to twice as much.
+/// Stores the body in pieces, so that it takes no more memory than its bytes need. A single string would be
+/// copied each time it grows, and the old and new copies together can take twice the memory.
 class CurlBody {
  public:
   std::size_t size() const noexcept { return size_; }
@@ -22,7 +22,7 @@ class CurlBody {
       if (pieces_.empty() || pieces_.back().size() == pieceSize) {
         const bool isFirst = pieces_.empty();
         pieces_.emplace_back();
-        if (!isFirst) pieces_.back().reserve(pieceSize);  // the first one stays as small as most bodies are
+        if (!isFirst) pieces_.back().reserve(pieceSize);  // most bodies are small: one small piece
       }
       std::string& last = pieces_.back();
       const std::string_view taken = bytes.substr(0, pieceSize - last.size());
@@ -32,7 +32,7 @@ class CurlBody {
     }
   }
 
-  /// Gives the whole body away. Throws `std::bad_alloc`.
+  /// Moves the whole body out. Throws `std::bad_alloc`.
   std::string take() {
     if (pieces_.size() < 2) return pieces_.empty() ? std::string() : std::move(pieces_.front());
     std::string whole;

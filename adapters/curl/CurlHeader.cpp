@@ -13,7 +13,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// Below libcurl's own limit, which neither every version has nor holds for what trails a body.
+// Below libcurl's own limit, which some versions lack and which does not cover trailers.
 constexpr std::size_t maxBytes = 256U << 10U;
 
 std::string_view trimmed(std::string_view text) {
@@ -38,9 +38,9 @@ PlatformError tooLargeHeaderError() {
 }
 
 PlatformError tooWellCompressedError(std::size_t maxDecompression) {
-  return curlError(CURLE_FILESIZE_EXCEEDED, "The reply is larger than 1 MB and " +
-                                                std::to_string(maxDecompression) +
-                                                " times what was received of it");
+  return curlError(
+      CURLE_FILESIZE_EXCEEDED,
+      "The reply is larger than 1 MB and " + std::to_string(maxDecompression) + " times the bytes received");
 }
 
 bool CurlHeader::allows(std::string_view piece) {
@@ -61,16 +61,17 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   } else if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) {
     hasLine_ = true;
   }
-  isAtStart_ = line.find_first_not_of("\r\n") == line.npos;  // blanks alone go on with the line before
+  // A line of spaces or tabs continues the previous line, so it does not end the header.
+  isAtStart_ = line.find_first_not_of("\r\n") == line.npos;
   isWhole_ = (status_ >= 200 || status_ == 101) && isAtStart_;
   constexpr std::string_view name = "Content-Length:";
   if (line.size() < name.size() || strncasecmp(line.data(), name.data(), name.size()) != 0)
     return std::nullopt;
-  return judgeLength(trimmed(line.substr(name.size())));
+  return checkLength(trimmed(line.substr(name.size())));
 }
 
-// Of two lengths libcurl takes the second, so that a part of the body could be taken for the whole.
-std::optional<PlatformError> CurlHeader::judgeLength(std::string_view value) {
+// When a reply declares two lengths, libcurl uses the second one, so part of a body could pass as the whole.
+std::optional<PlatformError> CurlHeader::checkLength(std::string_view value) {
   if (!length_.empty() && length_ != value) {
     return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply declares two different lengths");
   }

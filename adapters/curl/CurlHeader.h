@@ -1,6 +1,6 @@
 #pragma once
 
-// What a reply says before its body, judged line by line as it arrives.
+// Checks the header of a reply line by line as it arrives.
 
 #include <cstddef>
 #include <optional>
@@ -11,45 +11,48 @@
 
 namespace TalvoConsentSDK {
 
-/// The header of one reply, after those of any interim replies.
+/// The header of one reply, including the headers of interim replies (1xx) before it.
 class CurlHeader {
  public:
-  /// `maxBody` is a session's limit; there is none for a reply that has no body whatever its header says.
+  /// `maxBody` is the session's limit in bytes. Pass nothing for a reply that never has a body, whatever
+  /// length its header declares.
   explicit CurlHeader(std::optional<std::size_t> maxBody = std::nullopt) : maxBody_(maxBody) {}
 
-  /// Whether libcurl may read this piece of a line, of which it has said nothing yet. A first line that is
-  /// folded may not: to libcurl 7.88 it goes on with a line of the reply before, which is freed.
+  /// Whether libcurl may parse this piece of a line, which it has not parsed yet. A folded first line is not
+  /// allowed: libcurl 7.88 would append it to a line of the previous reply, which has been freed.
   bool allows(std::string_view piece);
 
-  /// Takes a line as libcurl hands it over, also of what trails a body. Gives why the reply is refused.
+  /// Adds a line as libcurl passes it on; trailer lines count too. Returns an error if the reply must be
+  /// refused.
   std::optional<PlatformError> add(std::string_view line);
 
-  /// How many bytes have arrived, interim replies and what trails the body included.
+  /// The number of bytes received, including interim replies and trailers.
   std::size_t bytes() const noexcept { return bytes_; }
 
-  /// Whether the line that ends it has arrived. libcurl takes a header that was cut off for a whole one.
+  /// Whether the empty line that ends the header has arrived. libcurl itself accepts a header that was cut
+  /// off.
   bool isWhole() const noexcept { return isWhole_; }
 
-  /// The reply's own, after those of interim replies; 0 for what is no number.
+  /// The latest status, which is the final one once the header is whole; 0 if it is not a number.
   int status() const noexcept { return status_; }
 
  private:
-  std::optional<PlatformError> judgeLength(std::string_view value);
+  std::optional<PlatformError> checkLength(std::string_view value);
 
   std::optional<std::size_t> maxBody_;
   std::size_t bytes_ = 0;
   int status_ = 0;
   std::string length_;  // as declared
   bool isWhole_ = false;
-  bool isAtStart_ = true;      // the next line is that with the status
-  bool isWithinLine_ = false;  // the next piece does not begin one
-  bool hasLine_ = false;       // other than those with a status
+  bool isAtStart_ = true;      // the next line is the status line
+  bool isWithinLine_ = false;  // the next piece continues a line
+  bool hasLine_ = false;       // a line other than a status line has arrived
 };
 
 /// An error of the domain "CURL"; `code` is a `CURLcode`.
 PlatformError curlError(int code, std::string text);
 
-/// What to report of a reply whose body or header is larger than it may be.
+/// The errors for a reply whose body or header is too large.
 PlatformError tooLargeError(std::size_t maxBody);
 PlatformError tooLargeHeaderError();
 PlatformError tooWellCompressedError(std::size_t maxDecompression);

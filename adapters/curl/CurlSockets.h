@@ -1,6 +1,6 @@
 #pragma once
 
-// The sockets that libcurl has made for a session.
+// The sockets that libcurl has created for a session.
 
 #include <unordered_map>
 
@@ -9,15 +9,15 @@
 
 namespace TalvoConsentSDK {
 
-/// A service that sends more than it has declared leaves bytes on a connection that counts as free.
-/// Before 8.1, libcurl takes them for the answer to the next request there. So a transfer looks before it
-/// uses one again.
+/// A service that sends more than it declared leaves bytes on a connection that libcurl considers free.
+/// Before 8.1, libcurl takes them as the answer to the next request on that connection. So a transfer checks
+/// for input before it reuses a connection.
 class CurlSockets {
  public:
   void add(int socket) { ports_[socket] = unknown; }
 
-  /// Whether anything has arrived, or the end, at the socket of this local port. A socket's number stays here
-  /// after it has been closed and may be another file's then; at worst that is a connection not used again.
+  /// Whether the socket with this local port has input, or its peer has closed it. A closed socket's number
+  /// stays in this list and may by then belong to another file; at worst, a connection is not reused.
   bool hasInput(int localPort) {
     for (auto& [socket, port] : ports_) {
       if (port == unknown) port = portOf(socket);
@@ -27,7 +27,7 @@ class CurlSockets {
     return false;
   }
 
-  /// Ends the connection of this local port, so that libcurl does not use it again.
+  /// Shuts down the connection with this local port, so that libcurl does not reuse it.
   void shutDown(int localPort) {
     for (const auto& [socket, port] : ports_) {
       if (portOf(socket) == localPort) ::shutdown(socket, SHUT_RDWR);
@@ -35,10 +35,10 @@ class CurlSockets {
   }
 
  private:
-  static constexpr int unknown = 0;  // or not connected yet
+  static constexpr int unknown = 0;  // not asked for yet, or not connected
 
   static int portOf(int socket) {
-    sockaddr_in6 address{};  // the port is where it is in a sockaddr_in, too
+    sockaddr_in6 address{};  // a sockaddr_in has the port at the same offset
     socklen_t size = sizeof address;
     const bool known = ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0;
     return known && (address.sin6_family == AF_INET || address.sin6_family == AF_INET6)
@@ -46,7 +46,7 @@ class CurlSockets {
                : -1;
   }
 
-  std::unordered_map<int, int> ports_;  // by socket: as far as they have been asked
+  std::unordered_map<int, int> ports_;  // by socket
 };
 
 }  // namespace TalvoConsentSDK

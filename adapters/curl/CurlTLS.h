@@ -1,6 +1,6 @@
 #pragma once
 
-// What a session asks of OpenSSL beneath libcurl.
+// What a session uses directly of the OpenSSL beneath libcurl.
 
 #include <cstddef>
 #include <string_view>
@@ -9,17 +9,18 @@
 
 namespace TalvoConsentSDK {
 
-/// The TLS connections of a session. Used by its thread; it outlives them.
+/// Watches the TLS connections of a session. Used on the session's thread; must outlive the connections.
 class CurlTLS {
  public:
-  /// Sets up what libcurl makes connections of. No secrets are written where the environment asks for it.
+  /// Configures the context from which libcurl makes its connections. It never writes TLS secrets to a log
+  /// file, even if the environment asks for that.
   void configure(SSL_CTX* context) {
     SSL_CTX_set_keylog_callback(context, nullptr);
     SSL_CTX_set_msg_callback(context, &CurlTLS::noteRecord);
     SSL_CTX_set_msg_callback_arg(context, this);
   }
 
-  /// Whether that is what a connection has agreed on; null is none.
+  /// Whether the connection has negotiated HTTP/2; false for null.
   static bool usesHTTP2(const SSL* connection) {
     const unsigned char* protocol = nullptr;
     unsigned size = 0;
@@ -27,17 +28,17 @@ class CurlTLS {
     return std::string_view(reinterpret_cast<const char*>(protocol), size) == "h2";
   }
 
-  /// Whether a part of a record is left that has been received and not read; null has none.
+  /// Whether OpenSSL holds received bytes that have not been read yet; false for null.
   static bool hasInput(const SSL* connection) { return connection && SSL_has_pending(connection) == 1; }
 
-  /// Call it before libcurl is entered and when a part of a reply arrives. libcurl 7.88 reads on as long as
-  /// an HTTP/2 service sends frames that belong to no reply, and nothing else happens meanwhile. So a
-  /// connection ends on which too much arrives between two calls.
+  /// Call this before each call into libcurl and whenever part of a reply arrives. libcurl 7.88 keeps
+  /// reading, and does nothing else, for as long as an HTTP/2 service sends frames that belong to no reply.
+  /// So this class ends a connection that receives more than `maxBytes` between two calls.
   void noteReply() { bytes_ = 0; }
 
  private:
   static constexpr std::size_t maxBytes = 16U << 20U;
-  static constexpr std::size_t headSize = 5;  // of a record; its length comes last
+  static constexpr std::size_t headSize = 5;  // of a record header, whose last two bytes are the length
 
   static void noteRecord(int isWritten, int, int kind, const void* head, std::size_t size, SSL* connection,
                          void* self) {
@@ -48,10 +49,10 @@ class CurlTLS {
     tls.connection_ = connection;
     tls.bytes_ += std::size_t{bytes[3]} * 256 + bytes[4];
     if (tls.bytes_ > maxBytes)
-      SSL_set_shutdown(connection, SSL_RECEIVED_SHUTDOWN);  // the next read finds the end
+      SSL_set_shutdown(connection, SSL_RECEIVED_SHUTDOWN);  // the next read reports the end
   }
 
-  const SSL* connection_ = nullptr;  // the last one that was read from; only compared
+  const SSL* connection_ = nullptr;  // the last connection read from; only compared
   std::size_t bytes_ = 0;
 };
 

@@ -16,20 +16,21 @@ namespace {
 
 constexpr int maxRedirects = 20;
 
-// What a body may be decompressed to, in bytes: so much always, and so many times what arrived.
+// How large a body may become by decompression: this many bytes in any case, and this many times the bytes
+// received.
 constexpr std::size_t alwaysDecompressed = 1'000'000;
 constexpr std::size_t maxDecompression = 50;
 
-std::chrono::milliseconds patience(std::chrono::milliseconds timeout) {
+std::chrono::milliseconds idleLimit(std::chrono::milliseconds timeout) {
   using namespace std::chrono_literals;
-  return std::clamp<std::chrono::milliseconds>(timeout, 1ms, 24h);  // no overflow when it is added to a time
+  return std::clamp<std::chrono::milliseconds>(timeout, 1ms, 24h);  // adding it to a time must not overflow
 }
 
 bool sameName(const std::string& a, const std::string& b) {
   return strcasecmp(a.c_str(), b.c_str()) == 0;
 }
 
-// Headers that do not follow a redirect to another origin.
+// Headers that are not sent after a redirect to another origin.
 bool isCredential(const std::string& name) {
   return sameName(name, "Authorization") || sameName(name, "Proxy-Authorization") || sameName(name, "Cookie");
 }
@@ -54,9 +55,9 @@ std::optional<PlatformError> refusal(const URLRequest& request) {
   if (request.body && !mayHaveBody(request))
     return refused("A " + request.method + " request cannot have a body");
   for (const auto& [name, value] : request.headers) {
-    if (!isToken(name)) return refused("A header's name cannot be sent");
+    if (!isToken(name)) return refused("A header has an invalid name");
     if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
-      return refused("The value of the header " + name + " has a line break or NUL in it");
+      return refused("The value of the header " + name + " contains a line break or NUL");
     }
   }
   return std::nullopt;
@@ -112,7 +113,7 @@ CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS
       sockets_(sockets),
       tls_(tls),
       request_(std::move(request)),
-      patience_(patience(request_.timeout)),
+      idleLimit_(idleLimit(request_.timeout)),
       keepsOrigin_(mayHaveBody(request_)),
       handle_(handle ? std::move(handle) : makeHandle(rules, tls)) {}
 
@@ -124,20 +125,21 @@ std::optional<PlatformError> CurlTransfer::prepare() {
 }
 
 std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
-  if (flaw_) return *flaw_;
+  if (rejection_) return *rejection_;
   if (isSecondAttempt_) {
     return curlError(CURLE_SEND_FAIL_REWIND,
-                     "The service did not take the " + request_.method + ", and it is not sent again");
+                     "The service did not accept the " + request_.method + ", which is not sent again");
   }
   if (isStaleConnection_) {
     avoidsPool_ = true;
     if (auto refused = configure()) return *refused;
     return std::nullopt;
   }
-  // What libcurl says of a single line beyond 100 KB; before the first byte it would be about memory.
+  // libcurl reports a single line of more than 100 KB this way. Before the first byte, the code really means
+  // memory.
   if (code == CURLE_OUT_OF_MEMORY && !header_.isWhole() && timeOf(CURLINFO_STARTTRANSFER_TIME_T) > 0)
     return tooLargeHeaderError();
-  // What libcurl says of a line that is no header, and of a first one that is folded.
+  // libcurl reports a line that is not a header, and a folded first line, this way.
   if (code == CURLE_BAD_FUNCTION_ARGUMENT)
     return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read");
   if (code != CURLE_OK) {
@@ -149,7 +151,7 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   const char* location = nullptr;
   curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &status);
   curl_easy_getinfo(handle(), CURLINFO_REDIRECT_URL, &location);
-  // In a version of several digits libcurl sees a status, or less than none.
+  // If the HTTP version has several digits, libcurl may misread the status, even as a negative number.
   if (status != header_.status())
     return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's status cannot be read");
   const bool redirects = status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
@@ -182,7 +184,8 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
   if (leaves && keepsOrigin_)
     return curlError(CURLE_TOO_MANY_REDIRECTS, "A POST or PUT is not redirected to another origin");
   if (status <= 302 && request_.method == "PUT")
-    return curlError(CURLE_SEND_FAIL_REWIND, "A PUT is sent again by a redirect of 307 or 308 only");
+    return curlError(CURLE_SEND_FAIL_REWIND,
+                     "A PUT is sent again only for a redirect with status 307 or 308");
   if (status <= 303 && mayHaveBody(request_)) {
     request_.method = "GET";
     request_.headers.erase("Content-Type");
@@ -195,7 +198,7 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
 std::optional<PlatformError> CurlTransfer::configure() {
   const bool plain = target_->scheme == "http";
   if (!plain && target_->scheme != "https") {
-    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Requests go to https URLs, not to " + target_->scheme);
+    return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Requests must use https, not " + target_->scheme);
   }
   if (plain && !rules_.allowsPlainHTTP && !target_->isLoopback()) {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "Plain http is refused, use https: " + target_->host);
@@ -204,7 +207,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
   header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.maxReply));
   localPort_ = 0;
   isNewConnection_ = isConnected_ = isSecondAttempt_ = isStaleConnection_ = false;
-  flaw_.reset();
+  rejection_.reset();
   errorText_.front() = '\0';
   progress_ = {};
   lastProgress_ = Clock::now();
@@ -213,12 +216,12 @@ std::optional<PlatformError> CurlTransfer::configure() {
   return std::nullopt;
 }
 
-// A handle with what is the same for all transfers of a session. What differs is set again for each run.
+// Makes a handle with the options that all transfers of a session share. The others are set before each run.
 CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
   CurlHandle handle(curl_easy_init());
   if (!handle) throw std::bad_alloc();
   CURL* const easy = handle.get();
-  curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);  // `follow` does, hop by hop
+  curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);  // `follow` handles redirects one by one
   curl_easy_setopt(easy, CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
   curl_easy_setopt(easy, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
@@ -226,10 +229,10 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
     curl_blob blob{const_cast<char*>(rules.certificates.data()), rules.certificates.size(), CURL_BLOB_NOCOPY};
     curl_easy_setopt(easy, CURLOPT_CAINFO_BLOB, &blob);
   } else if (rules.hasCertificateFile) {
-    // With a folder too, the file is read for every connection.
+    // If a folder is set as well, libcurl reads the file again for every connection.
     curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
   }
-  if (rules.usesOpenSSL) {  // another library's context would be something else
+  if (rules.usesOpenSSL) {  // the context of another TLS library has another type
     constexpr auto made = [](void*, void* context, void* data) {
       static_cast<CurlTLS*>(data)->configure(static_cast<SSL_CTX*>(context));
       return CURLE_OK;
@@ -237,10 +240,10 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(made));
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &tls);
   }
-  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");           // all that this libcurl can decode
-  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // a proxy's are no part of the reply
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // every encoding that this libcurl can decode
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // they belong to the proxy
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // ending a transfer does not wait for a slow name server
+  curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);  // do not wait for a slow name server when a transfer ends
 
   constexpr auto received = [](char* bytes, std::size_t, std::size_t count, void* self) {
     return static_cast<CurlTransfer*>(self)->receive({bytes, count});
@@ -273,12 +276,14 @@ void CurlTransfer::configureConnection() {
   curl_easy_setopt(easy, CURLOPT_CURLU, target_->url.get());
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, target_->scheme.c_str());
   curl_easy_setopt(easy, CURLOPT_PROXY, target_->isLoopback() ? "" : nullptr);
-  // A POST or PUT: on a reused connection that closes unanswered, libcurl would send it again.
+  // A POST or PUT gets a fresh connection: if a reused one closed without an answer, libcurl would send it
+  // again.
   curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, mayHaveBody(request_) || avoidsPool_ ? 1L : 0L);
 
-  // A bound on connecting that the idle limit comes before. Of several addresses, curl gives all but the last
-  // at most half of it, so that one that does not answer leaves time for the next.
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(patience_).count();
+  // Limits the time to connect; our own idle limit applies first. If a host has several addresses, libcurl
+  // spends at most half of the remaining time on each address except the last, so an address that does not
+  // answer leaves time for the next one.
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleLimit_).count();
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit + limit / 2));
 
   for (const CURLoption data : {CURLOPT_WRITEDATA, CURLOPT_HEADERDATA, CURLOPT_SOCKOPTDATA,
@@ -301,7 +306,7 @@ void CurlTransfer::configureMessage() {
     curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
     if (request_.method == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
   }
-  curl_easy_setopt(easy, CURLOPT_HEADER, 1L);  // each line goes to `receive` first, before libcurl reads it
+  curl_easy_setopt(easy, CURLOPT_HEADER, 1L);  // `receive` gets each line before libcurl parses it
 
   headers_.reset();
   const auto add = [this](const std::string& line) {
@@ -311,8 +316,8 @@ void CurlTransfer::configureMessage() {
     headers_.reset(longer);
   };
   if (mayHaveBody(request_)) {
-    add("Expect:");                                                        // no waiting for "100 Continue"
-    if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // nor a form's
+    add("Expect:");                                                        // do not wait for "100 Continue"
+    if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // do not claim to send a form
   }
   for (const auto& [name, value] : request_.headers) {
     if (leftOrigin_ && isCredential(name)) continue;
@@ -322,15 +327,15 @@ void CurlTransfer::configureMessage() {
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
 }
 
-// Asked before a request is sent. libcurl asks again when it sends one again of its own accord: after a
-// stream that was refused, a connection that closed unanswered though others used it too, or a demand for
+// libcurl calls this before it sends a request. It calls it again before it repeats a request by itself:
+// after a refused stream, after a shared connection closed without an answer, or when the service demands
 // HTTP/1.1.
 bool CurlTransfer::maySend(int localPort) {
   const bool isRepeated = std::exchange(isConnected_, true);
   localPort_ = localPort;
   wasRepeated_ = wasRepeated_ || isRepeated;
   isSecondAttempt_ = isRepeated && mayHaveBody(request_);
-  // Over HTTP/2 something may arrive at any time, and nothing there is taken for another stream's reply.
+  // Over HTTP/2, frames may arrive at any time and are never mistaken for another stream's reply.
   const SSL* const tls = tlsConnection();
   isStaleConnection_ = !isNewConnection_ && !CurlTLS::usesHTTP2(tls) &&
                        (CurlTLS::hasInput(tls) || sockets_.hasInput(localPort));
@@ -338,7 +343,7 @@ bool CurlTransfer::maySend(int localPort) {
   return !isSecondAttempt_ && !isStaleConnection_;
 }
 
-// Null without TLS, and with another library than OpenSSL.
+// Null without TLS, and if libcurl uses a TLS library other than OpenSSL.
 const SSL* CurlTransfer::tlsConnection() const {
   const curl_tlssessioninfo* session = nullptr;
   curl_easy_getinfo(handle(), CURLINFO_TLS_SSL_PTR, &session);
@@ -353,14 +358,15 @@ void CurlTransfer::remind() {
   curl_easy_pause(handle(), CURLPAUSE_CONT);
 }
 
-// In microseconds; 0 until it is reached.
+// In microseconds; 0 until the transfer reaches the step.
 std::int64_t CurlTransfer::timeOf(int step) const {
   curl_off_t microseconds = 0;
   curl_easy_getinfo(handle(), static_cast<CURLINFO>(step), &microseconds);
   return microseconds;
 }
 
-// False ends the transfer: what is compressed may be endless and yet decompress to nothing.
+// Returning false ends the transfer. The limit also applies to compressed bytes, since an endless body may
+// decompress to nothing.
 bool CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
   if (static_cast<std::uint64_t>(received) > rules_.maxReply) {
     refuse(tooLargeError(rules_.maxReply));
@@ -377,12 +383,12 @@ bool CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
   return true;
 }
 
-std::size_t CurlTransfer::refuse(PlatformError flaw) {
-  flaw_ = std::move(flaw);
+std::size_t CurlTransfer::refuse(PlatformError reason) {
+  rejection_ = std::move(reason);
   return CURL_WRITEFUNC_ERROR;
 }
 
-// First come the pieces of the header's lines, then the body.
+// Called with the pieces of the header lines first, then with the body.
 std::size_t CurlTransfer::receive(std::string_view bytes) {
   tls_.noteReply();
   if (!header_.isWhole()) {
@@ -390,7 +396,7 @@ std::size_t CurlTransfer::receive(std::string_view bytes) {
     return refuse(curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read"));
   }
   if (bytes.size() > rules_.maxReply - body_.size()) return refuse(tooLargeError(rules_.maxReply));
-  // libcurl may hand over what it made of a whole buffer before it counts that.
+  // libcurl may pass on the decompressed content of a whole buffer before it counts the buffer as received.
   if (isCompressedTooWell(body_.size() + bytes.size(), CURL_MAX_WRITE_SIZE)) {
     return refuse(tooWellCompressedError(maxDecompression));
   }
@@ -411,17 +417,17 @@ bool CurlTransfer::isCompressedTooWell(std::size_t size, std::size_t uncounted) 
 
 std::size_t CurlTransfer::receiveHeader(std::string_view line) {
   try {
-    if (auto flaw = header_.add(line)) return refuse(*std::move(flaw));
+    if (auto reason = header_.add(line)) return refuse(*std::move(reason));
   } catch (const std::bad_alloc&) {
     return CURL_WRITEFUNC_ERROR;
   }
   if (header_.isWhole())
-    curl_easy_setopt(handle(), CURLOPT_HEADER, 0L);  // what trails the body is none of it
+    curl_easy_setopt(handle(), CURLOPT_HEADER, 0L);  // trailers must not be passed on as body
   return line.size();
 }
 
 PlatformError CurlTransfer::idleError() const {
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(patience_);
+  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleLimit_);
   return curlError(CURLE_OPERATION_TIMEDOUT, "No progress for " + std::to_string(limit.count()) + " ms");
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-// One request on its way through libcurl, redirects included. It knows what may be sent where and what counts
-// as an answer; it does not know of threads or of other requests.
+// One request on its way through libcurl, including redirects. It decides what may be sent where and what
+// counts as an answer; it knows nothing about threads or other requests.
 
 #include <array>
 #include <chrono>
@@ -29,10 +29,10 @@ namespace TalvoConsentSDK {
 struct CurlRules {
   bool allowsPlainHTTP = false;
   std::size_t maxReply = 0;
-  std::string certificates;         // PEM text of the authorities to trust; empty: those of the system
+  std::string certificates;         // PEM text of the authorities to trust; empty for the system's
   bool hasCertificateFile = false;  // the system keeps its authorities in one file
-  bool usesOpenSSL = false;         // libcurl does, for TLS
-  bool mayForgetReplies = false;    // libcurl does, over HTTP/2
+  bool usesOpenSSL = false;         // libcurl uses it for TLS
+  bool mayForgetReplies = false;    // libcurl before 8.0, over HTTP/2; see `remind`
 };
 
 /// A libcurl easy handle.
@@ -41,44 +41,44 @@ struct CurlHandleDeleter {
 };
 using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 
-/// A request and its libcurl easy handle. Used by one thread.
+/// A request and its libcurl easy handle. Not thread-safe.
 class CurlTransfer {
  public:
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<URLResponse>;
 
-  /// `rules`, `sockets` and `tls` outlive the transfer. `handle` is a spare one of an earlier transfer of the
-  /// same session, or null.
+  /// `rules`, `sockets` and `tls` must outlive the transfer. `handle` is the handle of an earlier transfer of
+  /// the same session, to be reused, or null.
   CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, URLRequest request,
                CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
-  /// The easy handle.
   void* handle() const noexcept { return handle_.get(); }
 
-  /// Gives the handle away once the transfer has ended; null when it is not to be used again.
+  /// Moves the handle out once the transfer has ended; null if it must not be reused.
   CurlHandle takeHandle() { return wasRepeated_ ? nullptr : std::move(handle_); }
 
-  /// Makes the handle ready to be run. Nothing, or why the request is refused.
+  /// Prepares the handle for its run. Returns an error if the request is refused.
   std::optional<PlatformError> prepare();
 
-  /// Judges the end of the handle's run, given its `CURLcode`. Nothing when that was a redirect, or a
-  /// connection that must not be used again: the handle is then ready for its next run.
+  /// Evaluates the handle's run, which ended with the `CURLcode` `code`. Returns nothing after a redirect, or
+  /// if the connection must not be reused: the handle is then ready for its next run.
   std::optional<Outcome> finish(int code);
 
-  /// Before 8.0, libcurl may have read a part of a reply over HTTP/2 and forget it until something else
-  /// moves. This has it look again when nothing has moved for some time. Call it every `reminder`.
+  /// Before 8.0, libcurl may read part of a reply over HTTP/2 and not process it until something else
+  /// happens. If there has been no progress for `reminder`, this makes libcurl look again. Call it every
+  /// `reminder`.
   void remind();
   static constexpr std::chrono::milliseconds reminder{500};
 
-  /// When the transfer has gone without progress for too long, unless something moves before.
-  Clock::time_point deadline() const noexcept { return lastProgress_ + patience_; }
+  /// The time at which the transfer times out if it makes no progress until then.
+  Clock::time_point deadline() const noexcept { return lastProgress_ + idleLimit_; }
 
-  /// What to report when the deadline has passed.
+  /// The error to report when the deadline has passed.
   PlatformError idleError() const;
 
-  /// The local port of the connection that it uses or used last; 0 as long as there is none.
+  /// The local port of the connection in use or last used; 0 before the first connection.
   int localPort() const noexcept { return localPort_; }
 
  private:
@@ -86,7 +86,7 @@ class CurlTransfer {
     void operator()(curl_slist* list) const noexcept;
   };
 
-  // A URL as libcurl reads it, so that what is judged is what is contacted.
+  // A URL as parsed by libcurl, so that the checked host is the host that libcurl contacts.
   struct Target {
     struct Deleter {
       void operator()(Curl_URL* parsed) const noexcept;
@@ -100,9 +100,9 @@ class CurlTransfer {
     bool sharesOrigin(const Target& other) const;
   };
 
-  // Whatever changes here is progress: times in microseconds, 0 until reached, and bytes.
+  // Any change to these values counts as progress.
   struct Progress {
-    std::int64_t steps = 0;  // the times at which names were resolved, connections made and secured, added
+    std::int64_t steps = 0;  // sum of the times to resolve, connect and secure, in microseconds
     std::size_t headerBytes = 0;
     std::int64_t received = 0, sent = 0;
 
@@ -119,7 +119,7 @@ class CurlTransfer {
   const SSL* tlsConnection() const;
   std::int64_t timeOf(int step) const;  // a CURLINFO
   bool noteProgress(std::int64_t received, std::int64_t sent);
-  std::size_t refuse(PlatformError flaw);
+  std::size_t refuse(PlatformError reason);
   std::size_t receive(std::string_view bytes);
   bool isCompressedTooWell(std::size_t size, std::size_t uncounted) const;
   std::size_t receiveHeader(std::string_view line);
@@ -128,17 +128,17 @@ class CurlTransfer {
   CurlSockets& sockets_;
   CurlTLS& tls_;
   URLRequest request_;
-  const Clock::duration patience_;
-  const bool keepsOrigin_;  // through all redirects: it began as a POST or PUT
+  const Clock::duration idleLimit_;
+  const bool keepsOrigin_;  // it began as a POST or PUT, so no redirect may lead to another origin
   CurlHandle handle_;
 
   std::optional<Target> target_;
   int redirects_ = 0;
   bool leftOrigin_ = false;
   bool avoidsPool_ = false;
-  bool wasRepeated_ = false;  // by libcurl, whose handle never forgets how often it was
+  bool wasRepeated_ = false;  // by libcurl; its handle keeps the count of repeats, so it is not reused
 
-  // Of the current run.
+  // The state of the current run.
   std::unique_ptr<curl_slist, ListDeleter> headers_;
   std::array<char, 256> errorText_{};  // CURL_ERROR_SIZE
   CurlBody body_;
@@ -148,7 +148,7 @@ class CurlTransfer {
   bool isConnected_ = false;
   bool isSecondAttempt_ = false;
   bool isStaleConnection_ = false;
-  std::optional<PlatformError> flaw_;  // for which the reply is refused
+  std::optional<PlatformError> rejection_;  // why the reply is refused
   Progress progress_;
   Clock::time_point lastProgress_;
 };

@@ -24,7 +24,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// No text may be larger than half of all addresses, and while a body becomes one it stands there twice.
+// A string cannot be larger than PTRDIFF_MAX, and `CurlBody::take` briefly holds the body twice.
 constexpr std::size_t maxReplyHeld = std::numeric_limits<std::ptrdiff_t>::max() / 2;
 
 void initialiseCurl() {
@@ -62,24 +62,27 @@ CurlRules rulesFor(const CurlOptions& options) {
 
 }  // namespace
 
-/// What the session and its thread share. `add`, `wake` and `close` may be called anywhere; the rest belongs
-/// to the thread.
+/// The state shared by the session and its thread. `add`, `wake` and `close` may be called on any thread; the
+/// rest belongs to the worker thread.
 ///
-/// When the process exits, the TLS library is taken down while the thread may still be there. So the thread
-/// holds `inCurl_` for as long as it is in libcurl and looks at `stop` first; once a stopper has held it too,
-/// libcurl is not entered again. Completions run outside: one that never returns delays nobody else's exit.
+/// When the process exits, the TLS library is shut down while the thread may still be running. So the thread
+/// holds `inCurl_` whenever it is inside libcurl, and checks `stop` before it enters. Once `wake` has held
+/// the lock with `stop` set, the thread does not enter libcurl again. Completions run without the lock, so
+/// one that never returns does not delay the exit.
 class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
-    // Without descriptors for it, nothing could ever wake the thread. The first wait will just be short.
+    // If there were no file descriptors left for waking, nothing could ever wake the thread. This only makes
+    // the first wait short.
     if (const CURLMcode code = curl_multi_wakeup(multi_); code != CURLM_OK) {
       curl_multi_cleanup(multi_);
-      throw curlError(CURLE_FAILED_INIT, std::string("No requests can be run: ") + curl_multi_strerror(code));
+      throw curlError(CURLE_FAILED_INIT,
+                      std::string("libcurl cannot run requests: ") + curl_multi_strerror(code));
     }
   }
 
-  // `end` has freed libcurl's handle, unless the process exits.
+  // `end` has freed libcurl's handle, unless the process is exiting.
   ~Worker() = default;
 
   void add(URLRequest request, Completion completion) {
@@ -88,9 +91,9 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
-  /// Call it with `stop` set: when it returns, the thread has left libcurl. That takes as long as reading
-  /// certificates or shaking hands, seconds where the device gives the process hardly any time, and a process
-  /// that ends under these crashes. So the limit only is there for a libcurl that never returns.
+  /// Call this with `stop` set: when it returns, the thread has left libcurl. That can take as long as
+  /// reading certificates or a TLS handshake, which is seconds on a busy device, and the process would crash
+  /// if it ended during these. The limit of a minute is only for a libcurl that never returns.
   void wake() {
     {
       const std::scoped_lock guard(lock_);
@@ -99,7 +102,7 @@ class CurlURLSession::Worker {
     if (inCurl_.try_lock_for(std::chrono::minutes(1))) inCurl_.unlock();
   }
 
-  /// From now on, the end of the loop ends the requests too.
+  /// From now on, the end of the loop also ends all requests.
   void close() { closed_ = true; }
 
   void run(const std::atomic<bool>& stop) {
@@ -129,7 +132,7 @@ class CurlURLSession::Worker {
 
  private:
   using Clock = CurlTransfer::Clock;
-  static constexpr std::size_t maxSpare = 32;  // some 6 KB each
+  static constexpr std::size_t maxSpare = 32;  // about 6 KB each
 
   struct Arrival {
     URLRequest request;
@@ -144,7 +147,7 @@ class CurlURLSession::Worker {
     CurlTransfer::Outcome outcome;
   };
 
-  // Whether there is nothing to begin with.
+  // Sets and returns whether the thread waits; it does not wait if requests have arrived.
   bool setWaits(bool waits) {
     const std::scoped_lock guard(lock_);
     waits_ = waits && arrivals_.empty();
@@ -169,7 +172,7 @@ class CurlURLSession::Worker {
     }
   }
 
-  // When libcurl does not take a handle, its request ends here.
+  // If libcurl does not accept a handle, its request ends here.
   void enter(void* handle, std::vector<Ending>& endings) {
     const CURLMcode code = curl_multi_add_handle(multi_, handle);
     if (code != CURLM_OK) retire(handle, curlError(CURLE_FAILED_INIT, curl_multi_strerror(code)), endings);
@@ -179,7 +182,7 @@ class CurlURLSession::Worker {
     int left = 0;
     while (CURLMsg* const message = curl_multi_info_read(multi_, &left)) {
       CURL* const handle = message->easy_handle;
-      const CURLcode code = message->data.result;  // the message goes with the handle
+      const CURLcode code = message->data.result;  // removing the handle frees the message
       if (code != CURLE_OK) leaveConnection(handle);
       curl_multi_remove_handle(multi_, handle);
       if (auto outcome = running_.at(handle).transfer->finish(code)) {
@@ -190,8 +193,8 @@ class CurlURLSession::Worker {
     }
   }
 
-  // Over HTTP/2, libcurl gives up a stream that failed and keeps its connection, whatever has become of it:
-  // the next requests would wait there, too. Those that share it are left alone.
+  // After a failed HTTP/2 stream, libcurl keeps the connection even if it is dead, and the next requests
+  // would hang on it too. So shut it down, unless other requests share it.
   void leaveConnection(void* failed) {
     const int port = running_.at(failed).transfer->localPort();
     const bool isShared = std::ranges::any_of(running_, [&](const auto& other) {
@@ -229,7 +232,7 @@ class CurlURLSession::Worker {
     return std::max(0, static_cast<int>(wait.count()));
   }
 
-  // Frees a handle that is not part of `multi_` any more; its outcome is due.
+  // Frees or keeps for reuse a handle that has been removed from `multi_`, and queues its outcome.
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});
@@ -238,7 +241,7 @@ class CurlURLSession::Worker {
     running_.erase(entry);
   }
 
-  // Making a handle costs more than resetting one.
+  // Reusing a handle is cheaper than making one.
   CurlHandle takeSpare() {
     if (spare_.empty()) return nullptr;
     CurlHandle handle = std::move(spare_.back());
@@ -246,8 +249,8 @@ class CurlURLSession::Worker {
     return handle;
   }
 
-  // Ends everything. Connections are closed here and not in the destructor, since that can raise SIGPIPE,
-  // which only this thread is sure to have blocked.
+  // Ends all requests. Connections are closed here and not in the destructor, because closing can raise
+  // SIGPIPE, and only this thread is certain to have it blocked.
   void end(std::vector<Ending>& endings) {
     const auto closed =
         curlError(CURLE_ABORTED_BY_CALLBACK, "The session was closed before the reply arrived");
@@ -265,8 +268,8 @@ class CurlURLSession::Worker {
     curl_multi_cleanup(multi);
   }
 
-  // A completion may do anything, such as adding requests or destroying the session. None is called once the
-  // process exits.
+  // A completion may do anything, such as add requests or destroy the session. No completion is called once
+  // the process is exiting.
   void report(std::vector<Ending>& endings, const std::atomic<bool>& stop) {
     for (auto& [completion, outcome] : endings) {
       if (stop && !closed_) return;
@@ -283,9 +286,9 @@ class CurlURLSession::Worker {
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::vector<CurlHandle> spare_;
-  std::mutex lock_;  // guards what follows; held for moments only
+  std::mutex lock_;  // guards the members below; held only briefly
   std::vector<Arrival> arrivals_;
-  bool waits_ = false;  // the thread would not see an arrival unless it is woken
+  bool waits_ = false;  // the thread must be woken to see an arrival
   CURLM* multi_;        // null once freed
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// HTTP on libcurl. All requests of a session share one worker thread and its pool of connections.
+// HTTP through libcurl. All requests of a session share one worker thread and its connection pool.
 
 #include <cstddef>
 #include <filesystem>
@@ -14,40 +14,41 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// What a host may change about a `CurlURLSession`.
+/// Options of a `CurlURLSession`.
 struct CurlOptions {
   CurlOptions() {}
 
-  std::optional<std::filesystem::path> certificates;  // PEM file of authorities trusted besides the system's
-  bool allowsPlainHTTP = false;                       // to every host; the loopback host needs no permission
-  std::size_t maxReply = 64U << 20U;                  // of a body, in bytes, once decompressed
+  std::optional<std::filesystem::path> certificates;  // PEM file; added to the system's authorities
+  bool allowsPlainHTTP = false;                       // to every host; loopback is always allowed
+  std::size_t maxReply = 64U << 20U;                  // limit of a decompressed body, in bytes
 };
 
-/// Runs requests on libcurl and calls completions on its worker thread, one at a time: one that blocks holds
-/// up all others, one that throws is contained.
+/// Runs requests through libcurl and calls completions on its worker thread, one at a time. A completion that
+/// blocks delays all others; exceptions from completions are caught.
 ///
-/// A request ends with an error when nothing has moved for its `timeout`: no address found, connection made,
-/// handshake done, byte sent or received. Certificate and host are verified, with TLS 1.2 or later. Up to 20
-/// redirects are followed, never from https to anything else; to another origin the headers Authorization,
-/// Proxy-Authorization and Cookie do not go along, and a POST or PUT ends instead. A POST or PUT goes out
-/// once, on a fresh connection, and again only with a redirect of 307 or 308; other requests share
-/// connections, and a GET may be repeated. Proxies come from the environment, as libcurl has it, but the
-/// loopback host is always reached directly.
+/// A request fails when it makes no progress for its `timeout`. Progress is a resolved name, a connection, a
+/// handshake, or a byte sent or received. TLS is 1.2 or later, and certificate and host name are verified. Up
+/// to 20 redirects are followed, but never from https to another scheme. A redirect to another origin drops
+/// the headers Authorization, Proxy-Authorization and Cookie, and fails a POST or PUT. A POST or PUT is sent
+/// once, on a fresh connection, and again only for a redirect with status 307 or 308. Other requests share
+/// connections, and a GET may be repeated. libcurl takes proxies from the environment; loopback hosts are
+/// always reached directly.
 ///
-/// Errors are `PlatformError`s of the domain "CURL" whose code is libcurl's (a `CURLcode`), also where the
-/// session itself ends a request: plain http or another scheme (1), a request that cannot be sent as it is
-/// (3, 43), a reply with two lengths (8) or cut off in its header (18), no progress (28), a closed session
-/// (42), too many redirects or one to another origin (47), a reply that is too large, or its header larger
-/// than 256 KiB (63), a POST or PUT that would have to be sent again (65). Their texts hold nothing of a
-/// body, a header's value, a path or a query.
+/// Errors are `PlatformError`s of the domain "CURL" with a `CURLcode` as their code. The session itself also
+/// ends requests with these codes: 1 for plain http or another scheme, 3 and 43 for a request that cannot be
+/// sent as it is, 8 for a reply that declares two lengths, 18 for a reply cut off in its header, 28 for no
+/// progress, 42 for a closed session, 47 for too many redirects or a POST or PUT redirected to another
+/// origin, 63 for a reply that is too large or has a header of more than 256 KiB, and 65 for a POST or PUT
+/// that would have to be sent again. Error texts contain no part of a body, header value, path or query.
 class CurlURLSession : public URLSession {
  public:
-  /// Throws a `PlatformError` when libcurl cannot be initialised, the process is out of descriptors, or
+  /// Throws a `PlatformError` if libcurl cannot be initialised, the process is out of file descriptors, or
   /// `certificates` cannot be read.
   explicit CurlURLSession(const CurlOptions& options = {});
 
-  /// Ends what is in flight: those completions hear of a closed session before the destructor returns. May
-  /// wait for a completion that is running; when called by one, it does not wait, and the others hear later.
+  /// Ends all requests in flight: their completions receive the error of a closed session before the
+  /// destructor returns. Waits for a completion that is running. If a completion calls the destructor, it
+  /// does not wait, and the remaining completions are called later.
   ~CurlURLSession() override;
 
   void run(URLRequest request, Completion completion) override;

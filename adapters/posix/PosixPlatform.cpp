@@ -29,7 +29,7 @@ fs::path home() {
 
 fs::path dataFolder() {
   const char* const folder = std::getenv("XDG_DATA_HOME");
-  if (folder && fs::path(folder).is_absolute()) return folder;  // a relative one is to be ignored
+  if (folder && fs::path(folder).is_absolute()) return folder;  // the XDG rules say to ignore relative paths
   return home() / ".local" / "share";
 }
 
@@ -37,7 +37,7 @@ fs::path programName() {
 #if defined(__linux__)
   std::error_code error;
   std::string program = fs::read_symlink("/proc/self/exe", error).filename().string();
-  constexpr std::string_view replaced = " (deleted)";  // as by an update while the program runs
+  constexpr std::string_view replaced = " (deleted)";  // appended after an update replaced the program
   if (program.ends_with(replaced)) program.resize(program.size() - replaced.size());
   return program.empty() ? "TalvoConsentSDK" : program;
 #else

@@ -13,15 +13,15 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Where an application's consents are kept unless it says otherwise: "consent.sqlite" in a folder that is
-/// named after the running program, inside XDG_DATA_HOME or else ".local/share" of the home folder. Nothing
-/// is created. Throws a `PlatformError` when the person has no home folder either.
+/// The default path of an application's consent store: "consent.sqlite" in a folder named after the running
+/// program, inside XDG_DATA_HOME or, if that is not set, in ".local/share" of the home folder. Creates
+/// nothing. Throws a `PlatformError` if neither XDG_DATA_HOME nor a home folder exists.
 TALVO_EXPORT std::filesystem::path defaultStoreFile();
 
-/// HTTP through libcurl, consents in the SQLite file `store`, threads for work and for callbacks, lines on
-/// standard output,
-/// and `mainQueue` as the main actor, which the host's main loop drains. There are no windows. Throws what
-/// `CurlURLSession` throws; a store that cannot be opened fails its own operations only.
+/// Makes a platform with HTTP through libcurl, consents in the SQLite file `store`, one thread for work and
+/// one for callbacks, and lines printed to standard output. `mainQueue` is the main actor; the host's main
+/// loop must drain it. There are no windows. Throws what `CurlURLSession` throws. A store that cannot be
+/// opened does not throw here; only its own operations fail.
 ///
 ///     const auto mainQueue = std::make_shared<MainQueue>();
 ///     Platform::install(makePosixPlatform(mainQueue));

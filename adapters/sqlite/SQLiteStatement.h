@@ -1,6 +1,6 @@
 #pragma once
 
-// SQLite's C interface with its failures as exceptions, as far as the store needs it. Not installed.
+// Wraps the part of SQLite's C interface that the store needs; failures become exceptions. Not installed.
 
 #include <cstddef>
 #include <memory>
@@ -51,7 +51,7 @@ class SQLiteStatement {
     statement_.reset(prepared);
   }
 
-  /// Runs it with its parameters in order, and calls `eachRow` with no argument on each row.
+  /// Runs the statement with its parameters in order and calls `eachRow()` on each row.
   template <class EachRow, class... Parameters>
   void forEachRow(const EachRow& eachRow, const Parameters&... parameters) {
     const Reset reset{statement_.get()};
@@ -62,7 +62,8 @@ class SQLiteStatement {
     if (code != SQLITE_DONE) throw lastFailure(sqlite3_db_handle(statement_.get()));
   }
 
-  /// Runs it with its parameters in order; gives the first column of the last row, if there is a row.
+  /// Runs the statement with its parameters in order. Returns the first column of the last row, or nothing if
+  /// there are no rows.
   template <class... Parameters>
   std::optional<std::string> run(const Parameters&... parameters) {
     std::optional<std::string> value;
@@ -108,7 +109,7 @@ inline void execute(const SQLiteHandle& connection, const std::string& sql) {
   }
 }
 
-/// Takes the write lock; rolls back unless it was committed.
+/// Takes the write lock, and rolls back on destruction unless committed.
 class SQLiteTransaction {
  public:
   explicit SQLiteTransaction(const SQLiteHandle& connection) : connection_(connection) {

@@ -22,13 +22,13 @@ namespace fs = std::filesystem;
 
 constexpr int maxAttempts = 8;
 
-// Keeps the store where it is when the process changes its working directory.
-fs::path anchored(const fs::path& file) {
-  std::error_code error;  // leaves an empty path, which no operation can open
+// Makes the path absolute, so that the store stays the same when the process changes its working directory.
+fs::path absolutePath(const fs::path& file) {
+  std::error_code error;  // on failure the path is empty, and every operation fails to open it
   return fs::absolute(file, error);
 }
 
-// Prints at the end of its life.
+// Prints when destroyed.
 struct SetAsideNotice {
   fs::path name;
   ~SetAsideNotice() {
@@ -38,7 +38,7 @@ struct SetAsideNotice {
 
 }  // namespace
 
-// One operation at a time, on the store that the path leads to.
+// Runs one operation at a time on the store that the path leads to.
 struct SQLiteUserDefaults::Access {
   enum class Kind { reading, change };
   using Operation = std::function<void(StoreConnection&)>;
@@ -66,14 +66,14 @@ struct SQLiteUserDefaults::Access {
   const std::chrono::milliseconds busyTimeout;
   std::timed_mutex lock{};
   std::unique_ptr<StoreConnection> current{};  // null until the first operation, and after a failed one
-  std::unique_ptr<StoreConnection> lost{};     // to a file that the path leads to no more
+  std::unique_ptr<StoreConnection> lost{};     // to a file that the path no longer leads to
 };
 
-// Damage counts only when a fresh connection finds it, too, while nobody else can set the file aside: others
-// may have done so already.
+// A file is set aside only if a new connection also finds it damaged, while holding the folder's lock
+// exclusively: another thread or process may already have set the damaged file aside.
 void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
   const StoreWaitEnd end = deadlineAfter(StoreDeadline::remaining(busyTimeout));
-  SetAsideNotice notice;  // given once the lock is free: the printer is the host's
+  SetAsideNotice notice;  // printed after the lock is released, because the host provides the printer
   const std::unique_lock guard(lock, end);
   if (!guard) throw storeFailure(SQLITE_BUSY);
   std::optional<FolderLock> alone;
@@ -104,16 +104,16 @@ void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
       alone.reset();
     }
   }
-  throw storeFailure(SQLITE_BUSY, "the file is being replaced again and again");
+  throw storeFailure(SQLITE_BUSY, "the file keeps being replaced");
 }
 
-// Makes `current` a connection to what the path leads to, and `isDone` false when the change that was made is
-// not in there.
+// Makes `current` a connection to the file that the path leads to. Sets `isDone` to false if that file lacks
+// the change that was made.
 //
-// Values of a file that was deleted or set aside under this process go into the new one as long as that holds
-// none, not only those of the change at hand: a choice that a person made is not undone by somebody who
-// tidies up files. A store that holds values already rules, since they may be newer decisions, and what is
-// missing there may have been removed on purpose.
+// If the file was deleted or set aside while this process had it open, all its values are copied to the new
+// file, not only those of the current change, as long as the new file holds no values: tidying up files must
+// not undo a user's choice. If the new file already holds values, it is left as it is: the values may be
+// newer decisions, and a missing value may have been removed on purpose.
 void SQLiteUserDefaults::Access::connect(StoreWaitEnd end, bool isAlone, bool& isDone) {
   if (current) current->waitUntil(end);
   if (current && current->isInPlace()) return;
@@ -123,23 +123,23 @@ void SQLiteUserDefaults::Access::connect(StoreWaitEnd end, bool isAlone, bool& i
   if (!isAlone)
     opening.emplace(folder, current ? FolderLock::Kind::exclusive : FolderLock::Kind::shared, end);
   if (current && current->fileIsInPlace()) {
-    isDone = current->bringLogHome() && isDone;
+    isDone = current->moveLogToFile() && isDone;
     current = nullptr;
   } else if (current) {
-    current->leaveBehind();
+    current->deleteOldLog();
     lost = std::move(current);
   }
   auto opened = std::make_unique<StoreConnection>(file, end);
   if (lost) {
     lost->waitUntil(end);
-    isDone = opened->takeOver(*lost) && isDone;
+    isDone = opened->copyValuesFrom(*lost) && isDone;
   }
   lost = nullptr;
   current = std::move(opened);
 }
 
 SQLiteUserDefaults::SQLiteUserDefaults(const fs::path& file, std::chrono::milliseconds busyTimeout)
-    : access_(new Access{anchored(file), busyTimeout}) {}
+    : access_(new Access{absolutePath(file), busyTimeout}) {}
 
 SQLiteUserDefaults::~SQLiteUserDefaults() = default;
 

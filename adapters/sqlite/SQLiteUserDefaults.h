@@ -1,6 +1,6 @@
 #pragma once
 
-// The device store in one SQLite file.
+// A device store in one SQLite file.
 
 #include <chrono>
 #include <filesystem>
@@ -12,26 +12,26 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Keeps values in a file that several objects and processes may share; every operation is one transaction,
-/// on the disk when it returns. The file is opened by the first operation, which takes a millisecond or two,
-/// and can only be read and written by the person it belongs to. Keys and values may hold any bytes. Not for
-/// network file systems or files with hard links, and not to be carried across a `fork`.
+/// Keeps values in a file that several objects and processes may share. Every operation is one transaction,
+/// which is on the disk when the operation returns. The first operation opens the file, which takes a
+/// millisecond or two. Only the file's owner can read and write it. Keys and values may hold any bytes. Does
+/// not support network file systems, files with hard links, or use of the same object across a `fork`.
 ///
-/// The path is looked at before and after each change, and before each reading. When it has come to lead to
-/// another file, or the journal beside it was taken away, the operation goes on with what stands there now,
-/// and a store without values there gets those of the lost file. What is removed, and a string that another
-/// one replaces, is wiped out of the file and its journal before the operation returns or, when others use
-/// the file just then or the disk is full, by the next change that can.
+/// The path is checked before each read, and before and after each change. If it now leads to another file,
+/// or the journal beside it was removed, the operation continues with the file that is there now; if that
+/// file holds no values, the values of the lost file are copied to it. A removed value, and a string that
+/// another string replaces, is wiped from the file and its journal before the operation returns. If others
+/// are using the file at that moment, or the disk is full, a later change wipes it.
 ///
-/// A failure is a `PlatformError` of domain "SQLite" with SQLite's extended result code and a text that names
-/// the file and never holds a value. After one, the next operation opens the file again, so a disk that comes
-/// back is used again. A file that turns out damaged is renamed to "NAME.damaged-N", one line is printed, and
-/// the operation goes on with a new, empty file.
+/// A failure is a `PlatformError` of the domain "SQLite" with SQLite's extended result code. Its text names
+/// the file and never contains a value. After a failure, the next operation opens the file again, so the
+/// store recovers once the disk does. A damaged file is renamed to "NAME.damaged-N", one line is printed, and
+/// the operation continues with a new, empty file.
 class SQLiteUserDefaults : public UserDefaults {
  public:
-  /// `file` and its folder are created when they are missing; it may be a symbolic link. Its path, with links
-  /// followed, has at most 500 bytes. An operation fails once it has waited for other threads and connections
-  /// for `busyTimeout` or, when that is sooner, until the calling thread's `StoreDeadline`.
+  /// Creates `file` and its folder if they are missing. `file` may be a symbolic link; with links followed,
+  /// its path may have at most 500 bytes. An operation fails once it has waited for other threads and
+  /// connections for `busyTimeout`, or until the calling thread's `StoreDeadline` if that is sooner.
   explicit SQLiteUserDefaults(const std::filesystem::path& file,
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;
@@ -44,7 +44,7 @@ class SQLiteUserDefaults : public UserDefaults {
   Result<void> remove(std::string_view key) override;
   Result<void> commit(const std::vector<StoreChange>& changes) override;
 
-  /// Does nothing: what has been set or removed already is durable.
+  /// Does nothing, because every change is already on the disk.
   Result<void> synchronize() override { return {}; }
 
  private:

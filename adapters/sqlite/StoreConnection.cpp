@@ -19,12 +19,12 @@ using std::chrono::steady_clock;
 
 constexpr const char* schemaVersion = "1";
 
-// The file's application id tells whether values were removed that may still stand in its free space or in
-// its log: this number when there are none, and any other when they have to be wiped out. It counts up with
-// each removal. Files that were written by versions that did not know of it have 0.
+// The file's application id says whether removed values may remain in its free space or its log. This number
+// means that there are none; any other number means that the file must be wiped. Each removal increments it.
+// Files written by versions that did not use the id have 0.
 constexpr std::int64_t wiped = 0x54616C76;
 
-// How long a change that is already durable waits for others in order to wipe.
+// How long a change that is already on the disk may wait for other connections in order to wipe.
 constexpr milliseconds wipingWait{50};
 
 int waitForOthers(void* end, int attempt) {
@@ -35,8 +35,8 @@ int waitForOthers(void* end, int attempt) {
   return 1;
 }
 
-// Beside a writer that stands still while it publishes a change, SQLite sleeps for ten seconds in all without
-// asking the busy handler. So its sleep ends, too, when the calling thread's operation may wait no longer.
+// If a writer stops while it is publishing a change, SQLite sleeps for ten seconds in total without calling
+// the busy handler. So these sleeps also end at the deadline of the calling thread's operation.
 thread_local StoreWaitEnd sleepsEnd;
 
 const char* fileSystem() {
@@ -67,7 +67,7 @@ SQLiteHandle opened(const fs::path& file, const StoreWaitEnd& end) {
   return handle;
 }
 
-// Whether closing moves what is in the write-ahead log to the file.
+// Sets whether closing moves the content of the write-ahead log to the file.
 void setMovesLogOnClose(const SQLiteHandle& connection, bool moves) {
   sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, moves ? 0 : 1, nullptr);
 }
@@ -76,7 +76,7 @@ std::int64_t number(const SQLiteHandle& connection, const char* sql) {
   return std::stoll(SQLiteStatement(connection, sql).run().value_or("0"));
 }
 
-// A file that SQLite has open; nothing when it has not opened it.
+// A file that SQLite has open. If SQLite has not opened it, it counts as empty.
 class OpenFile {
  public:
   OpenFile(const SQLiteHandle& connection, int which) {
@@ -90,7 +90,7 @@ class OpenFile {
     return size;
   }
 
-  // False where the file ends before.
+  // Returns false if the file ends before that.
   template <std::size_t count>
   bool read(std::int64_t at, std::array<unsigned char, count>& bytes) const {
     const int code = file_ ? file_->pMethods->xRead(file_, bytes.data(), count, at) : SQLITE_IOERR_SHORT_READ;
@@ -106,9 +106,9 @@ class OpenFile {
   sqlite3_file* file_ = nullptr;
 };
 
-// The pages that stand in the write-ahead log, as its file format has it: a header of 32 bytes, and before
-// each page one of 24 that begins with the page's number. Both hold the same salt; from the first page on
-// that has another one, what follows is of old.
+// The numbers of the pages in the write-ahead log. The format is a header of 32 bytes, and before each page a
+// header of 24 bytes that begins with the page's number. All headers hold the same salt; the first page with
+// another salt, and everything after it, is left over from earlier.
 std::set<std::int64_t> pagesIn(const OpenFile& log, std::int64_t pageSize) {
   std::set<std::int64_t> pages;
   std::array<unsigned char, 32> head{};
@@ -124,10 +124,11 @@ std::set<std::int64_t> pagesIn(const OpenFile& log, std::int64_t pageSize) {
   return pages;
 }
 
-// SQLite notices when whole pages are missing at the end of the file. What is missing of the last page, or
-// behind a write-ahead log, it takes for zeros. The transaction keeps other processes from moving pages out
-// of the log, and from shortening the file, between one look and the next. The looks go through the
-// descriptors that SQLite has open: a path may lead elsewhere, and a process may have no descriptor left.
+// SQLite notices if whole pages are missing at the end of the file. But it reads zeros where part of the last
+// page is missing, or where pages are missing and there is a write-ahead log. The transaction keeps other
+// processes from moving pages out of the log, and from shortening the file, between these checks. The checks
+// use the descriptors that SQLite has open: the path may lead elsewhere by now, and the process may have no
+// descriptors left.
 void requireAllPages(const SQLiteHandle& connection) {
   execute(connection, "BEGIN");
   const std::int64_t count = number(connection, "PRAGMA page_count");
@@ -142,7 +143,7 @@ void requireAllPages(const SQLiteHandle& connection) {
   execute(connection, "COMMIT");
 }
 
-// The switch needs the file alone for a moment and, unlike anything else, does not wait for it by itself.
+// The switch briefly needs exclusive access to the file and, unlike other statements, does not wait for it.
 void useWriteAheadLog(const SQLiteHandle& connection, const StoreWaitEnd& end) {
   for (;; std::this_thread::sleep_for(milliseconds(1))) {
     try {
@@ -175,20 +176,20 @@ void createTable(const SQLiteHandle& connection) {
 }
 
 PlatformError noFile() {
-  return storeFailure(SQLITE_CANTOPEN, "the path names no file");
+  return storeFailure(SQLITE_CANTOPEN, "the path does not name a file");
 }
 
-// SQLite throws away a log beside an empty file, though it may hold what was saved last.
+// SQLite discards a log beside an empty file, although the log may hold the latest changes.
 void requireFileOfLog(const fs::path& file) {
   if (sizeOf(fs::path(file) += "-wal") > 0 && sizeOf(file) == 0) throw storeFailure(SQLITE_CORRUPT);
 }
 
 SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
-  if (file.native().find('\0') != file.native().npos) throw noFile();  // the system would read up to there
-  makeOwnersFile(file);
+  if (file.native().find('\0') != file.native().npos) throw noFile();  // the system would cut the path there
+  makePrivateFile(file);
   requireFileOfLog(file);
   SQLiteHandle handle = opened(file, end);
-  setMovesLogOnClose(handle, false);  // a damaged file is left as it was found
+  setMovesLogOnClose(handle, false);  // leave a damaged file as it was found
   const std::string version = SQLiteStatement(handle, "PRAGMA user_version").run().value_or("");
   if (version != "0" && version != schemaVersion) {
     throw storeFailure(SQLITE_ERROR, "unknown schema version " + version);
@@ -221,7 +222,7 @@ StoreConnection::StoreConnection(const fs::path& named, StoreWaitEnd end)
   if (!isMoved && identityOf(named_)) return;
   abandon();
   throw isMoved ? storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened")
-                : noFile();  // the path may end in a slash
+                : noFile();  // e.g. if the path ends in a slash
 }
 
 void StoreConnection::waitUntil(StoreWaitEnd end) {
@@ -229,12 +230,13 @@ void StoreConnection::waitUntil(StoreWaitEnd end) {
   sleepsEnd = end;
 }
 
-// Closing deletes the log by its name, so no other process may be setting the file aside meanwhile.
+// Closing deletes the log by name, so hold the folder's lock: no other process may set the file aside
+// meanwhile.
 StoreConnection::~StoreConnection() {
   if (isAbandoned_) return;
   try {
     closing_.emplace(file_.parent_path(), FolderLock::Kind::shared, steady_clock::now());
-    if (!isInPlace()) bringLogHome();
+    if (!isInPlace()) moveLogToFile();
   } catch (const PlatformError&) {
     abandon();
   }
@@ -254,8 +256,8 @@ void StoreConnection::commit(const std::vector<StoreChange>& changes) {
   commit(transaction, make(changes));
 }
 
-// Tells whether something must be wiped: a value that was removed, or a text that another one replaces, as
-// the name of one user does that of another.
+// Makes the changes. Returns whether something must be wiped: a removed value, or a string that was replaced
+// by another one, such as the name of one user by that of another.
 bool StoreConnection::make(const std::vector<StoreChange>& changes) {
   bool mustWipe = false;
   for (const auto& [name, value] : changes) {
@@ -298,8 +300,9 @@ std::int64_t StoreConnection::wipingOwed() {
   return std::stoll(wipingOwed_.run().value_or("0"));
 }
 
-// SQLite's secure_delete is not enough: it leaves copies of values in pages that were split, and what earlier
-// versions left. So the file is written anew, and then the log, which still has the old pages, is emptied.
+// SQLite's secure_delete is not enough: it misses copies of values in pages that were split, and values left
+// behind by earlier versions. So this rewrites the file and then empties the log, which still holds the old
+// pages.
 void StoreConnection::wipeIfOwed() {
   if (!std::exchange(owesWiping_, false)) return;
   waitUntil(std::min(waitEnd_, steady_clock::now() + wipingWait));
@@ -310,7 +313,8 @@ void StoreConnection::wipeIfOwed() {
     SQLiteTransaction transaction(handle_);
     if (wipingOwed() == owed) setWipingOwed(handle_, wiped);
     transaction.commit();
-  } catch (const PlatformError&) {  // what was asked for is durable, and the file says what it owes
+  } catch (const PlatformError&) {
+    // The change itself is on the disk, and the file records that it must still be wiped.
   }
 }
 
@@ -322,7 +326,7 @@ bool StoreConnection::fileIsInPlace() const {
   return identity_ && identity_ == identityOf(named_);
 }
 
-bool StoreConnection::bringLogHome() {
+bool StoreConnection::moveLogToFile() {
   abandon();
   const bool hasNewLog = sizeOf(log()) > 0;
   if (!fileIsInPlace() || hasNewLog) return false;
@@ -330,15 +334,15 @@ bool StoreConnection::bringLogHome() {
   return true;
 }
 
-void StoreConnection::leaveBehind() {
+void StoreConnection::deleteOldLog() {
   abandon();
-  if (identityOf(file_) == identity_) return;  // only a link has changed
+  if (identityOf(file_) == identity_) return;  // only a symbolic link has changed
   std::error_code isMissing;
   if (log_ == identityOf(log())) fs::remove(log(), isMissing);
   if (index_ == identityOf(index())) fs::remove(index(), isMissing);
 }
 
-bool StoreConnection::takeOver(StoreConnection& other) {
+bool StoreConnection::copyValuesFrom(StoreConnection& other) {
   std::vector<StoreChange> values;
   try {
     SQLiteStatement all(other.handle_, "SELECT key, value, isData FROM defaults");
@@ -349,7 +353,7 @@ bool StoreConnection::takeOver(StoreConnection& other) {
         values.emplace_back(all.column(0), all.column(1));
       }
     });
-  } catch (const PlatformError&) {  // then nobody can read it any more
+  } catch (const PlatformError&) {  // the old file can no longer be read
     return false;
   }
   SQLiteTransaction transaction(handle_);

@@ -1,7 +1,7 @@
 #pragma once
 
-// One opened store: the only place that knows its schema and what SQLite has to be told. It belongs to one
-// thread at a time; what fails is thrown as a PlatformError. Not installed.
+// One open store. Only this class knows the schema and configures SQLite. Use it on one thread at a time;
+// failures are thrown as a PlatformError. Not installed.
 
 #include <cstdint>
 #include <filesystem>
@@ -19,43 +19,44 @@ namespace TalvoConsentSDK {
 
 class StoreConnection {
  public:
-  /// Opens and checks the file that `named` leads to, and creates it when it is missing. Unless the thread
-  /// has set out to set the file aside, hold the lock of the file's folder.
+  /// Opens and checks the file that `named` leads to, and creates it if it is missing. Hold the lock of the
+  /// file's folder, in either mode.
   StoreConnection(const std::filesystem::path& named, StoreWaitEnd end);
 
-  /// Moves the write-ahead log's content to the file when nobody else has it open.
+  /// Moves the write-ahead log's content to the file if no other connection has it open.
   ~StoreConnection();
   StoreConnection(const StoreConnection&) = delete;
 
-  /// From now on nothing that the calling thread does waits for other connections beyond `end`.
+  /// From now on, operations of the calling thread wait for other connections until `end` at most.
   void waitUntil(StoreWaitEnd end);
 
   std::optional<std::string> read(std::string_view key, bool isData);
   void commit(const std::vector<StoreChange>& changes);
   bool replace(std::string_view key, const std::optional<Data>& expected, const Data& value);
 
-  /// Wipes removed values out of the files if the last change found or left any there. What keeps it from
-  /// that, such as another process that reads, leaves it to the next change, whichever connection makes it.
+  /// Wipes removed values from the files if the last change found or left any there. If it cannot, for
+  /// example because another process is reading, the next change by any connection tries again.
   void wipeIfOwed();
 
-  /// Whether the path still leads to the files that this connection has open.
+  /// Whether the path still leads to the files that this connection has open: the database, its log and the
+  /// log's index, or the database only.
   bool isInPlace() const;
   bool fileIsInPlace() const;
 
-  /// When somebody took the write-ahead log from beside the file: moves what is in it to the file, which is
-  /// right unless somebody else has begun a new log meanwhile. Tells whether it did.
-  /// Hold the lock of the file's folder.
-  bool bringLogHome();
+  /// Call this when the write-ahead log was deleted or moved away while the file is still in place. Moves the
+  /// log's content to the file, unless another connection has begun a new log meanwhile, and returns whether
+  /// it did. Hold the lock of the file's folder.
+  bool moveLogToFile();
 
-  /// When the path leads to another file: takes away the log that still stands there, which SQLite would take
-  /// for the other file's. This connection goes on with it.
-  void leaveBehind();
+  /// Call this when the path leads to another file. Deletes this connection's log at the old path, because
+  /// SQLite would take it as the log of the other file. This connection keeps using the deleted log.
+  void deleteOldLog();
 
-  /// Fills this store from another, as one step, if it holds no value yet. Tells whether it then holds what
-  /// the other does.
-  bool takeOver(StoreConnection& other);
+  /// Copies all values of another store to this one in one transaction, if this one holds no values yet.
+  /// Returns whether it copied them.
+  bool copyValuesFrom(StoreConnection& other);
 
-  /// Leaves files and log as they are from now on.
+  /// From now on, closing the connection leaves the file and its log as they are.
   void abandon();
 
  private:

@@ -21,7 +21,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The file's own name comes last: its side files must never be found beside the next file of that name.
+// The file itself comes last, so that its side files are never found beside a new file of the same name.
 constexpr std::array sideFilesAndFile{"-journal", "-wal", "-shm", ""};
 
 fs::path sibling(const fs::path& file, const char* suffix) {
@@ -33,7 +33,8 @@ fs::path sibling(const fs::path& file, const char* suffix) {
   throw storeFailure(SQLITE_CANTOPEN, sqlite3_errstr(SQLITE_CANTOPEN) + (": " + text));
 }
 
-// With words of 32 bits, the standard library's function overlooks a link whose number or time has more.
+// In 32-bit builds, the standard library's function misses links whose inode number or time needs more than
+// 32 bits.
 std::optional<fs::path> linkTarget(const fs::path& path) {
   std::array<char, PATH_MAX> target{};
   const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
@@ -53,7 +54,7 @@ fs::path withoutLinks(const fs::path& path, int& linksLeft) {
   return withoutLinks(folder / *target, linksLeft);
 }
 
-bool isTaken(const fs::path& path) {
+bool pathExists(const fs::path& path) {
   struct stat status{};
   return ::lstat(path.c_str(), &status) == 0;
 }
@@ -71,9 +72,9 @@ void makeFolder(const fs::path& folder) {
   ::mkdir(folder.c_str(), S_IRWXU);
 }
 
-// A process that closes any descriptor of a file loses its locks on it. So this opens only a file that did
-// not exist, and nobody else in the process can open that one before it is closed again.
-void makeOwnersFile(const fs::path& file) {
+// A process that closes any descriptor of a file loses all its locks on that file. So this opens the file
+// only if it did not exist, and the mutex keeps other threads from opening it before it is closed again.
+void makePrivateFile(const fs::path& file) {
   static constinit std::mutex lock;
   const std::scoped_lock guard(lock);
   const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
@@ -82,7 +83,7 @@ void makeOwnersFile(const fs::path& file) {
   } else if (errno != EEXIST) {
     cannotOpen(errno);
   }
-  // SQLite gives side files that it creates the mode of the file.
+  // SQLite creates side files with the same mode as the file; this fixes those that already exist.
   for (const char* suffix : sideFilesAndFile) {
     const fs::path each = sibling(file, suffix);
     struct stat status{};
@@ -118,7 +119,7 @@ FolderLock::FolderLock(const fs::path& folder, Kind kind, StoreWaitEnd end)
   }
 }
 
-// Closing alone would leave the lock to a child that was forked meanwhile.
+// Closing alone would leave the lock held by a child process forked meanwhile.
 FolderLock::~FolderLock() {
   if (!isHeld()) return;
   ::flock(descriptor_, LOCK_UN);
@@ -129,12 +130,12 @@ std::optional<fs::path> setAside(const fs::path& file) {
   fs::path name;
   for (int n = 1; name.empty(); ++n) {
     const fs::path candidate = sibling(file, (".damaged-" + std::to_string(n)).c_str());
-    const auto isTakenWith = [&](const char* suffix) { return isTaken(sibling(candidate, suffix)); };
-    if (std::ranges::none_of(sideFilesAndFile, isTakenWith)) name = candidate;
+    const auto isUsedWith = [&](const char* suffix) { return pathExists(sibling(candidate, suffix)); };
+    if (std::ranges::none_of(sideFilesAndFile, isUsedWith)) name = candidate;
   }
   for (const char* suffix : sideFilesAndFile) {
     const fs::path each = sibling(file, suffix);
-    if (isTaken(each) && ::rename(each.c_str(), sibling(name, suffix).c_str()) != 0) return std::nullopt;
+    if (pathExists(each) && ::rename(each.c_str(), sibling(name, suffix).c_str()) != 0) return std::nullopt;
   }
   return name;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-// The files of a store as the file system sees them: where they are, whose they are, which ones they are, and
-// how a damaged one gets out of the way. What is in them is StoreConnection's business. Not installed.
+// The files of a store in the file system: paths, permissions, identity, and setting a damaged file aside.
+// StoreConnection handles their content. Not installed.
 
 #include <array>
 #include <chrono>
@@ -14,34 +14,35 @@
 
 namespace TalvoConsentSDK {
 
-/// When a thread gives up waiting.
+/// The time at which a thread gives up waiting.
 using StoreWaitEnd = std::chrono::steady_clock::time_point;
 
-/// Where `file` is once every symbolic link on the way has been followed, also those whose target is missing.
-/// SQLite keeps the side files there.
+/// The path of `file` with every symbolic link followed, including links whose target is missing. SQLite
+/// keeps the side files there.
 std::filesystem::path withoutLinks(const std::filesystem::path& file);
 
-/// Creates the folders that are missing, for their owner alone.
+/// Creates missing folders with access for their owner only.
 void makeFolder(const std::filesystem::path& folder);
 
-/// Creates the file when it is missing, and takes everybody's but its owner's rights to it and its side
-/// files.
-void makeOwnersFile(const std::filesystem::path& file);
+/// Creates the file if it is missing, and restricts access to it and its side files to its owner.
+void makePrivateFile(const std::filesystem::path& file);
 
-/// Which file stands at a path, as device and inode; nothing when none does or it cannot be looked at.
+/// The device and inode of the file at a path; nothing if there is none or it cannot be examined.
 using FileIdentity = std::optional<std::pair<dev_t, ino_t>>;
 FileIdentity identityOf(const std::filesystem::path& file);
 
-/// In bytes; nothing, which is less than any size, where there is no file or it cannot be looked at.
+/// The file's size in bytes; nothing, which compares less than any size, if there is no file or it cannot be
+/// examined.
 std::optional<std::int64_t> sizeOf(const std::filesystem::path& file);
 
-/// Keeps processes and threads that open or close a store in a folder (shared) apart from one that sets a
-/// store of that folder aside (exclusive). It leaves no file behind and ends with its process.
+/// A lock on the folder of a store. Opening or closing a store takes it shared; setting a store aside takes
+/// it exclusively. It works across threads and processes, needs no lock file, and ends with its process.
 class FolderLock {
  public:
   enum class Kind { shared, exclusive };
 
-  /// Waits until `end`, then throws SQLITE_BUSY. A folder that cannot be locked is not: see `isHeld`.
+  /// Waits for the lock until `end`, then throws SQLITE_BUSY. If the folder cannot be locked at all, `isHeld`
+  /// returns false.
   FolderLock(const std::filesystem::path& folder, Kind kind, StoreWaitEnd end);
   ~FolderLock();
   FolderLock(const FolderLock&) = delete;
@@ -52,8 +53,8 @@ class FolderLock {
   int descriptor_;
 };
 
-/// Renames the file and its side files to a name that was free, which it returns; nothing when that is not
-/// possible. Hold the folder's lock exclusively.
+/// Renames the file and its side files to a free name and returns that name, or nothing if a rename fails.
+/// Hold the folder's lock exclusively.
 std::optional<std::filesystem::path> setAside(const std::filesystem::path& file);
 
 }  // namespace TalvoConsentSDK

@@ -22,7 +22,7 @@ struct BackgroundThread::Queue {
       jobs.pop_front();
       guard.unlock();
       callHost(job);
-      job = nullptr;  // what it holds is released outside the lock
+      job = nullptr;  // release what the job holds outside the lock
       guard.lock();
     }
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The background executor of the ready-made platforms.
+// The background executor of the platforms that the SDK provides.
 
 #include <memory>
 #include <mutex>
@@ -12,8 +12,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Runs jobs one after another on a thread that starts with the first one. Jobs still waiting when the
-/// executor is destroyed or the process exits are dropped.
+/// Runs jobs one after another on its own thread, which starts with the first job. Drops the jobs that are
+/// still waiting when the executor is destroyed or the process exits.
 class BackgroundThread : public Executor {
  public:
   BackgroundThread();

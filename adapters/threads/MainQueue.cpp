@@ -20,7 +20,8 @@ void MainQueue::post(std::function<void()> job) {
 
 std::size_t MainQueue::drain() {
   std::unique_lock guard(lock_);
-  // A job may drain as well: what it takes from the queue is not there for this call any more.
+  // A job may call `drain` too. So the end is a count of all jobs ever taken, including those that the nested
+  // call takes.
   const std::size_t end = taken_ + jobs_.size();
   std::size_t count = 0;
   for (; taken_ < end; ++count) {
@@ -29,7 +30,7 @@ std::size_t MainQueue::drain() {
     ++taken_;
     guard.unlock();
     callHost(job);
-    job = nullptr;  // what it holds is released outside the lock
+    job = nullptr;  // release what the job holds outside the lock
     guard.lock();
   }
   return count;

@@ -1,6 +1,6 @@
 #pragma once
 
-// The main actor of hosts that run a main loop of their own.
+// The main actor for hosts that run their own main loop.
 
 #include <chrono>
 #include <condition_variable>
@@ -17,19 +17,20 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Keeps jobs until the host's main loop drains them.
 class MainQueue : public Executor {
  public:
-  /// `wake` tells the host's loop that there is something to drain; called after every post, on the posting
-  /// thread, and must not call into the library. What it throws is contained. A loop that polls or uses
-  /// `wait` needs none.
+  /// `wake` notifies the host's loop that there are jobs to drain. It is called after every post, on the
+  /// posting thread, and must not call into the library. Exceptions from it are caught. A loop that polls or
+  /// uses `wait` does not need it.
   explicit MainQueue(std::function<void()> wake = nullptr);
 
   void post(std::function<void()> job) override;
 
-  /// Runs the jobs posted so far, on the calling thread, which must be the main one; tells how many. What
-  /// they post in turn waits for the next call, so that a loop never starves. A job that runs a loop of its
-  /// own may call it: the jobs behind it then run in their order.
+  /// Runs the jobs posted so far on the calling thread, which must be the main thread, and returns how many
+  /// it ran. Jobs posted meanwhile wait for the next call, so that a loop never starves. A job that runs a
+  /// nested loop may call `drain`: the jobs behind it then run in order.
   std::size_t drain();
 
-  /// Waits until there is something to drain, at most `limit` or a year; tells whether there is.
+  /// Waits until there are jobs to drain, for at most `limit` and never longer than a year. Returns whether
+  /// there are any.
   bool wait(std::chrono::milliseconds limit);
 
  private:
@@ -37,7 +38,7 @@ class MainQueue : public Executor {
   std::mutex lock_;
   std::condition_variable changed_;
   std::deque<std::function<void()>> jobs_;
-  std::size_t taken_ = 0;  // how many jobs have left the queue
+  std::size_t taken_ = 0;  // number of jobs that have left the queue
 };
 
 }  // namespace TalvoConsentSDK

@@ -17,31 +17,31 @@ struct ParkedThread::Shared {
   const pid_t process = getpid();
   std::function<void()> wake;
   std::atomic<bool> stop = false;
-  std::thread thread;  // taken by whoever joins it
+  std::thread thread;  // moved out by the caller that joins it
   std::thread::id id;
   std::mutex lock;
   std::condition_variable changed;
   bool ended = false;
 
-  // A forked child has neither the thread nor a use for its locks, which stay as they were.
+  // A forked child does not have the thread, and must not take its locks: they may be held there forever.
   bool isElsewhere() const { return process != getpid(); }
 
   void park() {
-    constexpr std::chrono::milliseconds patience(250);
+    constexpr std::chrono::milliseconds exitWait(250);
     if (isElsewhere()) return;
     stop = true;
     wake();
     std::unique_lock guard(lock);
-    if (std::this_thread::get_id() == id) return;  // the host calls exit() in one of our callbacks
-    if (!changed.wait_for(guard, patience, [this] { return ended; })) return;
+    if (std::this_thread::get_id() == id) return;  // the host called exit() in one of our callbacks
+    if (!changed.wait_for(guard, exitWait, [this] { return ended; })) return;
     std::thread taken = std::move(thread);
     guard.unlock();
-    if (taken.joinable()) taken.join();  // what libraries keep for each thread has to go before they do
+    if (taken.joinable()) taken.join();  // libraries release per-thread data before they shut down
   }
 };
 
-// The threads to park. Exit handlers take no arguments; each parks the last thread that is left. Never
-// destroyed: it is read while exiting.
+// The threads to park. Exit handlers take no arguments, so each one parks the newest thread that is left.
+// Never destroyed, because it is read while the process exits.
 struct ParkedThread::ExitList {
   std::mutex lock;
   std::vector<std::weak_ptr<Shared>> threads;
@@ -72,7 +72,7 @@ struct ParkedThread::ExitList {
 
 namespace {
 
-// Threads started meanwhile begin with all signals blocked.
+// Blocks all signals on the calling thread. Threads started while it exists inherit that.
 class BlockedSignals {
  public:
   BlockedSignals() {
@@ -91,7 +91,8 @@ class BlockedSignals {
 
 ParkedThread::ParkedThread(Loop loop, std::function<void()> wake) : shared_(std::make_shared<Shared>()) {
   shared_->wake = std::move(wake);
-  ExitList::instance().add(shared_);  // first, since it can throw; should the thread not start, it expires
+  // First, since it can throw. If the thread then does not start, the entry expires.
+  ExitList::instance().add(shared_);
   const BlockedSignals blocked;
   const std::scoped_lock guard(shared_->lock);
   shared_->thread = std::thread([shared = shared_, loop = std::move(loop)] {
@@ -105,7 +106,7 @@ ParkedThread::ParkedThread(Loop loop, std::function<void()> wake) : shared_(std:
 
 ParkedThread::~ParkedThread() {
   if (shared_->isElsewhere()) {
-    static auto& left = *new std::list<std::thread>;  // they could be neither joined nor detached
+    static auto& left = *new std::list<std::thread>;  // a child can neither join nor detach them
     left.push_back(std::move(shared_->thread));
     return;
   }
@@ -114,7 +115,7 @@ ParkedThread::~ParkedThread() {
   std::unique_lock guard(shared_->lock);
   std::thread taken = std::move(shared_->thread);
   guard.unlock();
-  if (!taken.joinable()) return;  // the process exits and has joined it
+  if (!taken.joinable()) return;  // the exit handler has joined it
   taken.get_id() == std::this_thread::get_id() ? taken.detach() : taken.join();
 }
 

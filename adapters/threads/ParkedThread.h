@@ -1,6 +1,6 @@
 #pragma once
 
-// A worker thread that neither crashes nor delays the end of its process.
+// A worker thread that neither crashes nor delays its process at exit.
 
 #include <atomic>
 #include <functional>
@@ -11,21 +11,21 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Runs a loop on a thread of its own, with all signals blocked. When the process exits, the loop is asked to
-/// stop and, once `wake` has returned, given 250 ms to end; the thread is then left as it is, so that a host
-/// callback that never returns cannot hang the exit. A forked child does not have the thread: there, its end
-/// is not waited for. Make one only after the libraries that its loop uses
-/// have been initialised: exit handlers run in reverse order, so theirs then come after this one's.
+/// Runs a loop on its own thread, with all signals blocked. When the process exits, the loop is asked to stop
+/// and, once `wake` has returned, has 250 ms to end. After that the thread is left running, so that a host
+/// callback that never returns cannot hang the exit. A forked child does not have the thread and does not
+/// wait for it. Initialise the libraries that the loop uses before you make one: exit handlers run in reverse
+/// order, so those of the libraries then run after this one.
 class ParkedThread {
  public:
   using Loop = std::function<void(const std::atomic<bool>& stop)>;
 
-  /// Starts `loop`, which returns soon after `stop` has become true. `wake` ends a wait of the loop; it is
-  /// called from any thread and must stay callable until the process is gone.
+  /// Starts `loop`, which must return soon after `stop` has become true. `wake` interrupts a wait of the
+  /// loop; it may be called on any thread and must stay callable until the process has ended.
   ParkedThread(Loop loop, std::function<void()> wake);
 
-  /// Stops the loop and waits for it; on the thread itself, where a job may hold the last reference, it does
-  /// not wait.
+  /// Stops the loop and waits for its end. Does not wait when called on the thread itself, where a job may
+  /// hold the last reference.
   ~ParkedThread();
 
   ParkedThread(const ParkedThread&) = delete;

@@ -31,7 +31,7 @@ constexpr std::chrono::milliseconds lingering{2000};
 
 thread_local Connection* currentConnection = nullptr;
 
-void tell(int socket, decltype(&getpeername) end, std::string& ip, int& port) {
+void readAddress(int socket, decltype(&getpeername) end, std::string& ip, int& port) {
   sockaddr_storage address{};
   socklen_t size = sizeof address;
   if (end(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) return;
@@ -48,8 +48,8 @@ void tell(int socket, decltype(&getpeername) end, std::string& ip, int& port) {
   ip = text.data();
 }
 
-// The status to refuse a head with, of which `text` is what has come; 200 when nothing is wrong with it.
-int judge(std::string_view text) {
+// Checks the part of a head that has arrived. Returns 200, or the status with which to refuse it.
+int checkHead(std::string_view text) {
   if (text.substr(0, text.find('\n')).size() > maxLine) return 414;
   if (text.size() > maxHead) return 431;
   std::size_t lines = 0;
@@ -58,7 +58,7 @@ int judge(std::string_view text) {
     if (end - begin > maxLine) return 431;
     begin = end + 1;
   }
-  return lines > maxHeaders + 2 ? 431 : 200;  // the request line and the empty line count too
+  return lines > maxHeaders + 2 ? 431 : 200;  // plus the request line and the empty line
 }
 
 }  // namespace
@@ -88,9 +88,9 @@ void Connection::enter(Phase phase, std::chrono::milliseconds time) {
   until_ = since_ + time;
 }
 
-// Waits for the client. False when its time is over, or its place needed.
+// Waits for the client. Returns false if it ran out of time, or if a new connection needs its place.
 bool Connection::wait(short events) {
-  turn_ = since_.time_since_epoch().count();
+  waitingSince_ = since_.time_since_epoch().count();
   isSending_ = (events & POLLOUT) != 0;
   all_.waits();
   int ready = 0;
@@ -100,13 +100,13 @@ bool Connection::wait(short events) {
     pollfd request{socket_, events, 0};
     ready = poll(&request, 1, static_cast<int>(left));
   }
-  turn_ = 0;
+  waitingSince_ = 0;
   isSending_ = false;
   if (ready <= 0) isLate_ = true;
   return ready > 0;
 }
 
-// After a call of the TLS library's that did not succeed: whether to repeat it.
+// Call this after a TLS call failed. Waits if the call needs the client, and returns whether to repeat it.
 bool Connection::waitUntilAgain(int result) {
   const int error = SSL_get_error(session_, result);
   if (error == SSL_ERROR_WANT_READ) return wait(POLLIN);
@@ -124,7 +124,7 @@ bool Connection::shakeHands() {
   }
 }
 
-// Adds to what was received. False at the end, whatever ended it.
+// Appends to `received_`. Returns false when nothing more will arrive, for whatever reason.
 bool Connection::receive() {
   std::array<char, 16384> piece;
   for (;;) {
@@ -148,14 +148,15 @@ bool Connection::receive() {
 int Connection::readHead() {
   if (isEnded_) return 0;
   enter(Phase::head, time_);
-  isInStep = false;
-  bodyLeft_ = 2 * maxBody;  // more than the frames of chunks and a bad compression add
+  isAtNextRequest = false;
+  bodyLeft_ = 2 * maxBody;  // leaves room for chunk headers and poor compression
   for (;;) {
-    while (std::string_view(received_).substr(at_).starts_with("\r\n")) at_ += 2;  // between requests
+    // Skip empty lines between requests.
+    while (std::string_view(received_).substr(at_).starts_with("\r\n")) at_ += 2;
     const std::string_view text = std::string_view(received_).substr(at_);
     const auto end = text.find("\n\r\n");
     const auto head = text.substr(0, end == text.npos ? end : end + 3);
-    if (const int status = judge(head); status != 200) return status;
+    if (const int status = checkHead(head); status != 200) return status;
     if (end != text.npos) {
       headEnd_ = at_ + head.size();
       return 200;
@@ -238,17 +239,17 @@ void Connection::abort() {
   shutdown(socket_, SHUT_RDWR);
 }
 
-std::optional<Connection::Clock::time_point> Connection::clientsTurnSince() const {
-  const auto turn = turn_.load();
-  return turn == 0 ? std::nullopt : std::optional(Clock::time_point(Clock::duration(turn)));
+std::optional<Connection::Clock::time_point> Connection::waitingForClientSince() const {
+  const auto since = waitingSince_.load();
+  return since == 0 ? std::nullopt : std::optional(Clock::time_point(Clock::duration(since)));
 }
 
 void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
-  tell(socket_, getpeername, ip, port);
+  readAddress(socket_, getpeername, ip, port);
 }
 
 void Connection::get_local_ip_and_port(std::string& ip, int& port) const {
-  tell(socket_, getsockname, ip, port);
+  readAddress(socket_, getsockname, ip, port);
 }
 
 }  // namespace TalvoConsentSDK::service

@@ -1,6 +1,7 @@
 #pragma once
 
-// One client's connection. What a client sends before its request is read is bounded in size and in time.
+// The connection of one client. Limits the size of a request and the time that the client may take to send
+// it.
 
 #include <atomic>
 #include <chrono>
@@ -15,61 +16,64 @@ namespace TalvoConsentSDK::service {
 class Connections;
 
 inline constexpr std::size_t maxBody =
-    1 << 20;  // bytes, decompressed; a choice among 10,000 vendors has 300,000
-inline constexpr std::size_t maxHead = 64 << 10;  // bytes of the request line and the headers
-inline constexpr std::size_t maxLine = 8000;      // bytes of one of these lines
+    1 << 20;  // bytes, decompressed; a consent with 10,000 vendors has 300,000
+inline constexpr std::size_t maxHead = 64 << 10;  // bytes of the request line and all headers
+inline constexpr std::size_t maxLine = 8000;      // bytes of the request line or of one header
 inline constexpr std::size_t maxHeaders = 100;
 
-/// The stream that the HTTP library reads a request from and writes its reply to. Used by the thread that
-/// serves the connection; `end` and `clientsTurnSince` may be called from any other.
+/// The stream from which the HTTP library reads a request and to which it writes the reply. Used by the
+/// thread that serves the connection; `end` and `waitingForClientSince` may be called on any thread.
 class Connection : public httplib::Stream {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// Owns the socket and, unless it is null, the TLS session. A client has `time` to send a head, as long
-  /// again to send the body, and as long again to take the reply.
+  /// Takes ownership of the socket and of the TLS session, which may be null. A client has `time` to send a
+  /// head, the same time again to send the body, and the same time again to receive the reply.
   Connection(Connections& all, int socket, SSL* session, std::chrono::milliseconds time);
   ~Connection() override;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  /// The connection that this thread serves; only while it serves one.
+  /// The connection that the calling thread is serving. Call this only while it serves one.
   static Connection& current();
 
-  /// Agrees on the keys of a TLS session. False when the client does not within its time.
+  /// Performs the TLS handshake, if there is a TLS session. Returns false if it fails or the client's time
+  /// runs out.
   bool shakeHands();
 
-  /// Waits for the head of the next request. 200 when it is there, else the status to refuse it with; 0 when
-  /// the client sent nothing more.
+  /// Waits for the head of the next request. Returns 200 once it has arrived, 0 if the client sent nothing
+  /// more, and otherwise the status with which to refuse the request.
   int readHead();
 
-  /// Answers a request whose head cannot be read.
+  /// Answers a request whose head was refused.
   void refuse(int status);
 
-  /// Closes the connection so that the client still gets the last reply: unread bytes would destroy it.
+  /// Closes the connection so that the client still gets the last reply: closing with unread input would
+  /// discard it.
   void linger();
 
-  /// Waits until the client has gone.
+  /// Waits until the client closes the connection.
   void waitForEnd();
 
-  /// Reading finds the end from now on. A request that was read is still answered, unless the connection
-  /// makes room for another and its client does not take the reply.
+  /// Ends reading. A request that has been read is still answered, unless `makesRoom` is true and the client
+  /// is not taking the reply.
   void end(bool makesRoom);
 
-  /// Ends both directions at once: the client sees the end, with or without an answer.
+  /// Ends both directions at once, whether or not the client has got an answer.
   void abort();
 
-  /// Whether the next byte begins another request. Not before the body has been read.
-  bool isInStep = false;
+  /// Whether the current request has been read completely, so that the next byte begins another one.
+  bool isAtNextRequest = false;
 
-  /// Whether the client ran out of its time, or its place was given to another.
+  /// Whether the client ran out of time, or was ended in favour of another one.
   bool isLate() const { return isLate_; }
 
-  /// Whether the body takes more bytes on the wire than one of the largest size does.
+  /// Whether the body takes more bytes on the wire than any body of the allowed size should.
   bool isTooLarge() const { return bodyLeft_ == 0; }
 
-  /// Since when the service waits for the client to send or to take something; nothing while it does not.
-  std::optional<Clock::time_point> clientsTurnSince() const;
+  /// The time since which the service has been waiting for the client to send or receive; nothing if it is
+  /// not waiting.
+  std::optional<Clock::time_point> waitingForClientSince() const;
 
   bool isEnded() const { return isEnded_; }
 
@@ -94,14 +98,14 @@ class Connection : public httplib::Stream {
   SSL* const session_;
   const std::chrono::milliseconds time_;
   Phase phase_ = Phase::reply;
-  Clock::time_point since_;  // when the phase began
+  Clock::time_point since_;  // start of the current phase
   Clock::time_point until_;
   std::string received_;
-  std::size_t at_ = 0;        // in what was received
-  std::size_t headEnd_ = 0;   // likewise
+  std::size_t at_ = 0;        // read position in `received_`
+  std::size_t headEnd_ = 0;   // position in `received_`
   std::size_t bodyLeft_ = 0;  // bytes
   bool isLate_ = false;
-  std::atomic<Clock::rep> turn_{0};  // 0: not the client's
+  std::atomic<Clock::rep> waitingSince_{0};  // 0: not waiting for the client
   std::atomic<bool> isSending_{false};
   std::atomic<bool> isEnded_{false};
 };

@@ -15,7 +15,7 @@ void Connections::serve(std::function<void()> job) {
   if (queue_.size() > idle_ && threads_.size() < maxThreads) {
     try {
       threads_.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {  // the system has no more threads: those that run have to do
+    } catch (const std::system_error&) {  // the system is out of threads: use those that run
       if (threads_.empty()) throw;
     }
   }
@@ -73,7 +73,7 @@ void Connections::waits() {
   makeRoom();
 }
 
-// Ends as many connections as there are jobs that no thread is about to take.
+// Ends one waiting connection for each job that no idle or ending thread will take.
 void Connections::makeRoom() {
   if (threads_.size() < maxThreads) return;
   auto wanted = queue_.size() - std::min(queue_.size(), idle_);
@@ -81,7 +81,7 @@ void Connections::makeRoom() {
   for (Connection* each : open_) {
     if (each->isEnded()) {
       wanted -= std::min<std::size_t>(wanted, 1);
-    } else if (const auto since = each->clientsTurnSince()) {
+    } else if (const auto since = each->waitingForClientSince()) {
       waiting.emplace_back(*since, each);
     }
   }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The threads that serve connections, and who gets one when there are not enough.
+// The threads that serve connections, and the policy for more connections than threads.
 
 #include <condition_variable>
 #include <cstddef>
@@ -15,27 +15,26 @@ namespace TalvoConsentSDK::service {
 
 class Connection;
 
-/// Each connection holds a thread. When all are taken, the connection that has been waiting for its client
-/// for the longest is ended in favour of a new one, so that slow and idle clients never keep others out. Safe
-/// from any thread.
+/// Each connection holds a thread. If all threads are in use, a new connection replaces the one that has
+/// waited longest for its client, so that slow and idle clients never keep others out. Thread-safe.
 class Connections {
  public:
   static constexpr std::size_t maxThreads = 256;
-  static constexpr std::size_t maxQueued = 64;  // then the system queues what is not yet accepted
+  static constexpr std::size_t maxQueued = 64;  // beyond this, connections wait in the system's backlog
 
-  /// Has a thread serve a connection; waits while too many are queued.
+  /// Runs `job`, which serves one connection, on a thread. Waits while too many jobs are queued.
   void serve(std::function<void()> job);
 
-  /// Waits until all that were given to `serve` have been served. Call it once.
+  /// Waits until all jobs passed to `serve` have ended. Call it once.
   void finish();
 
-  /// Ends the waiting for clients on every connection, those to come included.
+  /// Ends reading on every connection, including future ones.
   void end();
 
   void enter(Connection& connection);
   void leave(Connection& connection);
 
-  /// Called when a connection begins to wait for its client: it may have to make room.
+  /// Call this when a connection begins to wait for its client: it may have to make room for another.
   void waits();
 
  private:
@@ -46,7 +45,7 @@ class Connections {
   std::condition_variable changed_;
   std::deque<std::function<void()>> queue_;
   std::vector<std::thread> threads_;
-  std::size_t idle_ = 0;  // threads
+  std::size_t idle_ = 0;  // number of threads without a job
   std::set<Connection*> open_;
   bool isEnding_ = false;
   bool isFinishing_ = false;

@@ -30,7 +30,7 @@ PlatformError failure(sqlite3* database) {
   return {"ConsentStore", sqlite3_extended_errcode(database), sqlite3_errmsg(database)};
 }
 
-// A prepared statement. Texts are bound without copying: they outlive it. Throws PlatformErrors.
+// A prepared statement. Texts are bound without copying and must outlive it. Throws PlatformErrors.
 class Statement {
  public:
   Statement(sqlite3* database, std::string_view sql) : database_(database) {
@@ -44,7 +44,7 @@ class Statement {
     check(sqlite3_bind_text(statement_, index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
   }
 
-  /// Whether there is a row to read.
+  /// Moves to the next row. Returns false if there is none.
   bool step() {
     const int code = sqlite3_step(statement_);
     if (code != SQLITE_ROW && code != SQLITE_DONE) throw failure(database_);

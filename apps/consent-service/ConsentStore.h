@@ -1,6 +1,6 @@
 #pragma once
 
-// The consents that the service was given, per site.
+// Stores the consents that clients submit, by site.
 
 #include <memory>
 #include <optional>
@@ -12,23 +12,25 @@
 
 namespace TalvoConsentSDK::service {
 
-/// Keeps consents in an SQLite database. Every operation is one transaction; errors are the database's. Safe
-/// from any thread.
+/// Keeps consents in an SQLite database. Every operation is one transaction and returns the database's
+/// errors. Thread-safe.
 class ConsentStore {
  public:
-  /// Opens the database in `file`, which is created when missing; an empty name keeps it in memory.
+  /// Opens the database in `file` and creates the file if it is missing. With an empty name, the database is
+  /// in memory.
   static Result<std::unique_ptr<ConsentStore>> open(const std::string& file);
 
   ~ConsentStore();
 
-  /// Keeps a consent as a new record and answers the record's identifier.
+  /// Stores a consent as a new record. Returns the record's identifier.
   Result<std::string> create(std::string_view site, FullConsent consent);
 
-  /// Replaces the record that `consent.id` names at this site, user and all. A consent without identifier, or
-  /// with one that the site does not know, becomes a new record.
+  /// Replaces the record with the identifier `consent.id` at this site, including its user. A consent without
+  /// an identifier, or with one that the site does not know, becomes a new record. Returns the record's
+  /// identifier.
   Result<std::string> update(std::string_view site, FullConsent consent);
 
-  /// The consent of a user at a site that was created or updated last.
+  /// The most recently created or updated consent of a user at a site.
   Result<std::optional<FullConsent>> newest(std::string_view site, std::string_view userId);
 
  private:

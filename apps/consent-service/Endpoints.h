@@ -1,6 +1,6 @@
 #pragma once
 
-// What the service answers at each of its endpoints, whatever carries the requests.
+// Answers the requests to each endpoint, independently of the transport.
 
 #include <memory>
 #include <string>
@@ -11,16 +11,16 @@
 
 namespace TalvoConsentSDK::service {
 
-/// A request, taken apart. Parts that an endpoint does not have are empty.
+/// The parts of a request. Parts that an endpoint does not use are empty.
 struct Call {
   std::string site;
-  std::string rest;      // the path behind the site and the endpoint's own words: a user or a file
-  std::string language;  // of the query
+  std::string rest;      // the end of the path: a user or a file
+  std::string language;  // from the query
   std::string body;
-  std::string base;  // URL by which the client reached the service, without a slash at the end
+  std::string base;  // URL at which the client reached the service, without a trailing slash
 };
 
-/// The endpoints, each named after what it answers. Safe from any thread.
+/// The endpoints, each named after its answer. Thread-safe.
 class Endpoints {
  public:
   Endpoints(Sites sites, std::unique_ptr<ConsentStore> store)

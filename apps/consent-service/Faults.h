@@ -1,6 +1,6 @@
 #pragma once
 
-// Failures that the service is told to answer with, so that a client's handling of them can be seen.
+// Failures that the service can simulate, to test how clients handle them.
 
 #include <functional>
 #include <optional>
@@ -14,31 +14,31 @@
 
 namespace TalvoConsentSDK::service {
 
-/// One failure: which requests it hits and what they get instead of the answer.
+/// A simulated failure: which requests it affects and what they get instead of the real answer.
 class Fault {
  public:
   /// Reads "PATHPART=KIND". PATHPART is any part of "METHOD PATH?QUERY", such as "configurations" or
   /// "POST /public/cookie-consent". KIND is a status from 200 to 599, or one of
   ///   reset      the connection closes without an answer
-  ///   stall      no answer ever comes
+  ///   stall      no answer is ever sent
   ///   truncated  the connection closes half-way through the answer's body
   ///   empty      an empty body
   ///   null       the JSON text null
   ///   array      the JSON text []
   ///   notutf8    a body that is not UTF-8
   ///   html500    status 500 with an error page in HTML
-  /// or "STATUS:KIND" to change the kind's own status. A failure to read it names what is wrong.
+  /// or "STATUS:KIND" to change the status of the kind. An error's text says what is wrong with `text`.
   static Result<Fault> parse(std::string_view text);
 
   bool hits(std::string_view methodAndTarget) const {
     return methodAndTarget.find(part_) != std::string::npos;
   }
 
-  /// The spoiled reply. `answer` is called, and the request thus takes effect, only where part of the true
+  /// The reply with the failure. Calls `answer`, so that the request takes effect, only if part of the real
   /// answer is needed: for `truncated`, and for a success status with a body.
   Reply reply(const std::function<Reply()>& answer) const;
 
-  /// As it was given, without PATHPART.
+  /// KIND as it was passed to `parse`.
   const std::string& kind() const noexcept { return kindText_; }
 
  private:
@@ -50,7 +50,7 @@ class Fault {
   std::optional<int> status_;
 };
 
-/// The first fault that hits a request, or null.
+/// The first fault that affects a request, or null.
 const Fault* findFault(const std::vector<Fault>& faults, std::string_view methodAndTarget);
 
 }  // namespace TalvoConsentSDK::service

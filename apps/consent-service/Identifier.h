@@ -1,12 +1,12 @@
 #pragma once
 
-// Names for the records that the service keeps.
+// Identifiers for the records of the service.
 
 #include <string>
 
 namespace TalvoConsentSDK::service {
 
-/// A new random identifier (a version 4 UUID in lower case). Safe from any thread.
+/// A new random identifier (a version 4 UUID in lower case). Thread-safe.
 std::string newIdentifier();
 
 }  // namespace TalvoConsentSDK::service

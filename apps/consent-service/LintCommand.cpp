@@ -49,7 +49,7 @@ void printFinding(const std::string& document, bool isError, const std::string& 
               path.empty() ? "" : ": ", sentence.c_str());
 }
 
-// By its name, KIND.json or KIND.LANGUAGE.json.
+// Recognises a document by its name, KIND.json or KIND.LANGUAGE.json.
 std::optional<std::pair<Kind, std::string>> kindOf(const fs::path& file) {
   if (file.extension() != ".json") return std::nullopt;
   const std::string stem = file.stem().string();
@@ -59,7 +59,7 @@ std::optional<std::pair<Kind, std::string>> kindOf(const fs::path& file) {
   return std::pair(kind->second, name == stem ? "" : stem.substr(name.size() + 1));
 }
 
-// By its keys, of a document of any other name; the name then stands for the language.
+// Recognises a document with another name by its keys; the name is then used as the language.
 std::optional<std::pair<Kind, std::string>> kindOf(const fs::path& file, const std::string& text) {
   const auto value = JSONDecoder().decode<JSONValue>(text);
   if (!value || !value->object()) return std::nullopt;
@@ -69,7 +69,7 @@ std::optional<std::pair<Kind, std::string>> kindOf(const fs::path& file, const s
   return std::nullopt;
 }
 
-// The documents by the folder that they lie in.
+// The documents, grouped by folder.
 class Collection {
  public:
   void add(const fs::path& path) {
@@ -87,10 +87,10 @@ class Collection {
         add(each);
       }
     }
-    if (!isSite && !hasSites) refuse(path, "the folder holds no document of a site");
+    if (!isSite && !hasSites) refuse(path, "the folder contains no documents of a site");
   }
 
-  // Prints all findings; false when one is an error.
+  // Prints all findings. Returns false if one is an error.
   bool lint() const {
     bool isSound = isReadable_;
     const auto measurer = std::make_shared<EstimatedText>(2);
@@ -123,7 +123,7 @@ class Collection {
     auto kind = kindOf(path);
     if (!kind) kind = kindOf(path, text);
     if (!kind) {
-      return refuse(path, "is neither a configuration nor a customization nor a catalogue of services");
+      return refuse(path, "not a configuration, customization or catalogue of services");
     }
     auto& documents = sites_[path.parent_path()].*kind->first;
     documents.emplace_back(path.string(), std::move(kind->second), std::move(text));

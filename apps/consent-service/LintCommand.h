@@ -1,14 +1,15 @@
 #pragma once
 
-// The command that checks the documents of sites before they are served.
+// The command that checks the documents of sites before the service serves them.
 
 #include <filesystem>
 #include <vector>
 
 namespace TalvoConsentSDK::service {
 
-/// Prints the findings in `paths`: documents, sites' folders and folders of sites. Documents of one folder
-/// are checked as one site. False when there is an error among the findings, or a path that cannot be read.
+/// Checks `paths`, which may be documents, folders of sites, and folders that contain such folders, and
+/// prints the findings. The documents in one folder are checked as one site. Returns false if a finding is an
+/// error or a path cannot be read.
 bool lint(const std::vector<std::filesystem::path>& paths);
 
 }  // namespace TalvoConsentSDK::service

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the service answers to one request, before it goes on the wire.
+// A reply to one request, before it is sent.
 
 #include <optional>
 #include <string>
@@ -13,13 +13,13 @@ namespace TalvoConsentSDK::service {
 /// How much of a reply reaches the client.
 enum class Delivery {
   whole,
-  truncated,  // the length of the whole body is announced, half of it sent, and the connection closed
-  reset,      // the connection is closed without an answer
-  stall,      // nothing is answered until the client gives up or the service ends
+  truncated,  // declares the length of the whole body, sends half of it and closes the connection
+  reset,      // closes the connection without an answer
+  stall,      // answers nothing until the client gives up or the service ends
 };
 
-/// The HTTP library compresses content types it knows, as hard as it can: most of a second for a large
-/// catalogue, on loopback for nothing. With a parameter it does not know the type.
+/// The parameter keeps the HTTP library from recognising the type. It would otherwise compress the body at
+/// the highest level, which takes most of a second for a large catalogue and gains nothing on loopback.
 inline constexpr std::string_view jsonType = "application/json; charset=utf-8";
 
 struct Reply {
@@ -28,21 +28,21 @@ struct Reply {
   std::string contentType = std::string(jsonType);
   Delivery delivery = Delivery::whole;
 
-  /// The status that the client sees, if it sees one.
+  /// The status that the client sees, if any.
   std::optional<int> visibleStatus() const {
     if (delivery == Delivery::reset || delivery == Delivery::stall) return std::nullopt;
     return status;
   }
 };
 
-/// A 200 with this JSON text as body.
+/// A reply with status 200 and this JSON text as its body.
 Reply jsonReply(std::string json);
 Reply jsonReply(const JSONObject& object);
 
-/// An error with a JSON object that says why: {"error": reason}.
+/// An error reply with the body {"error": reason}.
 Reply errorReply(int status, std::string_view reason);
 
-/// Text as a JSON string. Bytes that are not UTF-8 are spelled \xNN, so that it can always be written.
+/// Text as a JSON string. Bytes that are not UTF-8 are written as \xNN, so that encoding never fails.
 JSONValue textValue(std::string_view text);
 
 }  // namespace TalvoConsentSDK::service

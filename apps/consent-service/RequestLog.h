@@ -1,6 +1,6 @@
 #pragma once
 
-// One line of JSON per request, for people and for tests that look at what a client sent.
+// Logs one line of JSON per request, for people and for tests that check what a client sent.
 
 #include <memory>
 #include <mutex>
@@ -13,32 +13,32 @@ namespace TalvoConsentSDK::service {
 
 struct RequestLogEntry {
   std::string method;
-  std::string target;  // the path with its query, as it was sent
+  std::string target;  // the path and query as received
   std::string clientName;
   std::string contentType;
   std::string body;
-  std::string fault;          // the kind of the fault that was applied
-  std::optional<int> status;  // none when nothing is answered
+  std::string fault;          // the kind of the simulated failure, if any
+  std::optional<int> status;  // none if nothing is answered
 };
 
-/// Appends to a file. A line has the keys time (UTC), method, path, headers, body (parsed when it is JSON,
-/// else as text), fault and status; what a request lacks is left out, except that the status is null when
-/// nothing is answered. Lines are written whole. Safe from any thread.
+/// Appends to a file. A line has the keys time (UTC), method, path, headers, body (parsed if it is JSON,
+/// otherwise as text), fault and status. Keys without a value are left out, except that the status is null if
+/// nothing is answered. Each line is written in one piece. Thread-safe.
 class RequestLog {
  public:
-  /// An empty name opens a log that writes nowhere.
+  /// With an empty name, the log discards its lines.
   static Result<std::unique_ptr<RequestLog>> open(const std::string& file);
 
   ~RequestLog();
 
-  /// Returns when the line is in the file. What cannot be written is lost.
+  /// Returns once the line is in the file. A line that cannot be written is lost.
   void write(const RequestLogEntry& entry);
 
  private:
   explicit RequestLog(int descriptor) : descriptor_(descriptor) {}
 
   std::mutex lock_;
-  int descriptor_;  // negative: none
+  int descriptor_;  // negative if there is no file
 };
 
 }  // namespace TalvoConsentSDK::service

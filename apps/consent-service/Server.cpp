@@ -25,13 +25,13 @@ namespace {
 using httplib::Request;
 using httplib::Response;
 
-constexpr std::size_t longestPath = 2048;  // bytes; matching patterns recurses as deep
+constexpr std::size_t maxPath = 2048;  // bytes; pattern matching recurses once per byte
 
 PlatformError failure(const std::string& reason) {
   return {"Server", 1, reason};
 }
 
-// The name by which the client reached the service, when it may stand in a JSON text as it is.
+// The Host header of the request, or nothing if JSON would have to escape it.
 std::string hostOf(const Request& request) {
   const std::string host = request.get_header_value("Host");
   const bool isPlain =
@@ -45,46 +45,46 @@ bool hasBody(const Request& request) {
          request.get_header_value<std::uint64_t>("Content-Length") > 0;
 }
 
-// The status to refuse a body with before it is sent; 200 when it may come.
-int judgeBody(const Request& request) {
+// Checks a body before the client sends it. Returns 200, or the status with which to refuse it.
+int checkBody(const Request& request) {
   const std::string encoding = request.get_header_value("Transfer-Encoding");
   if (!encoding.empty() && encoding != "chunked") return 501;
   if (request.is_multipart_form_data()) return 415;
   return request.get_header_value<std::uint64_t>("Content-Length") > maxBody ? 413 : 200;
 }
 
-// Reads and decompresses a body. The status to refuse it with, or 200.
+// Reads and decompresses a body. Returns 200, or the status with which to refuse it.
 int readBody(const Request& request, const Response& response, const httplib::ContentReader& reader,
              std::string& body) {
   if (!hasBody(request)) return 200;
-  if (const int status = judgeBody(request); status != 200) return status;
+  if (const int status = checkBody(request); status != 200) return status;
   Connection& connection = Connection::current();
   bool isTooLarge = false;
-  connection.isInStep = reader([&](const char* data, std::size_t size) {
+  connection.isAtNextRequest = reader([&](const char* data, std::size_t size) {
     isTooLarge = body.size() + size > maxBody;
     if (!isTooLarge) body.append(data, size);
     return !isTooLarge;
   });
-  if (connection.isInStep) return 200;
+  if (connection.isAtNextRequest) return 200;
   if (isTooLarge || connection.isTooLarge()) return 413;
   if (connection.isLate()) return 408;
-  return response.status >= 400 ? response.status : 400;  // as the HTTP library judged it
+  return response.status >= 400 ? response.status : 400;  // the HTTP library's own status
 }
 
-// The HTTP library's server on our connections and threads: its own hold as much as a client sends, for as
-// long as it likes.
+// The HTTP library's server with our connections and threads, because its own accept any amount of input for
+// any length of time.
 template <class Base>
 class BoundedServer : public Base {
  public:
   template <class... Arguments>
-  BoundedServer(Connections& connections, std::chrono::milliseconds patience, Arguments... arguments)
-      : Base(arguments...), connections_(connections), patience_(patience) {}
+  BoundedServer(Connections& connections, std::chrono::milliseconds clientTimeout, Arguments... arguments)
+      : Base(arguments...), connections_(connections), clientTimeout_(clientTimeout) {}
 
  private:
   bool process_and_close_socket(socket_t socket) override {
     SSL* session = nullptr;
     if constexpr (std::is_same_v<Base, httplib::SSLServer>) session = SSL_new(this->ssl_context());
-    Connection connection(connections_, socket, session, patience_);
+    Connection connection(connections_, socket, session, clientTimeout_);
     if (!connection.shakeHands()) return false;
     for (bool isLast = false; !isLast;) {
       const int status = connection.readHead();
@@ -94,17 +94,17 @@ class BoundedServer : public Base {
         break;
       }
       const bool isAnswered = this->process_request(connection, false, isLast, [&](Request& request) {
-        request.ranges.clear();  // a few bytes can ask for a document a thousand times
-        connection.isInStep = !hasBody(request);
+        request.ranges.clear();  // a short header can request the same document a thousand times
+        connection.isAtNextRequest = !hasBody(request);
       });
-      if (!isAnswered || !connection.isInStep) break;
+      if (!isAnswered || !connection.isAtNextRequest) break;
     }
     connection.linger();
     return true;
   }
 
   Connections& connections_;
-  const std::chrono::milliseconds patience_;
+  const std::chrono::milliseconds clientTimeout_;
 };
 
 class Threads : public httplib::TaskQueue {
@@ -168,11 +168,11 @@ void Server::State::addRoutes() {
   http->Put(anything, bodyHandler(nullptr));
   http->Patch(anything, bodyHandler(nullptr));
   http->Delete(anything, bodyHandler(nullptr));
-  http->Delete(anything, handler(nullptr));  // one without a body
+  http->Delete(anything, handler(nullptr));  // for requests without a body
   http->Options(anything, handler(nullptr));
 }
 
-// No endpoint: a request that none of them is for.
+// A null endpoint stands for requests that match no endpoint.
 httplib::Server::Handler Server::State::handler(Endpoint endpoint) {
   return [this, endpoint](const Request& request, Response& response) {
     answer(endpoint, request, "", response);
@@ -249,7 +249,7 @@ void Server::State::deliver(const Reply& reply, Response& response) {
 
 Result<void> Server::State::openFiles() {
   if (std::error_code error; !std::filesystem::is_directory(options.sites, error)) {
-    return failure("no folder of sites: " + options.sites.string());
+    return failure("not a folder of sites: " + options.sites.string());
   }
   auto store = ConsentStore::open(options.store);
   if (!store) {
@@ -264,31 +264,32 @@ Result<void> Server::State::openFiles() {
 
 Result<void> Server::State::makeServer() {
   if (options.certificate.empty()) {
-    http = std::make_unique<BoundedServer<httplib::Server>>(connections, options.patience);
+    http = std::make_unique<BoundedServer<httplib::Server>>(connections, options.clientTimeout);
   } else {
     http = std::make_unique<BoundedServer<httplib::SSLServer>>(
-        connections, options.patience, options.certificate.c_str(), options.privateKey.c_str());
+        connections, options.clientTimeout, options.certificate.c_str(), options.privateKey.c_str());
     scheme = "https";
     if (!http->is_valid()) {
-      return failure("no usable certificate and key: " + options.certificate + ", " + options.privateKey);
+      return failure("cannot use the certificate and key: " + options.certificate + ", " +
+                     options.privateKey);
     }
   }
   http->new_task_queue = [this] { return new Threads(connections); };
   http->set_tcp_nodelay(true);
-  http->set_keep_alive_timeout(std::chrono::ceil<std::chrono::seconds>(options.patience).count());
+  http->set_keep_alive_timeout(std::chrono::ceil<std::chrono::seconds>(options.clientTimeout).count());
   http->set_expect_100_continue_handler([](const Request& request, Response& response) {
-    response.status = judgeBody(request);
+    response.status = checkBody(request);
     return response.status == 200 ? 100 : response.status;
   });
   http->set_pre_routing_handler([](const Request& request, Response& response) {
-    response.status = request.path.size() > longestPath ? 414 : request.method == "PRI" ? 501 : -1;
+    response.status = request.path.size() > maxPath ? 414 : request.method == "PRI" ? 501 : -1;
     using Whether = httplib::Server::HandlerResponse;
     return response.status < 0 ? Whether::Unhandled : Whether::Handled;
   });
   http->set_post_routing_handler([](const Request&, Response& response) {
-    if (!Connection::current().isInStep) response.set_header("Connection", "close");
+    if (!Connection::current().isAtNextRequest) response.set_header("Connection", "close");
   });
-  http->set_error_handler([](const Request&, Response& response) {  // for errors of the HTTP library itself
+  http->set_error_handler([](const Request&, Response& response) {  // errors of the library
     if (!response.body.empty() || response.has_header("Content-Type")) return;
     response.set_content(errorReply(response.status, "the request was refused").body, std::string(jsonType));
   });
@@ -299,7 +300,7 @@ Result<void> Server::State::bind() {
   int listener = -1;
   http->set_socket_options([&listener](int socket) {
     listener = socket;
-    const int yes = 1;  // unlike the library's default, this makes a port that is taken an error
+    const int yes = 1;  // unlike the library's default, fails if the port is in use
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   });
   const bool isIPv6 = options.host.find(':') != std::string::npos;
@@ -311,7 +312,7 @@ Result<void> Server::State::bind() {
   }
   http->set_socket_options(nullptr);
   if (port < 0) return failure("cannot listen on " + host + ":" + std::to_string(options.port));
-  listen(listener, SOMAXCONN);  // the library's own backlog of 5 makes bursts of connections wait a second
+  listen(listener, SOMAXCONN);  // with the library's backlog of 5, bursts of connections wait a second
   url = scheme + "://" + host + ":" + std::to_string(port);
   return {};
 }

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Names come from requests: nothing but plain names may reach the file system.
+// Names come from requests, so only plain names may reach the file system.
 bool isPlainName(std::string_view name) {
   constexpr std::string_view allowed = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-";
   return !name.empty() && name.size() <= 128 && name.front() != '.' &&

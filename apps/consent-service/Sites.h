@@ -1,6 +1,6 @@
 #pragma once
 
-// The sites that the service knows: a folder each, with the documents that the service hands out.
+// The sites of the service: one folder per site, with the documents that the service serves.
 
 #include <filesystem>
 #include <optional>
@@ -12,11 +12,11 @@ namespace TalvoConsentSDK::service {
 
 /// Reads a folder of sites. A site's folder is named after its identifier and holds
 ///   configuration.json           its switches; without the file, {}
-///   customization.LANGUAGE.json  its banner, a file per language
+///   customization.LANGUAGE.json  its banner, one file per language
 ///   services.LANGUAGE.json       its catalogue, or services.json for all languages; without either, {}
-///   site.json                    {"languages": [...]}, the default one first; without the file, "en" is
-/// and any other file, such as a logo. Everything is read anew for each request, so that edits show at once.
-/// Safe from any thread.
+///   site.json                    {"languages": [...]}, default first; without the file, the default is "en"
+/// and any other files, such as a logo. Files are read again for each request, so that edits take effect at
+/// once. Thread-safe.
 class Sites {
  public:
   explicit Sites(std::filesystem::path folder) : folder_(std::move(folder)) {}
@@ -26,13 +26,14 @@ class Sites {
 
   bool has(std::string_view site) const;
 
-  /// The documents of a site that exists. A language that the site lacks falls back to the language without
-  /// its region ("de" for "de-AT"), then to the site's default. No customization: nothing.
+  /// The documents of a site, which must exist. A language that the site lacks falls back to the language
+  /// without its region ("de" for "de-AT"), then to the site's default. `customization` returns nothing if
+  /// the site has none.
   std::string configuration(std::string_view site) const;
   std::optional<std::string> customization(std::string_view site, std::string_view language) const;
   std::string services(std::string_view site, std::string_view language) const;
 
-  /// A file of a site, whatever it is; nothing when there is none of that name.
+  /// The content of any file of a site; nothing if there is no file of that name.
   std::optional<std::string> file(std::string_view site, std::string_view name) const;
 
  private:
@@ -43,10 +44,10 @@ class Sites {
   std::filesystem::path folder_;
 };
 
-/// A document with the URL that clients reach the service by in place of {{base}}.
+/// Replaces {{base}} in a document by the URL at which clients reach the service.
 std::string withBase(std::string document, std::string_view base);
 
-/// The content type of a file, by its name's extension.
+/// The content type of a file, from the extension of its name.
 std::string contentTypeOf(std::string_view fileName);
 
 }  // namespace TalvoConsentSDK::service

@@ -16,7 +16,7 @@ using Kind = CodingError::Kind;
 
 using Check = bool (*)(const JSONValue&);
 
-// A member of a JSON object: its key, whether it must be there, and what it must be.
+// A member of a JSON object: its key, whether it is required, and its type.
 struct Member {
   std::string_view key;
   bool isRequired;
@@ -41,11 +41,11 @@ bool isEmail(const JSONValue& value) {
 }
 
 constexpr std::array submissionMembers{
-    Member{"collectionPointId", true, isText, "a text"},
-    Member{"requesterId", true, isText, "a text"},
+    Member{"collectionPointId", true, isText, "a string"},
+    Member{"requesterId", true, isText, "a string"},
     Member{"requesterType", true, isEmail, "\"EMAIL\""},
     Member{"topicSelectionDtos", true, isArray, "an array"},
-    Member{"token", false, isText, "a text"},
+    Member{"token", false, isText, "a string"},
 };
 
 constexpr std::array selectionMembers{
@@ -53,7 +53,7 @@ constexpr std::array selectionMembers{
     Member{"selected", true, isBoolean, "a boolean"},
 };
 
-// The object that `value` is, when it has the members and no others; throws a CodingError otherwise.
+// Returns the object in `value`. Throws a CodingError if it is not an object with exactly these members.
 template <class Members>
 const JSONObject& require(const JSONValue& value, const Members& members, const std::string& path) {
   const JSONObject* object = value.object();

@@ -1,7 +1,7 @@
 #pragma once
 
-// What clients submit, read and checked. The checks are stricter than the records: a client that leaves out
-// what every decision has is told so, rather than found out later.
+// Parses and checks what clients submit. The checks are stricter than the types, so that a client that leaves
+// out part of a decision gets an error at once.
 
 #include <cstddef>
 #include <string>
@@ -12,17 +12,17 @@
 
 namespace TalvoConsentSDK::service {
 
-/// A person's choices on the topics of a collection point.
+/// A user's choices on the topics of a collection point.
 struct TopicSubmission {
   std::string collectionPointId;
-  std::size_t topics = 0;  // how many were chosen on
+  std::size_t topics = 0;  // number of topics in the submission
 };
 
-/// A consent for `site`: status, categories and kind of consent are required and known, and the site, when
-/// named, is this one. Fails with a CodingError.
+/// Parses a consent for `site`. Status, categories and the kind of consent are required and must be known
+/// values; the site in the body, if any, must be `site`. Fails with a CodingError.
 Result<FullConsent> parseConsent(std::string_view body, std::string_view site);
 
-/// Choices on topics, with every key they need and no other. Fails with a CodingError.
+/// Parses choices on topics. Fails with a CodingError if a required key is missing or a key is unknown.
 Result<TopicSubmission> parseTopics(std::string_view body);
 
 }  // namespace TalvoConsentSDK::service

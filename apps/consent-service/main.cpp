@@ -1,4 +1,4 @@
-// talvo-consent-service: a consent service on this machine, to develop and to test against.
+// talvo-consent-service: a local consent service for development and tests.
 
 #include <charconv>
 #include <cstdio>
@@ -25,29 +25,28 @@ namespace fs = std::filesystem;
 
 constexpr const char* usage = R"(Usage: talvo-consent-service [OPTION]...
        talvo-consent-service lint FILE...
-Serves the documents of consent sites and keeps the consents that it is sent.
+Serves the documents of consent sites and stores the consents that clients submit.
 
   --port N              port to listen on (8787); 0 picks a free one
   --host NAME           address to listen on (127.0.0.1)
-  --store FILE          keep the consents in this SQLite database; without it, in memory
-  --sites DIR           folder of sites; without it, the sites that come with the program
+  --store FILE          keep the consents in this SQLite database (default: in memory)
+  --sites DIR           folder of sites (default: the sites that come with the program)
   --tls CERT KEY        serve HTTPS with this certificate and private key (PEM files)
-  --delay MS            wait so many milliseconds before every reply
-  --patience MS         give a client so long to send the head of a request, its body, and to take the
-                        reply (30000)
-  --fail PATHPART=KIND  spoil the replies to requests whose "METHOD PATH?QUERY" contains PATHPART;
-                        may be given several times, the first that fits counts. KIND is a status
+  --delay MS            wait this many milliseconds before every reply
+  --client-timeout MS   time that a client has to send the head of a request, again to send its
+                        body, and again to receive the reply (30000)
+  --fail PATHPART=KIND  simulate a failure of requests whose "METHOD PATH?QUERY" contains PATHPART;
+                        may be given several times, the first match counts. KIND is a status
                         (200 to 599), reset, stall, truncated, empty, null, array, notutf8,
                         html500, or STATUS:KIND
   --log FILE            append one line of JSON per request to this file
   --help                print this text
 
-"lint" reads documents, or all those of a site's folder or of a folder of sites, and prints what is
-wrong with them, one "FILE: error|warning: KEY: SENTENCE" a line. The exit status is 1 when an error is
-among them.
+"lint" checks documents, folders of sites, and folders that contain such folders, and prints each
+problem as a line "FILE: error|warning: KEY: SENTENCE". The exit status is 1 if there are errors.
 
 Prints "listening on URL" once it is ready, and ends on SIGINT and SIGTERM. The exit status is 2 for
-wrong usage and 1 for whatever else prevents it from running.
+wrong usage and 1 for any other problem that prevents it from running.
 )";
 
 class UsageError : public std::runtime_error {
@@ -64,7 +63,7 @@ int number(std::string_view option, std::string_view text, int largest) {
   return value;
 }
 
-// The sites beside an installed program, or else those it was built with.
+// The sites installed with the program or, if it is not installed, those in the source tree.
 fs::path shippedSites(const char* program) {
   std::error_code error;
   fs::path executable = fs::canonical("/proc/self/exe", error);
@@ -73,7 +72,7 @@ fs::path shippedSites(const char* program) {
   return fs::is_directory(installed, error) ? installed : fs::path(TALVO_SOURCE_SITES);
 }
 
-// Nothing when help was asked for. Throws a UsageError.
+// Returns nothing if the user asked for help. Throws a UsageError.
 std::optional<ServerOptions> parseOptions(int count, char** arguments) {
   ServerOptions options;
   options.sites = shippedSites(arguments[0]);
@@ -97,8 +96,8 @@ std::optional<ServerOptions> parseOptions(int count, char** arguments) {
       options.privateKey = value();
     } else if (option == "--delay") {
       options.delay = std::chrono::milliseconds(number(option, value(), 3'600'000));
-    } else if (option == "--patience") {
-      options.patience = std::chrono::milliseconds(number(option, value(), 3'600'000));
+    } else if (option == "--client-timeout") {
+      options.clientTimeout = std::chrono::milliseconds(number(option, value(), 3'600'000));
     } else if (option == "--fail") {
       auto fault = Fault::parse(value());
       if (!fault) throw UsageError(std::string("--fail ") + fault.error().what());
@@ -113,12 +112,12 @@ std::optional<ServerOptions> parseOptions(int count, char** arguments) {
 }
 
 int serve(ServerOptions options) {
-  // Blocked in every thread that is started from here on; one of them waits for these signals.
-  sigset_t endings;
-  sigemptyset(&endings);
-  sigaddset(&endings, SIGINT);
-  sigaddset(&endings, SIGTERM);
-  pthread_sigmask(SIG_BLOCK, &endings, nullptr);
+  // Block these signals in every thread started from here on; the stopper thread waits for them.
+  sigset_t stopSignals;
+  sigemptyset(&stopSignals);
+  sigaddset(&stopSignals, SIGINT);
+  sigaddset(&stopSignals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
 
   auto opened = Server::open(std::move(options));
   if (!opened) {
@@ -128,7 +127,7 @@ int serve(ServerOptions options) {
   Server& server = **opened;
   std::thread stopper([&] {
     int signal = 0;
-    sigwait(&endings, &signal);
+    sigwait(&stopSignals, &signal);
     server.stop();
   });
   std::printf("listening on %s\n", server.url().c_str());

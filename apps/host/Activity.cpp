@@ -9,7 +9,7 @@ namespace {
 using Counter = std::shared_ptr<std::atomic<int>>;
 using namespace TalvoConsentSDK;
 
-// Counts as long as any copy of it lives.
+// Increments the counter for as long as any copy of the result exists.
 std::shared_ptr<void> counted(const Counter& counter) {
   ++*counter;
   return {nullptr, [counter](void*) { --*counter; }};

@@ -1,6 +1,6 @@
 #pragma once
 
-// Knows whether the SDK has anything under way, by wrapping what it works with.
+// Knows whether the SDK is busy, by wrapping its executors and its URL session.
 
 #include <atomic>
 #include <memory>
@@ -9,10 +9,10 @@
 
 namespace TalvoConsentHost {
 
-/// Counts the jobs and requests that have begun and not ended. Any thread.
+/// Counts the jobs and requests that have been started and have not ended. Thread-safe.
 class Activity {
  public:
-  /// Wraps a platform's executors and session so that they are counted here.
+  /// Wraps a platform's executors and session so that this object counts their work.
   void watch(TalvoConsentSDK::Platform& platform);
 
   bool isIdle() const { return *count_ == 0; }

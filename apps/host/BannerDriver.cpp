@@ -72,7 +72,7 @@ QPointingDevice& touchScreen() {
 BannerDriver::BannerDriver(ViewWindow& host, std::function<bool(const std::function<bool()>&)> wait)
     : host_(host), wait_(std::move(wait)) {}
 
-// Newest first, as Qt lists them.
+// Newest first.
 std::vector<ViewWindow*> BannerDriver::banners() const {
   std::vector<ViewWindow*> shown;
   for (QWindow* window : QGuiApplication::allWindows()) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// Looks at the windows on show and uses them as a person would.
+// Reads the visible windows and uses them as a user would.
 
 #include <functional>
 #include <optional>
@@ -16,32 +16,32 @@ class ViewWindow;
 
 namespace TalvoConsentHost {
 
-/// Drives the newest banner. GUI thread.
+/// Drives the newest banner. Use it on the GUI thread.
 class BannerDriver {
  public:
-  /// `wait` runs the event loop until what it is given is true, or gives up.
+  /// `wait` runs the event loop until its condition holds, and returns false if it gives up.
   BannerDriver(TalvoConsentSDK::ViewWindow& host, std::function<bool(const std::function<bool()>&)> wait);
 
-  /// The newest banner's window that is visible.
+  /// The window of the newest visible banner, or null.
   TalvoConsentSDK::ViewWindow* banner() const;
 
   /// Whether anything is moving, fading or waiting to be drawn.
   bool isMoving() const;
 
-  /// Everything of the banner to read and use, in reading order.
+  /// The banner's texts and controls, in reading order.
   TalvoConsentSDK::JSONArray view();
 
-  /// Scrolls the first control called "[ROLE:]NAME" into view and taps its centre, without a banner one of
-  /// the host's own; answers the name, or nothing when there is none.
+  /// Scrolls the first control named "[ROLE:]NAME" into view and taps its centre. Without a banner, it looks
+  /// in the host's own window. Returns the control's name, or nothing if there is no such control.
   std::optional<std::string> tap(const std::string& target);
 
-  /// Presses a key by name, for the banner if there is one; false when no key is called so.
+  /// Presses the key with this name, in the banner if there is one. Returns false if there is no such key.
   bool press(const std::string& key);
 
-  /// The name of what the keys act on.
+  /// The name of the control that has the keyboard focus.
   std::optional<std::string> focus();
 
-  /// Saves what is on screen as a PNG; false when it cannot be written.
+  /// Saves the screen as a PNG. Returns false if the file cannot be written.
   bool screenshot(const std::string& file);
 
  private:

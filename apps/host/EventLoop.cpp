@@ -10,9 +10,9 @@ namespace TalvoConsentHost {
 bool waitUntil(const std::function<bool()>& condition) {
   using namespace std::chrono_literals;
   QEventLoop loop;
-  QTimer ticks;  // what the condition asks about may change on another thread
+  QTimer ticks;  // poll, since other threads may change the condition
   QObject::connect(&ticks, &QTimer::timeout, &loop, [&] {
-    // An inner loop of GLib's dispatcher was seen to leave alone what had been posted before it began.
+    // With GLib's dispatcher, an inner loop may not deliver events posted before it began.
     QCoreApplication::sendPostedEvents();
     if (condition()) loop.quit();
   });

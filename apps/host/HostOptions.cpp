@@ -16,7 +16,7 @@ using TalvoConsentSDK::LayoutDirection;
   std::exit(2);
 }
 
-// Whether it is a number in a range, which NaN is in none of.
+// Parses a number and returns whether it is in the range. NaN is in no range.
 bool parse(const QString& text, double least, double most, double& value) {
   bool isNumber = false;
   value = text.toDouble(&isNumber);
@@ -59,33 +59,33 @@ HostOptions parseOptions(const QStringList& arguments) {
   HostOptions defaults;
   QCommandLineParser parser;
   parser.setApplicationDescription(
-      QStringLiteral("A sample host of TalvoConsentSDK: a window for people, a script for machines."));
+      QStringLiteral("A sample host of TalvoConsentSDK: a window to use, or a script to run."));
   const auto add = [&](const char* name, const char* help, const char* value,
                        const std::string& fallback = {}) {
     parser.addOption(
         {QLatin1String(name), QLatin1String(help), QLatin1String(value), QString::fromStdString(fallback)});
   };
-  add("api-url", "The consent service.", "URL", defaults.apiUrl);
-  add("site", "The site asked for.", "ID", defaults.site);
-  add("language", "The banner's language.", "CODE", defaults.language);
-  add("store", "The file that consents are kept in.", "FILE");
-  add("size", "The window's size in points.", "WxH", "390x844");
-  add("scale", "Pixels a point.", "N");
-  add("text-scale", "How much larger text is than usual.", "F", "1");
-  add("layout", "The direction of the layout, whatever the language.", "rtl|ltr");
-  add("safe-area", "What the system covers of the window, in points.", "T,L,B,R");
-  add("script", "Commands to run, one a line; - reads them from standard input.", "FILE");
+  add("api-url", "URL of the consent service.", "URL", defaults.apiUrl);
+  add("site", "Identifier of the site.", "ID", defaults.site);
+  add("language", "Language of the banner.", "CODE", defaults.language);
+  add("store", "File for the stored consents.", "FILE");
+  add("size", "Size of the window in points.", "WxH", "390x844");
+  add("scale", "Pixels per point.", "N");
+  add("text-scale", "Factor for the size of text.", "F", "1");
+  add("layout", "Direction of the layout, regardless of the language.", "rtl|ltr");
+  add("safe-area", "Insets of the window that the system covers, in points.", "T,L,B,R");
+  add("script", "Commands to run, one per line; - reads them from standard input.", "FILE");
   const auto addSwitch = [&](const char* name, const char* help) {
     parser.addOption({QLatin1String(name), QLatin1String(help)});
   };
   addSwitch("high-contrast", "Draw the banner with solid lines and outlines.");
-  addSwitch("reduced-motion", "Let nothing move.");
+  addSwitch("reduced-motion", "Draw the banner without animations.");
   addSwitch("hidden", "Stay in the background, without a window.");
   parser.addHelpOption();
 
   if (!parser.parse(arguments)) fail(parser.errorText());
   if (parser.isSet(QStringLiteral("help"))) {
-    // Qt knows the program's name only once there is an application.
+    // Qt knows the program's name only once an application object exists.
     std::printf("%s", qPrintable(parser.helpText().replace(QLatin1String("<executable_name>"),
                                                            QLatin1String("talvo-host"))));
     std::exit(0);

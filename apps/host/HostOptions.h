@@ -17,20 +17,19 @@ struct HostOptions {
   std::string apiUrl = "http://127.0.0.1:8787";
   std::string site = "demo";
   std::string language = "en";
-  std::filesystem::path store;  // empty: the application's own
+  std::filesystem::path store;  // empty: the default for the application
   QSize size{390, 844};
-  double pixelRatio = 0;  // 0: the screen's
+  double pixelRatio = 0;  // 0: that of the screen
   double textScale = 1;
   std::optional<TalvoConsentSDK::LayoutDirection> layoutDirection;
   TalvoConsentSDK::Insets safeArea;
-  bool highContrast = false;  // else as the system asks for
+  bool highContrast = false;  // false: as the system requests
   bool reducesMotion = false;
   std::optional<std::string> script;  // a file, or "-" for standard input
-  bool isHidden = false;              // as in the background: the window is not shown
+  bool isHidden = false;              // as if in the background, without a window
 };
 
-/// Reads the arguments; on a mistake, or when help is asked for, prints what is to be said and ends the
-/// process.
+/// Parses the arguments. For wrong arguments, and for --help, prints a text and ends the process.
 HostOptions parseOptions(const QStringList& arguments);
 
 }  // namespace TalvoConsentHost

@@ -1,6 +1,6 @@
 #pragma once
 
-// The sample host's own screen: what is stored, what happened, and a button for every public operation.
+// The sample host's own screen: the stored consent, a log of events, and a button for every public operation.
 
 #include <functional>
 #include <string>
@@ -11,19 +11,19 @@
 
 namespace TalvoConsentHost {
 
-/// What the screen shows.
+/// The content of the screen.
 struct HostContent {
   std::string stored = "Nothing yet";
   std::vector<std::string> log;  // newest first
 };
 
-/// An operation that the person can start.
+/// An operation that the user can start.
 struct HostOperation {
   std::string title;
   std::function<void()> start;
 };
 
-/// The screen as a view that follows `content`.
+/// The screen as a view that updates when `content` changes.
 TalvoConsentSDK::AnyView hostScreen(const TalvoConsentSDK::State<HostContent>& content,
                                     std::vector<HostOperation> operations);
 

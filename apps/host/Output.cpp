@@ -37,7 +37,7 @@ void printObject(const JSONObject& object) {
 }
 
 void ObjectPrinter::print(std::string_view line) {
-  printObject({{"printed", toQString(line).toStdString()}});  // which mends what is no text
+  printObject({{"printed", toQString(line).toStdString()}});  // toQString replaces invalid UTF-8
 }
 
 std::string threadName() {

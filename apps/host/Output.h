@@ -1,6 +1,6 @@
 #pragma once
 
-// What the script form prints: one JSON object a line.
+// The output of scripts: one JSON object per line.
 
 #include <string>
 #include <string_view>
@@ -10,7 +10,7 @@
 
 namespace TalvoConsentHost {
 
-/// Prints an object; any thread.
+/// Prints an object. Thread-safe.
 void printObject(const TalvoConsentSDK::JSONObject& object);
 
 /// Prints the SDK's lines as objects.
@@ -19,10 +19,10 @@ class ObjectPrinter : public TalvoConsentSDK::Printer {
   void print(std::string_view line) override;
 };
 
-/// "main" or "background", for the calling thread. The first call must come from the main one.
+/// "main" or "background" for the calling thread. The first call must be on the main thread.
 std::string threadName();
 
-/// A record or null, and an error, as the script form shows them.
+/// A record (or null) or an error, as scripts print it.
 TalvoConsentSDK::JSONValue toJSON(const std::optional<TalvoConsentSDK::BasicConsent>& consent);
 TalvoConsentSDK::JSONValue toJSON(const TalvoConsentSDK::Error& error);
 

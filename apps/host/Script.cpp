@@ -27,7 +27,7 @@ using namespace TalvoConsentSDK;
 
 namespace {
 
-// A coroutine of a host's own that is no Task, as any host may have.
+// A host's own coroutine type, to show that hosts need not use Task.
 struct HostCoroutine {
   struct promise_type {
     HostCoroutine get_return_object() const noexcept { return {}; }
@@ -65,8 +65,8 @@ Script::Script(std::shared_ptr<CookiesSDK> sdk, std::string apiUrl, const Activi
     : sdk_(std::move(sdk)), apiUrl_(std::move(apiUrl)), activity_(activity), driver_(host, &waitUntil) {}
 
 void Script::start(const std::string& file) {
-  // Lines are read on a thread of their own, so that events go on while nothing comes. The thread may outlive
-  // everything of main's.
+  // Reads lines on a separate thread, so that events are handled while there is no input. The thread may
+  // outlive everything in main().
   static QtMainActor& turns = *new QtMainActor;
   std::thread([self = weak_from_this(), file] {
     std::ifstream opened;
@@ -157,7 +157,7 @@ void Script::waitForAnswer(const std::function<void(const Answer&)>& send) {
     printObject(reply);
     *isDone = reply.contains("error") ? 2 : 1;
   });
-  if (!waitUntil([isDone] { return *isDone != 0; })) return fail("No answer came");
+  if (!waitUntil([isDone] { return *isDone != 0; })) return fail("No answer arrived");
   hasFailed_ = hasFailed_ || *isDone != 1;
 }
 
@@ -196,7 +196,7 @@ void Script::banner(const std::string&) {
         *error = reason;
         printObject({{"callback", "onError"}, {"error", toJSON(reason)}, {"thread", threadName()}});
       });
-  if (!waitUntil([this] { return isSettled(); })) return fail("No banner came to rest");
+  if (!waitUntil([this] { return isSettled(); })) return fail("The banner did not become idle");
   const ViewWindow* const shown = driver_.banner();
   if (*error) {
     hasFailed_ = true;
@@ -228,7 +228,7 @@ void Script::screenshot(const std::string& file) {
 }
 
 void Script::settle(const std::string&) {
-  if (!waitUntil([this] { return isSettled(); })) return fail("Something is still under way");
+  if (!waitUntil([this] { return isSettled(); })) return fail("The SDK is still busy");
   printObject({{"settled", true}});
 }
 

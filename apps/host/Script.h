@@ -1,6 +1,6 @@
 #pragma once
 
-// The script form: commands in, one JSON object a line out.
+// Runs scripts: reads commands and prints one JSON object per line.
 
 #include <functional>
 #include <map>
@@ -15,15 +15,15 @@
 
 namespace TalvoConsentHost {
 
-/// Runs commands one after another on the GUI thread; a command ends when its answer is printed. Events and
-/// host callbacks print whenever they come.
+/// Runs commands one after another on the GUI thread. A command ends when its answer has been printed. Events
+/// and host callbacks are printed as they arrive.
 class Script : public std::enable_shared_from_this<Script> {
  public:
   Script(std::shared_ptr<TalvoConsentSDK::CookiesSDK> sdk, std::string apiUrl, const Activity& activity,
          TalvoConsentSDK::ViewWindow& host);
 
-  /// Runs the commands of a file, or of standard input for "-", then ends the application. Its exit status is
-  /// 1 when a command failed or was unknown.
+  /// Runs the commands in a file, or from standard input for "-", then ends the application. The exit status
+  /// is 1 if a command failed or was unknown.
   void start(const std::string& file);
 
  private:

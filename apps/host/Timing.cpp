@@ -26,13 +26,13 @@ using Clock = std::chrono::steady_clock;
 using TalvoConsentSDK::JSONValue;
 using TalvoConsentSDK::OverlaySurface;
 
-// Frames are presented on a render thread.
+// Locked, because frames are presented on a render thread.
 struct Moments {
   std::mutex lock;
   std::optional<Clock::time_point> processStart;
   std::optional<Clock::time_point> requested;
-  std::optional<Clock::time_point> firstFrame;      // of the process's first banner
-  std::optional<Clock::time_point> requestedFrame;  // of the banner last asked for
+  std::optional<Clock::time_point> firstFrame;      // of the first banner of the process
+  std::optional<Clock::time_point> requestedFrame;  // of the banner requested last
   std::optional<Clock::time_point> switchTap;
   std::optional<Clock::time_point> switchFrame;
 
@@ -42,7 +42,7 @@ struct Moments {
   }
 };
 
-// When the kernel started this process; to a hundredth of a second.
+// The time at which the kernel started this process, to a hundredth of a second.
 std::optional<Clock::time_point> processStart() {
 #if defined(__linux__)
   std::ifstream file("/proc/self/stat");
@@ -50,7 +50,7 @@ std::optional<Clock::time_point> processStart() {
   std::getline(file, text);
   std::istringstream fields(text.substr(text.rfind(')') + 2));
   std::string field;
-  constexpr int startTime = 22;  // counted from 1; the third field is the first behind the name
+  constexpr int startTime = 22;  // fields count from 1; the first field after the name is the third
   for (int i = 3; i <= startTime; ++i) fields >> field;
   timespec now{};
   if (clock_gettime(CLOCK_BOOTTIME, &now) != 0 || field.empty()) return std::nullopt;

@@ -1,24 +1,24 @@
 #pragma once
 
-// How long the banner took to be seen.
+// Measures how long the banner takes to appear.
 
 #include "TalvoConsentSDK/models/JSONValue.h"
 
 namespace TalvoConsentHost {
 
-/// Moments of the last banner. GUI thread.
+/// The times of the last banner. Call these functions on the GUI thread.
 class Timing {
  public:
-  /// showBanner is about to be called.
+  /// Call this right before showBanner.
   static void bannerRequested();
 
-  /// Notes when the banners' windows present frames, from now on.
+  /// From now on, records when the windows of banners present frames.
   static void watchBanners();
 
-  /// A switch is about to be tapped.
+  /// Call this right before tapping a switch.
   static void switchTapped();
 
-  /// Milliseconds; null for what has not happened.
+  /// The times in milliseconds; null for those that have not happened.
   static TalvoConsentSDK::JSONObject report();
 };
 

@@ -1,4 +1,4 @@
-// The sample host: an app's window with the SDK behind it, for people to try and for scripts to drive.
+// The sample host: an app window that uses the SDK, for people to try and for scripts to drive.
 
 #include <QGuiApplication>
 #include <QStandardPaths>
@@ -42,7 +42,7 @@ std::filesystem::path storeFile(const HostOptions& options) {
   return std::filesystem::path(folder.toStdString()) / "consent.sqlite";
 }
 
-/// Keeps the screen's content in line with what the SDK stores and tells.
+/// Updates the screen's content when the SDK stores a consent or reports an event.
 class HostModel {
  public:
   HostModel(std::shared_ptr<CookiesSDK> sdk, std::shared_ptr<Executor> mainActor, std::string apiUrl)
@@ -87,13 +87,14 @@ class HostModel {
   }
 
  private:
-  // The SDK's own threads may call back when the model is gone: what they are given shares its parts.
+  // Threads of the SDK may call back after the model has been destroyed, so callbacks hold a copy of these
+  // members.
   struct Log {
     std::shared_ptr<CookiesSDK> sdk;
     std::shared_ptr<Executor> mainActor;
     State<HostContent> content;
 
-    // From any thread.
+    // Thread-safe.
     void note(const std::string& line) const {
       mainActor->post([log = *this, line] {
         log.content.update([&](HostContent& shown) { shown.log.insert(shown.log.begin(), line); });

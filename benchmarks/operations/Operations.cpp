@@ -1,5 +1,5 @@
-// Ten operations whose instructions are counted. Each is made ready first; what counts is the call of
-// `talvoMeasured`, which a profiler toggles on. No time, no thread, no disk: the same count every time.
+// Ten operations whose instructions are counted. Each is prepared first; the profiler only counts during the
+// call of `talvoMeasured`. They use no clock, thread or disk, so the count is always the same.
 
 #include <algorithm>
 #include <cstdio>
@@ -36,7 +36,7 @@ void require(bool holds) {
   if (!holds) std::abort();
 }
 
-/// A banner with an open category, at a time that stands still.
+/// A banner with an open category, at a fixed time.
 struct Screen {
   Screen() {
     const ConsentBannerView banner = makeBanner(vendorCount);
@@ -156,7 +156,7 @@ const std::map<std::string, Operation (*)()>& operations() {
 }  // namespace
 }  // namespace TalvoConsentBenchmarks
 
-/// Without an argument it lists the operations.
+/// Runs the operation named by the argument; lists the operations if there is none.
 int main(int argc, char* argv[]) {
   const auto& all = TalvoConsentBenchmarks::operations();
   if (argc < 2) {
@@ -169,7 +169,7 @@ int main(int argc, char* argv[]) {
     return 2;
   }
   const auto operation = entry->second();
-  operation();  // what is made at first use does not count
+  operation();  // work done on first use does not count
   talvoMeasured(operation);
   return 0;
 }

@@ -2,5 +2,5 @@
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 
-// The adapters of this app's choice.
+// A platform with the adapters of this app.
 TalvoConsentSDK::Platform chosenPlatform();

@@ -1,4 +1,4 @@
-/* A host in C: a choice submitted over the flat interface, and what it raises.
+/* A host in C: submits a choice through the C interface and prints the events.
  *
  *   c-host URL [STORE]
  */
@@ -7,14 +7,16 @@
 #include <stdio.h>
 #include <talvo_consent.h>
 
-/* The exit status, once a background thread, where submissions are answered, has set it. */
+/* The exit status; -1 until the reply arrives, on a background thread. */
 static atomic_int status = -1;
 
 static void on_event(talvo_event event, void* user_data) {
   printf("event %d for %s\n", event, (const char*)user_data);
 }
 
-static void on_release(void* user_data) { printf("released %s\n", (const char*)user_data); }
+static void on_release(void* user_data) {
+  printf("released %s\n", (const char*)user_data);
+}
 
 static void on_reply(const talvo_error* error, const char* json, void* user_data) {
   (void)user_data;
@@ -44,7 +46,8 @@ int main(int count, char** arguments) {
   if (print_consent(sdk) != 0) return 1;
 
   for (talvo_event event = TALVO_ACCEPT_ALL; event <= TALVO_IDENTIFICATION_COMPLETE; ++event) {
-    talvo_cookies_add_listener(sdk, event, on_event, "the demo", event == TALVO_CONSENT_SENT ? on_release : NULL);
+    talvo_cookies_add_listener(sdk, event, on_event, "the demo",
+                               event == TALVO_CONSENT_SENT ? on_release : NULL);
   }
   const char* const choice = "{\"preferences\":true,\"statistics\":false,\"marketing\":[\"Adlantern\"]}";
   if (talvo_cookies_submit_consent(sdk, choice, on_reply, NULL) != TALVO_OK) {

@@ -1,6 +1,6 @@
 #pragma once
 
-// The host's own toolkit: a "screen" that prints the banner as text and answers it with one tap.
+// The host's own toolkit: a "screen" that prints the banner as text and answers it with a single tap.
 
 #include <algorithm>
 #include <cmath>
@@ -15,7 +15,7 @@
 namespace own {
 using namespace TalvoConsentSDK;
 
-// Every character is half as wide as it is high.
+// Every character is half as wide as the font size.
 class ConsoleMeasurer : public TextMeasurer {
  public:
   Size measure(std::string_view text, const Font& font, double width) override {
@@ -47,7 +47,7 @@ class ConsoleWindow : public Window {
   void makeKeyAndVisible() override {}
   void setAlpha(double) override {}
   void setHidden(bool) override {}
-  // A console does not fade. Once the banner is fully there, it is shown and answered.
+  // A console cannot fade. Once the banner is fully visible, prints it and answers it.
   void animateAlpha(double alpha, std::chrono::milliseconds, std::function<void()> completion) override {
     completion();
     if (alpha == 0) return;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The host's own HTTP: one blocking socket a request, plain http to the loopback host only. A session for
-// real use would follow redirects, too.
+// The host's own HTTP: one blocking socket per request, and plain http to the loopback host only. A real
+// session would also follow redirects.
 
 #include <algorithm>
 #include <chrono>
@@ -22,7 +22,7 @@ using namespace TalvoConsentSDK;
 
 class OwnSession : public URLSession {
  public:
-  // One request after another, on a thread that survives what a completion throws.
+  // Runs one request after another, on a thread that catches exceptions from completions.
   void run(URLRequest request, Completion completion) override {
     thread_.post([request = std::move(request), completion = std::move(completion)] {
       completion(exchange(request));

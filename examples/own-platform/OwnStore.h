@@ -1,7 +1,7 @@
 #pragma once
 
-// The host's own store: a file that is read once and replaced as a whole. A second process would not see what
-// this one stores.
+// The host's own store: a file that is read once and replaced as a whole. A second process would not see the
+// changes of this one.
 
 #include <cstdio>
 #include <filesystem>
@@ -23,11 +23,11 @@ class OwnStore : public UserDefaults {
   using Value = std::variant<Data, std::string>;
 
  public:
-  // Throws when there is a file that it cannot read, lest the next save replaces it.
+  // Throws if the file exists but cannot be read, because the next save would replace it.
   explicit OwnStore(std::filesystem::path file) : file_(std::move(file)) {
     std::ifstream in(file_, std::ios::binary);
     if (!in && std::filesystem::exists(file_)) throw std::runtime_error("The store cannot be read");
-    std::string kind, key, value;  // an entry: D or S, the key, the value
+    std::string kind, key, value;  // an entry: D (data) or S (string), the key, the value
     while (in >> kind >> std::quoted(key) >> std::quoted(value)) {
       values_[key] = kind == "D" ? Value(Data(value)) : Value(value);
     }
@@ -49,7 +49,7 @@ class OwnStore : public UserDefaults {
     return {};
   }
 
-  // A host that must survive a power cut also has to flush the file to the disk here.
+  // To survive a power cut, a host must also flush the file to the disk here.
   Result<void> synchronize() override {
     const std::scoped_lock guard(lock_);
     const std::filesystem::path fresh = file_.string() + ".new";

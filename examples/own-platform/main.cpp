@@ -1,4 +1,4 @@
-// A host that brings its own session, store and toolkit: nothing of libcurl, SQLite or Qt is linked.
+// A host with its own session, store and toolkit. It links neither libcurl nor SQLite nor Qt.
 //
 //   own-platform URL [STORE]
 

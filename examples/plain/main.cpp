@@ -1,4 +1,5 @@
-// A host with a main loop of its own and no toolkit: asks what is stored, submits a choice, listens.
+// A host with its own main loop and no toolkit. Reads the stored consent, listens to events and submits a
+// choice.
 //
 //   plain URL [STORE]
 
@@ -12,7 +13,7 @@ using namespace TalvoConsentSDK;
 int main(int count, char** arguments) {
   if (count < 2) return std::fprintf(stderr, "usage: plain URL [STORE]\n"), 2;
 
-  // The main loop is whatever drains this queue.
+  // The loop that drains this queue is the main loop.
   const auto mainQueue = std::make_shared<MainQueue>();
   Platform::install(makePosixPlatform(mainQueue, count > 2 ? arguments[2] : defaultStoreFile()));
   const auto sdk = CookiesSDK::createInstance(arguments[1], "demo");
@@ -21,15 +22,15 @@ int main(int count, char** arguments) {
   std::printf("stored: %s\n", stored ? std::string(rawValue(stored->status())).c_str() : "nothing");
 
   for (const auto& [event, name] : RawValues<ConsentEvent>::table) {
-    const auto told = [text = std::string(name)] { std::printf("event: %s\n", text.c_str()); };
-    sdk->addEventListener(event, std::make_shared<ConsentEventClosureCallback>(told, [] {}));
+    const auto print = [text = std::string(name)] { std::printf("event: %s\n", text.c_str()); };
+    sdk->addEventListener(event, std::make_shared<ConsentEventClosureCallback>(print, [] {}));
   }
 
   bool isDone = false;
   bool hasSucceeded = false;
   const BasicConsent choice(ConsentValue::all(), ConsentValue::none(), ConsentValue::partial({"Adlantern"}));
   sdk->submitConsent(choice, [&](const Result<ConsentResponse>& result) {
-    // This is a background thread; the host's own state belongs to the main one.
+    // This runs on a background thread; the host's state belongs to the main thread.
     mainQueue->post([&, result] {
       hasSucceeded = result.has_value();
       std::printf("%s\n", result ? ("submitted: " + result->id).c_str() : result.error().what());

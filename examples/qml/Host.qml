@@ -39,7 +39,7 @@ Window {
         }
     }
 
-    // Nobody may be there to tap: after two seconds the example accepts by itself, and ends.
+    // Without a user to tap, the example accepts by itself after two seconds, and ends.
     Timer {
         interval: 2000
         running: true

@@ -1,4 +1,4 @@
-// A Qt Quick host. All it does for consent is one line here and the ConsentSdk in Host.qml.
+// A Qt Quick host. Its only code for consent is one line here and the ConsentSdk in Host.qml.
 //
 //   qml-host URL [STORE]
 
@@ -17,6 +17,7 @@ int main(int count, char** arguments) {
   QQmlApplicationEngine engine;
   engine.rootContext()->setContextProperty(QStringLiteral("url"), given[1]);
   engine.rootContext()->setContextProperty(QStringLiteral("storeFile"), given.value(2));
-  engine.load(QUrl::fromLocalFile(QStringLiteral(HOST_QML)));  // its path; an app has it in its resources
+  // A path; an app would load it from its resources.
+  engine.load(QUrl::fromLocalFile(QStringLiteral(HOST_QML)));
   return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
 }

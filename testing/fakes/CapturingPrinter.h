@@ -1,6 +1,6 @@
 #pragma once
 
-// A printer that keeps what it was told.
+// A printer that records the lines it is given.
 
 #include <mutex>
 #include <string>

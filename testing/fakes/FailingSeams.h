@@ -1,6 +1,6 @@
 #pragma once
 
-// Wrappers that pass everything on until told to fail.
+// Wrappers that pass every call on until a test makes them fail.
 
 #include <atomic>
 #include <functional>
@@ -15,8 +15,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A device store of which reading, writing or both can fail, with an error or by throwing it. A failed write
-/// changes nothing.
+/// A device store whose reads, writes or both can be made to fail, by returning an error or by throwing it. A
+/// failed write changes nothing.
 class FailingUserDefaults : public UserDefaults {
  public:
   explicit FailingUserDefaults(std::shared_ptr<UserDefaults> inner) : inner_(std::move(inner)) {}
@@ -82,8 +82,8 @@ class FailingUserDefaults : public UserDefaults {
   const std::shared_ptr<UserDefaults> inner_;
 };
 
-/// A URL session that can lose every request, as a device without a network does. It reports that on
-/// `thread`, which stands for the session's own.
+/// A URL session that can fail every request, as on a device without a network. It reports these failures on
+/// `thread`, which stands for the session's own thread.
 class FailingURLSession : public URLSession {
  public:
   FailingURLSession(std::shared_ptr<URLSession> inner, std::shared_ptr<Executor> thread)
@@ -103,7 +103,7 @@ class FailingURLSession : public URLSession {
   const std::shared_ptr<Executor> thread_;
 };
 
-/// An executor that can throw instead of taking a job, or once it has taken it.
+/// An executor that can throw instead of taking a job, or right after taking it.
 class FailingExecutor : public Executor {
  public:
   explicit FailingExecutor(std::shared_ptr<Executor> inner) : inner_(std::move(inner)) {}

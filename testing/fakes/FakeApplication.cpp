@@ -38,7 +38,7 @@ bool FakeWindow::tap(Role role, const std::string& name) {
 
 std::shared_ptr<Window> FakeScene::makeWindow() {
   auto window = std::make_shared<FakeWindow>();
-  // One that is only watched still takes its memory.
+  // A weak pointer keeps the memory of its window allocated, so drop the expired ones.
   std::erase_if(windows_, [](const auto& each) { return each.expired(); });
   windows_.push_back(window);
   return window;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A host application without a screen: scenes and windows that only keep what they were told.
+// A host application without a screen: its scenes and windows only record the calls they receive.
 
 #include <chrono>
 #include <functional>
@@ -15,8 +15,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A window whose fades end when the test says so, and whose view is laid out with FixedWidthMeasurer
-/// metrics.
+/// A window whose fades end when the test says so. FixedWidthMeasurer measures the text of its view.
 class FakeWindow : public Window {
  public:
   void setRootViewController(std::shared_ptr<RootViewController> controller) override;
@@ -28,10 +27,11 @@ class FakeWindow : public Window {
   void animateAlpha(double target, std::chrono::milliseconds duration,
                     std::function<void()> completion) override;
 
-  /// Lets every fade that has begun end, in order.
+  /// Completes all running fades, in the order in which they began.
   void finishAnimations();
 
-  /// Taps the first enabled control with this role and name, in sight or not; false when there is none.
+  /// Taps the first enabled control with this role and name, even if it is scrolled out of sight. Returns
+  /// false if there is none.
   bool tap(Role role, const std::string& name);
 
   std::shared_ptr<HostingController> controller;
@@ -39,7 +39,7 @@ class FakeWindow : public Window {
   Color backgroundColor;
   bool isVisible = false;
   double alpha = 1;
-  std::vector<std::chrono::milliseconds> fades;  // the durations asked for, all of them
+  std::vector<std::chrono::milliseconds> fades;  // the durations of all fades so far
 
  private:
   struct Fade {
@@ -59,7 +59,7 @@ class FakeScene : public Scene {
   bool isWindowScene() const override { return isForWindows; }
   std::shared_ptr<Window> makeWindow() override;
 
-  /// The windows made so far that somebody still holds.
+  /// The windows made so far that are still alive.
   std::vector<std::shared_ptr<FakeWindow>> windows() const;
 
   ActivationState state;

@@ -1,6 +1,6 @@
 #pragma once
 
-// A URL session that answers as it was told to.
+// A URL session that answers with prepared outcomes.
 
 #include <deque>
 #include <map>
@@ -16,23 +16,23 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Answers each expected request with the outcomes prepared for it, in turn; the last one stays. A request
-/// that nobody prepared for fails, and is listed as unexpected.
+/// Answers each expected request with the outcomes prepared for it, in turn, and repeats the last one. A
+/// request without a prepared outcome fails and is listed as unexpected.
 class FakeURLSession : public URLSession {
  public:
-  /// Reports outcomes on `thread`, which stands for a session's own.
+  /// Reports outcomes on `thread`, which stands for a session's own thread.
   explicit FakeURLSession(std::shared_ptr<Executor> thread);
 
   void run(URLRequest request, Completion completion) override;
 
-  /// Prepares one more outcome for requests of this method and URL.
+  /// Adds an outcome for requests with this method and URL.
   void answer(const std::string& method, const std::string& url, Result<URLResponse> outcome);
   void answer(const std::string& method, const std::string& url, int statusCode, std::string body);
 
   /// All requests so far, in order.
   std::vector<URLRequest> requests() const;
 
-  /// "METHOD URL" of the requests that nobody prepared for.
+  /// "METHOD URL" of each request without a prepared outcome.
   std::vector<std::string> unexpected() const;
 
  private:

@@ -7,8 +7,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Every character is half as wide as the font is large, and lines are as far apart as the font says; both
-/// grow with the scale. Characters are code points; lines break at spaces.
+/// A character is half as wide as the font size, and a line is as high as the font's line height; both are
+/// multiplied by the scale. Characters are code points; lines break at spaces.
 class FixedWidthMeasurer : public TextMeasurer {
  public:
   explicit FixedWidthMeasurer(double scale = 1) : scale_(scale) {}

@@ -13,7 +13,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Keeps values until it is destroyed. Never fails.
+/// Keeps values until it is destroyed. No operation fails.
 class InMemoryUserDefaults : public UserDefaults {
  public:
   using Value = std::variant<Data, std::string>;

@@ -12,15 +12,16 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Keeps jobs until `runAll`. It stands for a thread: while it runs a job it is the current one.
+/// Keeps jobs until `runAll`. It stands for a thread: while it runs a job, it is the current thread.
 class ManualExecutor : public Executor {
  public:
   void post(std::function<void()> job) override;
 
-  /// Runs jobs on the calling thread until none is left, those posted meanwhile included; tells how many.
+  /// Runs jobs on the calling thread until none is left, including jobs posted meanwhile. Returns how many it
+  /// ran.
   std::size_t runAll();
 
-  /// Whether the calling thread is in one of this executor's jobs.
+  /// Whether the calling thread is running one of this executor's jobs.
   bool isCurrent() const;
 
  private:

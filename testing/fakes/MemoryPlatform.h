@@ -16,20 +16,21 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Fakes of every seam. Nothing happens until `settle` runs what is due; nothing takes time.
+/// A fake for every interface of the platform. Jobs and requests wait until `settle` runs them; no time
+/// passes.
 class MemoryPlatform {
  public:
   MemoryPlatform() { application->scenes = {scene}; }
 
-  /// Makes this the installed platform. Each fake can be replaced before.
+  /// Installs this platform. To replace a fake, assign the member before the call.
   void install();
 
-  /// Runs the executors and the session until all are idle.
+  /// Runs the executors and the session until they are all idle.
   void settle();
 
   std::shared_ptr<ManualExecutor> mainActor = std::make_shared<ManualExecutor>();
   std::shared_ptr<ManualExecutor> background = std::make_shared<ManualExecutor>();
-  std::shared_ptr<ManualExecutor> callbacks = background;  // as where a host has no more than one thread
+  std::shared_ptr<ManualExecutor> callbacks = background;  // as on a host with a single background thread
   std::shared_ptr<ManualExecutor> sessionThread = std::make_shared<ManualExecutor>();
   std::shared_ptr<FakeURLSession> session = std::make_shared<FakeURLSession>(sessionThread);
   std::shared_ptr<InMemoryUserDefaults> store = std::make_shared<InMemoryUserDefaults>();

@@ -137,7 +137,8 @@ std::string stackLine(const view::Stack& stack) {
   return line;
 }
 
-// What a view is called on a line of its own; nothing for one that stands behind what it wraps.
+// The text of a view that gets its own line; nothing for a wrapper, which is appended to the line of the view
+// that it wraps.
 struct OwnLine {
   std::optional<std::string> operator()(const view::Empty&) const { return "empty"; }
   std::optional<std::string> operator()(const view::Text& text) const {

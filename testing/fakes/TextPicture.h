@@ -1,6 +1,6 @@
 #pragma once
 
-// A view as indented text, for tests and for looking at.
+// A view as indented text, for tests and for people to read.
 
 #include <string>
 
@@ -9,13 +9,13 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// One line a view, children indented under it, components by what they show at first. What wraps a view
-/// stands behind it on its line, in the order of wrapping:
+/// Writes one line per view, with its children indented below it. A component appears as the views that it
+/// shows initially. Wrappers follow the view that they wrap on the same line, innermost first:
 ///
 ///     vertical leading | padding 12 | background #ffffffff radius 16
 ///       text "We value your privacy" headline bold #14181fff | padding 0 0 16 0
 ///
-/// Colours are RRGGBBAA, paddings top, leading, bottom, trailing.
+/// Colours are RRGGBBAA; paddings are in the order top, leading, bottom, trailing.
 TALVO_EXPORT std::string textPicture(const AnyView& view);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Visits the sample host through the platform's accessibility bus alone, as a screen reader would: reads and uses
-the banner, and hears what changes. Takes the host's command."""
+"""Uses the sample host only through the platform's accessibility bus, as a screen reader would: reads and operates
+the banner, and receives its events. The arguments are the host's command."""
 
 import json
 import subprocess
@@ -10,7 +10,7 @@ import time
 import pyatspi
 from gi.repository import GLib
 
-LANGUAGES = {  # the host's button for it, and what the banner calls things
+LANGUAGES = {  # by the label of the host's language button: the names of the banner's elements
     "English": ("Your privacy, your choice", "Accept all", "Reject all", "Manage preferences", "Marketing",
                 "Save choices"),
     "العربية": ("خصوصيتك، خيارك", "قبول الكل", "رفض الكل", "إدارة التفضيلات", "التسويق", "حفظ الاختيارات"),
@@ -19,19 +19,19 @@ heard = []
 
 
 def wait_for(look, what):
-    """Answers what `look` finds once it finds something."""
+    """Returns the result of `look` as soon as it is not empty."""
     end = time.time() + 10
     while time.time() < end:
         while GLib.MainContext.default().iteration(False):
             pass
         try:
             found = look()
-        except GLib.Error:  # what was looked at has just gone
+        except GLib.Error:  # the element has just been removed
             found = None
         if found:
             return found
         time.sleep(0.02)
-    sys.exit(f"not seen within 10 s: {what}; heard {heard}")
+    sys.exit(f"did not appear within 10 s: {what}; events: {heard}")
 
 
 def hears(event, name):
@@ -47,7 +47,7 @@ class Visit:
         return pyatspi.findDescendant(self.app, lambda each: each.getRole() == pyatspi.ROLE_DIALOG)
 
     def find(self, role, name, *states, inside=None, description=""):
-        """An element that is in all these states; without `inside`, of the banner."""
+        """Waits for an element with all these states, in `inside` or, by default, in the banner."""
         def look():
             within = inside or self.dialog()
             found = within and pyatspi.findDescendant(

@@ -1,4 +1,4 @@
-// Every operation of both clients from many threads at once, over the real session, store and threads.
+// Calls every operation of both clients from many threads at once, with the real session, store and threads.
 
 #include <atomic>
 #include <filesystem>

@@ -1,4 +1,4 @@
-// A process that ends while its requests are under way.
+// A process that exits while its requests are in flight.
 
 #include <iostream>
 #include <memory>
@@ -15,7 +15,7 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// A server in a process of its own, whose end is not what is tested.
+// A server in a separate process, so that its threads play no part in the exit that is tested.
 class ServerProcess {
  public:
   explicit ServerProcess(const TestCertificate* identity)
@@ -23,7 +23,7 @@ class ServerProcess {
         process_([=](const ProcessChannel& parent) {
           const LoopbackServer server([](auto&, auto& connection) { connection.reply(200, "{}"); }, identity);
           parent.send(server.port());
-          parent.receive<bool>();  // until the parent goes
+          parent.receive<bool>();  // until the parent ends
         }) {
     url += std::to_string(process_.channel->receive<int>().value()) + "/";
   }
@@ -34,7 +34,7 @@ class ServerProcess {
   ChildProcess process_;
 };
 
-// Sends one request after another and never stops.
+// Sends one request after another, without end.
 void keepAsking(CurlURLSession& session, const std::string& url, const char* method) {
   URLRequest request(*URL::parse(url));
   request.method = method;
@@ -54,7 +54,8 @@ TEST(CurlExitTest, EndsWithoutACrash) {
     ChildProcess child([&](const ProcessChannel&) {
       CurlOptions options;
       options.certificates = identity.certificate();
-      static auto& session = *new CurlURLSession(options);  // as a process-wide platform's
+      // Never destroyed, like the session of a process-wide platform.
+      static auto& session = *new CurlURLSession(options);
       for (const char* method : {"GET", "GET", "GET", "POST"}) {
         keepAsking(session, (run % 2 == 0 ? plain : safe)->url, method);
       }

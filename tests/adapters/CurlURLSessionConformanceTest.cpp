@@ -1,4 +1,4 @@
-// The libcurl session and the example's own under the conformance suite, against a real server.
+// Runs the conformance suite on the libcurl session and the example's session, with a real server.
 
 #include "examples/own-platform/OwnSession.h"
 #include "testing/LoopbackBackend.h"

@@ -1,5 +1,5 @@
-// What the libcurl session does beyond the conformance suite: the wire, redirects, connections. Bad networks
-// are in NetworkFaultsTest.
+// Tests of the libcurl session beyond the conformance suite: the bytes sent, redirects and connections.
+// NetworkFaultsTest covers bad networks.
 
 #include <atomic>
 #include <chrono>
@@ -22,7 +22,7 @@ using ::testing::Not;
 using Connection = LoopbackServer::Connection;
 using Received = LoopbackServer::Request;
 
-// The code of a failure of the session; 0 of a success.
+// The error code of an outcome; 0 for success.
 int codeOf(const Result<URLResponse>& outcome) {
   if (outcome) return 0;
   const auto* error = outcome.error().as<PlatformError>();
@@ -97,7 +97,7 @@ TEST(CurlURLSession, RefusesWhatCannotBeSentBeforeAnyTraffic) {
   EXPECT_EQ(server.connections(), 0);
 }
 
-// A proxy would receive whatever is sent to another host; the loopback host must never be reached through it.
+// A proxy receives requests to other hosts, but must never receive requests to the loopback host.
 TEST(CurlURLSession, SendsPlainHTTPToTheLoopbackHostOnly) {
   LoopbackServer proxy([](auto& request, auto& connection) { connection.reply(200, request.target); });
   LoopbackServer server([](auto& request, auto& connection) {
@@ -108,7 +108,7 @@ TEST(CurlURLSession, SendsPlainHTTPToTheLoopbackHostOnly) {
   CurlURLSession session;
   for (const std::string host : {"127.0.0.1", "127.1.2.3", "localhost", "LocalHost", "[::1]"}) {
     const auto outcome = await(session, makeRequest("GET", server.url("/", host)));
-    // Connecting may fail, since the server listens on one address only.
+    // Connecting may fail, because the server listens on one address only.
     EXPECT_TRUE(outcome ? outcome->body == "direct" : codeOf(outcome) == 7) << host << failure(outcome);
   }
   auto refused = tableOf<1>("network/refused.txt");
@@ -167,7 +167,7 @@ TEST(CurlURLSession, FollowsTwentyRedirectsAndLeavesOriginsWithoutCredentials) {
     const bool first = request.target == "/";
     connection.reply(first ? 308 : 200, "theirs", first ? "Location: /then\r\n" : "");
   });
-  // "/302" goes to the other origin at once, "/here/302" within this one first.
+  // "/302" redirects to the other origin at once, "/here/302" first redirects within this one.
   LoopbackServer server([&](const Received& request, Connection& connection) {
     const std::string& target = request.target;
     const std::string next = target == "/"                 ? "/x y\xc3\xa9/302"
@@ -223,7 +223,7 @@ TEST(CurlURLSession, ReusesConnections) {
 
 TEST(CurlURLSession, RepeatsAGetAsOftenAsNeeded) {
   LoopbackServer server([connection = 0](const Received& request, Connection& answer) mutable {
-    if (request.connection == connection) return answer.close();  // it takes one request
+    if (request.connection == connection) return answer.close();  // each connection takes one request
     connection = request.connection;
     answer.reply(200);
   });
@@ -259,7 +259,7 @@ TEST(CurlURLSession, WritesNoSecretsWhereTheEnvironmentAsksForThem) {
   LoopbackServer server([](auto&, auto& connection) { connection.reply(200); }, identity);
   SecureCurlURLSession session;
   EXPECT_TRUE(await(session, makeRequest("GET", server.url("/", "localhost"))));
-  EXPECT_TRUE(std::ifstream(file)) << "libcurl was asked";
+  EXPECT_TRUE(std::ifstream(file)) << "libcurl did not open the key log";
   EXPECT_EQ(contentOf(file), "");
 }
 
@@ -267,7 +267,7 @@ TEST(CurlURLSession, RunsManyRequestsAtOnce) {
   constexpr int count = 200;
   std::atomic<int> waiting = 0;
   LoopbackServer server([&](const Received& request, Connection& connection) {
-    ++waiting;  // nobody is answered before all have asked
+    ++waiting;  // no request is answered before all have arrived
     for (int now = waiting; now < count; now = waiting) waiting.wait(now);
     waiting.notify_all();
     connection.reply(200, request.body);
@@ -308,7 +308,7 @@ TEST(CurlURLSession, ReportsAClosedSessionToWhatIsInFlight) {
   }
   check(20);
 
-  // The last reference may go in a completion.
+  // A completion may release the last reference.
   auto session = std::make_shared<CurlURLSession>();
   session->run(makeRequest("GET", server.url("/stalled")), outcomes.completion());
   Outcomes last;
@@ -349,7 +349,7 @@ TEST(CurlURLSession, CountsBytesAndTimeBeyond32Bits) {
 TEST(CurlURLSession, IsNotMadeWhereItCouldNotWork) {
   CurlOptions missing;
   missing.certificates = "/nowhere/ca.pem";
-  EXPECT_THROW(CurlURLSession{missing}, PlatformError);  // initialises libcurl, too
+  EXPECT_THROW(CurlURLSession{missing}, PlatformError);  // this also initialises libcurl
   rlimit before{};
   getrlimit(RLIMIT_NOFILE, &before);
   const rlimit none{0, before.rlim_max};

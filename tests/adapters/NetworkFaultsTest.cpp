@@ -1,5 +1,5 @@
-// Networks, servers and certificates that misbehave, through the real session on libcurl. The tables are
-// tests/golden/network/faults.txt and http2.txt, whose heads say how to read them.
+// Faults of networks, servers and certificates, through the real libcurl session. The tables are
+// tests/golden/network/faults.txt and http2.txt, whose headers explain the columns.
 
 #include <chrono>
 #include <list>
@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // "STATUS BODY" or "error CODE TEXT".
-std::string told(const Result<URLResponse>& outcome) {
+std::string described(const Result<URLResponse>& outcome) {
   if (!outcome) {
     const auto* error = outcome.error().as<PlatformError>();
     EXPECT_TRUE(error && error->domain() == "CURL");
@@ -32,18 +32,18 @@ std::string told(const Result<URLResponse>& outcome) {
          (body.size() < 100 ? body : std::to_string(body.size()) + " bytes");
 }
 
-// How a row has to end: in this way, soon, and with no more memory than it says.
+// One row: the fault, the outcome that must follow soon, and the limit of memory.
 struct Fault {
   std::string name, script, mebibytes, end, text;
 
-  // Gives by how many KiB the process has grown.
+  // Returns by how many KiB the process has grown.
   long run(CurlURLSession& session, URLRequest request) const {
     SCOPED_TRACE(request.method + " " + name);
     const bool stalls = end == "error 28", pauses = script.find("pause") != script.npos;
     request.timeout = stalls || pauses || end == "error" ? 250ms : 5000ms;
     const long before = startOfPeak();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_THAT(told(await(session, request)), AllOf(StartsWith(end + " "), HasSubstr(text)));
+    EXPECT_THAT(described(await(session, request)), AllOf(StartsWith(end + " "), HasSubstr(text)));
     const auto took = std::chrono::steady_clock::now() - start;
     EXPECT_TRUE(took < 10s && took >= (stalls ? 250ms : 0ms));
     const long grown = residentMemory("VmHWM:") - before;
@@ -90,9 +90,9 @@ TEST(NetworkFaults, OverHTTP2EndInTheirOwnErrorAndSendABodyOnce) {
     EXPECT_LE(server.seen(request.body.value_or("no body")), std::stoul(maxSeen[1]));
     auto next = makeRequest("GET", servers[""]->url("/good", "localhost"));
     next.timeout = 5s;
-    EXPECT_EQ(told(await(session, next)), "200 good");
+    EXPECT_EQ(described(await(session, next)), "200 good");
   }
-  std::cout << "grown by at most " << maxGrown << " KiB where no body is kept\n";
+  std::cout << "grew by at most " << maxGrown << " KiB in rows that keep no body\n";
 }
 
 TEST(NetworkFaults, EndInTheirOwnErrorInBoundedTimeAndMemory) {
@@ -139,9 +139,9 @@ TEST(NetworkFaults, EndInTheirOwnErrorInBoundedTimeAndMemory) {
     maxGrown = std::max(maxGrown, fault.run(session, makeRequest("GET", url + "/" + name)));
     SCOPED_TRACE(name);
     for (const char* next : {"plain", "tls localhost 0 2"})
-      EXPECT_EQ(told(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
+      EXPECT_EQ(described(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
   }
-  std::cout << "grown by at most " << maxGrown << " KiB where no large body is kept\n";
+  std::cout << "grew by at most " << maxGrown << " KiB in rows that keep no large body\n";
 }
 
 }  // namespace

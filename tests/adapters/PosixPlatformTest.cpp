@@ -26,7 +26,7 @@ TEST(PosixPlatform, KeepsConsentsInThePersonsOwnFolder) {
   const auto runCopy =
       "folder=$(mktemp -d) && cp /proc/$PPID/exe $folder/adapter_tests && COPY_OF_THE_TEST=1 "
       "$folder/adapter_tests --gtest_filter=PosixPlatform.* && rmdir $folder";
-  EXPECT_TRUE(isCopy || std::system(runCopy) == 0) << "where an update has replaced the program";
+  EXPECT_TRUE(isCopy || std::system(runCopy) == 0) << "after an update replaced the program";
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #pragma once
 
-// A folder for stores on SQLite, what else may work on one there, and a test with a store's file.
+// Helpers for tests of the SQLite store: a temporary folder, another connection to a file, and a fixture.
 
 #include <filesystem>
 #include <fstream>
@@ -38,7 +38,7 @@ inline void write(const fs::path& file, const std::string& content) {
   std::ofstream(file, std::ios::binary) << content;
 }
 
-// Another program at work on the same file.
+// Stands for another program that uses the same file.
 class OtherConnection {
  public:
   explicit OtherConnection(const fs::path& file) { sqlite3_open(file.c_str(), &connection_); }

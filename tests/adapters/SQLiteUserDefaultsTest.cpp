@@ -1,4 +1,4 @@
-// The store on SQLite: several processes, processes that are killed, files that others move or remove.
+// The SQLite store: several processes, killed processes, and files that others move or remove.
 
 #include <chrono>
 #include <csignal>
@@ -24,14 +24,14 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// As patient as a busy machine needs where many threads and processes take turns.
-std::shared_ptr<UserDefaults> openPatiently(const fs::path& file) {
+// With a timeout long enough for a busy machine on which many threads and processes take turns.
+std::shared_ptr<UserDefaults> openWithLongTimeout(const fs::path& file) {
   return std::make_shared<SQLiteUserDefaults>(file, std::chrono::minutes(1));
 }
 
 struct InSQLite {
   TemporaryFolder folder;
-  std::shared_ptr<UserDefaults> open() { return openPatiently(folder.file()); }
+  std::shared_ptr<UserDefaults> open() { return openWithLongTimeout(folder.file()); }
   static int kills() { return repetitions("TALVO_TEST_KILLS", 50); }
   static int saves() { return repetitions("TALVO_TEST_SAVES", 10); }
   ~InSQLite() {
@@ -42,11 +42,11 @@ struct InSQLite {
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, UserDefaultsConformance, InSQLite);
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, DurabilityConformance, InSQLite);
 
-// In place of a damaged file, which all processes find.
+// All processes find a damaged file first.
 struct InDamagedSQLite {
   TemporaryFolder folder;
   InDamagedSQLite() { write(folder.file(), std::string(20'000, 'x')); }
-  std::shared_ptr<UserDefaults> open() { return openPatiently(folder.file()); }
+  std::shared_ptr<UserDefaults> open() { return openWithLongTimeout(folder.file()); }
   static int saves() { return InSQLite::saves(); }
   ~InDamagedSQLite() {
     EXPECT_EQ(contentOf(folder.file().string() + ".damaged-1").size(), 20'000u);
@@ -59,7 +59,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, SharingConformance, Shared);
 TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
   {
     SQLiteUserDefaults store(file);
-    EXPECT_FALSE(fs::exists(file)) << "opened before it is used";
+    EXPECT_FALSE(fs::exists(file)) << "the constructor opened the file";
     store.set("k", Data("v")).value();
     for (const char* suffix : {"", "-wal", "-shm"}) {
       EXPECT_EQ(fs::status(file.string() + suffix).permissions(), fs::perms(0600)) << suffix;
@@ -71,22 +71,24 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
 }
 
-// A caller with a deadline waits no longer than that, also for a thread that goes on waiting.
+// A caller with a deadline does not wait longer than that, even if another thread holds the store and keeps
+// waiting.
 TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
-  constexpr auto patience = std::chrono::milliseconds::max();
-  SQLiteUserDefaults store(file, patience);
+  constexpr auto noLimit = std::chrono::milliseconds::max();
+  SQLiteUserDefaults store(file, noLimit);
   store.set("k", Data("old")).value();
-  const fs::path plainFile = file.parent_path() / "plain.db";  // has no write-ahead log yet
+  const fs::path plainFile = file.parent_path() / "plain.db";  // without a write-ahead log
   OtherConnection other(file), plain(plainFile), alone(file.parent_path() / "alone.db");
   other.execute("BEGIN IMMEDIATE");
   plain.execute("CREATE TABLE t(x); BEGIN IMMEDIATE");
   alone.execute("BEGIN EXCLUSIVE");
-  const fs::path stopped = file.parent_path() / "stopped.db";  // whose writer stands still in its work
+  // Its writer has stopped in the middle of a change.
+  const fs::path stopped = file.parent_path() / "stopped.db";
   OtherConnection halfway(stopped);
   halfway.execute("PRAGMA journal_mode = WAL; CREATE TABLE t(x); BEGIN IMMEDIATE");
   std::fstream(stopped.string() + "-shm", std::ios::in | std::ios::out) << std::string(96, '\0');
   std::thread writer([&] {
-    const StoreDeadline none(patience);
+    const StoreDeadline none(noLimit);
     EXPECT_TRUE(store.set("k", Data("new")));
   });
   const auto start = std::chrono::steady_clock::now();
@@ -95,7 +97,7 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
     EXPECT_THAT(store.remove("k").error().what(), HasSubstr(file.string()));
     EXPECT_FALSE(store.commit({}));
     for (const char* each : {"store.db", "plain.db", "alone.db", "stopped.db"})
-      EXPECT_FALSE(SQLiteUserDefaults(file.parent_path() / each, patience).set("k", Data("mine"))) << each;
+      EXPECT_FALSE(SQLiteUserDefaults(file.parent_path() / each, noLimit).set("k", Data("mine"))) << each;
   }
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
   other.execute("COMMIT");
@@ -103,7 +105,8 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   EXPECT_EQ(store.data("k").value(), Data("new"));
 }
 
-// One process holds the store open, others open it afterwards; none of them was forked from one that has it.
+// One process has the store open, and others open it afterwards. None of them is forked from a process that
+// has it open.
 TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
   const fs::path root = file.parent_path().parent_path();
   const auto shell = [&](const std::string& command) {
@@ -153,20 +156,20 @@ TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
   SQLiteUserDefaults store(file);
   store.set("choice", Data("ours")).value();
   shell("rm -r app; touch app");
-  EXPECT_FALSE(store.set("choice", Data("new"))) << "where no store can be";
+  EXPECT_FALSE(store.set("choice", Data("new"))) << "the path cannot hold a store";
   shell("rm app");
-  EXPECT_EQ(store.data("choice").value(), Data("ours")) << "a failed change, or what was there before";
+  EXPECT_EQ(store.data("choice").value(), Data("ours")) << "lost by a failed change";
 }
 
 TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
-  const std::string somebody = "somebody@example.com";
+  const std::string email = "somebody@example.com";
   const auto isLeft = [&] {
     return std::ranges::any_of(fs::directory_iterator(file.parent_path()), [&](const auto& each) {
-      return contentOf(each.path()).find(somebody) != std::string::npos;
+      return contentOf(each.path()).find(email) != std::string::npos;
     });
   };
   fs::create_directories(file.parent_path());
-  OtherConnection earlier(file);  // a version that did not wipe
+  OtherConnection earlier(file);  // an earlier version, which did not wipe
   earlier.execute(
       "PRAGMA secure_delete = OFF; PRAGMA user_version = 1; CREATE TABLE defaults("
       "  key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT NULL, value BLOB NOT NULL) WITHOUT ROWID;"
@@ -179,17 +182,17 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
 
   for (int n = 0; n < 40; ++n) {
     const std::string key = std::to_string(n);
-    store.commit({{key, Data(std::string(500, 'x') + somebody)}, {key + key, std::string(300, 'y')}}).value();
+    store.commit({{key, Data(std::string(500, 'x') + email)}, {key + key, std::string(300, 'y')}}).value();
   }
   for (int n = 0; n < 40; ++n) store.set(std::to_string(n), Data("z")).value();
   for (const auto& next : {StoreChange("user", std::monostate()), StoreChange("user", std::string("else"))}) {
-    store.set("user", somebody).value();
+    store.set("user", email).value();
     store.commit({next}).value();
     EXPECT_FALSE(isLeft());
   }
 
-  store.set("user", somebody).value();
-  earlier.execute("BEGIN; SELECT * FROM defaults");  // now a reader that keeps the log in use
+  store.set("user", email).value();
+  earlier.execute("BEGIN; SELECT * FROM defaults");  // a reader that keeps the log in use
   store.remove("user").value();
   ASSERT_TRUE(isLeft());
   earlier.execute("COMMIT");
@@ -197,7 +200,7 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
   EXPECT_FALSE(isLeft());
 }
 
-// Somebody else lengthens and shortens the file, at any step at which it is looked at.
+// Another process extends and truncates the file between any two checks of it.
 TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
   {
     SQLiteUserDefaults(file).set("k", Data("v")).value();
@@ -226,7 +229,7 @@ TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
   EXPECT_THAT(printer->take(), IsEmpty());
 }
 
-// No descriptor may be left for a look at the log, while values stand only there.
+// The process may have no descriptor left to read the log, while some values are only in the log.
 TEST_F(SQLiteUserDefaultsTest, FindsNoDamageWhereDescriptorsAreMissing) {
   SQLiteUserDefaults store(file);
   store.set("k", Data(std::string(20'000, 'x'))).value();
@@ -243,7 +246,7 @@ TEST_F(SQLiteUserDefaultsTest, FindsNoDamageWhereDescriptorsAreMissing) {
     ::setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_TRUE(!found || found->has_value()) << left;
   }
-  std::fstream(file.string() + "-wal").seekp((1LL << 32) + 99).put('\0');  // more than 32 bits count
+  std::fstream(file.string() + "-wal").seekp((1LL << 32) + 99).put('\0');  // beyond 32 bits
   EXPECT_TRUE(SQLiteUserDefaults(file).data("k").value());
   EXPECT_THAT(printer->take(), IsEmpty());
 }
@@ -252,23 +255,23 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   SQLiteUserDefaults first(file);
   SQLiteUserDefaults second(file);
   for (SQLiteUserDefaults* store : {&first, &second}) store->set("k", Data("v")).value();
-  // The write makes both forget the pages they know; the checkpoint leaves nothing in the journal.
+  // The write makes both connections drop their cached pages; the checkpoint empties the journal.
   OtherConnection(file).execute("DELETE FROM defaults; PRAGMA wal_checkpoint(TRUNCATE)");
   write(file, std::string(20'000, 'x'));
   first.set("k", Data("after")).value();
   EXPECT_EQ(second.data("k").value(), Data("after"));
   EXPECT_EQ(printer->take().size(), 1u);
 
-  // Others wait while somebody opens or sets aside a store of the folder, and look again afterwards.
+  // Others wait while a store in the folder is being opened or set aside, and check again afterwards.
   OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
   write(file, std::string(20'000, 'y'));
-  const int somebody = ::open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC);
-  ::flock(somebody, LOCK_SH);
+  const int otherHolder = ::open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC);
+  ::flock(otherHolder, LOCK_SH);
   EXPECT_FALSE(SQLiteUserDefaults(file, std::chrono::milliseconds(20)).data("k"));
   EXPECT_THAT(printer->take(), IsEmpty());
   std::thread waiting([&] { EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), std::nullopt); });
   fs::rename(file, file.string() + ".damaged-2");
-  ::close(somebody);
+  ::close(otherHolder);
   waiting.join();
   EXPECT_THAT(printer->take(), IsEmpty());
 

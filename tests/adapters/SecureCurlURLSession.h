@@ -6,7 +6,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Trusts servers that have its identity, and speaks HTTP/2 with them where they do.
+/// Trusts servers with its identity, and uses HTTP/2 if they support it.
 class SecureCurlURLSession : public CurlURLSession {
  public:
   SecureCurlURLSession() : CurlURLSession(options()) {}

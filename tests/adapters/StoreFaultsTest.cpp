@@ -1,4 +1,4 @@
-// The store on SQLite over damaged files and on bad disks.
+// The SQLite store with damaged files and on faulty disks.
 
 #include <algorithm>
 #include <chrono>
@@ -20,13 +20,13 @@ const Data filler(std::string(900, 'x'));
 const Texts others = words("a1 a2 a3 a4 a5 a6 z1 z2 z3 z4 z5 z6");
 
 template <class T>
-std::string told(const Result<T>& outcome) {
+std::string described(const Result<T>& outcome) {
   if (outcome) return "saved";
   const auto* error = outcome.error().template as<PlatformError>();
   return "error " + std::to_string(error->code() & 0xFF) + " " + error->what();
 }
 
-// The table is tests/golden/store/faults.txt, whose head says how to read it.
+// The table is tests/golden/store/faults.txt, whose header explains the columns.
 class StoreFaultsTest : public SQLiteUserDefaultsTest {
  protected:
   StoreFaultsTest() {
@@ -70,7 +70,7 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     damagedJournal = contentOf(journalFile);
   }
 
-  // The way back for what can be undone; damage cannot.
+  // Undoes the fault, except for damage, which cannot be undone.
   void end() {
     other.reset();
     limitFiles(RLIM_INFINITY);
@@ -80,7 +80,7 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     fs::permissions(file, fs::perms(0600));
   }
 
-  // Root may read and write everything.
+  // Root ignores permissions, so the process gives up its rights.
   void becomeOrdinary() {
     if (user != 0) return;
     constexpr uid_t nobody = 65534;
@@ -97,10 +97,10 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     ::setrlimit(RLIMIT_FSIZE, &limit);
   }
 
-  // What the store gives, and that no value is lost: each is there, or in a file set aside.
+  // Returns what the store reads. Checks that no value is lost: each is in the store or in a file set aside.
   std::string reading(SQLiteUserDefaults& store, bool isEmpty) {
     const auto value = store.data(key);
-    if (!value) return told(value);
+    if (!value) return described(value);
     for (const std::string& each : others) {
       const auto there = store.data(each);
       EXPECT_TRUE(isEmpty || !there || *there == filler || fs::exists(aside)) << each;
@@ -122,10 +122,10 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     EXPECT_TRUE(read == "kept" ? isKept : seen.starts_with(read == "old" ? old : read)) << seen;
 
     const Data large(std::string(300'000, 'n'));
-    EXPECT_THAT(told(store.set(key, large)), StartsWith(save));
-    EXPECT_THAT(told(store.replace(key, Data(old), large)), StartsWith(save));
-    EXPECT_THAT(told(store.commit({{"a1", Data("changed")}, {key, large}})), StartsWith(save));
-    EXPECT_TRUE(fault.starts_with("full") || told(store.remove("nothing")).starts_with(save));
+    EXPECT_THAT(described(store.set(key, large)), StartsWith(save));
+    EXPECT_THAT(described(store.replace(key, Data(old), large)), StartsWith(save));
+    EXPECT_THAT(described(store.commit({{"a1", Data("changed")}, {key, large}})), StartsWith(save));
+    EXPECT_TRUE(fault.starts_with("full") || described(store.remove("nothing")).starts_with(save));
     EXPECT_TRUE(save == "saved" || damaged.empty() || contentOf(file) == damaged);
     end();
     EXPECT_TRUE(store.data(key).value() == (save == "saved" ? large : Data(old)));

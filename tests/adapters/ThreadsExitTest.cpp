@@ -16,11 +16,11 @@
 
 #include "testing/ChildProcess.h"
 
-// A process that ends while its background thread is at work.
+// A process that exits while its background thread is busy.
 namespace TalvoConsentSDK {
 namespace {
 
-// Posts a job that posts itself again, and returns once it runs.
+// Posts a job that posts itself again. Returns once the job runs.
 void keepBusy(const std::shared_ptr<BackgroundThread>& thread) {
   struct Again {
     std::weak_ptr<BackgroundThread> thread;
@@ -41,7 +41,7 @@ struct Ending {
   std::function<void()> leave;
 };
 
-// Never destroyed, as a process-wide platform's threads are.
+// Never destroyed, like the threads of a process-wide platform.
 std::shared_ptr<BackgroundThread>& leaked() {
   static auto& threads = *new std::list<std::shared_ptr<BackgroundThread>>;
   return threads.emplace_back(std::make_shared<BackgroundThread>());
@@ -111,7 +111,7 @@ TEST(ParkedThreadTest, LeavesTheSignalsAsTheyWereWhereNoThreadCanStart) {
   EXPECT_EQ(sigismember(&blocked, SIGTERM), 0);
 }
 
-// A child has its parent's exit handlers and objects, but not its threads: it waits for none.
+// A child has its parent's exit handlers and objects, but not its threads, so it must not wait for them.
 TEST(ParkedThreadTest, IsNotWaitedForInAForkedChild) {
   for (const bool isDestroyed : {true, false}) {
     std::promise<void> stopped;

@@ -26,9 +26,9 @@ std::string ConsentServiceProcess::url() const {
   return firstLine_.substr(firstLine_.rfind(' ') + 1);
 }
 
-std::unique_ptr<httplib::Client> ConsentServiceProcess::client(int patience) const {
+std::unique_ptr<httplib::Client> ConsentServiceProcess::client(int timeout) const {
   auto client = std::make_unique<httplib::Client>(url());
-  client->set_read_timeout(patience);
+  client->set_read_timeout(timeout);
   client->enable_server_certificate_verification(false);
   return client;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-// The consent service as a child process, with a client for it, and other programs that run to their end.
+// Runs the consent service as a child process, and other programs until they end.
 
 #include <memory>
 #include <string>
@@ -12,22 +12,21 @@
 
 namespace TalvoConsentSDK::testing {
 
-/// Starts the service on a free port of the loopback address and waits until it listens. It is killed at the
-/// end unless it was stopped before.
+/// Starts the service on a free port of the loopback address and waits until it listens. The destructor kills
+/// it unless it has been stopped.
 class ConsentServiceProcess {
  public:
   explicit ConsentServiceProcess(Texts options = {});
 
-  /// What it printed when it was ready; empty when it ended instead.
+  /// The line that it printed when it was ready; empty if it ended instead.
   const std::string& firstLine() const { return firstLine_; }
   std::string url() const;
   std::string process() const { return std::to_string(service_.process()); }
 
-  /// A client of its own per call, that waits so many seconds for a reply.
-  std::unique_ptr<httplib::Client> client(int patience = 30) const;
+  /// A new client that waits up to `timeout` seconds for a reply.
+  std::unique_ptr<httplib::Client> client(int timeout = 30) const;
 
-  /// Asks it to end with SIGTERM and returns its exit status, or the number of the signal that ended it,
-  /// negated.
+  /// Sends SIGTERM. Returns its exit status, or the negated number of the signal that ended it.
   int stop();
 
  private:
@@ -35,7 +34,7 @@ class ConsentServiceProcess {
   std::string firstLine_;
 };
 
-/// Runs a command in the shell. Returns what it printed, and "exit" with its status where that is not 0.
+/// Runs a shell command. Returns its output, followed by "exit" and its status if that is not 0.
 std::string printedBy(const std::string& command);
 
 }  // namespace TalvoConsentSDK::testing

@@ -1,4 +1,4 @@
-// The local consent service, as the program that clients meet: started, asked over HTTP, and stopped.
+// Tests the local consent service as a program: starts it, sends HTTP requests, and stops it.
 
 #include <algorithm>
 #include <array>
@@ -26,7 +26,7 @@ using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::Values;
 
-// A text whose stand-ins are replaced.
+// Replaces the keys in a text by their values.
 std::string filled(std::string text, const std::map<std::string, std::string>& values) {
   for (const auto& [name, value] : values) {
     for (auto at = text.find(name); at != text.npos; at = text.find(name, at + value.size()))
@@ -35,7 +35,7 @@ std::string filled(std::string text, const std::map<std::string, std::string>& v
   return text;
 }
 
-// A path that no other test uses; what is there in the end is removed.
+// A path that no other test uses. The destructor removes the file.
 class TemporaryFile : public std::string {
  public:
   explicit TemporaryFile(const std::string& name)
@@ -45,10 +45,10 @@ class TemporaryFile : public std::string {
   ~TemporaryFile() { std::filesystem::remove(c_str()); }
 };
 
-// Each file in tests/apps/exchanges holds options, and requests (method, path, body) with what is answered:
-// the status and, unless nothing follows, a part of the body or, after "not", what is no part of it. URL
-// stands for the service's own, FIRST for the first identifier that it gave, STORE for a file. "restart" ends
-// the service and starts another.
+// Each file in tests/apps/exchanges holds options, and pairs of lines: a request (method, path, body), and
+// the expected status, followed by part of the body or, after "not", by a text that the body must not
+// contain. Without a text, the body must be empty. URL stands for the service's URL, FIRST for the first
+// identifier that it returned, and STORE for a file. "restart" restarts the service.
 class Exchanges : public TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(All, Exchanges, Values("consents", "documents", "refusals", "faults"),
                          [](const auto& each) { return each.param; });
@@ -121,10 +121,10 @@ TEST(ConsentService, EndsCleanlyWithConnectionsOpenAndRequestsUnanswered) {
   EXPECT_EQ(service.stop(), 0);
   waiting.join();
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20))
-      << "idle connections last thirty";
+      << "idle connections would last thirty seconds";
 }
 
-// A client that sends what it likes, and reads when it likes.
+// A client that sends any bytes and only reads when asked to.
 class RawClient {
  public:
   explicit RawClient(const ConsentServiceProcess& service) {
@@ -139,7 +139,7 @@ class RawClient {
   RawClient(const RawClient&) = delete;
   ~RawClient() { close(socket_); }
 
-  /// Whether it was taken; an answer ends it.
+  /// Returns whether the service took the text. Stops when the service answers or closes the connection.
   bool send(std::string_view text) const {
     while (!text.empty()) {
       pollfd ready{socket_, POLLIN | POLLOUT, 0};
@@ -159,7 +159,7 @@ class RawClient {
   const int socket_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
 };
 
-// A text in which `"a"*9` stands for nine of them, and \n for the end of a line.
+// Expands `"a"*9` to nine times "a", and \n to a line end.
 std::string expanded(std::string text) {
   for (std::size_t from = text.find('"'); from != text.npos; from = text.find('"')) {
     const std::size_t to = text.find("\"*", from);
@@ -173,7 +173,7 @@ std::string expanded(std::string text) {
 
 // The table is tests/golden/service/bounds.txt.
 TEST(ConsentService, BoundsWhatAClientSendsInSizeAndTime) {
-  const ConsentServiceProcess service({"--patience", "300"});
+  const ConsentServiceProcess service({"--client-timeout", "300"});
   const TemporaryFile zeros(".gz");
   ASSERT_EQ(printedBy("head -c 300000000 /dev/zero | gzip -1 >" + zeros), "");
   const std::string bomb = contentOf(zeros);
@@ -193,13 +193,13 @@ TEST(ConsentService, BoundsWhatAClientSendsInSizeAndTime) {
 
 TEST(ConsentService, ServesOthersBesideSlowClients) {
   const ConsentServiceProcess service;
-  std::string unread;  // replies
+  std::string unread;  // requests whose replies the client does not read
   for (int i = 0; i < 40; ++i) unread += "GET /public/cookies/large HTTP/1.1\r\nHost: a\r\n\r\n";
   const std::string slow[] = {"", "GET /", "POST / HTTP/1.1\r\nHost: a\r\nContent-Length: 10\r\n\r\n{"};
   std::deque<RawClient> crowd;
   for (int i = 0; i < 400; ++i) crowd.emplace_back(service).send(i % 50 == 3 ? unread : slow[i % 3]);
   EXPECT_TRUE(service.client(20)->Get("/public/banner-customization/demo"));
-  EXPECT_THAT(crowd.front().statusLine(), "none") << "the oldest made room";
+  EXPECT_THAT(crowd.front().statusLine(), "none") << "the oldest connection was ended";
 }
 
 }  // namespace

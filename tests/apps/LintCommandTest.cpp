@@ -1,4 +1,4 @@
-// The check of sites' documents, as the program that prints its findings.
+// Tests the lint command, which checks the documents of sites and prints findings.
 
 #include <filesystem>
 #include <fstream>
@@ -21,7 +21,7 @@ TEST(LintCommand, IsSilentOnTheShippedSites) {
   EXPECT_THAT(lint(TALVO_TEST_DATA "/golden/images"), EndsWith("exit 1\n"));
 }
 
-// Shipped sites with one text in one file replaced, and the finding.
+// Each row replaces one text in one file of the shipped sites and gives the expected finding.
 TEST(LintCommand, FindsEveryFault) {
   const fs::path copy = fs::path(::testing::TempDir()) / ("talvo-lint-" + std::to_string(getpid()));
   const auto table = tableOf<4>("lint/faults.txt");

@@ -1,5 +1,5 @@
-// The flat interface against a server on the loopback address: what comes back, on which thread, and what is
-// refused.
+// The C interface with a server on the loopback address: results, threads of callbacks, and refused
+// arguments.
 
 #include <atomic>
 #include <filesystem>
@@ -126,7 +126,7 @@ TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
   talvo_cookies_remove_all_listeners(sdk);
   EXPECT_EQ(heard.releases, 3);
 
-  // Without a window nothing is shown: the callbacks are given back, and none of them was called.
+  // Without a window nothing is shown: the callbacks are released, and none is called.
   talvo_banner_callbacks banner{};
   banner.on_error = [](const talvo_error*, void* other) { ++static_cast<Heard*>(other)->replies; };
   banner.user_data = &heard;

@@ -1,4 +1,4 @@
-// The QML type beside a host that has a platform and a client of its own.
+// The QML type in a host that has its own platform and client.
 
 #include "bindings/qml/ConsentSdk.h"
 #include "tests/core/ClientTest.h"
@@ -17,7 +17,7 @@ class QmlTest : public ClientTest {
     static std::string toText(const QVariant& consent) {
       return consent.toMap().isEmpty() ? "none" : consent.toMap().firstKey().toStdString();
     }
-    Texts consents;  // the first member of each
+    Texts consents;  // the name of the first member of each consent
   };
 };
 
@@ -32,12 +32,12 @@ TEST_F(QmlTest, LeavesAloneWhatIsNotItsOwnAndTellsOfEveryChange) {
   first->componentComplete();
   EXPECT_EQ(Platform::current().printer, platform.printer);
   platform.settle();
-  EXPECT_THAT(first->consents, ElementsAre("none", "marketing")) << "given implicitly";
+  EXPECT_THAT(first->consents, ElementsAre("none", "marketing")) << "implicit consent";
   newRequests();
   auto second = std::make_unique<Item>();
   second->componentComplete();
   platform.settle();
-  EXPECT_THAT(newRequests(), IsEmpty()) << "the language stays";
+  EXPECT_THAT(newRequests(), IsEmpty()) << "the language has not changed";
   second->identify("u");
   platform.settle();
   EXPECT_EQ(first->consents.back(), "id");
@@ -48,10 +48,10 @@ TEST_F(QmlTest, LeavesAloneWhatIsNotItsOwnAndTellsOfEveryChange) {
   while (platform.background->runAll() + platform.sessionThread->runAll() > 0) {
   }
   EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll()));
-  EXPECT_EQ(platform.mainActor->runAll(), 0u) << "nobody listens any more";
+  EXPECT_EQ(platform.mainActor->runAll(), 0u) << "no listeners are left";
 }
 
-// As when a host's store, or its printer, runs an event loop that loads the QML.
+// This happens if a host's store or printer runs an event loop that loads the QML.
 TEST_F(QmlTest, FailsWhereTheClientIsBeingCreated) {
   Item item;
   QStringList failures;

@@ -1,4 +1,4 @@
-// The executors that know no toolkit, under the conformance suite.
+// Runs the conformance suite on the executors that need no toolkit.
 
 #include <future>
 
@@ -29,7 +29,7 @@ struct BackgroundDriver {
   static constexpr bool isBackground = true;
   BackgroundThread executor;
   void settle() {
-    // What a job posts stands behind the first mark, so each mark waits for one generation of jobs.
+    // Jobs that a job posts are queued behind the first mark, so each mark waits for one generation of jobs.
     for (int generation = 0; generation < 3; ++generation) {
       std::promise<void> reached;
       executor.post([&] { reached.set_value(); });

@@ -1,4 +1,4 @@
-// The in-memory sessions under the conformance suite.
+// Runs the conformance suite on the in-memory sessions.
 
 #include <algorithm>
 

@@ -15,7 +15,7 @@ struct FailingButHealthy : InMemory {
   std::shared_ptr<UserDefaults> open() { return std::make_shared<FailingUserDefaults>(shared); }
 };
 
-// The example's, in a file that lives as long as the test.
+// The example's store, in a file that is removed after the test.
 struct OwnFile {
   const std::string file = ::testing::TempDir() + "own-store-" + std::to_string(getpid());
   std::shared_ptr<UserDefaults> shared = std::make_shared<own::OwnStore>(file);

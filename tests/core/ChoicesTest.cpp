@@ -1,8 +1,9 @@
-// A person's choice in any order of what can happen: sequences of steps, each life of a process in one of its
-// own, against a model of what must be stored. The steps: "decide:x" and "refused:x" submit x, which the
-// service takes or not; "ask:x" submits it and leaves it unanswered; "identify:u", "forget", "restart";
-// "yes:n" and "no:n" answer what is unanswered, "replies" all of it; "store:fine", "store:fixed" (nothing can
-// be written) and "store:broken"; "die:n" ends the process at the n-th operation on the store from then on.
+// Checks that a user's choice survives any order of events. Runs sequences of steps, with a new process after
+// each restart, and compares the stored values with a model. The steps: "decide:x" and "refused:x" submit x,
+// which the service accepts or refuses; "ask:x" submits x and leaves the request unanswered; "identify:u",
+// "forget" and "restart"; "yes:n" and "no:n" answer an open request, and "replies" accepts all open requests;
+// "store:fine", "store:fixed" (cannot be written) and "store:broken" set the state of the store; "die:n" ends
+// the process at the n-th operation on the store from then on.
 
 #include <map>
 #include <random>
@@ -17,12 +18,12 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// What is stored, consents by the vendor that they name: "-" for none, "all" for an implicit one.
+// The stored values. A consent is written as its vendor, "-" for none and "all" for an implicit one.
 struct Kept {
   std::string consent = "-", original = "-", user = "-";
 
   std::string text() const { return consent + " " + original + " " + user; }
-  // As it is once what is owed has been restored.
+  // The values after a restore that is still due.
   Kept restored() const { return user == "-" && original != "-" ? Kept{original, "-", "-"} : *this; }
   friend bool operator==(const Kept&, const Kept&) = default;
 };
@@ -39,16 +40,16 @@ std::string nameOf(const std::optional<BasicConsent>& consent) {
   return consent->preferences ? "all" : consent->marketing->items().at(0);
 }
 
-// What one process leaves to the next, in memory that they share.
-struct Estate {
+// The memory that the processes share: what one process leaves for the next.
+struct SharedMemory {
   char values[3][256] = {};
   char store[16] = "fine", fault[256] = {};
-  std::size_t next = 0;  // step
+  std::size_t next = 0;  // the next step
 
-  static Estate& made() {
+  static SharedMemory& made() {
     static void* const memory =
-        mmap(nullptr, sizeof(Estate), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    return *new (memory) Estate();
+        mmap(nullptr, sizeof(SharedMemory), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return *new (memory) SharedMemory();
   }
   template <std::size_t size>
   static void put(char (&field)[size], const std::string& text) {
@@ -60,28 +61,28 @@ struct Estate {
   }
 };
 
-// The service knows a consent of these users.
+// The service has a consent of these users.
 bool isKnown(const std::string& user) {
   return user == "ann" || user == "ben";
 }
 
 enum class Kind { login, decision, implicit };
 
-// A question to the service: of whom ("-" for nobody), what was decided, and when.
+// A request to the service: for which user ("-" for none), which decision, and when.
 struct Asked {
   Kind kind;
   std::string user = "-", consent = "-";
   int number = 0, identity = 0, decisions = 0;
 };
 
-// The law: what is stored is the latest decision of whoever it belongs to. A user without one inherits when
-// they are identified, implicit consent replaces none, and a reply counts only while nothing was decided or
-// changed since.
+// The expected behaviour: the store holds the latest decision of the current user. A user without a decision
+// inherits one when identified, implicit consent never replaces a decision, and a reply counts only if
+// nothing has been decided or changed since the request.
 struct Model {
   Kept kept;
   bool isFine = true, isReadable = true, inherits = false;
-  std::vector<std::string> unwritten;  // who has been identified, "-" for nobody
-  std::string user = "?";              // as far as the process knows
+  std::vector<std::string> unwritten;  // identified users, "-" for none
+  std::string user = "?";              // as known to the process, "?" if unknown
   std::vector<Asked> asked;
   int identity = 0, decisions = 0, number = 0;
   std::map<std::string, int> latest;
@@ -138,7 +139,8 @@ struct Model {
     after.isFine = true;
     after.write();
     after.file(question);
-    if (!isFine && !(isReadable && after.kept == kept)) return;  // what stands there already is not written
+    // Values that are already stored are not written.
+    if (!isFine && !(isReadable && after.kept == kept)) return;
     after.isFine = isFine;
     *this = after;
   }
@@ -162,16 +164,16 @@ struct Unanswered : URLSession {
   std::vector<std::pair<URLRequest, Completion>> requests;
 };
 
-class Life {
+class ClientProcess {
  public:
-  Life(const Texts& steps, Estate& estate) : steps_(steps), estate_(estate) {
+  ClientProcess(const Texts& steps, SharedMemory& shared) : steps_(steps), shared_(shared) {
     if (has("one-by-one")) platform_.userDefaults = std::make_shared<OneByOne>(platform_.store);
     platform_.install();
     Platform installed = Platform::current();
     installed.urlSession = service_;
     Platform::install(installed);
     for (std::size_t i = 0; i < 3; ++i) {
-      const std::string value = estate.values[i];
+      const std::string value = shared.values[i];
       if (!value.empty())
         (i == 2 ? platform_.store->set(keys[i], value) : platform_.store->set(keys[i], Data(value))).value();
     }
@@ -180,17 +182,17 @@ class Life {
     };
   }
 
-  [[noreturn]] void live() {
-    setStore(estate_.store);
+  [[noreturn]] void run() {
+    setStore(shared_.store);
     model_.begin(stored(), has("implicit"));
     client_ = CookiesSDK::createInstance("https://service.example/", "s");
     platform_.settle();
-    answer(0, true);  // the site's configuration
+    answer(0, true);  // the site's configuration request
     check();
-    for (; estate_.next < steps_.size(); ++estate_.next) {
-      const std::string& step = steps_[estate_.next];
+    for (; shared_.next < steps_.size(); ++shared_.next) {
+      const std::string& step = steps_[shared_.next];
       if (step == "restart") {
-        ++estate_.next;
+        ++shared_.next;
         break;
       }
       take(step.substr(0, step.find(':')), step.substr(step.find(':') + 1));
@@ -202,16 +204,19 @@ class Life {
  private:
   bool has(const char* word) const { return std::ranges::count(steps_, word) > 0; }
 
-  // In the midst of a step: one commit is made or not; without commits nobody's decision is the old or the
-  // new one.
+  // Ends the process in the middle of a step. The last commit was made completely or not at all; in a store
+  // without commits, the anonymous decision must be the old one or the new one.
   void die() {
     const Kept found = stored().restored();
-    const auto nobodys = [](const Kept& each) { return each.user == "-" ? each.consent : each.original; };
-    const auto isLike = [&](const Kept& each) {
-      return has("one-by-one") ? nobodys(found) == nobodys(each) : found == each;
+    const auto anonymousConsent = [](const Kept& each) {
+      return each.user == "-" ? each.consent : each.original;
     };
-    if (!isLike(before_.kept) && !isLike(written_.kept) && !isLike(model_.kept)) fail("left " + found.text());
-    ++estate_.next;
+    const auto matches = [&](const Kept& each) {
+      return has("one-by-one") ? anonymousConsent(found) == anonymousConsent(each) : found == each;
+    };
+    if (!matches(before_.kept) && !matches(written_.kept) && !matches(model_.kept))
+      fail("left " + found.text());
+    ++shared_.next;
     leave();
   }
 
@@ -244,7 +249,7 @@ class Life {
   }
 
   void answer(std::size_t index, bool isYes) {
-    if (index >= service_->requests.size()) return fail("asked nothing");
+    if (index >= service_->requests.size()) return fail("sent no request");
     const auto [request, completion] = service_->requests[index];
     service_->requests.erase(service_->requests.begin() + static_cast<std::ptrdiff_t>(index));
     const std::string path = request.url.text(), user = path.substr(path.rfind('/') + 1);
@@ -259,7 +264,7 @@ class Life {
   }
 
   void setStore(const std::string& how) {
-    Estate::put(estate_.store, how);
+    SharedMemory::put(shared_.store, how);
     platform_.userDefaults->failsToWrite = how != "fine";
     platform_.userDefaults->failsToRead = how == "broken";
     model_.isFine = how == "fine";
@@ -269,26 +274,26 @@ class Life {
   Kept stored() const {
     for (std::size_t i = 0; i < 3; ++i) {
       const auto data = platform_.store->data(keys[i]).value();
-      Estate::put(estate_.values[i],
-                  data ? data->bytes : platform_.store->string(keys[i]).value().value_or(""));
+      SharedMemory::put(shared_.values[i],
+                        data ? data->bytes : platform_.store->string(keys[i]).value().value_or(""));
     }
-    return estate_.kept();
+    return shared_.kept();
   }
 
   void check() {
     if (model_.isFine) model_.write();
-    Model told = model_;  // as this process goes by it, also while nothing can be written
-    told.isFine = true;
-    told.write();
+    Model current = model_;  // what the client must return, even if the store cannot be written
+    current.isFine = true;
+    current.write();
     const std::string name = nameOf(client_->getConsent());
-    if (name != (model_.isReadable ? told.kept.consent : "-")) fail("tells of " + name);
+    if (name != (model_.isReadable ? current.kept.consent : "-")) fail("returns " + name);
     if (stored().restored() != model_.kept) fail("stored " + stored().text());
-    if (service_->requests.size() != model_.asked.size()) fail("asked otherwise");
+    if (service_->requests.size() != model_.asked.size()) fail("sent other requests");
   }
 
   void fail(const std::string& what) {
-    Estate::put(estate_.fault, what + " at step " + std::to_string(estate_.next) + ", where the law says " +
-                                   model_.kept.text());
+    SharedMemory::put(shared_.fault, what + " at step " + std::to_string(shared_.next) +
+                                         ", where the model expects " + model_.kept.text());
     leave();
   }
 
@@ -298,25 +303,25 @@ class Life {
   }
 
   const Texts& steps_;
-  Estate& estate_;
+  SharedMemory& shared_;
   MemoryPlatform platform_;
   std::shared_ptr<Unanswered> service_ = std::make_shared<Unanswered>();
   std::shared_ptr<CookiesSDK> client_;
   Model model_;
-  Model before_, written_;  // by the step under way, and by it once it has repeated what is unwritten
+  Model before_, written_;  // before the current step, and after it has repeated failed writes
   int left_ = 0;
 };
 
-// Plays the steps, each life in a process of its own; tells the fault, if any.
-std::string play(const Texts& steps, Estate& estate = Estate::made()) {
-  while (estate.next < steps.size() && !*estate.fault) {
+// Runs the steps, with a new process after each restart. Returns the failure, or an empty text.
+std::string play(const Texts& steps, SharedMemory& shared = SharedMemory::made()) {
+  while (shared.next < steps.size() && !*shared.fault) {
     const pid_t child = fork();
-    if (child == 0) Life(steps, estate).live();
+    if (child == 0) ClientProcess(steps, shared).run();
     int status = 0;
     waitpid(child, &status, 0);
     if (status != 0) return "the process crashed";
   }
-  return estate.fault;
+  return shared.fault;
 }
 
 Texts randomSteps(unsigned seed) {
@@ -339,7 +344,8 @@ TEST(ChoicesTest, HoldInAnyOrder) {
   for (int seed = first; seed < first + count; ++seed) {
     Texts steps = randomSteps(static_cast<unsigned>(seed));
     std::string fault = play(steps);
-    for (std::size_t i = 0; !fault.empty() && i < steps.size();) {  // what is not needed goes
+    // Drop the steps that the failure does not need.
+    for (std::size_t i = 0; !fault.empty() && i < steps.size();) {
       Texts fewer = steps;
       fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
       const std::string same = play(fewer);
@@ -352,13 +358,13 @@ TEST(ChoicesTest, HoldInAnyOrder) {
 
 TEST(ChoicesTest, HoldInEveryOrder) {
   for (const auto& [found, steps, left] : tableOf<3>("orders.txt")) {
-    Estate& estate = Estate::made();
+    SharedMemory& shared = SharedMemory::made();
     const Texts values = words(found);
     for (std::size_t i = 0; i < 3; ++i) {
-      if (values[i] != "-") Estate::put(estate.values[i], i == 2 ? values[i] : consentOf(values[i]));
+      if (values[i] != "-") SharedMemory::put(shared.values[i], i == 2 ? values[i] : consentOf(values[i]));
     }
-    EXPECT_EQ(play(words(steps), estate), "") << found << " | " << steps;
-    EXPECT_EQ(estate.kept().text(), left) << found << " | " << steps;
+    EXPECT_EQ(play(words(steps), shared), "") << found << " | " << steps;
+    EXPECT_EQ(shared.kept().text(), left) << found << " | " << steps;
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// The client over a platform in memory. It is a singleton: each test needs a process of its own.
+// Fixture for tests of the client on a platform in memory. The client is a singleton, so each test needs its
+// own process.
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 #include "TalvoConsentSDK/models/FullConsent.h"
@@ -19,13 +20,13 @@ class ClientTest : public ::testing::Test {
     platform.session->answer(method, root + path, status, reply);
   }
 
-  /// Creates the client for site "s", which is configured so.
+  /// Creates the client for site "s" with this configuration.
   std::shared_ptr<CookiesSDK> create(const std::string& configuration = "{}") {
     answer("GET", "cookies/s/configurations", 200, configuration);
     return CookiesSDK::createInstance("https://service.example/", "s");
   }
 
-  /// The same, with what it does at creation done and forgotten.
+  /// Creates the client, runs the work of its creation, and drops the requests and lines recorded so far.
   std::shared_ptr<CookiesSDK> created(const std::string& configuration = "{}") {
     const auto client = create(configuration);
     platform.settle();
@@ -34,7 +35,7 @@ class ClientTest : public ::testing::Test {
     return client;
   }
 
-  /// "METHOD path" of the requests since the last call, and " for USER" of a consent that is a user's.
+  /// "METHOD path" of the requests since the last call, followed by " for USER" if the consent has a user.
   Texts newRequests() {
     Texts texts;
     const auto all = platform.session->requests();
@@ -46,8 +47,8 @@ class ClientTest : public ::testing::Test {
     return texts;
   }
 
-  /// Under the keys "basicConsent", "originalConsent" and "userId" of the site: what is stored, "none" for
-  /// nothing, and a way to store it.
+  /// Reads and writes the stored values of the site. `key` is "basicConsent", "originalConsent" or "userId";
+  /// "none" stands for no value.
   std::string stored(const std::string& key) const {
     const auto data = platform.store->data(prefix + key + ".s").value();
     return data ? data->bytes : platform.store->string(prefix + key + ".s").value().value_or("none");
@@ -58,7 +59,7 @@ class ClientTest : public ::testing::Test {
     (key == "userId" ? platform.store->set(full, value) : platform.store->set(full, Data(value))).value();
   }
 
-  /// Notes in `trace` what happens, and where.
+  /// Appends an event, and the thread on which it happened, to `trace`.
   void note(const std::string& what) {
     trace.push_back(what + (platform.mainActor->isCurrent()    ? " on main"
                             : platform.background->isCurrent() ? " in background"
@@ -77,7 +78,7 @@ class ClientTest : public ::testing::Test {
   const std::string prefix = "com.talvo.consent.";
   MemoryPlatform platform;
   Texts trace;
-  bool throws = false;  // what notes something throws then
+  bool throws = false;  // makes `note` throw
   std::size_t seen = 0;
 };
 

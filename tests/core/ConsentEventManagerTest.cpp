@@ -38,7 +38,7 @@ TEST_F(ConsentEventManagerTest, DeliversInOrderToWhoIsRegistered) {
   EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "aba");
   manager.removeAllListeners();
   EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "");
-  EXPECT_EQ(a.use_count(), 1) << "no longer held";
+  EXPECT_EQ(a.use_count(), 1) << "the manager still holds the listener";
 }
 
 TEST_F(ConsentEventManagerTest, LetsListenersChangeTheRegistry) {
@@ -47,7 +47,7 @@ TEST_F(ConsentEventManagerTest, LetsListenersChangeTheRegistry) {
                       listener("b", [this] { manager.addListener(Event::acceptAll, listener("c")); }));
   manager.addListener(Event::consentSent, listener("d"));
   EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "ab")
-      << "this delivery goes on, later ones change";
+      << "changes apply to later deliveries only";
   EXPECT_EQ(traceOf({Event::acceptAll}), "c");
 }
 

@@ -21,7 +21,7 @@ TEST_F(ClientTest, IsOneInstanceForEver) {
   platform.mainActor->runAll();
   platform.background->runAll();
   platform.sessionThread->runAll();
-  EXPECT_EQ(platform.background->runAll(), 1u) << "replies are decoded off the main thread";
+  EXPECT_EQ(platform.background->runAll(), 1u) << "replies are decoded in the background";
   platform.settle();
   EXPECT_THAT(newRequests(), ElementsAre(configurations));
 }
@@ -44,17 +44,17 @@ TEST_F(ClientTest, WarmsUpForANewLanguage) {
   answer("GET", "banner-customization/s?lng=fr", 500, "down");
   store("basicConsent", "{}");
   const auto client = created();
-  for (const auto& [language, requests, told] : tableOf<3>("languages.txt")) {
+  for (const auto& [language, requests, reported] : tableOf<3>("languages.txt")) {
     client->setLanguage(language);
     EXPECT_THAT(newRequests(), IsEmpty());
     platform.settle();
     EXPECT_EQ(joined(newRequests()), requests) << language;
-    EXPECT_EQ(joined(platform.printer->take()), told) << language;
+    EXPECT_EQ(joined(platform.printer->take()), reported) << language;
   }
   EXPECT_TRUE(platform.store->values().size() == 1u && stored("basicConsent") == "{}");
 }
 
-// Clients of a host that is late to install its platform, or forgets to.
+// Clients of a host that installs its platform late or never.
 TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
   ::testing::internal::CaptureStdout();
   const auto client = CookiesSDK::createInstance("https://service.example", "s");
@@ -84,7 +84,7 @@ TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
   platform.session->answer("POST", root + "consent", 200, "{}");
   platform.session->answer("GET", root + "banner-customization/s?lng=en", 500, "down");
   platform.install();
-  MemoryPlatform().install();  // too late for them
+  MemoryPlatform().install();  // too late: the clients keep the first platform
   platform.settle();
   EXPECT_EQ(platform.session->requests().size(), 2u) << "the configuration and the user's consent";
   EXPECT_EQ(client->getConsent()->id, "c");
@@ -98,7 +98,7 @@ TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
   }));
 }
 
-// A host's store and printer are called while the client is made.
+// The host's store and printer are called while the client is being created.
 TEST_F(ClientTest, IsThereForOtherThreadsOnceItIsMade) {
   std::thread other;
   std::shared_ptr<CookiesSDK> seenElsewhere;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr auto opening = 400ms;
 
-// A store whose first reading has to open it.
+// A store whose first read is slow, because it has to open the store.
 class SlowStore : public InMemoryUserDefaults {
  public:
   Result<std::optional<Data>> data(std::string_view key) override {
@@ -26,7 +26,7 @@ class SlowStore : public InMemoryUserDefaults {
   std::once_flag opened_;
 };
 
-// A session that answers nothing while the main actor works: what waited for it there would wait for ever.
+// A session that does not answer while the main actor is busy: code that waited there for a reply would hang.
 class HeldSession : public URLSession {
  public:
   explicit HeldSession(std::shared_ptr<URLSession> inner) : inner_(std::move(inner)) {}
@@ -36,7 +36,7 @@ class HeldSession : public URLSession {
       std::unique_lock guard(lock_);
       const bool isFree =
           freed_.wait_for(guard, 20s, [this, before = count_] { return count_ != before || !isHeld_; });
-      EXPECT_TRUE(isFree) << "the main actor waits for a reply";
+      EXPECT_TRUE(isFree) << "the main actor is waiting for a reply";
       guard.unlock();
       inner_->run(request, completion);
     });
@@ -113,7 +113,7 @@ TEST_F(ClientTest, WaitsForTheStoreAtCreationOnlyAndNeverForTheNetwork) {
   for (const auto& window : platform.scene->windows()) window->finishAnimations();
 }
 
-// A store in which the first save waits, as for another process, until it is let through.
+// A store whose first save blocks, as if waiting for another process, until the test releases it.
 struct WaitingStore : InMemoryUserDefaults {
   Result<void> commit(const std::vector<StoreChange>& changes) override {
     std::call_once(first, [this] {
@@ -143,7 +143,7 @@ TEST_F(ClientTest, ReturnsFromIdentifyWhileASaveWaitsAndRepeatsItAfterwards) {
   EXPECT_TRUE(waiting->values().empty());
   waiting->released.set_value();
   saving.join();
-  // The save is done, the login waits for the next operation.
+  // The save is done; storing the login waits for the next operation.
   EXPECT_EQ(waiting->values().size(), 1u);
   client->getConsent();
   EXPECT_EQ(waiting->string(prefix + "userId.s").value(), "u");

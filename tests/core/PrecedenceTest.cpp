@@ -1,5 +1,5 @@
-// What becomes of a person's choice: each source of a consent over each kind of stored one, with the network
-// and the store in order and not. The table is tests/golden/precedence.txt, whose head says how to read it.
+// Which choice is kept: each source of a consent with each kind of stored consent, with a working and a
+// failing network and store. The table is tests/golden/precedence.txt, whose header explains the columns.
 
 #include "TalvoConsentSDK/platform/Spawn.h"
 
@@ -50,7 +50,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
                                                     : object;
       platform.session->answer("GET", root + "cookies/s/configurations", 200, site);
       client = CookiesSDK::createInstance("https://service.example/", "s");
-      EXPECT_THAT(newRequests(), IsEmpty()) << "before it has returned";
+      EXPECT_THAT(newRequests(), IsEmpty()) << "sent before the call returned";
       noteEvents(*client);
     }
     if (verb == "identify") client->identify(object);
@@ -83,7 +83,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "unwritable") unwritable = object;
     if (verb == "stored") store("basicConsent", object);
     if (verb == "gone") platform.store->remove(prefix + object + ".s").value();
-    if (verb == "until")  // the next request of this method is under way
+    if (verb == "until")  // runs jobs until a request with this method has been sent
       while (newRequests().empty() || !platform.session->requests().back().method.starts_with(object))
         if (platform.mainActor->runAll() + platform.background->runAll() == 0)
           platform.sessionThread->runAll();
@@ -92,12 +92,12 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
   }
 
   std::shared_ptr<CookiesSDK> client;
-  std::string unreadable, unwritable;  // the key that fails, or "all", or "nothing"
-  int reads = 0, failingRead = 0;      // of the consent; reads are counted from 1
+  std::string unreadable, unwritable;  // the failing key, "all" or "nothing"
+  int reads = 0, failingRead = 0;      // reads of the consent, counted from 1
 };
 
 TEST_P(PrecedenceTest, Holds) {
-  const auto& [name, before, steps, requested, after, told] = GetParam();
+  const auto& [name, before, steps, requested, after, reported] = GetParam();
   const Texts keys{"basicConsent", "originalConsent", "userId"};
   const auto state = [&] {
     Texts values;
@@ -117,7 +117,7 @@ TEST_P(PrecedenceTest, Holds) {
     trace.push_back(line.substr(0, line.find(" UserDefaults: ")));
     if (trace.back().starts_with("⚠️ ")) trace.back().erase(0, std::string("⚠️ ").size());
   }
-  EXPECT_EQ(joined(trace), told);
+  EXPECT_EQ(joined(trace), reported);
 }
 
 INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(tableOf<6>("precedence.txt")),

@@ -10,7 +10,7 @@ class Answering : public URLSession {
   Result<URLResponse> outcome = PlatformError("net", 1, "offline");
 };
 
-// Who the person is stands in no line and no error of ours, whatever goes wrong.
+// No printed line and no error contains the user's identifier, whatever fails.
 TEST(SecretsTest, AreNotTold) {
   MemoryPlatform fakes;
   fakes.install();
@@ -20,8 +20,8 @@ TEST(SecretsTest, AreNotTold) {
   Platform::install(platform);
   const auto client = CookiesSDK::createInstance("https://service.example/", "s");
   const auto topics = TalvoConsent::getInstance("t", "p", "secret-token", "https://service.example/");
-  Texts told;
-  const auto note = [&](const auto& result) { told.push_back(failure(result)); };
+  Texts reported;
+  const auto note = [&](const auto& result) { reported.push_back(failure(result)); };
   std::vector<Result<URLResponse>> outcomes{session->outcome};
   for (const auto& [status, body, typed, untyped] : tableOf<4>("network/replies.txt"))
     outcomes.emplace_back(replyOf(status, body));
@@ -29,12 +29,12 @@ TEST(SecretsTest, AreNotTold) {
     session->outcome = outcome;
     for (const bool storeFails : {false, true}) {
       fakes.userDefaults->failsToRead = fakes.userDefaults->failsToWrite = storeFails;
-      // The last two make no URL and no JSON.
+      // The second cannot be part of a URL, and the third cannot be encoded as JSON.
       for (const std::string user : {"secret", "secret user", "secret\xFF"}) {
         client->identify(user);
         fakes.settle();
         client->submitConsent(BasicConsent::acceptAll(), note);
-        client->showBanner({}, {}, {}, [&](const Error& error) { told.push_back(error.what()); });
+        client->showBanner({}, {}, {}, [&](const Error& error) { reported.push_back(error.what()); });
         topics->submitConsent(user + "@x.example", {{1, true}}, note);
         fakes.settle();
         client->removeIdentity();
@@ -43,10 +43,10 @@ TEST(SecretsTest, AreNotTold) {
     }
   }
   const Texts printed = fakes.printer->take();
-  EXPECT_GT(told.size(), 100u);
+  EXPECT_GT(reported.size(), 100u);
   EXPECT_GT(printed.size(), 100u);
-  told.insert(told.end(), printed.begin(), printed.end());
-  EXPECT_THAT(told, Each(::testing::Not(HasSubstr("secret"))));
+  reported.insert(reported.end(), printed.begin(), printed.end());
+  EXPECT_THAT(reported, Each(::testing::Not(HasSubstr("secret"))));
 }
 
 }  // namespace

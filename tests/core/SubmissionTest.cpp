@@ -5,7 +5,7 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// A host's own coroutine, which has no executor.
+// A host's own coroutine type, without an executor.
 struct Coroutine {
   struct promise_type {
     Coroutine get_return_object() { return {}; }
@@ -53,7 +53,7 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
   while (platform.mainActor->runAll() + platform.background->runAll() + platform.sessionThread->runAll() >
          0) {
   }
-  EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll())) << "though callbacks are blocked";
+  EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll())) << "even while callbacks are blocked";
   EXPECT_THAT(std::exchange(trace, {}), ElementsAre("IdentificationComplete on main"));
   platform.callbacks->post([this] { note("between"); });
   EXPECT_TRUE(platform.callbacks->runAll() == 3 && platform.callbacks->runAll() == 0);
@@ -63,7 +63,7 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
   EXPECT_EQ(trace.back(), "second in background");
 }
 
-// Executors that take no job: each operation still ends, once, on the caller's thread.
+// If the executors refuse jobs, each operation still ends exactly once, on the caller's thread.
 TEST_F(ClientTest, EndsOnceWhereExecutorsTakeNoJobs) {
   for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
   answer("GET", "banner-customization/s?lng=en", 500, "down");

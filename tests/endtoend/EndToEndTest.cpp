@@ -1,5 +1,5 @@
-// The sample host against the consent service, both as programs: what the host prints and what the service is
-// sent. Each file in tests/endtoend/visits is one visit: options, a script, and what came of it.
+// Runs the sample host and the consent service as programs, and compares what the host prints and the service
+// receives. Each file in tests/endtoend/visits is one visit: options, a script, and the expected output.
 
 #include <algorithm>
 #include <filesystem>
@@ -17,8 +17,9 @@ namespace {
 namespace fs = std::filesystem;
 using std::regex;
 
-// A line without what differs from run to run. Of a view the switches and how they stand. Empty for what only
-// says that a command is done, or that a banner has ended, which may be before or after its callback.
+// Removes what differs between runs from a line, and reduces a view to its switches and their values. Returns
+// an empty text for lines that only say that a command is done or that a banner has ended, which can come
+// before or after its callback.
 std::string inShort(const std::string& line) {
   static const regex done(R"re(\{"((settled|done|tapped)":[^:]*|focus":null.*))re");
   static const regex toggle(
@@ -36,14 +37,14 @@ std::string inShort(const std::string& line) {
   return view;
 }
 
-// A folder of a test's own, with a store that all its hosts share and the service's log.
+// A separate folder for each test, with a store that its hosts share and the service's log.
 class Visits : public TestWithParam<std::string> {
  protected:
   Visits() { fs::create_directory(folder); }
   ~Visits() override { fs::remove_all(folder); }
 
-  // Runs a host until its script ends, and answers what it printed and an exit status other than 0. Of
-  // options given twice the later one counts; URL in one stands for the service's own.
+  // Runs a host until its script ends. Returns its output, and its exit status if that is not 0. If an option
+  // is given twice, the last one counts. URL in an option stands for the service's URL.
   Texts run(const ConsentServiceProcess& service, const Texts& options, const std::string& script) const {
     std::ofstream(folder / "script") << script;
     std::string command = "cd '" + folder.string() + "'; '" TALVO_HOST "' --script script --store store";
@@ -57,8 +58,8 @@ class Visits : public TestWithParam<std::string> {
     return printed;
   }
 
-  // The service's log, without pictures, which are fetched at any time. Requests without a body that follow
-  // each other are sorted, for some run at once.
+  // The service's log, without requests for pictures, whose order varies. Consecutive requests without a body
+  // are sorted, because some run concurrently.
   Texts requests() const {
     Texts lines = split(inShort(contentOf(folder / "log")), '\n');
     std::erase_if(lines, [](const std::string& line) { return line.find(".png") != std::string::npos; });
@@ -91,7 +92,7 @@ TEST_P(Visits, GoAsTheyWent) {
   fs::copy(TALVO_SHIPPED_SITES, folder / "sites", fs::copy_options::recursive);
   Texts serviceOptions{"--log", folder / "log", "--sites", folder / "sites"};
   Texts hostOptions;
-  Texts scripts;  // after "script:", and after "restart", which ends one host and starts the next
+  Texts scripts;  // one after "script:", and one after each "restart", which starts the next host
   for (const std::string& line : split(head, '\n')) {
     const std::string value = line.substr(line.find(' ') + 1);
     if (line == "script:" || line == "restart") {
@@ -103,7 +104,7 @@ TEST_P(Visits, GoAsTheyWent) {
       std::string text = contentOf(folder / "sites" / edit.at(0));
       text.replace(text.find(edit.at(1)), edit.at(1).size(), edit.at(2));
       std::ofstream(folder / "sites" / edit.at(0)) << text;
-    } else if (!line.starts_with('#')) {  // host: or service:
+    } else if (!line.starts_with('#')) {  // "host:" or "service:"
       std::ranges::copy(words(value), std::back_inserter(line[0] == 'h' ? hostOptions : serviceOptions));
     }
   }

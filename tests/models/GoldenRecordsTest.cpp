@@ -8,7 +8,7 @@
 
 #include "tests/support/Testing.h"
 
-// The forms on the wire and on the disk, against the documents in tests/golden.
+// Compares the JSON of records, as sent and stored, with the documents in tests/golden.
 namespace TalvoConsentSDK {
 namespace {
 
@@ -18,7 +18,7 @@ std::string golden(const std::string& record, const std::string& name) {
 
 struct GoldenRecord {
   std::string name;
-  std::string wrongType;  // how the error of wrong-type.json begins
+  std::string wrongType;  // start of the error text for wrong-type.json
   std::function<Result<std::string>(const std::string&)> recode;
 };
 
@@ -59,7 +59,7 @@ TEST_P(GoldenRecordsTest, ReadsAndWritesTheFrozenForm) {
 
 INSTANTIATE_TEST_SUITE_P(Records, GoldenRecordsTest, ValuesIn(records), byName);
 
-// Where two keys could be mistaken for each other; in these documents each text is made of its key.
+// Finds swapped keys: in these documents, each text is derived from its key.
 TEST(GoldenFieldsTest, EveryKeyHasItsOwnField) {
   const auto banner =
       parsed<BannerCustomization>(golden("BannerCustomization", "normal")).customization.value();

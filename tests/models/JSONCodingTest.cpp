@@ -45,7 +45,7 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
             "\xF0\x9F\x98\x80\0\"\\/\b\f\n\r\t"s);
 }
 
-// Documents of each kind grow until they are refused; none takes more memory than it may, beside the
+// Documents of each kind grow until they are refused. None takes more memory than allowed, in addition to the
 // parser's.
 TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
   const struct {

@@ -8,7 +8,7 @@ namespace {
 
 const Services catalogue = parsed<Services>(contentOf(TALVO_TEST_DATA "/golden/models/catalogue.json"));
 
-// "vendor: services (legal basis)" of each group.
+// "vendor: services (legal basis)" for each group.
 Texts groups(const Services& services, const std::string& category) {
   Texts texts;
   for (const auto& [vendor, ofVendor, details] : services.groupedByVendor(category)) {

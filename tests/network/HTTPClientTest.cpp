@@ -21,7 +21,7 @@ class HTTPClientTest : public ::testing::Test {
  protected:
   HTTPClientTest() { platform.install(); }
 
-  // How a request ends: "" or its error's text.
+  // The outcome of a request: "" or the error's text.
   template <class Reply>
   std::string end(Task<Reply> request) {
     std::string text = "no end";
@@ -122,7 +122,7 @@ TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesWhereItWasTold) {
   platform.settle();
   EXPECT_THAT(platform.printer->take(), ElementsAre("⚠️ A callback threw: host's"));
 
-  URLSessionHTTPClient inlined(Platform().urlSession);  // completes inside the call
+  URLSessionHTTPClient inlined(Platform().urlSession);  // its session completes inside the call
   EXPECT_NO_THROW(inlined.postJSON(url, {}, {}, [](const Result<JSONObject>&) { throw 1; }));
 
   URLSessionHTTPClient decoding(platform.session, platform.background);
@@ -137,7 +137,7 @@ TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesWhereItWasTold) {
   EXPECT_EQ(text, "1");
 }
 
-// A session of a host's that does not keep to its contract.
+// A host's session that violates its contract.
 struct HostileSession : URLSession {
   std::function<void(const Completion&)> work;
   void run(URLRequest, Completion completion) override { work(completion); }

@@ -43,7 +43,7 @@ Task<int> sum(int count) {
   co_return total;
 }
 
-// Runs a task to its end, unless told otherwise with no executor of its own.
+// Runs a task until it ends, by default without an executor.
 template <class T>
 Result<T> outcome(Task<T> task, const std::shared_ptr<Executor>& executor = nullptr) {
   std::promise<Result<T>> promise;
@@ -52,8 +52,8 @@ Result<T> outcome(Task<T> task, const std::shared_ptr<Executor>& executor = null
 }
 
 TEST(TaskTest, ReturnsOrThrowsOnceItIsAwaited) {
-  (void)value(std::make_unique<int>(1));  // dropped with what it holds
-  EXPECT_EQ(*outcome(sum(100'000)), 300'000) << "more waits than a stack holds, were each to deepen it";
+  (void)value(std::make_unique<int>(1));  // a task that is never awaited releases its arguments
+  EXPECT_EQ(*outcome(sum(100'000)), 300'000) << "would overflow the stack if each wait used some of it";
   EXPECT_EQ(*outcome(caughtFrom(failing(true))) + ", " + *outcome(caughtFrom(failing(false))),
             "ours, not ours");
   EXPECT_TRUE(outcome(failing(true)).error().as<PlatformError>());
@@ -92,10 +92,10 @@ TEST(TaskTest, GoesOnOnItsExecutorAfterEveryWait) {
   EXPECT_EQ(bound, "");
   threads.settle();
   EXPECT_EQ(bound, " main main background main main");
-  EXPECT_EQ(unbound, " caller caller background background caller") << "goes on where its last wait ended";
+  EXPECT_EQ(unbound, " caller caller background background caller") << "continues where its last wait ended";
 }
 
-// Another thread that has always finished its job before `post` returns.
+// Runs each job on another thread and waits for it before `post` returns.
 class QuickThread : public Executor {
  public:
   void post(std::function<void()> job) override { std::thread(std::move(job)).join(); }
@@ -133,7 +133,7 @@ Task<void> note(Texts& trace, std::string what) {
   co_return;
 }
 
-// One wait on `first`, one on `second`, and the end.
+// Waits once on `first` and once on `second`, then ends.
 Task<void> twoSteps(Texts& trace, std::shared_ptr<Executor> first, std::shared_ptr<Executor> second) {
   auto one = note(trace, "one").on(first);
   co_await std::move(one);
@@ -142,7 +142,7 @@ Task<void> twoSteps(Texts& trace, std::shared_ptr<Executor> first, std::shared_p
   trace.push_back("end");
 }
 
-// An executor that cannot take a job, when a wait begins or when it ends, or that throws having taken it.
+// Executors that refuse a job when a wait begins or ends, or that throw after taking it.
 TEST(TaskTest, EndsOnceWhateverItsExecutorsThrow) {
   for (const auto& [what, expected] : tableOf<2>("platform/executors.txt")) {
     const auto jobs = std::make_shared<ManualExecutor>();
@@ -159,7 +159,7 @@ TEST(TaskTest, EndsOnceWhateverItsExecutorsThrow) {
     EXPECT_EQ(joined(trace), expected) << what;
   }
   const auto late = std::make_shared<FailingExecutor>(Platform().background);
-  late->throwsAfterwards = true;  // having run the job
+  late->throwsAfterwards = true;  // after running the job
   EXPECT_EQ(*outcome(value(1), late), 1);
   const auto refusing = std::make_shared<FailingExecutor>(nullptr);
   refusing->refuses = true;
@@ -189,7 +189,7 @@ TEST(TaskTest, CountsTheFirstReportOnly) {
   }
 }
 
-// A host's own coroutine, which it can destroy while it waits.
+// A host's own coroutine type, which the host can destroy while it is suspended.
 struct HostCoroutine {
   struct promise_type {
     HostCoroutine get_return_object() { return {std::coroutine_handle<promise_type>::from_promise(*this)}; }

@@ -20,7 +20,7 @@ KeptConsent keptOf(const std::string& json) {
   return json == "none" ? KeptConsent() : KeptConsent{consentOf(json), {}};
 }
 
-// Saves a consent, an original and a user in one commit; tells in which order their keys are written.
+// Saves a consent, an original and a user in one commit. Returns the order in which their keys are written.
 std::string orderOf(ConsentStorage& storage, const Texts& values, FailingUserDefaults& store) {
   const KeptValues before = storage.load();
   KeptValues after{keptOf(values[0]), keptOf(values[1]), {}};
@@ -32,7 +32,7 @@ std::string orderOf(ConsentStorage& storage, const Texts& values, FailingUserDef
   return joined(order, " ");
 }
 
-// Carries out one operation of the table; tells what it returns.
+// Runs one operation of the table and returns its result.
 std::string outcome(ConsentStorage& storage, const std::string& operation, const std::string& value) {
   if (operation == "loadConsent") return textOf(storage.loadConsent());
   if (operation == "loadOriginalConsent") return textOf(storage.loadOriginalConsent());
@@ -49,7 +49,7 @@ std::string outcome(ConsentStorage& storage, const std::string& operation, const
 }
 
 TEST(ConsentStorageTest, KeepsEachValueWhateverTheStoreDoes) {
-  for (const auto& [how, before, operation, value, returned, after, told] : tableOf<7>("storage.txt")) {
+  for (const auto& [how, before, operation, value, returned, after, reported] : tableOf<7>("storage.txt")) {
     MemoryPlatform platform;
     platform.install();
     for (const std::string& each : split(before, ';')) {
@@ -70,7 +70,7 @@ TEST(ConsentStorageTest, KeepsEachValueWhateverTheStoreDoes) {
     }
     EXPECT_EQ(joined(left), after) << operation << " " << value;
     EXPECT_EQ(platform.store->synchronizations(), after == before ? 0 : 1) << operation << " " << value;
-    EXPECT_EQ(joined(platform.printer->take()), told) << operation << " " << value;
+    EXPECT_EQ(joined(platform.printer->take()), reported) << operation << " " << value;
   }
 }
 

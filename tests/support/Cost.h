@@ -1,6 +1,6 @@
 #pragma once
 
-// Processor time, for ratios within one run: what else the machine does hardly matters.
+// Measures processor time, for ratios within one run. Other load on the machine hardly matters.
 
 #include <algorithm>
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Seconds of this process's processor time that `work` takes at best, of a few times.
+/// The smallest processor time, in seconds, that `work` takes in several runs.
 template <class Work>
 double bestCost(Work work) {
   double best = std::numeric_limits<double>::infinity();
@@ -21,8 +21,8 @@ double bestCost(Work work) {
   return best;
 }
 
-/// How many times as much `cost` gives for ten times `size`, at best of a few tries: a busy machine only
-/// adds. Ends with the first that is not more than `limit`.
+/// The ratio of `cost` for ten times `size` to `cost` for `size`. Returns the smallest of up to three tries,
+/// since load on the machine tends to add to the ratio, and stops at the first that is at most `limit`.
 template <class Cost>
 double growth(const Cost& cost, std::size_t size, double limit) {
   double best = std::numeric_limits<double>::infinity();

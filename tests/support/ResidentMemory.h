@@ -1,6 +1,6 @@
 #pragma once
 
-// How much memory a process holds, as a rule this one.
+// Measures the memory of a process, by default this one.
 
 #include <fstream>
 #include <string>
@@ -12,11 +12,11 @@ namespace TalvoConsentSDK {
 #ifdef __has_feature
 #define TALVO_SANITIZED (__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
 #else
-#define TALVO_SANITIZED 0  // the presets sanitize with clang only
+#define TALVO_SANITIZED 0  // the presets use sanitizers with clang only
 #endif
 
-/// In KiB: "VmRSS:" for now, "VmHWM:" for the most there was since `startOfPeak`. 0 where the system does not
-/// tell, and under a sanitizer, which keeps what is freed and more.
+/// In KiB: "VmRSS:" is the current size, "VmHWM:" the largest size since `startOfPeak`. 0 if the system does
+/// not report it, and under a sanitizer, because sanitizers keep freed memory.
 inline long residentMemory(const char* which = "VmRSS:", const std::string& process = "self") {
   std::ifstream status("/proc/" + process + "/status");
   for (std::string word; !TALVO_SANITIZED && status >> word;)
@@ -24,7 +24,8 @@ inline long residentMemory(const char* which = "VmRSS:", const std::string& proc
   return 0;
 }
 
-/// What there is, with nothing kept for later where the C library can be told so.
+/// Gives free memory back to the system, if the C library can, and starts a new peak. Returns the current
+/// size in KiB.
 inline long startOfPeak() {
 #ifdef __GLIBC__
   malloc_trim(0);

@@ -1,6 +1,6 @@
 #pragma once
 
-// What the library's own tests share: short names, and JSON texts that can be compared.
+// Helpers for the library's tests: short names, text utilities, and JSON that can be compared.
 
 #include <algorithm>
 #include <array>
@@ -40,24 +40,24 @@ using ::testing::ValuesIn;
 
 using Texts = std::vector<std::string>;
 
-/// All of a file; empty when there is none.
+/// The content of a file; empty if there is none.
 inline std::string contentOf(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// What a host may throw: it does not even have a text.
+/// An exception that a host may throw: its `what` returns null.
 struct WithoutText : std::exception {
   const char* what() const noexcept override { return nullptr; }
 };
 
-/// The pieces of `text` between white space.
+/// The words of `text`, separated by white space.
 inline Texts words(const std::string& text) {
   std::istringstream stream(text);
   return Texts(std::istream_iterator<std::string>(stream), {});
 }
 
-/// The parts of a text, without the blanks around them.
+/// The parts of a text between separators, trimmed.
 inline Texts split(const std::string& text, char separator) {
   Texts parts;
   std::istringstream stream(text);
@@ -68,7 +68,7 @@ inline Texts split(const std::string& text, char separator) {
   return parts;
 }
 
-/// The rows of a table, their cells between bars.
+/// The rows of a table, with cells separated by bars.
 template <std::size_t columns>
 std::vector<std::array<std::string, columns>> rows(const std::string& text) {
   std::vector<std::array<std::string, columns>> all;
@@ -78,7 +78,7 @@ std::vector<std::array<std::string, columns>> rows(const std::string& text) {
   return all;
 }
 
-/// The rows of a table in a file under tests/golden, whose comments begin with '#'.
+/// The rows of a table in a file in tests/golden. Lines that begin with '#' are comments.
 template <std::size_t columns>
 std::vector<std::array<std::string, columns>> tableOf(const std::string& file) {
   std::ifstream stream(TALVO_TEST_DATA "/golden/" + file);
@@ -89,14 +89,14 @@ std::vector<std::array<std::string, columns>> tableOf(const std::string& file) {
   return rows<columns>(text);
 }
 
-/// The text with every "\xHH" in it replaced by that byte.
+/// Replaces every "\xHH" in a text by that byte.
 inline std::string unescaped(std::string text) {
   for (std::size_t at = 0; (at = text.find("\\x", at)) != text.npos; ++at)
     text.replace(at, 4, 1, static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)));
   return text;
 }
 
-/// A reply with this status and this unescaped body, where "nothing" stands for none.
+/// A reply with this status and body, which is unescaped; "nothing" stands for none.
 inline URLResponse replyOf(const std::string& status, const std::string& body) {
   URLResponse made;
   if (status != "nothing") made.statusCode = std::stoi(status);
@@ -120,18 +120,18 @@ std::string written(const T& value) {
   return JSONEncoder().encode(value).value();
 }
 
-/// The document without white space and with its keys sorted.
+/// The document without white space and with sorted keys.
 inline std::string canonical(const std::string& json) {
   return written(parsed<JSONValue>(json));
 }
 
-/// The error's text; empty for a success.
+/// The error's text; empty for success.
 template <class T>
 std::string failure(const Result<T>& result) {
   return result ? "" : result.error().what();
 }
 
-/// Names the instances of a parameterized test.
+/// Names the instances of a parameterized test by their member `name`.
 inline constexpr auto byName = [](const auto& each) { return std::string(each.param.name); };
 
 }  // namespace TalvoConsentSDK

@@ -4,7 +4,7 @@
     tools/draw_logo.py sites/demo/logo.png
 
 The picture is 138 x 138 pixels, three per point of the 46 points that the banner gives a logo, on transparent
-ground. Only the standard library is used, and the same file comes out on every machine.
+ground. Uses only the standard library and writes the same file on every machine.
 """
 
 import math
@@ -13,7 +13,7 @@ import sys
 import zlib
 
 SIZE = 138
-SAMPLES = 4  # per pixel and direction
+SAMPLES = 4  # per pixel, in each direction
 
 GOLD, TEAL, SKY, PAPER = (255, 203, 92), (61, 214, 190), (122, 166, 255), (233, 238, 249)
 CENTRE_X, HORIZON = 69, 78

@@ -13,7 +13,8 @@ STEMS = """Alder Amber Arrow Birch Bramble Brook Cedar Cinder Clover Copper Cora
 Frost Gale Glen Hazel Heron Indigo Ivory Juniper Lantern Lark Maple Marble Meadow Mist Opal Otter Pebble Quill Raven
 Saffron Sparrow Tide Willow""".split()
 
-# Per category: how many vendors, the words their names end in, and their services (name, full name, description).
+# Per category: the number of vendors, the last words of their names, and their services (name, full name,
+# description).
 CATEGORIES = {
     "necessary": (60, ["Gate", "Shield"], [
         ("route", "Request routing", "Sends each request to a server that can answer it."),
@@ -57,7 +58,8 @@ def vendors():
     index = 0
     for category, (count, endings, _) in CATEGORIES.items():
         for number in range(count):
-            # Steps of 7 through the pairs, coprime to their number, so that neighbours differ in both words.
+            # Walk through the pairs in steps of 7, which is coprime to their number, so that neighbours
+            # differ in both words.
             pair = number * 7 % (len(STEMS) * len(endings))
             stem, ending = STEMS[pair % len(STEMS)], endings[pair // len(STEMS)]
             yield index, category, vendor_name(stem, ending, index), f"{stem}-{ending}.example".lower()
