@@ -25,15 +25,15 @@ class BannerScene {
   void settle();
 
   /// Uses the first control with this role and name; it must exist.
-  void use(TalvoConsentSDK::Role role, const std::string& name);
+  void use(TalvoConsentSDK::view::Role role, const std::string& name);
 
   /// Scrolls the middle of the window.
   void scroll(double distance);
 
-  TalvoConsentSDK::HostingController& controller() { return *controller_; }
+  TalvoConsentSDK::view::HostingController& controller() { return *controller_; }
 
  private:
-  std::shared_ptr<TalvoConsentSDK::HostingController> controller_;
+  std::shared_ptr<TalvoConsentSDK::view::HostingController> controller_;
   TalvoConsentSDK::ViewWindow window_;
   int framesPresented_ = 0;
 };

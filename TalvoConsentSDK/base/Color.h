@@ -6,7 +6,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// sRGB, not premultiplied, each channel from 0 to 1.
 struct Color {
@@ -31,4 +32,5 @@ TALVO_EXPORT Color colorFromText(std::string_view text);
 /// Whether `text` is such a text to its last digit; the rule above makes something of others too.
 TALVO_EXPORT bool isColorText(std::string_view text);
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

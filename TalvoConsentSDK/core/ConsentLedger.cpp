@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 constexpr std::chrono::milliseconds patience(250);  // of somebody who waits for the main thread

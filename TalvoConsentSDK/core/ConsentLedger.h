@@ -69,7 +69,7 @@ class ConsentLedger {
 
   /// A consent that nobody chooses.
   struct Implicit {
-    std::optional<Data> replaced;  // what stands in the store in its place
+    std::optional<platform::Data> replaced;  // what stands in the store in its place
     bool isUpdate = false;
     std::uint64_t decisions = 0;
   };
@@ -116,9 +116,9 @@ class ConsentLedger {
   Unwritten beingWritten_;  // by the thread that is at work
   bool mayBeOwed_ = true;   // an original that could not be restored, or read
   KeptUser user_;
-  KeptConsent standing_;          // the consent as it stood when the identity last changed
-  std::optional<Data> implicit_;  // of an implicit consent given since
-  bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
+  KeptConsent standing_;                    // the consent as it stood when the identity last changed
+  std::optional<platform::Data> implicit_;  // of an implicit consent given since
+  bool hasUserDecided_ = false;  // the user has a consent of their own, as far as this process knows
   std::uint64_t identity_ = 0;
   std::uint64_t decisions_ = 0;
   std::uint64_t numbers_ = 0;

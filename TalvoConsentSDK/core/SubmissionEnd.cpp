@@ -21,7 +21,8 @@ void announceEnd(const SitePointer& site, Task<ConsentResponse> submission, Basi
   };
   spawn<ConsentResponse>(site->background, std::move(submission),
                          [tell, callbacks = site->callbacks](Result<ConsentResponse> result) {
-                           detail::postOrRun(callbacks, [tell, result = std::move(result)] { tell(result); });
+                           platform::postOrRun(callbacks,
+                                               [tell, result = std::move(result)] { tell(result); });
                          });
 }
 

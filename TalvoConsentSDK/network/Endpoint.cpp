@@ -4,6 +4,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // What a server reads that undoes percent-encoding, once.

@@ -7,7 +7,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// A place that runs jobs. The main actor runs its jobs one at a time on the main thread, in the order posted
 /// and never inside `post`; a background executor runs them on threads other than the main one.
@@ -21,12 +22,9 @@ class Executor {
   virtual void post(std::function<void()> job) = 0;
 };
 
-namespace detail {
-
 /// Posts a job that must run: here, should the executor throw instead of taking it. It runs once, and what it
 /// holds is released where it has run. What it throws is contained.
 TALVO_EXPORT void postOrRun(const std::shared_ptr<Executor>& executor, std::function<void()> job) noexcept;
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

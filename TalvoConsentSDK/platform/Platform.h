@@ -22,18 +22,18 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 struct Platform {
   Platform();
 
-  std::shared_ptr<URLSession> urlSession;
-  std::shared_ptr<UserDefaults> userDefaults;
-  std::shared_ptr<Executor> mainActor;
-  std::shared_ptr<Executor> background;
+  std::shared_ptr<platform::URLSession> urlSession;
+  std::shared_ptr<platform::UserDefaults> userDefaults;
+  std::shared_ptr<platform::Executor> mainActor;
+  std::shared_ptr<platform::Executor> background;
 
   /// Where listeners and completions of submissions are called, which may block: it runs one job after the
   /// other, in the order posted. Null, as at first: `background`, whose work then waits for them.
-  std::shared_ptr<Executor> callbacks;
+  std::shared_ptr<platform::Executor> callbacks;
 
-  std::shared_ptr<Application> application;
-  std::shared_ptr<Localization> localization;
-  std::shared_ptr<Printer> printer;
+  std::shared_ptr<platform::Application> application;
+  std::shared_ptr<platform::Localization> localization;
+  std::shared_ptr<platform::Printer> printer;
 
   /// Puts null objects in the place of null members.
   void fillIn();

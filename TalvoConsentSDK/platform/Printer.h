@@ -8,7 +8,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Receives every diagnostic line. Called from any thread, also while a client is being created: it must not
 /// create one itself.
@@ -38,8 +39,6 @@ TALVO_EXPORT void print(std::string_view line) noexcept;
 /// on.
 TALVO_EXPORT void callHost(const std::function<void()>& code) noexcept;
 
-namespace detail {
-
 /// Asks a seam of the host's. Should it throw, one line is printed and the answer is `otherwise`.
 template <class Answer, class Question>
 Answer askHost(Answer otherwise, const Question& question) {
@@ -47,6 +46,5 @@ Answer askHost(Answer otherwise, const Question& question) {
   return otherwise;
 }
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

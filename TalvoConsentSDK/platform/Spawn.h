@@ -108,7 +108,7 @@ Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
   } catch (...) {  // the executor has not taken it
     end.emplace(Error::current());
   }
-  callHost([&] {
+  platform::callHost([&] {
     if (done) done(*std::move(end));
   });
 }
@@ -118,15 +118,16 @@ Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
 /// Starts a task on `executor` without waiting for it. `done` hears of its end, once, on the executor; on the
 /// caller's thread, should that throw instead of taking the task.
 template <class T>
-void spawn(const std::shared_ptr<Executor>& executor, Task<T> task, std::function<void(Result<T>)> done) {
+void spawn(const std::shared_ptr<platform::Executor>& executor, Task<T> task,
+           std::function<void(Result<T>)> done) {
   detail::run(detail::outcome(std::move(task)).on(executor), std::move(done));
 }
 
 /// Starts a task whose end nobody waits for, one that reports its own failures. A line tells of one that
 /// could not be run.
-inline void spawn(const std::shared_ptr<Executor>& executor, Task<void> task) {
+inline void spawn(const std::shared_ptr<platform::Executor>& executor, Task<void> task) {
   spawn<void>(executor, std::move(task), [](const Result<void>& end) {
-    if (!end) print(std::string("⚠️ A task could not be run: ") + end.error().what());
+    if (!end) platform::print(std::string("⚠️ A task could not be run: ") + end.error().what());
   });
 }
 

@@ -8,7 +8,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Limits what all store operations on the calling thread may wait together, from its creation to its
 /// destruction. When two are nested, the earlier deadline holds. Create and destroy it on the same thread.
@@ -27,4 +28,5 @@ class StoreDeadline {
   const std::optional<std::chrono::steady_clock::time_point> outer_;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

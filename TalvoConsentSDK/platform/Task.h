@@ -24,8 +24,8 @@ namespace detail {
 
 /// A task's own part of a wait: the task is what its awaiter waits for. It owns itself while it runs.
 struct TaskPromise : Wait {
-  std::shared_ptr<Executor> executor;    // where this task runs; null: anywhere
-  std::shared_ptr<Executor> continueOn;  // where its awaiter runs; null: anywhere
+  std::shared_ptr<platform::Executor> executor;    // where this task runs; null: anywhere
+  std::shared_ptr<platform::Executor> continueOn;  // where its awaiter runs; null: anywhere
   std::exception_ptr exception;
 
   using Wait::Wait;
@@ -46,7 +46,7 @@ struct TaskPromise : Wait {
   /// Starts the task that this is the promise of, for an awaiter that has suspended; false: it is over, and
   /// the awaiter goes on at once. Throws what the task's executor throws, unless that has begun the task.
   bool start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
-             std::shared_ptr<Executor> awaiterExecutor);
+             std::shared_ptr<platform::Executor> awaiterExecutor);
 
  private:
   void run(std::coroutine_handle<> task);
@@ -70,7 +70,7 @@ struct TaskResult<void> {
 };
 
 template <class Promise>
-std::shared_ptr<Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
+std::shared_ptr<platform::Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
   if constexpr (std::is_base_of_v<TaskPromise, Promise>) return coroutine.promise().executor;
   return nullptr;
 }
@@ -127,7 +127,7 @@ class [[nodiscard]] Task {
   Task& operator=(Task&&) noexcept = default;
 
   /// The same task, run on `executor` wherever it is awaited from.
-  Task on(std::shared_ptr<Executor> executor) && {
+  Task on(std::shared_ptr<platform::Executor> executor) && {
     task_->executor = std::move(executor);
     return std::move(*this);
   }

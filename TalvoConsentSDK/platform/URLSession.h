@@ -13,7 +13,8 @@
 #include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/base/URL.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Orders header names without regard to ASCII case.
 struct HeaderNameLess {
@@ -57,12 +58,9 @@ class URLSession {
   virtual void run(URLRequest request, Completion completion) = 0;
 };
 
-namespace detail {
-
 /// Runs a request on a session that may be a host's own. `completion` is called at most once: what a session
 /// reports later does not count, and what its `run` throws before a report is the report.
 TALVO_EXPORT void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion);
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

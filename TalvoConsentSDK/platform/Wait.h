@@ -69,7 +69,7 @@ class TALVO_EXPORT Wait {
 
   /// Ends the wait, once: the awaiter goes on on `executor`, or here when there is none. An executor that
   /// throws instead of taking the job ends the wait with what it threw, here.
-  static void end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noexcept;
+  static void end(Share<Wait> wait, const std::shared_ptr<platform::Executor>& executor) noexcept;
 
   /// The awaiter goes; whoever ends the wait finds nobody.
   void abandon() noexcept { phase_.store(Phase::over, std::memory_order_release); }

@@ -21,13 +21,13 @@ class CardScreen {
   using Items = std::vector<BannerCustomization::ComponentItem>;
 
   /// Draws an item that the screen has a view of its own for; nothing leaves it to the factory.
-  using OwnRenderer = std::function<std::optional<AnyView>(const BannerCustomization::ComponentItem&)>;
+  using OwnRenderer = std::function<std::optional<view::AnyView>(const BannerCustomization::ComponentItem&)>;
 
   CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
              ActionHandler onLinkAction, ToldComponents& told);
 
   /// Adds a view that no component stands for.
-  void add(AnyView view);
+  void add(view::AnyView view);
 
   /// Adds a view per component that draws anything. A "closeButton" takes no place in the list: it is drawn
   /// once, over the card's top trailing corner, and reports "closeButton". Texts that come first end before
@@ -35,18 +35,18 @@ class CardScreen {
   void addComponents(const Items& items, const OwnRenderer& own = nullptr);
 
   /// The card with its distance from the edges of the screen.
-  AnyView render() const;
+  view::AnyView render() const;
 
  private:
-  AnyView component(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
-  AnyView content() const;
-  AnyView closeControl() const;
+  view::AnyView component(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
+  view::AnyView content() const;
+  view::AnyView closeControl() const;
 
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
   ToldComponents& told_;
-  std::vector<AnyView> views_;
+  std::vector<view::AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
   std::optional<BannerCustomization::ComponentItem> closeButton_;
   bool isBelowClose_ = false;  // all content is

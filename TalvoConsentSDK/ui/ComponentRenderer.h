@@ -24,7 +24,7 @@ class ComponentRenderer {
  public:
   virtual ~ComponentRenderer() = default;
 
-  virtual AnyView render() const = 0;
+  virtual view::AnyView render() const = 0;
 };
 
 /// Chooses the renderer for a component. Has no state.
@@ -32,10 +32,11 @@ class ComponentRendererFactory {
  public:
   /// The view of a component, by its identifier. A component without identifier gives an empty view; so does
   /// an unknown one, or one whose list is absent or empty, of which a line is printed unless `told` names it.
-  AnyView render(const BannerCustomization::ComponentItem& item,
-                 const BannerCustomization::Customization& customization,
-                 const BannerCustomization::BannerMessages& messages, const ActionHandler& onButtonAction,
-                 const ActionHandler& onLinkAction, ToldComponents* told = nullptr) const;
+  view::AnyView render(const BannerCustomization::ComponentItem& item,
+                       const BannerCustomization::Customization& customization,
+                       const BannerCustomization::BannerMessages& messages,
+                       const ActionHandler& onButtonAction, const ActionHandler& onLinkAction,
+                       ToldComponents* told = nullptr) const;
 
   /// Whether a component of that identifier exists; with a list, whether `item` holds it as well.
   static bool isKnown(std::string_view id);
@@ -54,7 +55,7 @@ class ComponentRenderable {
         onLinkAction_(std::move(onLinkAction)),
         told_(told) {}
 
-  AnyView render() const {
+  view::AnyView render() const {
     return ComponentRendererFactory().render(item_, customization_, customization_.messages.bannerMessages,
                                              onButtonAction_, onLinkAction_, &told_);
   }

@@ -11,7 +11,9 @@
 
 namespace TalvoConsentSDK {
 
+namespace view {
 class HostingController;
+}
 
 /// The process's one presenter: it holds the banner's window while there is one. Main thread only.
 class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBannerPresenter> {
@@ -31,13 +33,14 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
  private:
   ConsentBannerView wrapped(const ConsentBannerView& bannerView, const std::shared_ptr<bool>& isOver);
 
-  std::shared_ptr<HostingController> hostingController_;
-  std::shared_ptr<Window> overlayWindow_;
+  std::shared_ptr<view::HostingController> hostingController_;
+  std::shared_ptr<platform::Window> overlayWindow_;
   std::shared_ptr<bool> isOver_;  // of the banner in that window; shared with its callbacks
 };
 
 /// The banner with its placement and, where the customization asks for it, a dimmed backdrop that keeps
 /// touches from the host.
-AnyView bannerComposition(const AnyView& banner, const BannerCustomization::Customization& customization);
+view::AnyView bannerComposition(const view::AnyView& banner,
+                                const BannerCustomization::Customization& customization);
 
 }  // namespace TalvoConsentSDK

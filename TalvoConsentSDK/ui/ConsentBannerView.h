@@ -20,7 +20,9 @@
 
 namespace TalvoConsentSDK {
 
+namespace view {
 class RenderContext;
+}
 
 /// How the person's decision leaves the banner. Main thread.
 struct BannerCallbacks {
@@ -54,10 +56,10 @@ class ConsentBannerView {
   const BannerCustomization::Customization& customization() const { return inputs_->customization; }
 
   /// The banner as a component of a larger view.
-  AnyView view() const;
+  view::AnyView view() const;
 
   /// The screen on show.
-  AnyView body() const;
+  view::AnyView body() const;
 
   /// What the screens report. Unknown actions and links that cannot be opened print one line.
   void handleMainAction(const std::string& action) const;
@@ -86,10 +88,10 @@ class ConsentBannerView {
   std::shared_ptr<const Inputs> inputs_;
   std::shared_ptr<const BannerCallbacks> callbacks_;
   std::shared_ptr<ToldComponents> told_ = std::make_shared<ToldComponents>();
-  State<Screen> currentScreen_;
-  State<CategoryStates> categoryStates_;
-  State<VendorStates> vendorStates_;
-  State<bool> doNotSellEnabled_;
+  view::State<Screen> currentScreen_;
+  view::State<CategoryStates> categoryStates_;
+  view::State<VendorStates> vendorStates_;
+  view::State<bool> doNotSellEnabled_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -17,9 +17,9 @@ using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
 
 /// The banner's state as its rows reach it; a row without a binding can show, but not switch.
 struct ConsentBindings {
-  std::optional<Binding<CategoryStates>> categoryStates;
-  std::optional<Binding<VendorStates>> vendorStates;
-  std::optional<Binding<bool>> doNotSellState;
+  std::optional<view::Binding<CategoryStates>> categoryStates;
+  std::optional<view::Binding<VendorStates>> vendorStates;
+  std::optional<view::Binding<bool>> doNotSellState;
 };
 
 /// The state of a category or a vendor; what is not listed is off.
@@ -36,15 +36,15 @@ std::size_t vendorsOn(const ConsentBindings& bindings, const std::string& catego
 
 /// A category's switch, drawn on while consent to it is given. With a catalogue, switching it switches all
 /// its vendors. Needs both states.
-Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
-                             std::string category);
+view::Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
+                                   std::string category);
 
 /// A vendor's switch, off under do-not-sell. Its category follows: on while at least one vendor is. Needs
 /// `vendorStates`.
-Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
+view::Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
 
 /// The do-not-sell switch. On, it switches preferences, statistics and marketing off with all their vendors;
 /// off, it leaves them as they are. Needs all bindings.
-Binding<bool> doNotSellSwitch(const ConsentBindings& bindings);
+view::Binding<bool> doNotSellSwitch(const ConsentBindings& bindings);
 
 }  // namespace TalvoConsentSDK

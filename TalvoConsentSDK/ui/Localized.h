@@ -13,7 +13,7 @@ namespace TalvoConsentSDK {
 /// The installed platform's text for a key; without a table, or when that throws, the key itself, which is
 /// English.
 inline std::string localized(std::string_view key) {
-  return detail::askHost(std::string(key), [&] { return Platform::current().localization->text(key); });
+  return platform::askHost(std::string(key), [&] { return Platform::current().localization->text(key); });
 }
 
 }  // namespace TalvoConsentSDK

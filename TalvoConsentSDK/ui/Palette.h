@@ -10,24 +10,24 @@ namespace TalvoConsentSDK {
 
 struct Palette {
   explicit Palette(const BannerCustomization::Colors& colors)
-      : background(colorFromText(colors.background)),
-        buttonBackground(colorFromText(colors.buttonBackground)),
-        buttonFont(colorFromText(colors.buttonFontColor)),
-        font(colorFromText(colors.font)) {}
+      : background(platform::colorFromText(colors.background)),
+        buttonBackground(platform::colorFromText(colors.buttonBackground)),
+        buttonFont(platform::colorFromText(colors.buttonFontColor)),
+        font(platform::colorFromText(colors.font)) {}
 
-  Color background;
-  Color buttonBackground;
-  Color buttonFont;
-  Color font;
+  platform::Color background;
+  platform::Color buttonBackground;
+  platform::Color buttonFont;
+  platform::Color font;
 
   /// Ordinary text of lesser weight: descriptions and labels.
-  Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }
+  platform::Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }
 
   /// Lines between rows.
-  Color line() const { return font.withAlpha(font.alpha * 0.2); }
+  platform::Color line() const { return font.withAlpha(font.alpha * 0.2); }
 
   /// A switch stands out from the card by 3:1 in either position as long as buttons and text do.
-  ToggleColors toggle() const {
+  view::ToggleColors toggle() const {
     return {.on = buttonBackground, .off = font.withAlpha(font.alpha * 0.5), .knob = {1, 1, 1, 1}};
   }
 };

@@ -13,6 +13,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 // Of the first tab that lists the category, whichever component it belongs to.

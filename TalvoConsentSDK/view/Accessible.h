@@ -12,7 +12,8 @@
 #include "TalvoConsentSDK/view/Element.h"
 #include "TalvoConsentSDK/view/ViewTypes.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// The least side of an area that a finger can hit, in points (WCAG 2.2, target size enhanced).
 inline constexpr double minTarget = 44;
@@ -53,4 +54,5 @@ TALVO_EXPORT bool isCovered(const ElementTree& tree, Point point);
 /// Does what a control is for.
 TALVO_EXPORT void activate(const AccessibleControl& control);
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -8,7 +8,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// Moving numbers by the identity of what they move. Time is what the owner says it is.
 class Animations {
@@ -39,4 +40,5 @@ class Animations {
   bool isMoving_ = false;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -20,7 +20,8 @@
 #include "TalvoConsentSDK/view/AnyView.h"
 #include "TalvoConsentSDK/view/State.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// Identity of a view in its tree: a hash of the keys or positions on the way from the root. It stays the
 /// same from one rendering to the next, and when a view goes and comes back.
@@ -151,4 +152,5 @@ void forEachChild(const Element& element, Visit visit) {
   for (const auto& [index, row] : element.lazyRows->rows) visit(*row);
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

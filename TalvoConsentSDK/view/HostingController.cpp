@@ -6,6 +6,7 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -60,9 +61,9 @@ const std::vector<AccessibleElement>& HostingController::accessibleElements(bool
   if (!all || isUpdating_) return accessible_;
   if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
-    allAccessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    allAccessible_ = view::accessibleElements(tree_);
     layout_.run(keptElements());  // drops the rows again, but now their heights are known
-    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    accessible_ = view::accessibleElements(tree_);
     requestFrame();
   }
   return *allAccessible_;
@@ -76,7 +77,7 @@ std::uint64_t HostingController::accessibleRevision() {
 bool HostingController::activate(ElementId control) {
   const AccessibleElement* element = find(control);
   if (!element || !element->isControl() || !element->isEnabled) return false;
-  TalvoConsentSDK::activate(*element->control);
+  view::activate(*element->control);
   return true;
 }
 
@@ -92,7 +93,7 @@ void HostingController::update() {
   }
   if (std::exchange(layoutIsStale_, false)) {
     layout_.run(keptElements());
-    accessible_ = TalvoConsentSDK::accessibleElements(tree_);
+    accessible_ = view::accessibleElements(tree_);
     allAccessible_.reset();
     ++accessibleRevision_;
     settleFocus();
@@ -109,7 +110,7 @@ std::vector<ElementId> HostingController::keptElements() const {
 }
 
 void HostingController::loadImages(Element& element) {
-  if (const auto* image = std::get_if<view::AsyncImage>(&element.view.node().content)) {
+  if (const auto* image = std::get_if<node::AsyncImage>(&element.view.node().content)) {
     auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
     if (loaded.url != image->url && environment_.imageLoader) {
       loaded = {image->url, nullptr};
@@ -141,4 +142,5 @@ const AccessibleElement* HostingController::find(ElementId id) {
   return nullptr;
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -3,6 +3,7 @@
 #include <cmath>
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -54,4 +55,5 @@ void ScrollMotion::stop() {
   samples_.clear();
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -9,7 +9,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// One drag and the fling after it, as a function of a clock. Distances are points the content moves up by.
 class ScrollMotion {
@@ -45,4 +46,5 @@ class ScrollMotion {
   Clock::time_point stepped_;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

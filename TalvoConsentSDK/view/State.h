@@ -9,7 +9,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// Two-way access to a value that lives elsewhere. Main thread only.
 template <class T>
@@ -91,4 +92,5 @@ class State {
   std::shared_ptr<Cell> cell_;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

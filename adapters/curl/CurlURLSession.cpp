@@ -22,6 +22,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // No text may be larger than half of all addresses, and while a body becomes one it stands there twice.

@@ -40,7 +40,7 @@ struct CurlOptions {
 /// (42), too many redirects or one to another origin (47), a reply that is too large, or its header larger
 /// than 256 KiB (63), a POST or PUT that would have to be sent again (65). Their texts hold nothing of a
 /// body, a header's value, a path or a query.
-class CurlURLSession : public URLSession {
+class CurlURLSession : public platform::URLSession {
  public:
   /// Throws a `PlatformError` when libcurl cannot be initialised, the process is out of descriptors, or
   /// `certificates` cannot be read.
@@ -50,7 +50,7 @@ class CurlURLSession : public URLSession {
   /// wait for a completion that is running; when called by one, it does not wait, and the others hear later.
   ~CurlURLSession() override;
 
-  void run(URLRequest request, Completion completion) override;
+  void run(platform::URLRequest request, Completion completion) override;
 
  private:
   class Worker;

@@ -14,6 +14,6 @@ class AccessibleTree;
 QAccessibleInterface* makeAccessibleWindow(AccessibleTree& tree, QObject& window);
 
 /// One element; invalid while the tree has none such. To be registered likewise.
-QAccessibleInterface* makeAccessibleItem(AccessibleTree& tree, ElementId id);
+QAccessibleInterface* makeAccessibleItem(AccessibleTree& tree, view::ElementId id);
 
 }  // namespace TalvoConsentSDK

@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // When a list opens, at most this many new rows are announced: a client that hears of one reads the others

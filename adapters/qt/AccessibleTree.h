@@ -31,22 +31,22 @@ class AccessibleTree {
   QAccessibleInterface* container();
 
   /// The interface of an element, the same one for as long as the element is there.
-  QAccessibleInterface* item(const AccessibleElement& element);
+  QAccessibleInterface* item(const view::AccessibleElement& element);
 
   /// In reading order; valid until the content changes.
-  const std::vector<AccessibleElement>& elements();
-  const AccessibleElement* find(ElementId id);
+  const std::vector<view::AccessibleElement>& elements();
+  const view::AccessibleElement* find(view::ElementId id);
   bool hasDialog();
 
   /// The topmost element at a point of the window.
-  const AccessibleElement* at(Point point);
+  const view::AccessibleElement* at(platform::Point point);
 
   /// What the keys act on, while the window has them.
-  std::optional<ElementId> focused() const;
+  std::optional<view::ElementId> focused() const;
 
   /// Scrolls the element into view and does what it is for, or gives it the focus.
-  void activate(ElementId id);
-  void focus(ElementId id);
+  void activate(view::ElementId id);
+  void focus(view::ElementId id);
 
   /// A controller of its own has revisions of its own.
   void controllerChanged() { revision_.reset(); }
@@ -60,21 +60,21 @@ class AccessibleTree {
  private:
   struct Known {
     QAccessible::Id item = 0;
-    AccessibleElement told;
+    view::AccessibleElement told;
   };
 
-  void notifyNew(const std::vector<AccessibleElement>& now);
-  void notifyChange(QAccessibleInterface* item, const AccessibleElement& before,
-                    const AccessibleElement& now);
+  void notifyNew(const std::vector<view::AccessibleElement>& now);
+  void notifyChange(QAccessibleInterface* item, const view::AccessibleElement& before,
+                    const view::AccessibleElement& now);
 
   ViewWindow& window_;
   const QAccessible::Id root_;  // ids, since Qt owns the interfaces and deletes them with the application
-  std::vector<AccessibleElement> elements_;
-  std::unordered_map<ElementId, std::size_t> indices_;
-  std::unordered_map<ElementId, Known> known_;  // those that were asked for
-  std::vector<QAccessible::Id> gone_;           // may be in use by who is calling
-  std::vector<ElementId> toldOrder_;
-  std::optional<ElementId> toldFocus_;
+  std::vector<view::AccessibleElement> elements_;
+  std::unordered_map<view::ElementId, std::size_t> indices_;
+  std::unordered_map<view::ElementId, Known> known_;  // those that were asked for
+  std::vector<QAccessible::Id> gone_;                 // may be in use by who is calling
+  std::vector<view::ElementId> toldOrder_;
+  std::optional<view::ElementId> toldFocus_;
   std::optional<std::uint64_t> revision_;  // of the elements
   std::optional<std::uint64_t> toldRevision_;
 };

@@ -13,6 +13,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr double minShare = 2.0 / 3;     // of the font's size, for the sake of a long word

@@ -27,12 +27,12 @@ double widestWord(const QString& text, const QFont& font);
 /// lines are at most 10,000 points wide.
 class BrokenText {
  public:
-  BrokenText(std::string_view text, const Font& font, const TextSettings& settings, double width,
+  BrokenText(std::string_view text, const platform::Font& font, const TextSettings& settings, double width,
              Qt::Alignment alignment = Qt::AlignLeft);
 
   /// In whole points, but at most the width; breaks the text into as many lines again, as drawing it in a
   /// frame of this size does.
-  Size size();
+  platform::Size size();
 
   /// Draws the lines that are seen between `top` and `bottom`.
   void draw(QPainter& painter, const QColor& color, bool isUnderlined, double top = 0,

@@ -15,6 +15,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // How much farther than the radius a continuous corner reaches along the sides, and the exponent of the

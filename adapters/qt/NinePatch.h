@@ -17,7 +17,7 @@ class QQuickWindow;
 
 namespace TalvoConsentSDK {
 
-QColor toQColor(const Color& color);
+QColor toQColor(const platform::Color& color);
 
 /// A rectangle with continuous corners: the curve flows into the sides instead of beginning at once.
 QPainterPath continuousRect(const QRectF& rect, double cornerRadius);
@@ -32,9 +32,10 @@ struct Patch {
 };
 
 /// Patches are made once per look and pixel ratio, and kept.
-Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio);
-Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio);
-Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio);
+Patch boxPatch(const platform::Color& color, double cornerRadius, double pixelRatio);
+Patch shadowPatch(const view::Shadow& shadow, double cornerRadius, double pixelRatio);
+Patch ringPatch(const platform::Color& inner, const platform::Color& outer, double cornerRadius,
+                double pixelRatio);
 
 /// Draws a patch around a box of this size. Filling is several times as fast as stretching where the
 /// processor draws, and what it hides is not drawn at all. (The scene graph's own nine-patch node is drawn

@@ -12,15 +12,15 @@
 namespace TalvoConsentSDK {
 
 /// The window seam on an OverlaySurface, which it owns, and which may go before it with the host.
-class OverlayWindow : public Window {
+class OverlayWindow : public platform::Window {
  public:
-  OverlayWindow(QWindow* host, const QtOptions& options, std::shared_ptr<ImageLoader> imageLoader,
+  OverlayWindow(QWindow* host, const QtOptions& options, std::shared_ptr<platform::ImageLoader> imageLoader,
                 OverlayKind kind = overlayKind());
   ~OverlayWindow() override;
 
-  void setRootViewController(std::shared_ptr<RootViewController> controller) override;
-  void setWindowLevel(WindowLevel) override {}  // it lies on its host, above which only alerts are
-  void setBackgroundColor(Color color) override;
+  void setRootViewController(std::shared_ptr<platform::RootViewController> controller) override;
+  void setWindowLevel(platform::WindowLevel) override {}  // it lies on its host, above which only alerts are
+  void setBackgroundColor(platform::Color color) override;
   void makeKeyAndVisible() override;
   void setAlpha(double alpha) override;
   void setHidden(bool hidden) override;
@@ -30,7 +30,7 @@ class OverlayWindow : public Window {
  private:
   const QPointer<OverlaySurface> surface_;
   const QtOptions options_;
-  const std::shared_ptr<ImageLoader> imageLoader_;
+  const std::shared_ptr<platform::ImageLoader> imageLoader_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -13,7 +13,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs jobs on the thread of the QGuiApplication, out of its event loop and in the order posted. Make it on
 /// that thread.
-class QtMainActor : public Executor {
+class QtMainActor : public platform::Executor {
  public:
   QtMainActor();
   ~QtMainActor() override;

@@ -17,7 +17,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct QtOptions {
   TextSettings text = {};
-  std::optional<LayoutDirection> layoutDirection = {};  // absent: that of the banner's own text
+  std::optional<platform::LayoutDirection> layoutDirection = {};  // absent: that of the banner's own text
 
   /// Whether texts and lines are drawn solid and controls with an outline; absent: what the system asks for,
   /// as far as Qt can tell, which it can from 6.10 on.
@@ -27,7 +27,7 @@ struct QtOptions {
   bool reducesMotion = false;
 
   /// What the system's furniture covers of a host window, in points; absent: nothing.
-  std::function<Insets(const QWindow&)> safeArea = {};
+  std::function<platform::Insets(const QWindow&)> safeArea = {};
 
   /// Opens a URL outside the host; absent: Qt does.
   std::function<void(const URL&)> openURL = {};

@@ -8,6 +8,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 QFont::Weight weight(FontWeight weight) {

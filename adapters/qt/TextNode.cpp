@@ -13,6 +13,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 constexpr double textOverhang = 6;  // letters of some scripts reach beyond their line

@@ -25,8 +25,8 @@ class ViewWindow : public QQuickWindow {
 
   /// Shows a controller from now on. Its environment follows the window's size; the rest of it is
   /// `environment`.
-  void setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment);
-  const std::shared_ptr<HostingController>& controller() const { return controller_; }
+  void setController(std::shared_ptr<view::HostingController> controller, view::ViewEnvironment environment);
+  const std::shared_ptr<view::HostingController>& controller() const { return controller_; }
 
   /// The item that everything of the controller's lies in.
   QQuickItem& stage() { return stage_; }
@@ -63,10 +63,12 @@ class ViewWindow : public QQuickWindow {
   virtual bool passOn(QEvent&) { return true; }
 
   /// What the system's furniture covers of the window now; asked whenever the window's size changes.
-  virtual Insets safeArea() const { return environment_.safeArea; }
+  virtual platform::Insets safeArea() const { return environment_.safeArea; }
 
   /// Called after every frame with what it shows; frames go on as long as it returns true.
-  virtual bool frameDrawn(HostingController::Clock::time_point, const std::vector<Visual>&) { return false; }
+  virtual bool frameDrawn(view::HostingController::Clock::time_point, const std::vector<view::Visual>&) {
+    return false;
+  }
 
  private:
   void drawFrame();
@@ -78,8 +80,8 @@ class ViewWindow : public QQuickWindow {
   QQuickItem stage_;
   VisualMount mount_;
   QTimer timer_;
-  std::shared_ptr<HostingController> controller_;
-  ViewEnvironment environment_;
+  std::shared_ptr<view::HostingController> controller_;
+  view::ViewEnvironment environment_;
   std::optional<int> finger_;  // the one touch point that counts
   int uses_ = 0;
   bool isDoomed_ = false;

@@ -17,7 +17,7 @@ class VisualItem : public QQuickItem {
   explicit VisualItem(const TextSettings& settings);
 
   /// Takes over what is to be drawn, with its place relative to `origin`, at a depth among its siblings.
-  void show(const Visual& visual, const QPointF& origin, double depth);
+  void show(const view::Visual& visual, const QPointF& origin, double depth);
 
  protected:
   void itemChange(ItemChange change, const ItemChangeData& data) override;
@@ -25,7 +25,7 @@ class VisualItem : public QQuickItem {
 
  private:
   const TextSettings settings_;
-  std::optional<Visual> visual_;
+  std::optional<view::Visual> visual_;
   bool contentChanged_ = false;
   TextTiles tiles_;  // of a text: those that are to be seen
 };

@@ -27,7 +27,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// the file and never holds a value. After one, the next operation opens the file again, so a disk that comes
 /// back is used again. A file that turns out damaged is renamed to "NAME.damaged-N", one line is printed, and
 /// the operation goes on with a new, empty file.
-class SQLiteUserDefaults : public UserDefaults {
+class SQLiteUserDefaults : public platform::UserDefaults {
  public:
   /// `file` and its folder are created when they are missing; it may be a symbolic link. Its path, with links
   /// followed, has at most 500 bytes. An operation fails once it has waited for other threads and connections
@@ -36,13 +36,14 @@ class SQLiteUserDefaults : public UserDefaults {
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;
 
-  Result<std::optional<Data>> data(std::string_view key) override;
+  Result<std::optional<platform::Data>> data(std::string_view key) override;
   Result<std::optional<std::string>> string(std::string_view key) override;
-  Result<void> set(std::string_view key, Data value) override;
+  Result<void> set(std::string_view key, platform::Data value) override;
   Result<void> set(std::string_view key, std::string value) override;
-  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override;
+  Result<bool> replace(std::string_view key, const std::optional<platform::Data>& expected,
+                       platform::Data value) override;
   Result<void> remove(std::string_view key) override;
-  Result<void> commit(const std::vector<StoreChange>& changes) override;
+  Result<void> commit(const std::vector<platform::StoreChange>& changes) override;
 
   /// Does nothing: what has been set or removed already is durable.
   Result<void> synchronize() override { return {}; }

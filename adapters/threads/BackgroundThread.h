@@ -14,7 +14,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs jobs one after another on a thread that starts with the first one. Jobs still waiting when the
 /// executor is destroyed or the process exits are dropped.
-class BackgroundThread : public Executor {
+class BackgroundThread : public platform::Executor {
  public:
   BackgroundThread();
   ~BackgroundThread() override;

@@ -15,7 +15,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps jobs until the host's main loop drains them.
-class MainQueue : public Executor {
+class MainQueue : public platform::Executor {
  public:
   /// `wake` tells the host's loop that there is something to drain; called after every post, on the posting
   /// thread, and must not call into the library. What it throws is contained. A loop that polls or uses

@@ -8,6 +8,7 @@ namespace {
 
 using Counter = std::shared_ptr<std::atomic<int>>;
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 
 // Counts as long as any copy of it lives.
 std::shared_ptr<void> counted(const Counter& counter) {

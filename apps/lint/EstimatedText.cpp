@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // Of the printable ASCII characters from the space on, in thousandths of the font's size.

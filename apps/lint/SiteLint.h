@@ -48,6 +48,6 @@ struct LintFinding {
 /// would be broken inside, is an error. Without it that check is left out. A document that cannot be read has
 /// one finding, the first error in it. Main thread.
 std::vector<LintFinding> lintSite(const SiteDocuments& documents,
-                                  const std::shared_ptr<TextMeasurer>& doubleScale = nullptr);
+                                  const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
 
 }  // namespace TalvoConsentSDK

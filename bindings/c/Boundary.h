@@ -56,7 +56,7 @@ talvo_status guarded(const Body& body) noexcept {
 /// A host's pointer, released with the last copy. What `release` throws is contained.
 inline std::shared_ptr<void> owned(void* userData, talvo_callback release) {
   return {userData, [release](void* pointer) {
-            callHost([&] {
+            platform::callHost([&] {
               if (release) release(pointer);
             });
           }};

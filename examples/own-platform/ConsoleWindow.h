@@ -14,9 +14,11 @@
 
 namespace own {
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 // Every character is half as wide as it is high.
-class ConsoleMeasurer : public TextMeasurer {
+class ConsoleMeasurer : public platform::TextMeasurer {
  public:
   Size measure(std::string_view text, const Font& font, double width) override {
     const double whole = static_cast<double>(text.size()) * font.size() / 2;
@@ -31,7 +33,7 @@ class ConsoleMeasurer : public TextMeasurer {
   }
 };
 
-class ConsoleWindow : public Window {
+class ConsoleWindow : public platform::Window {
  public:
   explicit ConsoleWindow(std::string answer) : answer_(std::move(answer)) {}
 
@@ -64,14 +66,14 @@ class ConsoleWindow : public Window {
   std::shared_ptr<HostingController> controller_;
 };
 
-class ConsoleScene : public Scene {
+class ConsoleScene : public platform::Scene {
  public:
   ActivationState activationState() const override { return ActivationState::foregroundActive; }
   bool isWindowScene() const override { return true; }
   std::shared_ptr<Window> makeWindow() override { return std::make_shared<ConsoleWindow>("Accept all"); }
 };
 
-class ConsoleApplication : public Application {
+class ConsoleApplication : public platform::Application {
  public:
   std::vector<std::shared_ptr<Scene>> connectedScenes() override {
     return {std::make_shared<ConsoleScene>()};

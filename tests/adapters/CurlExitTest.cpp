@@ -13,6 +13,9 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 // A server in a process of its own, whose end is not what is tested.

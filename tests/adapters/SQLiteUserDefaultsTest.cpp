@@ -22,6 +22,9 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 // As patient as a busy machine needs where many threads and processes take turns.

@@ -15,6 +15,10 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // What is stored, consents by the vendor that they name: "-" for none, "all" for an implicit one.

@@ -10,6 +10,9 @@
 
 // The forms on the wire and on the disk, against the documents in tests/golden.
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 std::string golden(const std::string& record, const std::string& name) {

@@ -7,6 +7,10 @@
 #include "tests/qt/ShownBanner.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr QSize imageSize(195, 422);  // half a pixel a point, which keeps the files small

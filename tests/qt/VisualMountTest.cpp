@@ -11,6 +11,10 @@
 #include "tests/qt/QtTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // A picture whose pixel changes behind the back of everybody who holds it, so that painting it anew shows.

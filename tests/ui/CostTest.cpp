@@ -7,6 +7,10 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // A text with the part in brackets so often; "#" in it stands for its number.

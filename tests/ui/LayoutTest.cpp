@@ -3,6 +3,10 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 const auto body = [](const std::string& content) { return text(content, {}); };
@@ -67,7 +71,7 @@ TEST(LayoutTest, PinsTheFooter) {
 /// A window of 100 by 200 over lazy rows, every third of them 20 high, that can be switched.
 struct Rows : TestScreen {
   Rows(std::size_t count, double height, double below = 0)
-      : TestScreen(TalvoConsentSDK::scroll(lazyRows(count, row(height)).padding({.bottom = below})),
+      : TestScreen(TalvoConsentSDK::view::scroll(lazyRows(count, row(height)).padding({.bottom = below})),
                    {100, 200}) {}
 
   static std::function<AnyView(std::size_t)> row(double height) {
