@@ -23,6 +23,8 @@ namespace TalvoConsentBenchmarks {
 namespace {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 std::size_t vendorCount(const benchmark::State& state) {
   return static_cast<std::size_t>(state.range(0));

@@ -10,6 +10,8 @@
 namespace TalvoConsentBenchmarks {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 BannerScene::BannerScene(std::size_t vendorCount) : window_(TextSettings()) {
   const ConsentBannerView banner = makeBanner(vendorCount);

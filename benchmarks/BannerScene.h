@@ -31,10 +31,10 @@ class BannerScene {
   /// Scrolls at the middle of the window.
   void scroll(double distance);
 
-  TalvoConsentSDK::HostingController& controller() { return *controller_; }
+  TalvoConsentSDK::view::HostingController& controller() { return *controller_; }
 
  private:
-  std::shared_ptr<TalvoConsentSDK::HostingController> controller_;
+  std::shared_ptr<TalvoConsentSDK::view::HostingController> controller_;
   TalvoConsentSDK::ViewWindow window_;
   int framesPresented_ = 0;
 };

@@ -18,6 +18,7 @@
 
 using namespace TalvoConsentBenchmarks;
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 
 namespace {
 

@@ -19,6 +19,7 @@ namespace TalvoConsentBenchmarks {
 namespace {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 using benchmark::DoNotOptimize;
 using benchmark::State;
 

@@ -24,6 +24,7 @@ namespace TalvoConsentBenchmarks {
 namespace {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 using benchmark::State;
 
 constexpr int requestCount = 1'000;

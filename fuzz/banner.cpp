@@ -13,6 +13,8 @@
 #include "testing/fakes/MemoryPlatform.h"
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 using namespace TalvoConsentSDK::fuzzing;
 
 namespace {

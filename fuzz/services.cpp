@@ -11,6 +11,7 @@
 #include "fuzz/Fuzzing.h"
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 using namespace TalvoConsentSDK::fuzzing;
 
 namespace {

@@ -7,6 +7,7 @@
 #include "testing/fakes/MemoryPlatform.h"
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 using namespace TalvoConsentSDK::fuzzing;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

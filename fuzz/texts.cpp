@@ -8,6 +8,7 @@
 #include "testing/fakes/MemoryPlatform.h"
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 using namespace TalvoConsentSDK::fuzzing;
 
 namespace {

@@ -42,9 +42,9 @@ TYPED_TEST_P(DurabilityConformance, SurvivesBeingKilled) {
   const int kills = TypeParam::kills();
   for (int kill = 0; kill < kills; ++kill) {
     ChildProcess child([&](const ProcessChannel& parent) {
-      const std::shared_ptr<UserDefaults> store = this->maker.open();
+      const std::shared_ptr<platform::UserDefaults> store = this->maker.open();
       for (int n = last + 1;; ++n) {
-        const Data value(std::to_string(n) + padding);
+        const platform::Data value(std::to_string(n) + padding);
         store->commit({{"k", value}, {"twin", value}}).value();
         if (!parent.send(n)) return;
       }
@@ -60,8 +60,8 @@ TYPED_TEST_P(DurabilityConformance, SurvivesBeingKilled) {
     EXPECT_EQ(child.wait(), -SIGKILL);
     while (const auto next = child.channel->receive<int>()) acknowledged = *next;
 
-    const std::shared_ptr<UserDefaults> store = this->maker.open();
-    const std::optional<Data> stored = store->data("k").value();
+    const std::shared_ptr<platform::UserDefaults> store = this->maker.open();
+    const std::optional<platform::Data> stored = store->data("k").value();
     EXPECT_EQ(store->data("twin").value(), stored) << "half of a commit";
     last = stored ? std::stoi(stored->bytes) : 0;
     EXPECT_TRUE(!stored || stored->bytes == std::to_string(last) + padding);

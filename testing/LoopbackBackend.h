@@ -24,7 +24,7 @@ inline const TestCertificate* noIdentity() {
 template <class Session, auto identity = &noIdentity>
 class LoopbackBackend {
  public:
-  URLSession& session() { return session_; }
+  platform::URLSession& session() { return session_; }
 
   URL serve(const std::string& method, const std::string& path, int status, std::string body) {
     return answer(method, path, [status, body](auto& connection) { connection.reply(status, body); });

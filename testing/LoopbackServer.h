@@ -46,7 +46,7 @@ class LoopbackServer {
  public:
   struct Request {
     std::string method, target, body;
-    HTTPHeaders headers;
+    platform::HTTPHeaders headers;
     int connection = 0;  // counted from 1
   };
 

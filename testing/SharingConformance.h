@@ -28,8 +28,9 @@ TYPED_TEST_P(SharingConformance, ServesSeveralProcessesFromTheStart) {
   std::list<ChildProcess> children;
   for (int n = 0; n < processes; ++n) {
     children.emplace_back([&](const ProcessChannel&) {
-      const std::shared_ptr<UserDefaults> store = this->maker.open();
-      for (int key = 0; key < saves; ++key) store->set(std::to_string(n * saves + key), Data("v")).value();
+      const std::shared_ptr<platform::UserDefaults> store = this->maker.open();
+      for (int key = 0; key < saves; ++key)
+        store->set(std::to_string(n * saves + key), platform::Data("v")).value();
       // The file grows and shrinks while others open it.
       for (int round = 0; round < 3; ++round) {
         this->maker.open()->set("large " + std::to_string(n), std::string(50'000, 'x')).value();
@@ -38,9 +39,9 @@ TYPED_TEST_P(SharingConformance, ServesSeveralProcessesFromTheStart) {
     });
   }
   for (ChildProcess& child : children) EXPECT_EQ(child.wait(), 0);
-  const std::shared_ptr<UserDefaults> store = this->maker.open();
+  const std::shared_ptr<platform::UserDefaults> store = this->maker.open();
   for (int key = 0; key < processes * saves; ++key)
-    EXPECT_EQ(store->data(std::to_string(key)).value(), Data("v"));
+    EXPECT_EQ(store->data(std::to_string(key)).value(), platform::Data("v"));
 }
 
 REGISTER_TYPED_TEST_SUITE_P(SharingConformance, ServesSeveralProcessesFromTheStart);

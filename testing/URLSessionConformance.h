@@ -25,8 +25,8 @@
 
 namespace TalvoConsentSDK {
 
-inline URLRequest makeRequest(std::string method, const std::string& url) {
-  URLRequest request(URL::parse(url).value());
+inline platform::URLRequest makeRequest(std::string method, const std::string& url) {
+  platform::URLRequest request(URL::parse(url).value());
   request.method = std::move(method);
   return request;
 }
@@ -34,11 +34,11 @@ inline URLRequest makeRequest(std::string method, const std::string& url) {
 /// Collects the outcomes that its completions receive. Copies share them.
 class Outcomes {
  public:
-  using Value = std::pair<Result<URLResponse>, std::thread::id>;  // and the thread that reported it
+  using Value = std::pair<Result<platform::URLResponse>, std::thread::id>;  // and the thread that reported it
 
   /// `then` runs inside the completion.
-  URLSession::Completion completion(std::function<void()> then = [] {}) {
-    return [shared = shared_, then = std::move(then)](Result<URLResponse> outcome) {
+  platform::URLSession::Completion completion(std::function<void()> then = [] {}) {
+    return [shared = shared_, then = std::move(then)](Result<platform::URLResponse> outcome) {
       {
         const std::scoped_lock guard(shared->lock);
         shared->values.emplace_back(std::move(outcome), std::this_thread::get_id());
@@ -69,7 +69,7 @@ class Outcomes {
 };
 
 /// Runs one request and waits for its outcome.
-inline Result<URLResponse> await(URLSession& session, URLRequest request) {
+inline Result<platform::URLResponse> await(platform::URLSession& session, platform::URLRequest request) {
   Outcomes outcomes;
   session.run(std::move(request), outcomes.completion());
   return outcomes.wait(1).front().first;
@@ -154,7 +154,7 @@ TYPED_TEST_P(URLSessionConformance, ReportsAFailureOnceAndGoesOn) {
 }
 
 TYPED_TEST_P(URLSessionConformance, SendsABodyOnceAndToOneOrigin) {
-  URLSession& session = this->backend.session();
+  platform::URLSession& session = this->backend.session();
   ASSERT_TRUE(await(session, makeRequest("GET", this->backend.serve("GET", "/warm", 200, "x").text())));
   for (const std::string method : {"POST", "PUT"}) {
     const auto send = [&](const URL& url) {
@@ -176,7 +176,7 @@ TYPED_TEST_P(URLSessionConformance, SendsABodyOnceAndToOneOrigin) {
 TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowAndThatRunMore) {
   const URL url = this->backend.serve("GET", "/again", 200, "x");
   Outcomes outcomes;
-  URLSession& session = this->backend.session();
+  platform::URLSession& session = this->backend.session();
   session.run(makeRequest("GET", url.text()),
               outcomes.completion([] { throw std::runtime_error("a host's"); }));
   session.run(makeRequest("GET", url.text()), outcomes.completion([] { throw 1; }));

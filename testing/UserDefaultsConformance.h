@@ -21,7 +21,7 @@ template <class Maker>
 class UserDefaultsConformance : public ::testing::Test {
  protected:
   Maker maker;
-  std::shared_ptr<UserDefaults> store = maker.open();
+  std::shared_ptr<platform::UserDefaults> store = maker.open();
 };
 TYPED_TEST_SUITE_P(UserDefaultsConformance);
 
@@ -41,8 +41,8 @@ TYPED_TEST_P(UserDefaultsConformance, GivesBackWhatWasStored) {
   }
   for (const std::string& key : texts) {
     for (const std::string& value : texts) {
-      this->store->set(key, Data(value)).value();
-      EXPECT_TRUE(this->store->data(key).value() == Data(value));
+      this->store->set(key, platform::Data(value)).value();
+      EXPECT_TRUE(this->store->data(key).value() == platform::Data(value));
       EXPECT_EQ(this->store->string(key).value(), std::nullopt);
       this->store->set(key, value).value();  // replaces the data
       EXPECT_TRUE(this->store->string(key).value() == value);
@@ -60,59 +60,59 @@ TYPED_TEST_P(UserDefaultsConformance, GivesBackWhatWasStored) {
 }
 
 TYPED_TEST_P(UserDefaultsConformance, ReplacesOnlyWhatIsExpected) {
-  using Value = std::optional<Data>;
+  using Value = std::optional<platform::Data>;
   const auto replaced = [this](const std::string& key, const Value& expected, const std::string& value) {
-    return this->store->replace(key, expected, Data(value)).value();
+    return this->store->replace(key, expected, platform::Data(value)).value();
   };
-  EXPECT_FALSE(replaced("k", Data(""), "new")) << "missing is not empty";
+  EXPECT_FALSE(replaced("k", platform::Data(""), "new")) << "missing is not empty";
   EXPECT_EQ(this->store->data("k").value(), std::nullopt);
   EXPECT_TRUE(replaced("k", std::nullopt, "first"));
   EXPECT_FALSE(replaced("k", std::nullopt, "other"));
-  EXPECT_FALSE(replaced("k", Data("FIRST"), "other"));
-  EXPECT_EQ(this->store->data("k").value(), Data("first"));
-  EXPECT_TRUE(replaced("k", Data("first"), "first")) << "an unchanged value is stored too";
-  EXPECT_TRUE(replaced("k", Data("first"), std::string("\0", 1)));
-  EXPECT_TRUE(replaced("k", Data(std::string("\0", 1)), ""));
-  EXPECT_TRUE(replaced("k", Data(""), "last"));
-  EXPECT_EQ(this->store->data("k").value(), Data("last"));
+  EXPECT_FALSE(replaced("k", platform::Data("FIRST"), "other"));
+  EXPECT_EQ(this->store->data("k").value(), platform::Data("first"));
+  EXPECT_TRUE(replaced("k", platform::Data("first"), "first")) << "an unchanged value is stored too";
+  EXPECT_TRUE(replaced("k", platform::Data("first"), std::string("\0", 1)));
+  EXPECT_TRUE(replaced("k", platform::Data(std::string("\0", 1)), ""));
+  EXPECT_TRUE(replaced("k", platform::Data(""), "last"));
+  EXPECT_EQ(this->store->data("k").value(), platform::Data("last"));
 
   this->store->set("s", std::string("text")).value();
-  EXPECT_FALSE(replaced("s", Data("text"), "new")) << "a string is not data";
+  EXPECT_FALSE(replaced("s", platform::Data("text"), "new")) << "a string is not data";
   EXPECT_EQ(this->store->string("s").value(), "text");
   EXPECT_TRUE(replaced("s", std::nullopt, "new")) << "there is no data under the key";
-  EXPECT_EQ(this->store->data("s").value(), Data("new"));
+  EXPECT_EQ(this->store->data("s").value(), platform::Data("new"));
 }
 
 TYPED_TEST_P(UserDefaultsConformance, CommitsSeveralChangesInOrder) {
   const std::monostate removed;
   this->store->set("gone", std::string("text")).value();
-  this->store->set("other", Data("stays")).value();
+  this->store->set("other", platform::Data("stays")).value();
   this->store
-      ->commit({{"first", Data("1")},
+      ->commit({{"first", platform::Data("1")},
                 {"text", std::string("2")},
                 {"gone", removed},
                 {"missing", removed},
-                {"first", Data("3")},
-                {"back", Data("4")},
+                {"first", platform::Data("3")},
+                {"back", platform::Data("4")},
                 {"back", removed}})
       .value();
   this->store->commit({}).value();
   this->store->synchronize().value();
   const auto other = this->maker.open();
-  EXPECT_EQ(other->data("first").value(), Data("3"));
+  EXPECT_EQ(other->data("first").value(), platform::Data("3"));
   EXPECT_EQ(other->string("text").value(), "2");
   EXPECT_EQ(other->string("gone").value(), std::nullopt);
   EXPECT_EQ(other->data("back").value(), std::nullopt);
-  EXPECT_EQ(other->data("other").value(), Data("stays"));
+  EXPECT_EQ(other->data("other").value(), platform::Data("stays"));
 
   std::thread writer([&] {
     for (int round = 10; round < 60; ++round) {
-      const Data value(std::to_string(round));
+      const platform::Data value(std::to_string(round));
       this->store->commit({{"first", value}, {"second", value}}).value();
     }
   });
   for (std::string second; second != "59";) {
-    second = other->data("second").value().value_or(Data()).bytes;
+    second = other->data("second").value().value_or(platform::Data()).bytes;
     EXPECT_GE(other->data("first").value()->bytes, second)
         << "a later change was visible before an earlier one";
   }
@@ -122,9 +122,9 @@ TYPED_TEST_P(UserDefaultsConformance, CommitsSeveralChangesInOrder) {
 TYPED_TEST_P(UserDefaultsConformance, ShowsEveryReaderWhatWasSet) {
   const auto other = this->maker.open();
   for (const char* value : {"1", "2"}) {
-    this->store->set("k", Data(value)).value();
-    EXPECT_EQ(other->data("k").value(), Data(value));
-    std::thread([&] { EXPECT_EQ(other->data("k").value(), Data(value)); }).join();
+    this->store->set("k", platform::Data(value)).value();
+    EXPECT_EQ(other->data("k").value(), platform::Data(value));
+    std::thread([&] { EXPECT_EQ(other->data("k").value(), platform::Data(value)); }).join();
   }
   other->remove("k").value();
   EXPECT_EQ(this->store->data("k").value(), std::nullopt);
@@ -144,13 +144,14 @@ TYPED_TEST_P(UserDefaultsConformance, ServesManyThreads) {
 
         const auto before = mine->data("shared").value();
         const int count = before ? std::stoi(before->bytes) : 0;
-        if (mine->replace("shared", before, Data(std::to_string(count + 1))).value()) ++increments;
+        if (mine->replace("shared", before, platform::Data(std::to_string(count + 1))).value()) ++increments;
       }
     });
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_GE(increments, rounds);
-  EXPECT_EQ(this->store->data("shared").value(), Data(std::to_string(increments))) << "an update was lost";
+  EXPECT_EQ(this->store->data("shared").value(), platform::Data(std::to_string(increments)))
+      << "an update was lost";
 }
 
 REGISTER_TYPED_TEST_SUITE_P(UserDefaultsConformance, GivesBackWhatWasStored, ReplacesOnlyWhatIsExpected,

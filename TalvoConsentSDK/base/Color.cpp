@@ -6,6 +6,7 @@
 #include "TalvoConsentSDK/base/unicode/Characters.h"
 
 namespace TalvoConsentSDK {
+namespace platform {
 
 namespace {
 
@@ -70,4 +71,5 @@ bool isColorText(std::string_view text) {
          std::ranges::all_of(digits, [](char c) { return hexDigit(c) >= 0; });
 }
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

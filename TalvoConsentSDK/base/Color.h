@@ -6,7 +6,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// sRGB, not premultiplied, each channel from 0 to 1.
 struct Color {
@@ -33,4 +34,5 @@ TALVO_EXPORT Color colorFromText(std::string_view text);
 /// other texts, too.
 TALVO_EXPORT bool isColorText(std::string_view text);
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

@@ -4,7 +4,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 enum class FontWeight { regular, medium, semibold, bold };
 
@@ -36,4 +37,5 @@ struct Font {
   friend bool operator==(const Font&, const Font&) = default;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

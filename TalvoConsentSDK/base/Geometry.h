@@ -7,7 +7,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 struct Point {
   double x = 0;
@@ -72,4 +73,5 @@ struct Rect {
   friend bool operator==(const Rect&, const Rect&) = default;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

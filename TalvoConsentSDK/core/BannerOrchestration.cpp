@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 /// The host's closures. They are destroyed on the main actor, whichever thread releases the last reference.
@@ -27,7 +30,7 @@ struct HostClosures {
     auto owned = std::make_shared<const HostClosures>(std::move(closures));
     const HostClosures* const pointer = owned.get();
     return {pointer, [mainActor, owned = std::move(owned)](const HostClosures*) mutable {
-              detail::postOrRun(mainActor, [last = std::move(owned)] {});
+              platform::postOrRun(mainActor, [last = std::move(owned)] {});
             }};
   }
 };
@@ -65,7 +68,7 @@ void submitDecision(const BannerRequestPointer& request, const BasicConsent& con
   spawn<ConsentResponse>(request->site->background,
                          sendAndFile(request->site, std::move(payload), std::move(decision), consent),
                          [request, hostCallback](const Result<ConsentResponse>& result) {
-                           detail::postOrRun(request->site->mainActor, [request, hostCallback, result] {
+                           platform::postOrRun(request->site->mainActor, [request, hostCallback, result] {
                              if (!result) return request->report(result.error());
                              callHost((*request->host).*hostCallback);
                            });
@@ -80,8 +83,8 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
           [request] { submitDecision(request, BasicConsent::rejectAll(), &HostClosures::onRejectAll); },
       .onManagePreferences =
           [request] {
-            detail::postOrRun(request->site->mainActor,
-                              [request] { callHost(request->host->onManagePreferences); });
+            platform::postOrRun(request->site->mainActor,
+                                [request] { callHost(request->host->onManagePreferences); });
           },
       .onSavePreferences =
           [request](const BasicConsent& consent) {

@@ -6,6 +6,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 void ConsentEventManager::addListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {
   if (!callback) return;
   const std::scoped_lock guard(lock_);

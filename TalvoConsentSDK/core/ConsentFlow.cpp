@@ -6,6 +6,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 Task<ConsentResponse> send(const Site& site, FullConsent payload, bool isUpdate) {

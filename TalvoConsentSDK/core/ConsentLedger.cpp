@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 constexpr std::chrono::milliseconds maxWait(250);  // for callers, which may be the main thread

@@ -76,7 +76,7 @@ class ConsentLedger {
 
   /// An implicit consent on its way to the service.
   struct Implicit {
-    std::optional<Data> replaced;  // the stored data that it may replace
+    std::optional<platform::Data> replaced;  // the stored data that it may replace
     bool isUpdate = false;
     std::uint64_t decisions = 0;  // how many decisions had been stored
   };
@@ -125,8 +125,8 @@ class ConsentLedger {
   IdentityChange beingWritten_;   // being written by the thread that uses the store
   bool mayNeedRestoring_ = true;  // an original may still have to be restored
   KeptUser user_;
-  KeptConsent initialConsent_;    // the consent as it was when the identity last changed
-  std::optional<Data> implicit_;  // the data of an implicit consent stored since
+  KeptConsent initialConsent_;              // the consent as it was when the identity last changed
+  std::optional<platform::Data> implicit_;  // the data of an implicit consent stored since
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
   std::uint64_t identity_ = 0;    // how often the identity has changed
   std::uint64_t decisions_ = 0;   // how many decisions have been stored

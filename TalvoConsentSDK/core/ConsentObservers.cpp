@@ -8,6 +8,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 int ConsentObservers::add(std::function<void()> observer) {
   const std::scoped_lock guard(lock_);
   observers_[next_] = std::make_shared<const std::function<void()>>(std::move(observer));
@@ -26,7 +28,7 @@ void ConsentObservers::notify(const std::shared_ptr<ConsentObservers>& observers
     const std::scoped_lock guard(observers->lock_);
     if (observers->observers_.empty()) return;
   }
-  detail::postOrRun(observers->mainActor_, [observers] {
+  platform::postOrRun(observers->mainActor_, [observers] {
     std::unique_lock guard(observers->lock_);
     auto& all = observers->observers_;
     const int end = observers->next_;  // observers added from here on see the changed consent anyway

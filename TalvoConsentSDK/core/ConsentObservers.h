@@ -19,7 +19,8 @@ class CookiesSDK;
 /// A client's observers. Safe from any thread.
 class ConsentObservers {
  public:
-  explicit ConsentObservers(std::shared_ptr<Executor> mainActor) : mainActor_(std::move(mainActor)) {}
+  explicit ConsentObservers(std::shared_ptr<platform::Executor> mainActor)
+      : mainActor_(std::move(mainActor)) {}
 
   int add(std::function<void()> observer);
   void remove(int number);
@@ -28,7 +29,7 @@ class ConsentObservers {
   static void notify(const std::shared_ptr<ConsentObservers>& observers);
 
  private:
-  const std::shared_ptr<Executor> mainActor_;
+  const std::shared_ptr<platform::Executor> mainActor_;
   std::mutex lock_;
   std::map<int, std::shared_ptr<const std::function<void()>>> observers_;
   int next_ = 0;
@@ -36,8 +37,9 @@ class ConsentObservers {
 
 /// Wraps a client's store: passes everything on to it, and notifies `observers` whenever `key` may have
 /// changed.
-std::shared_ptr<UserDefaults> observed(std::shared_ptr<UserDefaults> store, std::string key,
-                                       std::shared_ptr<ConsentObservers> observers);
+std::shared_ptr<platform::UserDefaults> observed(std::shared_ptr<platform::UserDefaults> store,
+                                                 std::string key,
+                                                 std::shared_ptr<ConsentObservers> observers);
 
 /// Calls `observer` on the main actor after each change of the stored consent, until the returned handle is
 /// released. If the handle is released on the main actor, no call follows; after a release on another thread,

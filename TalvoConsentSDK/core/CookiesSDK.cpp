@@ -14,6 +14,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const Platform& platform,

@@ -19,9 +19,9 @@ struct Site {
   const std::shared_ptr<APIClient> apiClient;
   const std::shared_ptr<ConsentLedger> ledger;
   const std::shared_ptr<ConsentEventManager> eventManager;
-  const std::shared_ptr<Executor> mainActor;
-  const std::shared_ptr<Executor> background;
-  const std::shared_ptr<Executor> callbacks;
+  const std::shared_ptr<platform::Executor> mainActor;
+  const std::shared_ptr<platform::Executor> background;
+  const std::shared_ptr<platform::Executor> callbacks;
 };
 
 using SitePointer = std::shared_ptr<const Site>;

@@ -21,8 +21,8 @@ void announceEnd(const SitePointer& site, Task<ConsentResponse> submission, Basi
   };
   spawn<ConsentResponse>(site->background, std::move(submission),
                          [announce, callbacks = site->callbacks](Result<ConsentResponse> result) {
-                           detail::postOrRun(callbacks,
-                                             [announce, result = std::move(result)] { announce(result); });
+                           platform::postOrRun(callbacks,
+                                               [announce, result = std::move(result)] { announce(result); });
                          });
 }
 

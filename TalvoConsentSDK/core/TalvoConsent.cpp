@@ -10,6 +10,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 std::shared_ptr<TalvoConsent> TalvoConsent::getInstance(const std::string& /*tenantId*/,
                                                         const std::string& collectionPointId,
                                                         const std::optional<std::string>& token,
@@ -51,7 +53,7 @@ void TalvoConsent::submitConsent(const std::string& userEmail, const std::map<st
   httpClient_->postJSON(
       *url, body, endpointHeaders(),
       [callbacks = callbacks_, completion = std::move(completion)](Result<JSONObject> reply) {
-        detail::postOrRun(callbacks, [completion, reply = std::move(reply)] {
+        platform::postOrRun(callbacks, [completion, reply = std::move(reply)] {
           if (completion) completion(reply);
         });
       });

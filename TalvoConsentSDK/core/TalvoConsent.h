@@ -15,7 +15,9 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
+namespace platform {
 class Executor;
+}
 class HTTPClient;
 
 /// Submits choices on the topics of one collection point. One instance exists per process; it is never
@@ -46,7 +48,7 @@ class TalvoConsent {
   const std::string collectionPointId_;
   const std::optional<std::string> token_;
   const std::string baseUrl_;
-  const std::shared_ptr<Executor> callbacks_;
+  const std::shared_ptr<platform::Executor> callbacks_;
   const std::shared_ptr<HTTPClient> httpClient_;
 };
 

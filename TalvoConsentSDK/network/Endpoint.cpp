@@ -4,6 +4,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // Undoes percent-encoding once, as a server does.

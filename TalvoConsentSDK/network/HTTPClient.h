@@ -25,22 +25,22 @@ class HTTPClient {
 
   /// Replies to typed requests are decoded on `decodingExecutor`, or, if it is null, where the awaiting task
   /// runs.
-  HTTPClient(JSONDecoder decoder, JSONEncoder encoder, std::shared_ptr<Executor> decodingExecutor)
+  HTTPClient(JSONDecoder decoder, JSONEncoder encoder, std::shared_ptr<platform::Executor> decodingExecutor)
       : decoder_(decoder), encoder_(encoder), decodingExecutor_(std::move(decodingExecutor)) {}
   virtual ~HTTPClient() = default;
 
   /// Sends a request, with `body` as JSON if there is one, and reads the reply as a `Reply`. Every failure is
   /// thrown as an `HTTPClientError`: `invalidURL` if there is no `url`.
   template <class Reply>
-  Task<Reply> get(std::optional<URL> url, HTTPHeaders headers) {
+  Task<Reply> get(std::optional<URL> url, platform::HTTPHeaders headers) {
     return reply<Reply>(exchange("GET", std::move(url), std::nullopt, std::move(headers)));
   }
   template <class Reply, class Body>
-  Task<Reply> post(std::optional<URL> url, const Body& body, HTTPHeaders headers) {
+  Task<Reply> post(std::optional<URL> url, const Body& body, platform::HTTPHeaders headers) {
     return reply<Reply>(exchange("POST", std::move(url), encoder_.encode(body), std::move(headers)));
   }
   template <class Reply, class Body>
-  Task<Reply> put(std::optional<URL> url, const Body& body, HTTPHeaders headers) {
+  Task<Reply> put(std::optional<URL> url, const Body& body, platform::HTTPHeaders headers) {
     return reply<Reply>(exchange("PUT", std::move(url), encoder_.encode(body), std::move(headers)));
   }
 
@@ -48,13 +48,15 @@ class HTTPClient {
   /// `body` cannot be encoded or the session throws), with the reply's object, an `HTTPClientError`, or a
   /// `PlatformError` of domain "HTTPClient": -1 "Failed to serialize JSON payload", -2 "No data received", -3
   /// "Invalid JSON response".
-  virtual void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) = 0;
+  virtual void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
+                        JSONCompletion completion) = 0;
 
  protected:
   /// Sends one request and returns the body of an accepted reply. Throws an `HTTPClientError`, also if there
   /// is no `url` or the body could not be encoded.
   virtual Task<std::string> exchange(std::string method, std::optional<URL> url,
-                                     std::optional<Result<std::string>> body, HTTPHeaders headers) = 0;
+                                     std::optional<Result<std::string>> body,
+                                     platform::HTTPHeaders headers) = 0;
 
   const JSONDecoder& decoder() const noexcept { return decoder_; }
   const JSONEncoder& encoder() const noexcept { return encoder_; }
@@ -75,7 +77,7 @@ class HTTPClient {
 
   const JSONDecoder decoder_;
   const JSONEncoder encoder_;
-  const std::shared_ptr<Executor> decodingExecutor_;
+  const std::shared_ptr<platform::Executor> decodingExecutor_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 PlatformError transportError(int code, const char* description) {
@@ -74,10 +76,10 @@ void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders
   if (!bytes) {
     return report(completion, transportError(-1, "Failed to serialize JSON payload"));
   }
-  detail::runOnce(*session_, makeRequest("POST", std::move(url), *std::move(bytes), headers),
-                  [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
-                    report(completion, acceptedObject(decoder, std::move(outcome)));
-                  });
+  platform::runOnce(*session_, makeRequest("POST", std::move(url), *std::move(bytes), headers),
+                    [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
+                      report(completion, acceptedObject(decoder, std::move(outcome)));
+                    });
 }
 
 Task<std::string> URLSessionHTTPClient::exchange(std::string method, std::optional<URL> url,
@@ -89,9 +91,10 @@ Task<std::string> URLSessionHTTPClient::exchange(std::string method, std::option
   if (body) bytes = std::move(**body);
 
   CallbackAwaiter<Result<URLResponse>> reply(
-      [session = session_,
-       request = makeRequest(std::move(method), *std::move(url), std::move(bytes), headers)](
-          URLSession::Completion completion) { detail::runOnce(*session, request, std::move(completion)); });
+      [session = session_, request = makeRequest(std::move(method), *std::move(url), std::move(bytes),
+                                                 headers)](URLSession::Completion completion) {
+        platform::runOnce(*session, request, std::move(completion));
+      });
   Result<URLResponse> outcome = co_await std::move(reply);
   co_return acceptedBody(std::move(outcome), MissingBody::isEmpty).value();
 }

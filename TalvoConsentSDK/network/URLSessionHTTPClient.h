@@ -11,18 +11,19 @@ namespace TalvoConsentSDK {
 /// Sends each request on a session, and checks what the session reports.
 class URLSessionHTTPClient : public HTTPClient {
  public:
-  explicit URLSessionHTTPClient(std::shared_ptr<URLSession> session,
-                                std::shared_ptr<Executor> decodingExecutor = nullptr,
+  explicit URLSessionHTTPClient(std::shared_ptr<platform::URLSession> session,
+                                std::shared_ptr<platform::Executor> decodingExecutor = nullptr,
                                 JSONDecoder decoder = {}, JSONEncoder encoder = {});
 
-  void postJSON(URL url, const JSONObject& body, HTTPHeaders headers, JSONCompletion completion) override;
+  void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
+                JSONCompletion completion) override;
 
  protected:
   Task<std::string> exchange(std::string method, std::optional<URL> url,
-                             std::optional<Result<std::string>> body, HTTPHeaders headers) override;
+                             std::optional<Result<std::string>> body, platform::HTTPHeaders headers) override;
 
  private:
-  const std::shared_ptr<URLSession> session_;
+  const std::shared_ptr<platform::URLSession> session_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -10,7 +10,8 @@
 #include "TalvoConsentSDK/base/URL.h"
 #include "TalvoConsentSDK/platform/Window.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 enum class ActivationState { unattached, foregroundInactive, foregroundActive, background };
 
@@ -56,4 +57,5 @@ class Application {
   virtual bool reducesMotion() const { return false; }
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

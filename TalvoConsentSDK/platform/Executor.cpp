@@ -5,7 +5,7 @@
 
 #include "TalvoConsentSDK/platform/Printer.h"
 
-namespace TalvoConsentSDK::detail {
+namespace TalvoConsentSDK::platform {
 
 namespace {
 
@@ -33,4 +33,4 @@ void postOrRun(const std::shared_ptr<Executor>& executor, std::function<void()> 
   }
 }
 
-}  // namespace TalvoConsentSDK::detail
+}  // namespace TalvoConsentSDK::platform

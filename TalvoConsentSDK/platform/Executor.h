@@ -7,7 +7,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Runs jobs. The main actor runs them one at a time on the main thread, in the order posted and never inside
 /// `post`; a background executor runs them on threads other than the main one.
@@ -22,13 +23,10 @@ class Executor {
   virtual void post(std::function<void()> job) = 0;
 };
 
-namespace detail {
-
 /// Posts a job that must run. If the executor throws instead of taking the job, runs it on the calling
 /// thread. The job runs once, and its captures are released on the thread where it ran. If the job throws,
 /// the exception is caught.
 TALVO_EXPORT void postOrRun(const std::shared_ptr<Executor>& executor, std::function<void()> job) noexcept;
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

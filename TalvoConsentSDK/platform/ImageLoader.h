@@ -10,7 +10,8 @@
 #include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/base/URL.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// A decoded picture, in the toolkit's own form.
 class Image {
@@ -32,4 +33,5 @@ class ImageLoader {
   virtual void load(const URL& url, Completion completion) = 0;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

@@ -7,7 +7,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Looks texts up by key. This default knows no texts and returns the key itself.
 class Localization {
@@ -18,4 +19,5 @@ class Localization {
   virtual std::string text(std::string_view key) { return std::string(key); }
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

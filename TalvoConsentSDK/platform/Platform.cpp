@@ -10,6 +10,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // Never destroyed: threads may still print or read it while the process exits.

@@ -22,19 +22,19 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 struct Platform {
   Platform();
 
-  std::shared_ptr<URLSession> urlSession;
-  std::shared_ptr<UserDefaults> userDefaults;
-  std::shared_ptr<Executor> mainActor;
-  std::shared_ptr<Executor> background;
+  std::shared_ptr<platform::URLSession> urlSession;
+  std::shared_ptr<platform::UserDefaults> userDefaults;
+  std::shared_ptr<platform::Executor> mainActor;
+  std::shared_ptr<platform::Executor> background;
 
   /// Calls listeners and the completions of submissions, which may block. Must run one job after the other,
   /// in the order posted. If null, which is the default, `background` is used, and its other work waits for
   /// these calls.
-  std::shared_ptr<Executor> callbacks;
+  std::shared_ptr<platform::Executor> callbacks;
 
-  std::shared_ptr<Application> application;
-  std::shared_ptr<Localization> localization;
-  std::shared_ptr<Printer> printer;
+  std::shared_ptr<platform::Application> application;
+  std::shared_ptr<platform::Localization> localization;
+  std::shared_ptr<platform::Printer> printer;
 
   /// Replaces null members by null objects.
   void fillIn();

@@ -10,6 +10,7 @@
 #include "TalvoConsentSDK/platform/Platform.h"
 
 namespace TalvoConsentSDK {
+namespace platform {
 
 namespace {
 
@@ -77,4 +78,5 @@ void callHost(const std::function<void()>& code) noexcept {
   }
 }
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

@@ -8,7 +8,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Receives every diagnostic line. Called from any thread, also while a client is being created, so it must
 /// not create one itself.
@@ -37,8 +38,6 @@ TALVO_EXPORT void print(std::string_view line) noexcept;
 /// Runs host code. If it throws, catches the exception and prints one line.
 TALVO_EXPORT void callHost(const std::function<void()>& code) noexcept;
 
-namespace detail {
-
 /// Asks one of the host's seams, and returns its answer. If it throws, prints one line and returns
 /// `otherwise`.
 template <class Answer, class Question>
@@ -47,6 +46,5 @@ Answer askHost(Answer otherwise, const Question& question) {
   return otherwise;
 }
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

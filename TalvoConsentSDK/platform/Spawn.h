@@ -109,7 +109,7 @@ Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
   } catch (...) {  // the executor has not taken the task
     end.emplace(Error::current());
   }
-  callHost([&] {
+  platform::callHost([&] {
     if (done) done(*std::move(end));
   });
 }
@@ -119,15 +119,16 @@ Detached run(Task<Result<T>> task, std::function<void(Result<T>)> done) {
 /// Starts a task on `executor` without waiting for it. `done` is called once with its result, on the
 /// executor; or on the caller's thread, if the executor throws instead of taking the task.
 template <class T>
-void spawn(const std::shared_ptr<Executor>& executor, Task<T> task, std::function<void(Result<T>)> done) {
+void spawn(const std::shared_ptr<platform::Executor>& executor, Task<T> task,
+           std::function<void(Result<T>)> done) {
   detail::run(detail::outcome(std::move(task)).on(executor), std::move(done));
 }
 
 /// Starts a task that reports its own failures, without waiting for its end. If it cannot be run, prints a
 /// line.
-inline void spawn(const std::shared_ptr<Executor>& executor, Task<void> task) {
+inline void spawn(const std::shared_ptr<platform::Executor>& executor, Task<void> task) {
   spawn<void>(executor, std::move(task), [](const Result<void>& end) {
-    if (!end) print(std::string("⚠️ A task could not be run: ") + end.error().what());
+    if (!end) platform::print(std::string("⚠️ A task could not be run: ") + end.error().what());
   });
 }
 

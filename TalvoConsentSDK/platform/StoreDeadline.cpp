@@ -5,6 +5,7 @@
 #include "TalvoConsentSDK/base/Deadline.h"
 
 namespace TalvoConsentSDK {
+namespace platform {
 
 namespace {
 
@@ -28,4 +29,5 @@ std::chrono::milliseconds StoreDeadline::remaining(std::chrono::milliseconds oth
   return std::max(std::chrono::milliseconds(0), std::min(left, otherwise));
 }
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

@@ -8,7 +8,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Limits how long all store operations on the calling thread together may wait, from this object's creation
 /// to its destruction. If two are nested, the earlier deadline holds. Create and destroy it on the same
@@ -28,4 +29,5 @@ class StoreDeadline {
   const std::optional<std::chrono::steady_clock::time_point> outer_;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

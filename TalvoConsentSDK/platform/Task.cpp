@@ -4,7 +4,7 @@
 
 namespace TalvoConsentSDK::detail {
 
-void Wait::end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noexcept {
+void Wait::end(Share<Wait> wait, const std::shared_ptr<platform::Executor>& executor) noexcept {
   if (wait->advance(Phase::starting, Phase::over)) return;  // the awaiter will not suspend
   if (!executor) return wait->resume(nullptr);
   try {
@@ -18,11 +18,11 @@ void Wait::end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noex
 void Wait::resume(std::exception_ptr refusal) noexcept {
   if (!advance(Phase::suspended, Phase::over)) return;
   refusal_ = std::move(refusal);
-  callHost([awaiter = awaiter_] { awaiter.resume(); });  // a host's coroutine may throw
+  platform::callHost([awaiter = awaiter_] { awaiter.resume(); });  // a host's coroutine may throw
 }
 
 bool TaskPromise::start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
-                        std::shared_ptr<Executor> awaiterExecutor) {
+                        std::shared_ptr<platform::Executor> awaiterExecutor) {
   const Share<TaskPromise> own(*this);
   begin(awaiter);
   continueOn = std::move(awaiterExecutor);

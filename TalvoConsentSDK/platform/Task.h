@@ -26,8 +26,8 @@ namespace detail {
 /// A task's promise, which is also the wait of the coroutine that awaits the task. It owns itself while the
 /// task runs.
 struct TaskPromise : Wait {
-  std::shared_ptr<Executor> executor;    // where this task runs; null: anywhere
-  std::shared_ptr<Executor> continueOn;  // where its awaiter runs; null: anywhere
+  std::shared_ptr<platform::Executor> executor;    // where this task runs; null: anywhere
+  std::shared_ptr<platform::Executor> continueOn;  // where its awaiter runs; null: anywhere
   std::exception_ptr exception;
 
   using Wait::Wait;
@@ -49,7 +49,7 @@ struct TaskPromise : Wait {
   /// already, and the awaiter goes on at once. If the task's executor throws without having begun the task,
   /// lets the exception through.
   bool start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
-             std::shared_ptr<Executor> awaiterExecutor);
+             std::shared_ptr<platform::Executor> awaiterExecutor);
 
  private:
   void run(std::coroutine_handle<> task);
@@ -73,7 +73,7 @@ struct TaskResult<void> {
 };
 
 template <class Promise>
-std::shared_ptr<Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
+std::shared_ptr<platform::Executor> executorOf(std::coroutine_handle<Promise> coroutine) {
   if constexpr (std::is_base_of_v<TaskPromise, Promise>) return coroutine.promise().executor;
   return nullptr;
 }
@@ -131,7 +131,7 @@ class [[nodiscard]] Task {
   Task& operator=(Task&&) noexcept = default;
 
   /// Returns the same task, which will run on `executor` wherever it is awaited from.
-  Task on(std::shared_ptr<Executor> executor) && {
+  Task on(std::shared_ptr<platform::Executor> executor) && {
     task_->executor = std::move(executor);
     return std::move(*this);
   }

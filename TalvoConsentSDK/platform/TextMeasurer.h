@@ -8,7 +8,8 @@
 #include "TalvoConsentSDK/base/Font.h"
 #include "TalvoConsentSDK/base/Geometry.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Measures text at the user's text size. Main thread only.
 class TextMeasurer {
@@ -24,4 +25,5 @@ class TextMeasurer {
   virtual double widestWord(std::string_view text, const Font& font) = 0;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

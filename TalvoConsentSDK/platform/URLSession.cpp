@@ -8,13 +8,12 @@
 #include "TalvoConsentSDK/base/ASCII.h"
 
 namespace TalvoConsentSDK {
+namespace platform {
 
 bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const noexcept {
   const auto lower = [](char c) { return lowercased(c); };
   return std::ranges::lexicographical_compare(a, b, {}, lower, lower);
 }
-
-namespace detail {
 
 void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion) {
   struct Report {
@@ -37,6 +36,5 @@ void runOnce(URLSession& session, URLRequest request, URLSession::Completion com
   }
 }
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

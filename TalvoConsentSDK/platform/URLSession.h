@@ -13,7 +13,8 @@
 #include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/base/URL.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// Orders header names, ignoring ASCII case.
 struct HeaderNameLess {
@@ -57,12 +58,9 @@ class URLSession {
   virtual void run(URLRequest request, Completion completion) = 0;
 };
 
-namespace detail {
-
 /// Runs a request on a session, which may be the host's own. Calls `completion` at most once: ignores what
 /// the session reports after the first report, and reports the exception if `run` throws before that.
 TALVO_EXPORT void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion);
 
-}  // namespace detail
-
+}  // namespace platform
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,7 @@
 #include "TalvoConsentSDK/platform/UserDefaults.h"
 
 namespace TalvoConsentSDK {
+namespace platform {
 
 Result<void> UserDefaults::commit(const std::vector<StoreChange>& changes) {
   for (const StoreChange& change : changes) {
@@ -17,4 +18,5 @@ Result<void> UserDefaults::commit(const std::vector<StoreChange>& changes) {
   return {};
 }
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

@@ -11,7 +11,8 @@
 #include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/base/Result.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// A binary value, distinct from a string with the same bytes.
 struct Data {
@@ -66,4 +67,5 @@ class UserDefaults {
   virtual Result<void> synchronize() = 0;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

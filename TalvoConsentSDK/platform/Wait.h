@@ -71,7 +71,7 @@ class TALVO_EXPORT Wait {
 
   /// Ends the wait; called once. The awaiter resumes on `executor`, or on this thread if there is none. If
   /// the executor throws instead of taking the job, the awaiter resumes on this thread with that exception.
-  static void end(Share<Wait> wait, const std::shared_ptr<Executor>& executor) noexcept;
+  static void end(Share<Wait> wait, const std::shared_ptr<platform::Executor>& executor) noexcept;
 
   /// Called when the awaiter is destroyed: the end of the wait then resumes nothing.
   void abandon() noexcept { phase_.store(Phase::over, std::memory_order_release); }

@@ -9,7 +9,8 @@
 #include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace platform TALVO_EXPORT {
 
 /// What a window shows, and passes touches and keys to. `HostingController` is the one implementation; a
 /// window gets it back with `HostingController::of`. The seams name this base so that they need not know
@@ -49,4 +50,5 @@ class Window {
                             std::function<void()> completion) = 0;
 };
 
+}  // namespace platform
 }  // namespace TalvoConsentSDK

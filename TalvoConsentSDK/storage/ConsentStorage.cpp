@@ -7,6 +7,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 constexpr const char* loadFailure = "⚠️ Failed to load consent from UserDefaults: ";

@@ -16,7 +16,7 @@ namespace TalvoConsentSDK {
 /// read from the store has no data until it is saved.
 struct KeptConsent {
   std::optional<BasicConsent> value;
-  std::optional<Data> data;
+  std::optional<platform::Data> data;
   bool isUnknown = false;  // the store failed: there may be a consent
 };
 
@@ -40,7 +40,7 @@ struct KeptValues {
 /// either prints one line. The current consent can be overwritten, but not removed.
 class ConsentStorage {
  public:
-  ConsentStorage(const std::string& siteId, std::shared_ptr<UserDefaults> userDefaults);
+  ConsentStorage(const std::string& siteId, std::shared_ptr<platform::UserDefaults> userDefaults);
 
   /// Returns the key under which a site's consent is stored.
   static std::string consentKey(const std::string& siteId);
@@ -70,7 +70,8 @@ class ConsentStorage {
 
   /// Saves `consent` only if the stored data is still `expected`, so that it does not replace a consent
   /// chosen in the meantime. Returns the data it saved; nothing if it saved none.
-  std::optional<Data> saveConsentIfStill(const std::optional<Data>& expected, const BasicConsent& consent);
+  std::optional<platform::Data> saveConsentIfStill(const std::optional<platform::Data>& expected,
+                                                   const BasicConsent& consent);
 
  private:
   KeptConsent load(const std::string& key, const char* failure) const;
@@ -78,7 +79,7 @@ class ConsentStorage {
   bool save(const std::string& key, const BasicConsent& consent, const char* failure);
   bool commit(const Result<void>& written, const char* failure);
 
-  const std::shared_ptr<UserDefaults> userDefaults_;
+  const std::shared_ptr<platform::UserDefaults> userDefaults_;
   const std::string storageKey_;
   const std::string userIdKey_;
   const std::string originalConsentKey_;

@@ -6,6 +6,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 AnyView TitleComponentRenderer::render() const {
   const Palette palette(customization_.colors);
   return text(text_, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette.font})

@@ -14,7 +14,7 @@ class TitleComponentRenderer : public ComponentRenderer {
   TitleComponentRenderer(std::string text, const BannerCustomization::Customization& customization)
       : text_(std::move(text)), customization_(customization) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
   const std::string text_;
@@ -26,7 +26,7 @@ class DescriptionComponentRenderer : public ComponentRenderer {
   DescriptionComponentRenderer(std::string text, const BannerCustomization::Customization& customization)
       : text_(std::move(text)), customization_(customization) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
   const std::string text_;
@@ -40,7 +40,7 @@ class BannerLogoRenderer : public ComponentRenderer {
   explicit BannerLogoRenderer(const BannerCustomization::Customization& customization)
       : customization_(customization) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
   const BannerCustomization::Customization& customization_;
@@ -52,7 +52,7 @@ class CloseButtonRenderer : public ComponentRenderer {
   CloseButtonRenderer(const BannerCustomization::Customization& customization, ActionHandler onAction)
       : customization_(customization), onAction_(std::move(onAction)) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
   const BannerCustomization::Customization& customization_;
@@ -65,7 +65,7 @@ class BackButtonRenderer : public ComponentRenderer {
   BackButtonRenderer(const BannerCustomization::Customization& customization, std::function<void()> onAction)
       : customization_(customization), onAction_(std::move(onAction)) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
   const BannerCustomization::Customization& customization_;

@@ -6,6 +6,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 AnyView ButtonsComponentRenderer::render() const {
   constexpr double spacing = 12;
   std::vector<AnyView> rows;

@@ -22,10 +22,10 @@ class ButtonsComponentRenderer : public ComponentRenderer {
         messages_(messages),
         onAction_(std::move(onAction)) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
-  AnyView buttonView(const BannerCustomization::ButtonItem& item) const;
+  view::AnyView buttonView(const BannerCustomization::ButtonItem& item) const;
 
   const std::vector<BannerCustomization::ButtonItem>& buttons_;
   const BannerCustomization::Customization& customization_;

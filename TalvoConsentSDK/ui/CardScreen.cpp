@@ -10,6 +10,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr double margin = 12;

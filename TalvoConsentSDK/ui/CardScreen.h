@@ -20,13 +20,13 @@ class CardScreen {
   using Items = std::vector<BannerCustomization::ComponentItem>;
 
   /// Draws an item for which the screen has its own view; nullopt leaves the item to the factory.
-  using OwnRenderer = std::function<std::optional<AnyView>(const BannerCustomization::ComponentItem&)>;
+  using OwnRenderer = std::function<std::optional<view::AnyView>(const BannerCustomization::ComponentItem&)>;
 
   CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
              ActionHandler onLinkAction, ReportedComponents& reported);
 
   /// Adds a view that does not come from a component.
-  void add(AnyView view);
+  void add(view::AnyView view);
 
   /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
   /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a
@@ -34,18 +34,18 @@ class CardScreen {
   void addComponents(const Items& items, const OwnRenderer& own = nullptr);
 
   /// The card with its margin to the edges of the screen.
-  AnyView render() const;
+  view::AnyView render() const;
 
  private:
-  AnyView componentView(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
-  AnyView content() const;
-  AnyView closeControl() const;
+  view::AnyView componentView(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
+  view::AnyView content() const;
+  view::AnyView closeControl() const;
 
   const BannerCustomization::Customization& customization_;
   const ActionHandler onButtonAction_;
   const ActionHandler onLinkAction_;
   ReportedComponents& reportedComponents_;
-  std::vector<AnyView> views_;
+  std::vector<view::AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
   std::optional<BannerCustomization::ComponentItem> closeButton_;
   bool isBelowClose_ = false;  // whether all content starts below the close control

@@ -9,6 +9,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr double chevronSize = 14;

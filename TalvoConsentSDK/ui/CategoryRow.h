@@ -19,9 +19,9 @@ class CategoryRow {
               std::string categoryId, VendorDetailHandler onVendorDetailTap);
 
   /// The row as a component.
-  AnyView view() const;
+  view::AnyView view() const;
 
-  AnyView body(const State<bool>& isExpanded) const;
+  view::AnyView body(const view::State<bool>& isExpanded) const;
 
  private:
   bool isDoNotSell() const { return categoryId_ == "doNotSell"; }
@@ -31,10 +31,10 @@ class CategoryRow {
   /// How many of the listed vendors are on, such as "1 / 2"; empty if all are on.
   std::string vendorsOnText() const;
 
-  AnyView switchView() const;
-  AnyView title(const std::string& vendorsOn) const;
-  AnyView header(const State<bool>& isExpanded) const;
-  AnyView vendors() const;
+  view::AnyView switchView() const;
+  view::AnyView title(const std::string& vendorsOn) const;
+  view::AnyView header(const view::State<bool>& isExpanded) const;
+  view::AnyView vendors() const;
 
   const BannerCustomization::CategoryItem category_;
   const Palette palette_;

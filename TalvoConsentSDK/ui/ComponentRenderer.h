@@ -25,7 +25,7 @@ class ComponentRenderer {
  public:
   virtual ~ComponentRenderer() = default;
 
-  virtual AnyView render() const = 0;
+  virtual view::AnyView render() const = 0;
 };
 
 /// Chooses the renderer of a component. Stateless.
@@ -34,10 +34,11 @@ class ComponentRendererFactory {
   /// Returns the view of a component, chosen by its identifier. Returns an empty view if the component has no
   /// identifier, is unknown, or lacks the entries of its list. In the last two cases it also prints a line,
   /// unless `reported` already contains the component, and adds the component to `reported`.
-  AnyView render(const BannerCustomization::ComponentItem& item,
-                 const BannerCustomization::Customization& customization,
-                 const BannerCustomization::BannerMessages& messages, const ActionHandler& onButtonAction,
-                 const ActionHandler& onLinkAction, ReportedComponents* reported = nullptr) const;
+  view::AnyView render(const BannerCustomization::ComponentItem& item,
+                       const BannerCustomization::Customization& customization,
+                       const BannerCustomization::BannerMessages& messages,
+                       const ActionHandler& onButtonAction, const ActionHandler& onLinkAction,
+                       ReportedComponents* reported = nullptr) const;
 
   /// Whether there is a component with this identifier.
   static bool isKnown(std::string_view id);
@@ -58,7 +59,7 @@ class ComponentRenderable {
         onLinkAction_(std::move(onLinkAction)),
         reportedComponents_(reported) {}
 
-  AnyView render() const {
+  view::AnyView render() const {
     return ComponentRendererFactory().render(item_, customization_, customization_.messages.bannerMessages,
                                              onButtonAction_, onLinkAction_, &reportedComponents_);
   }

@@ -13,6 +13,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 template <class T>
@@ -38,7 +41,7 @@ struct Kind {
 
 bool canLoadImages() {
   static constexpr OperatingSystemVersion firstWithAsyncImages{15, 0};
-  return detail::askHost(false, [] {
+  return platform::askHost(false, [] {
     return Platform::current().application->operatingSystemVersion() >= firstWithAsyncImages;
   });
 }

@@ -14,13 +14,16 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr std::chrono::milliseconds fadeTime(300);
 
 std::chrono::milliseconds fadeDuration() {
   const bool isInstant =
-      detail::askHost(false, [] { return Platform::current().application->reducesMotion(); });
+      platform::askHost(false, [] { return Platform::current().application->reducesMotion(); });
   return isInstant ? std::chrono::milliseconds::zero() : fadeTime;
 }
 

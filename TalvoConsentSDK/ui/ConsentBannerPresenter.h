@@ -11,7 +11,9 @@
 
 namespace TalvoConsentSDK {
 
+namespace view {
 class HostingController;
+}
 
 /// Owns the banner's window while a banner is shown. There is one presenter per process. Main thread only.
 class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBannerPresenter> {
@@ -31,13 +33,14 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
  private:
   ConsentBannerView wrapped(const ConsentBannerView& bannerView, const std::shared_ptr<bool>& isOver);
 
-  std::shared_ptr<HostingController> hostingController_;
-  std::shared_ptr<Window> overlayWindow_;
+  std::shared_ptr<view::HostingController> hostingController_;
+  std::shared_ptr<platform::Window> overlayWindow_;
   std::shared_ptr<bool> isOver_;  // whether the banner in overlayWindow_ is over; shared with its callbacks
 };
 
 /// Places the banner in the window. If the customization asks for it, also adds a dimmed backdrop, which
 /// keeps touches from reaching the host.
-AnyView bannerComposition(const AnyView& banner, const BannerCustomization::Customization& customization);
+view::AnyView bannerComposition(const view::AnyView& banner,
+                                const BannerCustomization::Customization& customization);
 
 }  // namespace TalvoConsentSDK

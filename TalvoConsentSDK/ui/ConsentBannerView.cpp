@@ -16,6 +16,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 using StoredConsent = std::optional<BasicConsent>;

@@ -20,7 +20,9 @@
 
 namespace TalvoConsentSDK {
 
+namespace view {
 class RenderContext;
+}
 
 /// How the banner reports what the user decided. Called on the main thread.
 struct BannerCallbacks {
@@ -54,10 +56,10 @@ class ConsentBannerView {
   const BannerCustomization::Customization& customization() const { return inputs_->customization; }
 
   /// The banner as a component of a larger view.
-  AnyView view() const;
+  view::AnyView view() const;
 
   /// The current screen.
-  AnyView body() const;
+  view::AnyView body() const;
 
   /// Handlers for what the screens report. They print a line for an unknown action or a link that cannot be
   /// opened.
@@ -87,10 +89,10 @@ class ConsentBannerView {
   std::shared_ptr<const Inputs> inputs_;
   std::shared_ptr<const BannerCallbacks> callbacks_;
   std::shared_ptr<ReportedComponents> reportedComponents_ = std::make_shared<ReportedComponents>();
-  State<Screen> currentScreen_;
-  State<CategoryStates> categoryStates_;
-  State<VendorStates> vendorStates_;
-  State<bool> doNotSellEnabled_;
+  view::State<Screen> currentScreen_;
+  view::State<CategoryStates> categoryStates_;
+  view::State<VendorStates> vendorStates_;
+  view::State<bool> doNotSellEnabled_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -5,6 +5,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 void switchVendors(const ConsentBindings& bindings, const VendorCataloguePointer& catalogue,

@@ -17,9 +17,9 @@ using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
 
 /// The rows' access to the banner's state. A row that lacks a binding shows a disabled switch.
 struct ConsentBindings {
-  std::optional<Binding<CategoryStates>> categoryStates;
-  std::optional<Binding<VendorStates>> vendorStates;
-  std::optional<Binding<bool>> doNotSellState;
+  std::optional<view::Binding<CategoryStates>> categoryStates;
+  std::optional<view::Binding<VendorStates>> vendorStates;
+  std::optional<view::Binding<bool>> doNotSellState;
 };
 
 /// Whether a category or a vendor is on; if it is not listed, it is off.
@@ -36,15 +36,15 @@ std::size_t countVendorsOn(const ConsentBindings& bindings, const std::string& c
 
 /// A category's switch, drawn on while `isGiven`. With a catalogue, switching it switches all its vendors.
 /// Requires `categoryStates` and `vendorStates`.
-Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
-                             std::string category);
+view::Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
+                                   std::string category);
 
 /// A vendor's switch, drawn off while do-not-sell is on. Switching it also switches the category: on if at
 /// least one of its vendors is on, off otherwise. Requires `vendorStates`.
-Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
+view::Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
 
 /// The do-not-sell switch. Switching it on switches off preferences, statistics and marketing with all their
 /// vendors; switching it off leaves them as they are. Requires all bindings.
-Binding<bool> doNotSellSwitch(const ConsentBindings& bindings);
+view::Binding<bool> doNotSellSwitch(const ConsentBindings& bindings);
 
 }  // namespace TalvoConsentSDK

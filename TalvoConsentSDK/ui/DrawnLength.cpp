@@ -7,6 +7,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 using Messages = BannerCustomization::BannerMessages;

@@ -8,6 +8,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 bool startsWith(std::string_view text, std::string_view lowerCasePrefix) {
@@ -25,8 +27,8 @@ void openExternally(const std::string& link, const std::string& url) {
   const auto parsed = externalURL(url);
   if (!parsed) return print("⚠️ Invalid URL for link " + link + ": " + url);
   const Platform platform = Platform::current();
-  detail::postOrRun(platform.mainActor,
-                    [application = platform.application, parsed] { application->open(*parsed); });
+  platform::postOrRun(platform.mainActor,
+                      [application = platform.application, parsed] { application->open(*parsed); });
 }
 
 }  // namespace TalvoConsentSDK

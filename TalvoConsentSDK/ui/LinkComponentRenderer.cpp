@@ -6,6 +6,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 AnyView LinksComponentRenderer::render() const {
   std::vector<AnyView> visible;
   for (const std::string& link : links_) {

@@ -18,12 +18,12 @@ class LinksComponentRenderer : public ComponentRenderer {
                          const BannerCustomization::BannerMessages& messages, ActionHandler onAction)
       : links_(links), customization_(customization), messages_(messages), onAction_(std::move(onAction)) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
   static bool isVisible(const std::string& link, const BannerCustomization::Customization& customization);
 
  private:
-  AnyView linkView(const std::string& link) const;
+  view::AnyView linkView(const std::string& link) const;
 
   const std::vector<std::string>& links_;
   const BannerCustomization::Customization& customization_;

@@ -13,7 +13,7 @@ namespace TalvoConsentSDK {
 /// Returns the installed platform's text for a key. Returns the key, which is in English, if the platform has
 /// no text for it or throws.
 inline std::string localized(std::string_view key) {
-  return detail::askHost(std::string(key), [&] { return Platform::current().localization->text(key); });
+  return platform::askHost(std::string(key), [&] { return Platform::current().localization->text(key); });
 }
 
 }  // namespace TalvoConsentSDK

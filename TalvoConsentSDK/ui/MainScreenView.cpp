@@ -4,6 +4,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 AnyView MainScreenView::body() const {
   CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
   const auto& components = customization_.components;

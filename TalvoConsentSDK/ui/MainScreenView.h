@@ -17,7 +17,7 @@ class MainScreenView {
         onLinkAction_(std::move(onLinkAction)),
         reportedComponents_(reported) {}
 
-  AnyView body() const;
+  view::AnyView body() const;
 
  private:
   const BannerCustomization::Customization& customization_;

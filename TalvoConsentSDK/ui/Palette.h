@@ -10,24 +10,24 @@ namespace TalvoConsentSDK {
 
 struct Palette {
   explicit Palette(const BannerCustomization::Colors& colors)
-      : background(colorFromText(colors.background)),
-        buttonBackground(colorFromText(colors.buttonBackground)),
-        buttonFont(colorFromText(colors.buttonFontColor)),
-        font(colorFromText(colors.font)) {}
+      : background(platform::colorFromText(colors.background)),
+        buttonBackground(platform::colorFromText(colors.buttonBackground)),
+        buttonFont(platform::colorFromText(colors.buttonFontColor)),
+        font(platform::colorFromText(colors.font)) {}
 
-  Color background;
-  Color buttonBackground;
-  Color buttonFont;
-  Color font;
+  platform::Color background;
+  platform::Color buttonBackground;
+  platform::Color buttonFont;
+  platform::Color font;
 
   /// For less important text: descriptions and labels.
-  Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }
+  platform::Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }
 
   /// For the lines between rows.
-  Color line() const { return font.withAlpha(font.alpha * 0.2); }
+  platform::Color line() const { return font.withAlpha(font.alpha * 0.2); }
 
   /// In either position, a switch has a contrast of 3:1 to the card as long as the buttons and the text do.
-  ToggleColors toggleColors() const {
+  view::ToggleColors toggleColors() const {
     return {.on = buttonBackground, .off = font.withAlpha(font.alpha * 0.5), .knob = {1, 1, 1, 1}};
   }
 };

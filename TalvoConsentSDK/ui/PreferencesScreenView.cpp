@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 AnyView PreferencesScreenView::body() const {
   CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
   const auto& components = customization_.components;

@@ -24,7 +24,7 @@ class PreferencesScreenView {
         onVendorDetailTap_(std::move(onVendorDetailTap)),
         reportedComponents_(reported) {}
 
-  AnyView body() const;
+  view::AnyView body() const;
 
  private:
   const BannerCustomization::Customization& customization_;

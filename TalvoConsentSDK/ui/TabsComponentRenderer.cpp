@@ -8,6 +8,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 using BannerMessages = BannerCustomization::BannerMessages;

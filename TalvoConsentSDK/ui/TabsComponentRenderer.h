@@ -29,14 +29,14 @@ class TabsComponentRenderer : public ComponentRenderer {
         bindings_(std::move(bindings)),
         onVendorDetailTap_(std::move(onVendorDetailTap)) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
   /// The categories that a tab lists, or all five if it lists none, always in the same order.
   static std::vector<BannerCustomization::CategoryItem> categories(
       const BannerCustomization::TabItem& tab, const BannerCustomization::BannerMessages& messages);
 
  private:
-  AnyView tabView(const BannerCustomization::TabItem& tab) const;
+  view::AnyView tabView(const BannerCustomization::TabItem& tab) const;
 
   const std::vector<BannerCustomization::TabItem>& tabs_;
   const BannerCustomization::Customization& customization_;

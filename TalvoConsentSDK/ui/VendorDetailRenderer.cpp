@@ -10,6 +10,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 using Text = std::optional<std::string>;

@@ -22,7 +22,7 @@ class VendorDetailRenderer : public ComponentRenderer {
         readOnly_(readOnly),
         bindings_(std::move(bindings)) {}
 
-  AnyView render() const override;
+  view::AnyView render() const override;
 
  private:
   const Services::ServiceGroup& vendorGroup_;

@@ -13,6 +13,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 // Whether the first tab that lists the category, in any component, is read-only.

@@ -30,7 +30,7 @@ class VendorDetailScreenView {
         onVendorDetailTap_(std::move(onVendorDetailTap)),
         reportedComponents_(reported) {}
 
-  AnyView body() const;
+  view::AnyView body() const;
 
  private:
   const Services::ServiceGroup& vendorGroup_;

@@ -6,6 +6,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 VendorRow::VendorRow(std::shared_ptr<const Services::ServiceGroup> vendorGroup, const Palette& palette,
                      std::string categoryId, bool readOnly, ConsentBindings bindings,
                      VendorDetailHandler onDetailTap)

@@ -16,7 +16,7 @@ class VendorRow {
             std::string categoryId, bool readOnly, ConsentBindings bindings, VendorDetailHandler onDetailTap);
 
   /// The row. Assistive technology reads `categoryName` as its description.
-  AnyView view(const std::string& categoryName) const;
+  view::AnyView view(const std::string& categoryName) const;
 
  private:
   const std::shared_ptr<const Services::ServiceGroup> vendorGroup_;
@@ -28,8 +28,8 @@ class VendorRow {
 };
 
 /// A vendor's switch, with the vendor as its accessible name. Disabled if read-only or without a binding.
-AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
-                         const std::string& categoryName, const Palette& palette, bool readOnly,
-                         const ConsentBindings& bindings);
+view::AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
+                               const std::string& categoryName, const Palette& palette, bool readOnly,
+                               const ConsentBindings& bindings);
 
 }  // namespace TalvoConsentSDK

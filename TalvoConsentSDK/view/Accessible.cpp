@@ -7,11 +7,12 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
 std::string texts(const Element& element) {
-  if (const auto* text = std::get_if<view::Text>(&element.view.node().content)) return text->text;
+  if (const auto* text = std::get_if<node::Text>(&element.view.node().content)) return text->text;
   std::string all;
   forEachChild(element, [&](const Element& child) {
     const std::string own = texts(child);
@@ -53,25 +54,25 @@ class Collector {
     return added;
   }
 
-  void collect(const Element& element, const view::Text& text, bool) {
+  void collect(const Element& element, const node::Text& text, bool) {
     append(element, Role::text, text.text, true);
   }
 
-  void collect(const Element& element, const view::Button&, bool isEnabled) {
+  void collect(const Element& element, const node::Button&, bool isEnabled) {
     appendControl(element, Role::button, texts(element), isEnabled);
   }
 
-  void collect(const Element& element, const view::Toggle& toggle, bool isEnabled) {
+  void collect(const Element& element, const node::Toggle& toggle, bool isEnabled) {
     appendControl(element, Role::toggle, "", isEnabled).value = toggle.isOn ? "on" : "off";
   }
 
-  void collect(const Element& element, const view::Disabled& disabled, bool isEnabled) {
+  void collect(const Element& element, const node::Disabled& disabled, bool isEnabled) {
     addChildren(element, isEnabled && !disabled.isDisabled);
   }
 
   // A dialog comes before its content. In all other cases the role, label and value apply to the first
   // element inside; if there is none, a labelled view becomes one element itself.
-  void collect(const Element& element, const view::Accessibility& own, bool isEnabled) {
+  void collect(const Element& element, const node::Accessibility& own, bool isEnabled) {
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;
       addChildren(element, isEnabled);
@@ -136,7 +137,7 @@ bool isCovered(const ElementTree& tree, Point point) {
   const auto covers = [&](const auto& self, const Element& element) -> bool {
     const auto& content = element.view.node().content;
     const bool isFilled =
-        std::holds_alternative<view::Shape>(content) || std::holds_alternative<view::Background>(content);
+        std::holds_alternative<node::Shape>(content) || std::holds_alternative<node::Background>(content);
     if (isFilled && visiblePart(element.frame, element.clip).contains(point)) return true;
     bool covered = false;
     forEachChild(element, [&](const Element& child) { covered = covered || self(self, child); });
@@ -147,13 +148,14 @@ bool isCovered(const ElementTree& tree, Point point) {
 
 void performAction(const AccessibleControl& control) {
   const auto& content = control.view.node().content;
-  if (const auto* button = std::get_if<view::Button>(&content)) {
+  if (const auto* button = std::get_if<node::Button>(&content)) {
     const auto action = button->action.run;  // a copy: the handler may replace the view that owns it
     action();
-  } else if (const auto* toggle = std::get_if<view::Toggle>(&content)) {
+  } else if (const auto* toggle = std::get_if<node::Toggle>(&content)) {
     const auto set = toggle->set.run;
     set(!toggle->isOn);
   }
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -11,7 +11,8 @@
 #include "TalvoConsentSDK/view/Element.h"
 #include "TalvoConsentSDK/view/ViewTypes.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// The minimum width and height of a control's hit area, in points (WCAG 2.2, Target Size (Enhanced)).
 inline constexpr double minTarget = 44;
@@ -53,4 +54,5 @@ TALVO_EXPORT bool isCovered(const ElementTree& tree, Point point);
 /// Runs a button's action or switches a switch.
 TALVO_EXPORT void performAction(const AccessibleControl& control);
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

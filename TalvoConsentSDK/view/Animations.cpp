@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 constexpr std::chrono::duration<double> duration(0.2);
@@ -30,4 +31,5 @@ double Animations::position(const Motion& motion) const {
   return motion.from + (motion.to - motion.from) * eased;
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

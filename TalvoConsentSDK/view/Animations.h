@@ -8,7 +8,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// Animated numbers, each found by the identity of the element that it moves. The owner provides the time.
 class Animations {
@@ -40,4 +41,5 @@ class Animations {
   bool isMoving_ = false;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

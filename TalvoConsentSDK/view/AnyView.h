@@ -11,15 +11,16 @@
 #include "TalvoConsentSDK/base/Geometry.h"
 #include "TalvoConsentSDK/view/ViewTypes.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 struct ViewNode;
 
-namespace view {
+namespace node {
 struct Accessibility;
 struct Background;
 struct Frame;
-}  // namespace view
+}  // namespace node
 
 /// An immutable tree that describes what to show and how to react, but not how to draw it. Cheap to copy. A
 /// default-constructed view is empty: it draws nothing and takes no room. Views.h has the basic views; the
@@ -35,8 +36,8 @@ class AnyView {
   bool isEmpty() const noexcept;
 
   AnyView padding(const Insets& insets) const;
-  AnyView frame(const view::Frame& frame) const;
-  AnyView background(const view::Background& background) const;
+  AnyView frame(const node::Frame& frame) const;
+  AnyView background(const node::Background& background) const;
 
   /// Draws `content` over this view.
   AnyView overlay(const AnyView& content, Alignment alignment) const;
@@ -47,7 +48,7 @@ class AnyView {
   AnyView disabled(bool isDisabled = true) const;
 
   AnyView ignoresSafeArea() const;
-  AnyView accessibility(const view::Accessibility& accessibility) const;
+  AnyView accessibility(const node::Accessibility& accessibility) const;
 
   /// Identifies the view among its siblings by a key instead of its position, so that it keeps its state when
   /// its position changes.
@@ -60,4 +61,5 @@ class AnyView {
   std::shared_ptr<const ViewNode> node_;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

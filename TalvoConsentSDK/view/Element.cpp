@@ -7,6 +7,7 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -42,7 +43,7 @@ void ElementTree::render(const AnyView& root) {
 Element& ElementTree::row(Element& rows, std::size_t index) {
   std::unique_ptr<Element>& row = rows.lazyRows->rows[index];
   if (!row) {
-    const AnyView view = std::get<view::LazyRows>(rows.view.node().content).row.run(index);
+    const AnyView view = std::get<node::LazyRows>(rows.view.node().content).row.run(index);
     row = std::make_unique<Element>(identity(rows.id, view, index), &rows);
     update(*row, view);
   }
@@ -62,7 +63,7 @@ bool ElementTree::update(Element& element, const AnyView& view) {
 bool ElementTree::updateChildren(Element& element) {
   AnyView body;
   std::span<const AnyView> views = element.view.node().children;
-  if (const auto* component = std::get_if<view::Component>(&element.view.node().content)) {
+  if (const auto* component = std::get_if<node::Component>(&element.view.node().content)) {
     RenderContext context(element.id, memory_, onChange_);
     body = component->body.run(context);
     views = {&body, 1};
@@ -82,7 +83,7 @@ bool ElementTree::updateChildren(Element& element) {
 }
 
 bool ElementTree::updateRows(Element& element) {
-  const auto* rows = std::get_if<view::LazyRows>(&element.view.node().content);
+  const auto* rows = std::get_if<node::LazyRows>(&element.view.node().content);
   if (!rows) {
     element.lazyRows.reset();
     return false;
@@ -111,4 +112,5 @@ void forgetAllSizes(Element& element) {
   forEachChild(element, [](Element& child) { forgetAllSizes(child); });
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

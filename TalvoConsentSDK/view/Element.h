@@ -20,7 +20,8 @@
 #include "TalvoConsentSDK/view/AnyView.h"
 #include "TalvoConsentSDK/view/State.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// The identity of a view in its tree: a hash of the keys or positions on the path from the root. It stays
 /// the same from one rendering to the next, and when a view disappears and comes back.
@@ -153,4 +154,5 @@ void forEachChild(const Element& element, Visit visit) {
   for (const auto& [index, row] : element.lazyRows->rows) visit(*row);
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

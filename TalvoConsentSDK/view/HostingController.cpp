@@ -6,6 +6,7 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -110,7 +111,7 @@ std::vector<ElementId> HostingController::keptElements() const {
 }
 
 void HostingController::loadImages(Element& element) {
-  if (const auto* image = std::get_if<view::AsyncImage>(&element.view.node().content)) {
+  if (const auto* image = std::get_if<node::AsyncImage>(&element.view.node().content)) {
     auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
     if (loaded.url != image->url && environment_.imageLoader) {
       loaded = {image->url, nullptr};
@@ -142,4 +143,5 @@ const AccessibleElement* HostingController::findElement(ElementId id) {
   return nullptr;
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -23,7 +23,8 @@
 #include "TalvoConsentSDK/view/ViewEnvironment.h"
 #include "TalvoConsentSDK/view/Visual.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// The keys that a banner responds to.
 enum class Key { tab, backtab, space, enter, escape, up, down, pageUp, pageDown, home, end };
@@ -130,4 +131,5 @@ class HostingController : public RootViewController {
   const std::shared_ptr<HostingController*> self_ = std::make_shared<HostingController*>(this);
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

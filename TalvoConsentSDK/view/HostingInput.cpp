@@ -8,6 +8,7 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -187,4 +188,5 @@ void HostingController::settleFocus() {
   focused_ = title == accessible_.end() ? std::nullopt : std::optional(title->id);
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

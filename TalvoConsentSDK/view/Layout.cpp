@@ -4,6 +4,7 @@
 #include <utility>
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -92,7 +93,7 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
 }
 
 Size Layout::size(Element& element, Proposal proposal) {
-  if (std::holds_alternative<view::Text>(element.view.node().content)) proposal.height.reset();  // ignored
+  if (std::holds_alternative<node::Text>(element.view.node().content)) proposal.height.reset();  // ignored
   for (const auto& [asked, answer] : element.sizes) {
     if (asked == proposal) return answer;
   }
@@ -109,44 +110,44 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
   };
   return std::visit(
       Overloaded{
-          [](const view::Empty&) { return Size{}; },
-          [&](const view::Text& text) {
+          [](const node::Empty&) { return Size{}; },
+          [&](const node::Text& text) {
             return environment_.textMeasurer->measure(text.text, text.font,
                                                       proposal.width.value_or(infinity));
           },
-          [](const view::Symbol& symbol) { return Size{symbol.size, symbol.size}; },
-          [&](const view::AsyncImage& image) { return measureImage(element, image, proposal); },
-          [&](const view::Shape&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
-          [](const view::Toggle&) { return toggleSize; },
-          [&](const view::Stack& stack) { return measureStack(element, stack, proposal); },
-          [](const view::Spacer&) { return Size{}; },
-          [&](const view::Divider&) { return Size{proposal.width.value_or(0), dividerHeight}; },
-          [&](const view::Scroll&) {
+          [](const node::Symbol& symbol) { return Size{symbol.size, symbol.size}; },
+          [&](const node::AsyncImage& image) { return measureImage(element, image, proposal); },
+          [&](const node::Shape&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
+          [](const node::Toggle&) { return toggleSize; },
+          [&](const node::Stack& stack) { return measureStack(element, stack, proposal); },
+          [](const node::Spacer&) { return Size{}; },
+          [&](const node::Divider&) { return Size{proposal.width.value_or(0), dividerHeight}; },
+          [&](const node::Scroll&) {
             const Size content = child(0, {proposal.width, std::nullopt});
             return Size{content.width, std::min(content.height, proposal.height.value_or(infinity))};
           },
-          [&](const view::PinnedFooter& pinned) {
+          [&](const node::PinnedFooter& pinned) {
             const PinnedHeights heights = pinnedHeights(element, pinned, proposal);
             const double width = std::max(child(0, {proposal.width, std::nullopt}).width,
                                           child(1, {proposal.width, std::nullopt}).width);
             const double all = heights.content + heights.footer;
             return Size{width, std::min(all, proposal.height.value_or(infinity))};
           },
-          [&](const view::LazyRows&) { return measureRows(element, proposal); },
-          [&](const view::Padding& padding) {
+          [&](const node::LazyRows&) { return measureRows(element, proposal); },
+          [&](const node::Padding& padding) {
             const Insets& insets = padding.insets;
             const Size content = child(
                 0, {reduced(proposal.width, insets.width()), reduced(proposal.height, insets.height())});
             return Size{content.width + insets.width(), content.height + insets.height()};
           },
-          [&](const view::Frame& frame) {
+          [&](const node::Frame& frame) {
             const Size content = child(0, {framed(proposal.width, frame.minWidth, frame.maxWidth),
                                            framed(proposal.height, frame.minHeight, frame.maxHeight)});
             return Size{framedLength(content.width, proposal.width, frame.minWidth, frame.maxWidth),
                         framedLength(content.height, proposal.height, frame.minHeight, frame.maxHeight)};
           },
-          [&]<view::OneOf<view::Button, view::Background, view::Overlay, view::Opacity, view::Disabled,
-                          view::IgnoresSafeArea, view::Accessibility, view::Component>
+          [&]<node::OneOf<node::Button, node::Background, node::Overlay, node::Opacity, node::Disabled,
+                          node::IgnoresSafeArea, node::Accessibility, node::Component>
                   Wrapper>(const Wrapper&) { return child(0, proposal); },
       },
       element.view.node().content);
@@ -157,8 +158,8 @@ void Layout::place(Element& element, const Rect& frame, const Proposal& proposal
   element.clip = viewport_.clip;
   const auto child = [&](std::size_t index) -> Element& { return *element.children[index]; };
   std::visit(Overloaded{
-                 [&](const view::Stack& stack) { placeStack(element, stack, frame, proposal); },
-                 [&](const view::Scroll&) {
+                 [&](const node::Stack& stack) { placeStack(element, stack, frame, proposal); },
+                 [&](const node::Scroll&) {
                    const Proposal offered{proposal.width, std::nullopt};
                    const Size content = size(child(0), offered);
                    const Viewport outer = viewport_;
@@ -166,9 +167,9 @@ void Layout::place(Element& element, const Rect& frame, const Proposal& proposal
                    place(child(0), {frame.x, top, content.width, content.height}, offered);
                    viewport_ = outer;
                  },
-                 [&](const view::PinnedFooter& pinned) { placePinned(element, pinned, frame, proposal); },
-                 [&](const view::LazyRows&) { placeRows(element, frame); },
-                 [&](const view::Padding& padding) {
+                 [&](const node::PinnedFooter& pinned) { placePinned(element, pinned, frame, proposal); },
+                 [&](const node::LazyRows&) { placeRows(element, frame); },
+                 [&](const node::Padding& padding) {
                    const Insets& insets = padding.insets;
                    const Proposal offered{reduced(proposal.width, insets.width()),
                                           reduced(proposal.height, insets.height())};
@@ -177,24 +178,24 @@ void Layout::place(Element& element, const Rect& frame, const Proposal& proposal
                          {frame.x + insets.leading, frame.y + insets.top, content.width, content.height},
                          offered);
                  },
-                 [&](const view::Frame& bounds) {
+                 [&](const node::Frame& bounds) {
                    placeAligned(child(0), frame, bounds.alignment,
                                 {framed(proposal.width, bounds.minWidth, bounds.maxWidth),
                                  framed(proposal.height, bounds.minHeight, bounds.maxHeight)});
                  },
-                 [&](const view::Overlay& overlay) {
+                 [&](const node::Overlay& overlay) {
                    place(child(0), frame, proposal);
                    placeAligned(child(1), frame, overlay.alignment, {frame.width, frame.height});
                  },
-                 [&](const view::IgnoresSafeArea&) {
+                 [&](const node::IgnoresSafeArea&) {
                    const Rect window{0, 0, environment_.size.width, environment_.size.height};
                    place(child(0), window, {window.width, window.height});
                  },
-                 [&]<view::OneOf<view::Button, view::Background, view::Opacity, view::Disabled,
-                                 view::Accessibility, view::Component>
+                 [&]<node::OneOf<node::Button, node::Background, node::Opacity, node::Disabled,
+                                 node::Accessibility, node::Component>
                          Wrapper>(const Wrapper&) { place(child(0), frame, proposal); },
-                 []<view::OneOf<view::Empty, view::Text, view::Symbol, view::AsyncImage, view::Shape,
-                                view::Toggle, view::Spacer, view::Divider>
+                 []<node::OneOf<node::Empty, node::Text, node::Symbol, node::AsyncImage, node::Shape,
+                                node::Toggle, node::Spacer, node::Divider>
                         Leaf>(const Leaf&) {},
              },
              element.view.node().content);
@@ -222,25 +223,25 @@ double Layout::measureMinContentWidth(const Element& element) const {
   };
   return std::visit(
       Overloaded{
-          [&](const view::Text& text) { return environment_.textMeasurer->widestWord(text.text, text.font); },
-          [](const view::Symbol& symbol) { return symbol.size; },
-          [](const view::Toggle&) { return toggleSize.width; },
-          [&](const view::Stack& stack) {
-            if (stack.axis != view::Axis::horizontal || stack.overflow != Overflow::compress) {
+          [&](const node::Text& text) { return environment_.textMeasurer->widestWord(text.text, text.font); },
+          [](const node::Symbol& symbol) { return symbol.size; },
+          [](const node::Toggle&) { return toggleSize.width; },
+          [&](const node::Stack& stack) {
+            if (stack.axis != node::Axis::horizontal || stack.overflow != Overflow::compress) {
               return widestChild();
             }
             double sum = -stack.spacing;
             for (const auto& child : element.children) sum += minContentWidth(*child) + stack.spacing;
             return std::max(0.0, sum);
           },
-          [&](const view::Padding& padding) { return widestChild() + padding.insets.width(); },
-          [&](const view::Frame& frame) { return std::max(widestChild(), frame.minWidth.value_or(0)); },
+          [&](const node::Padding& padding) { return widestChild() + padding.insets.width(); },
+          [&](const node::Frame& frame) { return std::max(widestChild(), frame.minWidth.value_or(0)); },
           [&](const auto&) { return widestChild(); },  // 0 if there are no children
       },
       element.view.node().content);
 }
 
-Size Layout::measureImage(const Element& element, const view::AsyncImage& image, const Proposal& proposal) {
+Size Layout::measureImage(const Element& element, const node::AsyncImage& image, const Proposal& proposal) {
   const auto& loaded = tree_.memory().get<LoadedImage>(element.id, [] { return LoadedImage(); });
   if (!loaded.image || loaded.url != image.url) return {0, image.height};
   const Size natural = loaded.image->size();
@@ -259,4 +260,5 @@ void Layout::mirror(Element& element) const {
   forEachChild(element, [this](Element& child) { mirror(child); });
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -11,6 +11,7 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 /// A part of the window whose content scrolls.
 struct ScrollRegion {
@@ -75,15 +76,15 @@ class Layout {
     Size size;
   };
 
-  Size measureStack(Element& element, const view::Stack& stack, const Proposal& proposal);
-  void placeStack(Element& element, const view::Stack& stack, const Rect& frame, const Proposal& proposal);
-  std::vector<StackItem> distribute(Element& element, const view::Stack& stack, view::Axis axis,
+  Size measureStack(Element& element, const node::Stack& stack, const Proposal& proposal);
+  void placeStack(Element& element, const node::Stack& stack, const Rect& frame, const Proposal& proposal);
+  std::vector<StackItem> distribute(Element& element, const node::Stack& stack, node::Axis axis,
                                     const Proposal& proposal);
   std::vector<FlowLine> flow(Element& element, double spacing, const Proposal& proposal);
-  double flexibility(Element& child, view::Axis axis, const Proposal& proposal);
-  bool breaksAWord(Element& element, const view::Stack& stack, const Proposal& proposal);
+  double flexibility(Element& child, node::Axis axis, const Proposal& proposal);
+  bool breaksAWord(Element& element, const node::Stack& stack, const Proposal& proposal);
 
-  Size measureImage(const Element& element, const view::AsyncImage& image, const Proposal& proposal);
+  Size measureImage(const Element& element, const node::AsyncImage& image, const Proposal& proposal);
 
   struct PinnedHeights {
     double content;
@@ -92,8 +93,8 @@ class Layout {
     double middle;  // the height left for the content; equals `content` if everything fits
     bool scrollsAll;
   };
-  PinnedHeights pinnedHeights(Element& element, const view::PinnedFooter& pinned, const Proposal& proposal);
-  void placePinned(Element& element, const view::PinnedFooter& pinned, const Rect& frame,
+  PinnedHeights pinnedHeights(Element& element, const node::PinnedFooter& pinned, const Proposal& proposal);
+  void placePinned(Element& element, const node::PinnedFooter& pinned, const Rect& frame,
                    const Proposal& proposal);
   ScrollOffset& scrollOffset(ElementId region);
   double placeScroller(const Element& element, const Rect& region, double contentHeight);
@@ -121,4 +122,5 @@ class Layout {
   bool rowsChanged_ = false;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -5,6 +5,7 @@
 #include "TalvoConsentSDK/view/Layout.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 ScrollOffset& Layout::scrollOffset(ElementId region) {
   return tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
@@ -21,7 +22,7 @@ double Layout::placeScroller(const Element& element, const Rect& region, double 
   return region.y - std::clamp(offset->y, 0.0, scroller.maxOffset());
 }
 
-Layout::PinnedHeights Layout::pinnedHeights(Element& element, const view::PinnedFooter& pinned,
+Layout::PinnedHeights Layout::pinnedHeights(Element& element, const node::PinnedFooter& pinned,
                                             const Proposal& proposal) {
   const Proposal natural{proposal.width, std::nullopt};
   const double content = size(*element.children[0], natural).height;
@@ -33,7 +34,7 @@ Layout::PinnedHeights Layout::pinnedHeights(Element& element, const view::Pinned
   return {content, footer, pinned.inset, middle, middle < std::min(content, minMiddle)};
 }
 
-void Layout::placePinned(Element& element, const view::PinnedFooter& pinned, const Rect& frame,
+void Layout::placePinned(Element& element, const node::PinnedFooter& pinned, const Rect& frame,
                          const Proposal& proposal) {
   const Proposal natural{proposal.width, std::nullopt};
   Element& content = *element.children[0];
@@ -111,4 +112,5 @@ bool Layout::holdsKept(const Element& element) const {
   return holds;
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -3,6 +3,7 @@
 #include <cmath>
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -55,4 +56,5 @@ void ScrollMotion::stop() {
   samples_.clear();
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

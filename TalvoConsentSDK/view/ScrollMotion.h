@@ -9,7 +9,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// One drag and the fling that follows it. The caller provides the time. Distances are in points; a positive
 /// distance moves the content up.
@@ -46,4 +47,5 @@ class ScrollMotion {
   Clock::time_point stepped_;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -8,11 +8,12 @@
 #include "TalvoConsentSDK/view/Layout.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
-using view::Axis;
-using view::Stack;
+using node::Axis;
+using node::Stack;
 
 double along(Axis axis, const Size& size) {
   return axis == Axis::horizontal ? size.width : size.height;
@@ -30,11 +31,11 @@ Proposal withAlong(Axis axis, const Proposal& proposal, std::optional<double> le
 }
 
 bool isSpacer(const Element& element) {
-  return std::holds_alternative<view::Spacer>(element.view.node().content);
+  return std::holds_alternative<node::Spacer>(element.view.node().content);
 }
 
 bool isEmpty(const Element& element) {
-  if (const auto& content = element.view.node().content; std::holds_alternative<view::Component>(content)) {
+  if (const auto& content = element.view.node().content; std::holds_alternative<node::Component>(content)) {
     return isEmpty(*element.children.front());
   }
   return element.view.isEmpty();
@@ -169,4 +170,5 @@ bool Layout::breaksAWord(Element& element, const Stack& stack, const Proposal& p
   return std::ranges::any_of(distribute(element, stack, stack.axis, proposal), isBroken);
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -9,7 +9,8 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 /// Read and write access to a value that is stored elsewhere. Main thread only.
 template <class T>
@@ -92,4 +93,5 @@ class State {
   std::shared_ptr<Cell> cell_;
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

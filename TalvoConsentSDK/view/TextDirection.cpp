@@ -5,6 +5,7 @@
 #include "TalvoConsentSDK/base/unicode/Characters.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -33,4 +34,5 @@ LayoutDirection dominantDirection(std::string_view text) {
   return rightToLeft > leftToRight ? LayoutDirection::rightToLeft : LayoutDirection::leftToRight;
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -10,7 +10,8 @@
 #include "TalvoConsentSDK/platform/ImageLoader.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 struct ViewEnvironment {
   std::shared_ptr<TextMeasurer> textMeasurer;
@@ -23,4 +24,5 @@ struct ViewEnvironment {
   bool highContrast = false;  // draws translucent texts and lines solid, and controls with an outline
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

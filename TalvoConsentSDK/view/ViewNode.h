@@ -20,7 +20,8 @@
 #include "TalvoConsentSDK/view/AnyView.h"
 #include "TalvoConsentSDK/view/ViewTypes.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 class RenderContext;
 
@@ -32,7 +33,7 @@ struct Handler {
   friend bool operator==(const Handler&, const Handler&) { return true; }
 };
 
-namespace view {
+namespace node {
 
 struct Empty {
   friend bool operator==(const Empty&, const Empty&) = default;
@@ -205,13 +206,14 @@ using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Tog
 template <class T, class... Kinds>
 concept OneOf = (std::same_as<T, Kinds> || ...);
 
-}  // namespace view
+}  // namespace node
 
 /// One node of a view's tree.
 struct ViewNode {
-  view::Content content;
+  node::Content content;
   std::vector<AnyView> children;
   std::string key;  // identity among its siblings; if empty, the position is the identity
 };
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

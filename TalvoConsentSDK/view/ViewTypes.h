@@ -9,7 +9,10 @@
 #include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/base/RawValue.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
+
+using namespace platform;  // what views are made of
 
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -28,17 +31,6 @@ enum class Glyph { xmark, chevronLeft, chevronRight };
 /// The kind of an element, for assistive technology. Scripts and text pictures use its raw text.
 enum class Role { none, text, heading, image, button, link, toggle, expander, dialog };
 
-template <>
-struct RawValues<Role> {
-  static constexpr std::array table{
-      RawValue<Role>{Role::none, "none"},       RawValue<Role>{Role::text, "text"},
-      RawValue<Role>{Role::heading, "heading"}, RawValue<Role>{Role::image, "image"},
-      RawValue<Role>{Role::button, "button"},   RawValue<Role>{Role::link, "link"},
-      RawValue<Role>{Role::toggle, "switch"},   RawValue<Role>{Role::expander, "expander"},
-      RawValue<Role>{Role::dialog, "dialog"},
-  };
-};
-
 /// What a horizontal stack does if its children do not fit side by side.
 enum class Overflow {
   compress,           // gives each child less room
@@ -52,6 +44,23 @@ struct Shadow {
   double x = 0;
   double y = 0;
   friend bool operator==(const Shadow&, const Shadow&) = default;
+};
+
+}  // namespace view
+
+template <>
+struct RawValues<view::Role> {
+  static constexpr std::array table{
+      RawValue<view::Role>{view::Role::none, "none"},
+      RawValue<view::Role>{view::Role::text, "text"},
+      RawValue<view::Role>{view::Role::heading, "heading"},
+      RawValue<view::Role>{view::Role::image, "image"},
+      RawValue<view::Role>{view::Role::button, "button"},
+      RawValue<view::Role>{view::Role::link, "link"},
+      RawValue<view::Role>{view::Role::toggle, "switch"},
+      RawValue<view::Role>{view::Role::expander, "expander"},
+      RawValue<view::Role>{view::Role::dialog, "dialog"},
+  };
 };
 
 }  // namespace TalvoConsentSDK

@@ -3,10 +3,11 @@
 #include <utility>
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
-AnyView make(view::Content content, std::vector<AnyView> children = {}) {
+AnyView make(node::Content content, std::vector<AnyView> children = {}) {
   return AnyView(ViewNode{std::move(content), std::move(children), {}});
 }
 
@@ -20,38 +21,38 @@ AnyView::AnyView() {
 AnyView::AnyView(ViewNode node) : node_(std::make_shared<const ViewNode>(std::move(node))) {}
 
 bool AnyView::isEmpty() const noexcept {
-  return std::holds_alternative<view::Empty>(node_->content);
+  return std::holds_alternative<node::Empty>(node_->content);
 }
 
 AnyView AnyView::padding(const Insets& insets) const {
-  return make(view::Padding{insets}, {*this});
+  return make(node::Padding{insets}, {*this});
 }
 
-AnyView AnyView::frame(const view::Frame& frame) const {
+AnyView AnyView::frame(const node::Frame& frame) const {
   return make(frame, {*this});
 }
 
-AnyView AnyView::background(const view::Background& background) const {
+AnyView AnyView::background(const node::Background& background) const {
   return make(background, {*this});
 }
 
 AnyView AnyView::overlay(const AnyView& content, Alignment alignment) const {
-  return make(view::Overlay{alignment}, {*this, content});
+  return make(node::Overlay{alignment}, {*this, content});
 }
 
 AnyView AnyView::opacity(double opacity) const {
-  return make(view::Opacity{opacity}, {*this});
+  return make(node::Opacity{opacity}, {*this});
 }
 
 AnyView AnyView::disabled(bool isDisabled) const {
-  return make(view::Disabled{isDisabled}, {*this});
+  return make(node::Disabled{isDisabled}, {*this});
 }
 
 AnyView AnyView::ignoresSafeArea() const {
-  return make(view::IgnoresSafeArea{}, {*this});
+  return make(node::IgnoresSafeArea{}, {*this});
 }
 
-AnyView AnyView::accessibility(const view::Accessibility& accessibility) const {
+AnyView AnyView::accessibility(const node::Accessibility& accessibility) const {
   return make(accessibility, {*this});
 }
 
@@ -68,27 +69,27 @@ bool operator==(const AnyView& a, const AnyView& b) {
 
 AnyView text(std::string content, const TextOptions& options) {
   return make(
-      view::Text{std::move(content), options.font, options.color, options.isUnderlined, options.alignment});
+      node::Text{std::move(content), options.font, options.color, options.isUnderlined, options.alignment});
 }
 
-AnyView symbol(const view::Symbol& symbol) {
+AnyView symbol(const node::Symbol& symbol) {
   return make(symbol);
 }
 
 AnyView asyncImage(URL url, double height) {
-  return make(view::AsyncImage{std::move(url), height});
+  return make(node::AsyncImage{std::move(url), height});
 }
 
 AnyView shape(Color color) {
-  return make(view::Shape{color});
+  return make(node::Shape{color});
 }
 
 AnyView button(const AnyView& label, std::function<void()> action) {
-  return make(view::Button{{std::move(action)}}, {label});
+  return make(node::Button{{std::move(action)}}, {label});
 }
 
 AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors) {
-  return make(view::Toggle{
+  return make(node::Toggle{
       .isOn = isOn.get(),
       .set = {[isOn](bool value) { isOn.set(value); }},
       .onColor = colors.on,
@@ -98,7 +99,7 @@ AnyView toggle(const Binding<bool>& isOn, const ToggleColors& colors) {
 }
 
 AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> children) {
-  return make(view::Stack{.axis = view::Axis::horizontal,
+  return make(node::Stack{.axis = node::Axis::horizontal,
                           .alignment = {options.stacked, options.alignment},
                           .spacing = options.spacing,
                           .overflow = options.overflow},
@@ -106,38 +107,39 @@ AnyView horizontalStack(const HorizontalOptions& options, std::vector<AnyView> c
 }
 
 AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> children) {
-  return make(view::Stack{.axis = view::Axis::vertical,
+  return make(node::Stack{.axis = node::Axis::vertical,
                           .alignment = {options.alignment, VerticalAlignment::center},
                           .spacing = options.spacing},
               std::move(children));
 }
 
 AnyView depthStack(Alignment alignment, std::vector<AnyView> children) {
-  return make(view::Stack{.axis = view::Axis::depth, .alignment = alignment}, std::move(children));
+  return make(node::Stack{.axis = node::Axis::depth, .alignment = alignment}, std::move(children));
 }
 
 AnyView spacer() {
-  return make(view::Spacer{});
+  return make(node::Spacer{});
 }
 
 AnyView divider(Color color) {
-  return make(view::Divider{color});
+  return make(node::Divider{color});
 }
 
 AnyView scrollView(const AnyView& content) {
-  return make(view::Scroll{}, {content});
+  return make(node::Scroll{}, {content});
 }
 
 AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset) {
-  return make(view::PinnedFooter{.inset = inset}, {content, footer});
+  return make(node::PinnedFooter{.inset = inset}, {content, footer});
 }
 
 AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row) {
-  return make(view::LazyRows{count, {std::move(row)}});
+  return make(node::LazyRows{count, {std::move(row)}});
 }
 
 AnyView component(std::string name, std::function<AnyView(RenderContext&)> body) {
-  return make(view::Component{std::move(name), {std::move(body)}});
+  return make(node::Component{std::move(name), {std::move(body)}});
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -14,7 +14,8 @@
 #include "TalvoConsentSDK/view/State.h"
 #include "TalvoConsentSDK/view/ViewNode.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 struct TextOptions {
   Font font = {};
@@ -44,7 +45,7 @@ struct VerticalOptions {
 };
 
 TALVO_EXPORT AnyView text(std::string content, const TextOptions& options);
-TALVO_EXPORT AnyView symbol(const view::Symbol& symbol);
+TALVO_EXPORT AnyView symbol(const node::Symbol& symbol);
 TALVO_EXPORT AnyView asyncImage(URL url, double height);
 TALVO_EXPORT AnyView shape(Color color);
 TALVO_EXPORT AnyView button(const AnyView& label, std::function<void()> action);
@@ -59,13 +60,14 @@ TALVO_EXPORT AnyView spacer();
 TALVO_EXPORT AnyView divider(Color color);
 TALVO_EXPORT AnyView scrollView(const AnyView& content);
 
-/// See `view::PinnedFooter`.
+/// See `node::PinnedFooter`.
 TALVO_EXPORT AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
 
-/// See `view::LazyRows`. `row` returns the row at an index.
+/// See `node::LazyRows`. `row` returns the row at an index.
 TALVO_EXPORT AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);
 
-/// See `view::Component`. `body` runs for every rendering.
+/// See `node::Component`. `body` runs for every rendering.
 TALVO_EXPORT AnyView component(std::string name, std::function<AnyView(RenderContext&)> body);
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

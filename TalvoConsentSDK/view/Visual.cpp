@@ -6,6 +6,7 @@
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
+namespace view {
 
 namespace {
 
@@ -71,32 +72,32 @@ class Flattener {
     forEachChild(element, [&](const Element& child) { add(child, opacity, isDisabled); });
   }
 
-  void draw(const Element& element, const view::Text& text, double opacity, bool) {
+  void draw(const Element& element, const node::Text& text, double opacity, bool) {
     pushMain(
         element, opacity,
         visual::Text{text.text, text.font, solid(text.color), text.isUnderlined, alignment(text.alignment)});
   }
 
-  void draw(const Element& element, const view::Symbol& symbol, double opacity, bool) {
+  void draw(const Element& element, const node::Symbol& symbol, double opacity, bool) {
     pushMain(element, opacity,
              visual::Symbol{symbol.glyph, symbol.weight, solid(symbol.color),
                             animations_.value(element.id, symbol.turns), isMirrored_});
   }
 
-  void draw(const Element& element, const view::AsyncImage& image, double opacity, bool) {
+  void draw(const Element& element, const node::AsyncImage& image, double opacity, bool) {
     const auto& loaded = memory_.get<LoadedImage>(element.id, [] { return LoadedImage(); });
     if (loaded.image && loaded.url == image.url) pushMain(element, opacity, visual::Picture{loaded.image});
   }
 
-  void draw(const Element& element, const view::Shape& shape, double opacity, bool) {
+  void draw(const Element& element, const node::Shape& shape, double opacity, bool) {
     pushMain(element, opacity, visual::Box{shape.color});
   }
 
-  void draw(const Element& element, const view::Divider& line, double opacity, bool) {
+  void draw(const Element& element, const node::Divider& line, double opacity, bool) {
     pushMain(element, opacity, visual::Box{solid(line.color)});
   }
 
-  void draw(const Element& element, const view::Toggle& toggle, double opacity, bool isDisabled) {
+  void draw(const Element& element, const node::Toggle& toggle, double opacity, bool isDisabled) {
     if (isDisabled) opacity *= disabledOpacity;
     pushMain(element, opacity,
              visual::Switch{toggle.onColor, toggle.offColor, toggle.knobColor,
@@ -104,7 +105,7 @@ class Flattener {
     addOutline(element, switchOutlineReach, opacity, toggle.offColor, element.frame.height / 2);
   }
 
-  void draw(const Element& element, const view::Background& background, double opacity, bool isDisabled) {
+  void draw(const Element& element, const node::Background& background, double opacity, bool isDisabled) {
     if (background.shadow) {
       push(element.id, shadowPart, element.frame, element.clip, opacity,
            visual::BoxShadow{*background.shadow, background.cornerRadius});
@@ -116,21 +117,21 @@ class Flattener {
     addChildren(element, opacity, isDisabled);
   }
 
-  void draw(const Element& element, const view::Button&, double opacity, bool isDisabled) {
+  void draw(const Element& element, const node::Button&, double opacity, bool isDisabled) {
     addChildren(element, isDisabled ? opacity * disabledOpacity : opacity, isDisabled);
   }
 
-  void draw(const Element& element, const view::Opacity& own, double opacity, bool isDisabled) {
+  void draw(const Element& element, const node::Opacity& own, double opacity, bool isDisabled) {
     addChildren(element, opacity * own.opacity, isDisabled);
   }
 
-  void draw(const Element& element, const view::Disabled& own, double opacity, bool isDisabled) {
+  void draw(const Element& element, const node::Disabled& own, double opacity, bool isDisabled) {
     addChildren(element, opacity, isDisabled || own.isDisabled);
   }
 
-  template <view::OneOf<view::Empty, view::Stack, view::Spacer, view::Scroll, view::PinnedFooter,
-                        view::LazyRows, view::Padding, view::Frame, view::Overlay, view::IgnoresSafeArea,
-                        view::Accessibility, view::Component>
+  template <node::OneOf<node::Empty, node::Stack, node::Spacer, node::Scroll, node::PinnedFooter,
+                        node::LazyRows, node::Padding, node::Frame, node::Overlay, node::IgnoresSafeArea,
+                        node::Accessibility, node::Component>
                 Container>
   void draw(const Element& element, const Container&, double opacity, bool isDisabled) {
     addChildren(element, opacity, isDisabled);
@@ -150,8 +151,8 @@ class Flattener {
   RingShape ringShape(const Element& element) const {
     const double boxReach = hasHighContrast_ ? 7 : 5;  // keeps the ring clear of the outline
     const auto& content = element.view.node().content;
-    if (std::holds_alternative<view::Toggle>(content)) return {element.frame.height / 2, boxReach};
-    if (const auto* background = std::get_if<view::Background>(&content)) {
+    if (std::holds_alternative<node::Toggle>(content)) return {element.frame.height / 2, boxReach};
+    if (const auto* background = std::get_if<node::Background>(&content)) {
       return {background->cornerRadius, boxReach};
     }
     return element.children.size() == 1 ? ringShape(*element.children.front()) : RingShape();
@@ -214,4 +215,5 @@ std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environmen
   return std::move(flattener).take();
 }
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

@@ -20,7 +20,8 @@
 #include "TalvoConsentSDK/view/Layout.h"
 #include "TalvoConsentSDK/view/ViewTypes.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
+namespace view TALVO_EXPORT {
 
 namespace visual {
 
@@ -109,4 +110,5 @@ struct VisualState {
 TALVO_EXPORT std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environment,
                                          const VisualState& state, Animations& animations);
 
+}  // namespace view
 }  // namespace TalvoConsentSDK

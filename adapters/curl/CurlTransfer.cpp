@@ -12,6 +12,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 constexpr int maxRedirects = 20;

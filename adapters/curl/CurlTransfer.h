@@ -45,11 +45,11 @@ using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 class CurlTransfer {
  public:
   using Clock = std::chrono::steady_clock;
-  using Outcome = Result<URLResponse>;
+  using Outcome = Result<platform::URLResponse>;
 
   /// `rules`, `sockets` and `tls` must outlive the transfer. `handle` is the handle of an earlier transfer of
   /// the same session, to be reused, or null.
-  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, URLRequest request,
+  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, platform::URLRequest request,
                CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
@@ -127,7 +127,7 @@ class CurlTransfer {
   const CurlRules& rules_;
   CurlSockets& sockets_;
   CurlTLS& tls_;
-  URLRequest request_;
+  platform::URLRequest request_;
   const Clock::duration idleLimit_;
   const bool keepsOrigin_;  // it began as a POST or PUT, so no redirect may lead to another origin
   CurlHandle handle_;

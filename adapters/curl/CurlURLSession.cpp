@@ -22,6 +22,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // A string cannot be larger than PTRDIFF_MAX, and `CurlBody::take` briefly holds the body twice.

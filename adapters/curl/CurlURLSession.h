@@ -40,7 +40,7 @@ struct CurlOptions {
 /// progress, 42 for a closed session, 47 for too many redirects or a POST or PUT redirected to another
 /// origin, 63 for a reply that is too large or has a header of more than 256 KiB, and 65 for a POST or PUT
 /// that would have to be sent again. Error texts contain no part of a body, header value, path or query.
-class CurlURLSession : public URLSession {
+class CurlURLSession : public platform::URLSession {
  public:
   /// Throws a `PlatformError` if libcurl cannot be initialised, the process is out of file descriptors, or
   /// `certificates` cannot be read.
@@ -51,7 +51,7 @@ class CurlURLSession : public URLSession {
   /// does not wait, and the remaining completions are called later.
   ~CurlURLSession() override;
 
-  void run(URLRequest request, Completion completion) override;
+  void run(platform::URLRequest request, Completion completion) override;
 
  private:
   class Worker;

@@ -11,6 +11,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 QAccessible::Role toQtRole(Role role) {

@@ -15,6 +15,6 @@ QAccessibleInterface* makeAccessibleWindow(AccessibleTree& tree, QObject& window
 
 /// Creates the interface of one element, which is invalid while the tree has no such element. The caller must
 /// register it with QAccessible, which then owns it.
-QAccessibleInterface* makeAccessibleItem(AccessibleTree& tree, ElementId id);
+QAccessibleInterface* makeAccessibleItem(AccessibleTree& tree, view::ElementId id);
 
 }  // namespace TalvoConsentSDK

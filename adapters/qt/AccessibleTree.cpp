@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // The maximum number of new rows that are announced when a list opens. A client that is notified of one row

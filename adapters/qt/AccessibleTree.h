@@ -31,24 +31,24 @@ class AccessibleTree {
   QAccessibleInterface* container();
 
   /// The interface of an element. It stays the same as long as the element exists.
-  QAccessibleInterface* item(const AccessibleElement& element);
+  QAccessibleInterface* item(const view::AccessibleElement& element);
 
   /// The elements in reading order. Valid until the content changes.
-  const std::vector<AccessibleElement>& elements();
-  const AccessibleElement* find(ElementId id);
+  const std::vector<view::AccessibleElement>& elements();
+  const view::AccessibleElement* find(view::ElementId id);
   bool hasDialog();
 
   /// The topmost element at a point of the window.
-  const AccessibleElement* at(Point point);
+  const view::AccessibleElement* at(platform::Point point);
 
   /// The focused element; nullopt while the window does not receive the keys.
-  std::optional<ElementId> focused() const;
+  std::optional<view::ElementId> focused() const;
 
   /// Scrolls the element into view and activates it.
-  void activate(ElementId id);
+  void activate(view::ElementId id);
 
   /// Gives the element the focus, which also scrolls it into view.
-  void focus(ElementId id);
+  void focus(view::ElementId id);
 
   /// Must be called when the window gets another controller, because that one counts its own revisions.
   void controllerChanged() { revision_.reset(); }
@@ -62,21 +62,21 @@ class AccessibleTree {
  private:
   struct KnownItem {
     QAccessible::Id item = 0;
-    AccessibleElement announced;  // its state when assistive technology was last notified
+    view::AccessibleElement announced;  // its state when assistive technology was last notified
   };
 
-  void notifyNew(const std::vector<AccessibleElement>& now);
-  void notifyChange(QAccessibleInterface* item, const AccessibleElement& before,
-                    const AccessibleElement& now);
+  void notifyNew(const std::vector<view::AccessibleElement>& now);
+  void notifyChange(QAccessibleInterface* item, const view::AccessibleElement& before,
+                    const view::AccessibleElement& now);
 
   ViewWindow& window_;
   const QAccessible::Id root_;  // not a pointer: Qt owns the interfaces and deletes them with the application
-  std::vector<AccessibleElement> elements_;
-  std::unordered_map<ElementId, std::size_t> indices_;
-  std::unordered_map<ElementId, KnownItem> known_;  // the elements that have an interface
-  std::vector<QAccessible::Id> removed_;            // deleted later, because callers may still use them
-  std::vector<ElementId> announcedOrder_;
-  std::optional<ElementId> announcedFocus_;
+  std::vector<view::AccessibleElement> elements_;
+  std::unordered_map<view::ElementId, std::size_t> indices_;
+  std::unordered_map<view::ElementId, KnownItem> known_;  // the elements that have an interface
+  std::vector<QAccessible::Id> removed_;                  // deleted later, because callers may still use them
+  std::vector<view::ElementId> announcedOrder_;
+  std::optional<view::ElementId> announcedFocus_;
   std::optional<std::uint64_t> revision_;  // of elements_
   std::optional<std::uint64_t> announcedRevision_;
 };

@@ -15,6 +15,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // A continuous corner extends along the sides by this multiple of its radius. The exponent is that of the

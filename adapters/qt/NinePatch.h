@@ -17,7 +17,7 @@ class QQuickWindow;
 
 namespace TalvoConsentSDK {
 
-QColor toQColor(const Color& color);
+QColor toQColor(const platform::Color& color);
 
 /// Returns a rectangle with continuous corners: their curvature grows gradually along the sides.
 QPainterPath continuousRect(const QRectF& rect, double cornerRadius);
@@ -34,9 +34,10 @@ struct Patch {
 };
 
 /// Each patch is created once per set of arguments and then cached. Thread-safe.
-Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio);
-Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio);
-Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, double pixelRatio);
+Patch boxPatch(const platform::Color& color, double cornerRadius, double pixelRatio);
+Patch shadowPatch(const view::Shadow& shadow, double cornerRadius, double pixelRatio);
+Patch ringPatch(const platform::Color& inner, const platform::Color& outer, double cornerRadius,
+                double pixelRatio);
 
 /// Draws a patch around a box of this size. With the software renderer, filling is several times as fast as
 /// stretching, and nodes hidden behind a filled part are not drawn at all. (The software renderer draws the

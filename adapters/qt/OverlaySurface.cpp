@@ -8,6 +8,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr const char* overlayProperty = "talvoConsentOverlay";

@@ -38,12 +38,13 @@ class OverlaySurface : public ViewWindow {
   bool event(QEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool passOn(QEvent& event) override;
-  Insets safeArea() const override;
-  bool frameDrawn(HostingController::Clock::time_point now, const std::vector<Visual>& visuals) override;
+  platform::Insets safeArea() const override;
+  bool frameDrawn(view::HostingController::Clock::time_point now,
+                  const std::vector<view::Visual>& visuals) override;
   void hideEvent(QHideEvent* event) override;
 
  private:
-  using Clock = HostingController::Clock;
+  using Clock = view::HostingController::Clock;
 
   struct Fade {
     double from = 1;
@@ -59,7 +60,7 @@ class OverlaySurface : public ViewWindow {
   void appear();
   void followHost();
   void takeHostPicture();
-  QRegion visibleRegion(const std::vector<Visual>& visuals) const;
+  QRegion visibleRegion(const std::vector<view::Visual>& visuals) const;
   bool stepFade(Clock::time_point now);
   double alphaAt(Clock::time_point now) const;
 

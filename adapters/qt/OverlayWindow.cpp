@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 bool asksForHighContrast() {

@@ -12,20 +12,22 @@
 
 namespace TalvoConsentSDK {
 
-class QtApplication : public Application {
+class QtApplication : public platform::Application {
  public:
-  QtApplication(QtOptions options, std::shared_ptr<ImageLoader> imageLoader);
+  QtApplication(QtOptions options, std::shared_ptr<platform::ImageLoader> imageLoader);
 
   /// The host's top-level windows, the active one first.
-  std::vector<std::shared_ptr<Scene>> connectedScenes() override;
+  std::vector<std::shared_ptr<platform::Scene>> connectedScenes() override;
 
   void open(const URL& url) override;
-  std::optional<LayoutDirection> layoutDirection() const override { return options_.layoutDirection; }
+  std::optional<platform::LayoutDirection> layoutDirection() const override {
+    return options_.layoutDirection;
+  }
   bool reducesMotion() const override { return options_.reducesMotion; }
 
  private:
   const QtOptions options_;
-  const std::shared_ptr<ImageLoader> imageLoader_;
+  const std::shared_ptr<platform::ImageLoader> imageLoader_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -10,6 +10,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 using Loaded = Result<std::shared_ptr<const Image>>;
@@ -60,13 +62,13 @@ void QtImageLoader::load(const URL& url, Completion completion) {
     mainActor_->post([completion] { completion(failure("The URL cannot be requested")); });
     return;
   }
-  detail::runOnce(*session_, URLRequest(url),
-                  [mainActor = mainActor_, background = background_,
-                   completion = std::move(completion)](const Result<URLResponse>& outcome) {
-                    detail::postOrRun(background, [mainActor, completion, outcome] {
-                      mainActor->post([completion, loaded = decoded(outcome)] { completion(loaded); });
+  platform::runOnce(*session_, URLRequest(url),
+                    [mainActor = mainActor_, background = background_,
+                     completion = std::move(completion)](const Result<URLResponse>& outcome) {
+                      platform::postOrRun(background, [mainActor, completion, outcome] {
+                        mainActor->post([completion, loaded = decoded(outcome)] { completion(loaded); });
+                      });
                     });
-                  });
 }
 
 }  // namespace TalvoConsentSDK

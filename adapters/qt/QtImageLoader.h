@@ -11,11 +11,11 @@
 
 namespace TalvoConsentSDK {
 
-class QtImage : public Image {
+class QtImage : public platform::Image {
  public:
   explicit QtImage(QImage content) : content_(std::move(content)) {}
 
-  Size size() const override {
+  platform::Size size() const override {
     return {static_cast<double>(content_.width()), static_cast<double>(content_.height())};
   }
   const QImage& content() const { return content_; }
@@ -24,17 +24,17 @@ class QtImage : public Image {
   const QImage content_;
 };
 
-class QtImageLoader : public ImageLoader {
+class QtImageLoader : public platform::ImageLoader {
  public:
-  QtImageLoader(std::shared_ptr<URLSession> session, std::shared_ptr<Executor> mainActor,
-                std::shared_ptr<Executor> background);
+  QtImageLoader(std::shared_ptr<platform::URLSession> session, std::shared_ptr<platform::Executor> mainActor,
+                std::shared_ptr<platform::Executor> background);
 
   void load(const URL& url, Completion completion) override;
 
  private:
-  const std::shared_ptr<URLSession> session_;
-  const std::shared_ptr<Executor> mainActor_;
-  const std::shared_ptr<Executor> background_;
+  const std::shared_ptr<platform::URLSession> session_;
+  const std::shared_ptr<platform::Executor> mainActor_;
+  const std::shared_ptr<platform::Executor> background_;
 };
 
 }  // namespace TalvoConsentSDK

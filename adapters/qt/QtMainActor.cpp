@@ -8,6 +8,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 QtMainActor::QtMainActor() : receiver_(std::make_unique<QObject>()) {}
 
 QtMainActor::~QtMainActor() = default;

@@ -13,7 +13,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs jobs from the event loop of the QGuiApplication's thread, in the order posted. Create it on that
 /// thread.
-class QtMainActor : public Executor {
+class QtMainActor : public platform::Executor {
  public:
   QtMainActor();
   ~QtMainActor() override;

@@ -17,7 +17,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 struct QtOptions {
   TextSettings text = {};
-  std::optional<LayoutDirection> layoutDirection = {};  // if absent, the direction of the banner's texts
+  std::optional<platform::LayoutDirection> layoutDirection =
+      {};  // if absent, the direction of the banner's texts
 
   /// Whether to draw in high contrast: texts and lines solid, controls with an outline. If absent, the
   /// system's setting is used, which Qt knows from version 6.10 on; older versions count as off.
@@ -28,7 +29,7 @@ struct QtOptions {
 
   /// Returns the parts of a host window that the system's own bars and notches cover, in points. If absent,
   /// nothing is covered.
-  std::function<Insets(const QWindow&)> safeArea = {};
+  std::function<platform::Insets(const QWindow&)> safeArea = {};
 
   /// Opens a URL outside the host. If absent, Qt opens it.
   std::function<void(const URL&)> openURL = {};

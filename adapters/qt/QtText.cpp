@@ -8,6 +8,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 QFont::Weight toQtWeight(FontWeight weight) {

@@ -18,14 +18,14 @@ struct TextSettings {
 TALVO_EXPORT QString toQString(std::string_view utf8);
 
 /// Returns Inter if it is installed, or else the system's own font.
-TALVO_EXPORT QFont toQFont(const Font& font, const TextSettings& settings);
+TALVO_EXPORT QFont toQFont(const platform::Font& font, const TextSettings& settings);
 
-class QtTextMeasurer : public TextMeasurer {
+class QtTextMeasurer : public platform::TextMeasurer {
  public:
   explicit QtTextMeasurer(const TextSettings& settings) : settings_(settings) {}
 
-  Size measure(std::string_view text, const Font& font, double width) override;
-  double widestWord(std::string_view text, const Font& font) override;
+  platform::Size measure(std::string_view text, const platform::Font& font, double width) override;
+  double widestWord(std::string_view text, const platform::Font& font) override;
 
  private:
   const TextSettings settings_;

@@ -13,6 +13,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace view;
+
 namespace {
 
 constexpr double textOverhang = 6;  // points; letters of some scripts extend beyond their line

@@ -39,8 +39,8 @@ TextTiles textTiles(double height, double pixelRatio, double top, double bottom)
 class TextNode : public QSGTransformNode {
  public:
   /// Shows these tiles: paints the new ones and removes all others.
-  void show(QQuickWindow& window, const visual::Text& text, const TextSettings& settings, const QSizeF& size,
-            TextTiles shown);
+  void show(QQuickWindow& window, const view::visual::Text& text, const TextSettings& settings,
+            const QSizeF& size, TextTiles shown);
 
  private:
   std::map<int, QSGNode*> tiles_;

@@ -9,6 +9,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 using Clock = HostingController::Clock;

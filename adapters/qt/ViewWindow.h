@@ -23,8 +23,8 @@ class ViewWindow : public QQuickWindow {
   ~ViewWindow() override;
 
   /// Sets the controller to show. Its environment is `environment` with the window's own size and safe area.
-  void setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment);
-  const std::shared_ptr<HostingController>& controller() const { return controller_; }
+  void setController(std::shared_ptr<view::HostingController> controller, view::ViewEnvironment environment);
+  const std::shared_ptr<view::HostingController>& controller() const { return controller_; }
 
   /// The parent of all items that show the controller's visuals.
   QQuickItem& stage() { return stage_; }
@@ -62,10 +62,12 @@ class ViewWindow : public QQuickWindow {
 
   /// The parts of the window that the system's own bars and notches cover. Called after each change of the
   /// window's size.
-  virtual Insets safeArea() const { return environment_.safeArea; }
+  virtual platform::Insets safeArea() const { return environment_.safeArea; }
 
   /// Called after every frame with its visuals. Returns whether to draw another frame.
-  virtual bool frameDrawn(HostingController::Clock::time_point, const std::vector<Visual>&) { return false; }
+  virtual bool frameDrawn(view::HostingController::Clock::time_point, const std::vector<view::Visual>&) {
+    return false;
+  }
 
  private:
   void drawFrame();
@@ -77,8 +79,8 @@ class ViewWindow : public QQuickWindow {
   QQuickItem stage_;
   VisualMount mount_;
   QTimer timer_;
-  std::shared_ptr<HostingController> controller_;
-  ViewEnvironment environment_;
+  std::shared_ptr<view::HostingController> controller_;
+  view::ViewEnvironment environment_;
   std::optional<int> finger_;  // the touch point that the view follows; it ignores others
   int runningHandlers_ = 0;
   bool isDeletionPending_ = false;

@@ -17,6 +17,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 QPainterPath glyphPath(Glyph glyph) {  // in a square of side 1

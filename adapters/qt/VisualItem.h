@@ -17,7 +17,7 @@ class VisualItem : public QQuickItem {
   explicit VisualItem(const TextSettings& settings);
 
   /// Sets the visual to draw, positioned relative to `origin`. `depth` orders the item among its siblings.
-  void show(const Visual& visual, const QPointF& origin, double depth);
+  void show(const view::Visual& visual, const QPointF& origin, double depth);
 
  protected:
   void itemChange(ItemChange change, const ItemChangeData& data) override;
@@ -25,7 +25,7 @@ class VisualItem : public QQuickItem {
 
  private:
   const TextSettings settings_;
-  std::optional<Visual> visual_;
+  std::optional<view::Visual> visual_;
   bool contentChanged_ = false;
   TextTiles tiles_;  // for a text, the visible tiles
 };

@@ -4,6 +4,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 VisualMount::VisualMount(QQuickItem& root, const TextSettings& settings) : root_(root), settings_(settings) {}
 
 void VisualMount::update(const std::vector<Visual>& visuals) {

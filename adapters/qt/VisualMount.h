@@ -19,12 +19,12 @@ class VisualMount {
  public:
   VisualMount(QQuickItem& root, const TextSettings& settings);
 
-  void update(const std::vector<Visual>& visuals);
+  void update(const std::vector<view::Visual>& visuals);
 
  private:
-  using Identity = std::pair<ElementId, int>;
+  using Identity = std::pair<view::ElementId, int>;
 
-  QQuickItem& group(std::size_t index, const std::optional<Rect>& clip);
+  QQuickItem& group(std::size_t index, const std::optional<platform::Rect>& clip);
 
   QQuickItem& root_;
   const TextSettings settings_;

@@ -13,6 +13,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr double minShare = 2.0 / 3;     // of the font size; how far a text shrinks to avoid splitting a word

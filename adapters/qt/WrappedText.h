@@ -27,12 +27,12 @@ double widestUnbreakableRun(const QString& text, const QFont& font);
 /// length. Its lines are at most 10,000 points wide.
 class WrappedText {
  public:
-  WrappedText(std::string_view text, const Font& font, const TextSettings& settings, double width,
+  WrappedText(std::string_view text, const platform::Font& font, const TextSettings& settings, double width,
               Qt::Alignment alignment = Qt::AlignLeft);
 
   /// Returns the size of the wrapped text. The width is in whole points. Wrapping the text to that width
   /// gives the same number of lines, so drawing it in a frame of this size does not cut it off.
-  Size size();
+  platform::Size size();
 
   /// Draws the lines that are visible between `top` and `bottom`.
   void draw(QPainter& painter, const QColor& color, bool isUnderlined, double top = 0,

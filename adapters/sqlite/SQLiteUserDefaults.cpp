@@ -16,6 +16,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -27,7 +27,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// the file and never contains a value. After a failure, the next operation opens the file again, so the
 /// store recovers once the disk does. A damaged file is renamed to "NAME.damaged-N", one line is printed, and
 /// the operation continues with a new, empty file.
-class SQLiteUserDefaults : public UserDefaults {
+class SQLiteUserDefaults : public platform::UserDefaults {
  public:
   /// Creates `file` and its folder if they are missing. `file` may be a symbolic link; with links followed,
   /// its path may have at most 500 bytes. An operation fails once it has waited for other threads and
@@ -36,13 +36,14 @@ class SQLiteUserDefaults : public UserDefaults {
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;
 
-  Result<std::optional<Data>> data(std::string_view key) override;
+  Result<std::optional<platform::Data>> data(std::string_view key) override;
   Result<std::optional<std::string>> string(std::string_view key) override;
-  Result<void> set(std::string_view key, Data value) override;
+  Result<void> set(std::string_view key, platform::Data value) override;
   Result<void> set(std::string_view key, std::string value) override;
-  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override;
+  Result<bool> replace(std::string_view key, const std::optional<platform::Data>& expected,
+                       platform::Data value) override;
   Result<void> remove(std::string_view key) override;
-  Result<void> commit(const std::vector<StoreChange>& changes) override;
+  Result<void> commit(const std::vector<platform::StoreChange>& changes) override;
 
   /// Does nothing, because every change is already on the disk.
   Result<void> synchronize() override { return {}; }

@@ -11,6 +11,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -31,8 +31,9 @@ class StoreConnection {
   void waitUntil(StoreWaitEnd end);
 
   std::optional<std::string> read(std::string_view key, bool isData);
-  void commit(const std::vector<StoreChange>& changes);
-  bool replace(std::string_view key, const std::optional<Data>& expected, const Data& value);
+  void commit(const std::vector<platform::StoreChange>& changes);
+  bool replace(std::string_view key, const std::optional<platform::Data>& expected,
+               const platform::Data& value);
 
   /// Wipes removed values from the files if the last change found or left any there. If it cannot, for
   /// example because another process is reading, the next change by any connection tries again.
@@ -62,7 +63,7 @@ class StoreConnection {
  private:
   std::filesystem::path log() const { return std::filesystem::path(file_) += "-wal"; }
   std::filesystem::path index() const { return std::filesystem::path(file_) += "-shm"; }
-  bool make(const std::vector<StoreChange>& changes);
+  bool make(const std::vector<platform::StoreChange>& changes);
   void commit(SQLiteTransaction& transaction, bool mustWipe);
   std::int64_t wipingOwed();
 

@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 struct BackgroundThread::Queue {
   std::mutex lock;
   std::condition_variable changed;

@@ -14,7 +14,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Runs jobs one after another on its own thread, which starts with the first job. Drops the jobs that are
 /// still waiting when the executor is destroyed or the process exits.
-class BackgroundThread : public Executor {
+class BackgroundThread : public platform::Executor {
  public:
   BackgroundThread();
   ~BackgroundThread() override;

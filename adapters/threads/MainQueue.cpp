@@ -7,6 +7,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 MainQueue::MainQueue(std::function<void()> wake) : wake_(std::move(wake)) {}
 
 void MainQueue::post(std::function<void()> job) {

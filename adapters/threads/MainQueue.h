@@ -15,7 +15,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps jobs until the host's main loop drains them.
-class MainQueue : public Executor {
+class MainQueue : public platform::Executor {
  public:
   /// `wake` notifies the host's loop that there are jobs to drain. It is called after every post, on the
   /// posting thread, and must not call into the library. Exceptions from it are caught. A loop that polls or

@@ -8,6 +8,7 @@ namespace {
 
 using Counter = std::shared_ptr<std::atomic<int>>;
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 
 // Increments the counter for as long as any copy of the result exists.
 std::shared_ptr<void> counted(const Counter& counter) {

@@ -15,6 +15,8 @@
 namespace TalvoConsentHost {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 namespace {
 
@@ -24,6 +26,7 @@ struct Target {
 };
 
 Target parse(const std::string& text) {
+  using view::Role;
   for (const Role role : {Role::button, Role::link, Role::toggle, Role::expander}) {
     const std::string prefix = std::string(rawValue(role)) + ":";
     if (text.starts_with(prefix)) return {role, text.substr(prefix.size())};

@@ -46,7 +46,7 @@ class BannerDriver {
 
  private:
   std::vector<TalvoConsentSDK::ViewWindow*> banners() const;
-  void touch(TalvoConsentSDK::ViewWindow& window, TalvoConsentSDK::Point point, bool isSwitch);
+  void touch(TalvoConsentSDK::ViewWindow& window, TalvoConsentSDK::platform::Point point, bool isSwitch);
   void waitForFrames();
 
   TalvoConsentSDK::ViewWindow& host_;

@@ -8,8 +8,8 @@ namespace TalvoConsentHost {
 
 namespace {
 
-using TalvoConsentSDK::Insets;
-using TalvoConsentSDK::LayoutDirection;
+using TalvoConsentSDK::platform::Insets;
+using TalvoConsentSDK::platform::LayoutDirection;
 
 [[noreturn]] void fail(const QString& message) {
   std::fprintf(stderr, "talvo-host: %s\n", qPrintable(message));

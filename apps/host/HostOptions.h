@@ -21,8 +21,8 @@ struct HostOptions {
   QSize size{390, 844};
   double pixelRatio = 0;  // 0: that of the screen
   double textScale = 1;
-  std::optional<TalvoConsentSDK::LayoutDirection> layoutDirection;
-  TalvoConsentSDK::Insets safeArea;
+  std::optional<TalvoConsentSDK::platform::LayoutDirection> layoutDirection;
+  TalvoConsentSDK::platform::Insets safeArea;
   bool highContrast = false;  // false: as the system requests
   bool reducesMotion = false;
   std::optional<std::string> script;  // a file, or "-" for standard input

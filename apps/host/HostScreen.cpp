@@ -8,6 +8,8 @@
 namespace TalvoConsentHost {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 namespace {
 

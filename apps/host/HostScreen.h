@@ -24,7 +24,7 @@ struct HostOperation {
 };
 
 /// The screen as a view that updates when `content` changes.
-TalvoConsentSDK::AnyView hostScreen(const TalvoConsentSDK::State<HostContent>& content,
-                                    std::vector<HostOperation> operations);
+TalvoConsentSDK::view::AnyView hostScreen(const TalvoConsentSDK::view::State<HostContent>& content,
+                                          std::vector<HostOperation> operations);
 
 }  // namespace TalvoConsentHost

@@ -10,6 +10,7 @@
 namespace TalvoConsentHost {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 
 namespace {
 

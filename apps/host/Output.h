@@ -14,7 +14,7 @@ namespace TalvoConsentHost {
 void printObject(const TalvoConsentSDK::JSONObject& object);
 
 /// Prints the SDK's lines as objects.
-class ObjectPrinter : public TalvoConsentSDK::Printer {
+class ObjectPrinter : public TalvoConsentSDK::platform::Printer {
  public:
   void print(std::string_view line) override;
 };

@@ -24,6 +24,8 @@
 namespace TalvoConsentHost {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 namespace {
 

@@ -21,6 +21,8 @@
 #include "apps/host/Timing.h"
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 using namespace TalvoConsentHost;
 
 namespace {

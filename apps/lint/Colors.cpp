@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK::linting {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 using Colors = BannerCustomization::Colors;

@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // The widths of the printable ASCII characters, starting with the space, in thousandths of the font's size.

@@ -11,12 +11,12 @@ namespace TalvoConsentSDK {
 /// Estimates that ASCII characters are as wide as in the font Inter, and that any other character is as wide
 /// as the wide characters of its script are on average. Lines break at spaces, after hyphens, dashes and
 /// slashes, and at soft hyphens and zero-width spaces.
-class EstimatedText : public TextMeasurer {
+class EstimatedText : public platform::TextMeasurer {
  public:
   explicit EstimatedText(double scale) : scale_(scale) {}
 
-  Size measure(std::string_view text, const Font& font, double width) override;
-  double widestWord(std::string_view text, const Font& font) override;
+  platform::Size measure(std::string_view text, const platform::Font& font, double width) override;
+  double widestWord(std::string_view text, const platform::Font& font) override;
 
  private:
   const double scale_;

@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK::linting {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr Size screenSize{320, 568};
@@ -71,14 +74,14 @@ class FitCheck {
   static constexpr const char* messages = "customization.messages.bannerMessages";
 
   void checkTexts(const Element& element) {
-    if (const auto* text = std::get_if<view::Text>(&element.view.node().content)) {
+    if (const auto* text = std::get_if<node::Text>(&element.view.node().content)) {
       const double widest = environment_.textMeasurer->widestWord(text->text, text->font);
       if (widest > element.frame.width + rounding) reportBrokenWord(*text, widest, element.frame.width);
     }
     forEachChild(element, [this](const Element& child) { checkTexts(child); });
   }
 
-  void reportBrokenWord(const view::Text& text, double widest, double room) {
+  void reportBrokenWord(const node::Text& text, double widest, double room) {
     const auto whole = [](double points) { return std::to_string(std::lround(points)); };
     const std::string sentence = "contains a word that is " + whole(widest) +
                                  " points wide at text scale 2, but a screen of 320 points has room for " +

@@ -88,6 +88,6 @@ void checkColors(const Site& site, Report& report);
 void checkFairness(const Site& site, Report& report);
 void checkVendors(const Site& site, Report& report);
 void checkTranslations(const Site& site, Report& report);
-void checkFit(const Site& site, const std::shared_ptr<TextMeasurer>& doubleScale, Report& report);
+void checkFit(const Site& site, const std::shared_ptr<platform::TextMeasurer>& doubleScale, Report& report);
 
 }  // namespace TalvoConsentSDK::linting

@@ -48,6 +48,6 @@ struct LintFinding {
 /// would be split, because it is wider than its button or column, is an error. Without it, this check is left
 /// out. A document that cannot be read has one finding, the first error in it. Main thread only.
 std::vector<LintFinding> lintSite(const SiteDocuments& documents,
-                                  const std::shared_ptr<TextMeasurer>& doubleScale = nullptr);
+                                  const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
 
 }  // namespace TalvoConsentSDK

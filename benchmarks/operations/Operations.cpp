@@ -28,6 +28,8 @@ namespace TalvoConsentBenchmarks {
 namespace {
 
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 using Operation = std::function<void()>;
 
 constexpr std::size_t vendorCount = 1'000;

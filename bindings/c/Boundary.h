@@ -60,7 +60,7 @@ talvo_status guarded(const Body& body) noexcept {
 /// caught.
 inline std::shared_ptr<void> owned(void* userData, talvo_callback release) {
   return {userData, [release](void* pointer) {
-            callHost([&] {
+            platform::callHost([&] {
               if (release) release(pointer);
             });
           }};

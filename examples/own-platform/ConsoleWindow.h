@@ -14,6 +14,8 @@
 
 namespace own {
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
 
 // Every character is half as wide as the font size.
 class ConsoleMeasurer : public TextMeasurer {
@@ -31,7 +33,7 @@ class ConsoleMeasurer : public TextMeasurer {
   }
 };
 
-class ConsoleWindow : public Window {
+class ConsoleWindow : public platform::Window {
  public:
   explicit ConsoleWindow(std::string answer) : answer_(std::move(answer)) {}
 
@@ -64,14 +66,14 @@ class ConsoleWindow : public Window {
   std::shared_ptr<HostingController> controller_;
 };
 
-class ConsoleScene : public Scene {
+class ConsoleScene : public platform::Scene {
  public:
   ActivationState activationState() const override { return ActivationState::foregroundActive; }
   bool isWindowScene() const override { return true; }
   std::shared_ptr<Window> makeWindow() override { return std::make_shared<ConsoleWindow>("Accept all"); }
 };
 
-class ConsoleApplication : public Application {
+class ConsoleApplication : public platform::Application {
  public:
   std::vector<std::shared_ptr<Scene>> connectedScenes() override {
     return {std::make_shared<ConsoleScene>()};

@@ -19,8 +19,9 @@
 
 namespace own {
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 
-class OwnSession : public URLSession {
+class OwnSession : public platform::URLSession {
  public:
   // Runs one request after another, on a thread that catches exceptions from completions.
   void run(URLRequest request, Completion completion) override {

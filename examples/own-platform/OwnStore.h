@@ -18,8 +18,9 @@
 
 namespace own {
 using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
 
-class OwnStore : public UserDefaults {
+class OwnStore : public platform::UserDefaults {
   using Value = std::variant<Data, std::string>;
 
  public:

@@ -13,7 +13,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Collects diagnostic lines.
-class CapturingPrinter : public Printer {
+class CapturingPrinter : public platform::Printer {
  public:
   void print(std::string_view line) override {
     const std::scoped_lock guard(lock_);

@@ -17,9 +17,9 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A device store whose reads, writes or both can be made to fail, by returning an error or by throwing it. A
 /// failed write changes nothing.
-class FailingUserDefaults : public UserDefaults {
+class FailingUserDefaults : public platform::UserDefaults {
  public:
-  explicit FailingUserDefaults(std::shared_ptr<UserDefaults> inner) : inner_(std::move(inner)) {}
+  explicit FailingUserDefaults(std::shared_ptr<platform::UserDefaults> inner) : inner_(std::move(inner)) {}
 
   std::atomic<bool> failsToRead = false;
   std::atomic<bool> failsToWrite = false;
@@ -28,7 +28,7 @@ class FailingUserDefaults : public UserDefaults {
   /// Called before every operation on a key; may change what fails and what is stored.
   std::function<void(std::string_view key)> before = [](std::string_view) {};
 
-  Result<std::optional<Data>> data(std::string_view key) override {
+  Result<std::optional<platform::Data>> data(std::string_view key) override {
     before(key);
     if (failsToRead) return failure();
     return inner_->data(key);
@@ -38,7 +38,7 @@ class FailingUserDefaults : public UserDefaults {
     if (failsToRead) return failure();
     return inner_->string(key);
   }
-  Result<void> set(std::string_view key, Data value) override {
+  Result<void> set(std::string_view key, platform::Data value) override {
     before(key);
     if (failsToWrite) return failure();
     return inner_->set(key, std::move(value));
@@ -48,7 +48,8 @@ class FailingUserDefaults : public UserDefaults {
     if (failsToWrite) return failure();
     return inner_->set(key, std::move(value));
   }
-  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override {
+  Result<bool> replace(std::string_view key, const std::optional<platform::Data>& expected,
+                       platform::Data value) override {
     before(key);
     if (failsToRead || failsToWrite) return failure();
     return inner_->replace(key, expected, std::move(value));
@@ -58,9 +59,9 @@ class FailingUserDefaults : public UserDefaults {
     if (failsToWrite) return failure();
     return inner_->remove(key);
   }
-  Result<void> commit(const std::vector<StoreChange>& changes) override {
+  Result<void> commit(const std::vector<platform::StoreChange>& changes) override {
     bool fails = false;
-    for (const StoreChange& change : changes) {
+    for (const platform::StoreChange& change : changes) {
       before(change.key);
       fails = fails || failsToWrite;
     }
@@ -79,19 +80,19 @@ class FailingUserDefaults : public UserDefaults {
     return error;
   }
 
-  const std::shared_ptr<UserDefaults> inner_;
+  const std::shared_ptr<platform::UserDefaults> inner_;
 };
 
 /// A URL session that can fail every request, as on a device without a network. It reports these failures on
 /// `thread`, which stands for the session's own thread.
-class FailingURLSession : public URLSession {
+class FailingURLSession : public platform::URLSession {
  public:
-  FailingURLSession(std::shared_ptr<URLSession> inner, std::shared_ptr<Executor> thread)
+  FailingURLSession(std::shared_ptr<platform::URLSession> inner, std::shared_ptr<platform::Executor> thread)
       : inner_(std::move(inner)), thread_(std::move(thread)) {}
 
   std::atomic<bool> fails = false;
 
-  void run(URLRequest request, Completion completion) override {
+  void run(platform::URLRequest request, Completion completion) override {
     if (!fails) return inner_->run(std::move(request), std::move(completion));
     thread_->post([completion = std::move(completion)] {
       completion(PlatformError("FailingURLSession", 1, "The network is out of order"));
@@ -99,14 +100,14 @@ class FailingURLSession : public URLSession {
   }
 
  private:
-  const std::shared_ptr<URLSession> inner_;
-  const std::shared_ptr<Executor> thread_;
+  const std::shared_ptr<platform::URLSession> inner_;
+  const std::shared_ptr<platform::Executor> thread_;
 };
 
 /// An executor that can throw instead of taking a job, or right after taking it.
-class FailingExecutor : public Executor {
+class FailingExecutor : public platform::Executor {
  public:
-  explicit FailingExecutor(std::shared_ptr<Executor> inner) : inner_(std::move(inner)) {}
+  explicit FailingExecutor(std::shared_ptr<platform::Executor> inner) : inner_(std::move(inner)) {}
 
   std::atomic<bool> refuses = false;
   std::atomic<bool> throwsAfterwards = false;
@@ -119,7 +120,7 @@ class FailingExecutor : public Executor {
   }
 
  private:
-  const std::shared_ptr<Executor> inner_;
+  const std::shared_ptr<platform::Executor> inner_;
 };
 
 }  // namespace TalvoConsentSDK

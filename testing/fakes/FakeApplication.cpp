@@ -7,6 +7,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 void FakeWindow::setRootViewController(std::shared_ptr<RootViewController> newController) {
   controller = HostingController::of(newController);
   ViewEnvironment environment;

@@ -2,6 +2,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 FakeURLSession::FakeURLSession(std::shared_ptr<Executor> thread) : thread_(std::move(thread)) {}
 
 void FakeURLSession::run(URLRequest request, Completion completion) {

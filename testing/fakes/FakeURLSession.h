@@ -18,30 +18,30 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Answers each expected request with the outcomes prepared for it, in turn, and repeats the last one. A
 /// request without a prepared outcome fails and is listed as unexpected.
-class FakeURLSession : public URLSession {
+class FakeURLSession : public platform::URLSession {
  public:
   /// Reports outcomes on `thread`, which stands for a session's own thread.
-  explicit FakeURLSession(std::shared_ptr<Executor> thread);
+  explicit FakeURLSession(std::shared_ptr<platform::Executor> thread);
 
-  void run(URLRequest request, Completion completion) override;
+  void run(platform::URLRequest request, Completion completion) override;
 
   /// Adds an outcome for requests with this method and URL.
-  void answer(const std::string& method, const std::string& url, Result<URLResponse> outcome);
+  void answer(const std::string& method, const std::string& url, Result<platform::URLResponse> outcome);
   void answer(const std::string& method, const std::string& url, int statusCode, std::string body);
 
   /// All requests so far, in order.
-  std::vector<URLRequest> requests() const;
+  std::vector<platform::URLRequest> requests() const;
 
   /// "METHOD URL" of each request without a prepared outcome.
   std::vector<std::string> unexpected() const;
 
  private:
-  Result<URLResponse> outcome(const URLRequest& request);
+  Result<platform::URLResponse> outcome(const platform::URLRequest& request);
 
-  const std::shared_ptr<Executor> thread_;
+  const std::shared_ptr<platform::Executor> thread_;
   mutable std::mutex lock_;
-  std::map<std::string, std::deque<Result<URLResponse>>> answers_;
-  std::vector<URLRequest> requests_;
+  std::map<std::string, std::deque<Result<platform::URLResponse>>> answers_;
+  std::vector<platform::URLRequest> requests_;
   std::vector<std::string> unexpected_;
 };
 

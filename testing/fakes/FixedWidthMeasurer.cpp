@@ -9,6 +9,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 void forEachPiece(std::string_view text, char separator, const std::function<void(std::string_view)>& visit) {

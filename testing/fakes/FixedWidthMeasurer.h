@@ -9,15 +9,15 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A character is half as wide as the font size, and a line is as high as the font's line height; both are
 /// multiplied by the scale. Characters are code points; lines break at spaces.
-class FixedWidthMeasurer : public TextMeasurer {
+class FixedWidthMeasurer : public platform::TextMeasurer {
  public:
   explicit FixedWidthMeasurer(double scale = 1) : scale_(scale) {}
 
-  Size measure(std::string_view text, const Font& font, double width) override;
-  double widestWord(std::string_view text, const Font& font) override;
+  platform::Size measure(std::string_view text, const platform::Font& font, double width) override;
+  double widestWord(std::string_view text, const platform::Font& font) override;
 
  private:
-  double characterWidth(const Font& font) const { return font.size() / 2 * scale_; }
+  double characterWidth(const platform::Font& font) const { return font.size() / 2 * scale_; }
 
   const double scale_;
 };

@@ -4,6 +4,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 Result<bool> InMemoryUserDefaults::replace(std::string_view key, const std::optional<Data>& expected,
                                            Data value) {
   const std::scoped_lock guard(lock_);

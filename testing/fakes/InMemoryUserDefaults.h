@@ -14,17 +14,20 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps values until it is destroyed. No operation fails.
-class InMemoryUserDefaults : public UserDefaults {
+class InMemoryUserDefaults : public platform::UserDefaults {
  public:
-  using Value = std::variant<Data, std::string>;
+  using Value = std::variant<platform::Data, std::string>;
 
-  Result<std::optional<Data>> data(std::string_view key) override { return get<Data>(key); }
+  Result<std::optional<platform::Data>> data(std::string_view key) override {
+    return get<platform::Data>(key);
+  }
   Result<std::optional<std::string>> string(std::string_view key) override { return get<std::string>(key); }
-  Result<void> set(std::string_view key, Data value) override { return put(key, std::move(value)); }
+  Result<void> set(std::string_view key, platform::Data value) override { return put(key, std::move(value)); }
   Result<void> set(std::string_view key, std::string value) override { return put(key, std::move(value)); }
-  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override;
+  Result<bool> replace(std::string_view key, const std::optional<platform::Data>& expected,
+                       platform::Data value) override;
   Result<void> remove(std::string_view key) override;
-  Result<void> commit(const std::vector<StoreChange>& changes) override;
+  Result<void> commit(const std::vector<platform::StoreChange>& changes) override;
   Result<void> synchronize() override;
 
   /// Everything stored now.

@@ -6,6 +6,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 thread_local const ManualExecutor* currentExecutor = nullptr;
 }

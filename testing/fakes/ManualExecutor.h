@@ -13,7 +13,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Keeps jobs until `runAll`. It stands for a thread: while it runs a job, it is the current thread.
-class ManualExecutor : public Executor {
+class ManualExecutor : public platform::Executor {
  public:
   void post(std::function<void()> job) override;
 

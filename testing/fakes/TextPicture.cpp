@@ -11,6 +11,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 namespace {
 
 std::string number(double value) {
@@ -111,16 +114,16 @@ std::string bound(const char* label, std::optional<double> value) {
   return value ? std::string(" ") + label + " " + number(*value) : "";
 }
 
-std::string stackLine(const view::Stack& stack) {
+std::string stackLine(const node::Stack& stack) {
   std::string line;
   switch (stack.axis) {
-    case view::Axis::horizontal:
+    case node::Axis::horizontal:
       line = "horizontal " + name(stack.alignment.vertical);
       break;
-    case view::Axis::vertical:
+    case node::Axis::vertical:
       line = "vertical " + name(stack.alignment.horizontal);
       break;
-    case view::Axis::depth:
+    case node::Axis::depth:
       return "depth " + name(stack.alignment);
   }
   if (stack.spacing != 0) line += " spacing " + number(stack.spacing);
@@ -140,42 +143,42 @@ std::string stackLine(const view::Stack& stack) {
 // The text of a view that gets its own line; nothing for a wrapper, which is appended to the line of the view
 // that it wraps.
 struct OwnLine {
-  std::optional<std::string> operator()(const view::Empty&) const { return "empty"; }
-  std::optional<std::string> operator()(const view::Text& text) const {
+  std::optional<std::string> operator()(const node::Empty&) const { return "empty"; }
+  std::optional<std::string> operator()(const node::Text& text) const {
     std::string line = "text " + quoted(text.text) + " " + name(text.font.style) + " " +
                        name(text.font.weight) + " " + hex(text.color);
     if (text.isUnderlined) line += " underlined";
     if (text.alignment != HorizontalAlignment::leading) line += " " + name(text.alignment);
     return line;
   }
-  std::optional<std::string> operator()(const view::Symbol& symbol) const {
+  std::optional<std::string> operator()(const node::Symbol& symbol) const {
     std::string line = "symbol " + name(symbol.glyph) + " " + number(symbol.size) + " " +
                        name(symbol.weight) + " " + hex(symbol.color);
     return symbol.turns == 0 ? line : line + " turned " + number(symbol.turns);
   }
-  std::optional<std::string> operator()(const view::AsyncImage& image) const {
+  std::optional<std::string> operator()(const node::AsyncImage& image) const {
     return "image " + image.url.text() + " height " + number(image.height);
   }
-  std::optional<std::string> operator()(const view::Shape& shape) const {
+  std::optional<std::string> operator()(const node::Shape& shape) const {
     return "shape " + hex(shape.color);
   }
-  std::optional<std::string> operator()(const view::Button&) const { return "button"; }
-  std::optional<std::string> operator()(const view::Toggle& toggle) const {
+  std::optional<std::string> operator()(const node::Button&) const { return "button"; }
+  std::optional<std::string> operator()(const node::Toggle& toggle) const {
     return std::string("switch ") + (toggle.isOn ? "on" : "off");
   }
-  std::optional<std::string> operator()(const view::Stack& stack) const { return stackLine(stack); }
-  std::optional<std::string> operator()(const view::Spacer&) const { return "spacer"; }
-  std::optional<std::string> operator()(const view::Divider& line) const {
+  std::optional<std::string> operator()(const node::Stack& stack) const { return stackLine(stack); }
+  std::optional<std::string> operator()(const node::Spacer&) const { return "spacer"; }
+  std::optional<std::string> operator()(const node::Divider& line) const {
     return "divider " + hex(line.color);
   }
-  std::optional<std::string> operator()(const view::Scroll&) const { return "scroll"; }
-  std::optional<std::string> operator()(const view::PinnedFooter&) const { return "pinned footer"; }
-  std::optional<std::string> operator()(const view::LazyRows& rows) const {
+  std::optional<std::string> operator()(const node::Scroll&) const { return "scroll"; }
+  std::optional<std::string> operator()(const node::PinnedFooter&) const { return "pinned footer"; }
+  std::optional<std::string> operator()(const node::LazyRows& rows) const {
     return "rows " + std::to_string(rows.count);
   }
-  std::optional<std::string> operator()(const view::Component& component) const { return component.name; }
-  template <view::OneOf<view::Padding, view::Frame, view::Background, view::Overlay, view::Opacity,
-                        view::Disabled, view::IgnoresSafeArea, view::Accessibility>
+  std::optional<std::string> operator()(const node::Component& component) const { return component.name; }
+  template <node::OneOf<node::Padding, node::Frame, node::Background, node::Overlay, node::Opacity,
+                        node::Disabled, node::IgnoresSafeArea, node::Accessibility>
                 Wrapper>
   std::optional<std::string> operator()(const Wrapper&) const {
     return std::nullopt;
@@ -183,13 +186,13 @@ struct OwnLine {
 };
 
 struct WrapperText {
-  std::string operator()(const view::Padding& padding) const {
+  std::string operator()(const node::Padding& padding) const {
     const Insets& i = padding.insets;
     if (i == Insets::all(i.top)) return "padding " + number(i.top);
     return "padding " + number(i.top) + " " + number(i.leading) + " " + number(i.bottom) + " " +
            number(i.trailing);
   }
-  std::string operator()(const view::Frame& frame) const {
+  std::string operator()(const node::Frame& frame) const {
     std::string text = "frame";
     const auto side = [&](const char* fixed, const char* least, const char* most, auto minimum,
                           auto maximum) {
@@ -204,7 +207,7 @@ struct WrapperText {
     if (frame.alignment != Alignment()) text += " " + name(frame.alignment);
     return text;
   }
-  std::string operator()(const view::Background& background) const {
+  std::string operator()(const node::Background& background) const {
     std::string text = "background " + hex(background.color);
     if (background.cornerRadius != 0) text += " radius " + number(background.cornerRadius);
     if (const auto& shadow = background.shadow) {
@@ -214,13 +217,13 @@ struct WrapperText {
     if (background.outline) text += " outline " + hex(*background.outline);
     return text;
   }
-  std::string operator()(const view::Overlay& overlay) const { return "overlay " + name(overlay.alignment); }
-  std::string operator()(const view::Opacity& opacity) const { return "opacity " + number(opacity.opacity); }
-  std::string operator()(const view::Disabled& disabled) const {
+  std::string operator()(const node::Overlay& overlay) const { return "overlay " + name(overlay.alignment); }
+  std::string operator()(const node::Opacity& opacity) const { return "opacity " + number(opacity.opacity); }
+  std::string operator()(const node::Disabled& disabled) const {
     return disabled.isDisabled ? "disabled" : "enabled";
   }
-  std::string operator()(const view::IgnoresSafeArea&) const { return "ignores safe area"; }
-  std::string operator()(const view::Accessibility& own) const {
+  std::string operator()(const node::IgnoresSafeArea&) const { return "ignores safe area"; }
+  std::string operator()(const node::Accessibility& own) const {
     std::string text = "as " + std::string(rawValue(own.role)) + optionally("named", own.label) +
                        optionally("value", own.value) + optionally("description", own.description);
     if (own.isModal) text += " modal";
@@ -260,7 +263,7 @@ class Printer {
 };
 
 void makeRows(ElementTree& tree, Element& element) {
-  if (const auto* rows = std::get_if<view::LazyRows>(&element.view.node().content)) {
+  if (const auto* rows = std::get_if<node::LazyRows>(&element.view.node().content)) {
     for (std::size_t index = 0; index < rows->count; ++index) tree.row(element, index);
   }
   forEachChild(element, [&](Element& child) { makeRows(tree, child); });

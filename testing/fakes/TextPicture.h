@@ -16,6 +16,6 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 ///       text "We value your privacy" headline bold #14181fff | padding 0 0 16 0
 ///
 /// Colours are RRGGBBAA; paddings are in the order top, leading, bottom, trailing.
-TALVO_EXPORT std::string textPicture(const AnyView& view);
+TALVO_EXPORT std::string textPicture(const view::AnyView& view);
 
 }  // namespace TalvoConsentSDK

@@ -18,6 +18,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 using namespace std::chrono_literals;

@@ -13,6 +13,9 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 // A server in a separate process, so that its threads play no part in the exit that is tested.

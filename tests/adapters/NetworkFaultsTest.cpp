@@ -15,6 +15,10 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 using namespace std::chrono_literals;

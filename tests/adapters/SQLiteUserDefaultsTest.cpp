@@ -22,6 +22,9 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 // With a timeout long enough for a busy machine on which many threads and processes take turns.

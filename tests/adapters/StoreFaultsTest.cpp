@@ -12,6 +12,9 @@
 #include "tests/adapters/SQLiteTest.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 const std::string key = "com.talvo.consent.basicConsent.s";

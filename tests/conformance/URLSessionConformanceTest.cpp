@@ -9,6 +9,9 @@
 #include "testing/fakes/FakeURLSession.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 class FakeBackend {

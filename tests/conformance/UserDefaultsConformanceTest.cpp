@@ -4,6 +4,9 @@
 #include "testing/fakes/InMemoryUserDefaults.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 struct InMemory {

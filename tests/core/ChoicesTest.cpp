@@ -16,6 +16,10 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 // The stored values. A consent is written as its vendor, "-" for none and "all" for an implicit one.

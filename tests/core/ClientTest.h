@@ -10,6 +10,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 class ClientTest : public ::testing::Test {
  protected:
   ClientTest() { platform.install(); }

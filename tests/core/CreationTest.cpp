@@ -3,6 +3,9 @@
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 const std::string configurations = "GET cookies/s/configurations";

@@ -10,6 +10,9 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 constexpr auto opening = 400ms;

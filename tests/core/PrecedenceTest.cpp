@@ -7,6 +7,9 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 const std::string document = [] {

@@ -1,6 +1,9 @@
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 class Answering : public URLSession {

@@ -3,6 +3,9 @@
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 // A host's own coroutine type, without an executor.

@@ -3,6 +3,9 @@
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 class TopicsTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {};

@@ -5,6 +5,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 TEST(ConsentValueTest, FollowsItsSelection) {

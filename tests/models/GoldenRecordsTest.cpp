@@ -10,6 +10,9 @@
 
 // Compares the JSON of records, as sent and stored, with the documents in tests/golden.
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 std::string golden(const std::string& record, const std::string& name) {

@@ -13,6 +13,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 static_assert(std::is_convertible_v<std::nullptr_t, JSONValue> && std::is_convertible_v<char*, JSONValue> &&

@@ -4,6 +4,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 const Services catalogue = parsed<Services>(contentOf(TALVO_TEST_DATA "/golden/models/catalogue.json"));

@@ -3,6 +3,10 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 TEST(ColorTest, ReadsHexadecimalText) {

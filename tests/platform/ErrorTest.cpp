@@ -8,6 +8,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 Error caught(const std::function<void()>& work) {

@@ -10,6 +10,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 template <class T>
@@ -165,7 +168,7 @@ TEST(TaskTest, EndsOnceWhateverItsExecutorsThrow) {
   refusing->refuses = true;
   EXPECT_EQ(failure(outcome(value(1), refusing)), "The executor is out of order");
   int runs = 0;
-  detail::postOrRun(refusing, [&] { ++runs; });
+  platform::postOrRun(refusing, [&] { ++runs; });
   EXPECT_EQ(runs, 1);
 }
 

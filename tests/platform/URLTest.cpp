@@ -4,6 +4,10 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 TEST(URLTest, IsWhatRFC3986Has) {

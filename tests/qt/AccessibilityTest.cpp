@@ -12,6 +12,9 @@
 #include "tests/support/Golden.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 Texts events;  // such as "Focus: Title"

@@ -6,6 +6,10 @@
 #include "tests/qt/ShownBanner.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 constexpr QSize imageSize(195, 422);  // half a pixel per point, to keep the files small

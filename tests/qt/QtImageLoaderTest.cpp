@@ -5,6 +5,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 const std::string picture = [] {

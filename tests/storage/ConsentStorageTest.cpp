@@ -3,6 +3,9 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+
 namespace {
 
 std::string textOf(const std::optional<BasicConsent>& consent) {

@@ -26,6 +26,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 using namespace std::string_literals;
 using ::testing::Each;
 using ::testing::ElementsAre;

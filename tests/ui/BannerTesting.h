@@ -12,6 +12,9 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+using namespace view;
+
 using namespace std::chrono_literals;
 using Customization = BannerCustomization::Customization;
 using URLs = decltype(Customization::urls)::value_type;
@@ -88,7 +91,7 @@ inline bool tap(HostingController& controller, const std::string& start) {
   return controller.activate(find(controller, start).id);
 }
 
-inline const view::Frame wholeWindow{
+inline const node::Frame wholeWindow{
     .maxWidth = infinity, .maxHeight = infinity, .alignment = {{}, VerticalAlignment::top}};
 
 /// A view at the top of a window without a toolkit.

@@ -1,6 +1,9 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 class ConsentBannerViewTest : public BannerTest {

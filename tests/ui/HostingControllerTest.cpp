@@ -3,6 +3,10 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 const auto at = [](int time) {

@@ -4,6 +4,10 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace platform;
+using namespace view;
+
 namespace {
 
 const auto body = [](const std::string& content) { return text(content, {}); };

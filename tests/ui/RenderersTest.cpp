@@ -4,6 +4,9 @@
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
+
+using namespace view;
+
 namespace {
 
 class RenderersTest : public BannerTest {

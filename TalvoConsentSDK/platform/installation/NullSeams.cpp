@@ -6,6 +6,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 PlatformError absent(const char* seam) {
