@@ -60,7 +60,7 @@ TEST_F(QmlTest, FailsWhereTheClientIsBeingCreated) {
   const auto client = created();
   item.showBanner();
   ASSERT_EQ(failures.size(), 2);
-  EXPECT_TRUE(client && failures.front().contains("is being created"));
+  EXPECT_TRUE(client && failures.front().contains("still being created"));
 }
 
 }  // namespace
