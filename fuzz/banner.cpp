@@ -71,7 +71,7 @@ class Visit {
   void useAll() {
     for (std::size_t index = 0; index < 40; ++index) {
       const auto& elements =
-          controller_.accessibleElements(index % 8 == 7 ? Layout::Rows::all : Layout::Rows::near);
+          controller_.accessibleElements(index % 8 == 7 ? Layout::Rows::all : Layout::Rows::nearby);
       if (index >= elements.size()) return;
       const AccessibleElement element = elements[index];
       controller_.reveal(element);

@@ -59,7 +59,7 @@ bool HostingController::covers(Point point) {
 
 const std::vector<AccessibleElement>& HostingController::accessibleElements(Layout::Rows rows) {
   update();
-  if (rows == Layout::Rows::near || isUpdating_) return accessible_;
+  if (rows == Layout::Rows::nearby || isUpdating_) return accessible_;
   if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
     allAccessible_ = collectAccessibleElements(tree_);
@@ -135,7 +135,7 @@ void HostingController::requestFrame() {
 }
 
 const AccessibleElement* HostingController::findElement(ElementId id) {
-  for (const Layout::Rows rows : {Layout::Rows::near, Layout::Rows::all}) {
+  for (const Layout::Rows rows : {Layout::Rows::nearby, Layout::Rows::all}) {
     const auto& elements = accessibleElements(rows);
     const auto found = std::ranges::find(elements, id, &AccessibleElement::id);
     if (found != elements.end()) return &*found;

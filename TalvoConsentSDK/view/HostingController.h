@@ -76,7 +76,7 @@ class HostingController : public RootViewController {
   /// Returns everything that the user can read or operate. `Rows::all` includes rows that are far out of
   /// sight; the first such call after a change takes time in proportion to their number. Valid until the next
   /// change.
-  const std::vector<AccessibleElement>& accessibleElements(Layout::Rows rows = Layout::Rows::near);
+  const std::vector<AccessibleElement>& accessibleElements(Layout::Rows rows = Layout::Rows::nearby);
 
   /// Returns the revision of the elements. While it stays the same, so do the elements. It only grows.
   std::uint64_t accessibleRevision();

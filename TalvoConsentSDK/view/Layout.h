@@ -45,11 +45,11 @@ class Layout {
   Layout(ElementTree& tree, const ViewEnvironment& environment);
 
   /// Which lazy rows to create: those near the visible part, or all.
-  enum class Rows { near, all };
+  enum class Rows { nearby, all };
 
   /// Lays out the tree in the window, with the root inside the safe area. Creates the lazy rows that `rows`
   /// asks for and removes the others, except those that contain one of the `kept` elements.
-  void run(std::vector<ElementId> kept, Rows rows = Rows::near);
+  void run(std::vector<ElementId> kept, Rows rows = Rows::nearby);
 
   /// The regions that scroll, outermost first.
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
@@ -118,7 +118,7 @@ class Layout {
   std::vector<ScrollRegion> scrollRegions_;
   Viewport viewport_;
   std::vector<ElementId> kept_;
-  Rows rows_ = Rows::near;
+  Rows rows_ = Rows::nearby;
   bool rowsChanged_ = false;
 };
 
