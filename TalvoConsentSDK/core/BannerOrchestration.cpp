@@ -35,8 +35,8 @@ struct HostClosures {
   }
 };
 
-/// The data of one showBanner call: copies from the instance, the host's closures, the documents that the
-/// banner is made from, which are fetched unless they were cached, and the stored consent.
+/// The data of one showBanner call. The document, the services and the configuration are copied from the
+/// instance's caches, and fetched if they were not cached.
 struct BannerRequest {
   SitePointer site;
   std::optional<BannerCustomization> document;

@@ -7,9 +7,9 @@
 
 namespace TalvoConsentSDK {
 
-/// The slot for one client class. The first `create` fills it, and nothing empties it. Creation calls the
-/// host's store, printer and executors: when these call `get` on the creating thread, it returns null, while
-/// other threads wait until creation ends.
+/// The slot for one client class. The first `create` fills it, and nothing empties it. Creation runs host
+/// code: the store, the printer and the executors. If that code calls `get` on the creating thread, it gets
+/// null. Other threads wait until creation ends.
 template <class Client>
 class ClientSlot {
  public:
@@ -19,7 +19,7 @@ class ClientSlot {
     return slot;
   }
 
-  /// Returns the client, calling `make` if there is none yet. Returns null if `make` calls this function.
+  /// Returns the client, calling `make` if there is none yet. A call from inside `make` returns null.
   template <class Make>
   std::shared_ptr<Client> create(Make make) {
     const std::scoped_lock guard(lock_);

@@ -23,7 +23,6 @@ class ConsentEventManager {
   /// Removes a listener from one event, however often it was added.
   void removeListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback);
 
-  /// Removes all listeners of one event.
   void removeListeners(ConsentEvent event);
 
   void removeAllListeners();

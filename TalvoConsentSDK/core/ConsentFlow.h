@@ -30,9 +30,9 @@ Task<ConsentResponse> sendAndFile(SitePointer site, FullConsent payload, Consent
 /// What an implicit submission does when a consent is stored already.
 enum class IfConsentStored { keep, replace };
 
-/// Sends an implicit consent and stores it, unless the user has decided or the stored consent has changed by
-/// the time the service answers. With `keep`, does nothing if a consent is stored already. A failure is
-/// printed.
+/// Sends an implicit consent. Once the service has accepted it, stores it, unless the user has decided or the
+/// stored consent has changed in the meantime. With `keep`, sends nothing if a consent is stored already. A
+/// failure is printed.
 Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId,
                                  IfConsentStored ifStored);
 

@@ -18,9 +18,9 @@ constexpr std::chrono::hours noLimit(1);  // for work in the background, which w
 
 }  // namespace
 
-// The calling thread's turn at the store. Converts to false if the thread did not get one: because another
-// thread uses the store for longer than the deadline allows, or because this thread is using it already, and
-// the store or the printer has called the ledger.
+// The calling thread's turn at the store. Converts to false if the thread did not get one. Either another
+// thread used the store until the deadline, or this thread is using it already and the store or the printer
+// called back into the ledger.
 class ConsentLedger::Turn {
  public:
   explicit Turn(ConsentLedger& ledger)
@@ -188,7 +188,7 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
 ConsentLedger::Login ConsentLedger::changeIdentity(const IdentityChange& change) {
   const std::scoped_lock guard(lock_);
   pending_.add(change);
-  // A user who logs in over another one takes over that user's consent, and with it these two.
+  // A login that replaces another user takes over that user's consent, so these two members stay valid.
   if (change.logOut || (!user_.value && !user_.isUnknown)) {
     hasUserDecided_ = false;
     implicit_.reset();
@@ -213,7 +213,9 @@ bool ConsentLedger::applyDecision(KeptValues& kept, const Decision& decision, co
   const std::scoped_lock guard(lock_);
   const KeptUser& identified = kept.user.isUnknown ? user_ : kept.user;
   const Person& person = decision.person;
-  const bool isByIdentified = person.user.isUnknown && person.identity == identity_;  // whoever that is
+  // If the user was unknown at the decision, and the identity has not changed since, the user identified now
+  // made it.
+  const bool isByIdentified = person.user.isUnknown && person.identity == identity_;
   const std::optional<std::string> userId = isByIdentified ? identified.value : person.user.value;
   const bool isIdentified = userId == identified.value;
   if (userId && !isIdentified && userId != user_.value) return false;  // no longer identified

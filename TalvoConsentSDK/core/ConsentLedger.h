@@ -16,15 +16,16 @@
 
 namespace TalvoConsentSDK {
 
-/// One site's consents and its identified user, kept in the device's store. Safe from any thread. If the
-/// store refuses a login, a logout or the restoring of an original consent, every later operation first tries
-/// again; until then this process behaves as if the login or logout had been written. Nothing throws; each
-/// failure of the store prints a line.
+/// One site's consents and its identified user, kept in the device's store. Safe from any thread. The consent
+/// that is set aside at a login is called the original; a logout restores it. If the store fails to write a
+/// login, a logout or a restored original, every later operation first tries again; until the write succeeds,
+/// this process behaves as if the login or logout had been written. Nothing throws; each failure of the store
+/// prints a line.
 ///
 /// An operation waits at most 250 ms for other threads or processes that use the store. Only `fileDecision`,
-/// which is for the background, waits as long as the store itself does. The store or the printer may call an
-/// operation from inside another one: it then answers with what is already known, and writes a login or
-/// logout later.
+/// which is for background threads, waits longer: up to the store's own limit. The store and the printer may
+/// call the ledger while it is using them. Such a nested call returns what is already known, and its login or
+/// logout is written later.
 class ConsentLedger {
  public:
   /// Reads nothing yet: everything is unknown until the first operation has read the store.
@@ -33,18 +34,18 @@ class ConsentLedger {
   /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
 
-  /// The person who uses the app, identified or not. While the store cannot be read, the user is unknown, and
-  /// stands for whichever user is found in the store later, unless a login or logout comes first.
+  /// The person who uses the app, identified or not. If the store could not be read, the user is unknown.
+  /// Once the store can be read, this is the user that it holds, unless a login or logout comes first.
   struct Person {
     KeptUser user;
-    std::uint64_t identity = 0;  // how often the identity had changed before
+    std::uint64_t identity = 0;  // how many times the identity had changed
   };
 
   /// A decision on its way to the service.
   struct Decision {
     Person person;             // who decided
     bool isUpdate = false;     // a consent was stored at creation, or when the identity last changed
-    std::uint64_t number = 0;  // of a person's decisions, the one with the highest number wins
+    std::uint64_t number = 0;  // a person's decision with the highest number wins
   };
   Decision beginDecision();
 
@@ -60,7 +61,7 @@ class ConsentLedger {
   struct Login {
     std::string userId;
     std::optional<std::string> consentId;  // the identifier of the consent that the user has on this device
-    std::uint64_t identity = 0;            // how often the identity had changed
+    std::uint64_t identity = 0;            // how many times the identity had changed
     std::uint64_t decisions = 0;           // how many decisions had been stored
   };
   Login logIn(const std::string& userId);
@@ -69,9 +70,9 @@ class ConsentLedger {
   /// Takes over what the store holds, and returns the stored user, if any.
   std::optional<Login> storedLogin();
 
-  /// Stores the consent that the service holds for the user. Does nothing if the identity has changed or a
-  /// decision was stored since the login, or if the store now holds neither the consent it held at the login
-  /// nor an implicit consent given since.
+  /// Stores the consent that the service holds for the user. It replaces the consent that was stored at the
+  /// login, or an implicit consent stored since. Does nothing if the store holds anything else, if the
+  /// identity has changed since the login, or if a decision was stored since.
   void fileIdentified(const Login& login, const BasicConsent& consent);
 
   /// An implicit consent on its way to the service.
@@ -103,7 +104,7 @@ class ConsentLedger {
 
   struct Applied {
     KeptValues values;       // what the store should now hold
-    bool isWritten = false;  // whether it does
+    bool isWritten = false;  // whether the store holds them
   };
 
   using Step = std::function<void(KeptValues&)>;
@@ -126,7 +127,7 @@ class ConsentLedger {
   bool mayNeedRestoring_ = true;  // an original may still have to be restored
   KeptUser user_;
   KeptConsent initialConsent_;              // the consent as it was when the identity last changed
-  std::optional<platform::Data> implicit_;  // the data of an implicit consent stored since
+  std::optional<platform::Data> implicit_;  // the data of the latest implicit consent
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
   std::uint64_t identity_ = 0;    // how often the identity has changed
   std::uint64_t decisions_ = 0;   // how many decisions have been stored

@@ -147,8 +147,7 @@ void CookiesSDK::submitConsent(const BasicConsent& consent, Completion completio
   announceEnd(state_->site, submission(consent), consent, std::move(completion));
 }
 
-// The payload is built here, before the task starts. The task is the same submission with the awaiter as its
-// completion.
+// The payload is built here, before the task starts.
 Task<ConsentResponse> CookiesSDK::submitConsent(const BasicConsent& consent) {
   return announcedEnd(state_->site, submission(consent), consent).on(state_->site->background);
 }

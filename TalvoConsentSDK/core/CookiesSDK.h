@@ -24,10 +24,10 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// nothing is read, stored or sent. The instance keeps the first platform that is installed.
 ///
 /// Operations are safe from any thread; concurrent calls take effect in an unspecified order. Background work
-/// that fails prints one line to standard output and changes nothing. So does a failing store, and no
-/// callback reports it. If a callback throws, the exception is caught and printed. No operation makes its
-/// caller wait more than 250 ms for other threads or processes that use the store: a login or logout that has
-/// not been written by then takes effect in this process, and is written before the next operation.
+/// that fails prints one line to standard output and changes nothing. A failing store prints one line too,
+/// and no callback reports it. If a callback throws, the exception is caught and printed. No operation makes
+/// its caller wait more than 250 ms for other threads or processes that use the store: a login or logout that
+/// has not been written by then takes effect in this process, and is written before the next operation.
 ///
 /// A decision belongs to whoever was identified when it was submitted. Of the decisions that the service
 /// accepts, the one submitted last wins. A user without a decision inherits the consent that is stored when
@@ -43,11 +43,11 @@ class CookiesSDK {
   /// device's store; then, on the main actor, it fetches the site's configuration, submits an implicit
   /// consent if the site asks for one and no consent is stored, and fetches the user's consent if a user is
   /// still identified. If no platform is installed, all of this happens once one is. Safe from any thread.
-  /// Returns null to host code that creation itself calls.
+  /// Returns null when called by host code that creation is running.
   static std::shared_ptr<CookiesSDK> createInstance(const std::string& apiUrl, const std::string& siteId);
 
   /// Returns the process's instance, or null before the first `createInstance`. Waits while another thread is
-  /// creating the instance. Host code that creation itself calls gets null, and must not wait for other
+  /// creating the instance. Host code that creation is running gets null, and must not wait for other
   /// threads.
   static std::shared_ptr<CookiesSDK> getInstance();
 
@@ -55,8 +55,8 @@ class CookiesSDK {
   CookiesSDK(const CookiesSDK&) = delete;
   CookiesSDK& operator=(const CookiesSDK&) = delete;
 
-  /// Sets the language of the banner and the services from now on, in the form that the service uses;
-  /// initially "en".
+  /// Sets the language in which banners and services are fetched from now on. `language` is written as the
+  /// service writes it; the initial language is "en".
   void setLanguage(const std::string& language);
 
   /// Returns the consent stored on the device now, including changes made by background work; nothing if
@@ -93,14 +93,13 @@ class CookiesSDK {
   /// event.
   void removeIdentity();
 
-  /// Fetches what the banner needs and shows it above the host's windows; returns at once. If the host has no
-  /// window in the foreground, nothing is shown and no closure is called. Each closure is called on the main
-  /// actor:
-  /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision, and the device has stored it. The
-  ///   device does not store it if its store fails, which prints a line, or if the user it belongs to is no
-  ///   longer identified;
-  /// - `onManagePreferences`: the same for preferences chosen on the banner; or the user asked for
-  ///   preferences that the host is to show;
+  /// Fetches the banner's data and shows the banner above the host's windows. Returns at once. If the host
+  /// has no window in the foreground, nothing is shown and no closure is called. Each closure is called on
+  /// the main actor:
+  /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision. The device has stored it too,
+  ///   unless its store failed, which prints a line, or the decision's user is no longer identified;
+  /// - `onManagePreferences`: the same for preferences saved on the banner; or the user asked for
+  ///   preferences, and the host is to show them;
   /// - `onError`: the banner could not be shown, or a decision could not be submitted. Nothing was stored.
   /// Closing the banner stores nothing and calls no closure. A decision raises no event. It belongs to
   /// whoever was identified when the host asked for the banner, under the rules of `submitConsent`.

@@ -1,7 +1,7 @@
 #pragma once
 
-// How a login and a logout change the stored values. These are pure rules, which do not use the store.
-// Unknown values stay unknown, and a rule that needs an unknown value changes nothing that depends on it.
+// How a login and a logout change the stored values. These functions do not use the store. A login or a
+// restore changes nothing while a value that it needs is unknown; a logout always forgets the user.
 
 #include <string>
 

@@ -12,8 +12,7 @@
 
 namespace TalvoConsentSDK {
 
-/// One site: its identifier, its service, its consents on the device, its listeners, and the executors to
-/// use. Safe from any thread.
+/// Safe from any thread.
 struct Site {
   const std::string id;
   const std::shared_ptr<APIClient> apiClient;

@@ -71,7 +71,7 @@ class Collector {
   }
 
   // A dialog comes before its content. In all other cases the role, label and value apply to the first
-  // element inside; if there is none, a labelled view becomes one element itself.
+  // element inside; if there is none, a labelled view becomes an element itself.
   void collect(const Element& element, const node::Accessibility& own, bool isEnabled) {
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;

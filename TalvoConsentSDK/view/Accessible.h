@@ -44,8 +44,8 @@ struct AccessibleElement {
 TALVO_EXPORT std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree);
 
 /// Returns the control that a touch at `point` is meant for: the topmost one drawn there, or else the nearest
-/// one whose hit area contains the point. This may be a disabled control, so that touching one does not
-/// trigger a neighbour.
+/// one whose hit area contains the point. Disabled controls count too, so that touching a disabled control
+/// does not trigger its neighbour.
 TALVO_EXPORT const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point);
 
 /// Whether a filled area at `point` keeps touches from reaching the host.

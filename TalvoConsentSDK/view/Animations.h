@@ -11,7 +11,7 @@
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
 
-/// Animated numbers, each found by the identity of the element that it moves. The owner provides the time.
+/// Animated numbers, at most one per element identity. The caller provides the time.
 class Animations {
  public:
   using Clock = std::chrono::steady_clock;
@@ -19,7 +19,7 @@ class Animations {
   /// Sets the current time for the calls that follow. Without motion, every number jumps to its target.
   void begin(Clock::time_point now, bool hasMotion);
 
-  /// Returns the current value of the number on its way to `target`. The first call for an identity returns
+  /// Returns the number's current value while it moves to `target`. The first call for an identity returns
   /// `target`.
   double value(std::uint64_t identity, double target);
 

@@ -32,7 +32,7 @@ class AnyView {
 
   const ViewNode& node() const noexcept { return *node_; }
 
-  /// Whether this is the empty view. A view that wraps the empty view is not.
+  /// Whether this is the empty view. Returns false for a view that wraps the empty view.
   bool isEmpty() const noexcept;
 
   AnyView padding(const Insets& insets) const;
@@ -44,7 +44,6 @@ class AnyView {
 
   AnyView opacity(double opacity) const;
 
-  /// Disables the controls in this view.
   AnyView disabled(bool isDisabled = true) const;
 
   AnyView ignoresSafeArea() const;
@@ -54,7 +53,7 @@ class AnyView {
   /// its position changes.
   AnyView key(std::string identity) const;
 
-  /// Whether both views show the same. Does not compare handlers.
+  /// Whether both views are equal apart from their handlers.
   friend bool operator==(const AnyView& a, const AnyView& b);
 
  private:

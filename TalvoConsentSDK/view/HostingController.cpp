@@ -10,7 +10,7 @@ namespace view {
 
 namespace {
 
-// Sets a flag as long as it exists.
+// Keeps a flag set during the lifetime of this object.
 class ScopedFlag {
  public:
   explicit ScopedFlag(bool& flag) : flag_(flag) { flag_ = true; }

@@ -36,7 +36,7 @@ class HostingController : public RootViewController {
 
   explicit HostingController(AnyView rootView, LayoutDirection direction = LayoutDirection::leftToRight);
 
-  /// The controller that a window was given. Null stays null.
+  /// Casts the root controller that a window was given, which must be a HostingController. Null stays null.
   static std::shared_ptr<HostingController> of(const std::shared_ptr<RootViewController>& controller) {
     return std::static_pointer_cast<HostingController>(controller);
   }
@@ -78,7 +78,7 @@ class HostingController : public RootViewController {
   /// change.
   const std::vector<AccessibleElement>& accessibleElements(Layout::Rows rows = Layout::Rows::nearby);
 
-  /// Returns the revision of the elements. While it stays the same, so do the elements. It only grows.
+  /// Returns a number that grows whenever the accessible elements may have changed.
   std::uint64_t accessibleRevision();
 
   /// Activates a control as a tap does, even if it is out of sight. Returns false if there is no such control

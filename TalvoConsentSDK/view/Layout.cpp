@@ -93,7 +93,8 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
 }
 
 Size Layout::size(Element& element, Proposal proposal) {
-  if (std::holds_alternative<node::Text>(element.view.node().content)) proposal.height.reset();  // ignored
+  // The proposed height does not affect a text's size.
+  if (std::holds_alternative<node::Text>(element.view.node().content)) proposal.height.reset();
   for (const auto& [asked, answer] : element.sizes) {
     if (asked == proposal) return answer;
   }

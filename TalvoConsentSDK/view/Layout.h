@@ -59,7 +59,7 @@ class Layout {
   Size measure(Element& element, const Proposal& proposal);
   void place(Element& element, const Rect& frame, const Proposal& proposal);
 
-  /// Places an element in its own size, aligned within a frame.
+  /// Places an element at its own size, aligned within a frame.
   void placeAligned(Element& element, const Rect& frame, Alignment alignment, const Proposal& proposal);
 
   /// The minimum width at which no word in the element is split.

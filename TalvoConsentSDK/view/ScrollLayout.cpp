@@ -73,10 +73,10 @@ Size Layout::measureRows(Element& element, const Proposal& proposal) {
   return {width, height};
 }
 
-// Keeps the rows within one visible height above and below, so that they exist before they scroll into view,
-// and the first and the last row, so that the focus can enter the list by a key. If a row above the visible
-// part turns out taller or shorter than expected, the scroll offset changes by the difference, so that the
-// visible rows stay in place.
+// Keeps the rows within one visible height above and below the visible part, so that they exist before they
+// scroll into view. Also keeps the first and the last row, so that a key can move the focus into the list. If
+// a row above the visible part turns out taller or shorter than expected, the scroll offset changes by the
+// difference, so that the visible rows stay in place.
 void Layout::placeRows(Element& element, const Rect& frame) {
   LazyRowsState& state = *element.lazyRows;
   const Rect visible = viewport_.visible;

@@ -27,7 +27,7 @@ class ScrollMotion {
   /// Ends the drag at the position last passed to `drag`. If the finger was fast enough, a fling starts.
   void release(Clock::time_point now);
 
-  /// Returns how far a fling scrolls since its last step.
+  /// Returns how far the fling has moved since the last step.
   double step(Clock::time_point now);
 
   void stop();

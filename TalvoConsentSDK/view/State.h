@@ -55,7 +55,7 @@ class Binding {
   void (*update_)(void* place, const Change& change);
 };
 
-/// Called after a value that a view shows has changed.
+/// Called after each change of a value that a view shows.
 using ChangeListener = std::function<void()>;
 
 /// A value that outlives the views made from it. Copies share the value. A change notifies the listener that

@@ -16,12 +16,12 @@ namespace view TALVO_EXPORT {
 struct ViewEnvironment {
   std::shared_ptr<TextMeasurer> textMeasurer;
   std::shared_ptr<ImageLoader> imageLoader;
-  double textScale = 1;  // the one that the measurer uses
+  double textScale = 1;  // the scale that the measurer applies
   Size size;             // of the window, in points
   Insets safeArea;       // the parts of the window that the system's own bars and notches cover
   LayoutDirection layoutDirection = LayoutDirection::leftToRight;  // set by the controller
   bool reducesMotion = false;
-  bool highContrast = false;  // draws translucent texts and lines solid, and controls with an outline
+  bool highContrast = false;  // makes translucent texts and lines solid, and outlines controls
 };
 
 }  // namespace view

@@ -77,7 +77,6 @@ struct Button {
   friend bool operator==(const Button&, const Button&) = default;
 };
 
-/// A switch.
 struct Toggle {
   bool isOn = false;
   Handler<void(bool)> set = {};
@@ -113,10 +112,10 @@ struct Scroll {
   friend bool operator==(const Scroll&, const Scroll&) = default;
 };
 
-/// Two children, the second below the first. If they do not fit, the first one scrolls and the second one
-/// stays. If that would leave the first one less than `minMiddle` points, both scroll together; `minMiddle`
-/// grows with text scales above 1. When scrolling, `gap` separates the first child from the second, and
-/// `inset` separates it from what is drawn over its top.
+/// Two children: the content, and a footer below it. If they do not fit, the content scrolls and the footer
+/// stays. If that would leave less than `minMiddle` points for the content, both scroll together; `minMiddle`
+/// grows with text scales above 1. While anything scrolls, the top `inset` points stay free for a view drawn
+/// over them. `gap` separates scrolling content from a footer that stays.
 struct PinnedFooter {
   double inset = 0;
   double minMiddle = 120;
@@ -136,9 +135,9 @@ struct Padding {
   friend bool operator==(const Padding&, const Padding&) = default;
 };
 
-/// Gives a view a size of its own: a fixed one if minimum and maximum are equal, otherwise what is offered,
-/// clamped to the two. An absent bound is the child's own size. The child keeps its size and is aligned
-/// within.
+/// A frame around a child, which keeps its own size and is aligned within the frame. In each dimension, the
+/// frame has a fixed length if minimum and maximum are equal; otherwise it takes the offered length, clamped
+/// to the two. The child's own length replaces an absent bound.
 struct Frame {
   std::optional<double> minWidth = {};
   std::optional<double> maxWidth = {};
@@ -202,13 +201,13 @@ using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Tog
                              Scroll, PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Opacity,
                              Disabled, IgnoresSafeArea, Accessibility, Component>;
 
-/// For a visitor's case that handles several kinds. Listing them by name keeps the visitor exhaustive.
+/// Restricts a visitor's case to the listed kinds. A visitor that lacks a case for some kind does not
+/// compile.
 template <class T, class... Kinds>
 concept OneOf = (std::same_as<T, Kinds> || ...);
 
 }  // namespace node
 
-/// One node of a view's tree.
 struct ViewNode {
   node::Content content;
   std::vector<AnyView> children;

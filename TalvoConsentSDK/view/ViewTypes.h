@@ -12,7 +12,7 @@
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
 
-using namespace platform;  // what views are made of
+using namespace platform;  // for colours, fonts, rectangles and pictures
 
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 

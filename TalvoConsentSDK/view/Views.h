@@ -30,7 +30,7 @@ struct ToggleColors {
   Color knob = {};
 };
 
-/// For children from leading to trailing.
+/// Options of `horizontalStack`, whose children run from leading to trailing.
 struct HorizontalOptions {
   VerticalAlignment alignment = VerticalAlignment::center;
   double spacing = 0;
@@ -38,7 +38,6 @@ struct HorizontalOptions {
   HorizontalAlignment stacked = HorizontalAlignment::center;  // used when overflow stacks the children
 };
 
-/// For children from top to bottom.
 struct VerticalOptions {
   HorizontalAlignment alignment = HorizontalAlignment::center;
   double spacing = 0;

@@ -22,7 +22,7 @@ class CurlBody {
       if (pieces_.empty() || pieces_.back().size() == pieceSize) {
         const bool isFirst = pieces_.empty();
         pieces_.emplace_back();
-        if (!isFirst) pieces_.back().reserve(pieceSize);  // most bodies are small: one small piece
+        if (!isFirst) pieces_.back().reserve(pieceSize);  // the first piece is often the only one, and small
       }
       std::string& last = pieces_.back();
       const std::string_view taken = bytes.substr(0, pieceSize - last.size());

@@ -52,7 +52,6 @@ class CurlHeader {
 /// An error of the domain "CURL"; `code` is a `CURLcode`.
 PlatformError curlError(int code, std::string text);
 
-/// The errors for a reply whose body or header is too large.
 PlatformError tooLargeError(std::size_t maxBody);
 PlatformError tooLargeHeaderError();
 PlatformError tooWellCompressedError(std::size_t maxDecompression);

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a session uses directly of the OpenSSL beneath libcurl.
+// The calls that a session makes to OpenSSL itself, without going through libcurl.
 
 #include <cstddef>
 #include <string_view>
@@ -12,8 +12,8 @@ namespace TalvoConsentSDK {
 /// Watches the TLS connections of a session. Used on the session's thread; must outlive the connections.
 class CurlTLS {
  public:
-  /// Configures the context from which libcurl makes its connections. It never writes TLS secrets to a log
-  /// file, even if the environment asks for that.
+  /// Configures the context from which libcurl makes its connections. The connections then never write TLS
+  /// secrets to a log file, even if the environment asks for that.
   void configure(SSL_CTX* context) {
     SSL_CTX_set_keylog_callback(context, nullptr);
     SSL_CTX_set_msg_callback(context, &CurlTLS::noteRecord);

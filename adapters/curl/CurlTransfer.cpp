@@ -18,8 +18,8 @@ namespace {
 
 constexpr int maxRedirects = 20;
 
-// How large a body may become by decompression: this many bytes in any case, and this many times the bytes
-// received.
+// The limit of a decompressed body: `alwaysDecompressed` bytes, or `maxDecompression` times the bytes
+// received if that is more.
 constexpr std::size_t alwaysDecompressed = 1'000'000;
 constexpr std::size_t maxDecompression = 50;
 
@@ -137,11 +137,11 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
     if (auto refused = configure()) return *refused;
     return std::nullopt;
   }
-  // libcurl reports a single line of more than 100 KB this way. Before the first byte, the code really means
-  // memory.
+  // libcurl also uses this code for a single line of more than 100 KB. Before the first byte, the code really
+  // means a lack of memory.
   if (code == CURLE_OUT_OF_MEMORY && !header_.isWhole() && timeOf(CURLINFO_STARTTRANSFER_TIME_T) > 0)
     return tooLargeHeaderError();
-  // libcurl reports a line that is not a header, and a folded first line, this way.
+  // libcurl uses this code for a line that is not a header, and for a folded first line.
   if (code == CURLE_BAD_FUNCTION_ARGUMENT)
     return curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read");
   if (code != CURLE_OK) {

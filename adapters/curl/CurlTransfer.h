@@ -62,8 +62,9 @@ class CurlTransfer {
   /// Prepares the handle for its run. Returns an error if the request is refused.
   std::optional<PlatformError> prepare();
 
-  /// Evaluates the handle's run, which ended with the `CURLcode` `code`. Returns nothing after a redirect, or
-  /// if the connection must not be reused: the handle is then ready for its next run.
+  /// Evaluates the handle's run, which ended with the `CURLcode` `code`. Returns nothing if the handle must
+  /// run again, because of a redirect or a connection that must not be reused. The handle is then ready for
+  /// its next run.
   std::optional<Outcome> finish(int code);
 
   /// Before 8.0, libcurl may read part of a reply over HTTP/2 and not process it until something else
@@ -136,7 +137,7 @@ class CurlTransfer {
   int redirects_ = 0;
   bool leftOrigin_ = false;
   bool avoidsPool_ = false;
-  bool wasRepeated_ = false;  // by libcurl; its handle keeps the count of repeats, so it is not reused
+  bool wasRepeated_ = false;  // libcurl repeated the request; the handle counts repeats, so do not reuse it
 
   // The state of the current run.
   std::unique_ptr<curl_slist, ListDeleter> headers_;

@@ -69,14 +69,14 @@ CurlRules rulesFor(const CurlOptions& options) {
 ///
 /// When the process exits, the TLS library is shut down while the thread may still be running. So the thread
 /// holds `inCurl_` whenever it is inside libcurl, and checks `stop` before it enters. Once `wake` has held
-/// the lock with `stop` set, the thread does not enter libcurl again. Completions run without the lock, so
-/// one that never returns does not delay the exit.
+/// `inCurl_` with `stop` set, the thread does not enter libcurl again. Completions run without `inCurl_`, so
+/// a completion that never returns does not delay the exit.
 class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
-    // If there were no file descriptors left for waking, nothing could ever wake the thread. This only makes
-    // the first wait short.
+    // Checks that file descriptors were left for waking: without them, nothing could ever wake the thread. If
+    // all is well, the call only shortens the first wait.
     if (const CURLMcode code = curl_multi_wakeup(multi_); code != CURLM_OK) {
       curl_multi_cleanup(multi_);
       throw curlError(CURLE_FAILED_INIT,
@@ -93,9 +93,9 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
-  /// Call this with `stop` set: when it returns, the thread has left libcurl. That can take as long as
-  /// reading certificates or a TLS handshake, which is seconds on a busy device, and the process would crash
-  /// if it ended during these. The limit of a minute is only for a libcurl that never returns.
+  /// Call this with `stop` set: when it returns, the thread has left libcurl. That can take seconds on a busy
+  /// device, because the thread may be reading certificates or making a TLS handshake. If the process ended
+  /// meanwhile, it would crash. The limit of a minute is only for a libcurl that never returns.
   void wake() {
     {
       const std::scoped_lock guard(lock_);
@@ -104,7 +104,8 @@ class CurlURLSession::Worker {
     if (inCurl_.try_lock_for(std::chrono::minutes(1))) inCurl_.unlock();
   }
 
-  /// From now on, the end of the loop also ends all requests.
+  /// Makes `run` end all requests when `stop` is set. Without this call, `run` leaves them unanswered, as
+  /// when the process exits.
   void close() { closed_ = true; }
 
   void run(const std::atomic<bool>& stop) {
@@ -149,7 +150,7 @@ class CurlURLSession::Worker {
     CurlTransfer::Outcome outcome;
   };
 
-  // Sets and returns whether the thread waits; it does not wait if requests have arrived.
+  // Sets and returns whether the thread waits: only if `waits` is true and no request has arrived.
   bool setWaits(bool waits) {
     const std::scoped_lock guard(lock_);
     waits_ = waits && arrivals_.empty();
@@ -234,7 +235,8 @@ class CurlURLSession::Worker {
     return std::max(0, static_cast<int>(wait.count()));
   }
 
-  // Frees or keeps for reuse a handle that has been removed from `multi_`, and queues its outcome.
+  // Queues the outcome of a handle that has been removed from `multi_`, and frees the handle or keeps it for
+  // reuse.
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});

@@ -14,7 +14,6 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Options of a `CurlURLSession`.
 struct CurlOptions {
   CurlOptions() {}
 
@@ -47,8 +46,8 @@ class CurlURLSession : public platform::URLSession {
   explicit CurlURLSession(const CurlOptions& options = {});
 
   /// Ends all requests in flight: their completions receive the error of a closed session before the
-  /// destructor returns. Waits for a completion that is running. If a completion calls the destructor, it
-  /// does not wait, and the remaining completions are called later.
+  /// destructor returns. Waits for a completion that is running. When a completion calls the destructor, the
+  /// destructor does not wait, and the remaining completions are called later.
   ~CurlURLSession() override;
 
   void run(platform::URLRequest request, Completion completion) override;
