@@ -41,9 +41,9 @@ struct Platform {
 
   /// Fills `platform` in and makes it the process's platform. A client keeps the session, the store and the
   /// executors that were installed when it was created. A client created before the first `install` gets
-  /// those of the first platform, and starts to use the store and the network during that `install`. The
-  /// application, the localization and the printer in use are always the latest installed. Safe from any
-  /// thread.
+  /// those of the first platform; its work with the store and the network, which usually starts at its
+  /// creation, starts at that `install`. The application, the localization and the printer in use are always
+  /// the latest installed. Safe from any thread.
   static void install(Platform platform);
 
   static bool isInstalled();
