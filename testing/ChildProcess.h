@@ -86,7 +86,6 @@ class ChildProcess {
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
   }
 
-  /// The connection to the child.
   std::optional<ProcessChannel> channel;
 
  private:

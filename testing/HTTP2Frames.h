@@ -25,12 +25,12 @@ struct HTTP2Frame {
   static constexpr std::uint8_t isPadded = 8, hasPriority = 32;
   static constexpr std::size_t headSize = 9;
 
-  /// The type with a name such as "RST_STREAM". Throws if there is none.
+  /// Returns the number of the type with this name, such as "RST_STREAM". Throws if no type has it.
   static std::uint8_t typeNamed(std::string_view name);
 
   /// The payload size that the first nine bytes of a frame declare.
   static std::size_t payloadSize(std::string_view head);
-  /// Reads a whole frame.
+  /// Reads `bytes` as exactly one frame.
   static HTTP2Frame read(std::string_view bytes);
   std::string bytes() const;
 };

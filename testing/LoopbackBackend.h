@@ -19,8 +19,9 @@ inline const TestCertificate* noIdentity() {
   return nullptr;
 }
 
-/// A backend for `URLSessionConformance` whose session connects to real servers, over https if they have an
-/// identity. The session is default-constructed and must trust that identity.
+/// A backend for `URLSessionConformance` whose session connects to real servers. If `identity` returns a
+/// certificate, the servers use https with it. The session is default-constructed and must trust that
+/// certificate.
 template <class Session, auto identity = &noIdentity>
 class LoopbackBackend {
  public:

@@ -58,9 +58,9 @@ class LoopbackServer {
     /// Runs a script of words separated by spaces. `"text"` sends the text, `"text"*9` sends it nine times,
     /// and `"text"*` repeats it until the peer has gone. `pause` waits for 50 ms. `close` and `reset` call
     /// the functions below, and `stall` calls `waitForPeer`. In a text, `\n` is an HTTP line end (CR LF) and
-    /// `\x0A` is the byte 0x0A; `"text"^9` is one text that repeats it nine times. After a word such as
-    /// `HEADERS:5`, the next text is sent as the payload of an HTTP/2 frame of that type with these flags, on
-    /// the request's stream or, as in `PING:0:3`, on the given stream. Throws on anything else.
+    /// `\x0A` is the byte 0x0A; `"text"^9` is a single text of nine copies. `HEADERS:5 "text"` sends one
+    /// HTTP/2 frame with the given type, flags and payload on the request's stream; `PING:0:3 "text"` sends a
+    /// frame on stream 3. Throws on anything else.
     void play(const std::string& script);
     /// Closes the connection normally once the handler returns.
     void close() { ends_ = true; }
@@ -94,8 +94,9 @@ class LoopbackServer {
   using Handler = std::function<void(const Request&, Connection&)>;
 
   /// Uses TLS if `identity` is not null. `onlyTLS` is an OpenSSL version number such as `TLS1_VERSION` and
-  /// allows only that version, however weak; 0 allows all. With TLS and a greeting, the server uses HTTP/2
-  /// with clients that support it and sends the frames of `greeting` first.
+  /// allows only that version, however weak; 0 allows all. If there is a `greeting`, a script for
+  /// `Connection::play`, a server with TLS uses HTTP/2 with clients that support it, and plays the greeting
+  /// first on each such connection.
   explicit LoopbackServer(Handler handler, const TestCertificate* identity = nullptr, int onlyTLS = 0,
                           std::string greeting = "");
   ~LoopbackServer();

@@ -4,7 +4,7 @@
 //   URLSession& session();
 //   URL serve(std::string method, std::string path, int status, std::string body): prepares this answer;
 //   URL redirect(std::string method, std::string path, int status): prepares a redirect to another origin;
-//   URL breakOff(std::string method, std::string path): makes it reset the connection;
+//   URL breakOff(std::string method, std::string path): prepares a reset of the connection;
 //   URL unreachable(): a URL for which every request fails;
 //   std::size_t seen(std::string text): how often a text has arrived, at any origin.
 
@@ -31,7 +31,7 @@ inline platform::URLRequest makeRequest(std::string method, const std::string& u
   return request;
 }
 
-/// Collects the outcomes that its completions receive. Copies share them.
+/// Collects the outcomes that its completions receive. All copies of an object share the outcomes.
 class Outcomes {
  public:
   using Value = std::pair<Result<platform::URLResponse>, std::thread::id>;  // and the thread that reported it
@@ -68,7 +68,7 @@ class Outcomes {
   std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
 };
 
-/// Runs one request and waits for its outcome.
+/// Runs one request and waits for its outcome. Throws after 30 seconds.
 inline Result<platform::URLResponse> await(platform::URLSession& session, platform::URLRequest request) {
   Outcomes outcomes;
   session.run(std::move(request), outcomes.completion());

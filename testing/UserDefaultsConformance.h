@@ -1,7 +1,7 @@
 #pragma once
 
 // Tests that every device store must pass. `Maker` has `open()`, which returns a store on the same values
-// each time; a separate object if the store can be shared.
+// each time. If several store objects can share these values, `open()` returns a new object each time.
 
 #include <atomic>
 #include <memory>

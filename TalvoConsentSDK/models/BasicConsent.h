@@ -24,8 +24,8 @@ struct BasicConsent {
   std::optional<ConsentValue> preferences;
   std::optional<ConsentValue> statistics;
   std::optional<ConsentValue> marketing;
-  std::optional<std::string> id;  // of the record on the service, when known
-  std::optional<bool> optedIn;    // to the sale of data; absent: never asked
+  std::optional<std::string> id;  // of the consent's record on the service, if known
+  std::optional<bool> optedIn;    // whether the user allows the sale of data; absent: never asked
 
   /// Everything accepted, or everything refused; without `id` and `optedIn`.
   static BasicConsent acceptAll();

@@ -30,7 +30,7 @@ class CodingError : public std::exception {
   /// What was expected and found, or what is wrong with the data.
   const std::string& detail() const noexcept { return detail_; }
 
-  /// All of this in one sentence, with each NUL written as `\u0000`.
+  /// The kind, path and detail in one sentence, with each NUL written as `\u0000`.
   const char* what() const noexcept override;
 
  private:

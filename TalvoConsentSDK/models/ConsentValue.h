@@ -22,7 +22,6 @@ class ConsentValue {
 
   ConsentValue() : ConsentValue(false) {}
 
-  /// `all` or `none`.
   explicit ConsentValue(bool enabled) : kind_(enabled ? Kind::all : Kind::none) {}
 
   /// Returns the value for a selection out of `totalCount` items: none if nothing is selected, all if

@@ -34,7 +34,7 @@ struct FullConsent {
   std::optional<std::string> id;
   std::optional<std::string> siteId;
 
-  /// Returns the part that a host sees, without the rest.
+  /// Returns the part that a host sees.
   BasicConsent toBasicConsent() const;
 };
 

@@ -16,20 +16,21 @@ namespace json {
 
 struct Coding;
 
-/// Returns how a `T` is read and written. The functions below do without the type.
+/// Returns the functions that read and write a `T`, so that the functions below need not be templates.
 template <class T>
 TALVO_EXPORT const Coding& codingOf();
 
-/// Read a whole document into a new value, and write a value as one.
+/// `decode` reads a whole document into a new value; `encode` writes a value as a whole document.
 TALVO_EXPORT Result<void> decode(std::string_view text, void* value, const Coding& coding);
 TALVO_EXPORT Result<std::string> encode(const void* value, const Coding& coding);
 
 }  // namespace json
 
-/// Reads records. Stateless; safe from any thread. Skips a byte order mark before the document. Rejects a
-/// document as a whole, with a `CodingError`, if it is not strict JSON in UTF-8 (RFC 8259, at most 256 levels
-/// deep, not counting an empty innermost one, with numbers within 64-bit integers or doubles), if a value
-/// does not fit its field, or if its values take more memory than 16 MB plus 8 times the document's length.
+/// Reads records. Stateless; safe from any thread. Skips a byte order mark before the document. Rejects the
+/// whole document with a `CodingError` if it is not strict JSON (RFC 8259) in UTF-8, if a value does not fit
+/// its field, or if the values take more memory than 16 MB plus 8 times the document's length. Numbers must
+/// fit in 64-bit integers or doubles. Lists and objects may be nested 256 levels deep; an empty list or
+/// object at the innermost level does not count.
 class JSONDecoder {
  public:
   /// Implemented for every record of this library, their enumerations, `JSONValue`, and

@@ -24,7 +24,8 @@ using JSONArray = std::vector<JSONValue>;
 
 /// One JSON value. Whole numbers are read as integers; if one does not fit a signed 64-bit integer, the
 /// document is rejected, since a double would change the number. Numbers with a fraction or an exponent are
-/// read as doubles. A value may be NaN, infinity or text that is not UTF-8, but cannot be written then.
+/// read as doubles. A value may hold NaN, infinity or text that is not UTF-8, but such a value cannot be
+/// written.
 class JSONValue {
  public:
   JSONValue() {}  // null
@@ -56,9 +57,9 @@ class JSONValue {
   const JSONObject* object() const noexcept { return std::get_if<JSONObject>(&value_); }
   JSONObject* object() noexcept { return std::get_if<JSONObject>(&value_); }
 
-  // Has a body because a defaulted comparison is looked up while the class is incomplete, and so are the
-  // comparisons of the containers of JSONValue that it holds. libc++ then remembers wrongly how their
-  // elements can be moved.
+  // Not defaulted: the compiler would look up a defaulted comparison while the class is incomplete, and with
+  // it the comparisons of the containers of JSONValue in the variant. libc++ would then record wrongly how
+  // the elements of these containers can be moved.
   friend bool operator==(const JSONValue& a, const JSONValue& b) { return a.value_ == b.value_; }
 
  private:

@@ -57,8 +57,8 @@ struct Services {
   std::optional<std::vector<Service>> libraries;
   std::optional<std::vector<SpecificServiceDetails>> services;
 
-  /// Returns the vendors with services in `category`, sorted by name. `category` is only lower-cased:
-  /// "preference" finds nothing, since its services are grouped under "preferences".
+  /// Returns the vendors with services in `category`, sorted by name. `category` is lower-cased but not
+  /// otherwise normalized: "preference" finds nothing, because its services are grouped under "preferences".
   std::vector<ServiceGroup> groupedByVendor(std::string_view category) const;
 };
 

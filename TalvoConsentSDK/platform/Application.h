@@ -44,7 +44,7 @@ class Application {
 
   virtual std::vector<std::shared_ptr<Scene>> connectedScenes() { return {}; }
 
-  /// The version of the phone's operating system whose behaviour the platform offers.
+  /// The version of the phone operating system that this platform behaves like.
   virtual OperatingSystemVersion operatingSystemVersion() const { return {17, 0}; }
 
   /// Hands a URL to the system, to be opened outside the host.

@@ -18,8 +18,8 @@ class Executor {
 
   /// Schedules a job; safe from any thread. Every job runs exactly once, unless the process ends first. If a
   /// job throws, the executor catches the exception (see `callHost`), and its thread goes on. If the executor
-  /// cannot take the job, `post` throws. It is also called while a client is being created, so it must not
-  /// create one.
+  /// cannot take the job, `post` throws. The library also calls `post` while it creates a client, so `post`
+  /// must not create one.
   virtual void post(std::function<void()> job) = 0;
 };
 

@@ -14,7 +14,7 @@ using namespace platform;
 
 namespace {
 
-// Never destroyed: threads may still print or read it while the process exits.
+// Never destroyed: threads may still read it, or print, while the process exits.
 struct Installed {
   std::mutex lock;
   UnboundPlatform unbound;

@@ -16,9 +16,9 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// What the library runs on. Members that a host leaves out or sets to null become null objects when the
-/// platform is installed: session and store fail with an error that says so, executors run work inline on the
-/// caller's thread, the application has no user interface, texts are their keys, and lines go to standard
-/// output. Until a platform is installed, all members are null objects.
+/// platform is installed: the session and the store fail with an error that says that none is installed,
+/// executors run work inline on the caller's thread, the application has no user interface, texts are their
+/// keys, and lines go to standard output. Until a platform is installed, all members are null objects.
 struct Platform {
   Platform();
 
@@ -36,17 +36,16 @@ struct Platform {
   std::shared_ptr<platform::Localization> localization;
   std::shared_ptr<platform::Printer> printer;
 
-  /// Replaces null members by null objects.
+  /// Replaces null members by null objects, except that a null `callbacks` becomes `background`.
   void fillIn();
 
   /// Fills `platform` in and makes it the process's platform. A client keeps the session, the store and the
-  /// executors that were installed when it was created. A client created before the first `install` gets the
-  /// first ones to be installed, and does now what it would have done at its creation. The
-  /// application, the localization and the printer in use are always the latest installed. Safe from any
-  /// thread.
+  /// executors that were installed when it was created. A client created before the first `install` gets
+  /// those of the first platform; its work with the store and the network, which usually starts at its
+  /// creation, starts at that `install`. The application, the localization and the printer in use are always
+  /// the latest installed. Safe from any thread.
   static void install(Platform platform);
 
-  /// Whether there has been an `install`.
   static bool isInstalled();
 
   /// Returns the installed platform. Before the first `install`, returns null objects; their session, store

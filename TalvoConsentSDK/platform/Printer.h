@@ -11,8 +11,8 @@
 namespace TalvoConsentSDK {
 namespace platform TALVO_EXPORT {
 
-/// Receives every diagnostic line. Called from any thread, also while a client is being created, so it must
-/// not create one itself.
+/// Receives every diagnostic line. The library calls it from any thread, even while a client is being
+/// created, so a printer must not create a client.
 class Printer {
  public:
   virtual ~Printer() = default;
@@ -23,9 +23,9 @@ class Printer {
   virtual void print(std::string_view line) = 0;
 };
 
-/// Prints to standard output. Lines from several threads never mix. A line of at most the library's length is
-/// written to a file or pipe in one piece, so lines from several processes on one pipe do not mix either; a
-/// terminal may receive it in several pieces.
+/// Prints to standard output. Lines from several threads never mix. A line of at most 2 KB is written to a
+/// file or pipe in one piece, so lines from several processes on one pipe do not mix either; a terminal may
+/// receive it in several pieces.
 class StandardOutput : public Printer {
  public:
   void print(std::string_view line) override;

@@ -22,10 +22,10 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
-/// it on any thread. Only the first call counts; an exception from `start` counts only before that. A
-/// task resumes on its executor. Any other coroutine resumes on the callback's thread, or goes on at once on
-/// its own thread if the callback was called before `start` returned. The coroutine may be destroyed while it
-/// waits, under the same condition as one that awaits a task.
+/// it on any thread. Only the first call counts: later calls, and an exception that `start` throws after
+/// the first call, are ignored. A task resumes on its executor. Any other coroutine resumes on the callback's
+/// thread, or goes on at once on its own thread if the callback was called before `start` returned. The
+/// coroutine may be destroyed while it waits, but only on the thread on which it would resume.
 template <class T>
 class [[nodiscard]] CallbackAwaiter {
  public:

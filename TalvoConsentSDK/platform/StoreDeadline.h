@@ -12,7 +12,7 @@ namespace TalvoConsentSDK {
 namespace platform TALVO_EXPORT {
 
 /// Limits how long all store operations on the calling thread together may wait, from this object's creation
-/// to its destruction. If two are nested, the earlier deadline holds. Create and destroy it on the same
+/// to its destruction. If deadlines are nested, the earliest one counts. Create and destroy it on the same
 /// thread.
 class StoreDeadline {
  public:

@@ -14,7 +14,7 @@ void Wait::end(Share<Wait> wait, const std::shared_ptr<platform::Executor>& exec
   }
 }
 
-// Only the first call resumes the awaiter: an executor may take the job and throw all the same.
+// Only the first call resumes the awaiter: an executor may take the job and also throw.
 void Wait::resume(std::exception_ptr refusal) noexcept {
   if (!advance(Phase::suspended, Phase::over)) return;
   refusal_ = std::move(refusal);
@@ -31,22 +31,22 @@ bool TaskPromise::start(std::coroutine_handle<> task, std::coroutine_handle<> aw
     run(task);
     return suspend();
   }
-  // An awaiter without an executor resumes where the task ends, however soon that is. It may therefore be
-  // destroyed before the task's executor returns from `post`, and must count as suspended before that call.
+  // An awaiter without an executor resumes on the thread where the task ends. The awaiter may resume there
+  // and be destroyed before `post` returns, so it must count as suspended before `post` is called.
   const auto target = executor;
   const bool resumesWhereTaskEnds = !continueOn;
   if (resumesWhereTaskEnds) suspend();
   try {
     target->post([own, task] { own->run(task); });
   } catch (...) {
-    if (!hasBegun_.exchange(true)) throw;  // otherwise the executor has run it all the same
+    if (!hasBegun_.exchange(true)) throw;  // otherwise the executor threw after it began the task
   }
   return resumesWhereTaskEnds || suspend();
 }
 
 void TaskPromise::run(std::coroutine_handle<> task) {
   if (hasBegun_.exchange(true)) return;
-  retain();  // until `finish`: the awaiter may be destroyed
+  retain();  // until `finish`, because the awaiter may be destroyed
   task.resume();
 }
 

@@ -3,9 +3,9 @@
 // The library's asynchronous operations: a lazy coroutine that returns a value or throws an Error.
 //
 // A task runs on one executor, and resumes there after every wait. It takes the executor from the task that
-// awaits it, unless `on` has given it one of its own. Without an executor it resumes where its last wait
-// ended. Any coroutine can await a task; one that is not a Task itself is resumed where the awaited task
-// ends.
+// awaits it, unless `on` has given it one of its own. A task without an executor resumes on the thread that
+// ends its wait. Any coroutine can await a task; a coroutine that is not a Task resumes on the thread where
+// the awaited task ends.
 
 #include <atomic>
 #include <coroutine>

@@ -16,9 +16,9 @@ class TextMeasurer {
  public:
   virtual ~TextMeasurer() = default;
 
-  /// Returns the size of UTF-8 `text`, wrapped between words where a line would be wider than `width`
-  /// (infinity: only at newlines). A word wider than `width` is split, or the text is drawn smaller to avoid
-  /// that. The returned size is at most `width` wide.
+  /// Returns the size of UTF-8 `text`, wrapped between words where a line would be wider than `width`. If
+  /// `width` is infinite, lines end only at newlines. A word wider than `width` is split, or the text is
+  /// drawn smaller to avoid that. The returned size is at most `width` wide.
   virtual Size measure(std::string_view text, const Font& font, double width) = 0;
 
   /// Returns the smallest width at which no word of `text` has to be split or drawn smaller.

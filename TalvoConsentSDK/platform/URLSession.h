@@ -22,7 +22,6 @@ struct HeaderNameLess {
   bool operator()(std::string_view a, std::string_view b) const noexcept;
 };
 
-/// Header names and their values.
 using HTTPHeaders = std::map<std::string, std::string, HeaderNameLess>;
 
 /// One request. `method` is "GET", "POST", "PUT" or "HEAD".
@@ -36,7 +35,6 @@ struct URLRequest {
   std::chrono::milliseconds timeout{60'000};  // limits the time without progress, not the whole transfer
 };
 
-/// The response to a request.
 struct URLResponse {
   URLResponse() {}
 
@@ -58,8 +56,8 @@ class URLSession {
   virtual void run(URLRequest request, Completion completion) = 0;
 };
 
-/// Runs a request on a session, which may be the host's own. Calls `completion` at most once: ignores what
-/// the session reports after the first report, and reports the exception if `run` throws before that.
+/// Runs a request on a session, which may be the host's own. Calls `completion` at most once: with the
+/// session's first report, or with the exception if `run` throws before it has reported.
 TALVO_EXPORT void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion);
 
 }  // namespace platform

@@ -63,10 +63,10 @@ class TALVO_EXPORT Wait {
   /// Sets the coroutine that waits. Called before anything can end the wait.
   void begin(std::coroutine_handle<> awaiter) noexcept { awaiter_ = awaiter; }
 
-  /// Called once everything that leads to the end has been started. Returns false if the wait is over: the
-  /// awaiter then goes on at once, which neither suspends it nor deepens the stack (symmetric transfer would
-  /// overflow the stack in builds without optimisation). Returns true if `end` resumes the awaiter, perhaps
-  /// before this returns.
+  /// Called once the work that will end the wait has been started. Returns false if the wait is already over:
+  /// the awaiter then goes on without suspending, so the stack does not grow (symmetric transfer would
+  /// overflow it in builds without optimisation). Otherwise returns true, and `end` resumes the awaiter,
+  /// perhaps before `suspend` returns.
   bool suspend() noexcept { return advance(Phase::starting, Phase::suspended); }
 
   /// Ends the wait; called once. The awaiter resumes on `executor`, or on this thread if there is none. If

@@ -12,9 +12,9 @@
 namespace TalvoConsentSDK {
 namespace platform TALVO_EXPORT {
 
-/// What a window shows, and passes touches and keys to. `HostingController` is the one implementation; a
-/// window gets it back with `HostingController::of`. The seams name this base so that they need not know
-/// views.
+/// The content of a window, to which the window passes touches and keys. `HostingController` is the only
+/// implementation; a window gets it back with `HostingController::of`. The seams use this base class so that
+/// they do not depend on views.
 class RootViewController {
  public:
   virtual ~RootViewController() = default;

@@ -30,7 +30,6 @@ fs::path absolutePath(const fs::path& file) {
   return fs::absolute(file, error);
 }
 
-// Prints when destroyed.
 struct SetAsideNotice {
   fs::path name;
   ~SetAsideNotice() {
@@ -71,8 +70,9 @@ struct SQLiteUserDefaults::Access {
   std::unique_ptr<StoreConnection> lost{};     // to a file that the path no longer leads to
 };
 
-// A file is set aside only if a new connection also finds it damaged, while holding the folder's lock
-// exclusively: another thread or process may already have set the damaged file aside.
+// When a connection finds damage, this locks the folder exclusively and opens the path again. The file is set
+// aside only if the new connection also finds damage: another thread or process may already have set the
+// damaged file aside.
 void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
   const StoreWaitEnd end = deadlineAfter(StoreDeadline::remaining(busyTimeout));
   SetAsideNotice notice;  // printed after the lock is released, because the host provides the printer
@@ -112,10 +112,10 @@ void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
 // Makes `current` a connection to the file that the path leads to. Sets `isDone` to false if that file lacks
 // the change that was made.
 //
-// If the file was deleted or set aside while this process had it open, all its values are copied to the new
-// file, not only those of the current change, as long as the new file holds no values: tidying up files must
-// not undo a user's choice. If the new file already holds values, it is left as it is: the values may be
-// newer decisions, and a missing value may have been removed on purpose.
+// If the file was deleted or set aside while this process had it open, and the new file holds no values, all
+// values of the old file are copied to it, not only those of the current change: tidying up files must not
+// undo a user's choice. If the new file already holds values, it is left as it is: the values may be newer
+// decisions, and a missing value may have been removed on purpose.
 void SQLiteUserDefaults::Access::connect(StoreWaitEnd end, bool isAlone, bool& isDone) {
   if (current) current->waitUntil(end);
   if (current && current->isInPlace()) return;

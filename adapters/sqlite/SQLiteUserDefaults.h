@@ -19,9 +19,9 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 ///
 /// The path is checked before each read, and before and after each change. If it now leads to another file,
 /// or the journal beside it was removed, the operation continues with the file that is there now; if that
-/// file holds no values, the values of the lost file are copied to it. A removed value, and a string that
-/// another string replaces, is wiped from the file and its journal before the operation returns. If others
-/// are using the file at that moment, or the disk is full, a later change wipes it.
+/// file holds no values, the values of the lost file are copied to it. Before an operation returns, it wipes
+/// the values that it removed, and the strings that it replaced by other strings, from the file and its
+/// journal. If others are using the file at that moment, or the disk is full, a later change wipes them.
 ///
 /// A failure is a `PlatformError` of the domain "SQLite" with SQLite's extended result code. Its text names
 /// the file and never contains a value. After a failure, the next operation opens the file again, so the
@@ -29,9 +29,9 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// the operation continues with a new, empty file.
 class SQLiteUserDefaults : public platform::UserDefaults {
  public:
-  /// Creates `file` and its folder if they are missing. `file` may be a symbolic link; with links followed,
-  /// its path may have at most 500 bytes. An operation fails once it has waited for other threads and
-  /// connections for `busyTimeout`, or until the calling thread's `StoreDeadline` if that is sooner.
+  /// Creates `file` and its folder if they are missing. `file` may be a symbolic link; after links are
+  /// followed, the path may have at most 500 bytes. An operation waits for other threads and connections for
+  /// at most `busyTimeout`, or until the calling thread's `StoreDeadline` if that is sooner; then it fails.
   explicit SQLiteUserDefaults(const std::filesystem::path& file,
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;

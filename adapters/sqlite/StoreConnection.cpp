@@ -22,11 +22,11 @@ using std::chrono::steady_clock;
 constexpr const char* schemaVersion = "1";
 
 // The file's application id says whether removed values may remain in its free space or its log. This number
-// means that there are none; any other number means that the file must be wiped. Each removal increments it.
-// Files written by versions that did not use the id have 0.
+// means that there are none; any other number means that the file must be wiped. Each removal increments the
+// id. Files written by versions that did not use the id have 0.
 constexpr std::int64_t wiped = 0x54616C76;
 
-// How long a change that is already on the disk may wait for other connections in order to wipe.
+// How long wiping may wait for other connections. The change itself is already on the disk by then.
 constexpr milliseconds wipingWait{50};
 
 int waitForOthers(void* end, int attempt) {
@@ -78,7 +78,8 @@ std::int64_t number(const SQLiteHandle& connection, const char* sql) {
   return std::stoll(SQLiteStatement(connection, sql).run().value_or("0"));
 }
 
-// A file that SQLite has open. If SQLite has not opened it, it counts as empty.
+// The database or the log of a connection, read through SQLite's own descriptor. A log that SQLite has not
+// opened counts as empty.
 class OpenFile {
  public:
   OpenFile(const SQLiteHandle& connection, int which) {
@@ -92,7 +93,7 @@ class OpenFile {
     return size;
   }
 
-  // Returns false if the file ends before that.
+  // Returns false if the file ends before `bytes` is full.
   template <std::size_t count>
   bool read(std::int64_t at, std::array<unsigned char, count>& bytes) const {
     const int code = file_ ? file_->pMethods->xRead(file_, bytes.data(), count, at) : SQLITE_IOERR_SHORT_READ;
@@ -110,7 +111,7 @@ class OpenFile {
 
 // The numbers of the pages in the write-ahead log. The format is a header of 32 bytes, and before each page a
 // header of 24 bytes that begins with the page's number. All headers hold the same salt; the first page with
-// another salt, and everything after it, is left over from earlier.
+// another salt, and everything after it, is left over from an earlier use of the log.
 std::set<std::int64_t> pagesIn(const OpenFile& log, std::int64_t pageSize) {
   std::set<std::int64_t> pages;
   std::array<unsigned char, 32> head{};
@@ -232,7 +233,7 @@ void StoreConnection::waitUntil(StoreWaitEnd end) {
   sleepsEnd = end;
 }
 
-// Closing deletes the log by name, so hold the folder's lock: no other process may set the file aside
+// Closing deletes the log by name, so this holds the folder's lock: no other process may set the file aside
 // meanwhile.
 StoreConnection::~StoreConnection() {
   if (isAbandoned_) return;
@@ -258,8 +259,8 @@ void StoreConnection::commit(const std::vector<StoreChange>& changes) {
   commit(transaction, make(changes));
 }
 
-// Makes the changes. Returns whether something must be wiped: a removed value, or a string that was replaced
-// by another one, such as the name of one user by that of another.
+// Makes the changes. Returns whether something must be wiped: a removed value, or a string that another
+// string replaced, for example when the identified user changes.
 bool StoreConnection::make(const std::vector<StoreChange>& changes) {
   bool mustWipe = false;
   for (const auto& [name, value] : changes) {

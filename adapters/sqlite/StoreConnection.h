@@ -35,18 +35,19 @@ class StoreConnection {
   bool replace(std::string_view key, const std::optional<platform::Data>& expected,
                const platform::Data& value);
 
-  /// Wipes removed values from the files if the last change found or left any there. If it cannot, for
-  /// example because another process is reading, the next change by any connection tries again.
+  /// Wipes removed values from the files if the last change removed any, or found that earlier changes had
+  /// left some there. If it cannot, for example because another process is reading, the next change by any
+  /// connection tries again.
   void wipeIfOwed();
 
-  /// Whether the path still leads to the files that this connection has open: the database, its log and the
-  /// log's index, or the database only.
+  /// Whether the path still leads to the files that this connection has open. `isInPlace` checks the
+  /// database, its log and the log's index; `fileIsInPlace` checks only the database.
   bool isInPlace() const;
   bool fileIsInPlace() const;
 
   /// Call this when the write-ahead log was deleted or moved away while the file is still in place. Moves the
-  /// log's content to the file, unless another connection has begun a new log meanwhile, and returns whether
-  /// it did. Hold the lock of the file's folder.
+  /// log's content to the file, unless another connection has begun a new log meanwhile. Returns whether it
+  /// moved the content. Hold the lock of the file's folder.
   bool moveLogToFile();
 
   /// Call this when the path leads to another file. Deletes this connection's log at the old path, because

@@ -119,7 +119,7 @@ FolderLock::FolderLock(const fs::path& folder, Kind kind, StoreWaitEnd end)
   }
 }
 
-// Closing alone would leave the lock held by a child process forked meanwhile.
+// Unlocks before it closes, because a child process forked meanwhile shares the lock and would keep it.
 FolderLock::~FolderLock() {
   if (!isHeld()) return;
   ::flock(descriptor_, LOCK_UN);

@@ -18,7 +18,7 @@ namespace TalvoConsentSDK {
 using StoreWaitEnd = std::chrono::steady_clock::time_point;
 
 /// The path of `file` with every symbolic link followed, including links whose target is missing. SQLite
-/// keeps the side files there.
+/// keeps the side files beside this path.
 std::filesystem::path withoutLinks(const std::filesystem::path& file);
 
 /// Creates missing folders with access for their owner only.
@@ -31,8 +31,8 @@ void makePrivateFile(const std::filesystem::path& file);
 using FileIdentity = std::optional<std::pair<dev_t, ino_t>>;
 FileIdentity identityOf(const std::filesystem::path& file);
 
-/// The file's size in bytes; nothing, which compares less than any size, if there is no file or it cannot be
-/// examined.
+/// The file's size in bytes; nothing if there is no file or it cannot be examined. Nothing compares less than
+/// any size.
 std::optional<std::int64_t> sizeOf(const std::filesystem::path& file);
 
 /// A lock on the folder of a store. Opening or closing a store takes it shared; setting a store aside takes

@@ -12,7 +12,6 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Collects diagnostic lines.
 class CapturingPrinter : public platform::Printer {
  public:
   void print(std::string_view line) override {

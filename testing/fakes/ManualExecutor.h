@@ -12,7 +12,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Keeps jobs until `runAll`. It stands for a thread: while it runs a job, it is the current thread.
+/// Keeps jobs until `runAll`. It stands for a thread: while it runs a job, `isCurrent` returns true there.
 class ManualExecutor : public platform::Executor {
  public:
   void post(std::function<void()> job) override;

@@ -4,7 +4,7 @@ namespace TalvoConsentSDK::json {
 
 namespace {
 
-// How many bytes an allocation and a map's node take in addition to their content, at most.
+// The most bytes that an allocation and a map's node take in addition to their content.
 constexpr std::size_t allocationSize = 16;
 constexpr std::size_t mapNodeSize = 32 + allocationSize;
 
@@ -12,8 +12,8 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
 
-// Six times the document's length for what `claim` counts. Texts are not counted; they take at most twice
-// their length in the document, which makes eight times in all.
+// Allows 16 MB plus six times the document's length for what `claim` counts. `claim` does not count texts,
+// which take at most twice their length in the document; together, this makes eight times the length.
 MemoryBudget::MemoryBudget(std::size_t documentSize) : left_(16'000'000 + std::uint64_t{6} * documentSize) {}
 
 bool MemoryBudget::take(std::uint64_t bytes) {

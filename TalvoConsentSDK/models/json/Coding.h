@@ -83,7 +83,6 @@ struct ListCoding {
   void* (*remake)(void* list, std::size_t count);  // replaces the elements by new ones; returns the first
 };
 
-/// Reads an array.
 void readList(const Node& array, const Path& path, void* list, const ListCoding& coding);
 
 template <class T>

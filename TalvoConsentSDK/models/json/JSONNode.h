@@ -63,7 +63,6 @@ class Elements {
 
   bool next(Node& value);
 
-  /// The number of elements.
   std::size_t count() const { return count_; }
 
  private:

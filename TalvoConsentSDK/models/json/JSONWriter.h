@@ -1,6 +1,7 @@
 #pragma once
 
-// Writes JSON text. It places the commas; its caller must open and close objects and arrays in turn.
+// Writes JSON text. It places the commas; its caller must close every object and array that it opens,
+// innermost first.
 
 #include <cstdint>
 #include <string>

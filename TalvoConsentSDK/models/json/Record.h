@@ -38,8 +38,8 @@ template <class Record>
 struct Fields;
 inline constexpr std::size_t maxFields = 32;
 
-/// Read an object into a new record, and write a record. The record must be of the type that the fields
-/// belong to.
+/// Read an object into a new record, and write a record. `record` must point to the type that `fields`
+/// describe.
 void readRecord(const Node& node, const Path& path, void* record, std::span<const Field> fields);
 void writeRecord(Writer& writer, const void* record, std::span<const Field> fields);
 
