@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TalvoConsentSDK/base/ASCII.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 
@@ -107,11 +108,12 @@ AnyView CardScreen::content() const {
 
 AnyView CardScreen::closeControl() const {
   if (!closeButton_) return {};
-  const AnyView control = ComponentRenderable(
-                              *closeButton_, customization_,
-                              [report = onButtonAction_](const std::string&) { report("closeButton"); },
-                              onLinkAction_, reportedComponents_)
-                              .render();
+  const AnyView control =
+      ComponentRenderable(
+          *closeButton_, customization_,
+          [report = onButtonAction_](const std::string&) { report(std::string(closeAction)); }, onLinkAction_,
+          reportedComponents_)
+          .render();
   return control.padding(Insets::all(closeInset));
 }
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
 #include "TalvoConsentSDK/view/AnyView.h"
@@ -24,7 +25,7 @@ class CategoryRow {
   view::AnyView body(const view::State<bool>& isExpanded) const;
 
  private:
-  bool isDoNotSell() const { return categoryId_ == "doNotSell"; }
+  bool isDoNotSell() const { return categoryId_ == rawValue(ConsentCategory::doNotSell); }
   bool canSwitch() const;
   bool hasVendors() const;
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
 #include "TalvoConsentSDK/ui/Localized.h"
@@ -44,7 +45,7 @@ AnyView VendorDetailScreenView::body() const {
   }
 
   const std::string category = normalizedCategoryKey(vendorGroup_.services.front().category.value_or(""));
-  const bool isRequired = category == "necessary";
+  const bool isRequired = category == rawValue(ConsentCategory::necessary);
   const bool isSwitchDisabled = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
                                 isReadOnly(*components->secondaryScreen, category);
   bool isDrawn = false;
