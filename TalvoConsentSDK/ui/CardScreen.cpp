@@ -6,6 +6,7 @@
 
 #include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/BannerActions.h"
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 

@@ -6,7 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 

@@ -4,10 +4,14 @@
 
 #include <string>
 
+#include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
+#include "TalvoConsentSDK/ui/ConsentSwitches.h"
 #include "TalvoConsentSDK/ui/Palette.h"
-#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/ui/VendorCatalogue.h"
 #include "TalvoConsentSDK/view/AnyView.h"
+#include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentSDK {
 

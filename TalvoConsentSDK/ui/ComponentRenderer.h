@@ -2,22 +2,13 @@
 
 // Turns the components that a customization lists into views.
 
-#include <functional>
-#include <set>
-#include <string>
 #include <string_view>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
 #include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
-
-/// Called with the identifier of the tapped button or link. Main thread.
-using ActionHandler = std::function<void(const std::string&)>;
-
-/// The unknown components that a banner has already reported. It prints one line for each, however often it
-/// is drawn.
-using ReportedComponents = std::set<std::string>;
 
 /// Draws one component. A renderer is created for one rendering and refers to the screen's customization,
 /// which must outlive it. The views that it returns do not refer to the customization.

@@ -12,17 +12,13 @@
 #include "TalvoConsentSDK/models/Services.h"
 #include "TalvoConsentSDK/models/SiteConfiguration.h"
 #include "TalvoConsentSDK/ui/BannerActions.h"
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 #include "TalvoConsentSDK/view/AnyView.h"
 #include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentSDK {
-
-namespace view {
-class RenderContext;
-}
 
 /// A view as a value: copies share their state, which starts from the stored consent. It never closes itself;
 /// the owner of the callbacks does. Main thread only.

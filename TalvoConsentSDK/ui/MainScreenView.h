@@ -2,7 +2,9 @@
 
 // The banner's first screen.
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 

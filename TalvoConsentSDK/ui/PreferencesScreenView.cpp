@@ -3,8 +3,10 @@
 #include <optional>
 
 #include "TalvoConsentSDK/ui/CardScreen.h"
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {

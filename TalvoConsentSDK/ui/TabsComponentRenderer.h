@@ -10,9 +10,6 @@
 
 namespace TalvoConsentSDK {
 
-/// Called with the vendor whose details the user wants to see.
-using VendorDetailHandler = std::function<void(const Services::ServiceGroup&)>;
-
 /// Draws the categories of all tabs one below the other; the user does not choose a tab. Without bindings the
 /// switches show the categories' defaults and are disabled.
 class TabsComponentRenderer : public ComponentRenderer {

@@ -7,6 +7,7 @@
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/VendorDetailRenderer.h"

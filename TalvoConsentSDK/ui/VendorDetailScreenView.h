@@ -4,9 +4,11 @@
 
 #include <functional>
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
-#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/ui/VendorCatalogue.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 
