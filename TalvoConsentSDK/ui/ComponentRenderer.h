@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/ScreenContext.h"
 #include "TalvoConsentSDK/view/AnyView.h"
 
@@ -17,6 +18,13 @@ class ComponentRenderer {
   virtual ~ComponentRenderer() = default;
 
   virtual view::AnyView render() const = 0;
+
+ protected:
+  explicit ComponentRenderer(const BannerCustomization::Customization& customization)
+      : customization_(customization), palette_(customization.colors) {}
+
+  const BannerCustomization::Customization& customization_;
+  const Palette palette_;
 };
 
 /// Chooses the renderer of a component. Stateless.
@@ -41,26 +49,19 @@ class ComponentRendererFactory {
 /// A component together with what its screen provides, ready to be drawn by the factory.
 class ComponentRenderable {
  public:
-  ComponentRenderable(const BannerCustomization::ComponentItem& item,
-                      const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                      ActionHandler onLinkAction, ReportedComponents& reported)
-      : item_(item),
-        customization_(customization),
-        onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)),
-        reportedComponents_(reported) {}
+  ComponentRenderable(const BannerCustomization::ComponentItem& item, const ScreenContext& context)
+      : item_(item), context_(context) {}
 
   view::AnyView render() const {
-    return ComponentRendererFactory().render(item_, customization_, customization_.messages.bannerMessages,
-                                             onButtonAction_, onLinkAction_, &reportedComponents_);
+    const auto& customization = context_.customization;
+    return ComponentRendererFactory().render(item_, customization, customization.messages.bannerMessages,
+                                             context_.onButtonAction, context_.onLinkAction,
+                                             &context_.reportedComponents);
   }
 
  private:
   const BannerCustomization::ComponentItem& item_;
-  const BannerCustomization::Customization& customization_;
-  const ActionHandler onButtonAction_;
-  const ActionHandler onLinkAction_;
-  ReportedComponents& reportedComponents_;
+  const ScreenContext& context_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/Services.h"
 
 namespace TalvoConsentSDK {
@@ -19,5 +20,13 @@ using VendorDetailHandler = std::function<void(const Services::ServiceGroup&)>;
 /// The unknown components that a banner has already reported. It prints one line for each, however often it
 /// is drawn.
 using ReportedComponents = std::set<std::string>;
+
+/// What a screen provides to all of its components. The two references must outlive it.
+struct ScreenContext {
+  const BannerCustomization::Customization& customization;
+  ActionHandler onButtonAction;
+  ActionHandler onLinkAction;
+  ReportedComponents& reportedComponents;
+};
 
 }  // namespace TalvoConsentSDK

@@ -4,7 +4,6 @@
 
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/CategoryRow.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -64,11 +63,10 @@ AnyView TabsComponentRenderer::render() const {
 }
 
 AnyView TabsComponentRenderer::tabView(const BannerCustomization::TabItem& tab) const {
-  const Palette palette(customization_.colors);
   std::vector<AnyView> rows;
   for (const auto& item : categories(tab, messages_)) {
-    if (!rows.empty()) rows.push_back(divider(palette.line()).key("above " + *item.id));
-    rows.push_back(CategoryRow(item, palette, tab.readOnly, tab.services ? services_ : nullptr,
+    if (!rows.empty()) rows.push_back(divider(palette_.line()).key("above " + *item.id));
+    rows.push_back(CategoryRow(item, palette_, tab.readOnly, tab.services ? services_ : nullptr,
                                tab.showCategoryDescription, bindings_, *item.id, onVendorDetailTap_)
                        .view()
                        .key(*item.id));

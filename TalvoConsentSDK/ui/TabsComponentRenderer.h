@@ -19,8 +19,8 @@ class TabsComponentRenderer : public ComponentRenderer {
                         const BannerCustomization::BannerMessages& messages,
                         VendorCataloguePointer services = nullptr, ConsentBindings bindings = {},
                         VendorDetailHandler onVendorDetailTap = nullptr)
-      : tabs_(tabs),
-        customization_(customization),
+      : ComponentRenderer(customization),
+        tabs_(tabs),
         messages_(messages),
         services_(std::move(services)),
         bindings_(std::move(bindings)),
@@ -36,7 +36,6 @@ class TabsComponentRenderer : public ComponentRenderer {
   view::AnyView tabView(const BannerCustomization::TabItem& tab) const;
 
   const std::vector<BannerCustomization::TabItem>& tabs_;
-  const BannerCustomization::Customization& customization_;
   const BannerCustomization::BannerMessages& messages_;
   const VendorCataloguePointer services_;
   const ConsentBindings bindings_;

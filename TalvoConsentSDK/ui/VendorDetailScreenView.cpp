@@ -7,11 +7,8 @@
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/Localized.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
-#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 
@@ -36,12 +33,11 @@ bool isReadOnly(const CardScreen::Items& components, const std::string& category
 }  // namespace
 
 AnyView VendorDetailScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
-  screen.add(BackButtonRenderer(customization_, onBack_).render());
-  const auto& components = customization_.components;
+  CardScreen screen(context_);
+  screen.add(BackButtonRenderer(context_.customization, onBack_).render());
+  const auto& components = context_.customization.components;
   if (!components || !components->secondaryScreen) {
-    const Palette palette(customization_.colors);
-    screen.add(text(localized("No vendor details available"), {.color = palette.font}));
+    screen.addText(localized("No vendor details available"));
     return screen.render();
   }
 
@@ -50,15 +46,11 @@ AnyView VendorDetailScreenView::body() const {
   const bool isSwitchDisabled = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
                                 isReadOnly(*components->secondaryScreen, category);
   bool isDrawn = false;
-  screen.addComponents(*components->secondaryScreen,
-                       [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
-                         if (item.id != "tabs" || !ComponentRendererFactory::isComplete(item))
-                           return std::nullopt;
-                         if (std::exchange(isDrawn, true)) return AnyView();
-                         return VendorDetailRenderer(vendorGroup_, category, customization_, isSwitchDisabled,
-                                                     bindings_)
-                             .render();
-                       });
+  screen.addComponents(*components->secondaryScreen, [&](const CardScreen::Tabs&) {
+    if (std::exchange(isDrawn, true)) return AnyView();
+    return VendorDetailRenderer(vendorGroup_, category, context_.customization, isSwitchDisabled, bindings_)
+        .render();
+  });
   return screen.render();
 }
 
