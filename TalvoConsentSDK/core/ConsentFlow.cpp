@@ -24,14 +24,15 @@ FullConsent explicitPayload(const BasicConsent& consent, const std::optional<Ban
 
   const std::optional<ConsentValue> all = ConsentValue::all();
   const auto none = ConsentValue::none();
-  const std::pair<const char*, const std::optional<ConsentValue>&> chosen[] = {
-      {"necessary", all},
-      {"unclassified", all},
-      {"preferences", consent.preferences},
-      {"marketing", consent.marketing},
-      {"statistics", consent.statistics}};
+  const std::pair<ConsentCategory, const std::optional<ConsentValue>&> chosen[] = {
+      {ConsentCategory::necessary, all},
+      {ConsentCategory::unclassified, all},
+      {ConsentCategory::preferences, consent.preferences},
+      {ConsentCategory::marketing, consent.marketing},
+      {ConsentCategory::statistics, consent.statistics}};
   auto& categories = payload.categories.emplace();
-  for (const auto& [category, value] : chosen) categories[category] = value.value_or(none);
+  for (const auto& [category, value] : chosen)
+    categories[std::string(rawValue(category))] = value.value_or(none);
   if (consent.optedIn) categories["optedIn"] = ConsentValue(*consent.optedIn);
 
   auto& analytics = payload.consentDataAnalytics.emplace();
@@ -54,8 +55,9 @@ FullConsent implicitPayload(std::optional<std::string> userId, std::string siteI
   FullConsent payload;
   payload.status = rawValue(BasicConsent::acceptAll().status());
   auto& categories = payload.categories.emplace();
-  for (const char* category : {"necessary", "unclassified", "preferences", "marketing", "statistics"}) {
-    categories[category] = ConsentValue::all();
+  using enum ConsentCategory;
+  for (const ConsentCategory category : {necessary, unclassified, preferences, marketing, statistics}) {
+    categories[std::string(rawValue(category))] = ConsentValue::all();
   }
   payload.consentDataAnalytics.emplace();
   payload.typeConsent = "implicit";

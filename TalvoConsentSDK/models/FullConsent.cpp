@@ -11,7 +11,9 @@ BasicConsent FullConsent::toBasicConsent() const {
     if (entry == categories->end()) return std::nullopt;
     return entry->second;
   };
-  BasicConsent consent(category("preferences"), category("statistics"), category("marketing"), id);
+  BasicConsent consent(category(rawValue(ConsentCategory::preferences)),
+                       category(rawValue(ConsentCategory::statistics)),
+                       category(rawValue(ConsentCategory::marketing)), id);
   if (const auto optedIn = category("optedIn")) consent.optedIn = optedIn->isEnabled();
   return consent;
 }

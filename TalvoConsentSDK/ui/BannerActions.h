@@ -1,17 +1,30 @@
 #pragma once
 
-// The identifiers of the actions that the banner's buttons and its close control report.
+// The actions that the banner's buttons and its close control report, and what the banner itself reports.
 
 #include <algorithm>
 #include <functional>
 #include <string_view>
 
-#include "TalvoConsentSDK/ui/ConsentBannerView.h"
+#include "TalvoConsentSDK/models/BasicConsent.h"
 
 namespace TalvoConsentSDK {
 
-inline constexpr std::string_view closeAction = "closeButton";
+/// How the banner reports what the user decided. Called on the main thread.
+struct BannerCallbacks {
+  std::function<void()> onAcceptAll;
+  std::function<void()> onRejectAll;
+  std::function<void()> onManagePreferences;
+  std::function<void(const BasicConsent&)> onSavePreferences;
+  std::function<void()> onClose;
+};
+
+inline constexpr std::string_view acceptAction = "acceptAll";
+inline constexpr std::string_view rejectAction = "rejectAll";
+inline constexpr std::string_view manageAction = "managePreferences";
+inline constexpr std::string_view preferencesAction = "preferences";
 inline constexpr std::string_view saveAction = "savePreferences";
+inline constexpr std::string_view closeAction = "closeButton";
 
 /// An action and the callback it runs on every screen that does not handle the action itself.
 struct CommonAction {
@@ -19,13 +32,18 @@ struct CommonAction {
   std::function<void()> BannerCallbacks::* callback;
 };
 
-/// One table for all screens. The main screen handles the last two itself: they open the preferences.
+/// One table for all screens.
 inline constexpr CommonAction commonActions[] = {
-    {"acceptAll", &BannerCallbacks::onAcceptAll},
-    {"rejectAll", &BannerCallbacks::onRejectAll},
-    {"managePreferences", &BannerCallbacks::onManagePreferences},
-    {"preferences", &BannerCallbacks::onManagePreferences},
+    {acceptAction, &BannerCallbacks::onAcceptAll},
+    {rejectAction, &BannerCallbacks::onRejectAll},
+    {manageAction, &BannerCallbacks::onManagePreferences},
+    {preferencesAction, &BannerCallbacks::onManagePreferences},
 };
+
+/// Whether the main screen handles `action` itself, by opening the preferences.
+inline bool opensPreferences(std::string_view action) {
+  return action == manageAction || action == preferencesAction;
+}
 
 /// Whether a screen responds to `action`.
 inline bool isKnownAction(std::string_view action, bool isMainScreen) {

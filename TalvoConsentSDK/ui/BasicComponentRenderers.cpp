@@ -1,7 +1,6 @@
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 
 #include "TalvoConsentSDK/ui/Localized.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -10,15 +9,13 @@ using namespace platform;
 using namespace view;
 
 AnyView TitleComponentRenderer::render() const {
-  const Palette palette(customization_.colors);
-  return text(text_, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette.font})
+  return text(text_, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette_.font})
       .padding({.bottom = 16})
       .accessibility({.role = Role::heading});
 }
 
 AnyView DescriptionComponentRenderer::render() const {
-  const Palette palette(customization_.colors);
-  return text(text_, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette.font})
+  return text(text_, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = palette_.font})
       .padding({.bottom = 8});
 }
 
@@ -27,32 +24,31 @@ AnyView BannerLogoRenderer::render() const {
   if (!customization_.resources || !customization_.resources->mainLogoUrl) return {};
   const auto url = URL::parse(*customization_.resources->mainLogoUrl);
   if (!url) return {};
-  const Palette palette(customization_.colors);
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 16},
                        {
                            asyncImage(*url, logoHeight),
-                           divider(palette.line()),
+                           divider(palette_.line()),
                        })
       .padding({.bottom = 20});
 }
 
 AnyView CloseButtonRenderer::render() const {
-  const Palette palette(customization_.colors);
   const AnyView cross =
-      symbol({.glyph = Glyph::xmark, .size = 10, .weight = FontWeight::medium, .color = palette.font});
+      symbol({.glyph = Glyph::xmark, .size = 10, .weight = FontWeight::medium, .color = palette_.font});
   return button(cross.frame({.minWidth = 32, .maxWidth = 32, .minHeight = 32, .maxHeight = 32}),
                 [onAction = onAction_] { onAction("close"); })
       .accessibility({.role = Role::button, .label = localized("Close"), .isDismissal = true});
 }
 
 AnyView BackButtonRenderer::render() const {
-  const Palette palette(customization_.colors);
   const AnyView label = horizontalStack(
       {.spacing = 8},
       {
-          symbol(
-              {.glyph = Glyph::chevronLeft, .size = 14, .weight = FontWeight::medium, .color = palette.font}),
-          text(localized("Back"), {.font = {TextStyle::body, FontWeight::medium}, .color = palette.font}),
+          symbol({.glyph = Glyph::chevronLeft,
+                  .size = 14,
+                  .weight = FontWeight::medium,
+                  .color = palette_.font}),
+          text(localized("Back"), {.font = {TextStyle::body, FontWeight::medium}, .color = palette_.font}),
       });
   return button(label.padding(Insets::vertical(4)), onAction_).padding({.bottom = 4});
 }

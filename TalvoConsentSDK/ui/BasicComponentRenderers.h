@@ -12,25 +12,23 @@ namespace TalvoConsentSDK {
 class TitleComponentRenderer : public ComponentRenderer {
  public:
   TitleComponentRenderer(std::string text, const BannerCustomization::Customization& customization)
-      : text_(std::move(text)), customization_(customization) {}
+      : ComponentRenderer(customization), text_(std::move(text)) {}
 
   view::AnyView render() const override;
 
  private:
   const std::string text_;
-  const BannerCustomization::Customization& customization_;
 };
 
 class DescriptionComponentRenderer : public ComponentRenderer {
  public:
   DescriptionComponentRenderer(std::string text, const BannerCustomization::Customization& customization)
-      : text_(std::move(text)), customization_(customization) {}
+      : ComponentRenderer(customization), text_(std::move(text)) {}
 
   view::AnyView render() const override;
 
  private:
   const std::string text_;
-  const BannerCustomization::Customization& customization_;
 };
 
 /// The site's logo, loaded from the network, with a line below it. Renders an empty view if the site has no
@@ -38,24 +36,20 @@ class DescriptionComponentRenderer : public ComponentRenderer {
 class BannerLogoRenderer : public ComponentRenderer {
  public:
   explicit BannerLogoRenderer(const BannerCustomization::Customization& customization)
-      : customization_(customization) {}
+      : ComponentRenderer(customization) {}
 
   view::AnyView render() const override;
-
- private:
-  const BannerCustomization::Customization& customization_;
 };
 
 /// Reports the action "close".
 class CloseButtonRenderer : public ComponentRenderer {
  public:
   CloseButtonRenderer(const BannerCustomization::Customization& customization, ActionHandler onAction)
-      : customization_(customization), onAction_(std::move(onAction)) {}
+      : ComponentRenderer(customization), onAction_(std::move(onAction)) {}
 
   view::AnyView render() const override;
 
  private:
-  const BannerCustomization::Customization& customization_;
   const ActionHandler onAction_;
 };
 
@@ -63,12 +57,11 @@ class CloseButtonRenderer : public ComponentRenderer {
 class BackButtonRenderer : public ComponentRenderer {
  public:
   BackButtonRenderer(const BannerCustomization::Customization& customization, std::function<void()> onAction)
-      : customization_(customization), onAction_(std::move(onAction)) {}
+      : ComponentRenderer(customization), onAction_(std::move(onAction)) {}
 
   view::AnyView render() const override;
 
  private:
-  const BannerCustomization::Customization& customization_;
   const std::function<void()> onAction_;
 };
 

@@ -1,7 +1,6 @@
 #include "TalvoConsentSDK/ui/ButtonComponentRenderer.h"
 
 #include "TalvoConsentSDK/ui/Labels.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -22,15 +21,14 @@ AnyView ButtonsComponentRenderer::render() const {
 
 AnyView ButtonsComponentRenderer::buttonView(const BannerCustomization::ButtonItem& item) const {
   if (!item.id) return {};
-  const Palette palette(customization_.colors);
   const AnyView label =
       text(buttonLabel(*item.id, messages_), {.font = {TextStyle::body, FontWeight::semibold},
-                                              .color = palette.buttonFont,
+                                              .color = palette_.buttonFont,
                                               .alignment = HorizontalAlignment::center});
   return button(
       label.frame({.maxWidth = infinity})
           .padding(Insets::all(12))
-          .background({.color = palette.buttonBackground, .cornerRadius = 8, .outline = palette.font}),
+          .background({.color = palette_.buttonBackground, .cornerRadius = 8, .outline = palette_.font}),
       [onAction = onAction_, id = *item.id] { onAction(id); });
 }
 

@@ -17,8 +17,8 @@ class ButtonsComponentRenderer : public ComponentRenderer {
   ButtonsComponentRenderer(const std::vector<BannerCustomization::ButtonItem>& buttons,
                            const BannerCustomization::Customization& customization,
                            const BannerCustomization::BannerMessages& messages, ActionHandler onAction)
-      : buttons_(buttons),
-        customization_(customization),
+      : ComponentRenderer(customization),
+        buttons_(buttons),
         messages_(messages),
         onAction_(std::move(onAction)) {}
 
@@ -28,7 +28,6 @@ class ButtonsComponentRenderer : public ComponentRenderer {
   view::AnyView buttonView(const BannerCustomization::ButtonItem& item) const;
 
   const std::vector<BannerCustomization::ButtonItem>& buttons_;
-  const BannerCustomization::Customization& customization_;
   const BannerCustomization::BannerMessages& messages_;
   const ActionHandler onAction_;
 };

@@ -5,7 +5,8 @@
 #include <utility>
 
 #include "TalvoConsentSDK/base/ASCII.h"
-#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
+#include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -39,24 +40,21 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
   return lowercased(customization.settings.positioning) == "top";
 }
 
-CardScreen::CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                       ActionHandler onLinkAction, ReportedComponents& reported)
-    : customization_(customization),
-      onButtonAction_(std::move(onButtonAction)),
-      onLinkAction_(std::move(onLinkAction)),
-      reportedComponents_(reported) {}
-
 void CardScreen::add(AnyView view) {
   views_.push_back(std::move(view));
   actionsFrom_ = views_.size();
 }
 
-void CardScreen::addComponents(const Items& items, const OwnRenderer& own) {
+void CardScreen::addText(std::string text) {
+  add(view::text(std::move(text), {.color = palette_.font}));
+}
+
+void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTabs) {
   const auto close = std::ranges::find(items, "closeButton", &BannerCustomization::ComponentItem::id);
   if (close != items.end()) closeButton_ = *close;
   for (const auto& item : items) {
     if (item.id == "closeButton") continue;
-    AnyView view = componentView(item, own);
+    AnyView view = componentView(item, renderTabs);
     if (view.isEmpty()) continue;
     if (closeButton_ && views_.empty()) {
       if (isText(item)) view = view.padding({.trailing = roomForClose});
@@ -68,29 +66,28 @@ void CardScreen::addComponents(const Items& items, const OwnRenderer& own) {
 }
 
 AnyView CardScreen::render() const {
-  const bool isTop = isAtTop(customization_);
-  const Palette palette(customization_.colors);
+  const auto& customization = context_.customization;
+  const bool isTop = isAtTop(customization);
   const Shadow shadow{Color::black().withAlpha(0.2), 10, 0, isTop ? 2.0 : -2.0};
   const AnyView card = content()
                            .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}})
                            .padding(Insets::all(margin))
-                           .background({palette.background, cornerRadius, shadow, palette.font})
+                           .background({palette_.background, cornerRadius, shadow, palette_.font})
                            .overlay(closeControl(), {HorizontalAlignment::trailing, VerticalAlignment::top})
                            .accessibility({.role = Role::dialog,
-                                           .label = customization_.messages.bannerMessages.title,
-                                           .isModal = customization_.settings.isShowBlurBackground});
+                                           .label = customization.messages.bannerMessages.title,
+                                           .isModal = customization.settings.isShowBlurBackground});
   return verticalStack({}, {card})
       .padding(
           {.top = isTop ? margin : 0, .leading = margin, .bottom = isTop ? 0 : margin, .trailing = margin});
 }
 
 AnyView CardScreen::componentView(const BannerCustomization::ComponentItem& item,
-                                  const OwnRenderer& own) const {
-  if (own) {
-    if (auto view = own(item)) return *std::move(view);
+                                  const TabsRenderer& renderTabs) const {
+  if (renderTabs && item.id == "tabs" && ComponentRendererFactory::isComplete(item)) {
+    return renderTabs(*item.tabs);
   }
-  return ComponentRenderable(item, customization_, onButtonAction_, onLinkAction_, reportedComponents_)
-      .render();
+  return ComponentRenderable(item, context_).render();
 }
 
 AnyView CardScreen::content() const {
@@ -107,12 +104,11 @@ AnyView CardScreen::content() const {
 
 AnyView CardScreen::closeControl() const {
   if (!closeButton_) return {};
-  const AnyView control = ComponentRenderable(
-                              *closeButton_, customization_,
-                              [report = onButtonAction_](const std::string&) { report("closeButton"); },
-                              onLinkAction_, reportedComponents_)
-                              .render();
-  return control.padding(Insets::all(closeInset));
+  ScreenContext context = context_;
+  context.onButtonAction = [report = context_.onButtonAction](const std::string&) {
+    report(std::string(closeAction));
+  };
+  return ComponentRenderable(*closeButton_, context).render().padding(Insets::all(closeInset));
 }
 
 }  // namespace TalvoConsentSDK

@@ -4,9 +4,13 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 
@@ -19,32 +23,34 @@ class CardScreen {
  public:
   using Items = std::vector<BannerCustomization::ComponentItem>;
 
-  /// Draws an item for which the screen has its own view; nullopt leaves the item to the factory.
-  using OwnRenderer = std::function<std::optional<view::AnyView>(const BannerCustomization::ComponentItem&)>;
+  using Tabs = std::vector<BannerCustomization::TabItem>;
 
-  CardScreen(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-             ActionHandler onLinkAction, ReportedComponents& reported);
+  /// Draws what a screen shows in place of a component's tabs.
+  using TabsRenderer = std::function<view::AnyView(const Tabs&)>;
+
+  explicit CardScreen(const ScreenContext& context)
+      : context_(context), palette_(context.customization.colors) {}
 
   /// Adds a view that does not come from a component.
   void add(view::AnyView view);
+  void addText(std::string text);
 
   /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
   /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a
   /// text, it ends before the close control; if it has controls, the content starts below the close control.
-  void addComponents(const Items& items, const OwnRenderer& own = nullptr);
+  void addComponents(const Items& items, const TabsRenderer& renderTabs = nullptr);
 
   /// The card with its margin to the edges of the screen.
   view::AnyView render() const;
 
  private:
-  view::AnyView componentView(const BannerCustomization::ComponentItem& item, const OwnRenderer& own) const;
+  view::AnyView componentView(const BannerCustomization::ComponentItem& item,
+                              const TabsRenderer& renderTabs) const;
   view::AnyView content() const;
   view::AnyView closeControl() const;
 
-  const BannerCustomization::Customization& customization_;
-  const ActionHandler onButtonAction_;
-  const ActionHandler onLinkAction_;
-  ReportedComponents& reportedComponents_;
+  const ScreenContext& context_;
+  const Palette palette_;
   std::vector<view::AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
   std::optional<BannerCustomization::ComponentItem> closeButton_;

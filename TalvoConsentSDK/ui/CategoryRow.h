@@ -4,9 +4,14 @@
 
 #include <string>
 
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
+#include "TalvoConsentSDK/ui/ConsentSwitches.h"
 #include "TalvoConsentSDK/ui/Palette.h"
-#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/ui/VendorCatalogue.h"
 #include "TalvoConsentSDK/view/AnyView.h"
+#include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentSDK {
 
@@ -24,7 +29,7 @@ class CategoryRow {
   view::AnyView body(const view::State<bool>& isExpanded) const;
 
  private:
-  bool isDoNotSell() const { return categoryId_ == "doNotSell"; }
+  bool isDoNotSell() const { return categoryId_ == rawValue(ConsentCategory::doNotSell); }
   bool canSwitch() const;
   bool hasVendors() const;
 

@@ -2,22 +2,14 @@
 
 // Turns the components that a customization lists into views.
 
-#include <functional>
-#include <set>
-#include <string>
 #include <string_view>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
 #include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
-
-/// Called with the identifier of the tapped button or link. Main thread.
-using ActionHandler = std::function<void(const std::string&)>;
-
-/// The unknown components that a banner has already reported. It prints one line for each, however often it
-/// is drawn.
-using ReportedComponents = std::set<std::string>;
 
 /// Draws one component. A renderer is created for one rendering and refers to the screen's customization,
 /// which must outlive it. The views that it returns do not refer to the customization.
@@ -26,6 +18,13 @@ class ComponentRenderer {
   virtual ~ComponentRenderer() = default;
 
   virtual view::AnyView render() const = 0;
+
+ protected:
+  explicit ComponentRenderer(const BannerCustomization::Customization& customization)
+      : customization_(customization), palette_(customization.colors) {}
+
+  const BannerCustomization::Customization& customization_;
+  const Palette palette_;
 };
 
 /// Chooses the renderer of a component. Stateless.
@@ -50,26 +49,19 @@ class ComponentRendererFactory {
 /// A component together with what its screen provides, ready to be drawn by the factory.
 class ComponentRenderable {
  public:
-  ComponentRenderable(const BannerCustomization::ComponentItem& item,
-                      const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
-                      ActionHandler onLinkAction, ReportedComponents& reported)
-      : item_(item),
-        customization_(customization),
-        onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)),
-        reportedComponents_(reported) {}
+  ComponentRenderable(const BannerCustomization::ComponentItem& item, const ScreenContext& context)
+      : item_(item), context_(context) {}
 
   view::AnyView render() const {
-    return ComponentRendererFactory().render(item_, customization_, customization_.messages.bannerMessages,
-                                             onButtonAction_, onLinkAction_, &reportedComponents_);
+    const auto& customization = context_.customization;
+    return ComponentRendererFactory().render(item_, customization, customization.messages.bannerMessages,
+                                             context_.onButtonAction, context_.onLinkAction,
+                                             &context_.reportedComponents);
   }
 
  private:
   const BannerCustomization::ComponentItem& item_;
-  const BannerCustomization::Customization& customization_;
-  const ActionHandler onButtonAction_;
-  const ActionHandler onLinkAction_;
-  ReportedComponents& reportedComponents_;
+  const ScreenContext& context_;
 };
 
 }  // namespace TalvoConsentSDK

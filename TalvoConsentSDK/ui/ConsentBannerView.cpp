@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/Printer.h"
-#include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 #include "TalvoConsentSDK/ui/Labels.h"
 #include "TalvoConsentSDK/ui/MainScreenView.h"
@@ -23,21 +22,23 @@ namespace {
 
 using StoredConsent = std::optional<BasicConsent>;
 
-std::optional<ConsentValue> storedValue(const StoredConsent& consent, const std::string& category) {
-  if (category == "necessary") return ConsentValue::all();
+std::optional<ConsentValue> storedValue(const StoredConsent& consent, ConsentCategory category) {
+  if (category == ConsentCategory::necessary) return ConsentValue::all();
   if (!consent) return std::nullopt;
-  if (category == "preferences") return consent->preferences;
-  if (category == "statistics") return consent->statistics;
-  return consent->marketing;
+  if (category == ConsentCategory::preferences) return consent->preferences;
+  if (category == ConsentCategory::statistics) return consent->statistics;
+  if (category == ConsentCategory::marketing) return consent->marketing;
+  return std::nullopt;
 }
 
-constexpr const char* categories[] = {"necessary", "preferences", "statistics", "marketing"};
+constexpr ConsentCategory categories[] = {ConsentCategory::necessary, ConsentCategory::preferences,
+                                          ConsentCategory::statistics, ConsentCategory::marketing};
 
 CategoryStates initialCategories(const StoredConsent& consent) {
   CategoryStates states;
-  for (const char* category : categories) {
+  for (const ConsentCategory category : categories) {
     const auto value = storedValue(consent, category);
-    states[category] = value && value->isEnabled();
+    states[std::string(rawValue(category))] = value && value->isEnabled();
   }
   return states;
 }
@@ -51,10 +52,10 @@ bool isOnInitially(const std::optional<ConsentValue>& value, const std::string& 
 VendorStates initialVendors(const StoredConsent& consent, const VendorCataloguePointer& services) {
   VendorStates states;
   if (!services) return states;
-  for (const char* category : categories) {
+  for (const ConsentCategory category : categories) {
     const auto value = storedValue(consent, category);
-    auto& vendors = states[category];
-    for (const std::string& vendor : services->vendors(category))
+    auto& vendors = states[std::string(rawValue(category))];
+    for (const std::string& vendor : services->vendors(rawValue(category)))
       vendors[vendor] = isOnInitially(value, vendor);
   }
   return states;
@@ -153,9 +154,7 @@ AnyView ConsentBannerView::body() const {
 
 void ConsentBannerView::handleMainAction(const std::string& action) const {
   if (action == closeAction) return callbacks_->onClose();
-  if (action == "managePreferences" || action == "preferences") {
-    return currentScreen_.set(PreferencesScreen());
-  }
+  if (opensPreferences(action)) return currentScreen_.set(PreferencesScreen());
   performCommonAction(action);
 }
 

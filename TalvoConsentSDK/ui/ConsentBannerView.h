@@ -2,7 +2,6 @@
 
 // The root of the banner: its state, its screens, and what each action does.
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,26 +11,14 @@
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/Services.h"
 #include "TalvoConsentSDK/models/SiteConfiguration.h"
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 #include "TalvoConsentSDK/view/AnyView.h"
 #include "TalvoConsentSDK/view/State.h"
 
 namespace TalvoConsentSDK {
-
-namespace view {
-class RenderContext;
-}
-
-/// How the banner reports what the user decided. Called on the main thread.
-struct BannerCallbacks {
-  std::function<void()> onAcceptAll;
-  std::function<void()> onRejectAll;
-  std::function<void()> onManagePreferences;
-  std::function<void(const BasicConsent&)> onSavePreferences;
-  std::function<void()> onClose;
-};
 
 /// A view as a value: copies share their state, which starts from the stored consent. It never closes itself;
 /// the owner of the callbacks does. Main thread only.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
+
 namespace TalvoConsentSDK {
 
 using namespace view;
@@ -24,7 +26,8 @@ void switchCategory(const ConsentBindings& bindings, const std::string& category
 
 // Whether do-not-sell withholds consent to the category.
 bool isWithheld(const ConsentBindings& bindings, const std::string& category) {
-  return category != "necessary" && bindings.doNotSellState && bindings.doNotSellState->get();
+  return category != rawValue(ConsentCategory::necessary) && bindings.doNotSellState &&
+         bindings.doNotSellState->get();
 }
 
 constexpr auto isTrue = [](const auto& entry) { return entry.second; };
@@ -77,9 +80,11 @@ struct DoNotSellSwitch {
     const bool value = changed(get(), change);
     bindings.doNotSellState->set(value);
     if (!value) return;
-    for (const char* category : {"preferences", "statistics", "marketing"}) {
+    using enum ConsentCategory;
+    for (const ConsentCategory each : {preferences, statistics, marketing}) {
+      const std::string category(rawValue(each));
       switchCategory(bindings, category, false);
-      bindings.vendorStates->update([category](VendorStates& states) {
+      bindings.vendorStates->update([&category](VendorStates& states) {
         for (auto& [vendor, isOn] : states[category]) isOn = false;
       });
     }

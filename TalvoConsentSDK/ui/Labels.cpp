@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "TalvoConsentSDK/base/ASCII.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
 
 namespace TalvoConsentSDK {
 
@@ -41,12 +42,10 @@ std::string capitalized(std::string text) {
 }  // namespace
 
 std::string buttonLabel(const std::string& id, const BannerCustomization::BannerMessages& messages) {
-  if (id == "acceptAll") return messages.acceptButton;
-  if (id == "rejectAll") return messages.rejectButton;
-  if (id == "managePreferences" || id == "preferences") {
-    return messages.preferencesButton.value_or("Manage Preferences");
-  }
-  if (id == "savePreferences") return messages.savePreference.value_or("Save Preferences");
+  if (id == acceptAction) return messages.acceptButton;
+  if (id == rejectAction) return messages.rejectButton;
+  if (opensPreferences(id)) return messages.preferencesButton.value_or("Manage Preferences");
+  if (id == saveAction) return messages.savePreference.value_or("Save Preferences");
   return capitalized(id);
 }
 

@@ -1,7 +1,6 @@
 #include "TalvoConsentSDK/ui/LinkComponentRenderer.h"
 
 #include "TalvoConsentSDK/ui/Labels.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -27,9 +26,8 @@ bool LinksComponentRenderer::isVisible(const std::string& link,
 }
 
 AnyView LinksComponentRenderer::linkView(const std::string& link) const {
-  const Palette palette(customization_.colors);
   const AnyView label = text(linkLabel(link, messages_), {.font = {TextStyle::footnote, FontWeight::regular},
-                                                          .color = palette.buttonFont,
+                                                          .color = palette_.buttonFont,
                                                           .isUnderlined = true});
   return button(label, [onAction = onAction_, link] { onAction(link); }).accessibility({.role = Role::link});
 }

@@ -16,7 +16,10 @@ class LinksComponentRenderer : public ComponentRenderer {
   LinksComponentRenderer(const std::vector<std::string>& links,
                          const BannerCustomization::Customization& customization,
                          const BannerCustomization::BannerMessages& messages, ActionHandler onAction)
-      : links_(links), customization_(customization), messages_(messages), onAction_(std::move(onAction)) {}
+      : ComponentRenderer(customization),
+        links_(links),
+        messages_(messages),
+        onAction_(std::move(onAction)) {}
 
   view::AnyView render() const override;
 
@@ -26,7 +29,6 @@ class LinksComponentRenderer : public ComponentRenderer {
   view::AnyView linkView(const std::string& link) const;
 
   const std::vector<std::string>& links_;
-  const BannerCustomization::Customization& customization_;
   const BannerCustomization::BannerMessages& messages_;
   const ActionHandler onAction_;
 };

@@ -7,8 +7,8 @@ namespace TalvoConsentSDK {
 using namespace view;
 
 AnyView MainScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
-  const auto& components = customization_.components;
+  CardScreen screen(context_);
+  const auto& components = context_.customization.components;
   if (components && components->mainScreen) screen.addComponents(*components->mainScreen);
   return screen.render();
 }

@@ -2,7 +2,9 @@
 
 // The banner's first screen.
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 
@@ -12,18 +14,12 @@ class MainScreenView {
  public:
   MainScreenView(const BannerCustomization::Customization& customization, ActionHandler onButtonAction,
                  ActionHandler onLinkAction, ReportedComponents& reported)
-      : customization_(customization),
-        onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)),
-        reportedComponents_(reported) {}
+      : context_{customization, std::move(onButtonAction), std::move(onLinkAction), reported} {}
 
   view::AnyView body() const;
 
  private:
-  const BannerCustomization::Customization& customization_;
-  const ActionHandler onButtonAction_;
-  const ActionHandler onLinkAction_;
-  ReportedComponents& reportedComponents_;
+  const ScreenContext context_;
 };
 
 }  // namespace TalvoConsentSDK

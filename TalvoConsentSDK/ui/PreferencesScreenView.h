@@ -2,9 +2,11 @@
 
 // The banner's second screen: the categories with their switches.
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
-#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/ui/VendorCatalogue.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 
@@ -16,24 +18,18 @@ class PreferencesScreenView {
                         VendorCataloguePointer services, ConsentBindings bindings,
                         ActionHandler onButtonAction, ActionHandler onLinkAction,
                         VendorDetailHandler onVendorDetailTap, ReportedComponents& reported)
-      : customization_(customization),
+      : context_{customization, std::move(onButtonAction), std::move(onLinkAction), reported},
         services_(std::move(services)),
         bindings_(std::move(bindings)),
-        onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)),
-        onVendorDetailTap_(std::move(onVendorDetailTap)),
-        reportedComponents_(reported) {}
+        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
 
   view::AnyView body() const;
 
  private:
-  const BannerCustomization::Customization& customization_;
+  const ScreenContext context_;
   const VendorCataloguePointer services_;
   const ConsentBindings bindings_;
-  const ActionHandler onButtonAction_;
-  const ActionHandler onLinkAction_;
   const VendorDetailHandler onVendorDetailTap_;
-  ReportedComponents& reportedComponents_;
 };
 
 }  // namespace TalvoConsentSDK

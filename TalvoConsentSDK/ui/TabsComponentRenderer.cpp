@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/CategoryRow.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -16,7 +16,7 @@ using BannerMessages = BannerCustomization::BannerMessages;
 
 // A category's defaults, and the messages with which a site replaces them.
 struct KnownCategory {
-  const char* id;
+  ConsentCategory id;
   std::optional<std::string> BannerMessages::* name;
   const char* defaultName;
   std::optional<std::string> BannerMessages::* description;
@@ -24,15 +24,15 @@ struct KnownCategory {
 };
 
 constexpr KnownCategory knownCategories[] = {
-    {"necessary", &BannerMessages::necessaryTitle, "Necessary", &BannerMessages::necessary,
+    {ConsentCategory::necessary, &BannerMessages::necessaryTitle, "Necessary", &BannerMessages::necessary,
      "These cookies are essential for the website to function properly."},
-    {"statistics", &BannerMessages::statisticsTitle, "Statistics", &BannerMessages::statistics,
+    {ConsentCategory::statistics, &BannerMessages::statisticsTitle, "Statistics", &BannerMessages::statistics,
      "These cookies help us understand how visitors interact with our website."},
-    {"preferences", &BannerMessages::preferencesTitle, "Preferences", &BannerMessages::preferences,
-     "These cookies allow the website to remember choices you make."},
-    {"marketing", &BannerMessages::marketingTitle, "Marketing", &BannerMessages::marketing,
+    {ConsentCategory::preferences, &BannerMessages::preferencesTitle, "Preferences",
+     &BannerMessages::preferences, "These cookies allow the website to remember choices you make."},
+    {ConsentCategory::marketing, &BannerMessages::marketingTitle, "Marketing", &BannerMessages::marketing,
      "These cookies are used to track visitors across websites for marketing purposes."},
-    {"doNotSell", &BannerMessages::doNotSellLabelText, "Don't Sell My Data",
+    {ConsentCategory::doNotSell, &BannerMessages::doNotSellLabelText, "Don't Sell My Data",
      &BannerMessages::doNotSellDescription, nullptr},
 };
 
@@ -42,15 +42,16 @@ std::vector<BannerCustomization::CategoryItem> TabsComponentRenderer::categories
     const BannerCustomization::TabItem& tab, const BannerMessages& messages) {
   std::vector<BannerCustomization::CategoryItem> items;
   for (const KnownCategory& known : knownCategories) {
+    const std::string_view id = rawValue(known.id);
     const bool isListed = !tab.categories || tab.categories->empty() ||
-                          std::ranges::find(*tab.categories, known.id) != tab.categories->end();
+                          std::ranges::find(*tab.categories, id) != tab.categories->end();
     if (!isListed) continue;
     auto& item = items.emplace_back();
-    item.id = known.id;
+    item.id.emplace(id);
     item.name = (messages.*known.name).value_or(known.defaultName);
     item.description = messages.*known.description;
     if (!item.description && known.defaultDescription) item.description = known.defaultDescription;
-    item.enabled = item.required = &known == knownCategories;  // the first one is the necessary one
+    item.enabled = item.required = known.id == ConsentCategory::necessary;
   }
   return items;
 }
@@ -62,11 +63,10 @@ AnyView TabsComponentRenderer::render() const {
 }
 
 AnyView TabsComponentRenderer::tabView(const BannerCustomization::TabItem& tab) const {
-  const Palette palette(customization_.colors);
   std::vector<AnyView> rows;
   for (const auto& item : categories(tab, messages_)) {
-    if (!rows.empty()) rows.push_back(divider(palette.line()).key("above " + *item.id));
-    rows.push_back(CategoryRow(item, palette, tab.readOnly, tab.services ? services_ : nullptr,
+    if (!rows.empty()) rows.push_back(divider(palette_.line()).key("above " + *item.id));
+    rows.push_back(CategoryRow(item, palette_, tab.readOnly, tab.services ? services_ : nullptr,
                                tab.showCategoryDescription, bindings_, *item.id, onVendorDetailTap_)
                        .view()
                        .key(*item.id));

@@ -10,9 +10,6 @@
 
 namespace TalvoConsentSDK {
 
-/// Called with the vendor whose details the user wants to see.
-using VendorDetailHandler = std::function<void(const Services::ServiceGroup&)>;
-
 /// Draws the categories of all tabs one below the other; the user does not choose a tab. Without bindings the
 /// switches show the categories' defaults and are disabled.
 class TabsComponentRenderer : public ComponentRenderer {
@@ -22,8 +19,8 @@ class TabsComponentRenderer : public ComponentRenderer {
                         const BannerCustomization::BannerMessages& messages,
                         VendorCataloguePointer services = nullptr, ConsentBindings bindings = {},
                         VendorDetailHandler onVendorDetailTap = nullptr)
-      : tabs_(tabs),
-        customization_(customization),
+      : ComponentRenderer(customization),
+        tabs_(tabs),
         messages_(messages),
         services_(std::move(services)),
         bindings_(std::move(bindings)),
@@ -39,7 +36,6 @@ class TabsComponentRenderer : public ComponentRenderer {
   view::AnyView tabView(const BannerCustomization::TabItem& tab) const;
 
   const std::vector<BannerCustomization::TabItem>& tabs_;
-  const BannerCustomization::Customization& customization_;
   const BannerCustomization::BannerMessages& messages_;
   const VendorCataloguePointer services_;
   const ConsentBindings bindings_;

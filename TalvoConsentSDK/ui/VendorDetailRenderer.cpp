@@ -62,38 +62,37 @@ AnyView serviceView(const Services::Service& service, const Palette& palette) {
 }  // namespace
 
 AnyView VendorDetailRenderer::render() const {
-  const Palette palette(customization_.colors);
   const auto& details = vendorGroup_.details;
   const AnyView name =
-      text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette.font})
+      text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette_.font})
           .accessibility({.role = Role::heading})
           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
 
   std::vector<AnyView> views{
       horizontalStack(
           {.spacing = 12, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
-          {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette, readOnly_, bindings_)})
+          {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_)})
           .padding({.top = 4, .bottom = 16})};
   const auto add = [&](const char* label, const Text& value) {
-    if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette), palette));
+    if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette_), palette_));
   };
   add("Company Name", details.processingCompanyName);
   add("Location", details.processingCompanyLocation);
   add("Privacy Contact", details.DTOProbableEmails);
   if (hasValue(details.privacyPolicyURL)) {
     views.push_back(labelled("Privacy Policy URL",
-                             link("privacyPolicyURL", *details.privacyPolicyURL, palette), palette));
+                             link("privacyPolicyURL", *details.privacyPolicyURL, palette_), palette_));
   }
   add("Description", details.description);
 
   views.push_back(text(localized("Stored Information"),
-                       {.font = {TextStyle::body, FontWeight::semibold}, .color = palette.font})
+                       {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})
                       .accessibility({.role = Role::heading})
                       .padding({.top = 8, .bottom = 4}));
-  views.push_back(divider(palette.line()));
+  views.push_back(divider(palette_.line()));
   for (const auto& service : vendorGroup_.services) {
-    views.push_back(serviceView(service, palette));
-    views.push_back(divider(palette.line()));
+    views.push_back(serviceView(service, palette_));
+    views.push_back(divider(palette_.line()));
   }
   return verticalStack({.alignment = HorizontalAlignment::leading}, views).padding({.bottom = 12});
 }

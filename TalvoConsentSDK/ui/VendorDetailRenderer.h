@@ -16,9 +16,9 @@ class VendorDetailRenderer : public ComponentRenderer {
   VendorDetailRenderer(const Services::ServiceGroup& vendorGroup, std::string categoryId,
                        const BannerCustomization::Customization& customization, bool readOnly,
                        ConsentBindings bindings)
-      : vendorGroup_(vendorGroup),
+      : ComponentRenderer(customization),
+        vendorGroup_(vendorGroup),
         categoryId_(std::move(categoryId)),
-        customization_(customization),
         readOnly_(readOnly),
         bindings_(std::move(bindings)) {}
 
@@ -27,7 +27,6 @@ class VendorDetailRenderer : public ComponentRenderer {
  private:
   const Services::ServiceGroup& vendorGroup_;
   const std::string categoryId_;
-  const BannerCustomization::Customization& customization_;
   const bool readOnly_;
   const ConsentBindings bindings_;
 };

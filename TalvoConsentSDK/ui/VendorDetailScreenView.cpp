@@ -4,12 +4,11 @@
 #include <string>
 #include <utility>
 
+#include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
 #include "TalvoConsentSDK/ui/Localized.h"
-#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
-#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 
@@ -34,29 +33,24 @@ bool isReadOnly(const CardScreen::Items& components, const std::string& category
 }  // namespace
 
 AnyView VendorDetailScreenView::body() const {
-  CardScreen screen(customization_, onButtonAction_, onLinkAction_, reportedComponents_);
-  screen.add(BackButtonRenderer(customization_, onBack_).render());
-  const auto& components = customization_.components;
+  CardScreen screen(context_);
+  screen.add(BackButtonRenderer(context_.customization, onBack_).render());
+  const auto& components = context_.customization.components;
   if (!components || !components->secondaryScreen) {
-    const Palette palette(customization_.colors);
-    screen.add(text(localized("No vendor details available"), {.color = palette.font}));
+    screen.addText(localized("No vendor details available"));
     return screen.render();
   }
 
   const std::string category = normalizedCategoryKey(vendorGroup_.services.front().category.value_or(""));
-  const bool isRequired = category == "necessary";
+  const bool isRequired = category == rawValue(ConsentCategory::necessary);
   const bool isSwitchDisabled = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
                                 isReadOnly(*components->secondaryScreen, category);
   bool isDrawn = false;
-  screen.addComponents(*components->secondaryScreen,
-                       [&](const BannerCustomization::ComponentItem& item) -> std::optional<AnyView> {
-                         if (item.id != "tabs" || !ComponentRendererFactory::isComplete(item))
-                           return std::nullopt;
-                         if (std::exchange(isDrawn, true)) return AnyView();
-                         return VendorDetailRenderer(vendorGroup_, category, customization_, isSwitchDisabled,
-                                                     bindings_)
-                             .render();
-                       });
+  screen.addComponents(*components->secondaryScreen, [&](const CardScreen::Tabs&) {
+    if (std::exchange(isDrawn, true)) return AnyView();
+    return VendorDetailRenderer(vendorGroup_, category, context_.customization, isSwitchDisabled, bindings_)
+        .render();
+  });
   return screen.render();
 }
 

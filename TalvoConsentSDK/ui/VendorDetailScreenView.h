@@ -4,9 +4,11 @@
 
 #include <functional>
 
-#include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/ui/ConsentSwitches.h"
-#include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/ui/VendorCatalogue.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 
@@ -21,27 +23,21 @@ class VendorDetailScreenView {
                          ActionHandler onLinkAction, VendorDetailHandler onVendorDetailTap,
                          ReportedComponents& reported)
       : vendorGroup_(vendorGroup),
-        customization_(customization),
+        context_{customization, std::move(onButtonAction), std::move(onLinkAction), reported},
         services_(std::move(services)),
         bindings_(std::move(bindings)),
         onBack_(std::move(onBack)),
-        onButtonAction_(std::move(onButtonAction)),
-        onLinkAction_(std::move(onLinkAction)),
-        onVendorDetailTap_(std::move(onVendorDetailTap)),
-        reportedComponents_(reported) {}
+        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
 
   view::AnyView body() const;
 
  private:
   const Services::ServiceGroup& vendorGroup_;
-  const BannerCustomization::Customization& customization_;
+  const ScreenContext context_;
   const VendorCataloguePointer services_;
   const ConsentBindings bindings_;
   const std::function<void()> onBack_;
-  const ActionHandler onButtonAction_;
-  const ActionHandler onLinkAction_;
   const VendorDetailHandler onVendorDetailTap_;  // not used yet: the screen does not link to other vendors
-  ReportedComponents& reportedComponents_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -5,7 +5,10 @@
 #include <memory>
 #include <string>
 
-#include "TalvoConsentSDK/ui/CategoryRow.h"
+#include "TalvoConsentSDK/ui/ConsentSwitches.h"
+#include "TalvoConsentSDK/ui/Palette.h"
+#include "TalvoConsentSDK/ui/ScreenContext.h"
+#include "TalvoConsentSDK/view/AnyView.h"
 
 namespace TalvoConsentSDK {
 

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "TalvoConsentSDK/models/ServicesByCategory.h"
+#include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 
@@ -42,8 +43,8 @@ void checkAccept(const CustomizationDocument& document, const Screen& screen, Re
   for (std::size_t i = 0; i < screen.items.size(); ++i) {
     const auto& item = screen.items[i];
     if (item.id != "buttons" || !item.buttons) continue;
-    const std::size_t accept = find(*item.buttons, "acceptAll");
-    const std::size_t reject = find(*item.buttons, "rejectAll");
+    const std::size_t accept = find(*item.buttons, acceptAction);
+    const std::size_t reject = find(*item.buttons, rejectAction);
     if (accept == item.buttons->size()) continue;
     const std::string path = at(at(screen.path, i) + ".buttons", accept);
     if (reject == item.buttons->size()) {

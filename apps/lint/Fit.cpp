@@ -4,6 +4,7 @@
 #include <cmath>
 #include <unordered_map>
 
+#include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/ui/ConsentBannerView.h"
 #include "TalvoConsentSDK/view/Layout.h"
@@ -62,7 +63,7 @@ class FitCheck {
 
   void run() {
     for (const Screen& screen : screens(document_.record)) {
-      if (!screen.isMain) banner_.handleMainAction("managePreferences");
+      if (!screen.isMain) banner_.handleMainAction(std::string(manageAction));
       ElementTree tree([] {});
       tree.render(banner_.view());
       Layout(tree, environment_).run({});

@@ -139,12 +139,6 @@ class StructureCheck {
     }
   }
 
-  static bool opensPreferences(std::string_view action) {
-    return std::ranges::any_of(commonActions, [&](const CommonAction& each) {
-      return each.id == action && each.callback == &BannerCallbacks::onManagePreferences;
-    });
-  }
-
   void checkTabs(const std::string& path, const std::vector<BannerCustomization::TabItem>& tabs) {
     const auto known = tabCategories();
     for (std::size_t i = 0; i < tabs.size(); ++i) {
