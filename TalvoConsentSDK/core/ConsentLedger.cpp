@@ -213,8 +213,8 @@ bool ConsentLedger::applyDecision(KeptValues& kept, const Decision& decision, co
   const std::scoped_lock guard(lock_);
   const KeptUser& identified = kept.user.isUnknown ? user_ : kept.user;
   const Person& person = decision.person;
-  // If the user was unknown at the decision, and the identity has not changed since, the user identified now
-  // made it.
+  // If the user was unknown when the decision was made, and the identity has not changed since, the decision
+  // belongs to the user who is identified now.
   const bool isByIdentified = person.user.isUnknown && person.identity == identity_;
   const std::optional<std::string> userId = isByIdentified ? identified.value : person.user.value;
   const bool isIdentified = userId == identified.value;

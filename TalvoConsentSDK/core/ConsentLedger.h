@@ -34,8 +34,9 @@ class ConsentLedger {
   /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
 
-  /// The person who uses the app, identified or not. If the store could not be read, the user is unknown.
-  /// Once the store can be read, this is the user that it holds, unless a login or logout comes first.
+  /// The person who uses the app, identified or not. The user is unknown if the store could not be read; the
+  /// person then counts as the user that the store is later found to hold, unless a login or logout comes
+  /// first.
   struct Person {
     KeptUser user;
     std::uint64_t identity = 0;  // how many times the identity had changed
@@ -45,7 +46,7 @@ class ConsentLedger {
   struct Decision {
     Person person;             // who decided
     bool isUpdate = false;     // a consent was stored at creation, or when the identity last changed
-    std::uint64_t number = 0;  // a person's decision with the highest number wins
+    std::uint64_t number = 0;  // of one person's decisions, the highest number wins
   };
   Decision beginDecision();
 

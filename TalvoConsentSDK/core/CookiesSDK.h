@@ -43,12 +43,12 @@ class CookiesSDK {
   /// device's store; then, on the main actor, it fetches the site's configuration, submits an implicit
   /// consent if the site asks for one and no consent is stored, and fetches the user's consent if a user is
   /// still identified. If no platform is installed, all of this happens once one is. Safe from any thread.
-  /// Returns null when called by host code that creation is running.
+  /// Returns null to host code that runs within this call, such as the store.
   static std::shared_ptr<CookiesSDK> createInstance(const std::string& apiUrl, const std::string& siteId);
 
   /// Returns the process's instance, or null before the first `createInstance`. Waits while another thread is
-  /// creating the instance. Host code that creation is running gets null, and must not wait for other
-  /// threads.
+  /// creating the instance. Host code that runs within `createInstance` gets null, and must not wait for
+  /// other threads.
   static std::shared_ptr<CookiesSDK> getInstance();
 
   ~CookiesSDK();
@@ -98,8 +98,8 @@ class CookiesSDK {
   /// the main actor:
   /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision. The device has stored it too,
   ///   unless its store failed, which prints a line, or the decision's user is no longer identified;
-  /// - `onManagePreferences`: the same for preferences saved on the banner; or the user asked for
-  ///   preferences, and the host is to show them;
+  /// - `onManagePreferences`: the user saved preferences on the banner, and the service has accepted them, as
+  ///   above; or the user asked for preferences, which the host must show itself;
   /// - `onError`: the banner could not be shown, or a decision could not be submitted. Nothing was stored.
   /// Closing the banner stores nothing and calls no closure. A decision raises no event. It belongs to
   /// whoever was identified when the host asked for the banner, under the rules of `submitConsent`.

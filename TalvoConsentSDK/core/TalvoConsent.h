@@ -38,7 +38,8 @@ class TalvoConsent {
 
   /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
   /// unchanged. If the base URL is not a URL, fails with `HTTPClientError` `invalidURL`, calling `completion`
-  /// before this returns. If a text is not UTF-8, fails with code -1.
+  /// on the calling thread before this returns. If a text is not UTF-8, fails with the `PlatformError` of
+  /// code -1.
   void submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
                      Completion completion);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// A ViewWindow for assistive technology: all elements of its controller, and notifications of their changes.
+// Shows assistive technology all elements of a ViewWindow's controller, and notifies it of their changes.
 // AccessibleInterfaces.h has the interfaces that Qt passes to assistive technology.
 
 #include <QAccessible>
@@ -14,9 +14,10 @@ namespace TalvoConsentSDK {
 
 class ViewWindow;
 
-/// Use it on the GUI thread. The window is the root. Its child is the dialog, if there is one, and the
-/// children of that are the elements in reading order, including rows that are far out of sight. Listing
-/// these takes time in proportion to their number, so they are listed on demand and at most once per change.
+/// Use it on the GUI thread. The root is the window. Its children are the elements in reading order,
+/// including rows that are far out of sight. If there is a dialog, it is the root's only child and the other
+/// elements are its children. Listing the elements takes time in proportion to their number, so they are
+/// listed on demand and at most once per change.
 class AccessibleTree {
  public:
   explicit AccessibleTree(ViewWindow& window);
@@ -50,7 +51,8 @@ class AccessibleTree {
   /// Gives the element the focus, which also scrolls it into view.
   void focus(view::ElementId id);
 
-  /// Must be called when the window gets another controller, because that one counts its own revisions.
+  /// Must be called when the window gets another controller, because each controller counts its own
+  /// revisions.
   void controllerChanged() { revision_.reset(); }
 
   /// Notifies assistive technology, if it is active, of what changed since the last call.

@@ -20,8 +20,8 @@ using namespace view;
 
 namespace {
 
-// A continuous corner extends along the sides by this multiple of its radius. The exponent is that of the
-// superellipse that extends so far and passes through the middle of the circular corner.
+// A continuous corner extends along the sides by this multiple of its radius. With this exponent,
+// a superellipse of that extent passes through the middle of the circular corner.
 constexpr double reach = 1.528665;
 constexpr double exponent = 3.26;
 

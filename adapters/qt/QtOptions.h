@@ -21,7 +21,7 @@ struct QtOptions {
       {};  // if absent, the direction of the banner's texts
 
   /// Whether to draw in high contrast: texts and lines solid, controls with an outline. If absent, the
-  /// system's setting is used, which Qt knows from version 6.10 on; older versions count as off.
+  /// system's setting is used, which Qt knows from version 6.10 on; with an older Qt, high contrast is off.
   std::optional<bool> highContrast = {};
 
   /// Whether to do without animations. Qt does not know the system's setting.

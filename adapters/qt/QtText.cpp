@@ -26,8 +26,8 @@ QFont::Weight toQtWeight(FontWeight weight) {
   return QFont::Normal;
 }
 
-// The installed fonts among Inter and those that go well with it for scripts that it lacks, then the
-// system's.
+// Inter, then fonts that match it for scripts that it lacks, each only if it is installed; then the system's
+// fonts.
 const QStringList& families() {
   static const QStringList list = [] {
     const QStringList installed = QFontDatabase::families();

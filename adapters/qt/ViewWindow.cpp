@@ -97,7 +97,7 @@ void ViewWindow::drawFrame() {
   mount_.update(visuals);
   const bool goesOn = frameDrawn(now, visuals);
   if (!timer_.isActive() && (goesOn || (controller_ && controller_->isMoving()))) timer_.start(frameInterval);
-  // Notify only when nothing moves, because clients may then query everything.
+  // Notify only when nothing moves, because a client that is notified may query every element.
   if (!timer_.isActive()) accessible_.notify();
 }
 

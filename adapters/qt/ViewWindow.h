@@ -29,7 +29,8 @@ class ViewWindow : public QQuickWindow {
   /// The parent of all items that show the controller's visuals.
   QQuickItem& stage() { return stage_; }
 
-  /// Exists as long as one of the window's handlers runs. Code that a handler calls may run an event loop.
+  /// Create one in each handler of the window: deleteAfterHandlers deletes the window only once none exists,
+  /// because a handler may call code that runs an event loop.
   class HandlerScope {
    public:
     explicit HandlerScope(ViewWindow& window) : window_(&window) { ++window_->runningHandlers_; }

@@ -94,7 +94,7 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   disc(0, 0, toQColor(toggle.knobColor));
 }
 
-// Creates the node for each kind of visual in the item's size.
+// Creates the node that draws a visual, in the item's size; has one overload per kind of visual.
 struct NodeMaker {
   QQuickWindow& window;
   const TextSettings& settings;

@@ -18,7 +18,7 @@ using namespace view;
 
 namespace {
 
-constexpr double minShare = 2.0 / 3;     // of the font size; how far a text shrinks to avoid splitting a word
+constexpr double minShare = 2.0 / 3;     // of its font size; a text shrinks no further to keep a word whole
 constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts do not accept infinity
 
 // Lengths are in UTF-16 units. If a text has no blanks at which a line can end, the time that Qt takes for
@@ -27,7 +27,7 @@ constexpr qsizetype longText = 4096;
 constexpr qsizetype pieceLength = 1024;
 constexpr qsizetype maxPieceLength = 4 * pieceLength;  // for a text with few possible line ends
 constexpr qsizetype maxContext = pieceLength / 4;
-constexpr int unsettledLines = 2;  // at a piece's end; the text that follows may change how they wrap
+constexpr int unsettledLines = 2;  // the last lines of a layout, which may wrap differently if text follows
 constexpr qsizetype maxWordLength = 1000;
 constexpr double longestLine = 10'000;
 
@@ -152,7 +152,7 @@ WrappedText::Piece WrappedText::nextPiece(const Lines& lines, qsizetype begin, q
       --piece.layoutEnd;
     }
     int firstLine = layOut(lines, piece);
-    if (firstLine < 0) {  // without the text before them, the lines before the piece wrap differently
+    if (firstLine < 0) {  // the lines before the piece wrapped differently than in the whole text
       piece.layoutBegin = begin;
       firstLine = layOut(lines, piece);
     }
@@ -203,7 +203,7 @@ bool WrappedText::splitsWord(const Piece& piece, int firstLine) const {
 Size WrappedText::size() {
   const int count = lines_->count;
   const double height = lines_->height * std::max(1, count);
-  // A last letter that leans out of its line counts when Qt wraps the line, but not in naturalTextWidth.
+  // When Qt wraps a line, it includes the overhang of the last letter; naturalTextWidth does not.
   if (isLong()) return {std::min(lines_->width, std::ceil(lines_->widest + lines_->height)), height};
   Lines lines = *lines_;
   double widest = std::ceil(lines.widest);
@@ -216,7 +216,7 @@ void WrappedText::draw(QPainter& painter, const QColor& color, bool isUnderlined
                        double bottom) const {
   painter.setPen(color);
   const QFontMetricsF metrics(lines_->font);
-  const double height = lines_->height;  // letters extend beyond their line by at most as much
+  const double height = lines_->height;  // also the most by which letters extend beyond their line
   for (auto piece = lines_->pieces.begin(); piece != lines_->pieces.end(); ++piece) {
     const bool isLast = std::next(piece) == lines_->pieces.end();
     const int end = isLast ? lines_->count : std::next(piece)->firstLine;

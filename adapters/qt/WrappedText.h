@@ -40,8 +40,8 @@ class WrappedText {
 
  private:
   /// Lines that are laid out together. The layout also includes some lines before them and some text after
-  /// them, so that they are shaped as they are within the whole text. All positions are positions in the
-  /// text.
+  /// them, so that the result is the same as if the whole text were laid out. All positions count from the
+  /// start of the whole text.
   struct Piece {
     qsizetype layoutBegin = 0;
     qsizetype layoutEnd = 0;

@@ -88,7 +88,8 @@ void Connection::enter(Phase phase, std::chrono::milliseconds time) {
   until_ = since_ + time;
 }
 
-// Waits for the client. Returns false if it ran out of time, or if a new connection needs its place.
+// Waits for the client. Returns false if the client ran out of time, or if the connection was ended and is
+// not sending.
 bool Connection::wait(short events) {
   waitingSince_ = since_.time_since_epoch().count();
   isSending_ = (events & POLLOUT) != 0;

@@ -65,7 +65,7 @@ class Connection : public httplib::Stream {
   /// Whether the current request has been read completely, so that the next byte begins another one.
   bool isAtNextRequest = false;
 
-  /// Whether the client ran out of time, or was ended in favour of another one.
+  /// Whether the client ran out of time, or the connection was ended while it waited for the client.
   bool isLate() const { return isLate_; }
 
   /// Whether the body takes more bytes on the wire than any body of the allowed size should.

@@ -73,7 +73,8 @@ void Connections::waits() {
   makeRoom();
 }
 
-// Ends one waiting connection for each job that no idle or ending thread will take.
+// Ends one waiting connection for each queued job that lacks a thread. Idle threads take one job each, and so
+// do threads whose connection has been ended.
 void Connections::makeRoom() {
   if (threads_.size() < maxThreads) return;
   auto wanted = queue_.size() - std::min(queue_.size(), idle_);

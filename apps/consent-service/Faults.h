@@ -34,8 +34,8 @@ class Fault {
     return methodAndTarget.find(part_) != std::string::npos;
   }
 
-  /// The reply with the failure. Calls `answer`, so that the request takes effect, only if part of the real
-  /// answer is needed: for `truncated`, and for a success status with a body.
+  /// The reply with the failure. Calls `answer` only if it needs part of the real answer: for `truncated`,
+  /// and for a success status with a body. Otherwise the request has no effect.
   Reply reply(const std::function<Reply()>& answer) const;
 
   /// KIND as it was passed to `parse`.

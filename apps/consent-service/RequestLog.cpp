@@ -67,7 +67,7 @@ void RequestLog::write(const RequestLogEntry& entry) {
   if (!entry.fault.empty()) line["fault"] = entry.fault;
 
   auto encoded = JSONEncoder().encode(line);
-  if (!encoded) {  // a body of the greatest depth that can be parsed is too deep as part of a line
+  if (!encoded) {  // a body nested as deeply as the parser allows is too deep inside the line
     line["body"] = textValue(entry.body);
     encoded = JSONEncoder().encode(line);
   }

@@ -11,7 +11,6 @@
 
 namespace TalvoConsentHost {
 
-/// The content of the screen.
 struct HostContent {
   std::string stored = "Nothing yet";
   std::vector<std::string> log;  // newest first

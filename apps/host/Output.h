@@ -22,7 +22,7 @@ class ObjectPrinter : public TalvoConsentSDK::platform::Printer {
 /// "main" or "background" for the calling thread. The first call must be on the main thread.
 std::string threadName();
 
-/// A record (or null) or an error, as scripts print it.
+/// The JSON that scripts print for a consent (null if there is none) and for an error.
 TalvoConsentSDK::JSONValue toJSON(const std::optional<TalvoConsentSDK::BasicConsent>& consent);
 TalvoConsentSDK::JSONValue toJSON(const TalvoConsentSDK::Error& error);
 

@@ -18,7 +18,7 @@ class Timing {
   /// Call this right before tapping a switch.
   static void switchTapped();
 
-  /// The times in milliseconds; null for those that have not happened.
+  /// The times in milliseconds; null for each that could not be measured.
   static TalvoConsentSDK::JSONObject report();
 };
 
