@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
@@ -84,7 +85,7 @@ bool hasOptedOut(const StoredConsent& consent) {
 // The consent that the switches start from. With do-not-sell on, saving would give no consent, so they start
 // off.
 const StoredConsent& shownConsent(const StoredConsent& stored) {
-  static const StoredConsent& none = *new StoredConsent;
+  static const auto& none = neverDestroyed<StoredConsent>();
   return hasOptedOut(stored) ? none : stored;
 }
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 namespace TalvoConsentSDK {
 namespace view {
 
@@ -14,7 +16,7 @@ AnyView make(node::Content content, std::vector<AnyView> children = {}) {
 }  // namespace
 
 AnyView::AnyView() {
-  static const auto& empty = *new std::shared_ptr<const ViewNode>(std::make_shared<ViewNode>());
+  static const auto& empty = neverDestroyed(std::make_shared<const ViewNode>());
   node_ = empty;
 }
 
