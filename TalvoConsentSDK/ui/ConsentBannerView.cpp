@@ -185,6 +185,8 @@ void ConsentBannerView::handleLinkAction(const std::string& link) const {
   if (const auto& urls = inputs_->customization.urls; urls && urls->contains(key)) {
     return openExternally(link, urls->find(key)->second);
   }
+  // Not reached as long as the first line handles this link. Kept so that the link never prints the line
+  // below.
   if (link == "doNotSellMyData") return;
   print("No URL found for link: " + link + " (URL key: " + key + ")");
 }

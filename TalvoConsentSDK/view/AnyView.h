@@ -42,8 +42,6 @@ class AnyView {
   /// Draws `content` over this view.
   AnyView overlay(const AnyView& content, Alignment alignment) const;
 
-  AnyView opacity(double opacity) const;
-
   /// Disables the controls in this view.
   AnyView disabled(bool isDisabled = true) const;
 

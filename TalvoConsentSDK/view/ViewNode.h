@@ -97,11 +97,6 @@ struct Stack {
   friend bool operator==(const Stack&, const Stack&) = default;
 };
 
-/// Flexible room in a stack.
-struct Spacer {
-  friend bool operator==(const Spacer&, const Spacer&) = default;
-};
-
 /// A thin line across a vertical stack.
 struct Divider {
   Color color = {};
@@ -164,11 +159,6 @@ struct Overlay {
   friend bool operator==(const Overlay&, const Overlay&) = default;
 };
 
-struct Opacity {
-  double opacity = 1;
-  friend bool operator==(const Opacity&, const Opacity&) = default;
-};
-
 /// Disables the controls inside and draws them as disabled.
 struct Disabled {
   bool isDisabled = true;
@@ -198,9 +188,9 @@ struct Component {
   friend bool operator==(const Component&, const Component&) = default;
 };
 
-using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Toggle, Stack, Spacer, Divider,
-                             Scroll, PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Opacity,
-                             Disabled, IgnoresSafeArea, Accessibility, Component>;
+using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Toggle, Stack, Divider, Scroll,
+                             PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Disabled,
+                             IgnoresSafeArea, Accessibility, Component>;
 
 /// For a visitor's case that handles several kinds. Listing them by name keeps the visitor exhaustive.
 template <class T, class... Kinds>

@@ -42,10 +42,6 @@ AnyView AnyView::overlay(const AnyView& content, Alignment alignment) const {
   return make(node::Overlay{alignment}, {*this, content});
 }
 
-AnyView AnyView::opacity(double opacity) const {
-  return make(node::Opacity{opacity}, {*this});
-}
-
 AnyView AnyView::disabled(bool isDisabled) const {
   return make(node::Disabled{isDisabled}, {*this});
 }
@@ -117,10 +113,6 @@ AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> child
 
 AnyView depthStack(Alignment alignment, std::vector<AnyView> children) {
   return make(node::Stack{.axis = node::Axis::depth, .alignment = alignment}, std::move(children));
-}
-
-AnyView spacer() {
-  return make(node::Spacer{});
 }
 
 AnyView divider(Color color) {
