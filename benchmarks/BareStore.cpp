@@ -6,6 +6,8 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 namespace TalvoConsentBenchmarks {
 
 namespace {
@@ -60,7 +62,8 @@ std::string BareStore::read(const std::string& key) {
 
 std::string scratchFolder() {
   namespace fs = std::filesystem;
-  static const std::string& folder = *new std::string(fs::absolute("scratch-" + std::to_string(getpid())));
+  static const std::string& folder =
+      TalvoConsentSDK::neverDestroyed(fs::absolute("scratch-" + std::to_string(getpid())).string());
   fs::create_directories(folder);
   std::atexit([] {
     std::error_code ignored;

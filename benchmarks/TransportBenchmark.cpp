@@ -11,6 +11,7 @@
 #include <benchmark/benchmark.h>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/curl/CurlURLSession.h"
@@ -127,7 +128,7 @@ void requests(State& state, const std::string& body) {
 }
 
 void submission(State& state) {
-  static const QuickServer& server = *new QuickServer;
+  static const QuickServer& server = neverDestroyed<QuickServer>();
   static const auto client = [] {
     Platform::install(makePosixPlatform(std::make_shared<MainQueue>(), scratchFolder() + "/client.sqlite"));
     return CookiesSDK::createInstance(server.url(), "site");

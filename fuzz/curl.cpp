@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
 
 #include "adapters/curl/CurlURLSession.h"
@@ -92,8 +93,8 @@ bool leadsAway(std::string text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static ByteServer& server = *new ByteServer;
-  static const auto& session = *new std::shared_ptr<CurlURLSession>([] {
+  static ByteServer& server = neverDestroyed<ByteServer>();
+  static const auto& session = neverDestroyed([] {
     CurlOptions options;
     options.maxReply = maxReply;
     return std::make_shared<CurlURLSession>(options);

@@ -1,6 +1,7 @@
 // The short texts of a document: colours, URLs of requests, and links. Parts: a text, a path.
 
 #include "TalvoConsentSDK/base/Color.h"
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/network/Endpoint.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 
@@ -61,7 +62,7 @@ void checkLink(MemoryPlatform& platform, const std::string& text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static MemoryPlatform& platform = *new MemoryPlatform;
+  static MemoryPlatform& platform = neverDestroyed<MemoryPlatform>();
   static const bool isInstalled = (platform.install(), true);
   require(isInstalled, "the platform is installed");
   Input input(data, size);

@@ -5,6 +5,8 @@
 #include <memory>
 #include <mutex>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 namespace TalvoConsentSDK {
 
 /// The slot for one client class. The first `create` fills it, and nothing empties it. Creation runs host
@@ -13,9 +15,9 @@ namespace TalvoConsentSDK {
 template <class Client>
 class ClientSlot {
  public:
-  /// Never destroyed: threads may still ask for the client while the process exits.
+  /// Threads may still ask for the client while the process exits.
   static ClientSlot& shared() {
-    static ClientSlot& slot = *new ClientSlot;
+    static ClientSlot& slot = neverDestroyed<ClientSlot>();
     return slot;
   }
 

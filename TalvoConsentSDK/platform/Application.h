@@ -37,24 +37,24 @@ class Scene {
   virtual std::shared_ptr<Window> makeWindow() = 0;
 };
 
-/// The host application. Main thread only. The defaults suit a process without a user interface.
+/// The host application. Main thread only.
 class Application {
  public:
   virtual ~Application() = default;
 
-  virtual std::vector<std::shared_ptr<Scene>> connectedScenes() { return {}; }
+  virtual std::vector<std::shared_ptr<Scene>> connectedScenes() = 0;
 
   /// The version of the phone operating system that this platform behaves like.
-  virtual OperatingSystemVersion operatingSystemVersion() const { return {17, 0}; }
+  virtual OperatingSystemVersion operatingSystemVersion() const = 0;
 
   /// Hands a URL to the system, to be opened outside the host.
-  virtual void open(const URL&) {}
+  virtual void open(const URL& url) = 0;
 
   /// The layout direction that the host asks for. If absent, the banner follows its own text.
-  virtual std::optional<LayoutDirection> layoutDirection() const { return std::nullopt; }
+  virtual std::optional<LayoutDirection> layoutDirection() const = 0;
 
   /// Whether the user asked for less motion.
-  virtual bool reducesMotion() const { return false; }
+  virtual bool reducesMotion() const = 0;
 };
 
 }  // namespace platform

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/platform/installation/Installation.h"
 #include "TalvoConsentSDK/platform/installation/NullSeams.h"
 
@@ -14,7 +15,7 @@ using namespace platform;
 
 namespace {
 
-// Never destroyed: threads may still read it, or print, while the process exits.
+// Threads may still read it, or print, while the process exits.
 struct Installed {
   std::mutex lock;
   UnboundPlatform unbound;
@@ -22,7 +23,7 @@ struct Installed {
   std::vector<std::function<void()>> waiting;  // work to do once the first platform is installed
 
   static Installed& instance() {
-    static Installed& installed = *new Installed;
+    static Installed& installed = neverDestroyed<Installed>();
     return installed;
   }
 };

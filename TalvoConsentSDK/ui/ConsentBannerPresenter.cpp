@@ -5,6 +5,7 @@
 #include <functional>
 #include <utility>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
@@ -54,8 +55,7 @@ AnyView bannerComposition(const AnyView& banner, const BannerCustomization::Cust
 }
 
 const std::shared_ptr<ConsentBannerPresenter>& ConsentBannerPresenter::shared() {
-  static const auto& presenter =
-      *new std::shared_ptr<ConsentBannerPresenter>(std::make_shared<ConsentBannerPresenter>());
+  static const auto& presenter = neverDestroyed(std::make_shared<ConsentBannerPresenter>());
   return presenter;
 }
 

@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 #include "TalvoConsentSDK/ui/Labels.h"
@@ -85,7 +86,7 @@ bool hasOptedOut(const StoredConsent& consent) {
 // The consent that the switches start from. With do-not-sell on, saving would give no consent, so they start
 // off.
 const StoredConsent& shownConsent(const StoredConsent& stored) {
-  static const StoredConsent& none = *new StoredConsent;
+  static const auto& none = neverDestroyed<StoredConsent>();
   return hasOptedOut(stored) ? none : stored;
 }
 
@@ -183,6 +184,8 @@ void ConsentBannerView::handleLinkAction(const std::string& link) const {
   if (const auto& urls = inputs_->customization.urls; urls && urls->contains(key)) {
     return openExternally(link, urls->find(key)->second);
   }
+  // Not reached as long as the first line handles this link. Kept so that the link never prints the line
+  // below.
   if (link == "doNotSellMyData") return;
   print("No URL found for link: " + link + " (URL key: " + key + ")");
 }

@@ -1,11 +1,12 @@
 #include "TalvoConsentSDK/ui/VendorCatalogue.h"
 
 #include "TalvoConsentSDK/base/ASCII.h"
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 
 namespace TalvoConsentSDK {
 
 const std::vector<std::string>& VendorCatalogue::vendors(std::string_view category) const {
-  static const std::vector<std::string>& none = *new std::vector<std::string>;
+  static const auto& none = neverDestroyed<std::vector<std::string>>();
   const auto entry = index_.servicesByCategory().find(lowercased(category));
   return entry == index_.servicesByCategory().end() ? none : entry->second;
 }

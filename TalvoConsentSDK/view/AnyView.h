@@ -42,8 +42,6 @@ class AnyView {
   /// Draws `content` over this view.
   AnyView overlay(const AnyView& content, Alignment alignment) const;
 
-  AnyView opacity(double opacity) const;
-
   AnyView disabled(bool isDisabled = true) const;
 
   AnyView ignoresSafeArea() const;

@@ -41,7 +41,8 @@ class HostingController : public RootViewController {
     return std::static_pointer_cast<HostingController>(controller);
   }
 
-  /// The colour behind the view. If it is clear, the host shows through.
+  /// The colour behind the view, for windows that paint one of their own. The presenter sets it to clear, so
+  /// that the host shows through.
   void setBackgroundColor(Color color) { backgroundColor_ = color; }
   Color backgroundColor() const { return backgroundColor_; }
 

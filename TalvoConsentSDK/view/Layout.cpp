@@ -121,7 +121,6 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
           [&](const node::Shape&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
           [](const node::Toggle&) { return toggleSize; },
           [&](const node::Stack& stack) { return measureStack(element, stack, proposal); },
-          [](const node::Spacer&) { return Size{}; },
           [&](const node::Divider&) { return Size{proposal.width.value_or(0), dividerHeight}; },
           [&](const node::Scroll&) {
             const Size content = child(0, {proposal.width, std::nullopt});
@@ -147,7 +146,7 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
             return Size{framedLength(content.width, proposal.width, frame.minWidth, frame.maxWidth),
                         framedLength(content.height, proposal.height, frame.minHeight, frame.maxHeight)};
           },
-          [&]<node::OneOf<node::Button, node::Background, node::Overlay, node::Opacity, node::Disabled,
+          [&]<node::OneOf<node::Button, node::Background, node::Overlay, node::Disabled,
                           node::IgnoresSafeArea, node::Accessibility, node::Component>
                   Wrapper>(const Wrapper&) { return child(0, proposal); },
       },
@@ -192,11 +191,11 @@ void Layout::place(Element& element, const Rect& frame, const Proposal& proposal
                    const Rect window{0, 0, environment_.size.width, environment_.size.height};
                    place(child(0), window, {window.width, window.height});
                  },
-                 [&]<node::OneOf<node::Button, node::Background, node::Opacity, node::Disabled,
-                                 node::Accessibility, node::Component>
+                 [&]<node::OneOf<node::Button, node::Background, node::Disabled, node::Accessibility,
+                                 node::Component>
                          Wrapper>(const Wrapper&) { place(child(0), frame, proposal); },
                  []<node::OneOf<node::Empty, node::Text, node::Symbol, node::AsyncImage, node::Shape,
-                                node::Toggle, node::Spacer, node::Divider>
+                                node::Toggle, node::Divider>
                         Leaf>(const Leaf&) {},
              },
              element.view.node().content);

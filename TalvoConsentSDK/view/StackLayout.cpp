@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <tuple>
+#include <utility>
 
 #include "TalvoConsentSDK/view/Layout.h"
 
@@ -28,10 +28,6 @@ std::optional<double> along(Axis axis, const Proposal& proposal) {
 
 Proposal withAlong(Axis axis, const Proposal& proposal, std::optional<double> length) {
   return axis == Axis::horizontal ? Proposal{length, proposal.height} : Proposal{proposal.width, length};
-}
-
-bool isSpacer(const Element& element) {
-  return std::holds_alternative<node::Spacer>(element.view.node().content);
 }
 
 bool isEmpty(const Element& element) {
@@ -102,8 +98,8 @@ void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame,
   placeItems(distribute(element, stack, axis, proposal), axis, frame);
 }
 
-// Offers each child an equal share of the room that is left, the least flexible child first. Spacers come
-// last and take the rest. Empty views are left out, so that they cause no gap.
+// Offers each child an equal share of the room that is left, the least flexible child first. Empty views are
+// left out, so that they cause no gap.
 std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack& stack, Axis axis,
                                                   const Proposal& proposal) {
   std::vector<StackItem> items;
@@ -120,8 +116,7 @@ std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack&
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::vector<double> flexibilities;
   for (const StackItem& item : items) flexibilities.push_back(flexibility(*item.element, axis, proposal));
-  std::ranges::sort(
-      order, {}, [&](std::size_t i) { return std::tuple(isSpacer(*items[i].element), flexibilities[i], i); });
+  std::ranges::sort(order, {}, [&](std::size_t i) { return std::pair(flexibilities[i], i); });
 
   double left = *offered - stack.spacing * static_cast<double>(items.empty() ? 0 : items.size() - 1);
   auto sharers = static_cast<double>(items.size());
@@ -130,7 +125,6 @@ std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack&
     const double share = std::max(0.0, left / sharers);
     item.proposal = withAlong(axis, proposal, share);
     item.size = size(*item.element, item.proposal);
-    if (isSpacer(*item.element)) item.size = axis == Axis::horizontal ? Size{share, 0} : Size{0, share};
     left -= along(axis, item.size);
     --sharers;
   }

@@ -96,11 +96,6 @@ struct Stack {
   friend bool operator==(const Stack&, const Stack&) = default;
 };
 
-/// Flexible room in a stack.
-struct Spacer {
-  friend bool operator==(const Spacer&, const Spacer&) = default;
-};
-
 /// A thin line across a vertical stack.
 struct Divider {
   Color color = {};
@@ -163,11 +158,6 @@ struct Overlay {
   friend bool operator==(const Overlay&, const Overlay&) = default;
 };
 
-struct Opacity {
-  double opacity = 1;
-  friend bool operator==(const Opacity&, const Opacity&) = default;
-};
-
 /// Disables the controls inside and draws them as disabled.
 struct Disabled {
   bool isDisabled = true;
@@ -197,9 +187,9 @@ struct Component {
   friend bool operator==(const Component&, const Component&) = default;
 };
 
-using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Toggle, Stack, Spacer, Divider,
-                             Scroll, PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Opacity,
-                             Disabled, IgnoresSafeArea, Accessibility, Component>;
+using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Toggle, Stack, Divider, Scroll,
+                             PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Disabled,
+                             IgnoresSafeArea, Accessibility, Component>;
 
 /// Restricts a visitor's case to the listed kinds. A visitor that lacks a case for some kind does not
 /// compile.

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 namespace TalvoConsentSDK {
 namespace view {
 
@@ -14,7 +16,7 @@ AnyView make(node::Content content, std::vector<AnyView> children = {}) {
 }  // namespace
 
 AnyView::AnyView() {
-  static const auto& empty = *new std::shared_ptr<const ViewNode>(std::make_shared<ViewNode>());
+  static const auto& empty = neverDestroyed(std::make_shared<const ViewNode>());
   node_ = empty;
 }
 
@@ -38,10 +40,6 @@ AnyView AnyView::background(const node::Background& background) const {
 
 AnyView AnyView::overlay(const AnyView& content, Alignment alignment) const {
   return make(node::Overlay{alignment}, {*this, content});
-}
-
-AnyView AnyView::opacity(double opacity) const {
-  return make(node::Opacity{opacity}, {*this});
 }
 
 AnyView AnyView::disabled(bool isDisabled) const {
@@ -115,10 +113,6 @@ AnyView verticalStack(const VerticalOptions& options, std::vector<AnyView> child
 
 AnyView depthStack(Alignment alignment, std::vector<AnyView> children) {
   return make(node::Stack{.axis = node::Axis::depth, .alignment = alignment}, std::move(children));
-}
-
-AnyView spacer() {
-  return make(node::Spacer{});
 }
 
 AnyView divider(Color color) {

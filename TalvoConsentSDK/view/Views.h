@@ -55,7 +55,6 @@ TALVO_EXPORT AnyView verticalStack(const VerticalOptions& options, std::vector<A
 /// Draws the children on top of each other, the last one topmost.
 TALVO_EXPORT AnyView depthStack(Alignment alignment, std::vector<AnyView> children);
 
-TALVO_EXPORT AnyView spacer();
 TALVO_EXPORT AnyView divider(Color color);
 TALVO_EXPORT AnyView scrollView(const AnyView& content);
 

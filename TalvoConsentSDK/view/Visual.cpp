@@ -121,18 +121,14 @@ class Flattener {
     addChildren(element, isDisabled ? opacity * disabledOpacity : opacity, isDisabled);
   }
 
-  void draw(const Element& element, const node::Opacity& own, double opacity, bool isDisabled) {
-    addChildren(element, opacity * own.opacity, isDisabled);
-  }
-
   void draw(const Element& element, const node::Disabled& own, double opacity, bool isDisabled) {
     addChildren(element, opacity, isDisabled || own.isDisabled);
   }
 
-  template <node::OneOf<node::Empty, node::Stack, node::Spacer, node::Scroll, node::PinnedFooter,
-                        node::LazyRows, node::Padding, node::Frame, node::Overlay, node::IgnoresSafeArea,
-                        node::Accessibility, node::Component>
-                Container>
+  template <
+      node::OneOf<node::Empty, node::Stack, node::Scroll, node::PinnedFooter, node::LazyRows, node::Padding,
+                  node::Frame, node::Overlay, node::IgnoresSafeArea, node::Accessibility, node::Component>
+          Container>
   void draw(const Element& element, const Container&, double opacity, bool isDisabled) {
     addChildren(element, opacity, isDisabled);
   }

@@ -3,6 +3,7 @@
 // The host application as Qt sees it: every top-level window is a scene.
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "TalvoConsentSDK/platform/Application.h"
@@ -19,6 +20,7 @@ class QtApplication : public platform::Application {
   /// The host's top-level windows, the active one first.
   std::vector<std::shared_ptr<platform::Scene>> connectedScenes() override;
 
+  platform::OperatingSystemVersion operatingSystemVersion() const override { return {17, 0}; }
   void open(const URL& url) override;
   std::optional<platform::LayoutDirection> layoutDirection() const override {
     return options_.layoutDirection;

@@ -1,6 +1,6 @@
 #pragma once
 
-// Wraps the part of SQLite's C interface that the store needs; failures become exceptions. Not installed.
+// Wraps the part of SQLite's C interface that this project needs; failures become exceptions. Not installed.
 
 #include <cstddef>
 #include <memory>
@@ -40,6 +40,11 @@ struct SQLiteClose {
   void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
 };
 using SQLiteHandle = std::unique_ptr<sqlite3, SQLiteClose>;
+
+/// A parameter of type TEXT; NULL if absent.
+struct SQLiteText {
+  std::optional<std::string_view> text;
+};
 
 /// A prepared statement, run as often as needed. Its connection must outlive it.
 class SQLiteStatement {
@@ -94,7 +99,12 @@ class SQLiteStatement {
 
   int bind(int index, bool flag) { return sqlite3_bind_int(statement_.get(), index, flag); }
 
-  // A null pointer would bind NULL.
+  int bind(int index, const SQLiteText& parameter) {
+    const std::string_view text = parameter.text.value_or(std::string_view());
+    return sqlite3_bind_text64(statement_.get(), index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8);
+  }
+
+  // A BLOB. A null pointer would bind NULL.
   int bind(int index, std::string_view bytes) {
     return sqlite3_bind_blob64(statement_.get(), index, bytes.data() ? bytes.data() : "", bytes.size(),
                                SQLITE_STATIC);

@@ -11,6 +11,8 @@
 
 #include <unistd.h>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 namespace TalvoConsentSDK {
 
 struct ParkedThread::Shared {
@@ -41,13 +43,12 @@ struct ParkedThread::Shared {
 };
 
 // The threads to park. Exit handlers take no arguments, so each one parks the newest thread that is left.
-// Never destroyed, because it is read while the process exits.
 struct ParkedThread::ExitList {
   std::mutex lock;
   std::vector<std::weak_ptr<Shared>> threads;
 
   static ExitList& instance() {
-    static ExitList& list = *new ExitList;
+    static ExitList& list = neverDestroyed<ExitList>();
     return list;
   }
 
@@ -106,7 +107,7 @@ ParkedThread::ParkedThread(Loop loop, std::function<void()> wake) : shared_(std:
 
 ParkedThread::~ParkedThread() {
   if (shared_->isElsewhere()) {
-    static auto& left = *new std::list<std::thread>;  // a child can neither join nor detach them
+    static auto& left = neverDestroyed<std::list<std::thread>>();  // a child can neither join nor detach them
     left.push_back(std::move(shared_->thread));
     return;
   }

@@ -3,9 +3,9 @@
 #include <mutex>
 #include <utility>
 
-#include <sqlite3.h>
-
 #include "TalvoConsentSDK/models/JSONCoding.h"
+
+#include "adapters/sqlite/SQLiteStatement.h"
 
 #include "Identifier.h"
 
@@ -26,82 +26,39 @@ constexpr const char* schema = R"(
   CREATE INDEX IF NOT EXISTS consents_by_user ON consents (site, user, revision);
 )";
 
-PlatformError failure(sqlite3* database) {
-  return {"ConsentStore", sqlite3_extended_errcode(database), sqlite3_errmsg(database)};
-}
-
-// A prepared statement. Texts are bound without copying and must outlive it. Throws PlatformErrors.
-class Statement {
- public:
-  Statement(sqlite3* database, std::string_view sql) : database_(database) {
-    check(sqlite3_prepare_v2(database, sql.data(), static_cast<int>(sql.size()), &statement_, nullptr));
-  }
-  Statement(const Statement&) = delete;
-  Statement& operator=(const Statement&) = delete;
-  ~Statement() { sqlite3_finalize(statement_); }
-
-  void bind(int index, std::string_view text) {
-    check(sqlite3_bind_text(statement_, index, text.data(), static_cast<int>(text.size()), SQLITE_STATIC));
-  }
-
-  /// Moves to the next row. Returns false if there is none.
-  bool step() {
-    const int code = sqlite3_step(statement_);
-    if (code != SQLITE_ROW && code != SQLITE_DONE) throw failure(database_);
-    return code == SQLITE_ROW;
-  }
-
-  std::string text(int column) const {
-    const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
-    return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
-  }
-
- private:
-  void check(int code) const {
-    if (code != SQLITE_OK) throw failure(database_);
-  }
-
-  sqlite3* database_;
-  sqlite3_stmt* statement_ = nullptr;
-};
-
 }  // namespace
 
 struct ConsentStore::State {
   std::mutex lock;
-  sqlite3* database = nullptr;
-
-  ~State() { sqlite3_close(database); }
+  SQLiteHandle database;
 
   bool knows(std::string_view site, std::string_view id) const {
-    Statement query(database, "SELECT 1 FROM consents WHERE site = ? AND id = ?");
-    query.bind(1, site);
-    query.bind(2, id);
-    return query.step();
+    SQLiteStatement query(database, "SELECT 1 FROM consents WHERE site = ? AND id = ?");
+    return query.run(SQLiteText{site}, SQLiteText{id}).has_value();
   }
 
   std::string save(std::string_view site, FullConsent consent) const {
     consent.siteId = site;
     const std::string payload = JSONEncoder().encode(consent).value();
-    Statement change(database,
-                     "INSERT OR REPLACE INTO consents (site, id, user, payload, revision) VALUES "
-                     "(?, ?, ?, ?, (SELECT coalesce(max(revision), 0) + 1 FROM consents))");
-    change.bind(1, site);
-    change.bind(2, *consent.id);
-    if (consent.userId) change.bind(3, *consent.userId);
-    change.bind(4, payload);
-    change.step();
+    SQLiteStatement change(database,
+                           "INSERT OR REPLACE INTO consents (site, id, user, payload, revision) VALUES "
+                           "(?, ?, ?, ?, (SELECT coalesce(max(revision), 0) + 1 FROM consents))");
+    change.run(SQLiteText{site}, SQLiteText{*consent.id}, SQLiteText{consent.userId}, SQLiteText{payload});
     return *consent.id;
   }
 };
 
 Result<std::unique_ptr<ConsentStore>> ConsentStore::open(const std::string& file) {
   auto state = std::make_unique<State>();
-  const char* name = file.empty() ? ":memory:" : file.c_str();
-  if (sqlite3_open(name, &state->database) != SQLITE_OK) return failure(state->database);
-  sqlite3_busy_timeout(state->database, 5000);
-  if (sqlite3_exec(state->database, schema, nullptr, nullptr, nullptr) != SQLITE_OK) {
-    return failure(state->database);
+  sqlite3* connection = nullptr;
+  const int code = sqlite3_open(file.empty() ? ":memory:" : file.c_str(), &connection);
+  state->database.reset(connection);
+  if (code != SQLITE_OK) return lastFailure(connection);
+  sqlite3_busy_timeout(connection, 5000);
+  try {
+    execute(state->database, schema);
+  } catch (...) {
+    return Error::current();
   }
   return std::unique_ptr<ConsentStore>(new ConsentStore(std::move(state)));
 }
@@ -133,13 +90,12 @@ Result<std::string> ConsentStore::update(std::string_view site, FullConsent cons
 Result<std::optional<FullConsent>> ConsentStore::newest(std::string_view site, std::string_view userId) {
   const std::scoped_lock guard(state_->lock);
   try {
-    Statement query(
+    SQLiteStatement query(
         state_->database,
         "SELECT payload FROM consents WHERE site = ? AND user = ? ORDER BY revision DESC LIMIT 1");
-    query.bind(1, site);
-    query.bind(2, userId);
-    if (!query.step()) return std::optional<FullConsent>();
-    return JSONDecoder().decode<std::optional<FullConsent>>(query.text(0));
+    const auto payload = query.run(SQLiteText{site}, SQLiteText{userId});
+    if (!payload) return std::optional<FullConsent>();
+    return JSONDecoder().decode<std::optional<FullConsent>>(*payload);
   } catch (...) {
     return Error::current();
   }

@@ -12,6 +12,7 @@
 #include <thread>
 #include <utility>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/qt/QtMainActor.h"
@@ -69,7 +70,7 @@ Script::Script(std::shared_ptr<CookiesSDK> sdk, std::string apiUrl, const Activi
 void Script::start(const std::string& file) {
   // Reads lines on a separate thread, so that events are handled while there is no input. The thread may
   // outlive everything in main().
-  static QtMainActor& turns = *new QtMainActor;
+  static QtMainActor& turns = neverDestroyed<QtMainActor>();
   std::thread([self = weak_from_this(), file] {
     std::ifstream opened;
     if (file != "-") opened.open(file);

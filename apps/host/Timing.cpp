@@ -16,6 +16,8 @@
 #include <unistd.h>
 #endif
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 #include "adapters/qt/OverlaySurface.h"
 
 namespace TalvoConsentHost {
@@ -24,6 +26,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using TalvoConsentSDK::JSONValue;
+using TalvoConsentSDK::neverDestroyed;
 using TalvoConsentSDK::OverlaySurface;
 
 // Locked, because frames are presented on a render thread.
@@ -37,7 +40,7 @@ struct Moments {
   std::optional<Clock::time_point> switchFrame;
 
   static Moments& instance() {
-    static Moments& moments = *new Moments;
+    static Moments& moments = neverDestroyed<Moments>();
     return moments;
   }
 };

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/posix/PosixPlatform.h"
@@ -17,13 +18,12 @@ using namespace TalvoConsentSDK::c;
 
 namespace {
 
-// Never destroyed: other threads may still post to it while the process exits.
 struct MainLoop {
   std::mutex lock;
   std::shared_ptr<MainQueue> queue;
 
   static MainLoop& shared() {
-    static MainLoop& loop = *new MainLoop;
+    static MainLoop& loop = neverDestroyed<MainLoop>();
     return loop;
   }
 

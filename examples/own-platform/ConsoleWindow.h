@@ -78,6 +78,10 @@ class ConsoleApplication : public platform::Application {
   std::vector<std::shared_ptr<Scene>> connectedScenes() override {
     return {std::make_shared<ConsoleScene>()};
   }
+  OperatingSystemVersion operatingSystemVersion() const override { return {17, 0}; }
+  void open(const URL& url) override { std::printf("open %s\n", url.text().c_str()); }
+  std::optional<LayoutDirection> layoutDirection() const override { return std::nullopt; }
+  bool reducesMotion() const override { return false; }
 };
 
 }  // namespace own

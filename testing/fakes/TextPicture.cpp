@@ -167,7 +167,6 @@ struct OwnLine {
     return std::string("switch ") + (toggle.isOn ? "on" : "off");
   }
   std::optional<std::string> operator()(const node::Stack& stack) const { return stackLine(stack); }
-  std::optional<std::string> operator()(const node::Spacer&) const { return "spacer"; }
   std::optional<std::string> operator()(const node::Divider& line) const {
     return "divider " + hex(line.color);
   }
@@ -177,8 +176,8 @@ struct OwnLine {
     return "rows " + std::to_string(rows.count);
   }
   std::optional<std::string> operator()(const node::Component& component) const { return component.name; }
-  template <node::OneOf<node::Padding, node::Frame, node::Background, node::Overlay, node::Opacity,
-                        node::Disabled, node::IgnoresSafeArea, node::Accessibility>
+  template <node::OneOf<node::Padding, node::Frame, node::Background, node::Overlay, node::Disabled,
+                        node::IgnoresSafeArea, node::Accessibility>
                 Wrapper>
   std::optional<std::string> operator()(const Wrapper&) const {
     return std::nullopt;
@@ -218,7 +217,6 @@ struct WrapperText {
     return text;
   }
   std::string operator()(const node::Overlay& overlay) const { return "overlay " + name(overlay.alignment); }
-  std::string operator()(const node::Opacity& opacity) const { return "opacity " + number(opacity.opacity); }
   std::string operator()(const node::Disabled& disabled) const {
     return disabled.isDisabled ? "disabled" : "enabled";
   }

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 #include "adapters/threads/BackgroundThread.h"
 
 #include "testing/ChildProcess.h"
@@ -41,9 +43,9 @@ struct Ending {
   std::function<void()> leave;
 };
 
-// Never destroyed, like the threads of a process-wide platform.
+// Like the threads of a process-wide platform.
 std::shared_ptr<BackgroundThread>& leaked() {
-  static auto& threads = *new std::list<std::shared_ptr<BackgroundThread>>;
+  static auto& threads = neverDestroyed<std::list<std::shared_ptr<BackgroundThread>>>();
   return threads.emplace_back(std::make_shared<BackgroundThread>());
 }
 

@@ -16,7 +16,9 @@
 namespace TalvoConsentSDK {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::Field;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
@@ -53,34 +55,49 @@ struct Heard {
   }
 };
 
-TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
-  std::atomic<bool> isDown = false;
-  LoopbackServer server([&](const auto& request, auto& connection) {
-    if (isDown) return connection.reply(503, "closed for today");
-    connection.reply(200, request.method == "GET" ? "{}" : R"({"id":"c1"})");
-  });
-  const auto store =
-      std::filesystem::path(::testing::TempDir()) / ("c-" + std::to_string(getpid()) + ".sqlite");
+std::filesystem::path storeFile() {
+  return std::filesystem::path(::testing::TempDir()) / ("c-" + std::to_string(getpid()) + ".sqlite");
+}
 
+TEST(CInterface, IsInstalledOnce) {
   EXPECT_EQ(talvo_drain(), 0U);
   EXPECT_THAT(talvo_last_error(), HasSubstr("talvo_install"));
-  ASSERT_EQ(talvo_install(store.c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
-  EXPECT_EQ(talvo_install(store.c_str(), nullptr, nullptr), TALVO_INVALID_ARGUMENT);
+  ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
+  EXPECT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_INVALID_ARGUMENT);
   EXPECT_EQ(talvo_cookies_create(nullptr, "site"), nullptr);
   EXPECT_THAT(talvo_last_error(), StartsWith("api_url"));
-  talvo_cookies* const sdk = talvo_cookies_create(server.url("").c_str(), "site");
-  ASSERT_NE(sdk, nullptr);
+  EXPECT_NE(talvo_cookies_create("http://127.0.0.1:1", "site"), nullptr);
   EXPECT_STREQ(talvo_last_error(), "");
+  std::filesystem::remove(storeFile());
+}
 
-  char* json = nullptr;
-  ASSERT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK);
-  EXPECT_EQ(json, nullptr);
-
-  Heard heard;
-  for (const talvo_event event :
-       {TALVO_MARKETING_ACCEPTED, TALVO_CONSENT_SENT, TALVO_IDENTIFICATION_COMPLETE}) {
-    ASSERT_EQ(talvo_cookies_add_listener(sdk, event, Heard::event, &heard, Heard::release), TALVO_OK);
+// An installed platform, and a client with three listeners.
+class CInterfaceTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
+    sdk = talvo_cookies_create(server.url("").c_str(), "site");
+    ASSERT_NE(sdk, nullptr);
+    for (const talvo_event event :
+         {TALVO_MARKETING_ACCEPTED, TALVO_CONSENT_SENT, TALVO_IDENTIFICATION_COMPLETE}) {
+      ASSERT_EQ(talvo_cookies_add_listener(sdk, event, Heard::event, &heard, Heard::release), TALVO_OK);
+    }
   }
+  void TearDown() override {
+    talvo_cookies_remove_all_listeners(sdk);
+    std::filesystem::remove(storeFile());
+  }
+
+  std::atomic<bool> isDown = false;
+  LoopbackServer server{[this](const auto& request, auto& connection) {
+    if (isDown) return connection.reply(503, "closed for today");
+    connection.reply(200, request.method == "GET" ? "{}" : R"({"id":"c1"})");
+  }};
+  talvo_cookies* sdk = nullptr;
+  Heard heard;
+};
+
+TEST_F(CInterfaceTest, RefusesBadArguments) {
   const struct {
     talvo_status status;
     std::string what;
@@ -95,7 +112,12 @@ TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
       {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
   };
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
+}
 
+TEST_F(CInterfaceTest, SubmitsStoresAndAnnounces) {
+  char* json = nullptr;
+  ASSERT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK);
+  EXPECT_EQ(json, nullptr);
   ASSERT_EQ(talvo_cookies_submit_consent(sdk, R"({"marketing":["v"]})", Heard::reply, &heard), TALVO_OK);
   heard.await(1);
   EXPECT_EQ(heard.json, R"({"id":"c1"})");
@@ -111,22 +133,26 @@ TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
   EXPECT_EQ(heard.status, TALVO_HTTP_ERROR);
   EXPECT_EQ(heard.httpStatus, 503);
   EXPECT_EQ(heard.description, "HTTP error 503: closed for today");
-  isDown = false;
+}
 
+TEST_F(CInterfaceTest, SubmitsTopics) {
   talvo_topics* const topics = talvo_topics_get("t", "point", nullptr, server.url("").c_str());
   const talvo_topic choices[] = {{1, 1}, {2, 0}};
   ASSERT_EQ(talvo_topics_submit(topics, "a@mail.example", choices, 2, Heard::reply, &heard), TALVO_OK);
-  heard.await(3);
+  heard.await(1);
   EXPECT_EQ(heard.json, R"({"id":"c1"})");
-  EXPECT_THAT(server.requests().back().body, HasSubstr(R"({"selected":false,"topicId":2})"));
+  EXPECT_THAT(server.requests(), Contains(Field(&LoopbackServer::Request::body,
+                                                HasSubstr(R"({"selected":false,"topicId":2})"))));
+}
 
+TEST_F(CInterfaceTest, ReleasesWhatIsCalledNoMore) {
   EXPECT_EQ(heard.releases, 0);
   talvo_cookies_remove_listeners(sdk, TALVO_CONSENT_SENT);
   EXPECT_EQ(heard.releases, 1);
   talvo_cookies_remove_all_listeners(sdk);
   EXPECT_EQ(heard.releases, 3);
 
-  // Without a window nothing is shown: the callbacks are released, and none is called.
+  // The service has no banner. The callbacks are released after the error has been reported.
   talvo_banner_callbacks banner{};
   banner.on_error = [](const talvo_error*, void* other) { ++static_cast<Heard*>(other)->replies; };
   banner.user_data = &heard;
@@ -140,8 +166,8 @@ TEST(CInterface, SubmitsStoresAnnouncesAndRefuses) {
     talvo_drain();
   }
   EXPECT_EQ(heard.releases, 9);
+  EXPECT_EQ(heard.replies, 1);
   EXPECT_STREQ(talvo_last_error(), "") << "talvo_drain did not fail";
-  std::filesystem::remove(store);
 }
 
 }  // namespace

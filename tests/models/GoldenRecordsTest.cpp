@@ -70,19 +70,22 @@ TEST(GoldenFieldsTest, EveryKeyHasItsOwnField) {
   const auto catalogue = parsed<Services>(golden("Services", "normal"));
   const auto& s = catalogue.libraries->front();
   const auto& d = catalogue.services->front();
-  EXPECT_EQ(
-      *m.preferences + *m.preferenceTitle + *m.preferencesTitle + *m.marketing + *m.marketingTitle + m.title,
-      "preferences textpreferenceTitle textpreferencesTitle textmarketing textmarketingTitle texttitle text");
-  EXPECT_EQ(
-      *s.name + *s.fullName + *s.vendor + *s.domain + *s.id + *d.id + *d.cookiePolicyURL +
-          *d.privacyPolicyURL,
-      "name textfullName textvendor textdomain textid textid textcookiePolicyURL textprivacyPolicyURL text");
+  EXPECT_THAT((Texts{*m.preferences, *m.preferenceTitle, *m.preferencesTitle, *m.marketing, *m.marketingTitle,
+                     m.title}),
+              ElementsAre("preferences text", "preferenceTitle text", "preferencesTitle text",
+                          "marketing text", "marketingTitle text", "title text"));
+  EXPECT_THAT((Texts{*s.name, *s.fullName, *s.vendor, *s.domain, *s.id}),
+              ElementsAre("name text", "fullName text", "vendor text", "domain text", "id text"));
+  EXPECT_THAT((Texts{*d.id, *d.cookiePolicyURL, *d.privacyPolicyURL}),
+              ElementsAre("id text", "cookiePolicyURL text", "privacyPolicyURL text"));
   const auto& c = banner.colors;
-  EXPECT_EQ(c.background + c.buttonBackground + c.buttonFontColor + c.font, "#FFFFFF#1A73E8#FFFFF202124");
+  EXPECT_THAT((Texts{c.background, c.buttonBackground, c.buttonFontColor, c.font}),
+              ElementsAre("#FFFFFF", "#1A73E8", "#FFF", "FF202124"));
   const auto& tab = banner.components->secondaryScreen->at(1).tabs->at(0);
   EXPECT_TRUE(banner.settings.isShowBlurBackground && !banner.settings.isShowPoweredBy && !tab.readOnly);
   const auto consent = parsed<FullConsent>(golden("FullConsent", "normal"));
-  EXPECT_EQ(*consent.userId + *consent.id + *consent.siteId, "user@example.comc-17site-1");
+  EXPECT_THAT((Texts{*consent.userId, *consent.id, *consent.siteId}),
+              ElementsAre("user@example.com", "c-17", "site-1"));
 }
 
 Result<std::string> recoded(const std::string& name, const std::string& json) {

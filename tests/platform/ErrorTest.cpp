@@ -33,7 +33,8 @@ TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
         caught([&] { Result<void>(copy).value(); }),
         caught([&] { (void)Result<std::string>(copy)->size(); })}) {
     ASSERT_TRUE(error.as<PlatformError>());
-    EXPECT_EQ(error.as<PlatformError>()->domain() + error.what(), "domaintext");
+    EXPECT_EQ(error.as<PlatformError>()->domain(), "domain");
+    EXPECT_STREQ(error.what(), "text");
     EXPECT_THAT(error.as<PlatformError>()->userInfo(), ElementsAre(Pair("NSLocalizedDescription", "text")));
     EXPECT_FALSE(error.as<HTTPClientError>());
   }

@@ -57,8 +57,8 @@ Result<T> outcome(Task<T> task, const std::shared_ptr<Executor>& executor = null
 TEST(TaskTest, ReturnsOrThrowsOnceItIsAwaited) {
   (void)value(std::make_unique<int>(1));  // a task that is never awaited releases its arguments
   EXPECT_EQ(*outcome(sum(100'000)), 300'000) << "would overflow the stack if each wait used some of it";
-  EXPECT_EQ(*outcome(caughtFrom(failing(true))) + ", " + *outcome(caughtFrom(failing(false))),
-            "ours, not ours");
+  EXPECT_EQ(*outcome(caughtFrom(failing(true))), "ours");
+  EXPECT_EQ(*outcome(caughtFrom(failing(false))), "not ours");
   EXPECT_TRUE(outcome(failing(true)).error().as<PlatformError>());
   EXPECT_EQ(failure(outcome(failing(false))), "not ours");
 }

@@ -17,8 +17,9 @@ TEST(URLTest, IsWhatRFC3986Has) {
   }
 
   const URL url = URL::parse("HTTPS://u@[2001:DB8::1]:1/A").value();
-  EXPECT_EQ(url.scheme() + " " + url.host() + " " + url.text(),
-            "https 2001:DB8::1 HTTPS://u@[2001:DB8::1]:1/A");
+  EXPECT_EQ(url.scheme(), "https");
+  EXPECT_EQ(url.host(), "2001:DB8::1");
+  EXPECT_EQ(url.text(), "HTTPS://u@[2001:DB8::1]:1/A");
 }
 
 TEST(HTTPHeadersTest, HaveNamesWithoutCase) {

@@ -33,8 +33,6 @@ TEST(LayoutTest, PlacesViews) {
        "ten letter 0 0 85 22; ten letter 101 0 85 22; ten letter + ten more 0 38 178.5 22"},
       {horizontalStack(links, {body("more letters than a line can hold")}),
        "more letters than a line can hold 0 0 161.5 44"},
-      {horizontalStack({}, {body("one line"), spacer(), box(20, 30)}), "one line 0 4 68 22; box 180 0 20 30"},
-      {verticalStack({}, {box(20, 10), spacer(), body("a")}), "box 0 0 20 10; a 5.75 118 8.5 22"},
       {horizontalStack({.alignment = top, .spacing = 10}, {body("one two three"), box(120, 5)}),
        "one two three 0 0 59.5 44; box 69.5 0 120 5"},
       {horizontalStack({.spacing = 8}, {none, shape({}), none, shape({}).padding({.top = 10})}),

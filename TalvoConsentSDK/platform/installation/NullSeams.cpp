@@ -38,6 +38,16 @@ class InlineExecutor : public Executor {
   void post(std::function<void()> job) override { callHost(job); }
 };
 
+// A process without a user interface.
+class AbsentApplication : public Application {
+ public:
+  std::vector<std::shared_ptr<Scene>> connectedScenes() override { return {}; }
+  OperatingSystemVersion operatingSystemVersion() const override { return {17, 0}; }
+  void open(const URL&) override {}
+  std::optional<LayoutDirection> layoutDirection() const override { return std::nullopt; }
+  bool reducesMotion() const override { return false; }
+};
+
 }  // namespace
 
 Platform::Platform()
@@ -45,7 +55,7 @@ Platform::Platform()
       userDefaults(std::make_shared<AbsentUserDefaults>()),
       mainActor(std::make_shared<InlineExecutor>()),
       background(mainActor),
-      application(std::make_shared<Application>()),
+      application(std::make_shared<AbsentApplication>()),
       localization(std::make_shared<Localization>()),
       printer(std::make_shared<StandardOutput>()) {}
 
