@@ -23,11 +23,11 @@ struct Color {
   friend bool operator==(const Color&, const Color&) = default;
 };
 
-/// Reads a hexadecimal colour: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first). Characters before and
-/// after it are ignored if Unicode classes them as neither letter, mark nor number, such as a number sign or
-/// a no-break space. A text of any other length is opaque black. The length counts characters, including
-/// those outside ASCII, which are never digits, and a leading "0x", which is skipped. Digits are read up to
-/// the first other character.
+/// Reads a hexadecimal colour: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first). Ignores characters
+/// before and after it, such as "#" or a no-break space, that Unicode does not class as a letter, a mark or a
+/// number. A text of any other length is opaque black. Every character counts towards the length, including
+/// characters outside ASCII and a leading "0x". The "0x" is then skipped, and reading stops at the first
+/// character that is not an ASCII hexadecimal digit.
 TALVO_EXPORT Color colorFromText(std::string_view text);
 
 /// Whether `text` has one of these lengths and consists of digits only. `colorFromText` makes a colour of

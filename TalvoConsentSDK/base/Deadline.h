@@ -10,7 +10,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Returns the time at which `limit` will have passed. A limit above one year counts as one year: a later
-/// time could overflow the clock, or the 32 bits that some systems have for its seconds.
+/// time could overflow the clock, or the 32 bits in which some systems store its seconds.
 inline std::chrono::steady_clock::time_point deadlineAfter(std::chrono::milliseconds limit) {
   using std::chrono::milliseconds;
   constexpr milliseconds longest = std::chrono::hours(24 * 365);

@@ -40,8 +40,9 @@ class PlatformError : public std::exception {
   std::map<std::string, std::string, std::less<>> userInfo_;
 };
 
-/// Why an operation failed. Hosts receive an `HTTPClientError` or a `PlatformError`; the cause of these may
-/// be another exception, such as a `CodingError`. Copies share the cause, so copying never throws.
+/// Why an operation failed. In the errors that hosts receive, the cause is an `HTTPClientError` or a
+/// `PlatformError`. The underlying error of an `HTTPClientError` may have another cause, such as a
+/// `CodingError`. Copies share the cause, so copying never throws.
 class Error : public std::exception {
  public:
   template <std::derived_from<std::exception> Cause>

@@ -25,7 +25,7 @@ class URL {
   /// The host as written, without brackets; empty if there is none.
   const std::string& host() const noexcept { return host_; }
 
-  /// Whether a request can be sent to it: it names a host, and a port of at most 65535 if any.
+  /// Whether a request can be sent to it: it names a host, and its port, if it has one, is at most 65535.
   bool isRequestable() const noexcept { return requestable_; }
 
   friend bool operator==(const URL& a, const URL& b) noexcept { return a.text_ == b.text_; }

@@ -16,7 +16,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Talks to the consent service about one site. Every failure is thrown as one `HTTPClientError`; nothing is
+/// Talks to the consent service about one site. Every failure is thrown as an `HTTPClientError`; nothing is
 /// printed or retried. Safe from any thread; it must outlive its tasks.
 class APIClient {
  public:

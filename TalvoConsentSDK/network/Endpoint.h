@@ -1,6 +1,6 @@
 #pragma once
 
-// URLs and headers with which both clients address the consent service.
+// URLs and headers of the requests to the consent service.
 
 #include <optional>
 #include <string>
@@ -11,7 +11,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Joins `baseUrl` without its trailing slash, if it has one, "/public" and `path`, without escaping. Returns
+/// Drops one trailing slash from `baseUrl` and appends "/public" and `path` without escaping them. Returns
 /// nothing if the result is not a URL that a request can be sent to.
 std::optional<URL> endpointURL(const std::string& baseUrl, const std::string& path);
 

@@ -44,10 +44,10 @@ class HTTPClient {
     return reply<Reply>(exchange("PUT", std::move(url), encoder_.encode(body), std::move(headers)));
   }
 
-  /// Posts a JSON object. `completion` is called once, on the session's thread (before this returns, if
-  /// `body` cannot be encoded or the session throws), with the reply's object, an `HTTPClientError`, or a
-  /// `PlatformError` of domain "HTTPClient": -1 "Failed to serialize JSON payload", -2 "No data received", -3
-  /// "Invalid JSON response".
+  /// Posts a JSON object and calls `completion` once, on the session's thread. If `body` cannot be encoded or
+  /// the session throws, calls it before returning instead. `completion` receives the reply's object, an
+  /// `HTTPClientError`, or a `PlatformError` of domain "HTTPClient": -1 "Failed to serialize JSON payload",
+  /// -2 "No data received", -3 "Invalid JSON response".
   virtual void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
                         JSONCompletion completion) = 0;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The one error type of all networking.
+// The common error type of networking.
 
 #include <exception>
 #include <optional>

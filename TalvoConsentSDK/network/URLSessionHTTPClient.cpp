@@ -43,7 +43,7 @@ Result<std::string> acceptedBody(Result<URLResponse> outcome, MissingBody missin
   return body;
 }
 
-// Running out of memory over a reply is reported as an error too, because the caller waits for the outcome.
+// Returns an error even if it runs out of memory, because the caller waits for the outcome.
 Result<JSONObject> acceptedObject(const JSONDecoder& decoder, Result<URLResponse> outcome) try {
   const auto body = acceptedBody(std::move(outcome), MissingBody::isAnError);
   if (!body) return body.error();

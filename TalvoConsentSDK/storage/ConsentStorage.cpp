@@ -114,8 +114,8 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
   if (changesOriginal && after.original.data) {
     changes.emplace_back(originalConsentKey_, *after.original.data);
   } else if (changesOriginal && setsConsent && after.consent.data != before.original.data) {
-    // The original is removed last. If the commit is interrupted before that, the original will be restored,
-    // which must not bring back a consent older than the new one.
+    // The original is removed last. If the commit is interrupted before that, the original will be restored
+    // later. Overwrite it with the new consent first, so that restoring it does not bring back an older one.
     changes.emplace_back(originalConsentKey_, *after.consent.data);
   }
   if (setsConsent) changes.emplace_back(storageKey_, *after.consent.data);

@@ -26,13 +26,12 @@ inline constexpr std::string_view preferencesAction = "preferences";
 inline constexpr std::string_view saveAction = "savePreferences";
 inline constexpr std::string_view closeAction = "closeButton";
 
-/// An action and the callback it runs on every screen that does not handle the action itself.
+/// An action and its callback. A screen that handles the action itself does not run the callback.
 struct CommonAction {
   std::string_view id;
   std::function<void()> BannerCallbacks::* callback;
 };
 
-/// One table for all screens.
 inline constexpr CommonAction commonActions[] = {
     {acceptAction, &BannerCallbacks::onAcceptAll},
     {rejectAction, &BannerCallbacks::onRejectAll},

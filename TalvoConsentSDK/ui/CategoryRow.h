@@ -15,8 +15,8 @@
 
 namespace TalvoConsentSDK {
 
-/// The switch is disabled if the category is required or read-only. While do-not-sell is on, the switches of
-/// all other categories are disabled, too. The row keeps its own state of being expanded.
+/// The switch is disabled if the category is required or read-only. While do-not-sell is on, every switch
+/// except the do-not-sell switch is disabled, too. The row remembers whether it is expanded.
 class CategoryRow {
  public:
   CategoryRow(BannerCustomization::CategoryItem category, const Palette& palette, bool readOnly,

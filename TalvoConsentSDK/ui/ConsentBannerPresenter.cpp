@@ -75,7 +75,7 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   window->setWindowLevel(WindowLevel::alert);
   window->setBackgroundColor(Color::clear());
   window->makeKeyAndVisible();
-  if (isOver_) *isOver_ = true;  // or reports of the replaced banner would dismiss this one
+  if (isOver_) *isOver_ = true;  // the replaced banner reports nothing more
   isOver_ = isOver;
   hostingController_ = controller;
   overlayWindow_ = window;

@@ -21,10 +21,10 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
   static const std::shared_ptr<ConsentBannerPresenter>& shared();
 
   /// Shows a banner in a new window on the first scene in the foreground and fades it in. Does nothing if
-  /// there is no such scene. Replaces a banner that is still shown. Accepting, rejecting, saving and closing
-  /// are reported first and then dismiss the banner; managing preferences does not dismiss it. After one of
-  /// these four reports, and as soon as it is dismissed or replaced, a banner reports nothing more, even
-  /// while it is still visible.
+  /// there is no such scene. Replaces a banner that is still shown. When the user accepts, rejects, saves or
+  /// closes, the banner first reports this and is then dismissed; managing preferences does not dismiss it.
+  /// After one of these four reports, and as soon as it is dismissed or replaced, a banner reports nothing
+  /// more, even while it is still visible.
   void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
 
   /// Fades the banner out and then releases its window. Does nothing if no banner is shown.

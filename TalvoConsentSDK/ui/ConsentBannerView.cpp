@@ -83,8 +83,8 @@ bool hasOptedOut(const StoredConsent& consent) {
   return consent && consent->optedIn == false;
 }
 
-// The consent that the switches start from. With do-not-sell on, saving would give no consent, so they start
-// off.
+// The consent from which the switches take their initial state. With do-not-sell on, saving would give no
+// consent, so they are off at first.
 const StoredConsent& shownConsent(const StoredConsent& stored) {
   static const auto& none = neverDestroyed<StoredConsent>();
   return hasOptedOut(stored) ? none : stored;

@@ -20,8 +20,8 @@
 
 namespace TalvoConsentSDK {
 
-/// A view as a value: copies share their state, which starts from the stored consent. It never closes itself;
-/// the owner of the callbacks does. Main thread only.
+/// A view as a value: copies share their state, which starts from the stored consent. The banner does not
+/// close itself; the owner of the callbacks closes it. Main thread only.
 class ConsentBannerView {
  public:
   /// The screens of the banner; one at a time is shown.

@@ -26,8 +26,8 @@ struct ConsentBindings {
 bool isOn(const CategoryStates& states, const std::string& category);
 bool isOn(const VendorStates& states, const std::string& category, const std::string& vendor);
 
-/// Whether saving would give consent to anything in a category: the category must be on and, if it has
-/// vendors, so must at least one of them. While do-not-sell is on, only the necessary category has consent.
+/// Whether saving would give consent to anything in a category. The category must be on and, if it has
+/// vendors, at least one vendor must be on. While do-not-sell is on, only the necessary category has consent.
 bool isGiven(const ConsentBindings& bindings, const std::string& category);
 
 /// Counts the vendors in `listed` whose switch is drawn on. Requires `vendorStates`.

@@ -13,8 +13,8 @@ namespace TalvoConsentSDK {
 /// "https://". Returns nullopt if the result is not a valid URL.
 std::optional<URL> externalURL(const std::string& text);
 
-/// Opens `externalURL(url)` in a task on the main actor. If `url` is not a valid URL, prints a line with
-/// `link` and the unchanged text instead.
+/// Opens `externalURL(url)` in a task on the main actor. If that is not a valid URL, prints a line with
+/// `link` and `url` instead.
 void openExternally(const std::string& link, const std::string& url);
 
 }  // namespace TalvoConsentSDK

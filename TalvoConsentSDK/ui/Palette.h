@@ -26,7 +26,8 @@ struct Palette {
   /// For the lines between rows.
   platform::Color line() const { return font.withAlpha(font.alpha * 0.2); }
 
-  /// In either position, a switch has a contrast of 3:1 to the card as long as the buttons and the text do.
+  /// A switch that is on contrasts with the card as much as the buttons do. A switch that is off is fainter
+  /// than the text and contrasts less; the lint requires 3:1 of both.
   view::ToggleColors toggleColors() const {
     return {.on = buttonBackground, .off = font.withAlpha(font.alpha * 0.5), .knob = {1, 1, 1, 1}};
   }

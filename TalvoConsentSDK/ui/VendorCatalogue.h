@@ -22,7 +22,7 @@ class VendorCatalogue {
   /// The names of the vendors in `category` (case-insensitive); empty if there are none.
   const std::vector<std::string>& vendors(std::string_view category) const;
 
-  /// The category's vendors with their services. The reference is valid as long as the catalogue.
+  /// The category's vendors with their services. The reference is valid as long as the catalogue exists.
   const std::vector<Services::ServiceGroup>& groups(const std::string& category) const;
 
  private:

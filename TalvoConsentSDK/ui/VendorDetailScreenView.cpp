@@ -16,7 +16,8 @@ using namespace view;
 
 namespace {
 
-// Whether the first tab that lists the category, in any component, is read-only.
+// Whether the category is read-only: the first tab that lists it decides. Searches the tabs of all components
+// in order.
 bool isReadOnly(const CardScreen::Items& components, const std::string& category) {
   const auto lists = [&](const BannerCustomization::TabItem& tab) {
     return !tab.categories || tab.categories->empty() ||

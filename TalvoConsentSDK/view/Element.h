@@ -64,7 +64,8 @@ struct Element {
   std::optional<Rect> clip;  // the view and everything in it are clipped to this
 };
 
-/// Values that outlive their element. They are found again by its identity as long as the banner is shown.
+/// Values that outlive their element. If an element with the same identity appears again while the banner is
+/// shown, it finds the values again.
 class ElementMemory {
  public:
   /// Returns the value of type `T` that is stored for `id`. The first call creates it by calling `make`.

@@ -41,8 +41,8 @@ class HostingController : public RootViewController {
     return std::static_pointer_cast<HostingController>(controller);
   }
 
-  /// The colour behind the view, for windows that paint one of their own. The presenter sets it to clear, so
-  /// that the host shows through.
+  /// The colour that a window paints behind the view, if it paints a background at all. The presenter sets it
+  /// to clear, so that the host shows through.
   void setBackgroundColor(Color color) { backgroundColor_ = color; }
   Color backgroundColor() const { return backgroundColor_; }
 
@@ -128,7 +128,8 @@ class HostingController : public RootViewController {
   std::optional<ElementId> focused_;
   bool focusIsVisible_ = false;
 
-  // Owned by this controller alone, so a picture that arrives after it is gone finds its weak_ptr expired.
+  // Only the controller owns this. Requests for pictures hold a weak_ptr to it, so a picture that arrives
+  // after the controller is gone is ignored.
   const std::shared_ptr<HostingController*> self_ = std::make_shared<HostingController*>(this);
 };
 

@@ -52,7 +52,7 @@ class Flattener {
   void addRing() {
     if (!ring_) return;
     constexpr Color inner{1, 1, 1, 1};
-    constexpr Color outer{0.03, 0.2, 0.6, 1};  // each colour has at least 3:1 contrast to this or to white
+    constexpr Color outer{0.03, 0.2, 0.6, 1};  // any colour has at least 3:1 contrast to this or to white
     const RingShape shape = ringShape(*ring_);
     pushAround(*ring_, ringPart, shape.reach, 1, {inner, outer, shape.cornerRadius});
   }

@@ -9,8 +9,8 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-// The lengths of the ranges of characters from U+0080 on, the first not alphanumeric, the next alphanumeric,
-// and so on in turn. Each length is written in groups of 7 bits, the lowest first.
+// The lengths of consecutive ranges of characters, starting at U+0080. The ranges alternate: the first is not
+// alphanumeric, the second is, and so on. Each length is written in groups of 7 bits, the lowest first.
 constexpr unsigned char ranges[] = {
 #include "TalvoConsentSDK/base/unicode/AlphanumericRanges.inc"
 };

@@ -8,8 +8,8 @@
 
 namespace TalvoConsentSDK {
 
-/// A code point and its length in bytes: 0 if the bytes are not UTF-8, such as an overlong form or a
-/// surrogate.
+/// A code point and its length in bytes. Both are 0 if the bytes are not valid UTF-8, such as an overlong
+/// form or a surrogate.
 struct Character {
   char32_t code = 0;
   std::size_t length = 0;
