@@ -1,5 +1,5 @@
-# Writes the privacy manifests that Apple's systems require. A manifest lists those of a library's calls that need a
-# reason, and the data that it collects. scripts/check-privacy compares the manifests with what the libraries call.
+# Writes the privacy manifests that Apple's systems require. A manifest lists the calls of a library that need a reason,
+# and the data that the library collects. scripts/check-privacy compares the manifests with what the libraries call.
 
 # The reason for the calls of each category, as one of Apple's codes.
 set(talvo_reason_FileTimestamp C617.1)   # metadata of files in the app's own folders

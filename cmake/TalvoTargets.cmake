@@ -17,10 +17,9 @@ if(BUILD_SHARED_LIBS)
     check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=safe" TALVO_LINKER_FOLDS_CODE)
   endif()
 
-  # TALVO_OPTIMIZES_WHOLE_LIBRARIES must depend on nothing but the compiler and the linker, whatever else is installed.
+  # TALVO_OPTIMIZES_WHOLE_LIBRARIES must depend only on the compiler and the linker, not on other installed tools.
   if(TALVO_LINKER_FOLDS_CODE)
-    # This linker reads clang's objects without help, in any archive, so that neither LLVM's archive tools nor a plugin
-    # are needed.
+    # lld reads clang's intermediate code from any archive, so neither LLVM's archive tools nor a plugin are needed.
     check_linker_flag(CXX "-flto;-fuse-ld=lld" TALVO_LINKER_OPTIMIZES)
     set(optimizes ${TALVO_LINKER_OPTIMIZES})
     set(reason "${CMAKE_CXX_COMPILER} cannot link with -flto and lld")
@@ -39,7 +38,7 @@ if(BUILD_SHARED_LIBS)
     message(NOTICE "TalvoConsentSDK: built without whole-library optimisation, and a quarter larger: ${reason}")
   endif()
   set(TALVO_OPTIMIZES_WHOLE_LIBRARIES ${optimizes} CACHE INTERNAL "Whether shared libraries are optimised as a whole")
-  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # full instead of thin optimisation makes the smallest libraries
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)  # full link-time optimisation makes smaller libraries than thin
     set(CMAKE_CXX_COMPILE_OPTIONS_IPO -flto)
     set(CMAKE_CXX_LINK_OPTIONS_IPO -flto)
   endif()
@@ -88,7 +87,7 @@ function(talvo_add_library target alias)
 endfunction()
 
 # talvo_precompile(NAME): precompiles the headers that most sources include, in debug builds of this project. Release
-# builds do without, and so detect a source that does not include what it uses.
+# builds do not, and so detect a source that does not include what it uses.
 function(talvo_precompile target)
   if(PROJECT_IS_TOP_LEVEL AND CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_precompile_headers(${target} PRIVATE <algorithm> <chrono> <functional> <map> <memory> <mutex> <optional>

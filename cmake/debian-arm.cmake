@@ -1,5 +1,5 @@
 # Cross-builds for ARM with Debian's compiler. TALVO_TARGET is aarch64-linux-gnu (64 bits) or arm-linux-gnueabihf
-# (32 bits, hard float). TALVO_SYSROOT is a folder with the unpacked ARM packages, such as scripts/test-arm makes. The
+# (32 bits, hard float). TALVO_SYSROOT is a folder with unpacked ARM packages; scripts/test-arm makes one. The
 # standard libraries of C and C++ come with the compiler.
 set(CMAKE_SYSTEM_NAME Linux)
 string(REGEX REPLACE "-.*" "" CMAKE_SYSTEM_PROCESSOR "${TALVO_TARGET}")

@@ -36,11 +36,11 @@ std::string described(const Result<URLResponse>& outcome) {
          (body.size() < 100 ? body : std::to_string(body.size()) + " bytes");
 }
 
-// One row: the fault, the outcome that must follow soon, and the limit of memory.
+// One row: the fault, the outcome that must follow soon, and by how much the process may grow meanwhile.
 struct Fault {
   std::string name, script, mebibytes, end, text;
 
-  // Returns by how many KiB the process has grown.
+  // Returns by how many KiB the process has grown, or 0 if the row allows 100 MiB or more.
   long run(CurlURLSession& session, URLRequest request) const {
     SCOPED_TRACE(request.method + " " + name);
     const bool stalls = end == "error 28", pauses = script.find("pause") != script.npos;

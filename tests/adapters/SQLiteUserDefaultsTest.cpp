@@ -27,7 +27,7 @@ using namespace platform;
 
 namespace {
 
-// With a timeout long enough for a busy machine on which many threads and processes take turns.
+// Opens a store whose timeout suffices for many threads and processes that take turns on a busy machine.
 std::shared_ptr<UserDefaults> openWithLongTimeout(const fs::path& file) {
   return std::make_shared<SQLiteUserDefaults>(file, std::chrono::minutes(1));
 }
@@ -45,7 +45,7 @@ struct InSQLite {
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, UserDefaultsConformance, InSQLite);
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, DurabilityConformance, InSQLite);
 
-// All processes find a damaged file first.
+// Begins with a damaged file, which one of the processes sets aside.
 struct InDamagedSQLite {
   TemporaryFolder folder;
   InDamagedSQLite() { write(folder.file(), std::string(20'000, 'x')); }
@@ -74,8 +74,8 @@ TEST_F(SQLiteUserDefaultsTest, KeepsValuesAndKeepsThemPrivate) {
   EXPECT_EQ(SQLiteUserDefaults(file).data("k").value(), Data("v"));
 }
 
-// A caller with a deadline does not wait longer than that, even if another thread holds the store and keeps
-// waiting.
+// A caller with a deadline does not wait past it, even if another thread uses the same store object and waits
+// for the file without a limit.
 TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   constexpr auto noLimit = std::chrono::milliseconds::max();
   SQLiteUserDefaults store(file, noLimit);
@@ -85,7 +85,7 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   other.execute("BEGIN IMMEDIATE");
   plain.execute("CREATE TABLE t(x); BEGIN IMMEDIATE");
   alone.execute("BEGIN EXCLUSIVE");
-  // Its writer has stopped in the middle of a change.
+  // A writer of this file has stopped in the middle of a change.
   const fs::path stopped = file.parent_path() / "stopped.db";
   OtherConnection halfway(stopped);
   halfway.execute("PRAGMA journal_mode = WAL; CREATE TABLE t(x); BEGIN IMMEDIATE");
@@ -108,8 +108,8 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
   EXPECT_EQ(store.data("k").value(), Data("new"));
 }
 
-// One process has the store open, and others open it afterwards. None of them is forked from a process that
-// has it open.
+// One process has the store open, and others open it afterwards. None of these was forked while its parent
+// had the store open.
 TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
   const fs::path root = file.parent_path().parent_path();
   const auto shell = [&](const std::string& command) {
@@ -203,7 +203,7 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
   EXPECT_FALSE(isLeft());
 }
 
-// Another process extends and truncates the file between any two checks of it.
+// Another connection extends and shortens the file between the steps with which the store checks it.
 TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
   {
     SQLiteUserDefaults(file).set("k", Data("v")).value();
@@ -232,7 +232,7 @@ TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
   EXPECT_THAT(printer->take(), IsEmpty());
 }
 
-// The process may have no descriptor left to read the log, while some values are only in the log.
+// Some values are only in the log, and the process may have no file descriptor left to open it.
 TEST_F(SQLiteUserDefaultsTest, FindsNoDamageWhereDescriptorsAreMissing) {
   SQLiteUserDefaults store(file);
   store.set("k", Data(std::string(20'000, 'x'))).value();
@@ -265,7 +265,7 @@ TEST_F(SQLiteUserDefaultsTest, SetsAFileAsideOnceWhenSeveralConnectionsFindItDam
   EXPECT_EQ(second.data("k").value(), Data("after"));
   EXPECT_EQ(printer->take().size(), 1u);
 
-  // Others wait while a store in the folder is being opened or set aside, and check again afterwards.
+  // A store waits while another one in the folder is being opened or set aside, and then checks again.
   OtherConnection(file).execute("PRAGMA wal_checkpoint(TRUNCATE)");
   write(file, std::string(20'000, 'y'));
   const int otherHolder = ::open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC);

@@ -6,7 +6,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Trusts servers with its identity, and uses HTTP/2 if they support it.
+/// A libcurl session that trusts servers with the certificate `identity()`. Uses HTTP/2 if they support it.
 class SecureCurlURLSession : public CurlURLSession {
  public:
   SecureCurlURLSession() : CurlURLSession(options()) {}

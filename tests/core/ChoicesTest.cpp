@@ -3,7 +3,7 @@
 // which the service accepts or refuses; "ask:x" submits x and leaves the request unanswered; "identify:u",
 // "forget" and "restart"; "yes:n" and "no:n" answer an open request, and "replies" accepts all open requests;
 // "store:fine", "store:fixed" (cannot be written) and "store:broken" set the state of the store; "die:n" ends
-// the process at the n-th operation on the store from then on.
+// the process at its n-th operation on the store after this step.
 
 #include <map>
 #include <random>
@@ -27,7 +27,7 @@ struct Kept {
   std::string consent = "-", original = "-", user = "-";
 
   std::string text() const { return consent + " " + original + " " + user; }
-  // The values after a restore that is still due.
+  // What the values are once a restore that is still due has been done.
   Kept restored() const { return user == "-" && original != "-" ? Kept{original, "-", "-"} : *this; }
   friend bool operator==(const Kept&, const Kept&) = default;
 };
@@ -72,7 +72,7 @@ bool isKnown(const std::string& user) {
 
 enum class Kind { login, decision, implicit };
 
-// A request to the service: for which user ("-" for none), which decision, and when.
+// A request to the service: its user ("-" for none), its decision, and the model's counters at that time.
 struct Asked {
   Kind kind;
   std::string user = "-", consent = "-";
@@ -312,7 +312,7 @@ class ClientProcess {
   std::shared_ptr<Unanswered> service_ = std::make_shared<Unanswered>();
   std::shared_ptr<CookiesSDK> client_;
   Model model_;
-  Model before_, written_;  // before the current step, and after it has repeated failed writes
+  Model before_, written_;  // before the current step, without and with the writes that it repeats
   int left_ = 0;
 };
 

@@ -101,7 +101,7 @@ TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
   }));
 }
 
-// The host's store and printer are called while the client is being created.
+// Creating a client calls the host's store and printer, which may ask for the client meanwhile.
 TEST_F(ClientTest, IsThereForOtherThreadsOnceItIsMade) {
   std::thread other;
   std::shared_ptr<CookiesSDK> seenElsewhere;

@@ -29,7 +29,8 @@ class SlowStore : public InMemoryUserDefaults {
   std::once_flag opened_;
 };
 
-// A session that does not answer while the main actor is busy: code that waited there for a reply would hang.
+// A session that does not answer while the main actor is busy, so that code that waits on it for a reply
+// fails.
 class HeldSession : public URLSession {
  public:
   explicit HeldSession(std::shared_ptr<URLSession> inner) : inner_(std::move(inner)) {}

@@ -1,5 +1,5 @@
-// Which choice is kept: each source of a consent with each kind of stored consent, with a working and a
-// failing network and store. The table is tests/golden/precedence.txt, whose header explains the columns.
+// Checks which choice is kept when each source of a consent meets each kind of stored consent, with a network
+// and a store that work or fail. The table is tests/golden/precedence.txt, whose header explains the columns.
 
 #include "TalvoConsentSDK/platform/Spawn.h"
 

@@ -21,10 +21,10 @@ double bestCost(Work work) {
   return best;
 }
 
-/// The ratio of `cost` for ten times `size` to `cost` for `size`. Returns the smallest of up to three tries,
-/// since load on the machine tends to add to the ratio, and stops at the first that is at most `limit`. Where
-/// the larger size no longer fits the processor's caches, the ratio is too large although the cost is
-/// proportional; so the last try uses ten times both sizes, at which a cost that is not is even steeper.
+/// Returns the ratio of `cost(10 * size)` to `cost(size)`. Takes the smallest of up to three tries, because
+/// load on the machine tends to raise the ratio, and stops at the first one that is at most `limit`. A
+/// proportional cost still exceeds `limit` if only the larger size does not fit the processor's caches. So a
+/// last try uses ten times both sizes. There the caches help neither, and other costs grow even faster.
 template <class Cost>
 double growth(const Cost& cost, std::size_t size, double limit) {
   double best = std::numeric_limits<double>::infinity();

@@ -15,8 +15,8 @@ namespace TalvoConsentSDK {
 #define TALVO_SANITIZED 0  // the presets use sanitizers with clang only
 #endif
 
-/// In KiB: "VmRSS:" is the current size, "VmHWM:" the largest size since `startOfPeak`. 0 if the system does
-/// not report it, and under a sanitizer, because sanitizers keep freed memory.
+/// The size in KiB: now for "VmRSS:", the largest since `startOfPeak` for "VmHWM:". Returns 0 if the system
+/// does not report it, and under a sanitizer, because sanitizers keep freed memory.
 inline long residentMemory(const char* which = "VmRSS:", const std::string& process = "self") {
   std::ifstream status("/proc/" + process + "/status");
   for (std::string word; !TALVO_SANITIZED && status >> word;)

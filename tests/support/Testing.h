@@ -99,7 +99,7 @@ inline std::string unescaped(std::string text) {
   return text;
 }
 
-/// A reply with this status and body, which is unescaped; "nothing" stands for none.
+/// A reply with this status and body. "nothing" leaves either of them out. The body may contain "\xHH".
 inline URLResponse replyOf(const std::string& status, const std::string& body) {
   URLResponse made;
   if (status != "nothing") made.statusCode = std::stoi(status);
