@@ -26,7 +26,7 @@ class BannerScene {
   void settle();
 
   /// Activates the first control with this role and name, which must exist.
-  void use(TalvoConsentSDK::Role role, const std::string& name);
+  void use(TalvoConsentSDK::view::Role role, const std::string& name);
 
   /// Scrolls at the middle of the window.
   void scroll(double distance);

@@ -11,7 +11,6 @@
 #include "fuzz/Fuzzing.h"
 
 using namespace TalvoConsentSDK;
-using namespace TalvoConsentSDK::platform;
 using namespace TalvoConsentSDK::fuzzing;
 
 namespace {
