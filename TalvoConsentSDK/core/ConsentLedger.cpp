@@ -188,7 +188,7 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
 ConsentLedger::Login ConsentLedger::changeIdentity(const IdentityChange& change) {
   const std::scoped_lock guard(lock_);
   pending_.add(change);
-  // A login that replaces another user takes over that user's consent, so these two members stay valid.
+  // A login that replaces another user takes over that user's consent, so both members below stay valid.
   if (change.logOut || (!user_.value && !user_.isUnknown)) {
     hasUserDecided_ = false;
     implicit_.reset();

@@ -34,9 +34,9 @@ class ConsentLedger {
   /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
 
-  /// The person who uses the app, identified or not. The user is unknown if the store could not be read; the
-  /// person then counts as the user that the store is later found to hold, unless a login or logout comes
-  /// first.
+  /// The person who uses the app, identified or not. If the store could not be read, the user is unknown; the
+  /// ledger then assumes that the person is the user it finds in the store later, unless a login or logout
+  /// comes first.
   struct Person {
     KeptUser user;
     std::uint64_t identity = 0;  // how many times the identity had changed

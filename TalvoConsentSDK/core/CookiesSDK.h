@@ -43,7 +43,7 @@ class CookiesSDK {
   /// device's store; then, on the main actor, it fetches the site's configuration, submits an implicit
   /// consent if the site asks for one and no consent is stored, and fetches the user's consent if a user is
   /// still identified. If no platform is installed, all of this happens once one is. Safe from any thread.
-  /// Returns null to host code that runs within this call, such as the store.
+  /// If host code that runs within this call, such as the store, calls it again, the inner call returns null.
   static std::shared_ptr<CookiesSDK> createInstance(const std::string& apiUrl, const std::string& siteId);
 
   /// Returns the process's instance, or null before the first `createInstance`. Waits while another thread is
@@ -76,10 +76,10 @@ class CookiesSDK {
   /// the user inherits it unless they have decided.
   void submitConsent(const BasicConsent& consent, Completion completion);
 
-  /// The same as a task, which returns the answer or throws an Error. This call fixes what is sent and for
-  /// whom; the request is sent when the task is awaited. The awaiter resumes on its own executor, or in the
-  /// background if it has none. Once awaited, the submission cannot be stopped by dropping the task or
-  /// destroying the awaiter.
+  /// The same as a task, which returns the answer or throws an Error. This call determines what is sent
+  /// and for which user; the request is sent when the task is awaited. The awaiter resumes on its own
+  /// executor, or in the background if it has none. Once awaited, the submission cannot be stopped by
+  /// dropping the task or destroying the awaiter.
   Task<ConsentResponse> submitConsent(const BasicConsent& consent);
 
   /// Ties the consent to a user known to the host. A consent given while nobody was identified is set aside
@@ -98,11 +98,12 @@ class CookiesSDK {
   /// the main actor:
   /// - `onAcceptAll`, `onRejectAll`: the service has accepted the decision. The device has stored it too,
   ///   unless its store failed, which prints a line, or the decision's user is no longer identified;
-  /// - `onManagePreferences`: the user saved preferences on the banner, and the service has accepted them, as
-  ///   above; or the user asked for preferences, which the host must show itself;
+  /// - `onManagePreferences`: the user saved preferences on the banner, and they were accepted and stored as
+  ///   described above; or the user asked for preferences, which the host must show itself;
   /// - `onError`: the banner could not be shown, or a decision could not be submitted. Nothing was stored.
   /// Closing the banner stores nothing and calls no closure. A decision raises no event. It belongs to
-  /// whoever was identified when the host asked for the banner, under the rules of `submitConsent`.
+  /// whoever was identified when the host asked for the banner; if the identity has changed since, the rules
+  /// of `submitConsent` apply.
   void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                   std::function<void()> onManagePreferences, std::function<void(Error)> onError);
 

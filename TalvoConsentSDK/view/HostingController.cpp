@@ -82,8 +82,8 @@ bool HostingController::activate(ElementId control) {
   return true;
 }
 
-// Brings rendering and layout up to date. Both call the host for texts, printed lines and pictures. If the
-// host runs an event loop in such a call, it may call in here again; it then sees the previous state.
+// Brings rendering and layout up to date. Both call host code: the text measurer, the printer and the image
+// loader. If that code runs an event loop, it may call in here again; it then sees the previous state.
 void HostingController::update() {
   if (isUpdating_) return;
   const ScopedFlag updating(isUpdating_);

@@ -22,8 +22,8 @@ struct ScrollRegion {
   double maxOffset() const { return std::max(0.0, contentHeight - frame.height); }
 };
 
-/// How far a region is scrolled, in points from the top. Stored under the region's identity. Layout clamps an
-/// offset beyond the end to the end.
+/// How far a region is scrolled, in points from the top. Stored under the region's identity. Layout reduces
+/// an offset that is past the end to the region's maximum.
 struct ScrollOffset {
   double y = 0;
 };

@@ -23,8 +23,8 @@ class Binding {
   /// Changes a value in place.
   using Change = std::function<void(T&)>;
 
-  /// Gives access to a place. A place has `Reading get() const` and `void update(const Change&)`, which
-  /// changes the value and then notifies the views that show it.
+  /// Gives access to the value in `place`, an object with `Reading get() const` and
+  /// `void update(const Change&)`; `update` changes the value and then notifies the views that show it.
   template <class Place>
   explicit Binding(std::shared_ptr<Place> place)
       : place_(std::move(place)),

@@ -131,8 +131,8 @@ struct Padding {
 };
 
 /// A frame around a child, which keeps its own size and is aligned within the frame. In each dimension, the
-/// frame has a fixed length if minimum and maximum are equal; otherwise it takes the offered length, clamped
-/// to the two. The child's own length replaces an absent bound.
+/// frame has a fixed length if minimum and maximum are equal; otherwise it takes the offered length, but at
+/// least the minimum and at most the maximum. The child's own length replaces an absent minimum or maximum.
 struct Frame {
   std::optional<double> minWidth = {};
   std::optional<double> maxWidth = {};

@@ -74,8 +74,8 @@ struct Switch {
   friend bool operator==(const Switch&, const Switch&) = default;
 };
 
-/// An outline of two strokes of 2 points each around the focused control. In high contrast, also the outline
-/// of a switch or a background, with only the outer stroke.
+/// An outline of two strokes of 2 points each around the focused control. In high contrast, also used for
+/// the outline of a switch or a background; the inner stroke is then clear.
 struct FocusRing {
   Color inner;
   Color outer;
