@@ -28,8 +28,8 @@ constexpr int hexDigit(char c) {
   return -1;
 }
 
-// Stops at the first character that is not a digit. May overflow, but callers use the value only of texts of
-// at most eight characters.
+// Stops at the first character that is not a digit. The value may overflow, but the caller ignores
+// the value of a text of more than eight characters.
 std::uint64_t scanHex(std::string_view text) {
   if (text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && hexDigit(text[2]) >= 0) {
     text.remove_prefix(2);

@@ -30,8 +30,8 @@ struct Color {
 /// character that is not an ASCII hexadecimal digit.
 TALVO_EXPORT Color colorFromText(std::string_view text);
 
-/// Whether `text` has one of these lengths and consists of digits only. `colorFromText` makes a colour of
-/// other texts, too.
+/// Whether `text`, apart from the leading and trailing characters that `colorFromText` ignores, is exactly 3,
+/// 6 or 8 hexadecimal digits. `colorFromText` is more lenient: it returns a colour for every text.
 TALVO_EXPORT bool isColorText(std::string_view text);
 
 }  // namespace platform

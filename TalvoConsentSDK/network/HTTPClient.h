@@ -45,9 +45,9 @@ class HTTPClient {
   }
 
   /// Posts a JSON object and calls `completion` once, on the session's thread. If `body` cannot be encoded or
-  /// the session throws, calls it before returning instead. `completion` receives the reply's object, an
-  /// `HTTPClientError`, or a `PlatformError` of domain "HTTPClient": -1 "Failed to serialize JSON payload",
-  /// -2 "No data received", -3 "Invalid JSON response".
+  /// the session throws, calls it on the caller's thread, before returning. `completion` receives the reply's
+  /// object, an `HTTPClientError`, or a `PlatformError` of domain "HTTPClient":
+  /// -1 "Failed to serialize JSON payload", -2 "No data received", -3 "Invalid JSON response".
   virtual void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
                         JSONCompletion completion) = 0;
 

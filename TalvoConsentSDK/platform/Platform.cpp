@@ -15,7 +15,7 @@ using namespace platform;
 
 namespace {
 
-// Threads may still read it, or print, while the process exits.
+// Never destroyed: other threads may still read it, or print, while the process exits.
 struct Installed {
   std::mutex lock;
   UnboundPlatform unbound;

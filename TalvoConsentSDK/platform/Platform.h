@@ -28,8 +28,8 @@ struct Platform {
   std::shared_ptr<platform::Executor> background;
 
   /// Calls listeners and the completions of submissions, which may block. Must run one job after the other,
-  /// in the order posted. If null, which is the default, `background` is used, and its other work waits for
-  /// these calls.
+  /// in the order posted. If null, which is the default, `background` makes these calls, and its other work
+  /// waits for them.
   std::shared_ptr<platform::Executor> callbacks;
 
   std::shared_ptr<platform::Application> application;
@@ -48,8 +48,8 @@ struct Platform {
 
   static bool isInstalled();
 
-  /// Returns the installed platform. Before the first `install`, returns null objects; their session, store
-  /// and executors pass everything on to the first installed platform from then on.
+  /// Returns the installed platform. Before the first `install`, returns null objects. Once the first
+  /// platform is installed, the session, store and executors among them pass everything on to it.
   static Platform current();
 };
 

@@ -11,7 +11,7 @@
 namespace TalvoConsentSDK {
 namespace platform TALVO_EXPORT {
 
-/// Limits how long all store operations on the calling thread together may wait, from this object's creation
+/// Limits how long the store operations on the calling thread may wait in total, from this object's creation
 /// to its destruction. If deadlines are nested, the earliest one counts. Create and destroy it on the same
 /// thread.
 class StoreDeadline {

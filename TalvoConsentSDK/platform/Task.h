@@ -45,8 +45,8 @@ struct TaskPromise : Wait {
   FinalAwaiter final_suspend() const noexcept { return {}; }
   void unhandled_exception() noexcept { exception = std::current_exception(); }
 
-  /// Starts this promise's task for an awaiter that has suspended. Returns false if the task has ended
-  /// already, and the awaiter goes on at once. If the task's executor throws without having begun the task,
+  /// Starts this promise's task for an awaiter that has suspended. Returns false if the task has already
+  /// ended; the awaiter then goes on at once. If the task's executor throws without having begun the task,
   /// lets the exception through.
   bool start(std::coroutine_handle<> task, std::coroutine_handle<> awaiter,
              std::shared_ptr<platform::Executor> awaiterExecutor);

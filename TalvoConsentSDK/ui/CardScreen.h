@@ -37,7 +37,8 @@ class CardScreen {
 
   /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
   /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a
-  /// text, it ends before the close control; if it has controls, the content starts below the close control.
+  /// text, its lines stop short of the close control. If it has controls, all content starts below the close
+  /// control.
   void addComponents(const Items& items, const TabsRenderer& renderTabs = nullptr);
 
   /// The card with its margin to the edges of the screen.

@@ -89,7 +89,7 @@ void ConsentBannerPresenter::dismiss() {
   const auto fading = overlayWindow_;  // animateAlpha may run code that replaces the banner
   fading->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = fading] {
     window->setHidden(true);
-    // A banner that was shown while this one faded out stays.
+    // If another banner was shown during the fade, keep that one.
     if (self->overlayWindow_ != window) return;
     self->overlayWindow_.reset();
     self->hostingController_.reset();
@@ -103,7 +103,8 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
       if (std::exchange(*isOver, true)) return;
       callback(arguments...);
       const auto presenter = self.lock();
-      if (presenter && presenter->isOver_ == isOver) presenter->dismiss();  // unless the callback replaced it
+      // If the callback has shown another banner, keep that one.
+      if (presenter && presenter->isOver_ == isOver) presenter->dismiss();
     };
   };
   const BannerCallbacks& callbacks = bannerView.callbacks();

@@ -23,7 +23,7 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
   /// Shows a banner in a new window on the first scene in the foreground and fades it in. Does nothing if
   /// there is no such scene. Replaces a banner that is still shown. When the user accepts, rejects, saves or
   /// closes, the banner first reports this and is then dismissed; managing preferences does not dismiss it.
-  /// After one of these four reports, and as soon as it is dismissed or replaced, a banner reports nothing
+  /// Once a banner has made one of these four reports, or has been dismissed or replaced, it reports nothing
   /// more, even while it is still visible.
   void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
 

@@ -11,8 +11,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Whether each category is on, by category key, and each vendor, by category key and vendor name.
+/// Whether each category is on, by category key.
 using CategoryStates = std::map<std::string, bool, std::less<>>;
+/// Whether each vendor is on, by category key and then by vendor name.
 using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
 
 /// The rows' access to the banner's state. A row that lacks a binding shows a disabled switch.

@@ -27,7 +27,7 @@ struct Palette {
   platform::Color line() const { return font.withAlpha(font.alpha * 0.2); }
 
   /// A switch that is on contrasts with the card as much as the buttons do. A switch that is off is fainter
-  /// than the text and contrasts less; the lint requires 3:1 of both.
+  /// than the text and contrasts less. The lint requires a contrast of 3:1 in both states.
   view::ToggleColors toggleColors() const {
     return {.on = buttonBackground, .off = font.withAlpha(font.alpha * 0.5), .knob = {1, 1, 1, 1}};
   }

@@ -59,7 +59,7 @@ Platform::Platform()
       localization(std::make_shared<Localization>()),
       printer(std::make_shared<StandardOutput>()) {}
 
-// The null objects, and the platform that is used instead of them once it is bound. Neither is ever replaced.
+// The null objects, and the platform that takes their place once it is bound. Each is set only once.
 struct UnboundPlatform::Binding {
   Binding() { nullObjects.fillIn(); }
 
