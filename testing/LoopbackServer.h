@@ -94,8 +94,8 @@ class LoopbackServer {
   using Handler = std::function<void(const Request&, Connection&)>;
 
   /// Uses TLS if `identity` is not null. `onlyTLS` is an OpenSSL version number such as `TLS1_VERSION` and
-  /// allows only that version, however weak; 0 allows all. If there is a `greeting`, a script for
-  /// `Connection::play`, a server with TLS uses HTTP/2 with clients that support it, and plays the greeting
+  /// allows only that version, however weak; 0 allows all. `greeting` is a script for `Connection::play`: if
+  /// it is not empty, a server with TLS uses HTTP/2 with clients that support it, and plays the greeting
   /// first on each such connection.
   explicit LoopbackServer(Handler handler, const TestCertificate* identity = nullptr, int onlyTLS = 0,
                           std::string greeting = "");

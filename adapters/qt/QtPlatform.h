@@ -11,9 +11,9 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Creates a platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Call it on the thread of the
-/// QGuiApplication after that was created. `store` is the file for the consents; it is created when it is
-/// first needed.
+/// Creates a platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Create the QGuiApplication
+/// first, and call this on its thread. `store` is the file for the consents; it is created when it is first
+/// needed.
 TALVO_EXPORT Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options = {});
 
 /// Adds Qt's windows to a platform whose other parts the host chooses itself. They load pictures with the

@@ -26,8 +26,8 @@ QFont::Weight toQtWeight(FontWeight weight) {
   return QFont::Normal;
 }
 
-// Inter, then fonts that match it for scripts that it lacks, each only if it is installed; then the system's
-// fonts.
+// Inter, then fonts that match Inter for the scripts that it lacks, then the system's fonts. Leaves out fonts
+// that are not installed.
 const QStringList& families() {
   static const QStringList list = [] {
     const QStringList installed = QFontDatabase::families();

@@ -18,7 +18,7 @@ using namespace view;
 
 namespace {
 
-constexpr double minShare = 2.0 / 3;     // of its font size; a text shrinks no further to keep a word whole
+constexpr double minShare = 2.0 / 3;     // of the font size; a text that would shrink below it keeps its size
 constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts do not accept infinity
 
 // Lengths are in UTF-16 units. If a text has no blanks at which a line can end, the time that Qt takes for

@@ -67,7 +67,7 @@ struct SQLiteUserDefaults::Access {
   const std::chrono::milliseconds busyTimeout;
   std::timed_mutex lock{};
   std::unique_ptr<StoreConnection> current{};  // null until the first operation, and after a failed one
-  std::unique_ptr<StoreConnection> lost{};     // to a file that the path no longer leads to
+  std::unique_ptr<StoreConnection> lost{};     // a connection to a file that the path no longer leads to
 };
 
 // When a connection finds damage, this locks the folder exclusively and opens the path again. The file is set

@@ -146,7 +146,8 @@ void requireAllPages(const SQLiteHandle& connection) {
   execute(connection, "COMMIT");
 }
 
-// The switch briefly needs exclusive access to the file and, unlike other statements, does not wait for it.
+// Switching the journal mode briefly needs exclusive access to the file. Unlike other statements, the switch
+// does not wait for that, so this tries again until `end`.
 void useWriteAheadLog(const SQLiteHandle& connection, const StoreWaitEnd& end) {
   for (;; std::this_thread::sleep_for(milliseconds(1))) {
     try {

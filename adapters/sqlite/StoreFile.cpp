@@ -21,7 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The file itself comes last, so that its side files are never found beside a new file of the same name.
+// In the order in which they are set aside. The file itself comes last, because otherwise a new file of the
+// same name could be created beside the old side files.
 constexpr std::array sideFilesAndFile{"-journal", "-wal", "-shm", ""};
 
 fs::path sibling(const fs::path& file, const char* suffix) {

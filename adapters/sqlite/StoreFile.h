@@ -31,8 +31,8 @@ void makePrivateFile(const std::filesystem::path& file);
 using FileIdentity = std::optional<std::pair<dev_t, ino_t>>;
 FileIdentity identityOf(const std::filesystem::path& file);
 
-/// The file's size in bytes; nothing if there is no file or it cannot be examined. Nothing compares less than
-/// any size.
+/// The file's size in bytes; nothing if there is no file or it cannot be examined. An absent size compares
+/// less than any other.
 std::optional<std::int64_t> sizeOf(const std::filesystem::path& file);
 
 /// A lock on the folder of a store. Opening or closing a store takes it shared; setting a store aside takes

@@ -14,8 +14,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// Runs a loop on its own thread, with all signals blocked. When the process exits, the loop is asked to stop
 /// and, once `wake` has returned, has 250 ms to end. After that the thread is left running, so that a host
 /// callback that never returns cannot hang the exit. A forked child does not have the thread and does not
-/// wait for it. Initialise the libraries that the loop uses before you make one: exit handlers run in reverse
-/// order, so those of the libraries then run after this one.
+/// wait for it. Before you make one, initialise the libraries that the loop uses: exit handlers run in
+/// reverse order, so the libraries' handlers then run after the handler that stops the loop.
 class ParkedThread {
  public:
   using Loop = std::function<void(const std::atomic<bool>& stop)>;

@@ -81,7 +81,7 @@ class ColorCheck {
     const double found = contrast(color, layers);
     if (found >= minContrast) return;
     char sentence[128];
-    // Rounded down, so that a contrast that is too low never reads as the one that is needed.
+    // Rounds down, so that a contrast just below the minimum is not printed as the minimum.
     std::snprintf(sentence, sizeof sentence, "%s have a contrast of %.2f:1; %.1f:1 is needed", what,
                   std::floor(found * 100) / 100, minContrast);
     report_.error(document_.name, path(key), sentence);

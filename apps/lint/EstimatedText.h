@@ -8,9 +8,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Estimates that ASCII characters are as wide as in the font Inter, and that any other character is as wide
-/// as the wide characters of its script are on average. Lines break at spaces, after hyphens, dashes and
-/// slashes, and at soft hyphens and zero-width spaces.
+/// Estimates an ASCII character at its width in the font Inter, and any other character at the average width
+/// of the wide characters in its script. Lines break at spaces, after hyphens, dashes and slashes, and at
+/// soft hyphens and zero-width spaces.
 class EstimatedText : public platform::TextMeasurer {
  public:
   explicit EstimatedText(double scale) : scale_(scale) {}

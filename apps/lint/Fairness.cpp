@@ -17,7 +17,8 @@ namespace {
 
 using Buttons = std::vector<BannerCustomization::ButtonItem>;
 
-// Returns the number of vendors by category: the highest that the catalogue of any language has.
+// Returns the number of vendors in each category. If the catalogues of the languages differ, the highest
+// number counts.
 std::map<std::string, std::size_t, std::less<>> vendorCounts(const Site& site) {
   std::map<std::string, std::size_t, std::less<>> counts;
   for (const auto& document : site.services) {

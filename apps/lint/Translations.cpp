@@ -54,7 +54,7 @@ class Comparison {
  private:
   void error(const std::string& path, const std::string& sentence) { report_.error(name_, path, sentence); }
 
-  // Consents name vendors by these texts, whatever language they were given in.
+  // Stored consents name vendors by these texts, so the texts must be the same in all languages.
   static bool identifiesVendors(const std::string& path) {
     return path.starts_with("libraries") && (path.ends_with(".vendor") || path.ends_with(".category"));
   }

@@ -112,7 +112,9 @@ TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** j
 TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                                     talvo_reply_callback callback, void* user_data);
 
-/* Tie the consent to a user, and untie it. TALVO_IDENTIFICATION_COMPLETE is raised when the first has ended.
+/*
+ * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it.
+ * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended.
  */
 TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id);
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);
