@@ -9,6 +9,7 @@
 #include "TalvoConsentSDK/platform/Application.h"
 #include "TalvoConsentSDK/platform/ImageLoader.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
+#include "TalvoConsentSDK/view/ViewTypes.h"
 
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
