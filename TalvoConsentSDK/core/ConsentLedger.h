@@ -118,7 +118,7 @@ class ConsentLedger {
 
   const std::shared_ptr<ConsentStorage> storage_;
 
-  // Held while the store is used, which may block and may call the ledger.
+  // Held while the store is in use. The store may block, and it may call the ledger.
   std::recursive_timed_mutex storeLock_;
   bool isStoreInUse_ = false;  // guarded by storeLock_
 

@@ -1,6 +1,7 @@
 #pragma once
 
-// Observers that are notified whenever the stored consent may have changed, whatever changed it.
+// Observers that are notified whenever their client may have changed the stored consent. Changes made by
+// other processes are not noticed.
 
 #include <functional>
 #include <map>
@@ -41,9 +42,9 @@ std::shared_ptr<platform::UserDefaults> observed(std::shared_ptr<platform::UserD
                                                  std::string key,
                                                  std::shared_ptr<ConsentObservers> observers);
 
-/// Calls `observer` on the main actor after each change of the stored consent, until the returned handle is
-/// released. If the handle is released on the main actor, no call follows; after a release on another thread,
-/// a call may still be running. For bindings.
+/// Calls `observer` on the main actor after each change that `client` makes to the stored consent, until the
+/// returned handle is released. If the handle is released on the main actor, no call follows; after a release
+/// on another thread, a call may still be running. For bindings.
 TALVO_EXPORT std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client,
                                                         std::function<void()> observer);
 

@@ -85,8 +85,8 @@ class CookiesSDK {
   /// Ties the consent to a user known to the host. A consent given while nobody was identified is set aside
   /// in the same step as the login. Then, on the main actor, the consent that the service holds for the user
   /// is fetched and stored, and `identificationComplete` is raised, after a failure too. The fetched consent
-  /// is not stored if by then the identity has changed again, a decision has been made, or another process
-  /// has stored something else.
+  /// is not stored if by then the identity has changed again, the service has accepted a decision, or another
+  /// process has stored something else.
   void identify(const std::string& userId);
 
   /// Forgets the user and restores the consent that was set aside, in one step. Sends nothing and raises no

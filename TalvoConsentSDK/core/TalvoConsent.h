@@ -1,6 +1,6 @@
 #pragma once
 
-// The client for one person's choices on numbered topics. It has no storage, no banner and no events.
+// The client for people's choices on numbered topics. It has no storage, no banner and no events.
 
 #include <cstdint>
 #include <functional>
@@ -37,9 +37,9 @@ class TalvoConsent {
                                                    const std::optional<std::string>& apiUrl);
 
   /// Sends the choices (topic number to yes or no) of the person with this e-mail address, which is passed on
-  /// unchanged. If the base URL is not a URL, fails with `HTTPClientError` `invalidURL`, calling `completion`
-  /// on the calling thread before this returns. If a text is not UTF-8, fails with the `PlatformError` of
-  /// code -1.
+  /// unchanged. If the base URL is not a URL that a request can be sent to, fails with `HTTPClientError`
+  /// `invalidURL`, calling `completion` on the calling thread before this returns. If a text is not UTF-8,
+  /// fails with the `PlatformError` of code -1.
   void submitConsent(const std::string& userEmail, const std::map<std::int64_t, bool>& topics,
                      Completion completion);
 

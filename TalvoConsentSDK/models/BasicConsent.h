@@ -32,7 +32,7 @@ struct BasicConsent {
   static BasicConsent rejectAll();
 
   /// Judges the categories that are present: accepted if all of them are `all`, rejected if all of them are
-  /// `none` or none is present, otherwise partial.
+  /// `none` or no category is present, otherwise partial.
   ConsentStatus status() const;
 
   /// Returns the events that this consent raises, in order.

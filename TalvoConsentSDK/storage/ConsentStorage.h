@@ -12,8 +12,8 @@
 
 namespace TalvoConsentSDK {
 
-/// A consent and the data it is stored as. Data that cannot be decoded has no consent. A consent that was not
-/// read from the store has no data until it is saved.
+/// A consent and the data it is stored as. If the data cannot be decoded, `value` is empty. If the consent
+/// was not read from the store, `data` is empty until the consent is saved.
 struct KeptConsent {
   std::optional<BasicConsent> value;
   std::optional<platform::Data> data;

@@ -79,7 +79,7 @@ class CurlTransfer {
   /// The error to report when the deadline has passed.
   PlatformError idleError() const;
 
-  /// The local port of the connection in use or last used; 0 before the first connection.
+  /// The local port of the current run's latest connection; 0 before the run has one.
   int localPort() const noexcept { return localPort_; }
 
  private:

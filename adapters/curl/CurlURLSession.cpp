@@ -69,8 +69,9 @@ CurlRules rulesFor(const CurlOptions& options) {
 ///
 /// When the process exits, the TLS library is shut down while the thread may still be running. So the thread
 /// holds `inCurl_` whenever it is inside libcurl, and checks `stop` before it enters. Once `wake` has held
-/// `inCurl_` with `stop` set, the thread does not enter libcurl again. Completions run without `inCurl_`, so
-/// a completion that never returns does not delay the exit.
+/// `inCurl_` with `stop` set, the thread does not enter libcurl again, except in `end`, which runs only if
+/// the session was closed. Completions run without `inCurl_`, so a completion that never returns does not
+/// delay the exit.
 class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {

@@ -30,15 +30,16 @@ struct CurlOptions {
 /// to 20 redirects are followed, but never from https to another scheme. A redirect to another origin drops
 /// the headers Authorization, Proxy-Authorization and Cookie, and fails a POST or PUT. A POST or PUT is sent
 /// once, on a fresh connection, and again only for a redirect with status 307 or 308. Other requests share
-/// connections, and a GET may be repeated. libcurl takes proxies from the environment; loopback hosts are
+/// connections, and libcurl may repeat them. libcurl takes proxies from the environment; loopback hosts are
 /// always reached directly.
 ///
 /// Errors are `PlatformError`s of the domain "CURL" with a `CURLcode` as their code. The session itself also
 /// ends requests with these codes: 1 for plain http or another scheme, 3 and 43 for a request that cannot be
-/// sent as it is, 8 for a reply that declares two lengths, 18 for a reply cut off in its header, 28 for no
-/// progress, 42 for a closed session, 47 for too many redirects or a POST or PUT redirected to another
-/// origin, 63 for a reply that is too large or has a header of more than 256 KiB, and 65 for a POST or PUT
-/// that would have to be sent again. Error texts contain no part of a body, header value, path or query.
+/// sent as it is, 8 for a reply whose header cannot be read or declares two lengths, 18 for a reply cut off
+/// in its header, 28 for no progress, 42 for a closed session, 47 for too many redirects or a POST or PUT
+/// redirected to another origin, 63 for a reply that is too large or has a header of more than 256 KiB, and
+/// 65 for a POST or PUT that would have to be sent again. Error texts contain no part of a body, header
+/// value, path or query.
 class CurlURLSession : public platform::URLSession {
  public:
   /// Throws a `PlatformError` if libcurl cannot be initialised, the process is out of file descriptors, or

@@ -12,8 +12,7 @@ namespace TalvoConsentSDK::json {
 namespace {
 
 // Returns the index of the field with this key, or the number of fields if there is none. Starts at `first`,
-// the field after the last one found, because documents mostly list fields in the order in which they are
-// written.
+// the field after the last one found, because documents mostly list their fields in the order of the table.
 std::size_t indexOf(std::string_view key, std::span<const Field> fields, std::size_t first) {
   for (std::size_t i = first; i < fields.size(); ++i) {
     if (fields[i].key == key) return i;
