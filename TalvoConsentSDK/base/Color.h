@@ -25,9 +25,9 @@ struct Color {
 
 /// Reads a hexadecimal colour: 3 digits (RGB), 6 (RRGGBB) or 8 (AARRGGBB, alpha first). Ignores characters
 /// before and after it, such as "#" or a no-break space, that Unicode does not class as a letter, a mark or a
-/// number. A text of any other length is opaque black. Every character counts towards the length, including
-/// characters outside ASCII and a leading "0x". The "0x" is then skipped, and reading stops at the first
-/// character that is not an ASCII hexadecimal digit.
+/// number. A text of any other length is opaque black. Every remaining character counts towards the length,
+/// including characters outside ASCII and a leading "0x". The "0x" is then skipped, and reading stops at the
+/// first character that is not an ASCII hexadecimal digit.
 TALVO_EXPORT Color colorFromText(std::string_view text);
 
 /// Whether `text`, apart from the leading and trailing characters that `colorFromText` ignores, is exactly 3,

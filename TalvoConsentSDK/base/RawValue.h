@@ -1,6 +1,7 @@
 #pragma once
 
-// Enumerations with a wire text for each case. To add one, specialise RawValues next to it.
+// Enumerations with a raw text for each case, such as its text in JSON. To add an enumeration, specialise
+// RawValues next to it.
 
 #include <array>
 #include <optional>

@@ -70,8 +70,8 @@ class Collector {
     addChildren(element, isEnabled && !disabled.isDisabled);
   }
 
-  // A dialog comes before its content. In all other cases the role, label and value apply to the first
-  // element inside; if there is none, a labelled view becomes an element itself.
+  // A dialog becomes an element, followed by its content. For any other role, the properties in `own` apply
+  // to the first element inside the view; if there is none, a view with a label becomes an element itself.
   void collect(const Element& element, const node::Accessibility& own, bool isEnabled) {
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;

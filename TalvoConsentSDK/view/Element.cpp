@@ -50,7 +50,7 @@ Element& ElementTree::row(Element& rows, std::size_t index) {
   return *row;
 }
 
-// Returns whether anything changed that affects layout.
+// Returns whether the view or anything in it changed, apart from handlers.
 bool ElementTree::update(Element& element, const AnyView& view) {
   bool changed = element.view.node().content != view.node().content;
   element.view = view;

@@ -86,7 +86,8 @@ class HostingController : public RootViewController {
   /// or it is disabled.
   bool activate(ElementId control);
 
-  /// Scrolls an element into view. The element may come from `accessibleElements` with either kind of rows.
+  /// Scrolls an element into view. The element may come from `accessibleElements` with `Rows::nearby` or with
+  /// `Rows::all`.
   void reveal(const AccessibleElement& element);
 
   std::optional<ElementId> focused();

@@ -112,7 +112,7 @@ class Layout {
   struct Viewport {
     Rect visible;
     std::optional<Rect> clip;
-    ScrollOffset* offset = nullptr;  // null if it does not scroll
+    ScrollOffset* offset = nullptr;  // null if the element is in no scroll region
   };
 
   std::vector<ScrollRegion> scrollRegions_;

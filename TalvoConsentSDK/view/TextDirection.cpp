@@ -10,7 +10,7 @@ namespace view {
 namespace {
 
 // The Unicode blocks of Hebrew, Arabic, Syriac, Thaana, NKo and related scripts, their presentation forms,
-// and the historic scripts of the supplementary plane (Bidi_Class R and AL, by block).
+// and the right-to-left scripts of the Supplementary Multilingual Plane (Bidi_Class R and AL, by block).
 constexpr bool isRightToLeft(char32_t c) {
   return (c >= 0x0590 && c <= 0x08FF) || (c >= 0xFB1D && c <= 0xFDFF) || (c >= 0xFE70 && c <= 0xFEFF) ||
          (c >= 0x10800 && c <= 0x10FFF) || (c >= 0x1E800 && c <= 0x1EFFF);

@@ -130,9 +130,10 @@ struct Padding {
   friend bool operator==(const Padding&, const Padding&) = default;
 };
 
-/// A frame around a child, which keeps its own size and is aligned within the frame. In each dimension, the
-/// frame has a fixed length if minimum and maximum are equal; otherwise it takes the offered length, but at
-/// least the minimum and at most the maximum. The child's own length replaces an absent minimum or maximum.
+/// A frame around a child, which keeps its own size and is aligned within the frame. In each dimension, a
+/// frame with a maximum takes the offered length, but at least the minimum and at most the maximum; if the
+/// two are equal, the length is fixed. The child's own length, but at most the maximum, replaces an absent
+/// offer or an absent minimum. A frame without a maximum is as long as its child, but at least the minimum.
 struct Frame {
   std::optional<double> minWidth = {};
   std::optional<double> maxWidth = {};

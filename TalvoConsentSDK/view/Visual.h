@@ -105,8 +105,9 @@ struct VisualState {
   std::vector<ScrollRegion> scrollRegions;
 };
 
-/// Flattens a laid-out tree in painting order. Omits what is outside its clip or outside the window. Moving
-/// parts are drawn as they are at the current time of `animations`.
+/// Flattens a laid-out tree in painting order. Omits what is outside its clip or outside the window, except
+/// shadows, which extend beyond their frames. Moving parts are drawn as they are at the current time of
+/// `animations`.
 TALVO_EXPORT std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environment,
                                          const VisualState& state, Animations& animations);
 

@@ -30,7 +30,7 @@ inline std::size_t characterCount(std::string_view utf8) {
 
 bool isUTF8(std::string_view text);
 
-/// Whether Unicode classes the character as a letter, a mark that belongs to a letter, or a number.
+/// Whether Unicode classes the character as a letter, a mark or a number (general category L, M or N).
 bool isAlphanumeric(char32_t character);
 
 }  // namespace TalvoConsentSDK
