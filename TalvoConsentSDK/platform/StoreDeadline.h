@@ -1,7 +1,8 @@
 #pragma once
 
-// Limits how long the device's store may make a thread wait. Only the caller knows whether a person is
-// waiting; only the store knows what it is waiting for.
+// Limits how long the device's store may make a thread wait. The caller sets the limit, because only the
+// caller knows whether a person is waiting; the store applies it, because only the store knows what its
+// operations wait for.
 
 #include <chrono>
 #include <optional>

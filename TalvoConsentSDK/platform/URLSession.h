@@ -51,8 +51,8 @@ class URLSession {
 
   /// Sends `request`, follows redirects, and calls `completion` exactly once, on the session's own thread:
   /// with a response, whatever its status, or with the error that prevented one. Returns at once; throws only
-  /// if it will not call `completion`. Once the process has begun to exit, completions may no longer be
-  /// called.
+  /// if it will not call `completion`. Once the process has begun to exit, the session need not call
+  /// completions any more.
   virtual void run(URLRequest request, Completion completion) = 0;
 };
 

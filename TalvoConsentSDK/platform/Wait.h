@@ -45,8 +45,8 @@ class Share {
 
 /// One wait of one coroutine. The coroutine may be destroyed while it waits, but only on the thread on which
 /// it would resume; it is then not resumed. The wait starts with one reference; releasing the last one calls
-/// `destroy`. There are no virtual functions, because each type of task would then carry a table and its
-/// type's name.
+/// `destroy`. There are no virtual functions, because they would add a vtable and a type name to the binary
+/// for each type of task.
 class TALVO_EXPORT Wait {
  public:
   using Destroy = void (*)(Wait& wait) noexcept;

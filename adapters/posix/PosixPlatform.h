@@ -14,8 +14,9 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The default path of an application's consent store: "consent.sqlite" in a folder named after the running
-/// program, inside XDG_DATA_HOME or, if that is not set, in ".local/share" of the home folder. Creates
-/// nothing. Throws a `PlatformError` if neither XDG_DATA_HOME nor a home folder exists.
+/// program, inside XDG_DATA_HOME or, if that is not an absolute path, in ".local/share" of the home folder.
+/// Creates nothing. Throws a `PlatformError` if XDG_DATA_HOME is not an absolute path and there is no home
+/// folder.
 TALVO_EXPORT std::filesystem::path defaultStoreFile();
 
 /// Makes a platform with HTTP through libcurl, consents in the SQLite file `store`, one thread for work and

@@ -14,7 +14,8 @@ using namespace view;
 namespace {
 
 constexpr const char* overlayProperty = "talvoConsentOverlay";
-constexpr std::chrono::milliseconds redrawTime(40);  // two frames
+// The time for the host to redraw itself after a resize: about two frames.
+constexpr std::chrono::milliseconds redrawTime(40);
 
 class PictureItem : public QQuickItem {
  public:

@@ -1,6 +1,6 @@
 #pragma once
 
-// The host application as Qt sees it: every top-level window is a scene.
+// The host application as Qt sees it: its scenes are top-level windows.
 
 #include <memory>
 #include <optional>
@@ -17,7 +17,8 @@ class QtApplication : public platform::Application {
  public:
   QtApplication(QtOptions options, std::shared_ptr<platform::ImageLoader> imageLoader);
 
-  /// The host's top-level windows, the active one first.
+  /// The host's top-level windows and dialogs, the active one first. Leaves out the banner's own windows,
+  /// windows with a transient parent, and other types such as popups.
   std::vector<std::shared_ptr<platform::Scene>> connectedScenes() override;
 
   platform::OperatingSystemVersion operatingSystemVersion() const override { return {17, 0}; }

@@ -19,9 +19,9 @@ using Loaded = Result<std::shared_ptr<const Image>>;
 // Larger pictures are rejected as a mistake: no logo needs them, and decoding takes memory for every pixel.
 constexpr qint64 maxPixels = 16'000'000;
 
-// The usual formats on the web. Icons are excluded because they do not state the size of the picture in them.
-// SVG, which Qt may be able to read, is excluded because it can take any amount of memory and include other
-// files.
+// The usual formats on the web. Icons are excluded because the size in their header need not be the size of
+// the picture in them, so `maxPixels` would not limit it. SVG, which Qt may be able to read, is excluded
+// because it can take any amount of memory and include other files.
 constexpr std::string_view formats[] = {"png", "jpeg", "gif", "webp"};
 
 PlatformError failure(std::string description) {

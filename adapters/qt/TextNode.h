@@ -1,7 +1,7 @@
 #pragma once
 
-// A text in the scene, painted in tiles, so that no picture is larger than a screen, however long the text
-// is.
+// A text in the scene, painted in tiles, so that no picture is much higher than 2,000 pixels, however long
+// the text is.
 
 #include <QSGNode>
 #include <QSizeF>

@@ -13,7 +13,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Keeps one item per visual and finds it again by its identity. Does not touch items that did not change.
+/// Keeps one item per visual and finds it again by its identity. Does not redraw items that did not change.
 /// Consecutive visuals with the same clip share a clipping item.
 class VisualMount {
  public:

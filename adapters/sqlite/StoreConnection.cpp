@@ -22,8 +22,9 @@ using std::chrono::steady_clock;
 constexpr const char* schemaVersion = "1";
 
 // The file's application id says whether removed values may remain in its free space or its log. This number
-// means that there are none; any other number means that the file must be wiped. Each removal increments the
-// id. Files written by versions that did not use the id have 0.
+// means that there are none; any other number means that the file must be wiped. Each change that leaves
+// such values in the file sets the id to 1 if it was this number, and otherwise increments it. Files written
+// by versions that did not use the id have 0.
 constexpr std::int64_t wiped = 0x54616C76;
 
 // How long wiping may wait for other connections. The change itself is already on the disk by then.

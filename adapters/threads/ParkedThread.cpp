@@ -38,7 +38,7 @@ struct ParkedThread::Shared {
     if (!changed.wait_for(guard, exitWait, [this] { return ended; })) return;
     std::thread taken = std::move(thread);
     guard.unlock();
-    if (taken.joinable()) taken.join();  // libraries release per-thread data before they shut down
+    if (taken.joinable()) taken.join();  // so that libraries release the thread's data before they shut down
   }
 };
 

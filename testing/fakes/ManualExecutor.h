@@ -12,7 +12,7 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Keeps jobs until `runAll`. It stands for a thread: while it runs a job, `isCurrent` returns true there.
+/// Keeps jobs until `runAll`. It stands for a thread: `isCurrent` returns true in its jobs.
 class ManualExecutor : public platform::Executor {
  public:
   void post(std::function<void()> job) override;

@@ -16,8 +16,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A fake for every interface of the platform. Jobs and requests wait until `settle` runs them; no time
-/// passes.
+/// A fake for every interface of the platform except Localization, which returns the keys. Jobs and requests
+/// wait until `settle` runs them; no time passes.
 class MemoryPlatform {
  public:
   MemoryPlatform() { application->scenes = {scene}; }
