@@ -1,6 +1,6 @@
 #pragma once
 
-// Requests with only libcurl's multi interface: no thread, no rules and no outcomes.
+// Sends requests with libcurl's multi interface alone: without the session's thread, rules and completions.
 
 #include <string>
 #include <vector>

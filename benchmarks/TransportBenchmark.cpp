@@ -38,7 +38,7 @@ const std::string& consentBody() {
   return body;
 }
 
-// A counter whose end a thread can wait for.
+// Counts down to 0; a thread can wait for that.
 class Countdown {
  public:
   explicit Countdown(int count) : left_(count) {}

@@ -348,7 +348,8 @@ def update():
 
 
 def costs():
-    """Fails if the library or an operation has grown since the figures were stored. Applies the budgets of `measure`."""
+    """Fails if the library or an operation has grown by more than MOST_GROWTH since the figures were stored, or if the
+    library is not optimised as a whole."""
     table = Table()
     add_optimisation(table)
     print(table.text())

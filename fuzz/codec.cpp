@@ -45,7 +45,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(*JSONDecoder().decode<JSONValue>(*JSONEncoder().encode(*document)) == *document,
             "no value changes");
   }
-  // An untyped value would have to hold integers from 2^63 on and cannot; a record may ignore them.
+  // A text with an integer from 2^63 on is a document, although a JSONValue cannot hold the integer: a record
+  // that ignores the integer's key can be decoded from the text.
   const auto* error = document ? nullptr : document.error().as<CodingError>();
   const bool isDocument = !error || error->detail().starts_with("The whole number");
   check<BannerCustomization>(text, isDocument);

@@ -1,6 +1,7 @@
-// Compares the result with another strict parser: both must accept the same texts and decode the same values.
-// Known differences: this library refuses a NUL, more levels than its limit, and whole numbers outside signed
-// 64-bit integers, all of which the other parser accepts. If a key is repeated, both use the last value.
+// Compares the JSON parser with another strict one: both must accept the same texts and decode the same
+// values. Known differences: this library refuses a NUL, more levels than its limit, and whole numbers
+// outside signed 64-bit integers, all of which the other parser accepts. If a key is repeated, both use the
+// last value.
 
 #include <nlohmann/json.hpp>
 
@@ -53,8 +54,8 @@ class Limits : public nlohmann::json_sax<Other> {
   bool isTooLarge_ = false;
 };
 
-// Whether there is a number from 2^63 to 2^64 - 1. Larger numbers are refused even if a repeated key
-// overrides them.
+// Whether there is a number from 2^63 to 2^64 - 1. `value` does not contain numbers that a repeated key
+// overrides: this library refuses those only if they are larger still, which `Limits` detects.
 bool hasLargeInteger(const Other& value) {
   if (value.is_structured()) return std::ranges::any_of(value, hasLargeInteger);
   return value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());

@@ -1,5 +1,5 @@
-// Any bytes stored under a site's keys. Parts: the bytes of the consent, the original consent, the user
-// identifier, and another consent.
+// Stores any bytes under a site's keys, reads them and replaces them. Parts: the bytes of the consent, the
+// original consent, the user identifier, and another consent.
 
 #include "TalvoConsentSDK/storage/ConsentStorage.h"
 

@@ -1,4 +1,4 @@
-// The short texts of a document: colours, URLs of requests, and links. Parts: a text, a path.
+// Checks the short texts of a document: colours, URLs of requests, and links. Parts: a text, a path.
 
 #include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/base/NeverDestroyed.h"

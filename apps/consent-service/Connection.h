@@ -41,8 +41,8 @@ class Connection : public httplib::Stream {
   /// runs out.
   bool shakeHands();
 
-  /// Waits for the head of the next request. Returns 200 once it has arrived, 0 if the client sent nothing
-  /// more, and otherwise the status with which to refuse the request.
+  /// Waits for the head of the next request. Returns 200 once it has arrived, 0 if no request began or the
+  /// client closed the connection, and otherwise the status with which to refuse the request.
   int readHead();
 
   /// Answers a request whose head was refused.
@@ -71,8 +71,8 @@ class Connection : public httplib::Stream {
   /// Whether the body takes more bytes on the wire than any body of the allowed size should.
   bool isTooLarge() const { return bodyLeft_ == 0; }
 
-  /// The time since which the service has been waiting for the client to send or receive; nothing if it is
-  /// not waiting.
+  /// If the service is waiting for the client to send or receive, the time at which the current head, body or
+  /// reply began; otherwise nothing.
   std::optional<Clock::time_point> waitingForClientSince() const;
 
   bool isEnded() const { return isEnded_; }

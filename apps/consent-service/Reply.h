@@ -18,8 +18,9 @@ enum class Delivery {
   stall,      // answers nothing until the client gives up or the service ends
 };
 
-/// The parameter keeps the HTTP library from recognising the type. It would otherwise compress the body at
-/// the highest level, which takes most of a second for a large catalogue and gains nothing on loopback.
+/// The parameter `charset` keeps the HTTP library from recognising the type. The library would otherwise
+/// compress the body at the highest level, which takes most of a second for a large catalogue and gains
+/// nothing on loopback.
 inline constexpr std::string_view jsonType = "application/json; charset=utf-8";
 
 struct Reply {

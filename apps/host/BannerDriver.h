@@ -35,7 +35,8 @@ class BannerDriver {
   /// in the host's own window. Returns the control's name, or nothing if there is no such control.
   std::optional<std::string> tap(const std::string& target);
 
-  /// Presses the key with this name, in the banner if there is one. Returns false if there is no such key.
+  /// Presses the key with this name in the banner; without a banner, has no effect. Returns false if there is
+  /// no such key.
   bool press(const std::string& key);
 
   /// The name of the control that has the keyboard focus.

@@ -6,7 +6,8 @@
 
 namespace TalvoConsentHost {
 
-/// The times of the last banner. Call these functions on the GUI thread.
+/// The times of the process's first banner, of the last banner requested, and of the last switch tapped. Call
+/// these functions on the GUI thread.
 class Timing {
  public:
   /// Call this right before showBanner.

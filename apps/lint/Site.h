@@ -79,7 +79,7 @@ void forEachText(const JSONValue& value, const std::string& path, const Visit& v
   }
 }
 
-/// Returns the categories of a tab. A tab that lists none has all that a tab can list.
+/// Returns the categories of a tab. A tab that lists no categories has all the known ones.
 std::vector<std::string> tabCategories(const BannerCustomization::TabItem& tab = {});
 
 // The checks, each in a file of its own.

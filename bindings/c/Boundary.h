@@ -49,7 +49,7 @@ template <class Body>
 talvo_status guarded(const Body& body) noexcept {
   try {
     body();
-    forget();  // also the error of a call that a callback has made meanwhile
+    forget();  // a callback in `body` may have made a call that failed
     return TALVO_OK;
   } catch (...) {
     return remember(Error::current());

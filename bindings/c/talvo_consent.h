@@ -34,7 +34,7 @@ typedef int talvo_status;
 enum {
   TALVO_OK = 0,
   TALVO_HTTP_ERROR = 1,       /* the service answered with a status outside 200 to 299 */
-  TALVO_DECODING_ERROR = 2,   /* a document is not the one that was expected */
+  TALVO_DECODING_ERROR = 2,   /* the reply is not the document that was expected */
   TALVO_NETWORK_ERROR = 3,    /* no reply arrived, or the request could not be formed */
   TALVO_INVALID_URL = 4,      /* the URL cannot be used; nothing was sent */
   TALVO_INVALID_RESPONSE = 5, /* the answer was not an HTTP response */

@@ -1,7 +1,7 @@
 #pragma once
 
-// The host's own HTTP: one blocking socket per request, and plain http to the loopback host only. A real
-// session would also follow redirects.
+// The host's own HTTP: one blocking socket per request, and only plain http to an IPv4 address and a port. A
+// real session would also follow redirects.
 
 #include <algorithm>
 #include <chrono>

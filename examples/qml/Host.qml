@@ -39,7 +39,7 @@ Window {
         }
     }
 
-    // Without a user to tap, the example accepts by itself after two seconds, and ends.
+    // The example needs no user: after two seconds it accepts by itself, and the event ConsentSent ends it.
     Timer {
         interval: 2000
         running: true
