@@ -1,8 +1,6 @@
 #include "TalvoConsentSDK/core/ConsentObservers.h"
 
-#include <algorithm>
 #include <utility>
-#include <vector>
 
 #include "TalvoConsentSDK/platform/Printer.h"
 
@@ -10,10 +8,13 @@ namespace TalvoConsentSDK {
 
 using namespace platform;
 
-int ConsentObservers::add(std::function<void()> observer) {
-  const std::scoped_lock guard(lock_);
-  observers_[next_] = std::make_shared<const std::function<void()>>(std::move(observer));
-  return next_++;
+Subscription ConsentObservers::add(const std::shared_ptr<ConsentObservers>& observers,
+                                   std::function<void()> observer) {
+  auto added = std::make_shared<const std::function<void()>>(std::move(observer));
+  const std::scoped_lock guard(observers->lock_);
+  const int number = observers->next_++;
+  observers->observers_[number] = std::move(added);
+  return Subscription({nullptr, [observers, number](void*) { observers->remove(number); }});
 }
 
 // The removed observer is released outside the lock, because its destructor is host code.
@@ -40,52 +41,6 @@ void ConsentObservers::notify(const std::shared_ptr<ConsentObservers>& observers
       entry = all.upper_bound(number);
     }
   });
-}
-
-namespace {
-
-class ObservedUserDefaults : public UserDefaults {
- public:
-  ObservedUserDefaults(std::shared_ptr<UserDefaults> store, std::string key,
-                       std::shared_ptr<ConsentObservers> observers)
-      : store_(std::move(store)), key_(std::move(key)), observers_(std::move(observers)) {}
-
-  Result<std::optional<Data>> data(std::string_view key) override { return store_->data(key); }
-  Result<std::optional<std::string>> string(std::string_view key) override { return store_->string(key); }
-  Result<void> set(std::string_view key, Data value) override {
-    return notified(store_->set(key, std::move(value)), key == key_);
-  }
-  Result<void> set(std::string_view key, std::string value) override {
-    return notified(store_->set(key, std::move(value)), key == key_);
-  }
-  Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) override {
-    return notified(store_->replace(key, expected, std::move(value)), key == key_);
-  }
-  Result<void> remove(std::string_view key) override { return notified(store_->remove(key), key == key_); }
-  Result<void> commit(const std::vector<StoreChange>& changes) override {
-    const bool changesKey = std::ranges::find(changes, key_, &StoreChange::key) != changes.end();
-    return notified(store_->commit(changes), changesKey);
-  }
-  Result<void> synchronize() override { return store_->synchronize(); }
-
- private:
-  // Notifies after a failure too: a store without transactions may have changed the key before it failed.
-  template <class T>
-  Result<T> notified(Result<T> result, bool mayHaveChanged) const {
-    if (mayHaveChanged) ConsentObservers::notify(observers_);
-    return result;
-  }
-
-  const std::shared_ptr<UserDefaults> store_;
-  const std::string key_;
-  const std::shared_ptr<ConsentObservers> observers_;
-};
-
-}  // namespace
-
-std::shared_ptr<UserDefaults> observed(std::shared_ptr<UserDefaults> store, std::string key,
-                                       std::shared_ptr<ConsentObservers> observers) {
-  return std::make_shared<ObservedUserDefaults>(std::move(store), std::move(key), std::move(observers));
 }
 
 }  // namespace TalvoConsentSDK

@@ -1,0 +1,76 @@
+#include "TalvoConsentSDK/core/ConsentGate.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "TalvoConsentSDK/base/Error.h"
+#include "TalvoConsentSDK/core/ConsentLedger.h"
+#include "TalvoConsentSDK/core/ConsentObservers.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+// Where a consent keeps a category; null for the necessary category, which needs none. Throws for the others.
+std::optional<ConsentValue> BasicConsent::* field(ConsentCategory category) {
+  switch (category) {
+    case ConsentCategory::necessary: return nullptr;
+    case ConsentCategory::preferences: return &BasicConsent::preferences;
+    case ConsentCategory::statistics: return &BasicConsent::statistics;
+    case ConsentCategory::marketing: return &BasicConsent::marketing;
+    case ConsentCategory::unclassified:
+    case ConsentCategory::doNotSell: break;
+  }
+  throw Error(PlatformError("TalvoConsentSDK", -7,
+                            "A gate is for the categories necessary, preferences, statistics and marketing"));
+}
+
+bool isAllowedBy(const BasicConsent* consent, ConsentCategory category, const std::string* vendor) {
+  const auto member = field(category);
+  if (!member) return true;
+  if (!consent || consent->optedIn == false) return false;
+  const std::optional<ConsentValue>& value = consent->*member;
+  if (!value) return false;
+  return value->isAll() || (vendor && std::ranges::find(value->items(), *vendor) != value->items().end());
+}
+
+}  // namespace
+
+ConsentGate::ConsentGate(std::shared_ptr<const ConsentLedger> ledger,
+                         std::shared_ptr<ConsentObservers> observers)
+    : ledger_(std::move(ledger)), observers_(std::move(observers)) {}
+
+Subscription ConsentGate::on(ConsentCategory category, std::function<void()> start,
+                             std::function<void()> stop) const {
+  return watch(category, std::nullopt, std::move(start), std::move(stop));
+}
+
+Subscription ConsentGate::on(ConsentCategory category, std::string vendor, std::function<void()> start,
+                             std::function<void()> stop) const {
+  return watch(category, std::move(vendor), std::move(start), std::move(stop));
+}
+
+bool ConsentGate::isAllowed(ConsentCategory category) const {
+  return isAllowedBy(ledger_->known().consent.get(), category, nullptr);
+}
+
+bool ConsentGate::isAllowed(ConsentCategory category, const std::string& vendor) const {
+  return isAllowedBy(ledger_->known().consent.get(), category, &vendor);
+}
+
+Subscription ConsentGate::watch(ConsentCategory category, std::optional<std::string> vendor,
+                                std::function<void()> start, std::function<void()> stop) const {
+  field(category);
+  Subscription subscription = ConsentObservers::add(
+      observers_, [ledger = ledger_, category, vendor = std::move(vendor), start = std::move(start),
+                   stop = std::move(stop), isRunning = false]() mutable {
+        const bool isAllowed =
+            isAllowedBy(ledger->known().consent.get(), category, vendor ? &*vendor : nullptr);
+        if (std::exchange(isRunning, isAllowed) == isAllowed) return;
+        if (const std::function<void()>& closure = isAllowed ? start : stop) closure();
+      });
+  ConsentObservers::notify(observers_);
+  return subscription;
+}
+
+}  // namespace TalvoConsentSDK
