@@ -22,7 +22,7 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// Posts a job that posts itself again. Returns once the job runs.
+// Posts 100 jobs, each of which posts itself again whenever it runs. Returns once the thread runs jobs.
 void keepBusy(const std::shared_ptr<BackgroundThread>& thread) {
   struct Again {
     std::weak_ptr<BackgroundThread> thread;
@@ -43,7 +43,7 @@ struct Ending {
   std::function<void()> leave;
 };
 
-// Like the threads of a process-wide platform.
+// A new thread that is never destroyed, like the threads of a process-wide platform.
 std::shared_ptr<BackgroundThread>& leaked() {
   static auto& threads = neverDestroyed<std::list<std::shared_ptr<BackgroundThread>>>();
   return threads.emplace_back(std::make_shared<BackgroundThread>());

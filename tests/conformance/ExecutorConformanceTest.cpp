@@ -29,7 +29,8 @@ struct BackgroundDriver {
   static constexpr bool isBackground = true;
   BackgroundThread executor;
   void settle() {
-    // Jobs that a job posts are queued behind the first mark, so each mark waits for one generation of jobs.
+    // The job posted here runs after all jobs that are already queued. Jobs that those post may be queued
+    // behind it, so each turn waits for at least one generation of jobs.
     for (int generation = 0; generation < 3; ++generation) {
       std::promise<void> reached;
       executor.post([&] { reached.set_value(); });

@@ -164,7 +164,8 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
   };
   EXPECT_TRUE(bindings.categoryStates->get().size() == 4 && bindings.vendorStates->get().size() == 4);
   EXPECT_TRUE(banner({}, std::nullopt).bindings().vendorStates->get().empty());
-  vendorSwitch(bindings, "marketing", "old").set(true);  // saves "true", because only the counts are compared
+  // Two vendors are on now, as many as the category has. Only these counts are compared, so "true" is saved.
+  vendorSwitch(bindings, "marketing", "old").set(true);
   EXPECT_EQ(saved(), R"({"preferences":false,"statistics":true,"marketing":true,"id":"c","optedIn":true})");
   vendorSwitch(bindings, "marketing", "A").set(true);
   EXPECT_THAT(saved(), HasSubstr(R"("marketing":["B","A","old"])"));
