@@ -51,7 +51,7 @@ std::shared_ptr<BackgroundThread>& leaked() {
 
 class ThreadsExitTest : public ::testing::TestWithParam<Ending> {};
 
-TEST_P(ThreadsExitTest, EndsSoonAndWithoutACrash) {
+TEST_P(ThreadsExitTest, EndsQuicklyAndWithoutACrash) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (int run = 0; run < 5; ++run) {
     const auto start = std::chrono::steady_clock::now();
@@ -100,7 +100,7 @@ const Ending endings[] = {
 INSTANTIATE_TEST_SUITE_P(Exit, ThreadsExitTest, ::testing::ValuesIn(endings),
                          [](const auto& each) { return each.param.name; });
 
-TEST(ParkedThreadTest, LeavesTheSignalsAsTheyWereWhereNoThreadCanStart) {
+TEST(ParkedThreadTest, RestoresTheSignalMaskIfNoThreadCanStart) {
   pthread_attr_t usual;
   pthread_getattr_default_np(&usual);
   pthread_attr_t huge = usual;

@@ -42,7 +42,7 @@ struct BackgroundDriver {
 using Drivers = ::testing::Types<ManualDriver, MainQueueDriver, BackgroundDriver>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Portable, ExecutorConformance, Drivers);
 
-TEST(MainQueue, KeepsTheOrderWhereAJobDrainsAndAWakeThrows) {
+TEST(MainQueue, KeepsTheOrderIfAJobDrainsOrWakeThrows) {
   MainQueue queue([] { throw std::runtime_error("the host's"); });
   std::vector<int> order;
   queue.post([&] {
@@ -57,7 +57,7 @@ TEST(MainQueue, KeepsTheOrderWhereAJobDrainsAndAWakeThrows) {
   EXPECT_FALSE(queue.wait(std::chrono::milliseconds(0)));
 }
 
-TEST(MainQueue, WakesTheHostAndLetsItsLoopGoOn) {
+TEST(MainQueue, WakesTheHostAndDoesNotBlockItsLoop) {
   int wakes = 0;
   MainQueue queue([&] { ++wakes; });
   int rounds = 0;

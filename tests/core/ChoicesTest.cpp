@@ -345,7 +345,7 @@ Texts randomSteps(unsigned seed) {
   return steps;
 }
 
-TEST(ChoicesTest, HoldInAnyOrder) {
+TEST(ChoicesTest, HoldInRandomOrders) {
   const int first = repetitions("TALVO_TEST_SEED", 1), count = repetitions("TALVO_TEST_SEQUENCES", 200);
   for (int seed = first; seed < first + count; ++seed) {
     Texts steps = randomSteps(static_cast<unsigned>(seed));
@@ -362,7 +362,7 @@ TEST(ChoicesTest, HoldInAnyOrder) {
   }
 }
 
-TEST(ChoicesTest, HoldInEveryOrder) {
+TEST(ChoicesTest, HoldInEveryListedOrder) {
   for (const auto& [found, steps, left] : tableOf<3>("orders.txt")) {
     SharedMemory& shared = SharedMemory::made();
     const Texts values = words(found);

@@ -50,7 +50,7 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
 
 // Documents of each kind grow until they are refused. None takes more memory than the values and the parser
 // may take together.
-TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
+TEST(JSONDecoderTest, LimitsTheMemoryOfADocument) {
   const struct {
     const char *begin, *element, *close, *place;
     std::string (*failureOf)(const std::string&);
