@@ -53,7 +53,7 @@ TYPED_TEST_P(ExecutorConformance, RunsEveryJobOnceInOrder) {
   EXPECT_THAT(ran, ::testing::Each(inOrder));
 }
 
-TYPED_TEST_P(ExecutorConformance, ContainsWhatJobsThrow) {
+TYPED_TEST_P(ExecutorConformance, CatchesWhatJobsThrow) {
   std::atomic<int> ran = 0;
   this->driver.executor.post([&] { throw std::runtime_error("first"); });
   this->driver.executor.post([&] { ++ran; });
@@ -89,7 +89,7 @@ TYPED_TEST_P(ExecutorConformance, TakesJobsFromJobsAndNeverRunsThemInsidePost) {
   EXPECT_NE(onCaller, TypeParam::isBackground);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ExecutorConformance, RunsEveryJobOnceInOrder, ContainsWhatJobsThrow,
+REGISTER_TYPED_TEST_SUITE_P(ExecutorConformance, RunsEveryJobOnceInOrder, CatchesWhatJobsThrow,
                             TakesJobsFromJobsAndNeverRunsThemInsidePost);
 
 }  // namespace TalvoConsentSDK

@@ -83,7 +83,7 @@ class URLSessionConformance : public ::testing::Test {
 
 TYPED_TEST_SUITE_P(URLSessionConformance);
 
-TYPED_TEST_P(URLSessionConformance, ReportsStatusAndBodyAsTheyCame) {
+TYPED_TEST_P(URLSessionConformance, ReportsStatusAndBodyUnchanged) {
   const std::string any("\0\r\n\xff{}", 6);
   const struct {
     const char* method;
@@ -141,7 +141,7 @@ TYPED_TEST_P(URLSessionConformance, ReportsEveryRequestOnceOnAThreadOfItsOwn) {
   EXPECT_EQ(outcomes.wait(0).size(), std::size_t{threads * each});
 }
 
-TYPED_TEST_P(URLSessionConformance, ReportsAFailureOnceAndGoesOn) {
+TYPED_TEST_P(URLSessionConformance, ReportsAFailureOnceAndStaysUsable) {
   const URL good = this->backend.serve("GET", "/good", 200, "x");
   Outcomes outcomes;
   this->backend.session().run(makeRequest("POST", this->backend.unreachable().text()), outcomes.completion());
@@ -173,7 +173,7 @@ TYPED_TEST_P(URLSessionConformance, SendsABodyOnceAndToOneOrigin) {
   }
 }
 
-TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowAndThatRunMore) {
+TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowOrStartRequests) {
   const URL url = this->backend.serve("GET", "/again", 200, "x");
   Outcomes outcomes;
   platform::URLSession& session = this->backend.session();
@@ -186,8 +186,8 @@ TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowAndThatRunMore) 
   for (const auto& [outcome, thread] : outcomes.wait(4)) EXPECT_TRUE(outcome);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(URLSessionConformance, ReportsStatusAndBodyAsTheyCame,
-                            ReportsEveryRequestOnceOnAThreadOfItsOwn, ReportsAFailureOnceAndGoesOn,
-                            SendsABodyOnceAndToOneOrigin, SurvivesCompletionsThatThrowAndThatRunMore);
+REGISTER_TYPED_TEST_SUITE_P(URLSessionConformance, ReportsStatusAndBodyUnchanged,
+                            ReportsEveryRequestOnceOnAThreadOfItsOwn, ReportsAFailureOnceAndStaysUsable,
+                            SendsABodyOnceAndToOneOrigin, SurvivesCompletionsThatThrowOrStartRequests);
 
 }  // namespace TalvoConsentSDK

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Adds one arrow that runs the wrong way to a copy of the sources, for each kind of arrow, and lets scripts/check-includes
-find it.
+"""For each kind of wrong use, adds an #include or a declaration that breaks a rule to a copy of the sources, and checks
+that scripts/check-includes finds it.
 
   tests/IncludesTest.py TREE
 """

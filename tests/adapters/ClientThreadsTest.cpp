@@ -35,7 +35,7 @@ class CountingScene : public FakeScene {
   int banners = 0;
 };
 
-TEST(ClientThreads, SixteenDoEverythingAtOnce) {
+TEST(ClientThreads, SixteenThreadsUseEverythingAtOnce) {
   constexpr int threadCount = 16;
   const int rounds = repetitions("TALVO_TEST_ROUNDS", 5);
   const int submissions = threadCount * rounds;

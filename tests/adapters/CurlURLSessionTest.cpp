@@ -225,7 +225,7 @@ TEST(CurlURLSession, ReusesConnections) {
   EXPECT_EQ(server.connections(), 1);
 }
 
-TEST(CurlURLSession, RepeatsAGetAsOftenAsNeeded) {
+TEST(CurlURLSession, RepeatsAGetOverClosedConnections) {
   LoopbackServer server([connection = 0](const Received& request, Connection& answer) mutable {
     if (request.connection == connection) return answer.close();  // each connection takes one request
     connection = request.connection;
@@ -239,7 +239,7 @@ TEST(CurlURLSession, RepeatsAGetAsOftenAsNeeded) {
   }
 }
 
-TEST(CurlURLSession, SharesAConnectionOverHTTP2WhileRepliesArriveThere) {
+TEST(CurlURLSession, SharesAnHTTP2ConnectionWhileRepliesArrive) {
   LoopbackServer server([](auto&, auto& connection) { connection.reply(200, std::string(9999, 'x')); },
                         SecureCurlURLSession::identity(), 0, LoopbackServer::http2);
   int left = 500;
@@ -256,7 +256,7 @@ TEST(CurlURLSession, SharesAConnectionOverHTTP2WhileRepliesArriveThere) {
   EXPECT_EQ(server.connections(), 1);
 }
 
-TEST(CurlURLSession, WritesNoSecretsWhereTheEnvironmentAsksForThem) {
+TEST(CurlURLSession, WritesNoTLSSecretsEvenIfTheEnvironmentAsks) {
   const auto* const identity = SecureCurlURLSession::identity();
   const std::string file = identity->certificate().string() + ".keys";
   setenv("SSLKEYLOGFILE", file.c_str(), 1);
@@ -290,7 +290,7 @@ TEST(CurlURLSession, RunsManyRequestsAtOnce) {
   }
 }
 
-TEST(CurlURLSession, ReportsAClosedSessionToWhatIsInFlight) {
+TEST(CurlURLSession, ReportsAClosedSessionToRequestsInFlight) {
   LoopbackServer server([](const Received& request, Connection& connection) {
     if (request.target == "/stalled") return connection.waitForPeer();
     connection.reply(200);
@@ -350,7 +350,7 @@ TEST(CurlURLSession, CountsBytesAndTimeBeyond32Bits) {
   }
 }
 
-TEST(CurlURLSession, IsNotMadeWhereItCouldNotWork) {
+TEST(CurlURLSession, ReportsWhyItCannotBeMade) {
   CurlOptions missing;
   missing.certificates = "/nowhere/ca.pem";
   EXPECT_THROW(CurlURLSession{missing}, PlatformError);  // this also initialises libcurl

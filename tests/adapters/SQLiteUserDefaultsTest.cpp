@@ -110,7 +110,7 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
 
 // One process has the store open, and others open it afterwards. None of these was forked while its parent
 // had the store open.
-TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
+TEST_F(SQLiteUserDefaultsTest, NoticesWhenItsFileIsReplaced) {
   const fs::path root = file.parent_path().parent_path();
   const auto shell = [&](const std::string& command) {
     EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
@@ -164,7 +164,7 @@ TEST_F(SQLiteUserDefaultsTest, KnowsWhichFileItHas) {
   EXPECT_EQ(store.data("choice").value(), Data("ours")) << "lost by a failed change";
 }
 
-TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
+TEST_F(SQLiteUserDefaultsTest, LeavesNoTraceOfRemovedValues) {
   const std::string email = "somebody@example.com";
   const auto isLeft = [&] {
     return std::ranges::any_of(fs::directory_iterator(file.parent_path()), [&](const auto& each) {
@@ -204,7 +204,7 @@ TEST_F(SQLiteUserDefaultsTest, LeavesNothingOfWhatWasRemovedInAnyFile) {
 }
 
 // Another connection extends and shortens the file between the steps with which the store checks it.
-TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
+TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatIsBeingShortened) {
   {
     SQLiteUserDefaults(file).set("k", Data("v")).value();
   }
@@ -233,7 +233,7 @@ TEST_F(SQLiteUserDefaultsTest, FindsNoDamageInAFileThatOthersShorten) {
 }
 
 // Some values are only in the log, and the process may have no file descriptor left to open it.
-TEST_F(SQLiteUserDefaultsTest, FindsNoDamageWhereDescriptorsAreMissing) {
+TEST_F(SQLiteUserDefaultsTest, FindsNoDamageIfFileDescriptorsRunOut) {
   SQLiteUserDefaults store(file);
   store.set("k", Data(std::string(20'000, 'x'))).value();
   rlimit limit{};

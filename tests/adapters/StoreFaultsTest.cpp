@@ -169,7 +169,7 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
   std::unique_ptr<OtherConnection> other;
 };
 
-TEST_F(StoreFaultsTest, LeaveTheOldValueOrTheFileAndGoOn) {
+TEST_F(StoreFaultsTest, KeepTheOldValueOrSetTheFileAside) {
   const auto holds = [&](const std::string& fault, const std::string& read, const std::string& save) {
     SCOPED_TRACE(fault);
     EXPECT_EQ(inAChild([&] { holdsInAStore(fault, read, save); }), 0);

@@ -22,7 +22,7 @@
 namespace TalvoConsentSDK {
 namespace {
 
-// Posts a job that posts itself again. Returns once the job runs.
+// Posts 100 jobs, each of which posts itself again whenever it runs. Returns once the thread runs jobs.
 void keepBusy(const std::shared_ptr<BackgroundThread>& thread) {
   struct Again {
     std::weak_ptr<BackgroundThread> thread;
@@ -43,7 +43,7 @@ struct Ending {
   std::function<void()> leave;
 };
 
-// Like the threads of a process-wide platform.
+// A new thread that is never destroyed, like the threads of a process-wide platform.
 std::shared_ptr<BackgroundThread>& leaked() {
   static auto& threads = neverDestroyed<std::list<std::shared_ptr<BackgroundThread>>>();
   return threads.emplace_back(std::make_shared<BackgroundThread>());
@@ -51,7 +51,7 @@ std::shared_ptr<BackgroundThread>& leaked() {
 
 class ThreadsExitTest : public ::testing::TestWithParam<Ending> {};
 
-TEST_P(ThreadsExitTest, EndsSoonAndWithoutACrash) {
+TEST_P(ThreadsExitTest, EndsQuicklyAndWithoutACrash) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (int run = 0; run < 5; ++run) {
     const auto start = std::chrono::steady_clock::now();
@@ -100,7 +100,7 @@ const Ending endings[] = {
 INSTANTIATE_TEST_SUITE_P(Exit, ThreadsExitTest, ::testing::ValuesIn(endings),
                          [](const auto& each) { return each.param.name; });
 
-TEST(ParkedThreadTest, LeavesTheSignalsAsTheyWereWhereNoThreadCanStart) {
+TEST(ParkedThreadTest, RestoresTheSignalMaskIfNoThreadCanStart) {
   pthread_attr_t usual;
   pthread_getattr_default_np(&usual);
   pthread_attr_t huge = usual;

@@ -53,7 +53,7 @@ class Exchanges : public TestWithParam<std::string> {};
 INSTANTIATE_TEST_SUITE_P(All, Exchanges, Values("consents", "documents", "refusals", "faults"),
                          [](const auto& each) { return each.param; });
 
-TEST_P(Exchanges, GoAsWritten) {
+TEST_P(Exchanges, RunAsListed) {
   const TemporaryFile store(".db");
   std::ifstream file(TALVO_TEST_DATA "/apps/exchanges/" + GetParam() + ".txt");
   Texts options;

@@ -114,7 +114,7 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
 }
 
-TEST_F(CInterfaceTest, SubmitsStoresAndAnnounces) {
+TEST_F(CInterfaceTest, SubmitsStoresAndRaisesEvents) {
   char* json = nullptr;
   ASSERT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK);
   EXPECT_EQ(json, nullptr);
@@ -145,7 +145,7 @@ TEST_F(CInterfaceTest, SubmitsTopics) {
                                                 HasSubstr(R"({"selected":false,"topicId":2})"))));
 }
 
-TEST_F(CInterfaceTest, ReleasesWhatIsCalledNoMore) {
+TEST_F(CInterfaceTest, ReleasesUserDataAfterTheLastCall) {
   EXPECT_EQ(heard.releases, 0);
   talvo_cookies_remove_listeners(sdk, TALVO_CONSENT_SENT);
   EXPECT_EQ(heard.releases, 1);

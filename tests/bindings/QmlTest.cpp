@@ -21,7 +21,7 @@ class QmlTest : public ClientTest {
   };
 };
 
-TEST_F(QmlTest, LeavesAloneWhatIsNotItsOwnAndTellsOfEveryChange) {
+TEST_F(QmlTest, KeepsTheHostsSettingsAndReportsEveryChange) {
   for (const char* path : {"banner-customization/s?lng=de", "cookies/s?lng=de"}) answer("GET", path, 500, "");
   answer("GET", "cookies/s/configurations", 200, R"({"implicitConsent":true})");
   answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
@@ -52,7 +52,7 @@ TEST_F(QmlTest, LeavesAloneWhatIsNotItsOwnAndTellsOfEveryChange) {
 }
 
 // This happens if a host's store or printer runs an event loop that loads the QML.
-TEST_F(QmlTest, FailsWhereTheClientIsBeingCreated) {
+TEST_F(QmlTest, FailsWhileTheClientIsBeingCreated) {
   Item item;
   QStringList failures;
   item.connect(&item, &ConsentSdk::failed, [&](const QString& failure) { failures << failure; });

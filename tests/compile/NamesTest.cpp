@@ -1,4 +1,4 @@
-// Compiles as a host does that includes the headers of a window system first and then says "using namespace
+// Compiles like a host that first includes the headers of a window system and then says "using namespace
 // TalvoConsentSDK": the window system's names and macros stay usable without qualification.
 
 // X11 declares these types, and defines these macros (X11/X.h, X11/Xlib.h).

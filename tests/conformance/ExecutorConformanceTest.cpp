@@ -29,7 +29,8 @@ struct BackgroundDriver {
   static constexpr bool isBackground = true;
   BackgroundThread executor;
   void settle() {
-    // Jobs that a job posts are queued behind the first mark, so each mark waits for one generation of jobs.
+    // The job posted here runs after all jobs that are already queued. Jobs that those post may be queued
+    // behind it, so each turn waits for at least one generation of jobs.
     for (int generation = 0; generation < 3; ++generation) {
       std::promise<void> reached;
       executor.post([&] { reached.set_value(); });
@@ -41,7 +42,7 @@ struct BackgroundDriver {
 using Drivers = ::testing::Types<ManualDriver, MainQueueDriver, BackgroundDriver>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Portable, ExecutorConformance, Drivers);
 
-TEST(MainQueue, KeepsTheOrderWhereAJobDrainsAndAWakeThrows) {
+TEST(MainQueue, KeepsTheOrderIfAJobDrainsOrWakeThrows) {
   MainQueue queue([] { throw std::runtime_error("the host's"); });
   std::vector<int> order;
   queue.post([&] {
@@ -56,7 +57,7 @@ TEST(MainQueue, KeepsTheOrderWhereAJobDrainsAndAWakeThrows) {
   EXPECT_FALSE(queue.wait(std::chrono::milliseconds(0)));
 }
 
-TEST(MainQueue, WakesTheHostAndLetsItsLoopGoOn) {
+TEST(MainQueue, WakesTheHostAndDoesNotBlockItsLoop) {
   int wakes = 0;
   MainQueue queue([&] { ++wakes; });
   int rounds = 0;

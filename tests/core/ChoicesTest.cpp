@@ -3,7 +3,9 @@
 // which the service accepts or refuses; "ask:x" submits x and leaves the request unanswered; "identify:u",
 // "forget" and "restart"; "yes:n" and "no:n" answer an open request, and "replies" accepts all open requests;
 // "store:fine", "store:fixed" (cannot be written) and "store:broken" set the state of the store; "die:n" ends
-// the process at its n-th operation on the store after this step.
+// the process at its n-th operation on the store after this step. Two words apply to the whole sequence: with
+// "implicit" the site has implicit consent, and with "one-by-one" the store makes the changes of a commit one
+// after the other.
 
 #include <map>
 #include <random>
@@ -80,12 +82,12 @@ struct Asked {
 };
 
 // The expected behaviour: the store holds the latest decision of the current user. A user without a decision
-// inherits one when identified, implicit consent never replaces a decision, and a reply counts only if
-// nothing has been decided or changed since the request.
+// inherits one when identified, implicit consent never replaces a decision, and the reply to a login counts
+// only if no decision has taken effect and the identity has not changed since the request.
 struct Model {
   Kept kept;
   bool isFine = true, isReadable = true, inherits = false;
-  std::vector<std::string> unwritten;  // identified users, "-" for none
+  std::vector<std::string> unwritten;  // logins by user and logouts as "-", not stored yet
   std::string user = "?";              // as known to the process, "?" if unknown
   std::vector<Asked> asked;
   int identity = 0, decisions = 0, number = 0;
@@ -312,7 +314,7 @@ class ClientProcess {
   std::shared_ptr<Unanswered> service_ = std::make_shared<Unanswered>();
   std::shared_ptr<CookiesSDK> client_;
   Model model_;
-  Model before_, written_;  // before the current step, without and with the writes that it repeats
+  Model before_, written_;  // the model before the current step, and the same with its pending writes done
   int left_ = 0;
 };
 
@@ -343,7 +345,7 @@ Texts randomSteps(unsigned seed) {
   return steps;
 }
 
-TEST(ChoicesTest, HoldInAnyOrder) {
+TEST(ChoicesTest, HoldInRandomOrders) {
   const int first = repetitions("TALVO_TEST_SEED", 1), count = repetitions("TALVO_TEST_SEQUENCES", 200);
   for (int seed = first; seed < first + count; ++seed) {
     Texts steps = randomSteps(static_cast<unsigned>(seed));
@@ -360,7 +362,7 @@ TEST(ChoicesTest, HoldInAnyOrder) {
   }
 }
 
-TEST(ChoicesTest, HoldInEveryOrder) {
+TEST(ChoicesTest, HoldInEveryListedOrder) {
   for (const auto& [found, steps, left] : tableOf<3>("orders.txt")) {
     SharedMemory& shared = SharedMemory::made();
     const Texts values = words(found);

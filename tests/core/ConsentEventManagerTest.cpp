@@ -28,7 +28,7 @@ class ConsentEventManagerTest : public ::testing::Test {
   std::string trace;
 };
 
-TEST_F(ConsentEventManagerTest, DeliversInOrderToWhoIsRegistered) {
+TEST_F(ConsentEventManagerTest, DeliversInOrderToRegisteredListeners) {
   EXPECT_EQ(traceOf({Event::acceptAll, Event::consentSent}), "");
   const auto a = listener("a");
   for (const auto& each : {a, listener("b"), a}) manager.addListener(Event::consentSent, each);

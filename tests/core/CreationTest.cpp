@@ -10,7 +10,7 @@ namespace {
 
 const std::string configurations = "GET cookies/s/configurations";
 
-TEST_F(ClientTest, IsOneInstanceForEver) {
+TEST_F(ClientTest, IsOneInstanceForTheWholeProcess) {
   EXPECT_EQ(CookiesSDK::getInstance(), nullptr);
   answer("GET", "cookies/s/configurations", 200, "{}");
   std::vector<std::shared_ptr<CookiesSDK>> instances(4);
@@ -58,7 +58,7 @@ TEST_F(ClientTest, WarmsUpForANewLanguage) {
 }
 
 // Clients of a host that installs its platform late or never.
-TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
+TEST(UnboundClientTest, SaysWhatIsMissingAndStartsOnceInstalled) {
   ::testing::internal::CaptureStdout();
   const auto client = CookiesSDK::createInstance("https://service.example", "s");
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "⚠️ No platform is installed; call Platform::install\n");
@@ -102,7 +102,7 @@ TEST(UnboundClientTest, SaysWhatIsMissingAndBeginsOnceItIsThere) {
 }
 
 // Creating a client calls the host's store and printer, which may ask for the client meanwhile.
-TEST_F(ClientTest, IsThereForOtherThreadsOnceItIsMade) {
+TEST_F(ClientTest, IsVisibleToOtherThreadsOnceCreated) {
   std::thread other;
   std::shared_ptr<CookiesSDK> seenElsewhere;
   std::atomic<bool> hasBegun = false;
@@ -122,7 +122,7 @@ TEST_F(ClientTest, IsThereForOtherThreadsOnceItIsMade) {
   platform.settle();
 }
 
-TEST_F(ClientTest, WorksWithWhatIsLeftOut) {
+TEST_F(ClientTest, WorksWithoutSomeSeams) {
   Platform nothing;
   for (const auto member : {&Platform::mainActor, &Platform::background}) nothing.*member = nullptr;
   nothing.urlSession = nullptr;

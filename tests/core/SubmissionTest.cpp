@@ -24,7 +24,7 @@ Coroutine awaitAndNote(Task<ConsentResponse> submission, std::function<void(std:
   note(response.id);
 }
 
-TEST_F(ClientTest, JudgesAnAsynchronousSubmissionAtTheCall) {
+TEST_F(ClientTest, DecidesWhatToSendWhenAnAsynchronousSubmissionIsCalled) {
   answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
   answer("GET", "cookie-consent/s/identified/u", 200, "null");
   const auto client = created();
@@ -67,7 +67,7 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
 }
 
 // If the executors refuse jobs, each operation still ends exactly once, on the caller's thread.
-TEST_F(ClientTest, EndsOnceWhereExecutorsTakeNoJobs) {
+TEST_F(ClientTest, EndsOnceIfExecutorsRefuseJobs) {
   for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
   answer("GET", "banner-customization/s?lng=en", 500, "down");
   answer("GET", "cookie-consent/s/identified/u", 200, "null");

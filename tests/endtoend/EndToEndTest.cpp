@@ -86,7 +86,7 @@ Texts visitFiles() {
 INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visitFiles()),
                          [](const auto& each) { return fs::path(each.param).stem().string(); });
 
-TEST_P(Visits, GoAsTheyWent) {
+TEST_P(Visits, PrintWhatIsRecorded) {
   std::string head = contentOf(GetParam());
   head.erase(head.find("\nprints:"));
   fs::copy(TALVO_SHIPPED_SITES, folder / "sites", fs::copy_options::recursive);

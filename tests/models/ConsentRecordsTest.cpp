@@ -28,7 +28,7 @@ TEST(ConsentValueTest, FollowsItsSelection) {
   }
 }
 
-TEST(BasicConsentTest, HasAStatusAndAnnouncesEvents) {
+TEST(BasicConsentTest, HasAStatusAndRaisesEvents) {
   for (const auto& [json, status, events] : tableOf<3>("models/consents.txt")) {
     const auto consent = parsed<BasicConsent>(json);
     EXPECT_EQ(rawValue(consent.status()), status) << json;
@@ -45,7 +45,7 @@ TEST(BasicConsentTest, HasAStatusAndAnnouncesEvents) {
             R"({"preferences":false,"statistics":false,"marketing":false})");
 }
 
-TEST(FullConsentTest, ShowsTheHostItsPart) {
+TEST(FullConsentTest, ConvertsToTheHostsConsent) {
   for (const auto& [payload, consent] : tableOf<2>("models/payloads.txt"))
     EXPECT_EQ(written(parsed<FullConsent>(payload).toBasicConsent()), consent);
 }

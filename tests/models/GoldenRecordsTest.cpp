@@ -92,7 +92,7 @@ Result<std::string> recoded(const std::string& name, const std::string& json) {
   return std::ranges::find(records, name, &GoldenRecord::name)->recode(json);
 }
 
-TEST(GoldenFieldsTest, TakeTheLastOfAKeyGivenTwice) {
+TEST(GoldenFieldsTest, TakeTheLastOfARepeatedKey) {
   for (const auto& [name, json, again] : tableOf<3>("models/twice.txt"))
     EXPECT_EQ(recoded(name, json).value(), again);
 }

@@ -48,9 +48,9 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
             "\xF0\x9F\x98\x80\0\"\\/\b\f\n\r\t"s);
 }
 
-// Documents of each kind grow until they are refused. None takes more memory than allowed, in addition to the
-// parser's.
-TEST(JSONDecoderTest, BoundsTheMemoryOfWhatItReads) {
+// Documents of each kind grow until they are refused. None takes more memory than the values and the parser
+// may take together.
+TEST(JSONDecoderTest, LimitsTheMemoryOfADocument) {
   const struct {
     const char *begin, *element, *close, *place;
     std::string (*failureOf)(const std::string&);

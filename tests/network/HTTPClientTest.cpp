@@ -95,7 +95,7 @@ TEST_F(HTTPClientTest, SendsWhatItWasGiven) {
                                 R"(POST {"a":1} Content-Type=application/json)"));
 }
 
-TEST_F(HTTPClientTest, SendsNothingThatCannotBeWritten) {
+TEST_F(HTTPClientTest, SendsNothingIfEncodingFails) {
   record.userId = "\xFF";
   const std::string unwritable = "Network error: Invalid value: The text is not valid UTF-8";
   EXPECT_EQ(end(client.post<ConsentResponse>(url, record, {})), unwritable);
@@ -104,7 +104,7 @@ TEST_F(HTTPClientTest, SendsNothingThatCannotBeWritten) {
   EXPECT_THAT(platform.session->requests(), IsEmpty());
 }
 
-TEST_F(HTTPClientTest, AsksForNobodyElseThanTheUserNamed) {
+TEST_F(HTTPClientTest, RequestsOnlyTheNamedUser) {
   const APIClient api("https://service.example/", "s",
                       std::shared_ptr<HTTPClient>(&client, [](HTTPClient*) {}));
   std::size_t sent = 0;
@@ -117,7 +117,7 @@ TEST_F(HTTPClientTest, AsksForNobodyElseThanTheUserNamed) {
   }
 }
 
-TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesWhereItWasTold) {
+TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesOnTheGivenExecutor) {
   platform.session->answer("POST", address, 200, R"({"id":"1"})");
   client.postJSON(url, {}, {}, [&](const Result<JSONObject>&) {
     EXPECT_TRUE(platform.sessionThread->isCurrent());

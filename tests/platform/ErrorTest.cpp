@@ -22,7 +22,7 @@ Error caught(const std::function<void()>& work) {
   return PlatformError("test", 0, "nothing was thrown");
 }
 
-TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
+TEST(ErrorTest, KeepsItsCauseWhenPassedOn) {
   Result<int> failed = PlatformError("domain", 7, "text");
   const Error copy = failed.error();
   failed = 1;
@@ -46,7 +46,7 @@ TEST(ErrorTest, KeepsItsCauseThroughEveryPassage) {
   }
 }
 
-TEST(ErrorTest, TellsAllOfATextWithNULs) {
+TEST(ErrorTest, ShowsTextAfterANUL) {
   const std::string text = "a\0b\0"s;
   const auto refused = HTTPClientError::httpError(500, text);
   EXPECT_EQ(refused.message(), text);

@@ -28,7 +28,7 @@ struct ThrowingPrinter : CapturingPrinter {
   }
 };
 
-TEST(PrinterTest, ReceivesOneLineWhateverIsPrinted) {
+TEST(PrinterTest, ReceivesOneLinePerText) {
   MemoryPlatform platform;
   platform.printer = std::make_shared<ThrowingPrinter>();
   platform.install();

@@ -54,7 +54,7 @@ Result<T> outcome(Task<T> task, const std::shared_ptr<Executor>& executor = null
   return promise.get_future().get();
 }
 
-TEST(TaskTest, ReturnsOrThrowsOnceItIsAwaited) {
+TEST(TaskTest, ReturnsOrThrowsWhenAwaited) {
   (void)value(std::make_unique<int>(1));  // a task that is never awaited releases its arguments
   EXPECT_EQ(*outcome(sum(100'000)), 300'000) << "would overflow the stack if each wait used some of it";
   EXPECT_EQ(*outcome(caughtFrom(failing(true))), "ours");
@@ -87,7 +87,7 @@ Task<void> visit(const MemoryPlatform& threads, std::string& trace) {
   trace += where(threads);
 }
 
-TEST(TaskTest, GoesOnOnItsExecutorAfterEveryWait) {
+TEST(TaskTest, ResumesOnItsExecutorAfterEveryWait) {
   MemoryPlatform threads;
   std::string bound, unbound;
   spawn(threads.mainActor, visit(threads, bound));
@@ -104,7 +104,7 @@ class QuickThread : public Executor {
   void post(std::function<void()> job) override { std::thread(std::move(job)).join(); }
 };
 
-TEST(TaskTest, EndsOnItsExecutorHoweverQuickThatIs) {
+TEST(TaskTest, EndsOnItsExecutorEvenIfItEndsAtOnce) {
   std::thread::id end;
   spawn<int>(std::make_shared<QuickThread>(), value(1),
              [&](const Result<int>&) { end = std::this_thread::get_id(); });
@@ -210,7 +210,7 @@ HostCoroutine await(Awaitable& awaitable, bool& wentOn) {
   wentOn = true;
 }
 
-TEST(TaskTest, GoesOnWithoutItsAwaiter) {
+TEST(TaskTest, RunsToItsEndWithoutItsAwaiter) {
   MemoryPlatform threads;
   for (const bool isDestroyed : {true, false}) {
     for (const bool isDropped : {true, false}) {

@@ -10,7 +10,7 @@ using namespace view;
 
 namespace {
 
-TEST(URLTest, IsWhatRFC3986Has) {
+TEST(URLTest, AcceptsExactlyWhatRFC3986Allows) {
   for (const auto& [text, what] : tableOf<2>("platform/urls.txt")) {
     const auto url = URL::parse(unescaped(text));
     EXPECT_EQ(!url ? "no URL" : url->isRequestable() ? "requestable" : "another URL", what) << text;
@@ -22,7 +22,7 @@ TEST(URLTest, IsWhatRFC3986Has) {
   EXPECT_EQ(url.text(), "HTTPS://u@[2001:DB8::1]:1/A");
 }
 
-TEST(HTTPHeadersTest, HaveNamesWithoutCase) {
+TEST(HTTPHeadersTest, IgnoreTheCaseOfNames) {
   HTTPHeaders headers{{"Content-Type", "a"}, {"X-[", "b"}};
   headers["content-TYPE"] = "c";
   EXPECT_THAT(headers, ElementsAre(Pair("Content-Type", "c"), Pair("X-[", "b")));

@@ -144,11 +144,11 @@ TEST_F(AccessibilityTest, ReadsEveryScreen) {
   expectMatchesFile("screens");
 }
 
-TEST_F(AccessibilityTest, TellsWhatChanges) {
+TEST_F(AccessibilityTest, ReportsChanges) {
   expectMatchesFile("changes");
 }
 
-TEST_F(AccessibilityTest, UsesRowsFarOutOfSight) {
+TEST_F(AccessibilityTest, ActsOnRowsThatAreScrolledOut) {
   show("large");
   use("Button 'Manage");
   use("Button 'Marketing'");

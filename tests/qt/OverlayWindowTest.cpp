@@ -121,7 +121,7 @@ class OverlayWindowTest : public ::testing::Test {
   std::unique_ptr<QPointingDevice> finger{QTest::createTouchDevice()};
 };
 
-TEST_F(OverlayWindowTest, LiesOnItsHostAndFollowsIt) {
+TEST_F(OverlayWindowTest, CoversItsHostAndFollowsIt) {
   for (const bool hasBackdrop : {false, true}) {
     show(hasBackdrop);
     for (const QRect& geometry : {QRect(40, 60, 300, 400), QRect(100, 10, 400, 300)}) {
@@ -140,7 +140,7 @@ TEST_F(OverlayWindowTest, LiesOnItsHostAndFollowsIt) {
   EXPECT_TRUE(spinUntil([&] { return colorAt(surface(), outside).green() > 100; }));
 }
 
-TEST_F(OverlayWindowTest, ComesAndGoesWithItsHost) {
+TEST_F(OverlayWindowTest, IsShownAndHiddenWithItsHost) {
   for (const auto kind : {OverlayKind::opaque, OverlayKind::child}) {
     show(false, kind);
     const auto isVisible = [&] { return surface().isVisible(); };
@@ -230,7 +230,7 @@ TEST_F(OverlayWindowTest, HidesAndGoesAway) {
   EXPECT_EQ(host->inputs.size(), 2U) << "the host receives input again";
 }
 
-TEST_F(OverlayWindowTest, OutlivesItsHostUnseen) {
+TEST_F(OverlayWindowTest, OutlivesItsHostHidden) {
   for (const auto kind : {OverlayKind::opaque, OverlayKind::translucent, OverlayKind::child}) {
     show(true, kind);
     int ends = 0;
@@ -246,7 +246,7 @@ TEST_F(OverlayWindowTest, OutlivesItsHostUnseen) {
   }
 }
 
-TEST_F(OverlayWindowTest, ASecondOneLiesOnTheFirstAndStaysWhenItGoes) {
+TEST_F(OverlayWindowTest, ASecondWindowCoversTheFirstAndOutlivesIt) {
   show(false);
   const auto first = window;
   show(true);
@@ -270,7 +270,7 @@ TEST_F(OverlayWindowTest, ASecondOneLiesOnTheFirstAndStaysWhenItGoes) {
   EXPECT_EQ(scenes[0]->activationState(), ActivationState::background);
 }
 
-TEST_F(OverlayWindowTest, PassesOnWhatIsNotItsOwnUnlessThereIsABackdrop) {
+TEST_F(OverlayWindowTest, PassesTouchesOutsideTheCardToItsHostWithoutABackdrop) {
   for (const bool hasBackdrop : {true, false}) {
     show(hasBackdrop);
     const QPoint inside = middle("Press");
@@ -301,7 +301,7 @@ TEST_F(OverlayWindowTest, PassesOnWhatIsNotItsOwnUnlessThereIsABackdrop) {
   EXPECT_EQ(presses, 4);
 }
 
-TEST_F(OverlayWindowTest, AChildLeavesItsHostTheKeysItHasNoUseFor) {
+TEST_F(OverlayWindowTest, AChildWindowPassesUnusedKeysToItsHost) {
   for (const bool hasBackdrop : {true, false}) {
     show(hasBackdrop, OverlayKind::child);
     for (const auto key : {Qt::Key_Tab, Qt::Key_Space, Qt::Key_A}) QTest::keyPress(host.get(), key);

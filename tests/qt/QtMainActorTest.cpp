@@ -19,7 +19,7 @@ struct QtDriver {
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, ExecutorConformance, QtDriver);
 
-TEST(QtMainActor, GoesOnInsideALoopOfTheHosts) {
+TEST(QtMainActor, RunsJobsInsideANestedEventLoop) {
   QtMainActor actor;
   Texts order;
   actor.post([&] {

@@ -50,7 +50,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "https://example.test/a/very/long/path?with=query&and=more",
                       "line\n\nafter an empty one\n"));
 
-TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
+TEST_P(QtTextTest, IsNotCutAtItsMeasuredSize) {
   // Items show 6 points around their frames, because leaning and stacked letters extend beyond them.
   for (const double scale : {0.8, 1.0, 1.35, 2.0}) {
     for (const auto style : {TextStyle::headline, TextStyle::subheadline, TextStyle::footnote}) {
@@ -68,7 +68,7 @@ TEST_P(QtTextTest, IsNotCutInAFrameOfTheMeasuredSize) {
   }
 }
 
-TEST_P(QtTextTest, IsBrokenIntoAsManyLinesInAFrameOfTheMeasuredSize) {
+TEST_P(QtTextTest, HasAsManyLinesAsWereMeasured) {
   for (double width = 60; width < 300; ++width) {
     const Size size = QtTextMeasurer({1}).measure(GetParam(), {TextStyle::footnote}, width);
     EXPECT_EQ(WrappedText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
@@ -88,7 +88,7 @@ const char* const parts[] = {
 
 // A long text gives the same pixels whether it is laid out in pieces or at once. (Only the beginning is
 // compared, because Qt itself shapes at most 4,096 characters at once.)
-TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
+TEST(LongTextTest, LooksTheSameAsLaidOutAtOnce) {
   constexpr int width = 200, height = 1700;
   for (const char* part : parts) {
     const std::string text = repeated(part, 20'000);
@@ -125,7 +125,7 @@ TEST(LongTextTest, IsDrawnAsIfLaidOutAtOnce) {
   }
 }
 
-TEST(LongTextTest, CostsTimeInProportionToItsLength) {
+TEST(LongTextTest, TakesTimeInProportionToItsLength) {
   Texts all(std::begin(parts), std::end(parts));
   all.push_back("\U0001F468\u200D");  // its repetitions join to one character, so no line can end in it
   for (const std::string& part : all) {

@@ -39,7 +39,7 @@ class VisualMountTest : public ::testing::Test {
   VisualMount mount{*window.contentItem(), {}};
 };
 
-TEST_F(VisualMountTest, PaintsAnewOnlyWhatHasChanged) {
+TEST_F(VisualMountTest, RepaintsOnlyWhatHasChanged) {
   Probe still, moved, grown;
   mount.update({still.at(1, {0, 0, 10, 10}), moved.at(2, {20, 0, 10, 10}), grown.at(3, {40, 0, 10, 10})});
   EXPECT_EQ(at(5, 5), QColor(Qt::red));
@@ -63,7 +63,7 @@ TEST_F(VisualMountTest, PaintsAnewOnlyWhatHasChanged) {
   }
 }
 
-TEST_F(VisualMountTest, PaintsAnewForOtherPixels) {
+TEST_F(VisualMountTest, RepaintsForAnotherPixelRatio) {
   struct Item : VisualItem {
     using VisualItem::itemChange;
     using VisualItem::VisualItem;

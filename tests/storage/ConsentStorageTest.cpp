@@ -51,7 +51,7 @@ std::string outcome(ConsentStorage& storage, const std::string& operation, const
   return "";
 }
 
-TEST(ConsentStorageTest, KeepsEachValueWhateverTheStoreDoes) {
+TEST(ConsentStorageTest, KeepsEachValueWhateverFails) {
   for (const auto& [how, before, operation, value, returned, after, reported] : tableOf<7>("storage.txt")) {
     MemoryPlatform platform;
     platform.install();

@@ -71,7 +71,7 @@ inline Texts split(const std::string& text, char separator) {
   return parts;
 }
 
-/// The rows of a table, with cells separated by bars.
+/// The rows of a table, with cells separated by bars. Skips the first line of `text`.
 template <std::size_t columns>
 std::vector<std::array<std::string, columns>> rows(const std::string& text) {
   std::vector<std::array<std::string, columns>> all;

@@ -59,7 +59,7 @@ TEST_F(ConsentBannerPresenterTest, ReportsThenDismisses) {
   }
 }
 
-TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
+TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherFadesOut) {
   const auto first = show();
   presenter->dismiss();
   const auto second = show();
@@ -76,7 +76,7 @@ TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherGoes) {
 }
 
 // A host's callback for a decision may show the next banner, for example if it runs an event loop.
-TEST_F(ConsentBannerPresenterTest, LeavesABannerShownWhileAnotherReports) {
+TEST_F(ConsentBannerPresenterTest, KeepsABannerShownWhileAnotherReports) {
   std::shared_ptr<FakeWindow> next;
   BannerCallbacks callbacks = banner().callbacks();
   callbacks.onAcceptAll = [&] { next = show(); };
@@ -86,7 +86,7 @@ TEST_F(ConsentBannerPresenterTest, LeavesABannerShownWhileAnotherReports) {
   EXPECT_EQ(next->fades.size(), 1u) << "it fades in only";
 }
 
-TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
+TEST_F(ConsentBannerPresenterTest, LeaksNoMemoryWhenShownOften) {
   const int banners = repetitions("TALVO_TEST_BANNERS", 50);
   HostingController::Clock::time_point now;
   const auto visit = [&](const std::shared_ptr<FakeWindow>& window) {
@@ -114,7 +114,7 @@ TEST_F(ConsentBannerPresenterTest, TakesNoMemoryByBeingShownOften) {
   }
 }
 
-TEST_F(ConsentBannerPresenterTest, CallsFirstAndDoesWithoutMotionAndWithoutItself) {
+TEST_F(ConsentBannerPresenterTest, ReportsBeforeItDismissesAlsoWithReducedMotion) {
   platform.application->hasReducedMotion = true;
   const auto window = [this] { return platform.scene->windows().back(); };
   const auto checkNotFading = [&] { EXPECT_EQ(window()->fades.size(), 1u) << "it does not fade out yet"; };

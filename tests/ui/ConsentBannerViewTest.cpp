@@ -13,7 +13,7 @@ class ConsentBannerViewTest : public BannerTest {
   }
 };
 
-TEST_F(ConsentBannerViewTest, BeginsWithTheSecondScreenWhereThatIsAskedFor) {
+TEST_F(ConsentBannerViewTest, BeginsWithThePreferencesIfAskedTo) {
   SiteConfiguration configuration;
   EXPECT_EQ(screenOf(banner(BasicConsent(), vendors, configuration)), "main");
   EXPECT_EQ(screenOf(banner(BasicConsent())), "main");
@@ -50,7 +50,7 @@ TEST_F(ConsentBannerViewTest, AnswersActions) {
   EXPECT_THAT(platform.application->opened, IsEmpty());
 }
 
-TEST_F(ConsentBannerViewTest, TellsOfAnUnknownComponentOnce) {
+TEST_F(ConsentBannerViewTest, PrintsAnUnknownComponentOnce) {
   site = customization("strange buttons:managePreferences", "tabs:marketing strange links");
   TestScreen screen(banner().view());
   tap(screen, "button Manage");
@@ -123,7 +123,7 @@ TEST_F(ConsentBannerViewTest, SwitchesAndSaves) {
 }
 
 // Tries every sequence of two switches, and compares before the first and after each of them.
-TEST_F(ConsentBannerViewTest, DrawsOnWhatItWouldSave) {
+TEST_F(ConsentBannerViewTest, DrawsSwitchesAsTheyWouldBeSaved) {
   site = customization("", "tabs:statistics,marketing,doNotSell",
                        R"(,"statisticsTitle":"S","marketingTitle":"M","doNotSellLabelText":"D")");
   const Texts switches = words("M A B S D");
@@ -155,7 +155,7 @@ TEST_F(ConsentBannerViewTest, DrawsOnWhatItWouldSave) {
   }
 }
 
-TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
+TEST_F(ConsentBannerViewTest, SavesWhatTheSwitchesShow) {
   const auto view = banner(parsed<BasicConsent>(R"({"statistics":true,"marketing":["B"],"id":"c"})"));
   const ConsentBindings bindings = view.bindings();
   const auto saved = [&] {
@@ -164,7 +164,8 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
   };
   EXPECT_TRUE(bindings.categoryStates->get().size() == 4 && bindings.vendorStates->get().size() == 4);
   EXPECT_TRUE(banner({}, std::nullopt).bindings().vendorStates->get().empty());
-  vendorSwitch(bindings, "marketing", "old").set(true);  // saves "true", because only the counts are compared
+  // Two vendors are on now, as many as the category has. Only these counts are compared, so "true" is saved.
+  vendorSwitch(bindings, "marketing", "old").set(true);
   EXPECT_EQ(saved(), R"({"preferences":false,"statistics":true,"marketing":true,"id":"c","optedIn":true})");
   vendorSwitch(bindings, "marketing", "A").set(true);
   EXPECT_THAT(saved(), HasSubstr(R"("marketing":["B","A","old"])"));
@@ -182,7 +183,7 @@ TEST_F(ConsentBannerViewTest, SavesARecordOfWhatTheStatesSay) {
   EXPECT_FALSE(isOn(banner(emptySelection).bindings().categoryStates->get(), "statistics"));
 }
 
-TEST_F(BannerTest, SaysTheCategoryWithEachVendorUnlessItIsLong) {
+TEST_F(BannerTest, NamesTheCategoryWithEachVendorUnlessItIsLong) {
   for (const std::size_t length : {1000U, 1001U}) {
     const std::string title(length, 'M');
     site.messages.bannerMessages.marketingTitle = title;

@@ -73,7 +73,7 @@ struct CountingMeasurer : FixedWidthMeasurer {
   Texts asked;
 };
 
-TEST_F(BannerTest, MeasuresATextOnceForAWidthAndNotWhileItScrolls) {
+TEST_F(BannerTest, MeasuresATextOncePerWidthAndNotWhileScrolling) {
   site = customization("title description buttons:acceptAll,rejectAll links:doNotSellMyData");
   site.messages.bannerMessages.mainMessage = std::string(5000, 'x');
   TestScreen screen(bannerComposition(banner().view(), site));

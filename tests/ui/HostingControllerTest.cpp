@@ -22,7 +22,7 @@ class HostingControllerTest : public BannerTest {
   std::string takeTrace() { return joined(std::exchange(trace, {})); }
 };
 
-TEST_F(HostingControllerTest, TellsWhatThereIsAndWhereItCanBeHit) {
+TEST_F(HostingControllerTest, ListsElementsAndTheirHitAreas) {
   site = customization("closeButton title description links:doNotSellMyData buttons:acceptAll");
   TestScreen clear(bannerComposition(banner().view(), site));
   EXPECT_EQ(clear.list(true),
@@ -149,7 +149,7 @@ class ScrollingTest : public HostingControllerTest {
   TestScreen screen{scrollView(verticalStack({}, views)), {100, 300}};
 };
 
-TEST_F(ScrollingTest, FollowsAFingerAndGoesOn) {
+TEST_F(ScrollingTest, FollowsAFingerAndCoasts) {
   screen.touch({{50, 250}, {50, 241}});
   EXPECT_EQ(offset(), 0) << "too short for a drag";
   screen.touch({{50, 250}, {50, 230}, {50, 150}}, 500ms);
@@ -197,7 +197,7 @@ TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
 
 // Rendering gets texts from the host and prints lines with its printer. Either may run an event loop, whose
 // handlers call the controller.
-TEST_F(HostingControllerTest, IsAskedWhileItRenders) {
+TEST_F(HostingControllerTest, AnswersCallsWhileItRenders) {
   HostingController* asked = nullptr;
   int renderings = 0;
   const AnyView nested = component("nested", [&](RenderContext&) {

@@ -94,7 +94,7 @@ struct Rows : TestScreen {
   }
 };
 
-TEST(LayoutTest, MakesOnlyTheRowsThatAreNear) {
+TEST(LayoutTest, MakesOnlyNearbyRows) {
   Rows rows(10'000, 20);
   EXPECT_EQ(rows.seen(), "0 9");
   EXPECT_LE(rows.accessibleElements().size(), 22u);
@@ -114,7 +114,7 @@ TEST(LayoutTest, MakesOnlyTheRowsThatAreNear) {
   EXPECT_GT(rows.accessibleRevision(), revision);
 }
 
-TEST(LayoutTest, KeepsWhatRowsRememberAndLearnsTheirHeights) {
+TEST(LayoutTest, KeepsRowsStatesAndLearnsTheirHeights) {
   Rows rows(300, 50);
   EXPECT_TRUE(tap(rows, "button 3"));
   const ElementId last = find(rows, "button 5").id;
@@ -126,7 +126,7 @@ TEST(LayoutTest, KeepsWhatRowsRememberAndLearnsTheirHeights) {
   EXPECT_TRUE(find(rows, "button 3").name == "3on" && find(rows, "button 4").name == "4");
 }
 
-TEST(LayoutTest, KeepsWhatIsSeenInPlaceWhileRowsAboveAreMeasured) {
+TEST(LayoutTest, KeepsVisibleRowsInPlaceWhileRowsAboveAreMeasured) {
   for (const double height : {50.0, 12.0}) {
     Rows rows(300, height, 30);
     rows.seen(Key::backtab);

@@ -73,7 +73,7 @@ const std::string sameInAll = R"(,"consentDataAnalytics":{"bannerType":"popup","
     "blurred":false,"poweredBy":true},"typeConsent":"explicit","userId":"u","siteId":"s"})";
 const std::string fetched = "GET " + joined(paths, "; GET ");
 
-TEST_F(ShowBannerTest, SubmitsStoresAndAnswersDecisions) {
+TEST_F(ShowBannerTest, SubmitsAndStoresDecisionsAndCallsTheHost) {
   prepare();
   answer("POST", "cookie-consent/s", 422, "refused");
   for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
@@ -137,7 +137,7 @@ struct Throwing : FakeApplication, Localization {
   std::string text(std::string_view) override { throw WithoutText(); }
 };
 
-TEST_F(ShowBannerTest, GoesOnWhereSeamsOfTheHostThrow) {
+TEST_F(ShowBannerTest, WorksOnIfTheHostsSeamsThrow) {
   prepare();
   answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
   const auto throwing = std::make_shared<Throwing>();
@@ -153,7 +153,7 @@ TEST_F(ShowBannerTest, GoesOnWhereSeamsOfTheHostThrow) {
   EXPECT_THAT(trace, ElementsAre("managed on main"));
 }
 
-TEST_F(ShowBannerTest, ReadsTheInstanceAtTheCallAndNeedsNoClosures) {
+TEST_F(ShowBannerTest, ReadsTheInstanceWhenCalledAndNeedsNoClosures) {
   prepare({{{}, {}, Texts(2, R"({"returnSecondaryView":true})")}});
   answer("GET", "banner-customization/s?lng=de", 500, "");
   answer("PUT", "cookie-consent/s", 200, R"({"id":"c"})");
