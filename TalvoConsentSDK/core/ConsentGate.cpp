@@ -14,12 +14,17 @@ namespace {
 // Where a consent keeps a category; null for the necessary category, which needs none. Throws for the others.
 std::optional<ConsentValue> BasicConsent::* field(ConsentCategory category) {
   switch (category) {
-    case ConsentCategory::necessary: return nullptr;
-    case ConsentCategory::preferences: return &BasicConsent::preferences;
-    case ConsentCategory::statistics: return &BasicConsent::statistics;
-    case ConsentCategory::marketing: return &BasicConsent::marketing;
+    case ConsentCategory::necessary:
+      return nullptr;
+    case ConsentCategory::preferences:
+      return &BasicConsent::preferences;
+    case ConsentCategory::statistics:
+      return &BasicConsent::statistics;
+    case ConsentCategory::marketing:
+      return &BasicConsent::marketing;
     case ConsentCategory::unclassified:
-    case ConsentCategory::doNotSell: break;
+    case ConsentCategory::doNotSell:
+      break;
   }
   throw Error(PlatformError("TalvoConsentSDK", -7,
                             "A gate is for the categories necessary, preferences, statistics and marketing"));

@@ -32,6 +32,11 @@ class ConsentObservers;
 /// logout it is closed until the store can be read.
 class ConsentGate {
  public:
+  /// Whether there is a gate for the category.
+  static constexpr bool has(ConsentCategory category) {
+    return category != ConsentCategory::unclassified && category != ConsentCategory::doNotSell;
+  }
+
   /// Runs `start` on the main actor if the category is allowed now, and from then on, whenever that changes,
   /// `stop` and `start` in turn. Both run on the main actor, one after the other, and either may be empty. If
   /// a change is undone before the main actor runs, neither is called. Ending the subscription runs neither.

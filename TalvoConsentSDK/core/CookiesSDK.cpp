@@ -21,12 +21,12 @@ namespace {
 SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const Platform& platform,
                      const std::shared_ptr<ConsentObservers>& observers) {
   auto httpClient = std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background);
-  auto storage = std::make_shared<ConsentStorage>(
-      siteId, observed(platform.userDefaults, ConsentStorage::consentKey(siteId), observers));
+  auto storage = std::make_shared<ConsentStorage>(siteId, platform.userDefaults);
   return std::make_shared<const Site>(Site{
       .id = siteId,
       .apiClient = std::make_shared<APIClient>(apiUrl, siteId, std::move(httpClient)),
-      .ledger = std::make_shared<ConsentLedger>(std::move(storage)),
+      .ledger = std::make_shared<ConsentLedger>(std::move(storage),
+                                                [observers] { ConsentObservers::notify(observers); }),
       .eventManager = std::make_shared<ConsentEventManager>(),
       .mainActor = platform.mainActor,
       .background = platform.background,
@@ -179,8 +179,34 @@ void CookiesSDK::removeIdentity() {
   state_->site->ledger->logOut();
 }
 
+bool CookiesSDK::eraseConsent() {
+  return state_->site->ledger->erase();
+}
+
+ConsentGate CookiesSDK::gate() const {
+  return {state_->site->ledger, state_->observers};
+}
+
+Subscription CookiesSDK::observeConsent(std::function<void(const std::optional<BasicConsent>&)> observer) {
+  const std::shared_ptr<ConsentLedger>& ledger = state_->site->ledger;
+  return ConsentObservers::add(
+      state_->observers, [ledger, observer = std::move(observer), seen = ledger->known().version]() mutable {
+        const ConsentLedger::Known known = ledger->known();
+        if (std::exchange(seen, known.version) == known.version || !observer) return;
+        observer(known.consent ? std::optional(*known.consent) : std::nullopt);
+      });
+}
+
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {
   state_->site->eventManager->addListener(event, std::move(callback));
+}
+
+Subscription CookiesSDK::addEventListener(ConsentEvent event, std::function<void()> listener) {
+  auto callback = std::make_shared<ConsentEventClosureCallback>(std::move(listener), [] {});
+  const auto& manager = state_->site->eventManager;
+  manager->addListener(event, callback);
+  return Subscription(
+      {nullptr, [manager, event, callback](void*) { manager->removeListener(event, callback); }});
 }
 
 void CookiesSDK::removeEventListener(ConsentEvent event,
@@ -194,12 +220,6 @@ void CookiesSDK::removeEventListener(ConsentEvent event) {
 
 void CookiesSDK::removeAllEventListeners() {
   state_->site->eventManager->removeAllListeners();
-}
-
-std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer) {
-  const auto observers = client.state_->observers;
-  const int number = observers->add(std::move(observer));
-  return {nullptr, [observers, number](void*) { observers->remove(number); }};
 }
 
 }  // namespace TalvoConsentSDK
