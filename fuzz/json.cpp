@@ -55,7 +55,8 @@ class Limits : public nlohmann::json_sax<Other> {
 };
 
 // Whether there is a number from 2^63 to 2^64 - 1. `value` does not contain numbers that a repeated key
-// overrides: this library refuses those only if they are larger still, which `Limits` detects.
+// overrides. This library accepts such a number from -2^63 to 2^64 - 1 and refuses any other; `Limits`
+// detects the others.
 bool hasLargeInteger(const Other& value) {
   if (value.is_structured()) return std::ranges::any_of(value, hasLargeInteger);
   return value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());
