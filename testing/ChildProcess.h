@@ -54,7 +54,7 @@ class ProcessChannel {
 class ChildProcess {
  public:
   /// The child runs `work` and exits with 0, or with 1 if an expectation failed in the child or `work` threw
-  /// a `std::exception`. If the test failed before the fork, the child exits with 0 even then.
+  /// a `std::exception`. If the test had failed before the fork, the child always exits with 0.
   explicit ChildProcess(const std::function<void(const ProcessChannel& parent)>& work) {
     int ends[2] = {-1, -1};
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);

@@ -132,9 +132,9 @@ struct Padding {
 
 /// A frame around a child. The child keeps its own size and is aligned within the frame. In each dimension, a
 /// frame with a maximum takes the offered length, but at least the minimum and at most the maximum; if these
-/// two are equal, the length is fixed. If the offer or the minimum is absent, the child's own length, but at
-/// most the maximum, is used instead. A frame without a maximum is as long as its child, but at least the
-/// minimum.
+/// two are equal, the length is fixed. If no length is offered, the frame takes the child's length instead,
+/// within the same limits. If there is no minimum, the child's length, but at most the maximum, serves as the
+/// minimum. A frame without a maximum is as long as its child, but at least the minimum.
 struct Frame {
   std::optional<double> minWidth = {};
   std::optional<double> maxWidth = {};
