@@ -16,7 +16,8 @@ class BareCurl {
   BareCurl(const BareCurl&) = delete;
   BareCurl& operator=(const BareCurl&) = delete;
 
-  /// Runs `requests` requests on the calling thread, `inFlight` of them at a time.
+  /// Runs `requests` requests on the calling thread, `inFlight` of them at a time. `inFlight` must be the
+  /// same in every call.
   void run(int requests, int inFlight);
 
  private:

@@ -28,8 +28,8 @@ class BareStore {
   sqlite3_stmt* read_ = nullptr;
 };
 
-/// An empty folder for this process in the working directory, which should be on a real disk. Removed when
-/// the process exits.
+/// This process's own folder, made in the working directory by the first call and removed when the process
+/// exits. The working directory should be on a real disk.
 std::string scratchFolder();
 
 }  // namespace TalvoConsentBenchmarks

@@ -1,5 +1,5 @@
 // Shows an empty window of the toolkit, to measure an app without this library. Prints the milliseconds from
-// the start of the process to the first presented frame, then waits for the end of its input.
+// the start of the process to the first presented frame, then waits for a line or the end of its input.
 
 #include <QGuiApplication>
 #include <QQuickWindow>

@@ -47,7 +47,7 @@ class Figures:
                    "--benchmark_format=json", f"--benchmark_filter={only}", "--benchmark_report_aggregates_only=true",
                    f"--benchmark_min_time={0.05 if quick else seconds}",
                    f"--benchmark_repetitions={3 if quick else repetitions}"]
-        if interleaved:  # other load on the machine then affects all of them
+        if interleaved:  # so that other load on the machine affects all benchmarks alike
             command.append("--benchmark_enable_random_interleaving=true")
         units = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
         self.values, self.processor, self.pairs = {}, {}, {}
@@ -169,7 +169,7 @@ def events(table, quick, env):
 
 
 def banner(table, quick, env):
-    # A window's first frames are slower, and interleaving would only measure these.
+    # A window's first frames are slower, and with interleaving nothing else would be measured.
     figures = Figures("banner_benchmark", quick, env, "real_time", interleaved=False)
     counts = (10, 200, 1_000, 10_000)
     for name, what in (("render", "render"), ("compare", "compare, nothing changed"), ("layout", "layout"),

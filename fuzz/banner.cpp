@@ -1,5 +1,6 @@
-// Shows a banner from a site's documents, uses every control and presses every key. Parts: the customization,
-// the catalogue, the stored consent, the configuration, and the choice of window and gestures.
+// Shows a banner from a site's documents, uses its controls, and makes gestures and presses keys. Parts: the
+// customization, the catalogue, the stored consent, the configuration, and the choice of window, gestures and
+// keys.
 
 #include <chrono>
 #include <cmath>
@@ -67,7 +68,8 @@ class Visit {
   Visit(std::shared_ptr<FakeWindow> window, Choices& choices)
       : window_(std::move(window)), controller_(*window_->controller), choices_(choices) {}
 
-  // Uses every control of a screen and of the screens that it leads to.
+  // Tries to use up to 40 elements of the screen, one after another. If one leads to another screen, goes on
+  // there.
   void useAll() {
     for (std::size_t index = 0; index < 40; ++index) {
       const auto& elements =

@@ -1,4 +1,5 @@
-// Decodes any bytes as every record. A decoded record must encode, and decode to the same record again.
+// Decodes any bytes as JSON and as a customization, and valid JSON also as every other record. It must be
+// possible to encode a decoded record, and its JSON must decode to the same record again.
 
 #include <optional>
 

@@ -80,7 +80,7 @@ class ByteServer {
   std::string reply_;
 };
 
-// Whether a reply may redirect the client to another server. The fuzzer must only contact this one.
+// Whether a reply may redirect the client to another server. The fuzzer must contact no server but its own.
 bool leadsAway(std::string text) {
   std::ranges::transform(text, text.begin(),
                          [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });

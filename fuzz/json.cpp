@@ -54,8 +54,9 @@ class Limits : public nlohmann::json_sax<Other> {
   bool isTooLarge_ = false;
 };
 
-// Whether there is a number from 2^63 to 2^64 - 1. `value` does not contain numbers that a repeated key
-// overrides: this library refuses those only if they are larger still, which `Limits` detects.
+// Whether `value` contains a whole number from 2^63 to 2^64 - 1. This library refuses such a number, unless a
+// repeated key overrides it; `value` does not contain overridden numbers either. Whole numbers outside -2^63
+// to 2^64 - 1 are refused even if they are overridden; `Limits` detects them.
 bool hasLargeInteger(const Other& value) {
   if (value.is_structured()) return std::ranges::any_of(value, hasLargeInteger);
   return value.is_number_unsigned() && !std::in_range<std::int64_t>(value.get<std::uint64_t>());

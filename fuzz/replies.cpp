@@ -1,5 +1,6 @@
 // Passes outcomes of a session through the transport. Every request must end exactly once, with the error
-// that fits the outcome. Parts: the body, the status, the error's text.
+// that fits the outcome. Parts: the body; the status, or "-" for a reply without a body, or "?" for one
+// without a status; the error's text.
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"

@@ -49,11 +49,12 @@ class ProcessChannel {
   int end_;
 };
 
-/// The constructor forks, so only the calling thread continues in the child. Make it before other threads
-/// hold locks.
+/// The constructor forks, so only the calling thread continues in the child. Create it while no other
+/// thread holds a lock that the child needs.
 class ChildProcess {
  public:
-  /// The child runs `work` and exits with 0, or with 1 if an expectation failed in it or it threw.
+  /// The child runs `work` and exits with 0, or with 1 if an expectation failed in the child or `work` threw
+  /// a `std::exception`. If the test had failed before the fork, the child always exits with 0.
   explicit ChildProcess(const std::function<void(const ProcessChannel& parent)>& work) {
     int ends[2] = {-1, -1};
     EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);

@@ -31,8 +31,8 @@ Task<ConsentResponse> sendAndFile(SitePointer site, FullConsent payload, Consent
 enum class IfConsentStored { keep, replace };
 
 /// Sends an implicit consent. Once the service has accepted it, stores it, unless the user has decided or the
-/// stored consent has changed in the meantime. With `keep`, sends nothing if a consent is stored already. A
-/// failure is printed.
+/// stored consent has changed in the meantime. Sends nothing if the store cannot be read or, with `keep`, if
+/// a consent is stored already. A failure is printed.
 Task<void> submitImplicitConsent(SitePointer site, std::optional<std::string> userId,
                                  IfConsentStored ifStored);
 

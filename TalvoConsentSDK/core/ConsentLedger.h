@@ -23,9 +23,9 @@ namespace TalvoConsentSDK {
 /// prints a line.
 ///
 /// An operation waits at most 250 ms for other threads or processes that use the store. Only `fileDecision`,
-/// which is for background threads, waits longer: up to the store's own limit. The store and the printer may
-/// call the ledger while it is using them. Such a nested call returns what is already known, and its login or
-/// logout is written later.
+/// which is for background threads, waits longer: up to an hour for other threads, and for other processes up
+/// to the store's own limit. The store and the printer may call the ledger while it is using them. Such a
+/// nested call returns what is already known, and its login or logout is written later.
 class ConsentLedger {
  public:
   /// Reads nothing yet: everything is unknown until the first operation has read the store. `onChange` is
@@ -50,7 +50,7 @@ class ConsentLedger {
   /// comes first.
   struct Person {
     KeptUser user;
-    std::uint64_t identity = 0;  // how many times the identity had changed
+    std::uint64_t identity = 0;  // how many times the identity had changed at `beginDecision`
   };
 
   /// A decision on its way to the service.
@@ -64,6 +64,7 @@ class ConsentLedger {
 
   /// Stores a decision that the service has accepted, with these exceptions:
   /// - If its user is no longer identified, or everything has been erased since, the decision is not stored.
+  /// - If a later decision of the same person has been filed already, the decision is not stored.
   /// - If nobody was identified when it was made, but a user is now, it is set aside as the original consent.
   ///   The user inherits it unless they have a consent of their own.
   /// - If the store or the printer makes this call from inside another operation, the decision is not stored.
@@ -75,7 +76,7 @@ class ConsentLedger {
     std::string userId;
     std::optional<std::string> consentId;  // the identifier of the consent that the user has on this device
     std::uint64_t identity = 0;            // how many times the identity had changed
-    std::uint64_t decisions = 0;           // how many decisions had been stored
+    std::uint64_t decisions = 0;           // how many decisions had been filed
   };
   Login logIn(const std::string& userId);
   void logOut();
@@ -89,20 +90,20 @@ class ConsentLedger {
 
   /// Stores the consent that the service holds for the user. It replaces the consent that was stored at the
   /// login, or an implicit consent stored since. Does nothing if the store holds anything else, if the
-  /// identity has changed since the login, or if a decision was stored since.
+  /// identity has changed since the login, or if a decision was filed since.
   void fileIdentified(const Login& login, const BasicConsent& consent);
 
   /// An implicit consent on its way to the service.
   struct Implicit {
     std::optional<platform::Data> replaced;  // the stored data that it may replace
     bool isUpdate = false;
-    std::uint64_t decisions = 0;  // how many decisions had been stored
+    std::uint64_t decisions = 0;  // how many decisions had been filed
   };
 
   /// Returns nothing if a consent is stored and `mayReplace` is false, or if the store cannot be read.
   std::optional<Implicit> beginImplicit(bool mayReplace);
 
-  /// Stores the consent, unless a decision was stored since `beginImplicit` or the stored data is no longer
+  /// Stores the consent, unless a decision was filed since `beginImplicit` or the stored data is no longer
   /// the same.
   void fileImplicit(const Implicit& implicit, const BasicConsent& consent);
 
@@ -150,11 +151,11 @@ class ConsentLedger {
   KeptUser user_;
   std::optional<platform::Data> knownData_;  // what known_ was read from or written as
   Known known_;
-  KeptConsent initialConsent_;              // the consent as it was when the identity last changed
+  KeptConsent initialConsent_;              // the consent at creation, or when the identity last changed
   std::optional<platform::Data> implicit_;  // the data of the latest implicit consent
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
   std::uint64_t identity_ = 0;    // how often the identity has changed
-  std::uint64_t decisions_ = 0;   // how many decisions have been stored
+  std::uint64_t decisions_ = 0;   // how many decisions have been filed, even if the store then failed
   std::uint64_t lastNumber_ = 0;  // the number of the last decision begun
   std::uint64_t erasures_ = 0;    // how often everything has been erased
   std::map<std::optional<std::string>, std::uint64_t> latest_;  // the highest decision number filed, by user

@@ -24,7 +24,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// exists per process, bound to the site it was first created for; it is never destroyed.
 ///
 /// Install a Platform, preferably before creating the instance: until one is installed, operations fail and
-/// nothing is read, stored or sent. The instance keeps the first platform that is installed.
+/// nothing is read, stored or sent. The instance keeps the session, the store and the executors that are
+/// installed when it is created or, if none are, those of the first platform installed later.
 ///
 /// Operations are safe from any thread; concurrent calls take effect in an unspecified order. Background work
 /// that fails prints one line to standard output and changes nothing. A failing store prints one line too,
@@ -51,7 +52,7 @@ class CookiesSDK {
 
   /// Returns the process's instance, or null before the first `createInstance`. Waits while another thread is
   /// creating the instance. Host code that runs within `createInstance` gets null, and must not wait for
-  /// other threads.
+  /// other threads, because they may be waiting for the instance.
   static std::shared_ptr<CookiesSDK> getInstance();
 
   ~CookiesSDK();

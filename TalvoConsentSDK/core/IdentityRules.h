@@ -17,8 +17,8 @@ KeptConsent withoutId(const KeptConsent& kept);
 /// means that an earlier restore failed.
 void restoreOriginal(KeptValues& kept);
 
-/// Identifies the user. If nobody was identified, sets the consent aside as the original; the user inherits
-/// it until they have one of their own.
+/// Identifies the user. If nobody was identified, sets the consent aside as the original. The user inherits
+/// the current consent, even another user's, until they have one of their own.
 void logIn(KeptValues& kept, const std::string& userId);
 
 /// Forgets the user and restores the original. While the original cannot be read, the consent becomes

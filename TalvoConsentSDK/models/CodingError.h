@@ -19,7 +19,7 @@ class CodingError : public std::exception {
     valueNotFound,  // null where a value is required
     typeMismatch,   // a JSON type other than the expected one
     dataCorrupted,  // not JSON, a value that its type does not allow, or values that take too much memory
-    invalidValue,   // (writing) NaN, infinity, or text that is not UTF-8
+    invalidValue,   // (writing) NaN, infinity, text that is not UTF-8, or more than 256 levels of nesting
   };
 
   CodingError(Kind kind, std::string path, std::string detail);

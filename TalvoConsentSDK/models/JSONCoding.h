@@ -1,8 +1,9 @@
 #pragma once
 
-// Converts records to JSON and back. Keys are the fields' names. When writing, absent optional fields are
-// left out. When reading, a missing key means the same as a null, and unknown keys are ignored. If a key is
-// given twice, only the last value counts, in records, maps and untyped objects alike.
+// Converts records to JSON and back. Keys are the fields' names, except "showBlurBackground" and
+// "showPoweredBy". When writing, absent optional fields are left out. When reading, an optional field is
+// absent if its key is missing or its value is null, and unknown keys are ignored. If a key is given twice,
+// only the last value counts, in records, maps and untyped objects alike.
 
 #include <string>
 #include <string_view>
@@ -33,7 +34,8 @@ TALVO_EXPORT Result<std::string> encode(const void* value, const Coding& coding)
 /// object at the innermost level does not count.
 class JSONDecoder {
  public:
-  /// Implemented for every record of this library, their enumerations, `JSONValue`, and
+  /// Implemented for the records of this library (of those nested in another, only for `CategoryItem`),
+  /// `ConsentValue`, `ConsentCategory`, `ConsentStatus`, `JSONValue`, `JSONObject`, and
   /// `std::optional<FullConsent>`, which a null document leaves empty.
   template <class T>
   Result<T> decode(std::string_view text) const {
@@ -44,8 +46,8 @@ class JSONDecoder {
   }
 };
 
-/// Writes records. Stateless; safe from any thread. Fails with a `CodingError` on text that is not UTF-8 and
-/// on numbers that JSON cannot hold.
+/// Writes records. Stateless; safe from any thread. Fails with a `CodingError` on text that is not UTF-8, on
+/// numbers that JSON cannot hold, and on nesting that `JSONDecoder` would reject.
 class JSONEncoder {
  public:
   /// Implemented for the same types as `JSONDecoder::decode`.

@@ -17,9 +17,9 @@ class Printer {
  public:
   virtual ~Printer() = default;
 
-  /// Writes one line. The library passes UTF-8 of at most 2 KB. Control characters, characters that change
-  /// the text's direction, and bytes that are not UTF-8 are escaped, for example as `\n`, `\u001b` or `\xff`.
-  /// A line that was cut ends in "…".
+  /// Writes one line. The library passes UTF-8 of at most 2 KB. Control characters, line separators,
+  /// characters that change the text's direction, and bytes that are not UTF-8 are escaped, for example as
+  /// `\n`, `\u001b` or `\xff`. A line that was cut ends in "…".
   virtual void print(std::string_view line) = 0;
 };
 

@@ -23,7 +23,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Awaits an operation that reports through a callback: `start` receives a `std::function<void(T)>` and calls
 /// it on any thread. Only the first call counts: later calls, and an exception that `start` throws after
-/// the first call, are ignored. A task resumes on its executor. Any other coroutine resumes on the callback's
+/// the first call, are ignored. If `start` throws before the first call, the await throws that exception and
+/// ignores all calls. A task resumes on its executor. Any other coroutine resumes on the callback's
 /// thread, or goes on at once on its own thread if the callback was called before `start` returned. The
 /// coroutine may be destroyed while it waits, but only on the thread on which it would resume.
 template <class T>
@@ -124,8 +125,8 @@ void spawn(const std::shared_ptr<platform::Executor>& executor, Task<T> task,
   detail::run(detail::outcome(std::move(task)).on(executor), std::move(done));
 }
 
-/// Starts a task that reports its own failures, without waiting for its end. If it cannot be run, prints a
-/// line.
+/// Starts a task that reports its own failures, without waiting for its end. If it cannot be run, or
+/// throws all the same, prints a line.
 inline void spawn(const std::shared_ptr<platform::Executor>& executor, Task<void> task) {
   spawn<void>(executor, std::move(task), [](const Result<void>& end) {
     if (!end) platform::print(std::string("⚠️ A task could not be run: ") + end.error().what());

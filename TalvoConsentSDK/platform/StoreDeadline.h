@@ -12,9 +12,9 @@
 namespace TalvoConsentSDK {
 namespace platform TALVO_EXPORT {
 
-/// Limits how long the store operations on the calling thread may wait in total, from this object's creation
-/// to its destruction. If deadlines are nested, the earliest one counts. Create and destroy it on the same
-/// thread.
+/// While this object exists, store operations on the thread that created it stop waiting once `limit` has
+/// passed since its creation. If deadlines are nested, the earliest one counts. Create and destroy it on the
+/// same thread.
 class StoreDeadline {
  public:
   explicit StoreDeadline(std::chrono::milliseconds limit);

@@ -52,7 +52,8 @@ class UserDefaults {
   virtual Result<void> set(std::string_view key, std::string value) = 0;
 
   /// Stores `value` if the data under `key` is still `expected`, in one step that no other writer can
-  /// interrupt. Returns whether it did.
+  /// interrupt. Returns whether it did. If `expected` is absent, the key must be missing or hold a string,
+  /// which is then replaced.
   virtual Result<bool> replace(std::string_view key, const std::optional<Data>& expected, Data value) = 0;
 
   /// Removes the key and its value, if any.

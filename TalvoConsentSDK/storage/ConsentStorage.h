@@ -37,8 +37,10 @@ struct KeptValues {
 };
 
 /// A site's values in the device's store. As thread-safe as the store is. Nothing throws, even if the store
-/// does: a value that cannot be read counts as absent, and a failed write leaves the stored value as it was;
-/// either prints one line. The current consent can be overwritten, but only erasing removes it.
+/// does. A value that cannot be read counts as absent; `load` marks it as unknown if the store failed. A
+/// failed write leaves the stored values as they were, but a store without transactions may have made part of
+/// a `save`. Either failure prints one line. The current consent can be overwritten, but only erasing removes
+/// it.
 class ConsentStorage {
  public:
   ConsentStorage(const std::string& siteId, std::shared_ptr<platform::UserDefaults> userDefaults);

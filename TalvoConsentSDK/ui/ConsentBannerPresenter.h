@@ -39,8 +39,9 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
 
   std::shared_ptr<view::HostingController> hostingController_;
   std::shared_ptr<platform::Window> overlayWindow_;
-  std::shared_ptr<bool> isOver_;  // whether the banner in overlayWindow_ is over; shared with its callbacks
-  std::function<void()> onReplaced_;
+  std::function<void()> onReplaced_;  // of the banner in overlayWindow_
+  // Whether the banner in overlayWindow_ must report nothing more. Shared with the banner's callbacks.
+  std::shared_ptr<bool> isOver_;
 };
 
 /// Places the banner in the window. If the customization asks for it, also adds a dimmed backdrop, which

@@ -83,8 +83,8 @@ bool hasOptedOut(const StoredConsent& consent) {
   return consent && consent->optedIn == false;
 }
 
-// The consent from which the switches take their initial state. With do-not-sell on, saving would give no
-// consent, so they are off at first.
+// The consent from which the switches take their initial state. If do-not-sell is on in the stored
+// consent, saving would give no consent, so all switches except necessary and do-not-sell start off.
 const StoredConsent& shownConsent(const StoredConsent& stored) {
   static const auto& none = neverDestroyed<StoredConsent>();
   return hasOptedOut(stored) ? none : stored;

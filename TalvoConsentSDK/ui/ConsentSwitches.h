@@ -16,7 +16,8 @@ using CategoryStates = std::map<std::string, bool, std::less<>>;
 /// Whether each vendor is on, by category key and then by vendor name.
 using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
 
-/// The rows' access to the banner's state. A row that lacks a binding shows a disabled switch.
+/// The rows' access to the banner's state. A category's switch needs all three bindings, a vendor's
+/// switch only `vendorStates`; a switch that lacks one is disabled.
 struct ConsentBindings {
   std::optional<view::Binding<CategoryStates>> categoryStates;
   std::optional<view::Binding<VendorStates>> vendorStates;
@@ -29,18 +30,19 @@ bool isOn(const VendorStates& states, const std::string& category, const std::st
 
 /// Whether saving would give consent to anything in a category. The category must be on and, if it has
 /// vendors, at least one vendor must be on. While do-not-sell is on, only the necessary category has consent.
+/// Requires `categoryStates` and `vendorStates`.
 bool isGiven(const ConsentBindings& bindings, const std::string& category);
 
-/// Counts the vendors in `listed` whose switch is drawn on. Requires `vendorStates`.
+/// Counts the vendors in `listed` whose switch is shown as on. Requires `vendorStates`.
 std::size_t countVendorsOn(const ConsentBindings& bindings, const std::string& category,
                            const std::vector<Services::ServiceGroup>& listed);
 
-/// A category's switch, drawn on while `isGiven`. With a catalogue, switching it switches all its vendors.
+/// A category's switch, shown as on while `isGiven`. With a catalogue, switching it switches all its vendors.
 /// Requires `categoryStates` and `vendorStates`.
 view::Binding<bool> categorySwitch(const ConsentBindings& bindings, VendorCataloguePointer catalogue,
                                    std::string category);
 
-/// A vendor's switch, drawn off while do-not-sell is on. Switching it also switches the category: on if at
+/// A vendor's switch, shown as off while do-not-sell is on. Switching it also switches the category: on if at
 /// least one of its vendors is on, off otherwise. Requires `vendorStates`.
 view::Binding<bool> vendorSwitch(const ConsentBindings& bindings, std::string category, std::string vendor);
 

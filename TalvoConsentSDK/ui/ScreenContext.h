@@ -17,8 +17,8 @@ using ActionHandler = std::function<void(const std::string&)>;
 /// Called with the vendor whose details the user wants to see.
 using VendorDetailHandler = std::function<void(const Services::ServiceGroup&)>;
 
-/// The unknown components that a banner has already reported. It prints one line for each, however often it
-/// is drawn.
+/// The unknown or incomplete components that a banner has already reported. It prints one line for each,
+/// however often it is drawn.
 using ReportedComponents = std::set<std::string>;
 
 /// What a screen provides to all of its components. The two references must outlive it.

@@ -30,7 +30,8 @@ class VendorRow {
   const VendorDetailHandler onDetailTap_;
 };
 
-/// A vendor's switch, with the vendor as its accessible name. Disabled if read-only or without a binding.
+/// A vendor's switch, with the vendor as its accessible name. Disabled if read-only or without
+/// `vendorStates`.
 view::AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,
                                const std::string& categoryName, const Palette& palette, bool readOnly,
                                const ConsentBindings& bindings);

@@ -40,12 +40,13 @@ struct AccessibleElement {
   bool isControl() const { return control.has_value(); }
 };
 
-/// Returns all elements of a laid-out tree, including those that are scrolled out of sight.
+/// Returns all elements of a laid-out tree, including those that are scrolled out of sight. Leaves out lazy
+/// rows that do not exist yet.
 TALVO_EXPORT std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree);
 
 /// Returns the control that a touch at `point` is meant for: the topmost one drawn there, or else the nearest
 /// one whose hit area contains the point. Disabled controls count too, so that touching a disabled control
-/// does not trigger its neighbour.
+/// does not trigger its neighbour. Returns null if there is no such control.
 TALVO_EXPORT const AccessibleElement* controlAt(const std::vector<AccessibleElement>& elements, Point point);
 
 /// Whether a filled area at `point` keeps touches from reaching the host.

@@ -53,7 +53,7 @@ struct Element {
   std::vector<std::unique_ptr<Element>> children;
   std::unique_ptr<LazyRowsState> lazyRows;
 
-  /// The sizes measured since the view last changed, each with its proposal.
+  /// The most recent sizes measured since the view last changed, each with its proposal.
   std::vector<std::pair<Proposal, Size>> sizes;
 
   /// The minimum width at which no word in the view is split; absent until it is measured.

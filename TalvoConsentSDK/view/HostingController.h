@@ -76,7 +76,7 @@ class HostingController : public RootViewController {
 
   /// Returns everything that the user can read or operate. `Rows::all` includes rows that are far out of
   /// sight; the first such call after a change takes time in proportion to their number. Valid until the next
-  /// change.
+  /// change or the next such call, which `activate` and `focus` may make too.
   const std::vector<AccessibleElement>& accessibleElements(Layout::Rows rows = Layout::Rows::nearby);
 
   /// Returns a number that grows whenever the accessible elements may have changed.

@@ -127,7 +127,7 @@ std::optional<ElementId> HostingController::focused() {
 
 void HostingController::focus(ElementId element) {
   focused_ = element;
-  // Twice, because rows that are measured on the way may turn out taller than estimated.
+  // Twice, because rows that are measured on the way may turn out taller or shorter than estimated.
   for (int i = 0; i < 2; ++i) {
     if (const AccessibleElement* found = findElement(element)) reveal(*found);
   }

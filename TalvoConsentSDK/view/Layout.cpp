@@ -73,7 +73,7 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   const Size window = environment_.size;
   const Rect area{safe.leading, safe.top, std::max(0.0, window.width - safe.width()),
                   std::max(0.0, window.height - safe.height())};
-  // Rows that are measured for the first time may turn out taller than estimated.
+  // Repeats while lazy rows turn out taller or shorter than expected.
   constexpr int maxPasses = 4;
   for (int pass = 0; pass < maxPasses && (pass == 0 || rowsChanged_); ++pass) {
     scrollRegions_.clear();

@@ -12,7 +12,7 @@ using Seconds = std::chrono::duration<double>;
 constexpr Seconds sampleAge(0.1);
 constexpr double startSpeed = 50;      // points per second; a slower release does not start a fling
 constexpr double endSpeed = 10;        // points per second; a slower fling ends
-constexpr double decay = 0.135335283;  // share of the speed left after a second (0.998 per millisecond)
+constexpr double decay = 0.135335283;  // share of the speed left after a second (about 0.998 per millisecond)
 
 }  // namespace
 

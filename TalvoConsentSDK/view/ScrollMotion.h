@@ -42,7 +42,7 @@ class ScrollMotion {
   };
 
   std::optional<std::uint64_t> region_;
-  std::vector<Sample> samples_;  // from the last tenth of a second
+  std::vector<Sample> samples_;  // from the last tenth of a second, but at least the last two
   double speed_ = 0;             // points per second
   Clock::time_point stepped_;
 };

@@ -22,7 +22,9 @@ struct ViewEnvironment {
   Insets safeArea;       // the parts of the window that the system's own bars and notches cover
   LayoutDirection layoutDirection = LayoutDirection::leftToRight;  // set by the controller
   bool reducesMotion = false;
-  bool highContrast = false;  // makes translucent texts and lines solid, and outlines controls
+
+  /// Makes translucent texts, symbols, lines and backgrounds solid, and outlines controls.
+  bool highContrast = false;
 };
 
 }  // namespace view

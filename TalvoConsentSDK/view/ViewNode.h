@@ -54,7 +54,7 @@ struct Symbol {
   double size = 0;
   FontWeight weight = FontWeight::regular;
   Color color = {};
-  double turns = 0;  // clockwise; a change is animated
+  double turns = 0;  // clockwise, or counterclockwise if the layout is right to left; a change is animated
   friend bool operator==(const Symbol&, const Symbol&) = default;
 };
 
@@ -65,7 +65,7 @@ struct AsyncImage {
   friend bool operator==(const AsyncImage&, const AsyncImage&) = default;
 };
 
-/// A filled area that takes all the room it is offered. It blocks touches to whatever is below.
+/// A filled area that takes all the room it is offered. Touches on it do not reach the host.
 struct Shape {
   Color color = {};
   friend bool operator==(const Shape&, const Shape&) = default;
@@ -130,10 +130,11 @@ struct Padding {
   friend bool operator==(const Padding&, const Padding&) = default;
 };
 
-/// A frame around a child, which keeps its own size and is aligned within the frame. In each dimension, a
-/// frame with a maximum takes the offered length, but at least the minimum and at most the maximum; if the
-/// two are equal, the length is fixed. The child's own length, but at most the maximum, replaces an absent
-/// offer or an absent minimum. A frame without a maximum is as long as its child, but at least the minimum.
+/// A frame around a child. The child keeps its own size and is aligned within the frame. In each dimension, a
+/// frame with a maximum takes the offered length, but at least the minimum and at most the maximum; if these
+/// two are equal, the length is fixed. If no length is offered, the frame takes the child's length instead,
+/// within the same limits. If there is no minimum, the child's length, but at most the maximum, serves as the
+/// minimum. A frame without a maximum is as long as its child, but at least the minimum.
 struct Frame {
   std::optional<double> minWidth = {};
   std::optional<double> maxWidth = {};
@@ -143,8 +144,7 @@ struct Frame {
   friend bool operator==(const Frame&, const Frame&) = default;
 };
 
-/// A filled rectangle with continuous (smooth) corners behind its child. It blocks touches to whatever is
-/// below.
+/// A filled rectangle with continuous (smooth) corners behind its child. Touches on it do not reach the host.
 struct Background {
   Color color = {};
   double cornerRadius = 0;

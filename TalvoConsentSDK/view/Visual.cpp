@@ -137,8 +137,8 @@ class Flattener {
     return hasHighContrast_ && color.alpha > 0 ? color.withAlpha(1) : color;
   }
 
-  // The shape of the focus ring around a control. The defaults are for a control without a switch or a
-  // background, such as a link, and keep the ring off its letters.
+  // The shape of the focus ring around a control. The defaults are for a control that contains neither a
+  // switch nor a background, such as a link, and keep the ring off its letters.
   struct RingShape {
     double cornerRadius = 3;
     double reach = 4;  // how far the ring extends beyond the control

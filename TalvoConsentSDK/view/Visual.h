@@ -41,7 +41,7 @@ struct Symbol {
   Glyph glyph = Glyph::xmark;
   FontWeight weight = FontWeight::regular;
   Color color;
-  double turns = 0;  // clockwise
+  double turns = 0;  // clockwise, or counterclockwise if mirrored
   bool isMirrored = false;
   friend bool operator==(const Symbol&, const Symbol&) = default;
 };

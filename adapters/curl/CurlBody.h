@@ -10,8 +10,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Stores the body in pieces, so that it takes no more memory than its bytes need. A single string would be
-/// copied each time it grows, and the old and new copies together can take twice the memory.
+/// Stores the body in pieces, so that while it arrives it takes little more memory than its bytes need. A
+/// single string would be copied each time it grows, and the old and new copies together can take twice the
+/// memory.
 class CurlBody {
  public:
   std::size_t size() const noexcept { return size_; }

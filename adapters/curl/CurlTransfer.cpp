@@ -367,7 +367,7 @@ std::int64_t CurlTransfer::timeOf(int step) const {
   return microseconds;
 }
 
-// Returning false ends the transfer. The limit also applies to compressed bytes, since an endless body may
+// Returning false ends the transfer. `maxReply` limits the compressed bytes too, since an endless body may
 // decompress to nothing.
 bool CurlTransfer::noteProgress(std::int64_t received, std::int64_t sent) {
   if (static_cast<std::uint64_t>(received) > rules_.maxReply) {

@@ -76,8 +76,8 @@ class CurlURLSession::Worker {
  public:
   explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
-    // Checks that file descriptors were left for waking: without them, nothing could ever wake the thread. If
-    // all is well, the call only shortens the first wait.
+    // Checks that libcurl could open the file descriptors that it uses to wake the thread: without them,
+    // nothing could ever wake it. If all is well, the call only shortens the first wait.
     if (const CURLMcode code = curl_multi_wakeup(multi_); code != CURLM_OK) {
       curl_multi_cleanup(multi_);
       throw curlError(CURLE_FAILED_INIT,

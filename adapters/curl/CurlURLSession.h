@@ -23,7 +23,7 @@ struct CurlOptions {
 };
 
 /// Runs requests through libcurl and calls completions on its worker thread, one at a time. A completion that
-/// blocks delays all others; exceptions from completions are caught.
+/// blocks delays all other requests; exceptions from completions are caught.
 ///
 /// A request fails when it makes no progress for its `timeout`. Progress is a resolved name, a connection, a
 /// handshake, or a byte sent or received. TLS is 1.2 or later, and certificate and host name are verified. Up
@@ -34,12 +34,13 @@ struct CurlOptions {
 /// always reached directly.
 ///
 /// Errors are `PlatformError`s of the domain "CURL" with a `CURLcode` as their code. The session itself also
-/// ends requests with these codes: 1 for plain http or another scheme, 3 and 43 for a request that cannot be
-/// sent as it is, 8 for a reply whose header cannot be read or declares two lengths, 18 for a reply cut off
-/// in its header, 28 for no progress, 42 for a closed session, 47 for too many redirects or a POST or PUT
-/// redirected to another origin, 63 for a reply that is too large or has a header of more than 256 KiB, and
-/// 65 for a POST or PUT that would have to be sent again. Error texts contain no part of a body, header
-/// value, path or query.
+/// ends requests with these codes: 1 for plain http or another scheme, 2 for a request that libcurl does not
+/// accept, 3 and 43 for a request or redirect that cannot be sent as it is, 8 for a reply whose header cannot
+/// be read or declares two lengths, 18 for a reply cut off in its header, 27 if there is no memory to
+/// return the reply, 28 for no progress, 42 for a closed session, 47 for too many redirects or a POST or PUT
+/// redirected to another origin, 63 for a reply that is too large, has a header of more than 256 KiB, or
+/// decompresses to more than both 1 MB and 50 times the bytes received, and 65 for a POST or PUT that would
+/// have to be sent again. Error texts contain no part of a body, header value, path or query.
 class CurlURLSession : public platform::URLSession {
  public:
   /// Throws a `PlatformError` if libcurl cannot be initialised, the process is out of file descriptors, or

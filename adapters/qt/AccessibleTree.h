@@ -39,7 +39,8 @@ class AccessibleTree {
   const view::AccessibleElement* find(view::ElementId id);
   bool hasDialog();
 
-  /// The topmost element at a point of the window.
+  /// The control that a touch at a point of the window is meant for; if there is none, the topmost element
+  /// there.
   const view::AccessibleElement* at(platform::Point point);
 
   /// The focused element; nullopt while the window does not receive the keys.

@@ -73,8 +73,8 @@ OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options, OverlayK
   followHost();
 }
 
-// Runs the completions that are still pending: a host that is destroyed also destroys its child windows, even
-// during a fade.
+// Posts the completions that have not run yet to the event loop: a host that is destroyed also destroys its
+// child windows, even during a fade.
 OverlaySurface::~OverlaySurface() {
   for (Completion& each : completions_) {
     QMetaObject::invokeMethod(qApp, std::move(each.call), Qt::QueuedConnection);

@@ -14,11 +14,11 @@
 
 namespace TalvoConsentSDK {
 
-/// Covers its host exactly, follows it, and fades according to a clock. On Wayland it is a child of the host,
-/// because an application can only position child windows there. On other platforms it is translucent if the
-/// window system can blend windows; if not, it is opaque and draws a picture of the host below the banner.
-/// Input that the banner does not handle goes to the host, unless a backdrop covers the host. Never visible
-/// without its host.
+/// Covers its host exactly, follows it, and fades by elapsed time, not by frames. On Wayland it is a child of
+/// the host, because an application can only position child windows there. On other platforms it is
+/// translucent if the window system can blend windows; if not, it is opaque and draws a picture of the host
+/// below the banner. Input that the banner does not handle goes to the host, unless a backdrop covers the
+/// host. Never visible without its host.
 class OverlaySurface : public ViewWindow {
  public:
   OverlaySurface(QWindow* host, const QtOptions& options, OverlayKind kind = overlayKind());

@@ -17,7 +17,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 TALVO_EXPORT Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options = {});
 
 /// Adds Qt's windows to a platform whose other parts the host chooses itself. They load pictures with the
-/// platform's own session and executors.
+/// session and the executors that `platform` has at the time of the call.
 TALVO_EXPORT void addQtWindows(Platform& platform, const QtOptions& options);
 
 }  // namespace TalvoConsentSDK

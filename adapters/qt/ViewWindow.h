@@ -61,8 +61,8 @@ class ViewWindow : public QQuickWindow {
   /// Called with input that the view does not handle. Returns false if it is not handled elsewhere either.
   virtual bool passOn(QEvent&) { return true; }
 
-  /// The parts of the window that the system's own bars and notches cover. Called after each change of the
-  /// window's size.
+  /// The parts of the window that the system's own bars and notches cover. Called by setController, and after
+  /// each change of the window's size.
   virtual platform::Insets safeArea() const { return environment_.safeArea; }
 
   /// Called after every frame with its visuals. Returns whether to draw another frame.

@@ -140,8 +140,8 @@ void WrappedText::breakLines(Lines& lines, double width) const {
   }
 }
 
-// If the text continues after a piece, the piece is laid out with two extra lines, which belong to the next
-// piece.
+// If the text continues after a piece, the piece is laid out with two extra lines, or fewer if its lines are
+// very long. The extra lines belong to the next piece.
 WrappedText::Piece WrappedText::nextPiece(const Lines& lines, qsizetype begin, qsizetype layoutBegin) const {
   Piece piece{layoutBegin, content_.size(), begin, content_.size(), lines.count};
   if (!isLong()) return piece;

@@ -30,8 +30,9 @@ class WrappedText {
   WrappedText(std::string_view text, const platform::Font& font, const TextSettings& settings, double width,
               Qt::Alignment alignment = Qt::AlignLeft);
 
-  /// Returns the size of the wrapped text. The width is in whole points. Wrapping the text to that width
-  /// gives the same number of lines, so drawing it in a frame of this size does not cut it off.
+  /// Returns the size of the wrapped text. The width is in whole points, except if a text of more than
+  /// 4,096 characters takes up all of `width`. Wrapping the text to the returned width gives the same number
+  /// of lines, so drawing it in a frame of this size does not cut it off.
   platform::Size size();
 
   /// Draws the lines that are visible between `top` and `bottom`.

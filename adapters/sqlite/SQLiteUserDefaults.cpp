@@ -66,7 +66,7 @@ struct SQLiteUserDefaults::Access {
   const fs::path file;
   const std::chrono::milliseconds busyTimeout;
   std::timed_mutex lock{};
-  std::unique_ptr<StoreConnection> current{};  // null until the first operation, and after a failed one
+  std::unique_ptr<StoreConnection> current{};  // null until the first operation, and after most failures
   std::unique_ptr<StoreConnection> lost{};     // a connection to a file that the path no longer leads to
 };
 

@@ -29,9 +29,10 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// the operation continues with a new, empty file.
 class SQLiteUserDefaults : public platform::UserDefaults {
  public:
-  /// Creates `file` and its folder if they are missing. `file` may be a symbolic link; after links are
-  /// followed, the path may have at most 500 bytes. An operation waits for other threads and connections for
-  /// at most `busyTimeout`, or until the calling thread's `StoreDeadline` if that is sooner; then it fails.
+  /// The first operation creates `file` and its folder if they are missing. `file` may be a symbolic link;
+  /// after links are followed, the path may have at most 500 bytes. An operation waits for other threads and
+  /// connections for at most `busyTimeout`, or until the calling thread's `StoreDeadline` if that is sooner;
+  /// then it fails.
   explicit SQLiteUserDefaults(const std::filesystem::path& file,
                               std::chrono::milliseconds busyTimeout = std::chrono::seconds(5));
   ~SQLiteUserDefaults() override;

@@ -27,7 +27,8 @@ class StoreConnection {
   ~StoreConnection();
   StoreConnection(const StoreConnection&) = delete;
 
-  /// From now on, operations of the calling thread wait for other connections until `end` at most.
+  /// From now on, this connection's operations wait for other connections until `end` at most. Call it on the
+  /// thread that runs them.
   void waitUntil(StoreWaitEnd end);
 
   std::optional<std::string> read(std::string_view key, bool isData);

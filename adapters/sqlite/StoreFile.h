@@ -35,8 +35,9 @@ FileIdentity identityOf(const std::filesystem::path& file);
 /// less than any other.
 std::optional<std::int64_t> sizeOf(const std::filesystem::path& file);
 
-/// A lock on the folder of a store. Opening or closing a store takes it shared; setting a store aside takes
-/// it exclusively. It works across threads and processes, needs no lock file, and ends with its process.
+/// A lock on the folder of a store. Opening or closing a store takes it shared; setting a store aside, or
+/// reopening one whose files were replaced or removed, takes it exclusively. It works across threads and
+/// processes, needs no lock file, and ends with its process.
 class FolderLock {
  public:
   enum class Kind { shared, exclusive };

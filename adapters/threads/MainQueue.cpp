@@ -22,8 +22,8 @@ void MainQueue::post(std::function<void()> job) {
 
 std::size_t MainQueue::drain() {
   std::unique_lock guard(lock_);
-  // A job may call `drain` too. So the end is a count of all jobs ever taken, including those that the nested
-  // call takes.
+  // A job may call `drain` too. So this call stops by the count of all jobs ever taken, which includes those
+  // that the nested call takes.
   const std::size_t end = taken_ + jobs_.size();
   std::size_t count = 0;
   for (; taken_ < end; ++count) {

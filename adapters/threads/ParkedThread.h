@@ -1,6 +1,6 @@
 #pragma once
 
-// A worker thread that neither crashes nor delays its process at exit.
+// A worker thread that does not crash its process at exit, and delays the exit only briefly.
 
 #include <atomic>
 #include <functional>

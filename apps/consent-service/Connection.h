@@ -48,11 +48,11 @@ class Connection : public httplib::Stream {
   /// Answers a request whose head was refused.
   void refuse(int status);
 
-  /// Closes the connection so that the client still gets the last reply: closing with unread input would
-  /// discard it.
+  /// Sends nothing more, and discards input until the client closes the connection, the connection is ended,
+  /// or 2 seconds have passed. Closing while input is unread could make the client lose the last reply.
   void linger();
 
-  /// Waits until the client closes the connection.
+  /// Waits until the client closes the connection or the connection is ended.
   void waitForEnd();
 
   /// Ends reading. A request that has been read is still answered, unless `makesRoom` is true and the client

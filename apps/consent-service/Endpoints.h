@@ -11,7 +11,7 @@
 
 namespace TalvoConsentSDK::service {
 
-/// The parts of a request. Parts that an endpoint does not use are empty.
+/// The parts of a request. Parts that the request does not have are empty.
 struct Call {
   std::string site;
   std::string rest;      // the end of the path: a user or a file
@@ -20,7 +20,7 @@ struct Call {
   std::string base;  // URL at which the client reached the service, without a trailing slash
 };
 
-/// The endpoints, each named after its answer. Thread-safe.
+/// The endpoints, whose paths `Server` lists. Thread-safe.
 class Endpoints {
  public:
   Endpoints(Sites sites, std::unique_ptr<ConsentStore> store)

@@ -21,9 +21,10 @@ struct RequestLogEntry {
   std::optional<int> status;  // none if nothing is answered
 };
 
-/// Appends to a file. A line has the keys time (UTC), method, path, headers, body (parsed if it is JSON,
-/// otherwise as text), fault and status. Keys without a value are left out, except that the status is null if
-/// nothing is answered. Each line is written in one piece. Thread-safe.
+/// Appends to a file. A line has the keys time (UTC), method, path (with the query), headers (X-Client-Name
+/// and Content-Type only), body (parsed if it is JSON, otherwise as text), fault and status. A body or a
+/// fault that is empty is left out; the status is null if nothing is answered. Each line is written in one
+/// piece. Thread-safe.
 class RequestLog {
  public:
   /// With an empty name, the log discards its lines.

@@ -45,7 +45,8 @@ bool hasBody(const Request& request) {
          request.get_header_value<std::uint64_t>("Content-Length") > 0;
 }
 
-// Checks a body before the client sends it. Returns 200, or the status with which to refuse it.
+// Checks what the headers say about a body, before it is read. Returns 200, or the status with which to
+// refuse it.
 int checkBody(const Request& request) {
   const std::string encoding = request.get_header_value("Transfer-Encoding");
   if (!encoding.empty() && encoding != "chunked") return 501;
@@ -71,8 +72,8 @@ int readBody(const Request& request, const Response& response, const httplib::Co
   return response.status >= 400 ? response.status : 400;  // the HTTP library's own status
 }
 
-// The HTTP library's server with our connections and threads, because its own accept any amount of input for
-// any length of time.
+// The HTTP library's server with our connections and threads. The library's own connections accept any amount
+// of input for any length of time.
 template <class Base>
 class BoundedServer : public Base {
  public:

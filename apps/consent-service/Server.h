@@ -28,7 +28,7 @@ struct ServerOptions {
   std::string log;  // file; empty: no log
 };
 
-/// Endpoints, all with JSON bodies and replies; errors are {"error": reason}:
+/// The endpoints. Bodies and replies are JSON, except the files of a site; errors are {"error": reason}:
 ///   GET /                                       the sites' identifiers
 ///   GET /public/cookies/SITE/configurations     the site's configuration
 ///   GET /public/banner-customization/SITE       its banner, in the language ?lng=LANGUAGE

@@ -18,11 +18,12 @@ struct TopicSubmission {
   std::size_t topics = 0;  // number of topics in the submission
 };
 
-/// Parses a consent for `site`. Status, categories and the kind of consent are required and must be known
-/// values; the site in the body, if any, must be `site`. Fails with a CodingError.
+/// Parses a consent for `site`. Status, categories and the kind of consent are required; the status and the
+/// kind must be known values. The site in the body, if any, must be `site`. Fails with a CodingError.
 Result<FullConsent> parseConsent(std::string_view body, std::string_view site);
 
-/// Parses choices on topics. Fails with a CodingError if a required key is missing or a key is unknown.
+/// Parses choices on topics. Fails with a CodingError if a required key is missing, a key is unknown, or a
+/// value is not of its key's type.
 Result<TopicSubmission> parseTopics(std::string_view body);
 
 }  // namespace TalvoConsentSDK::service

@@ -8,9 +8,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Estimates an ASCII character at its width in the font Inter, and any other character at the average width
-/// of the wide characters in its script. Lines break at spaces and line feeds, after hyphens, dashes and
-/// slashes, at soft hyphens and zero-width spaces, and between ideographs.
+/// Takes the width of an ASCII character from the font Inter. Takes any other character to be as wide as the
+/// wide characters of its script are on average. Lines break at spaces and line feeds, after hyphens, dashes
+/// and slashes, at soft hyphens and zero-width spaces, and between ideographs.
 class EstimatedText : public platform::TextMeasurer {
  public:
   explicit EstimatedText(double scale) : scale_(scale) {}

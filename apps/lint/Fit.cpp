@@ -43,8 +43,8 @@ const ServicesDocument* servicesFor(const Site& site, const std::string& languag
   return site.services.empty() ? nullptr : &site.services.front();
 }
 
-// Checks one banner in one language. Leaves out names and addresses from the catalogue, because the site does
-// not choose them.
+// Checks one banner in one language. Opens no category, so names and addresses from the catalogue are not
+// checked: the site does not choose them.
 class FitCheck {
  public:
   FitCheck(const CustomizationDocument& document, const ServicesDocument* services,

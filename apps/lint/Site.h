@@ -82,7 +82,7 @@ void forEachText(const JSONValue& value, const std::string& path, const Visit& v
 /// Returns the categories of a tab. A tab that lists no categories has all the known ones.
 std::vector<std::string> tabCategories(const BannerCustomization::TabItem& tab = {});
 
-// The checks, each in a file of its own.
+// The checks. Each has its own file, except that checkVendors is in Fairness.cpp.
 void checkStructure(const Site& site, Report& report);
 void checkColors(const Site& site, Report& report);
 void checkFairness(const Site& site, Report& report);

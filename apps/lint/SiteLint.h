@@ -45,8 +45,9 @@ struct LintFinding {
 
 /// Returns the findings, grouped by document, and within a document by check. `doubleScale` measures text at
 /// scale 2: if it is given, all screens are laid out 320 points wide, and it is an error if a word of the
-/// customization is wider than its button or column and so would be split. Without it, this check is left
-/// out. A document that cannot be read has one finding, the first error in it. Main thread only.
+/// customization, or of a standard text, is wider than its button or column and so would be split. Without
+/// it, this check is left out. A document that cannot be read has one finding, the first error in it. Main
+/// thread only.
 std::vector<LintFinding> lintSite(const SiteDocuments& documents,
                                   const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
 

@@ -38,7 +38,7 @@ void require(bool holds) {
   if (!holds) std::abort();
 }
 
-/// A banner with an open category, at a fixed time.
+/// A banner on its preferences screen, whose frames are all drawn at one fixed time.
 struct Screen {
   Screen() {
     const ConsentBannerView banner = makeBanner(vendorCount);
@@ -65,6 +65,7 @@ struct Screen {
   std::shared_ptr<HostingController> controller;
 };
 
+// Returns a screen with the marketing category open.
 std::shared_ptr<Screen> openScreen() {
   auto screen = std::make_shared<Screen>();
   screen->frame();

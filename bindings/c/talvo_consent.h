@@ -38,7 +38,7 @@ enum {
   TALVO_NETWORK_ERROR = 3,    /* no reply arrived, or the request could not be formed */
   TALVO_INVALID_URL = 4,      /* the URL cannot be used; nothing was sent */
   TALVO_INVALID_RESPONSE = 5, /* the answer was not an HTTP response */
-  TALVO_PLATFORM_ERROR = 6,   /* the device failed: see domain and code */
+  TALVO_PLATFORM_ERROR = 6,   /* any other failure, mostly of the device: see domain and code */
   TALVO_INVALID_ARGUMENT = 7, /* a null pointer, an unknown event or category, or text that is not a record */
   TALVO_NOT_SHOWN = 8         /* the platform has no window in the foreground for the banner */
 };
@@ -162,8 +162,10 @@ TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char*
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);
 
 /*
- * What to call, on the main thread, when the user has decided, or when the banner could not be shown or the
- * decision not be submitted. Any of the functions may be null.
+ * What to call, on the main thread. `on_error` is called when the banner could not be shown or the user's
+ * decision could not be submitted; the other functions are called when the service has accepted the decision,
+ * and `on_manage_preferences` also when the user asks for preferences that the host must show itself. Any of
+ * the functions may be null.
  */
 typedef struct talvo_banner_callbacks {
   talvo_callback on_accept_all;

@@ -17,7 +17,7 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// A fake for every interface of the platform except Localization, which returns the keys. Jobs and requests
-/// wait until `settle` runs them; no time passes.
+/// wait until `settle` runs them; nothing waits for a clock.
 class MemoryPlatform {
  public:
   MemoryPlatform() { application->scenes = {scene}; }

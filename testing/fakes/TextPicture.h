@@ -11,7 +11,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Writes one line per view, with its children indented below it. A component's line is its name, and
 /// its children are the views that it shows initially. Wrappers follow the view that they wrap on the same
-/// line, innermost first:
+/// line, innermost first. The content of an overlay follows the view's children, below a line `over it`:
 ///
 ///     vertical leading | padding 12 | background #ffffffff radius 16
 ///       text "We value your privacy" headline bold #14181fff | padding 0 0 16 0

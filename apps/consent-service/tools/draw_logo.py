@@ -3,8 +3,8 @@
 
     tools/draw_logo.py sites/demo/logo.png
 
-The picture is 138 x 138 pixels, three per point of the 46 points that the banner gives a logo, on a transparent
-background. Uses only the standard library and writes the same file on every machine.
+The picture is 138 x 138 pixels on a transparent background. The banner draws a logo 46 points high, so a point has
+three pixels. Uses only the standard library and writes the same file on every machine.
 """
 
 import math
