@@ -30,8 +30,9 @@ void QmlConsentGate::begin() try {
 
 void QmlConsentGate::set(bool isAllowed) {
   isAllowed_ = isAllowed;
+  const QPointer guard(this);  // a handler may destroy this object
   emit allowedChanged();
-  isAllowed ? emit started() : emit stopped();
+  if (guard) isAllowed ? emit started() : emit stopped();
 }
 
 }  // namespace TalvoConsentSDK
