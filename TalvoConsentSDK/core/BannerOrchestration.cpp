@@ -127,24 +127,6 @@ Task<void> presentBanner(BannerRequestPointer request) {
   }
 }
 
-Task<BannerOutcome> bannerOutcome(CookiesSDK& client) {
-  using Report = std::function<void(Result<BannerOutcome>)>;
-  CallbackAwaiter<Result<BannerOutcome>> end([&client](const Report& report) {
-    const auto reporting = [&report](BannerOutcome outcome) {
-      return [report, outcome] { report(outcome); };
-    };
-    client.showBanner(BannerHandlers{.onAcceptAll = reporting(BannerOutcome::accepted),
-                                     .onRejectAll = reporting(BannerOutcome::rejected),
-                                     .onSaved = reporting(BannerOutcome::saved),
-                                     .onClosed = reporting(BannerOutcome::closed),
-                                     .onReplaced = reporting(BannerOutcome::replaced),
-                                     .onNotShown = reporting(BannerOutcome::notShown),
-                                     .onError = report});
-  });
-  Result<BannerOutcome> result = co_await std::move(end);
-  co_return std::move(result).value();
-}
-
 }  // namespace
 
 void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
@@ -174,10 +156,6 @@ void CookiesSDK::showBanner(BannerHandlers handlers) {
   spawn<void>(state.site->mainActor, presentBanner(request), [request](const Result<void>& end) {
     if (!end) request->report(end.error());  // the task could not be started
   });
-}
-
-Task<BannerOutcome> CookiesSDK::showBanner() {
-  return bannerOutcome(*this).on(state_->site->mainActor);
 }
 
 }  // namespace TalvoConsentSDK

@@ -39,6 +39,33 @@ bool isAllowedBy(const BasicConsent* consent, ConsentCategory category, const st
   return value->isAll() || (vendor && std::ranges::find(value->items(), *vendor) != value->items().end());
 }
 
+// One registration. It is used on the main actor only, after its construction.
+class Gated : public ConsentObserver {
+ public:
+  Gated(std::shared_ptr<const ConsentLedger> ledger, ConsentCategory category,
+        std::optional<std::string> vendor, std::function<void()> start, std::function<void()> stop)
+      : ledger_(std::move(ledger)),
+        category_(category),
+        vendor_(std::move(vendor)),
+        start_(std::move(start)),
+        stop_(std::move(stop)) {}
+
+  void consentMayHaveChanged() override {
+    const bool isAllowed =
+        isAllowedBy(ledger_->known().consent.get(), category_, vendor_ ? &*vendor_ : nullptr);
+    if (std::exchange(isRunning_, isAllowed) == isAllowed) return;
+    if (const std::function<void()>& closure = isAllowed ? start_ : stop_) closure();
+  }
+
+ private:
+  const std::shared_ptr<const ConsentLedger> ledger_;
+  const ConsentCategory category_;
+  const std::optional<std::string> vendor_;
+  const std::function<void()> start_;
+  const std::function<void()> stop_;
+  bool isRunning_ = false;
+};
+
 }  // namespace
 
 ConsentGate::ConsentGate(std::shared_ptr<const ConsentLedger> ledger,
@@ -66,14 +93,8 @@ bool ConsentGate::isAllowed(ConsentCategory category, const std::string& vendor)
 Subscription ConsentGate::watch(ConsentCategory category, std::optional<std::string> vendor,
                                 std::function<void()> start, std::function<void()> stop) const {
   field(category);
-  Subscription subscription = ConsentObservers::add(
-      observers_, [ledger = ledger_, category, vendor = std::move(vendor), start = std::move(start),
-                   stop = std::move(stop), isRunning = false]() mutable {
-        const bool isAllowed =
-            isAllowedBy(ledger->known().consent.get(), category, vendor ? &*vendor : nullptr);
-        if (std::exchange(isRunning, isAllowed) == isAllowed) return;
-        if (const std::function<void()>& closure = isAllowed ? start : stop) closure();
-      });
+  Subscription subscription = observers_->add(
+      std::make_shared<Gated>(ledger_, category, std::move(vendor), std::move(start), std::move(stop)));
   ConsentObservers::notify(observers_);
   return subscription;
 }

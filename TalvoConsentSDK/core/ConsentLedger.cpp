@@ -157,7 +157,7 @@ void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& conse
   if (!data) return;
   reportIf([&] {
     hasUserDecided_ = true;
-    return learn({consent, data});
+    return learn(&consent, data);
   });
 }
 
@@ -182,7 +182,7 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
   if (!data) return;
   reportIf([&] {
     implicit_ = data;
-    return learn({consent, data});
+    return learn(&consent, data);
   });
 }
 
@@ -198,7 +198,7 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
   KeptValues& after = applied.values;
   if (!turn) {
     after.consent.isUnknown = after.original.isUnknown = after.user.isUnknown = true;
-    reportIf([&] { return pending_.end != IdentityChange::End::none && learn({}); });
+    reportIf([&] { return pending_.end != IdentityChange::End::none && learn(nullptr, std::nullopt); });
     return applied;
   }
   IdentityChange due;
@@ -230,7 +230,7 @@ bool ConsentLedger::settle(const IdentityChange& due, const Applied& applied, Ke
   if (later) return false;
   const KeptConsent& current = applied.isWritten ? after.consent : initial;
   const bool isWithdrawn = current.isUnknown && due.end != IdentityChange::End::none;
-  const bool isChanged = learn(isWithdrawn ? KeptConsent() : current);
+  const bool isChanged = isWithdrawn ? learn(nullptr, std::nullopt) : learn(current);
   const std::uint64_t identity = identity_;
   if (user_.isUnknown || !after.isUnknown()) adopt(after.user);
   if (identity != identity_ || due || isRestored || initialConsent_.isUnknown) {
@@ -268,14 +268,19 @@ void ConsentLedger::adopt(const KeptUser& stored) {
   user_ = stored;
 }
 
-// Takes over a consent that was read or written. Returns whether it differs from the known one.
-bool ConsentLedger::learn(const KeptConsent& consent) {
-  if (consent.isUnknown || (!consent.value && !known_.consent)) return false;
-  if (consent.value && known_.consent && consent.data && consent.data == knownData_) return false;
-  knownData_ = consent.data;
-  known_.consent = consent.value ? std::make_shared<const BasicConsent>(*consent.value) : nullptr;
+// Takes over a consent that was read or written, null for none, and its data. Returns whether it differs from
+// the known one.
+bool ConsentLedger::learn(const BasicConsent* consent, const std::optional<Data>& data) {
+  if (!consent && !known_.consent) return false;
+  if (consent && known_.consent && data && data == knownData_) return false;
+  knownData_ = data;
+  known_.consent = consent ? std::make_shared<const BasicConsent>(*consent) : nullptr;
   ++known_.version;
   return true;
+}
+
+bool ConsentLedger::learn(const KeptConsent& consent) {
+  return !consent.isUnknown && learn(consent.value ? &*consent.value : nullptr, consent.data);
 }
 
 // Changes `kept` as the decision requires. Returns whether the decision is the identified user's own.

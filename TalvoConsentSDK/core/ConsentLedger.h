@@ -132,6 +132,7 @@ class ConsentLedger {
   Login changeIdentity(const IdentityChange& change);
   void adopt(const KeptUser& stored);
   bool settle(const IdentityChange& due, const Applied& applied, KeptConsent initial, bool isRestored);
+  bool learn(const BasicConsent* consent, const std::optional<platform::Data>& data);
   bool learn(const KeptConsent& consent);
   template <class Change>
   void reportIf(const Change& change);

@@ -2,16 +2,22 @@
 
 // Observers that are notified whenever the consent that the ledger knows has changed.
 
-#include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "TalvoConsentSDK/core/Subscription.h"
 #include "TalvoConsentSDK/platform/Executor.h"
 
 namespace TalvoConsentSDK {
+
+/// Called on the main actor. Several changes may be reported as one, and a call may report none.
+class ConsentObserver {
+ public:
+  virtual ~ConsentObserver() = default;
+  virtual void consentMayHaveChanged() = 0;
+};
 
 /// A client's observers. Safe from any thread.
 class ConsentObservers {
@@ -19,19 +25,16 @@ class ConsentObservers {
   explicit ConsentObservers(std::shared_ptr<platform::Executor> mainActor)
       : mainActor_(std::move(mainActor)) {}
 
-  /// Adds an observer until the subscription ends.
-  static Subscription add(const std::shared_ptr<ConsentObservers>& observers, std::function<void()> observer);
+  /// Adds an observer. The subscription owns it, and its end releases it.
+  Subscription add(std::shared_ptr<ConsentObserver> observer);
 
-  /// Calls all observers on the main actor, soon; one that has been removed by then is not called.
+  /// Calls all observers on the main actor, soon; one that has been released by then is not called.
   static void notify(const std::shared_ptr<ConsentObservers>& observers);
 
  private:
-  void remove(int number);
-
   const std::shared_ptr<platform::Executor> mainActor_;
   std::mutex lock_;
-  std::map<int, std::shared_ptr<const std::function<void()>>> observers_;
-  int next_ = 0;
+  std::vector<std::weak_ptr<ConsentObserver>> observers_;
 };
 
 }  // namespace TalvoConsentSDK

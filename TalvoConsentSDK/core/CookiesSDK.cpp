@@ -95,6 +95,24 @@ void reportFailedStart(const Site& site, const Error& error) {
   site.eventManager->trigger(ConsentEvent::identificationComplete);
 }
 
+class ChangeObserver : public ConsentObserver {
+ public:
+  ChangeObserver(std::shared_ptr<const ConsentLedger> ledger,
+                 std::function<void(const std::optional<BasicConsent>&)> observer)
+      : ledger_(std::move(ledger)), observer_(std::move(observer)), seen_(ledger_->known().version) {}
+
+  void consentMayHaveChanged() override {
+    const ConsentLedger::Known known = ledger_->known();
+    if (std::exchange(seen_, known.version) == known.version || !observer_) return;
+    observer_(known.consent ? std::optional(*known.consent) : std::nullopt);
+  }
+
+ private:
+  const std::shared_ptr<const ConsentLedger> ledger_;
+  const std::function<void(const std::optional<BasicConsent>&)> observer_;
+  std::uint64_t seen_;  // the version of the consent that was reported last
+};
+
 }  // namespace
 
 std::shared_ptr<CookiesSDK> CookiesSDK::createInstance(const std::string& apiUrl, const std::string& siteId) {
@@ -188,25 +206,11 @@ ConsentGate CookiesSDK::gate() const {
 }
 
 Subscription CookiesSDK::observeConsent(std::function<void(const std::optional<BasicConsent>&)> observer) {
-  const std::shared_ptr<ConsentLedger>& ledger = state_->site->ledger;
-  return ConsentObservers::add(
-      state_->observers, [ledger, observer = std::move(observer), seen = ledger->known().version]() mutable {
-        const ConsentLedger::Known known = ledger->known();
-        if (std::exchange(seen, known.version) == known.version || !observer) return;
-        observer(known.consent ? std::optional(*known.consent) : std::nullopt);
-      });
+  return state_->observers->add(std::make_shared<ChangeObserver>(state_->site->ledger, std::move(observer)));
 }
 
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {
   state_->site->eventManager->addListener(event, std::move(callback));
-}
-
-Subscription CookiesSDK::addEventListener(ConsentEvent event, std::function<void()> listener) {
-  auto callback = std::make_shared<ConsentEventClosureCallback>(std::move(listener), [] {});
-  const auto& manager = state_->site->eventManager;
-  manager->addListener(event, callback);
-  return Subscription(
-      {nullptr, [manager, event, callback](void*) { manager->removeListener(event, callback); }});
 }
 
 void CookiesSDK::removeEventListener(ConsentEvent event,

@@ -160,3 +160,5 @@ class CookiesSDK {
 };
 
 }  // namespace TalvoConsentSDK
+
+#include "TalvoConsentSDK/core/CookiesSDKInline.h"  // IWYU pragma: keep
