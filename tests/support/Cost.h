@@ -21,15 +21,19 @@ double bestCost(Work work) {
   return best;
 }
 
-/// Returns the ratio of `cost(10 * size)` to `cost(size)`. Takes the smallest of up to three tries, because
+/// Returns the ratio of `cost(10 * size)` to `cost(size)`. Takes the smallest of up to ten tries, because
 /// load on the machine tends to raise the ratio, and stops at the first one that is at most `limit`. A
-/// proportional cost still exceeds `limit` if only the larger size does not fit the processor's caches. So a
-/// last try uses ten times both sizes. There the caches help neither, and other costs grow even faster.
+/// proportional cost still exceeds `limit` if only the smaller size fits the processor's caches, or if other
+/// programs use them. So the later tries also use ten times both sizes: the caches help neither of these, and
+/// costs that are not proportional grow even faster there.
 template <class Cost>
 double growth(const Cost& cost, std::size_t size, double limit) {
   double best = std::numeric_limits<double>::infinity();
-  for (int i = 0; i < 3 && best > limit; ++i) best = std::min(best, cost(10 * size) / cost(size));
-  return best > limit ? std::min(best, cost(100 * size) / cost(10 * size)) : best;
+  for (int i = 1; i <= 10 && best > limit; ++i) {
+    const std::size_t smaller = i > 3 && i % 2 == 0 ? 10 * size : size;
+    best = std::min(best, cost(10 * smaller) / cost(smaller));
+  }
+  return best;
 }
 
 }  // namespace TalvoConsentSDK
