@@ -17,6 +17,7 @@ std::string lint(const fs::path& path) {
 TEST(LintCommand, IsSilentOnTheShippedSites) {
   EXPECT_EQ(lint(TALVO_SHIPPED_SITES), "");
   EXPECT_EQ(lint(TALVO_SHIPPED_SITES "/large/services.json"), "");
+  EXPECT_EQ(lint(TALVO_TEST_DATA "/../docs/sites"), "");
   EXPECT_EQ(lint("/nowhere"), "/nowhere: error: the file cannot be read\nexit 1\n");
   EXPECT_THAT(lint(TALVO_TEST_DATA "/golden/images"), EndsWith("exit 1\n"));
 }
