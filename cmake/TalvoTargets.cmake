@@ -1,5 +1,6 @@
-# Sets how the project's own targets are built: with include paths from the root, and with warnings as errors if this is
-# the project being developed rather than a dependency of another one.
+# Sets how the project's own targets are built: with include paths from the root, and with warnings if this is the project
+# being built rather than a dependency of another one. Warnings are errors only if TALVO_WARNINGS_AS_ERRORS is on, because
+# a user's compiler may be newer than ours and warn of more.
 
 include(GNUInstallDirs)
 include(TalvoPrivacy)
@@ -48,10 +49,12 @@ function(talvo_configure target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   if(PROJECT_IS_TOP_LEVEL)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
       # GCC 12 gives these two warnings for correct code when it optimises.
       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-restrict>)
   endif()
+  # Set even if it is off, so that a host's CMAKE_COMPILE_WARNING_AS_ERROR does not apply here.
+  set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ${TALVO_WARNINGS_AS_ERRORS})
 endfunction()
 
 # talvo_add_library(NAME ALIAS SOURCES...): adds a library with the alias TalvoConsentSDK::ALIAS. It exports only what
