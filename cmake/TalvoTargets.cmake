@@ -3,6 +3,7 @@
 # a user's compiler may be newer than ours and warn of more.
 
 include(GNUInstallDirs)
+include(TalvoPkgConfig)
 include(TalvoPrivacy)
 
 # Headers are installed with the folders of this tree, below a folder of their own, so that two major versions can be
@@ -58,7 +59,7 @@ function(talvo_configure target)
 endfunction()
 
 # talvo_add_library(NAME ALIAS SOURCES...): adds a library with the alias TalvoConsentSDK::ALIAS. It exports only what
-# its public headers mark.
+# its public headers mark or, if its folder has a file exports.map, what that file lists.
 function(talvo_add_library target alias)
   add_library(${target} ${ARGN})
   add_library(TalvoConsentSDK::${alias} ALIAS ${target})
@@ -74,12 +75,16 @@ function(talvo_add_library target alias)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
   if(BUILD_SHARED_LIBS)
+    set(exports "${CMAKE_CURRENT_SOURCE_DIR}/exports.map")
+    if(NOT EXISTS "${exports}")
+      set(exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    endif()
     set_target_properties(${target} PROPERTIES
       INTERPROCEDURAL_OPTIMIZATION_RELEASE ${TALVO_OPTIMIZES_WHOLE_LIBRARIES}
-      LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+      LINK_DEPENDS "${exports}")
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
-        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
+        LINKER:--version-script=${exports} LINKER:--gc-sections LINKER:-O1
         # App stores require these; scripts/check-libraries checks the result. Phones may have memory pages of 16 KB.
         LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>
@@ -98,6 +103,15 @@ function(talvo_precompile target)
   endif()
 endfunction()
 
+# Sets `suffix` to what the names of a component's Debian packages end in. The Qt parts have packages of their own, so
+# that a host without Qt does not have to install it.
+macro(talvo_package_suffix component)
+  set(suffix "")
+  if("${component}" MATCHES "^(qt|qml)$")
+    set(suffix _qt)
+  endif()
+endmacro()
+
 # talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
 #               [DESCRIPTION text] [ACCESSES categories...] [COLLECTS data types...]): installs a library, its public
 # headers, its part of the CMake package, its pkg-config file and its privacy manifest.
@@ -106,32 +120,22 @@ function(talvo_install target component)
   if(NOT TALVO_INSTALL)
     return()
   endif()
+  talvo_package_suffix(${component})
   install(TARGETS ${target} EXPORT TalvoConsentSDK-${component}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime${suffix} NAMELINK_COMPONENT development${suffix}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development${suffix})
   set_property(GLOBAL APPEND PROPERTY TALVO_COMPONENTS ${component})
   foreach(header IN LISTS PART_HEADERS)
     file(RELATIVE_PATH path ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/${header})
     get_filename_component(folder ${path} DIRECTORY)
-    install(FILES ${header} DESTINATION ${TALVO_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)
+    install(FILES ${header} DESTINATION ${TALVO_INSTALL_INCLUDEDIR}/${folder} COMPONENT development${suffix})
   endforeach()
 
   set(manifest ${PROJECT_BINARY_DIR}/privacy/${target}/PrivacyInfo.xcprivacy)
   talvo_privacy_manifest(${manifest} ACCESSES ${PART_ACCESSES} COLLECTS ${PART_COLLECTS})
-  install(FILES ${manifest} DESTINATION ${TALVO_INSTALL_PRIVACYDIR}/${target} COMPONENT development)
+  install(FILES ${manifest} DESTINATION ${TALVO_INSTALL_PRIVACYDIR}/${target} COMPONENT development${suffix})
 
-  string(JOIN ", " requires ${PART_REQUIRES})
-  string(JOIN ", " requires_private ${PART_REQUIRES_PRIVATE})
-  set(name ${target})
-  get_target_property(type ${target} TYPE)
-  # A host of a static library must link the library's dependencies itself.
-  if(type STREQUAL "STATIC_LIBRARY" AND requires_private)
-    string(JOIN ", " requires ${requires} ${requires_private})
-    set(requires_private "")
-  endif()
-  # The path is relative because packages may be unpacked in another place than the configured prefix.
-  file(RELATIVE_PATH prefix_from_here ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+  set(module ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc)
+  talvo_pkg_config(${target} ${module} "${PART_DESCRIPTION}" "${PART_REQUIRES}" "${PART_REQUIRES_PRIVATE}")
+  install(FILES ${module} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development${suffix})
 endfunction()
