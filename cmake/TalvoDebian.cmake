@@ -1,5 +1,5 @@
-# Has CPack make the Debian packages: the shared libraries, what is needed to build with them (both without and with Qt),
-# the local service, and the documents.
+# Has CPack make the Debian packages: the shared libraries, what is needed to build with them (both without and with
+# Qt), the local service, and the documents.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME talvoconsentsdk)
@@ -62,7 +62,8 @@ This package contains the libraries that apps without Qt run with."
   set(qt_needed "${qt_library} ${same}")
 endif()
 
-talvo_debian_package(development libtalvoconsentsdk-dev libdevel "cookie and tracking consent for apps - development files
+talvo_debian_package(development libtalvoconsentsdk-dev libdevel
+  "cookie and tracking consent for apps - development files
 ${about}
 .
 This package contains the headers, the CMake package and the pkg-config files to build an app in C++ or C."

@@ -6,14 +6,14 @@ list(FILTER talvo_runtime INCLUDE REGEX "^(stdc\\+\\+|c\\+\\+|c\\+\\+abi|m)$")
 list(REMOVE_DUPLICATES talvo_runtime)
 list(TRANSFORM talvo_runtime PREPEND -l)
 
-# talvo_pkg_config(NAME FILE DESCRIPTION REQUIRES REQUIRES_PRIVATE): writes the file of a library. The last two are lists
-# of modules: those whose headers the library's own headers include, and those that only the library itself uses.
+# talvo_pkg_config(NAME FILE DESCRIPTION REQUIRES REQUIRES_PRIVATE): writes the file of a library. The last two are
+# lists of modules: those whose headers the library's own headers include, and those that only the library itself uses.
 #
-# A shared library names what it needs, so its private modules are left out: then a host need not install their headers.
-# A program with a static library has to link all of them, and the C++ runtime. They are in Libs, so `--static` makes no
-# difference. Other projects' modules are written as linker flags instead of names, because pkg-config would otherwise
-# list what their own static libraries need. For libcurl alone these are ten libraries, and Debian does not install them
-# with it.
+# A shared library is linked with what it needs. So its private modules are left out, and a host need not install their
+# headers. A program with a static library has to link all of them, and the C++ runtime. They are in Libs, with and
+# without `--static`. Private modules of other projects are written as linker flags, because `--static` would otherwise
+# also list what their own static libraries need. For libcurl these are a dozen libraries, and Debian does not install
+# all of them with it.
 function(talvo_pkg_config name file PART_DESCRIPTION requires requires_private)
   get_target_property(type ${name} TYPE)
   set(libs "")
@@ -25,7 +25,8 @@ function(talvo_pkg_config name file PART_DESCRIPTION requires requires_private)
         pkg_check_modules(TALVO_${module} QUIET ${module})
       endif()
       # A static library of another project does need what its module lists.
-      if(TALVO_${module}_FOUND AND NOT "${TALVO_${module}_LINK_LIBRARIES}" MATCHES "\\${CMAKE_STATIC_LIBRARY_SUFFIX}(;|$)")
+      string(REPLACE "." "\\." suffix "${CMAKE_STATIC_LIBRARY_SUFFIX}(;|$)")
+      if(TALVO_${module}_FOUND AND NOT "${TALVO_${module}_LINK_LIBRARIES}" MATCHES "${suffix}")
         list(APPEND libs ${TALVO_${module}_LDFLAGS})
       else()
         list(APPEND requires ${module})

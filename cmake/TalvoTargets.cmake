@@ -1,6 +1,6 @@
-# Sets how the project's own targets are built: with include paths from the root, and with warnings if this is the project
-# being built rather than a dependency of another one. Warnings are errors only if TALVO_WARNINGS_AS_ERRORS is on, because
-# a user's compiler may be newer than ours and warn of more.
+# Sets how the project's own targets are built: with include paths from the root, and with warnings if this is the
+# project being built rather than a dependency of another one. Warnings are errors only if TALVO_WARNINGS_AS_ERRORS is
+# on, because a user's compiler may be newer than ours and warn of more.
 
 include(GNUInstallDirs)
 include(TalvoPkgConfig)
