@@ -7,9 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// One document as it stands in a file.
 struct SiteDocument {
@@ -48,7 +49,7 @@ struct LintFinding {
 /// customization, or of a standard text, is wider than its button or column and so would be split. Without
 /// it, this check is left out. A document that cannot be read has one finding, the first error in it. Main
 /// thread only.
-std::vector<LintFinding> lintSite(const SiteDocuments& documents,
-                                  const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
+TALVO_EXPORT std::vector<LintFinding> lintSite(
+    const SiteDocuments& documents, const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
 
 }  // namespace TalvoConsentSDK
