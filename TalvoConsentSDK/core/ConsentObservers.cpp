@@ -6,9 +6,17 @@ namespace TalvoConsentSDK {
 
 using namespace platform;
 
+namespace {
+
+bool isReleased(const std::weak_ptr<ConsentObserver>& observer) {
+  return observer.expired();
+}
+
+}  // namespace
+
 Subscription ConsentObservers::add(std::shared_ptr<ConsentObserver> observer) {
   const std::scoped_lock guard(lock_);
-  std::erase_if(observers_, [](const auto& each) { return each.expired(); });
+  std::erase_if(observers_, isReleased);
   observers_.push_back(observer);
   return Subscription(std::move(observer));
 }
@@ -16,6 +24,7 @@ Subscription ConsentObservers::add(std::shared_ptr<ConsentObserver> observer) {
 void ConsentObservers::notify(const std::shared_ptr<ConsentObservers>& observers) {
   {
     const std::scoped_lock guard(observers->lock_);
+    std::erase_if(observers->observers_, isReleased);
     if (observers->observers_.empty()) return;
   }
   postOrRun(observers->mainActor_, [observers] {
