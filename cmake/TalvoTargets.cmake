@@ -15,8 +15,10 @@ set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 if(BUILD_SHARED_LIBS)
   include(CheckLinkerFlag)
   check_linker_flag(CXX LINKER:-z,pack-relative-relocs TALVO_LINKER_PACKS_RELOCATIONS)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # clang's own linker can merge identical code
-    check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=safe" TALVO_LINKER_FOLDS_CODE)
+  # clang's own linker can merge identical functions, which then have the same address. Nothing here compares addresses
+  # of functions, except std::any, whose functions for different types differ.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=all" TALVO_LINKER_FOLDS_CODE)
   endif()
 
   # TALVO_OPTIMIZES_WHOLE_LIBRARIES must depend only on the compiler and the linker, not on other installed tools.
@@ -89,7 +91,7 @@ function(talvo_add_library target alias)
         LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>
         $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>
-        $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=safe>)
+        $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=all>)
     endif()
   endif()
 endfunction()

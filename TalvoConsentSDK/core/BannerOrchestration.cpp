@@ -32,13 +32,13 @@ HandlersPointer releasedOn(const std::shared_ptr<Executor>& mainActor, BannerHan
 /// instance's caches, and fetched if they were not cached.
 struct BannerRequest {
   SitePointer site;
+  ConsentLedger::Person person;
+  HandlersPointer host;
   std::optional<BannerCustomization> document;
   std::optional<Services> services;
   std::optional<SiteConfiguration> configuration;
   std::string language;
-  ConsentLedger::Person person;
-  HandlersPointer host;
-  std::optional<BasicConsent> initialConsent;
+  std::optional<BasicConsent> initialConsent{};
 
   void report(const Error& error) const {
     callHost([&] {
@@ -129,31 +129,19 @@ Task<void> presentBanner(BannerRequestPointer request) {
 
 }  // namespace
 
-void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
-                            std::function<void()> onManagePreferences, std::function<void(Error)> onError) {
-  const auto manage = std::make_shared<const std::function<void()>>(std::move(onManagePreferences));
-  const auto managePreferences = [manage] {
-    if (*manage) (*manage)();
-  };
-  showBanner(BannerHandlers{.onAcceptAll = std::move(onAcceptAll),
-                            .onRejectAll = std::move(onRejectAll),
-                            .onSaved = managePreferences,
-                            .onError = std::move(onError),
-                            .onManagePreferences = managePreferences});
-}
-
 void CookiesSDK::showBanner(BannerHandlers handlers) {
   State& state = *state_;
-  const auto host = releasedOn(state.site->mainActor, std::move(handlers));
+  const SitePointer& site = state.site;
+  const HandlersPointer host = releasedOn(site->mainActor, std::move(handlers));
+  const ConsentLedger::Person person = site->ledger->beginDecision().person;
   BannerRequestPointer request;
   {
-    const auto person = state.site->ledger->beginDecision().person;
     const std::scoped_lock guard(state.lock);
-    request = std::make_shared<BannerRequest>(BannerRequest{state.site, state.cachedCustomization,
-                                                            state.cachedServices, state.cachedConfiguration,
-                                                            state.language, person, host, std::nullopt});
+    request =
+        std::make_shared<BannerRequest>(site, person, host, state.cachedCustomization, state.cachedServices,
+                                        state.cachedConfiguration, state.language);
   }
-  spawn<void>(state.site->mainActor, presentBanner(request), [request](const Result<void>& end) {
+  spawn<void>(site->mainActor, presentBanner(request), [request](const Result<void>& end) {
     if (!end) request->report(end.error());  // the task could not be started
   });
 }

@@ -72,31 +72,15 @@ ConsentGate::ConsentGate(std::shared_ptr<const ConsentLedger> ledger,
                          std::shared_ptr<ConsentObservers> observers)
     : ledger_(std::move(ledger)), observers_(std::move(observers)) {}
 
-Subscription ConsentGate::on(ConsentCategory category, std::function<void()> start,
-                             std::function<void()> stop) const {
-  return watch(category, std::nullopt, std::move(start), std::move(stop));
-}
-
-Subscription ConsentGate::on(ConsentCategory category, std::string vendor, std::function<void()> start,
-                             std::function<void()> stop) const {
-  return watch(category, std::move(vendor), std::move(start), std::move(stop));
-}
-
-bool ConsentGate::isAllowed(ConsentCategory category) const {
-  return isAllowedBy(ledger_->known().consent.get(), category, nullptr);
-}
-
-bool ConsentGate::isAllowed(ConsentCategory category, const std::string& vendor) const {
-  return isAllowedBy(ledger_->known().consent.get(), category, &vendor);
+bool ConsentGate::isAllowed(ConsentCategory category, const std::string* vendor) const {
+  return isAllowedBy(ledger_->known().consent.get(), category, vendor);
 }
 
 Subscription ConsentGate::watch(ConsentCategory category, std::optional<std::string> vendor,
                                 std::function<void()> start, std::function<void()> stop) const {
   field(category);
-  Subscription subscription = observers_->add(
-      std::make_shared<Gated>(ledger_, category, std::move(vendor), std::move(start), std::move(stop)));
-  ConsentObservers::notify(observers_);
-  return subscription;
+  return ConsentObservers::add(observers_, std::make_shared<Gated>(ledger_, category, std::move(vendor),
+                                                                   std::move(start), std::move(stop)));
 }
 
 }  // namespace TalvoConsentSDK

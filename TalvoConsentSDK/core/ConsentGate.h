@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/core/Subscription.h"
@@ -40,25 +41,33 @@ class ConsentGate {
   /// Runs `start` on the main actor if the category is allowed now, and from then on, whenever that changes,
   /// `stop` and `start` in turn. Both run on the main actor, one after the other, and either may be empty. If
   /// a change is undone before the main actor runs, neither is called. Ending the subscription runs neither.
-  Subscription on(ConsentCategory category, std::function<void()> start, std::function<void()> stop) const;
+  Subscription on(ConsentCategory category, std::function<void()> start, std::function<void()> stop) const {
+    return watch(category, std::nullopt, std::move(start), std::move(stop));
+  }
 
   /// The same for one vendor of the category. `vendor` is written as in a partial consent: as the site's
   /// services document names the vendor.
   Subscription on(ConsentCategory category, std::string vendor, std::function<void()> start,
-                  std::function<void()> stop) const;
+                  std::function<void()> stop) const {
+    return watch(category, std::move(vendor), std::move(start), std::move(stop));
+  }
 
   /// Returns whether the category, or one of its vendors, is allowed now. Neither reads the store nor waits
   /// for anyone who does.
-  bool isAllowed(ConsentCategory category) const;
-  bool isAllowed(ConsentCategory category, const std::string& vendor) const;
+  bool isAllowed(ConsentCategory category) const { return isAllowed(category, nullptr); }
+  bool isAllowed(ConsentCategory category, const std::string& vendor) const {
+    return isAllowed(category, &vendor);
+  }
 
  private:
   friend class CookiesSDK;
 
   ConsentGate(std::shared_ptr<const ConsentLedger> ledger, std::shared_ptr<ConsentObservers> observers);
 
+  // Without a vendor, these concern the whole category.
   Subscription watch(ConsentCategory category, std::optional<std::string> vendor, std::function<void()> start,
                      std::function<void()> stop) const;
+  bool isAllowed(ConsentCategory category, const std::string* vendor) const;
 
   std::shared_ptr<const ConsentLedger> ledger_;
   std::shared_ptr<ConsentObservers> observers_;

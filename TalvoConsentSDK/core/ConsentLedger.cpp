@@ -63,8 +63,9 @@ void ConsentLedger::IdentityChange::applyTo(KeptValues& kept) const {
   if (logIn) TalvoConsentSDK::logIn(kept, *logIn);
 }
 
-ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage, std::function<void()> onChange)
-    : storage_(std::move(storage)), onChange_(std::move(onChange)) {
+ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage,
+                             std::shared_ptr<ConsentObservers> observers)
+    : storage_(std::move(storage)), observers_(std::move(observers)) {
   user_.isUnknown = initialConsent_.isUnknown = true;
 }
 
@@ -75,7 +76,7 @@ void ConsentLedger::reportIf(const Change& change) {
   std::unique_lock guard(lock_);
   const bool isChanged = change();
   guard.unlock();
-  if (isChanged && onChange_) onChange_();
+  if (isChanged) ConsentObservers::notify(observers_);
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {

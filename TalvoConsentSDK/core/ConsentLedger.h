@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/storage/ConsentStorage.h"
 
 namespace TalvoConsentSDK {
@@ -28,9 +29,9 @@ namespace TalvoConsentSDK {
 /// nested call returns what is already known, and its login or logout is written later.
 class ConsentLedger {
  public:
-  /// Reads nothing yet: everything is unknown until the first operation has read the store. `onChange` is
-  /// called after each change of what `known` returns, on the thread that made the change or found it.
-  explicit ConsentLedger(std::shared_ptr<ConsentStorage> storage, std::function<void()> onChange = nullptr);
+  /// Reads nothing yet: everything is unknown until the first operation has read the store. The observers are
+  /// notified after each change of what `known` returns.
+  ConsentLedger(std::shared_ptr<ConsentStorage> storage, std::shared_ptr<ConsentObservers> observers);
 
   /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
@@ -139,7 +140,7 @@ class ConsentLedger {
   bool applyDecision(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
-  const std::function<void()> onChange_;
+  const std::shared_ptr<ConsentObservers> observers_;
 
   // Held while the store is in use. The store may block, and it may call the ledger.
   std::recursive_timed_mutex storeLock_;

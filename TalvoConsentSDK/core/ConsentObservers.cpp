@@ -6,25 +6,20 @@ namespace TalvoConsentSDK {
 
 using namespace platform;
 
-namespace {
-
-bool isReleased(const std::weak_ptr<ConsentObserver>& observer) {
-  return observer.expired();
-}
-
-}  // namespace
-
-Subscription ConsentObservers::add(std::shared_ptr<ConsentObserver> observer) {
-  const std::scoped_lock guard(lock_);
-  std::erase_if(observers_, isReleased);
-  observers_.push_back(observer);
+Subscription ConsentObservers::add(const std::shared_ptr<ConsentObservers>& observers,
+                                   std::shared_ptr<ConsentObserver> observer) {
+  {
+    const std::scoped_lock guard(observers->lock_);
+    observers->observers_.push_back(observer);
+  }
+  notify(observers);
   return Subscription(std::move(observer));
 }
 
 void ConsentObservers::notify(const std::shared_ptr<ConsentObservers>& observers) {
   {
     const std::scoped_lock guard(observers->lock_);
-    std::erase_if(observers->observers_, isReleased);
+    std::erase_if(observers->observers_, [](const auto& each) { return each.expired(); });
     if (observers->observers_.empty()) return;
   }
   postOrRun(observers->mainActor_, [observers] {

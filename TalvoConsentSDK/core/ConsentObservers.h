@@ -25,8 +25,9 @@ class ConsentObservers {
   explicit ConsentObservers(std::shared_ptr<platform::Executor> mainActor)
       : mainActor_(std::move(mainActor)) {}
 
-  /// Adds an observer. The subscription owns it, and its end releases it.
-  Subscription add(std::shared_ptr<ConsentObserver> observer);
+  /// Adds an observer, which is first called soon. The subscription owns it, and its end releases it.
+  static Subscription add(const std::shared_ptr<ConsentObservers>& observers,
+                          std::shared_ptr<ConsentObserver> observer);
 
   /// Calls all observers on the main actor, soon; one that has been released by then is not called.
   static void notify(const std::shared_ptr<ConsentObservers>& observers);

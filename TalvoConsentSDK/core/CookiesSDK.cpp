@@ -25,8 +25,7 @@ SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const
   return std::make_shared<const Site>(Site{
       .id = siteId,
       .apiClient = std::make_shared<APIClient>(apiUrl, siteId, std::move(httpClient)),
-      .ledger = std::make_shared<ConsentLedger>(std::move(storage),
-                                                [observers] { ConsentObservers::notify(observers); }),
+      .ledger = std::make_shared<ConsentLedger>(std::move(storage), observers),
       .eventManager = std::make_shared<ConsentEventManager>(),
       .mainActor = platform.mainActor,
       .background = platform.background,
@@ -206,7 +205,8 @@ ConsentGate CookiesSDK::gate() const {
 }
 
 Subscription CookiesSDK::observeConsent(std::function<void(const std::optional<BasicConsent>&)> observer) {
-  return state_->observers->add(std::make_shared<ChangeObserver>(state_->site->ledger, std::move(observer)));
+  return ConsentObservers::add(state_->observers,
+                               std::make_shared<ChangeObserver>(state_->site->ledger, std::move(observer)));
 }
 
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {

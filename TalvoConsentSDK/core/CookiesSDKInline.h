@@ -15,6 +15,20 @@ inline Subscription CookiesSDK::addEventListener(ConsentEvent event, std::functi
   return Subscription(std::shared_ptr<void>(nullptr, remove));
 }
 
+inline void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
+                                   std::function<void()> onManagePreferences,
+                                   std::function<void(Error)> onError) {
+  const auto manage = std::make_shared<const std::function<void()>>(std::move(onManagePreferences));
+  const auto managePreferences = [manage] {
+    if (*manage) (*manage)();
+  };
+  showBanner(BannerHandlers{.onAcceptAll = std::move(onAcceptAll),
+                            .onRejectAll = std::move(onRejectAll),
+                            .onSaved = managePreferences,
+                            .onError = std::move(onError),
+                            .onManagePreferences = managePreferences});
+}
+
 inline Task<BannerOutcome> CookiesSDK::showBanner() {
   using Report = std::function<void(Result<BannerOutcome>)>;
   CallbackAwaiter<Result<BannerOutcome>> end([this](const Report& report) {
