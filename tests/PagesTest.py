@@ -13,8 +13,8 @@ import sys
 
 # Where the names are that docs/sites.md must explain, and what a line with a name looks like.
 NAMES = {
-    "TalvoConsentSDK/models/json/BannerRecords.cpp": r'field<&[\w:]+>\("(\w+)"\)',
-    "TalvoConsentSDK/models/json/ServicesRecords.cpp": r'field<&[\w:]+>\("(\w+)"\)',
+    "TalvoConsentSDK/models/json/BannerFields.h": r'field<&[\w:]+>\("(\w+)"\)',
+    "TalvoConsentSDK/models/json/ServicesFields.h": r'field<&[\w:]+>\("(\w+)"\)',
     "TalvoConsentSDK/ui/ComponentRendererFactory.cpp": r'^    \{"(\w+)", ',
     "TalvoConsentSDK/ui/BannerActions.h": r'_view \w+Action = "(\w+)"',
     "TalvoConsentSDK/ui/Labels.cpp": r'^    \{"(\w+)", &Messages::',
