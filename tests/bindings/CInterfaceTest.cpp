@@ -124,8 +124,8 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
 
 TEST_F(CInterfaceTest, GatesObservesAndErases) {
   EXPECT_STREQ(talvo_version(), TALVO_VERSION);
-  const auto observe = [](const char* json, void* heard) {
-    static_cast<Heard*>(heard)->json = json ? json : "none";
+  const auto observe = [](const char* json, void* observer) {
+    static_cast<Heard*>(observer)->json = json ? json : "none";
   };
   talvo_subscription* const observation = talvo_cookies_observe_consent(sdk, observe, &heard, nullptr);
   talvo_subscription* const gate =

@@ -57,8 +57,8 @@ TEST_F(QmlTest, GatesACategoryOrAVendor) {
   answer("PUT", "cookie-consent/s", 200, R"({"id":"n"})");
   answer("GET", "cookies/s/configurations", 200, "{}");
   Item sdk;
-  QStringList seen;
-  sdk.connect(&sdk, &ConsentSdk::failed, [&](const QString& failure) { seen << failure; });
+  QStringList reports;
+  sdk.connect(&sdk, &ConsentSdk::failed, [&](const QString& failure) { reports << failure; });
   std::vector<std::unique_ptr<QmlConsentGate>> gates;
   for (const auto& [category, vendor] :
        {std::pair("statistics", ""), {"marketing", "A"}, {"doNotSell", ""}}) {
@@ -67,26 +67,26 @@ TEST_F(QmlTest, GatesACategoryOrAVendor) {
     gate->setProperty("category", category);
     gate->setProperty("vendor", vendor);
     const QString name = category;
-    gate->connect(gate.get(), &QmlConsentGate::started, [&seen, name] { seen << "+" + name; });
-    gate->connect(gate.get(), &QmlConsentGate::stopped, [&seen, name] { seen << "-" + name; });
+    gate->connect(gate.get(), &QmlConsentGate::started, [&reports, name] { reports << "+" + name; });
+    gate->connect(gate.get(), &QmlConsentGate::stopped, [&reports, name] { reports << "-" + name; });
     gate->componentComplete();  // earlier than the sdk's
   }
   sdk.componentComplete();
   platform.settle();
-  EXPECT_EQ(std::exchange(seen, {}), QStringList("A gate has no category \"doNotSell\""));
+  EXPECT_EQ(std::exchange(reports, {}), QStringList("A gate has no category \"doNotSell\""));
   sdk.submitConsent({{"statistics", true}, {"marketing", QStringList("A")}});
   platform.settle();
-  EXPECT_EQ(std::exchange(seen, {}), QStringList({"+statistics", "+marketing"}));
+  EXPECT_EQ(std::exchange(reports, {}), QStringList({"+statistics", "+marketing"}));
   EXPECT_TRUE(gates[0]->allowed() && sdk.isAllowed("marketing", "A") && !sdk.isAllowed("marketing"));
   sdk.submitConsent({{"statistic", true}});
   EXPECT_FALSE(sdk.isAllowed("ads"));
-  ASSERT_EQ(seen.size(), 2);
-  EXPECT_TRUE(seen.takeFirst().contains("statistic: There is no such category"));
-  EXPECT_EQ(seen.takeFirst(), "A gate has no category \"ads\"");
+  ASSERT_EQ(reports.size(), 2);
+  EXPECT_TRUE(reports.takeFirst().contains("statistic: There is no such category"));
+  EXPECT_EQ(reports.takeFirst(), "A gate has no category \"ads\"");
   gates[1].reset();
   EXPECT_TRUE(sdk.eraseConsent());
   platform.settle();
-  EXPECT_EQ(seen, QStringList("-statistics"));
+  EXPECT_EQ(reports, QStringList("-statistics"));
 }
 
 // This happens if a host's store or printer runs an event loop that loads the QML.
