@@ -3,8 +3,12 @@
 // Includes everything that a host needs: both clients, the records they exchange, and the platform to
 // install.
 
+#include "TalvoConsentSDK/base/Version.h"
+#include "TalvoConsentSDK/core/BannerHandlers.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
+#include "TalvoConsentSDK/core/ConsentGate.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"
+#include "TalvoConsentSDK/core/Subscription.h"
 #include "TalvoConsentSDK/core/TalvoConsent.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentEvent.h"

@@ -1,7 +1,9 @@
-# Sets how the project's own targets are built: with include paths from the root, and with warnings as errors if this is
-# the project being developed rather than a dependency of another one.
+# Sets how the project's own targets are built: with include paths from the root, and with warnings if this is the
+# project being built rather than a dependency of another one. Warnings are errors only if TALVO_WARNINGS_AS_ERRORS is
+# on, because a user's compiler may be newer than ours and warn of more.
 
 include(GNUInstallDirs)
+include(TalvoPkgConfig)
 include(TalvoPrivacy)
 
 # Headers are installed with the folders of this tree, below a folder of their own, so that two major versions can be
@@ -13,8 +15,10 @@ set(TALVO_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/TalvoConsentSDK)
 if(BUILD_SHARED_LIBS)
   include(CheckLinkerFlag)
   check_linker_flag(CXX LINKER:-z,pack-relative-relocs TALVO_LINKER_PACKS_RELOCATIONS)
-  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # clang's own linker can merge identical code
-    check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=safe" TALVO_LINKER_FOLDS_CODE)
+  # clang's own linker can merge identical functions, which then have the same address. Nothing here compares addresses
+  # of functions, except std::any, whose functions for different types differ.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    check_linker_flag(CXX "-fuse-ld=lld;LINKER:--icf=all" TALVO_LINKER_FOLDS_CODE)
   endif()
 
   # TALVO_OPTIMIZES_WHOLE_LIBRARIES must depend only on the compiler and the linker, not on other installed tools.
@@ -48,14 +52,16 @@ function(talvo_configure target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   if(PROJECT_IS_TOP_LEVEL)
-    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
       # GCC 12 gives these two warnings for correct code when it optimises.
       $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-restrict>)
   endif()
+  # Set even if it is off, so that a host's CMAKE_COMPILE_WARNING_AS_ERROR does not apply here.
+  set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ${TALVO_WARNINGS_AS_ERRORS})
 endfunction()
 
 # talvo_add_library(NAME ALIAS SOURCES...): adds a library with the alias TalvoConsentSDK::ALIAS. It exports only what
-# its public headers mark.
+# its public headers mark or, if its folder has a file exports.map, what that file lists.
 function(talvo_add_library target alias)
   add_library(${target} ${ARGN})
   add_library(TalvoConsentSDK::${alias} ALIAS ${target})
@@ -71,17 +77,21 @@ function(talvo_add_library target alias)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR})
   if(BUILD_SHARED_LIBS)
+    set(exports "${CMAKE_CURRENT_SOURCE_DIR}/exports.map")
+    if(NOT EXISTS "${exports}")
+      set(exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    endif()
     set_target_properties(${target} PROPERTIES
       INTERPROCEDURAL_OPTIMIZATION_RELEASE ${TALVO_OPTIMIZES_WHOLE_LIBRARIES}
-      LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+      LINK_DEPENDS "${exports}")
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
-        LINKER:--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map LINKER:--gc-sections LINKER:-O1
+        LINKER:--version-script=${exports} LINKER:--gc-sections LINKER:-O1
         # App stores require these; scripts/check-libraries checks the result. Phones may have memory pages of 16 KB.
         LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>
         $<$<BOOL:${TALVO_LINKER_PACKS_RELOCATIONS}>:LINKER:-z,pack-relative-relocs>
-        $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=safe>)
+        $<$<BOOL:${TALVO_LINKER_FOLDS_CODE}>:-fuse-ld=lld;LINKER:--icf=all>)
     endif()
   endif()
 endfunction()
@@ -95,6 +105,15 @@ function(talvo_precompile target)
   endif()
 endfunction()
 
+# Sets `suffix` to what the names of a component's Debian packages end in. The Qt parts have packages of their own, so
+# that a host without Qt does not have to install it.
+macro(talvo_package_suffix component)
+  set(suffix "")
+  if("${component}" MATCHES "^(qt|qml)$")
+    set(suffix _qt)
+  endif()
+endmacro()
+
 # talvo_install(NAME COMPONENT HEADERS... [REQUIRES pkg-config modules...] [REQUIRES_PRIVATE modules...]
 #               [DESCRIPTION text] [ACCESSES categories...] [COLLECTS data types...]): installs a library, its public
 # headers, its part of the CMake package, its pkg-config file and its privacy manifest.
@@ -103,32 +122,22 @@ function(talvo_install target component)
   if(NOT TALVO_INSTALL)
     return()
   endif()
+  talvo_package_suffix(${component})
   install(TARGETS ${target} EXPORT TalvoConsentSDK-${component}
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime${suffix} NAMELINK_COMPONENT development${suffix}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development${suffix})
   set_property(GLOBAL APPEND PROPERTY TALVO_COMPONENTS ${component})
   foreach(header IN LISTS PART_HEADERS)
     file(RELATIVE_PATH path ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR}/${header})
     get_filename_component(folder ${path} DIRECTORY)
-    install(FILES ${header} DESTINATION ${TALVO_INSTALL_INCLUDEDIR}/${folder} COMPONENT development)
+    install(FILES ${header} DESTINATION ${TALVO_INSTALL_INCLUDEDIR}/${folder} COMPONENT development${suffix})
   endforeach()
 
   set(manifest ${PROJECT_BINARY_DIR}/privacy/${target}/PrivacyInfo.xcprivacy)
   talvo_privacy_manifest(${manifest} ACCESSES ${PART_ACCESSES} COLLECTS ${PART_COLLECTS})
-  install(FILES ${manifest} DESTINATION ${TALVO_INSTALL_PRIVACYDIR}/${target} COMPONENT development)
+  install(FILES ${manifest} DESTINATION ${TALVO_INSTALL_PRIVACYDIR}/${target} COMPONENT development${suffix})
 
-  string(JOIN ", " requires ${PART_REQUIRES})
-  string(JOIN ", " requires_private ${PART_REQUIRES_PRIVATE})
-  set(name ${target})
-  get_target_property(type ${target} TYPE)
-  # A host of a static library must link the library's dependencies itself.
-  if(type STREQUAL "STATIC_LIBRARY" AND requires_private)
-    string(JOIN ", " requires ${requires} ${requires_private})
-    set(requires_private "")
-  endif()
-  # The path is relative because packages may be unpacked in another place than the configured prefix.
-  file(RELATIVE_PATH prefix_from_here ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+  set(module ${PROJECT_BINARY_DIR}/pkgconfig/${target}.pc)
+  talvo_pkg_config(${target} ${module} "${PART_DESCRIPTION}" "${PART_REQUIRES}" "${PART_REQUIRES_PRIVATE}")
+  install(FILES ${module} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development${suffix})
 endfunction()

@@ -10,6 +10,7 @@
 #include "TalvoConsentSDK/models/JSONValue.h"
 #include "TalvoConsentSDK/models/Services.h"
 #include "TalvoConsentSDK/models/SiteConfiguration.h"
+#include "TalvoConsentSDK/models/json/SyntaxError.h"
 
 #include "fuzz/Fuzzing.h"
 
@@ -50,6 +51,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // that ignores the integer's key can be decoded from the text.
   const auto* error = document ? nullptr : document.error().as<CodingError>();
   const bool isDocument = !error || error->detail().starts_with("The whole number");
+  require(!isDocument || text.starts_with("\xEF\xBB\xBF") || !json::syntaxErrorOffset(text),
+          "what the parser reads has no syntax error");
   check<BannerCustomization>(text, isDocument);
   if (!isDocument) return 0;
   check<BannerCustomization::CategoryItem>(text, isDocument);

@@ -17,35 +17,28 @@ using namespace view;
 
 namespace {
 
-/// The host's closures. They are destroyed on the main actor, whichever thread releases the last reference.
-struct HostClosures {
-  std::function<void()> onAcceptAll;
-  std::function<void()> onRejectAll;
-  std::function<void()> onManagePreferences;
-  std::function<void(Error)> onError;
+using HandlersPointer = std::shared_ptr<const BannerHandlers>;
 
-  using Pointer = std::shared_ptr<const HostClosures>;
-
-  static Pointer releasedOn(const std::shared_ptr<Executor>& mainActor, HostClosures closures) {
-    auto owned = std::make_shared<const HostClosures>(std::move(closures));
-    const HostClosures* const pointer = owned.get();
-    return {pointer, [mainActor, owned = std::move(owned)](const HostClosures*) mutable {
-              platform::postOrRun(mainActor, [last = std::move(owned)] {});
-            }};
-  }
-};
+// Returns handlers that are destroyed on the main actor, whichever thread releases the last reference.
+HandlersPointer releasedOn(const std::shared_ptr<Executor>& mainActor, BannerHandlers handlers) {
+  auto owned = std::make_shared<const BannerHandlers>(std::move(handlers));
+  const BannerHandlers* const pointer = owned.get();
+  return {pointer, [mainActor, owned = std::move(owned)](const BannerHandlers*) mutable {
+            platform::postOrRun(mainActor, [last = std::move(owned)] {});
+          }};
+}
 
 /// The data of one showBanner call. The document, the services and the configuration are copied from the
 /// instance's caches, and fetched if they were not cached.
 struct BannerRequest {
   SitePointer site;
+  ConsentLedger::Person person;
+  HandlersPointer host;
   std::optional<BannerCustomization> document;
   std::optional<Services> services;
   std::optional<SiteConfiguration> configuration;
   std::string language;
-  ConsentLedger::Person person;
-  HostClosures::Pointer host;
-  std::optional<BasicConsent> initialConsent;
+  std::optional<BasicConsent> initialConsent{};
 
   void report(const Error& error) const {
     callHost([&] {
@@ -55,10 +48,18 @@ struct BannerRequest {
 };
 
 using BannerRequestPointer = std::shared_ptr<BannerRequest>;
+using Handler = std::function<void()> BannerHandlers::*;
+
+// Returns a closure that calls the host's handler on the main actor, soon.
+std::function<void()> calling(const BannerRequestPointer& request, Handler handler) {
+  return [request, handler] {
+    platform::postOrRun(request->site->mainActor,
+                        [request, handler] { callHost((*request->host).*handler); });
+  };
+}
 
 // Submits the decision in the background, stores it, and calls the host's closure on the main actor.
-void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent,
-                    std::function<void()> HostClosures::* hostCallback) {
+void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent, Handler handler) {
   ConsentLedger::Decision decision = request->site->ledger->beginDecision();
   if (decision.person.identity != request->person.identity) decision.person = request->person;
   decision.isUpdate = request->initialConsent.has_value();
@@ -67,10 +68,10 @@ void submitDecision(const BannerRequestPointer& request, const BasicConsent& con
   if (decision.isUpdate) payload.id = request->initialConsent->id;
   spawn<ConsentResponse>(request->site->background,
                          sendAndFile(request->site, std::move(payload), std::move(decision), consent),
-                         [request, hostCallback](const Result<ConsentResponse>& result) {
-                           platform::postOrRun(request->site->mainActor, [request, hostCallback, result] {
+                         [request, handler](const Result<ConsentResponse>& result) {
+                           platform::postOrRun(request->site->mainActor, [request, handler, result] {
                              if (!result) return request->report(result.error());
-                             callHost((*request->host).*hostCallback);
+                             callHost((*request->host).*handler);
                            });
                          });
 }
@@ -78,19 +79,15 @@ void submitDecision(const BannerRequestPointer& request, const BasicConsent& con
 BannerCallbacks callbacks(const BannerRequestPointer& request) {
   return {
       .onAcceptAll =
-          [request] { submitDecision(request, BasicConsent::acceptAll(), &HostClosures::onAcceptAll); },
+          [request] { submitDecision(request, BasicConsent::acceptAll(), &BannerHandlers::onAcceptAll); },
       .onRejectAll =
-          [request] { submitDecision(request, BasicConsent::rejectAll(), &HostClosures::onRejectAll); },
-      .onManagePreferences =
-          [request] {
-            platform::postOrRun(request->site->mainActor,
-                                [request] { callHost(request->host->onManagePreferences); });
-          },
+          [request] { submitDecision(request, BasicConsent::rejectAll(), &BannerHandlers::onRejectAll); },
+      .onManagePreferences = calling(request, &BannerHandlers::onManagePreferences),
       .onSavePreferences =
           [request](const BasicConsent& consent) {
-            submitDecision(request, consent, &HostClosures::onManagePreferences);
+            submitDecision(request, consent, &BannerHandlers::onSaved);
           },
-      .onClose = [] {},
+      .onClose = calling(request, &BannerHandlers::onClosed),
   };
 }
 
@@ -122,7 +119,9 @@ Task<void> presentBanner(BannerRequestPointer request) {
     const auto& customization = *request->document->customization;
     const ConsentBannerView view(customization, std::move(request->services), request->configuration,
                                  request->initialConsent, callbacks(request));
-    ConsentBannerPresenter::shared()->show(view, customization);
+    const bool isShown = ConsentBannerPresenter::shared()->show(
+        view, customization, calling(request, &BannerHandlers::onReplaced));
+    if (!isShown) callHost(request->host->onNotShown);
   } catch (...) {
     request->report(Error::current());
   }
@@ -130,21 +129,19 @@ Task<void> presentBanner(BannerRequestPointer request) {
 
 }  // namespace
 
-void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
-                            std::function<void()> onManagePreferences, std::function<void(Error)> onError) {
+void CookiesSDK::showBanner(BannerHandlers handlers) {
   State& state = *state_;
-  const auto host = HostClosures::releasedOn(
-      state.site->mainActor,
-      {std::move(onAcceptAll), std::move(onRejectAll), std::move(onManagePreferences), std::move(onError)});
+  const SitePointer& site = state.site;
+  const HandlersPointer host = releasedOn(site->mainActor, std::move(handlers));
+  const ConsentLedger::Person person = site->ledger->beginDecision().person;
   BannerRequestPointer request;
   {
-    const auto person = state.site->ledger->beginDecision().person;
     const std::scoped_lock guard(state.lock);
-    request = std::make_shared<BannerRequest>(BannerRequest{state.site, state.cachedCustomization,
-                                                            state.cachedServices, state.cachedConfiguration,
-                                                            state.language, person, host, std::nullopt});
+    request =
+        std::make_shared<BannerRequest>(site, person, host, state.cachedCustomization, state.cachedServices,
+                                        state.cachedConfiguration, state.language);
   }
-  spawn<void>(state.site->mainActor, presentBanner(request), [request](const Result<void>& end) {
+  spawn<void>(site->mainActor, presentBanner(request), [request](const Result<void>& end) {
     if (!end) request->report(end.error());  // the task could not be started
   });
 }

@@ -1,5 +1,6 @@
 #include "TalvoConsentSDK/core/ConsentLedger.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -42,30 +43,62 @@ class ConsentLedger::Turn {
 };
 
 void ConsentLedger::IdentityChange::add(const IdentityChange& later) {
-  if (later.logOut) *this = {true, std::nullopt};
+  if (later.end != End::none) *this = {std::max(end, later.end), std::nullopt};
   if (later.logIn) logIn = later.logIn;
 }
 
 void ConsentLedger::IdentityChange::applyTo(KeptValues& kept) const {
-  logOut ? TalvoConsentSDK::logOut(kept) : restoreOriginal(kept);
+  switch (end) {
+    case End::none:
+      restoreOriginal(kept);
+      break;
+    case End::logOut:
+      TalvoConsentSDK::logOut(kept);
+      break;
+    case End::erasure:
+      kept = {};
+      kept.isErased = true;
+      break;
+  }
   if (logIn) TalvoConsentSDK::logIn(kept, *logIn);
 }
 
-ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage) : storage_(std::move(storage)) {
+ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage,
+                             std::shared_ptr<ConsentObservers> observers)
+    : storage_(std::move(storage)), observers_(std::move(observers)) {
   user_.isUnknown = initialConsent_.isUnknown = true;
+}
+
+// Runs `change` under the lock. If it returns true, the known consent has changed, and its observers are
+// notified without the lock.
+template <class Change>
+void ConsentLedger::reportIf(const Change& change) {
+  std::unique_lock guard(lock_);
+  const bool isChanged = change();
+  guard.unlock();
+  if (isChanged) ConsentObservers::notify(observers_);
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {
   const StoreDeadline deadline(maxWait);
-  if (isAllWritten()) return storage_->loadConsent();
-  return applyPending(Turn(*this)).values.consent.value;
+  const std::uint64_t version = known().version;
+  if (!isAllWritten()) return applyPending(Turn(*this)).values.consent.value;
+  const KeptConsent stored = storage_->loadKeptConsent();
+  // If another thread has written a consent meanwhile, `stored` may be the one before.
+  reportIf([&] { return known_.version == version && !pending_ && learn(stored); });
+  return stored.value;
+}
+
+ConsentLedger::Known ConsentLedger::known() const {
+  const std::scoped_lock guard(lock_);
+  return known_;
 }
 
 ConsentLedger::Decision ConsentLedger::beginDecision() {
   const StoreDeadline deadline(maxWait);
   applyPending(Turn(*this));
   const std::scoped_lock guard(lock_);
-  return {{user_, identity_}, initialConsent_.value.has_value(), ++lastNumber_};
+  return {{user_, identity_}, initialConsent_.value.has_value(), ++lastNumber_, erasures_};
 }
 
 void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& consent) {
@@ -80,7 +113,7 @@ void ConsentLedger::fileDecision(const Decision& decision, const BasicConsent& c
 
 ConsentLedger::Login ConsentLedger::logIn(const std::string& userId) {
   const StoreDeadline deadline(maxWait);
-  Login login = changeIdentity({false, userId});
+  Login login = changeIdentity({IdentityChange::End::none, userId});
   applyPending(Turn(*this));
   const std::scoped_lock guard(lock_);
   if (initialConsent_.value && !pending_) login.consentId = initialConsent_.value->id;
@@ -89,8 +122,14 @@ ConsentLedger::Login ConsentLedger::logIn(const std::string& userId) {
 
 void ConsentLedger::logOut() {
   const StoreDeadline deadline(maxWait);
-  changeIdentity({true, std::nullopt});
+  changeIdentity({IdentityChange::End::logOut, std::nullopt});
   applyPending(Turn(*this));
+}
+
+bool ConsentLedger::erase() {
+  const StoreDeadline deadline(maxWait);
+  changeIdentity({IdentityChange::End::erasure, std::nullopt});
+  return applyPending(Turn(*this)).isWritten;
 }
 
 std::optional<ConsentLedger::Login> ConsentLedger::storedLogin() {
@@ -114,11 +153,13 @@ void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& conse
     atLogin = initialConsent_.data;
     implicit = implicit_;
   }
-  if (storage_->saveConsentIfStill(atLogin, consent) ||
-      (implicit && storage_->saveConsentIfStill(implicit, consent))) {
-    const std::scoped_lock guard(lock_);
+  auto data = storage_->saveConsentIfStill(atLogin, consent);
+  if (!data && implicit) data = storage_->saveConsentIfStill(implicit, consent);
+  if (!data) return;
+  reportIf([&] {
     hasUserDecided_ = true;
-  }
+    return learn(&consent, data);
+  });
 }
 
 std::optional<ConsentLedger::Implicit> ConsentLedger::beginImplicit(bool mayReplace) {
@@ -138,9 +179,12 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
     const std::scoped_lock guard(lock_);
     if (decisions_ != implicit.decisions) return;
   }
-  auto data = storage_->saveConsentIfStill(implicit.replaced, consent);
-  const std::scoped_lock guard(lock_);
-  if (data) implicit_ = std::move(data);
+  const auto data = storage_->saveConsentIfStill(implicit.replaced, consent);
+  if (!data) return;
+  reportIf([&] {
+    implicit_ = data;
+    return learn(&consent, data);
+  });
 }
 
 bool ConsentLedger::isAllWritten() {
@@ -155,6 +199,7 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
   KeptValues& after = applied.values;
   if (!turn) {
     after.consent.isUnknown = after.original.isUnknown = after.user.isUnknown = true;
+    reportIf([&] { return pending_.end != IdentityChange::End::none && learn(nullptr, std::nullopt); });
     return applied;
   }
   IdentityChange due;
@@ -168,28 +213,44 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
   KeptConsent initial = after.consent;
   if (step) step(after);
   applied.isWritten = storage_->save(before, after);
+  reportIf([&] { return settle(due, applied, initial, isRestored); });
+  return applied;
+}
 
-  const std::scoped_lock guard(lock_);
+// Takes over what applyPending has done with the login or logout `due`: what should now be stored, the
+// consent before the step, and whether an original was restored. Returns whether the known consent has
+// changed.
+bool ConsentLedger::settle(const IdentityChange& due, const Applied& applied, KeptConsent initial,
+                           bool isRestored) {
+  const KeptValues& after = applied.values;
   const IdentityChange later = std::exchange(pending_, {});
   if (!applied.isWritten || after.isUnknown()) pending_ = due;
   pending_.add(later);
   beingWritten_ = {};
   mayNeedRestoring_ = after.isUnknown() || (isRestored && !applied.isWritten);
-  if (later) return applied;
+  if (later) return false;
+  const KeptConsent& current = applied.isWritten ? after.consent : initial;
+  const bool isWithdrawn = current.isUnknown && due.end != IdentityChange::End::none;
+  const bool isChanged = isWithdrawn ? learn(nullptr, std::nullopt) : learn(current);
   const std::uint64_t identity = identity_;
   if (user_.isUnknown || !after.isUnknown()) adopt(after.user);
   if (identity != identity_ || due || isRestored || initialConsent_.isUnknown) {
     initial.data = after.consent.data;
     initialConsent_ = std::move(initial);
   }
-  return applied;
+  return isChanged;
 }
 
 ConsentLedger::Login ConsentLedger::changeIdentity(const IdentityChange& change) {
   const std::scoped_lock guard(lock_);
   pending_.add(change);
+  if (change.end == IdentityChange::End::erasure) {
+    ++erasures_;
+    ++decisions_;
+    latest_.clear();
+  }
   // A login that replaces another user takes over that user's consent, so both members below stay valid.
-  if (change.logOut || (!user_.value && !user_.isUnknown)) {
+  if (change.end != IdentityChange::End::none || (!user_.value && !user_.isUnknown)) {
     hasUserDecided_ = false;
     implicit_.reset();
   }
@@ -208,9 +269,25 @@ void ConsentLedger::adopt(const KeptUser& stored) {
   user_ = stored;
 }
 
+// Takes over a consent that was read or written, null for none, and its data. Returns whether it differs from
+// the known one.
+bool ConsentLedger::learn(const BasicConsent* consent, const std::optional<Data>& data) {
+  if (!consent && !known_.consent) return false;
+  if (consent && known_.consent && data && data == knownData_) return false;
+  knownData_ = data;
+  known_.consent = consent ? std::make_shared<const BasicConsent>(*consent) : nullptr;
+  ++known_.version;
+  return true;
+}
+
+bool ConsentLedger::learn(const KeptConsent& consent) {
+  return !consent.isUnknown && learn(consent.value ? &*consent.value : nullptr, consent.data);
+}
+
 // Changes `kept` as the decision requires. Returns whether the decision is the identified user's own.
 bool ConsentLedger::applyDecision(KeptValues& kept, const Decision& decision, const BasicConsent& consent) {
   const std::scoped_lock guard(lock_);
+  if (decision.erasures != erasures_) return false;
   const KeptUser& identified = kept.user.isUnknown ? user_ : kept.user;
   const Person& person = decision.person;
   // If the user was unknown when the decision was made, and the identity has not changed since, the decision

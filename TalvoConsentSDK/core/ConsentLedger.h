@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/storage/ConsentStorage.h"
 
 namespace TalvoConsentSDK {
@@ -28,11 +29,22 @@ namespace TalvoConsentSDK {
 /// nested call returns what is already known, and its login or logout is written later.
 class ConsentLedger {
  public:
-  /// Reads nothing yet: everything is unknown until the first operation has read the store.
-  explicit ConsentLedger(std::shared_ptr<ConsentStorage> storage);
+  /// Reads nothing yet: everything is unknown until the first operation has read the store. The observers are
+  /// notified after each change of what `known` returns.
+  ConsentLedger(std::shared_ptr<ConsentStorage> storage, std::shared_ptr<ConsentObservers> observers);
 
   /// Returns the current consent; nothing if there is none or the store cannot be read.
   std::optional<BasicConsent> consent();
+
+  /// The consent as this process last read or wrote it.
+  struct Known {
+    std::shared_ptr<const BasicConsent> consent;  // null if there is none
+    std::uint64_t version = 0;                    // how many times it had changed
+  };
+
+  /// Returns what `consent` last returned, or would have returned after a later operation, without using the
+  /// store. While the store cannot be read, this stays as it is; but after a logout it is no consent.
+  Known known() const;
 
   /// The person who uses the app, identified or not. If the store could not be read, the user is unknown; the
   /// ledger then assumes that the person is the user it finds in the store later, unless a login or logout
@@ -44,14 +56,15 @@ class ConsentLedger {
 
   /// A decision on its way to the service.
   struct Decision {
-    Person person;             // who decided
-    bool isUpdate = false;     // a consent was stored at creation, or when the identity last changed
-    std::uint64_t number = 0;  // of one person's decisions, the highest number wins
+    Person person;               // who decided
+    bool isUpdate = false;       // a consent was stored at creation, or when the identity last changed
+    std::uint64_t number = 0;    // of one person's decisions, the highest number wins
+    std::uint64_t erasures = 0;  // how many times everything had been erased
   };
   Decision beginDecision();
 
   /// Stores a decision that the service has accepted, with these exceptions:
-  /// - If its user is no longer identified, the decision is not stored.
+  /// - If its user is no longer identified, or everything has been erased since, the decision is not stored.
   /// - If a later decision of the same person has been filed already, the decision is not stored.
   /// - If nobody was identified when it was made, but a user is now, it is set aside as the original consent.
   ///   The user inherits it unless they have a consent of their own.
@@ -68,6 +81,10 @@ class ConsentLedger {
   };
   Login logIn(const std::string& userId);
   void logOut();
+
+  /// Forgets the user and removes everything that is stored. Requests under way can no longer store anything.
+  /// Returns whether the store has removed it; otherwise later operations try again.
+  bool erase();
 
   /// Takes over what the store holds, and returns the stored user, if any.
   std::optional<Login> storedLogin();
@@ -94,12 +111,12 @@ class ConsentLedger {
  private:
   class Turn;
 
-  // A logout, a login, or a logout followed by a login.
+  // A logout or an erasure, a login, or one of the first two followed by a login.
   struct IdentityChange {
-    bool logOut = false;
+    enum class End { none, logOut, erasure } end = End::none;  // an erasure includes a logout
     std::optional<std::string> logIn;
 
-    explicit operator bool() const { return logOut || logIn; }
+    explicit operator bool() const { return end != End::none || logIn; }
     void add(const IdentityChange& later);
     void applyTo(KeptValues& kept) const;
   };
@@ -115,25 +132,34 @@ class ConsentLedger {
   Applied applyPending(const Turn& turn, const Step& step = nullptr);
   Login changeIdentity(const IdentityChange& change);
   void adopt(const KeptUser& stored);
+  bool settle(const IdentityChange& due, const Applied& applied, KeptConsent initial, bool isRestored);
+  bool learn(const BasicConsent* consent, const std::optional<platform::Data>& data);
+  bool learn(const KeptConsent& consent);
+  template <class Change>
+  void reportIf(const Change& change);
   bool applyDecision(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
+  const std::shared_ptr<ConsentObservers> observers_;
 
   // Held while the store is in use. The store may block, and it may call the ledger.
   std::recursive_timed_mutex storeLock_;
   bool isStoreInUse_ = false;  // guarded by storeLock_
 
-  std::mutex lock_;               // guards the members below; held only briefly
+  mutable std::mutex lock_;       // guards the members below; held only briefly
   IdentityChange pending_;        // not written yet
   IdentityChange beingWritten_;   // being written by the thread that uses the store
   bool mayNeedRestoring_ = true;  // an original may still have to be restored
   KeptUser user_;
+  std::optional<platform::Data> knownData_;  // what known_ was read from or written as
+  Known known_;
   KeptConsent initialConsent_;              // the consent at creation, or when the identity last changed
   std::optional<platform::Data> implicit_;  // the data of the latest implicit consent
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows
   std::uint64_t identity_ = 0;    // how often the identity has changed
   std::uint64_t decisions_ = 0;   // how many decisions have been filed, even if the store then failed
   std::uint64_t lastNumber_ = 0;  // the number of the last decision begun
+  std::uint64_t erasures_ = 0;    // how often everything has been erased
   std::map<std::optional<std::string>, std::uint64_t> latest_;  // the highest decision number filed, by user
 };
 

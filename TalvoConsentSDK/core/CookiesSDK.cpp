@@ -21,12 +21,11 @@ namespace {
 SitePointer makeSite(const std::string& apiUrl, const std::string& siteId, const Platform& platform,
                      const std::shared_ptr<ConsentObservers>& observers) {
   auto httpClient = std::make_shared<URLSessionHTTPClient>(platform.urlSession, platform.background);
-  auto storage = std::make_shared<ConsentStorage>(
-      siteId, observed(platform.userDefaults, ConsentStorage::consentKey(siteId), observers));
+  auto storage = std::make_shared<ConsentStorage>(siteId, platform.userDefaults);
   return std::make_shared<const Site>(Site{
       .id = siteId,
       .apiClient = std::make_shared<APIClient>(apiUrl, siteId, std::move(httpClient)),
-      .ledger = std::make_shared<ConsentLedger>(std::move(storage)),
+      .ledger = std::make_shared<ConsentLedger>(std::move(storage), observers),
       .eventManager = std::make_shared<ConsentEventManager>(),
       .mainActor = platform.mainActor,
       .background = platform.background,
@@ -94,6 +93,24 @@ void reportFailedStart(const Site& site, const Error& error) {
   print(std::string("Error fetching identified consent: ") + error.what());
   site.eventManager->trigger(ConsentEvent::identificationComplete);
 }
+
+class ChangeObserver : public ConsentObserver {
+ public:
+  ChangeObserver(std::shared_ptr<const ConsentLedger> ledger,
+                 std::function<void(const std::optional<BasicConsent>&)> observer)
+      : ledger_(std::move(ledger)), observer_(std::move(observer)), seen_(ledger_->known().version) {}
+
+  void consentMayHaveChanged() override {
+    const ConsentLedger::Known known = ledger_->known();
+    if (std::exchange(seen_, known.version) == known.version || !observer_) return;
+    observer_(known.consent ? std::optional(*known.consent) : std::nullopt);
+  }
+
+ private:
+  const std::shared_ptr<const ConsentLedger> ledger_;
+  const std::function<void(const std::optional<BasicConsent>&)> observer_;
+  std::uint64_t seen_;  // the version of the consent that was reported last
+};
 
 }  // namespace
 
@@ -179,6 +196,19 @@ void CookiesSDK::removeIdentity() {
   state_->site->ledger->logOut();
 }
 
+bool CookiesSDK::eraseConsent() {
+  return state_->site->ledger->erase();
+}
+
+ConsentGate CookiesSDK::gate() const {
+  return {state_->site->ledger, state_->observers};
+}
+
+Subscription CookiesSDK::observeConsent(std::function<void(const std::optional<BasicConsent>&)> observer) {
+  return ConsentObservers::add(state_->observers,
+                               std::make_shared<ChangeObserver>(state_->site->ledger, std::move(observer)));
+}
+
 void CookiesSDK::addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback) {
   state_->site->eventManager->addListener(event, std::move(callback));
 }
@@ -194,12 +224,6 @@ void CookiesSDK::removeEventListener(ConsentEvent event) {
 
 void CookiesSDK::removeAllEventListeners() {
   state_->site->eventManager->removeAllListeners();
-}
-
-std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer) {
-  const auto observers = client.state_->observers;
-  const int number = observers->add(std::move(observer));
-  return {nullptr, [observers, number](void*) { observers->remove(number); }};
 }
 
 }  // namespace TalvoConsentSDK

@@ -9,7 +9,10 @@
 
 #include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/base/Result.h"
+#include "TalvoConsentSDK/core/BannerHandlers.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
+#include "TalvoConsentSDK/core/ConsentGate.h"
+#include "TalvoConsentSDK/core/Subscription.h"
 #include "TalvoConsentSDK/models/BasicConsent.h"
 #include "TalvoConsentSDK/models/ConsentEvent.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
@@ -65,6 +68,14 @@ class CookiesSDK {
   /// consent that applies while nobody is identified.
   std::optional<BasicConsent> getConsent() const;
 
+  /// Returns the gate, which starts and stops what needs consent. See ConsentGate.
+  ConsentGate gate() const;
+
+  /// Calls `observer` on the main actor after each change of the consent, whatever changed it, with the
+  /// consent as it now is; nothing if there is none. Changes that follow each other quickly may be reported
+  /// as one. A change that another process makes is reported when this process next reads the store.
+  Subscription observeConsent(std::function<void(const std::optional<BasicConsent>&)> observer);
+
   /// Sends a consent to the service: as an update if a consent was stored when the instance was created or
   /// when the identity last changed, otherwise as a new consent. On success, stores the consent as given, if
   /// the device's store allows, then raises its events and `consentSent`, and calls `completion`. Listeners
@@ -94,6 +105,13 @@ class CookiesSDK {
   /// event.
   void removeIdentity();
 
+  /// Removes everything that is stored on the device about the person: the consent, the one set aside, and
+  /// the user. Requests under way can no longer store anything, and gates close. Sends nothing: what the
+  /// service keeps stays there. Implicit consent may be given again when the app next starts. Returns whether
+  /// the store has removed everything; if it has not, one line is printed, this process behaves as if it had,
+  /// and the next operation tries again.
+  bool eraseConsent();
+
   /// Fetches the banner's data and shows the banner above the host's windows. Returns at once. If the host
   /// has no window in the foreground, nothing is shown and no closure is called. Each closure is called on
   /// the main actor:
@@ -108,8 +126,20 @@ class CookiesSDK {
   void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                   std::function<void()> onManagePreferences, std::function<void(Error)> onError);
 
+  /// The same with a closure for each way in which the banner ends.
+  void showBanner(BannerHandlers handlers);
+
+  /// The same as a task, which shows the banner when it is awaited, and returns how the banner ended or
+  /// throws the Error. The awaiter resumes on its own executor, or on the main actor if it has none. Dropping
+  /// the task or destroying the awaiter does not take the banner away.
+  Task<BannerOutcome> showBanner();
+
   /// Registers a listener after those that the event already has, and holds it until it is removed.
   void addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);
+
+  /// Registers a closure as a listener, until the subscription ends. Listeners of submissions run on the
+  /// callback executor, those of `identificationComplete` on the main actor.
+  Subscription addEventListener(ConsentEvent event, std::function<void()> listener);
 
   /// Removes a listener from one event, however often it was registered.
   void removeEventListener(ConsentEvent event, const std::shared_ptr<ConsentEventCallback>& callback);
@@ -123,8 +153,6 @@ class CookiesSDK {
 
   CookiesSDK(const std::string& apiUrl, const std::string& siteId);
 
-  friend std::shared_ptr<void> observeStoredConsent(const CookiesSDK& client, std::function<void()> observer);
-
   void begin();
   Task<ConsentResponse> submission(const BasicConsent& consent) const;
 
@@ -132,3 +160,5 @@ class CookiesSDK {
 };
 
 }  // namespace TalvoConsentSDK
+
+#include "TalvoConsentSDK/core/CookiesSDKInline.h"  // IWYU pragma: keep

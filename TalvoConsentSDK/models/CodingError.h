@@ -11,7 +11,9 @@
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// What was wrong and where. `path` names the place in the document, such as
-/// "customization.components.mainScreen[2].buttons"; it is empty for the root.
+/// "customization.components.mainScreen[2].buttons"; it is empty for the root. For a text that is not JSON,
+/// it is where the text stops being JSON, such as "line 12, column 5"; it is empty for an empty text, for
+/// numbers that do not fit, and for half of a surrogate pair.
 class CodingError : public std::exception {
  public:
   enum class Kind {

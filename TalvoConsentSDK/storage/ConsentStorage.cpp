@@ -13,6 +13,7 @@ namespace {
 
 constexpr const char* loadFailure = "⚠️ Failed to load consent from UserDefaults: ";
 constexpr const char* saveFailure = "⚠️ Failed to save consent to UserDefaults: ";
+constexpr const char* removeFailure = "⚠️ Failed to remove consent from UserDefaults: ";
 constexpr const char* loadOriginalFailure = "⚠️ Failed to load original consent from UserDefaults: ";
 constexpr const char* saveOriginalFailure = "⚠️ Failed to save original consent to UserDefaults: ";
 constexpr const char* removeOriginalFailure = "⚠️ Failed to remove original consent from UserDefaults: ";
@@ -63,7 +64,11 @@ std::string ConsentStorage::consentKey(const std::string& siteId) {
 }
 
 std::optional<BasicConsent> ConsentStorage::loadConsent() const {
-  return load(storageKey_, loadFailure).value;
+  return loadKeptConsent().value;
+}
+
+KeptConsent ConsentStorage::loadKeptConsent() const {
+  return load(storageKey_, loadFailure);
 }
 
 bool ConsentStorage::saveConsent(const BasicConsent& consent) {
@@ -96,7 +101,7 @@ void ConsentStorage::removeUserId() {
 
 KeptValues ConsentStorage::load() const {
   KeptValues kept;
-  kept.consent = load(storageKey_, loadFailure);
+  kept.consent = loadKeptConsent();
   kept.user = loadUser();
   kept.original = load(originalConsentKey_, loadOriginalFailure);
   return kept;
@@ -106,26 +111,32 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
   if (!encodeData(after.consent, saveFailure) || !encodeData(after.original, saveOriginalFailure))
     return false;
   const bool setsConsent = after.consent.data && differs(after.consent, before.consent);
+  const bool removesConsent = after.isErased && !after.consent.data && differs(after.consent, before.consent);
   const bool changesOriginal = differs(after.original, before.original);
   const std::optional<std::string>& newUser = after.user.value;
   const bool changesUser = !after.user.isUnknown && (before.user.isUnknown || newUser != before.user.value);
 
   std::vector<StoreChange> changes;
+  const bool removesOriginal = changesOriginal && !after.original.data;
+  if (removesOriginal && after.isErased) changes.emplace_back(originalConsentKey_, std::monostate());
   if (changesOriginal && after.original.data) {
     changes.emplace_back(originalConsentKey_, *after.original.data);
-  } else if (changesOriginal && setsConsent && after.consent.data != before.original.data) {
+  } else if (!after.isErased && changesOriginal && setsConsent &&
+             after.consent.data != before.original.data) {
     // The original is removed last. If the commit is interrupted before that, the original will be restored
     // later. Overwrite it with the new consent first, so that restoring it does not bring back an older one.
     changes.emplace_back(originalConsentKey_, *after.consent.data);
   }
   if (setsConsent) changes.emplace_back(storageKey_, *after.consent.data);
+  if (removesConsent) changes.emplace_back(storageKey_, std::monostate());
   if (changesUser && newUser) changes.emplace_back(userIdKey_, *newUser);
   if (changesUser && !newUser) changes.emplace_back(userIdKey_, std::monostate());
-  if (changesOriginal && !after.original.data) changes.emplace_back(originalConsentKey_, std::monostate());
+  if (removesOriginal && !after.isErased) changes.emplace_back(originalConsentKey_, std::monostate());
   if (changes.empty()) return true;
-  const char* const failure = changesUser   ? newUser ? saveUserFailure : removeUserFailure
-                              : setsConsent ? saveFailure
-                                            : saveOriginalFailure;
+  const char* const failure = after.isErased ? removeFailure
+                              : changesUser  ? newUser ? saveUserFailure : removeUserFailure
+                              : setsConsent  ? saveFailure
+                                             : saveOriginalFailure;
   return commit(attempt([&] { return userDefaults_->commit(changes); }), failure);
 }
 

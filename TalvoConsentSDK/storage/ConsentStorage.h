@@ -31,6 +31,7 @@ struct KeptValues {
   KeptConsent consent;
   KeptConsent original;  // set aside while a user is identified
   KeptUser user;
+  bool isErased = false;  // removes what the store held before
 
   bool isUnknown() const { return consent.isUnknown || original.isUnknown || user.isUnknown; }
 };
@@ -38,7 +39,8 @@ struct KeptValues {
 /// A site's values in the device's store. As thread-safe as the store is. Nothing throws, even if the store
 /// does. A value that cannot be read counts as absent; `load` marks it as unknown if the store failed. A
 /// failed write leaves the stored values as they were, but a store without transactions may have made part of
-/// a `save`. Either failure prints one line. The current consent can be overwritten, but not removed.
+/// a `save`. Either failure prints one line. The current consent can be overwritten, but only erasing removes
+/// it.
 class ConsentStorage {
  public:
   ConsentStorage(const std::string& siteId, std::shared_ptr<platform::UserDefaults> userDefaults);
@@ -47,6 +49,7 @@ class ConsentStorage {
   static std::string consentKey(const std::string& siteId);
 
   std::optional<BasicConsent> loadConsent() const;
+  KeptConsent loadKeptConsent() const;
 
   /// Returns whether the consent has been stored.
   bool saveConsent(const BasicConsent& consent);
@@ -64,8 +67,9 @@ class ConsentStorage {
   KeptValues load() const;
 
   /// Writes the differences between `before`, which was loaded, and `after` in one commit. Values that are
-  /// unknown in `after` stay as they are, and so does the stored consent if `after` has none. The original is
-  /// removed only after the consent has been written, in case a store without transactions is interrupted.
+  /// unknown in `after` stay as they are. So does the stored consent if `after` has none, unless `after` is
+  /// erased. In case a store without transactions is interrupted, the original is removed last, only after
+  /// the consent has been written; but if it is erased, it goes first, so that it cannot be restored.
   /// Returns whether the commit succeeded, and sets the data of new consents.
   bool save(const KeptValues& before, KeptValues& after);
 

@@ -59,10 +59,11 @@ const std::shared_ptr<ConsentBannerPresenter>& ConsentBannerPresenter::shared() 
   return presenter;
 }
 
-void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
-                                  const BannerCustomization::Customization& customization) {
+bool ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
+                                  const BannerCustomization::Customization& customization,
+                                  std::function<void()> onReplaced) {
   const auto scene = foregroundScene();
-  if (!scene) return;
+  if (!scene) return false;
 
   const auto isOver = std::make_shared<bool>(false);
   const auto controller = std::make_shared<HostingController>(
@@ -70,29 +71,45 @@ void ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   controller->setBackgroundColor(Color::clear());
 
   const auto window = scene->makeWindow();
-  if (!window) return;
+  if (!window) return false;
   window->setRootViewController(controller);
   window->setWindowLevel(WindowLevel::alert);
   window->setBackgroundColor(Color::clear());
   window->makeKeyAndVisible();
-  if (isOver_) *isOver_ = true;  // the replaced banner reports nothing more
+  const bool isReplacing = isOver_ && !std::exchange(*isOver_, true);  // from now on it reports nothing more
+  const std::function<void()> wasReplaced = std::exchange(onReplaced_, std::move(onReplaced));
   isOver_ = isOver;
   hostingController_ = controller;
   overlayWindow_ = window;
-  window->setAlpha(0);
-  window->animateAlpha(1, fadeDuration(), [] {});
+  if (isReplacing) callHost(wasReplaced);
+  try {
+    window->setAlpha(0);
+    window->animateAlpha(1, fadeDuration(), [] {});
+  } catch (...) {
+    // The caller reports a failure, so no banner may remain that reports something else.
+    *isOver = true;
+    if (overlayWindow_ == window) forgetBanner();
+    throw;
+  }
+  return true;
+}
+
+void ConsentBannerPresenter::forgetBanner() {
+  onReplaced_ = nullptr;
+  overlayWindow_.reset();
+  hostingController_.reset();
 }
 
 void ConsentBannerPresenter::dismiss() {
   if (!overlayWindow_) return;
   *isOver_ = true;
+  onReplaced_ = nullptr;
   const auto fading = overlayWindow_;  // animateAlpha may run code that replaces the banner
   fading->animateAlpha(0, fadeDuration(), [self = shared_from_this(), window = fading] {
     window->setHidden(true);
     // If another banner was shown during the fade, keep that one.
     if (self->overlayWindow_ != window) return;
-    self->overlayWindow_.reset();
-    self->hostingController_.reset();
+    self->forgetBanner();
   });
 }
 

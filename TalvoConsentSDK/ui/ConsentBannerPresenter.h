@@ -2,6 +2,7 @@
 
 // Puts the banner on screen above the host's interface and takes it away again.
 
+#include <functional>
 #include <memory>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
@@ -20,21 +21,25 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
  public:
   static const std::shared_ptr<ConsentBannerPresenter>& shared();
 
-  /// Shows a banner in a new window on the first scene in the foreground and fades it in. Does nothing if
-  /// there is no such scene. Replaces a banner that is still shown. When the user accepts, rejects, saves or
-  /// closes, the banner first reports this and is then dismissed; managing preferences does not dismiss it.
-  /// Once a banner has made one of these four reports, or has been dismissed or replaced, it reports nothing
-  /// more, even while it is still visible.
-  void show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization);
+  /// Shows a banner in a new window on the first scene in the foreground and fades it in. Returns false, and
+  /// does nothing, if there is no such scene or it makes no window. Replaces a banner that is still shown;
+  /// `onReplaced` is called if this happens to the new banner before it has reported anything. When the user
+  /// accepts, rejects, saves or closes, the banner first reports this and is then dismissed; managing
+  /// preferences does not dismiss it. Once a banner has made one of these four reports, or has been dismissed
+  /// or replaced, it reports nothing more, even while it is still visible.
+  bool show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization,
+            std::function<void()> onReplaced = nullptr);
 
   /// Fades the banner out and then releases its window. Does nothing if no banner is shown.
   void dismiss();
 
  private:
+  void forgetBanner();
   ConsentBannerView wrapped(const ConsentBannerView& bannerView, const std::shared_ptr<bool>& isOver);
 
   std::shared_ptr<view::HostingController> hostingController_;
   std::shared_ptr<platform::Window> overlayWindow_;
+  std::function<void()> onReplaced_;  // of the banner in overlayWindow_
   // Whether the banner in overlayWindow_ must report nothing more. Shared with the banner's callbacks.
   std::shared_ptr<bool> isOver_;
 };

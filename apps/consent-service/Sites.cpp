@@ -69,15 +69,16 @@ std::optional<std::string> Sites::file(std::string_view site, std::string_view n
 std::optional<std::string> Sites::translated(std::string_view site, std::string_view document,
                                              std::string_view language) const {
   const std::string exact(language);
-  for (const std::string& each : {exact, exact.substr(0, exact.find('-')), defaultLanguage(site)}) {
+  for (const std::string& each :
+       {exact, exact.substr(0, exact.find('-')), defaultLanguage(file(site, "site.json").value_or("{}"))}) {
     if (auto found = file(site, std::string(document) + "." + each + ".json")) return found;
   }
   return std::nullopt;
 }
 
-std::string Sites::defaultLanguage(std::string_view site) const {
-  const auto settings = JSONDecoder().decode<JSONValue>(file(site, "site.json").value_or("{}"));
-  const JSONObject* object = settings ? settings->object() : nullptr;
+std::string defaultLanguage(std::string_view settings) {
+  const auto json = JSONDecoder().decode<JSONValue>(settings);
+  const JSONObject* object = json ? json->object() : nullptr;
   if (!object || !object->contains("languages")) return "en";
   const JSONArray* languages = object->at("languages").array();
   const std::string* first = languages && !languages->empty() ? languages->front().string() : nullptr;

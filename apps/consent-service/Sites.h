@@ -39,10 +39,11 @@ class Sites {
  private:
   std::optional<std::string> translated(std::string_view site, std::string_view document,
                                         std::string_view language) const;
-  std::string defaultLanguage(std::string_view site) const;
-
   std::filesystem::path folder_;
 };
+
+/// Returns the default language of a site whose site.json has this text.
+std::string defaultLanguage(std::string_view settings);
 
 /// Replaces {{base}} in a document by the URL at which clients reach the service.
 std::string withBase(std::string document, std::string_view base);

@@ -43,7 +43,7 @@ Serves the documents of consent sites and stores the consents that clients submi
   --help                print this text
 
 "lint" checks documents, folders of sites, and folders that contain such folders, and prints each
-problem as a line "FILE: error|warning: KEY: SENTENCE". The exit status is 1 if there are errors.
+problem as a line "FILE:LINE: error|warning: KEY: SENTENCE". The exit status is 1 if there are errors.
 
 Prints "listening on URL" once it is ready, and ends on SIGINT and SIGTERM. The exit status is 2 for
 wrong usage and 1 for any other problem that prevents it from running.

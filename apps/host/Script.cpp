@@ -100,6 +100,8 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"submit-async", &Script::submitAsync},
       {"identify", &Script::identify},
       {"remove-identity", &Script::removeIdentity},
+      {"erase", &Script::erase},
+      {"gate", &Script::gate},
       {"language", &Script::language},
       {"listen", &Script::listen},
       {"banner", &Script::banner},
@@ -172,6 +174,26 @@ void Script::identify(const std::string& user) {
 void Script::removeIdentity(const std::string&) {
   sdk_->removeIdentity();
   printObject({{"done", "remove-identity"}});
+}
+
+void Script::erase(const std::string&) {
+  if (!sdk_->eraseConsent()) return fail("The store has not removed the consent");
+  printObject({{"done", "erase"}});
+}
+
+// gate CATEGORY [VENDOR]
+void Script::gate(const std::string& categoryAndVendor) {
+  const std::size_t end = categoryAndVendor.find(' ');
+  const auto category = fromRawValue<ConsentCategory>(categoryAndVendor.substr(0, end));
+  if (!category || !ConsentGate::has(*category)) return fail("There is no gate for: " + categoryAndVendor);
+  const auto printing = [&](const char* what) {
+    return [what, categoryAndVendor] { printObject({{what, categoryAndVendor}, {"thread", threadName()}}); };
+  };
+  const ConsentGate gate = sdk_->gate();
+  gates_.push_back(end == std::string::npos ? gate.on(*category, printing("started"), printing("stopped"))
+                                            : gate.on(*category, categoryAndVendor.substr(end + 1),
+                                                      printing("started"), printing("stopped")));
+  printObject({{"done", "gate"}});
 }
 
 void Script::language(const std::string& code) {

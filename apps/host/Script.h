@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 
@@ -38,6 +39,8 @@ class Script : public std::enable_shared_from_this<Script> {
   void submitAsync(const std::string& record);
   void identify(const std::string& user);
   void removeIdentity(const std::string&);
+  void erase(const std::string&);
+  void gate(const std::string& categoryAndVendor);
   void language(const std::string& code);
   void listen(const std::string&);
   void banner(const std::string&);
@@ -64,6 +67,7 @@ class Script : public std::enable_shared_from_this<Script> {
   BannerDriver driver_;
   bool hasFailed_ = false;
   bool isOver_ = false;
+  std::vector<TalvoConsentSDK::Subscription> gates_;
 };
 
 }  // namespace TalvoConsentHost

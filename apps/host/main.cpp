@@ -80,6 +80,11 @@ class HostModel {
            sdk_->removeIdentity();
            log_.refresh();
          }},
+        {"Erase everything",
+         [this] {
+           sdk_->eraseConsent();
+           log_.refresh();
+         }},
         {"English", [this] { sdk_->setLanguage("en"); }},
         {"Deutsch", [this] { sdk_->setLanguage("de"); }},
         {"العربية", [this] { sdk_->setLanguage("ar"); }},

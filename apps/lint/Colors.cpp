@@ -138,8 +138,9 @@ class ColorCheck {
         const auto& buttons = screen.items[i].buttons;
         for (std::size_t j = 0; buttons && j < buttons->size(); ++j) {
           if (!(*buttons)[j].color) continue;
-          report_.warning(document_.name, at(at(screen.path, i) + ".buttons", j) + ".color",
-                          "a button's own colour is never drawn, because no choice may be favoured");
+          report_.warning(
+              document_.name, at(at(screen.path, i) + ".buttons", j) + ".color",
+              "a button's own colour is never drawn, because no choice may be favoured: remove it");
         }
       }
     }

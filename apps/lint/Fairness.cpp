@@ -10,6 +10,7 @@
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 
 #include "apps/lint/Site.h"
+#include "apps/lint/Spelling.h"
 
 namespace TalvoConsentSDK::linting {
 
@@ -49,9 +50,12 @@ void checkAccept(const CustomizationDocument& document, const Screen& screen, Re
     if (accept == item.buttons->size()) continue;
     const std::string path = at(at(screen.path, i) + ".buttons", accept);
     if (reject == item.buttons->size()) {
-      report.error(document.name, path, "this accept button has no reject button beside it");
+      report.error(document.name, path,
+                   "this accept button has no reject button beside it: add \"rejectAll\" to the same list");
     } else if (isWide(*item.buttons, accept) != isWide(*item.buttons, reject)) {
-      report.error(document.name, path, "the accept and reject buttons have different widths");
+      report.error(document.name, path,
+                   "the accept and reject buttons have different widths: list them next to each other, in a "
+                   "row of two");
     }
   }
 }
@@ -74,7 +78,7 @@ void checkTabs(const CustomizationDocument& document, const Screen& screen,
       if ((*item.tabs)[j].services || withVendors == categories.end()) continue;
       report.error(document.name, at(at(screen.path, i) + ".tabs", j) + ".services",
                    "the catalogue has vendors in " + quoted(*withVendors) +
-                       ", which the category's switch would not change");
+                       ", which the category's switch would not change: write true");
     }
   }
   for (const std::string& category : tabCategories()) {
@@ -82,8 +86,18 @@ void checkTabs(const CustomizationDocument& document, const Screen& screen,
     const std::size_t count = counts.find(category)->second;
     report.error(document.name, screen.path,
                  "no tab lists " + quoted(category) + ", which has " + std::to_string(count) +
-                     (count == 1 ? " vendor" : " vendors") + " in the catalogue");
+                     (count == 1 ? " vendor" : " vendors") +
+                     " in the catalogue: add it to a tab's categories");
   }
+}
+
+// Returns the path of the details of a vendor, which must exist. If there are several, the last ones count.
+std::string pathOfDetails(const Services& services, const std::string& vendor) {
+  std::size_t last = 0;
+  for (std::size_t i = 0; i < services.services->size(); ++i) {
+    if ((*services.services)[i].id == vendor) last = i;
+  }
+  return at("services", last);
 }
 
 }  // namespace
@@ -109,11 +123,12 @@ void checkVendors(const Site& site, Report& report) {
       const std::string key = normalizedCategoryKey(libraries[i].category.value_or(""));
       if (std::ranges::find(known, key) == known.end()) {
         report.warning(document.name, path + ".category",
-                       quoted(key) + " is not a category with vendors, so the service is never shown");
+                       quoted(key) + " is not a category with vendors, so the service is never shown: use " +
+                           anyOf(known));
       } else if (!hasValue(libraries[i].vendor)) {
-        report.warning(
-            document.name, path + ".vendor",
-            "a service without a vendor is never shown, though an empty name still counts as a vendor");
+        report.warning(document.name, path + ".vendor",
+                       "a service without a vendor is never shown, though an empty name still counts as a "
+                       "vendor: name it");
       } else {
         firstOfVendor.emplace(*libraries[i].vendor, i);
       }
@@ -125,15 +140,16 @@ void checkVendors(const Site& site, Report& report) {
         const std::string path = at("libraries", first->second) + ".vendor";
         const auto lacks = [&](const char* key) {
           report.warning(document.name, path,
-                         "no entry in services gives " + quoted(group.vendor) + " a " + key);
+                         "no entry in services gives " + quoted(group.vendor) + " a " + key + ": add it");
         };
         const auto& details = group.details;
         if (!hasValue(details.processingCompanyName)) lacks("processingCompanyName");
         if (!hasValue(details.privacyPolicyURL)) {
           lacks("privacyPolicyURL");
         } else if (!externalURL(*details.privacyPolicyURL)) {
-          report.error(document.name, path,
-                       quoted(*details.privacyPolicyURL) + ", its privacyPolicyURL, is not a URL");
+          report.error(document.name, pathOfDetails(document.record, group.vendor) + ".privacyPolicyURL",
+                       quoted(*details.privacyPolicyURL) +
+                           " is not a URL: write one such as \"https://shop.example/privacy\"");
         }
       }
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <unordered_map>
 
 #include "TalvoConsentSDK/ui/BannerActions.h"
@@ -86,14 +87,16 @@ class FitCheck {
     const auto whole = [](double points) { return std::to_string(std::lround(points)); };
     const std::string sentence = "contains a word that is " + whole(widest) +
                                  " points wide at text scale 2, but a screen of 320 points has room for " +
-                                 whole(room);
+                                 whole(room) + ": shorten it, or add a soft hyphen (\\u00AD)";
     const auto path = paths_.find(text.text);
+    if (!reported_.insert(text.text).second) return;  // both screens may draw it
     if (path != paths_.end()) return report_.error(document_.name, path->second, sentence);
     report_.error(document_.name, messages, "the standard text " + quoted(text.text) + " " + sentence);
   }
 
   const CustomizationDocument& document_;
   std::unordered_map<std::string, std::string> paths_;  // the path of the key that holds a text, by text
+  std::set<std::string> reported_;
   const ConsentBannerView banner_;
   ViewEnvironment environment_;
   Report& report_;

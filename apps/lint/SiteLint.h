@@ -7,9 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/platform/TextMeasurer.h"
 
-namespace TalvoConsentSDK {
+namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// One document as it stands in a file.
 struct SiteDocument {
@@ -29,6 +30,14 @@ struct SiteDocuments {
   std::vector<SiteDocument> configurations;
   std::vector<SiteDocument> customizations;  // one per language
   std::vector<SiteDocument> services;        // one per language, or one for all
+  std::vector<SiteDocument> settings;        // the site.json of talvo-consent-service, at most one
+
+  /// The folder that the documents are in, with the names of all its files and the URL that its files have,
+  /// such as "https://consent.example/sites/my-site/". If `folder` is empty, nobody knows what else the site
+  /// has, so missing documents, files with wrong names and missing pictures are not reported.
+  std::string folder;
+  std::vector<std::string> files;
+  std::string filesURL;
 };
 
 struct LintFinding {
@@ -38,17 +47,19 @@ struct LintFinding {
   };
 
   Severity severity = Severity::error;
-  std::string document;
+  std::string document;  // a document's name, or the path of a file or of the folder
   std::string path;  // the key's path, such as "customization.colors.font"; empty: the document as a whole
   std::string sentence;
+  std::size_t line = 0;    // counts from 1; 0: the document as a whole
+  std::size_t column = 0;  // counts characters from 1; 0: the whole line
 };
 
-/// Returns the findings, grouped by document, and within a document by check. `doubleScale` measures text at
+/// Returns the findings, grouped by document, and within a document by line. `doubleScale` measures text at
 /// scale 2: if it is given, all screens are laid out 320 points wide, and it is an error if a word of the
 /// customization, or of a standard text, is wider than its button or column and so would be split. Without
-/// it, this check is left out. A document that cannot be read has one finding, the first error in it. Main
-/// thread only.
-std::vector<LintFinding> lintSite(const SiteDocuments& documents,
-                                  const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
+/// it, this check is left out. If a document cannot be read, only its misspelt keys and the first error in it
+/// are reported. Main thread only.
+TALVO_EXPORT std::vector<LintFinding> lintSite(
+    const SiteDocuments& documents, const std::shared_ptr<platform::TextMeasurer>& doubleScale = nullptr);
 
 }  // namespace TalvoConsentSDK

@@ -4,7 +4,8 @@
 #include <map>
 #include <set>
 
-#include "apps/lint/Site.h"
+#include "apps/lint/Corrections.h"
+#include "apps/lint/Spelling.h"
 
 namespace TalvoConsentSDK::linting {
 
@@ -27,88 +28,141 @@ bool haveIdentifiers(const JSONArray& entries) {
   });
 }
 
-// Reports what `other` has and `mine` lacks. Findings call the other document `otherName`.
+// Compares a document with that of the default language.
 class Comparison {
  public:
-  Comparison(std::string_view name, std::string otherName, Report& report)
-      : name_(name), otherName_(std::move(otherName)), report_(report) {}
+  // `gaps` collects what the default language lacks, so that the next comparison does not report it again.
+  Comparison(const std::string& name, std::string language, const std::string& defaultName,
+             std::string defaultLanguage, std::set<std::string>& gaps, Report& report)
+      : name_(name),
+        language_(std::move(language)),
+        defaultName_(defaultName),
+        defaultLanguage_(std::move(defaultLanguage)),
+        gaps_(gaps),
+        report_(report) {}
 
   void compare(const JSONValue& mine, const JSONValue& other, const std::string& path) {
     if (mine.object() && other.object()) {
-      for (const auto& [key, value] : *other.object()) {
-        const std::string member = path.empty() ? key : path + "." + key;
-        const auto own = mine.object()->find(key);
-        if (own == mine.object()->end()) {
-          error(member, "is in " + otherName_ + ", but not here");
-        } else {
-          compare(own->second, value, member);
-        }
-      }
+      compareObjects(*mine.object(), *other.object(), path);
     } else if (mine.array() && other.array()) {
       compareLists(*mine.array(), *other.array(), path);
     } else if (identifiesVendors(path) && !(mine == other)) {
-      error(path, "differs from " + otherName_ + ", but stored consents identify vendors by it");
+      report_.error(name_, path,
+                    "differs from " + defaultLanguage_ +
+                        ", but stored consents identify vendors by it: write " +
+                        (other.string() ? quoted(*other.string()) : "the same") + " here, too");
     }
   }
 
  private:
-  void error(const std::string& path, const std::string& sentence) { report_.error(name_, path, sentence); }
+  void isMissing(const std::string& path, const std::string& what) {
+    report_.error(name_, path, what + "is in " + defaultLanguage_ + ", but not here: add it");
+  }
+  void isMissingInDefault(const std::string& path, const std::string& what) {
+    if (!gaps_.insert(path + " " + what).second) return;
+    report_.error(defaultName_, path, what + "is in " + language_ + ", but not here: add it");
+  }
 
   // Stored consents name vendors by these texts, so the texts must be the same in all languages.
   static bool identifiesVendors(const std::string& path) {
     return path.starts_with("libraries") && (path.ends_with(".vendor") || path.ends_with(".category"));
   }
 
+  void compareObjects(const JSONObject& mine, const JSONObject& other, const std::string& path) {
+    for (const auto& [key, value] : other) {
+      const auto own = mine.find(key);
+      if (own == mine.end()) {
+        isMissing(memberPath(path, key), "");
+      } else {
+        compare(own->second, value, memberPath(path, key));
+      }
+    }
+    for (const auto& [key, value] : mine) {
+      if (!other.contains(key)) isMissingInDefault(memberPath(path, key), "");
+    }
+  }
+
   void compareLists(const JSONArray& mine, const JSONArray& other, const std::string& path) {
     if (haveIdentifiers(mine) && haveIdentifiers(other)) {
-      std::map<std::string_view, std::size_t> own;
-      for (std::size_t i = 0; i < mine.size(); ++i) own.emplace(*identifier(mine[i]), i);
-      for (const JSONValue& entry : other) {
-        const auto index = own.find(*identifier(entry));
-        if (index == own.end()) {
-          error(path, quoted(*identifier(entry)) + " is in " + otherName_ + ", but not here");
-        } else {
-          compare(mine[index->second], entry, at(path, index->second));
-        }
-      }
+      compareEntries(mine, other, path);
     } else if (mine.size() != other.size()) {
-      error(path, "has " + std::to_string(mine.size()) + " entries, but " + std::to_string(other.size()) +
-                      " in " + otherName_);
+      report_.error(name_, path,
+                    "has " + std::to_string(mine.size()) + " entries, but " + std::to_string(other.size()) +
+                        " in " + defaultLanguage_ + ": list the same entries in both");
     } else {
       for (std::size_t i = 0; i < mine.size(); ++i) compare(mine[i], other[i], at(path, i));
     }
   }
 
-  const std::string_view name_;
-  const std::string otherName_;
+  void compareEntries(const JSONArray& mine, const JSONArray& other, const std::string& path) {
+    std::map<std::string_view, const JSONValue*> others;
+    for (const JSONValue& entry : other) others.emplace(*identifier(entry), &entry);
+    std::map<std::string_view, std::size_t> extra;
+    for (std::size_t i = 0; i < mine.size(); ++i) {
+      const std::string& id = *identifier(mine[i]);
+      const auto same = others.find(id);
+      if (same == others.end()) {
+        extra.emplace(id, i);
+      } else {
+        compare(mine[i], *same->second, at(path, i));
+        others.erase(same);
+      }
+    }
+    std::vector<std::string> missing;
+    for (const auto& [id, entry] : others) missing.emplace_back(id);
+    for (const auto& [id, index] : extra) {
+      if (const auto meant = closest(id, missing)) {
+        const std::string place = at(path, index) + (mine[index].object() ? ".id" : "");
+        report_.error(name_, place, quoted(id) + " is not in " + defaultLanguage_ + didYouMean(*meant));
+        std::erase(missing, *meant);
+      } else {
+        isMissingInDefault(path, quoted(id) + " ");
+      }
+    }
+    for (const std::string& id : missing) isMissing(path, quoted(id) + " ");
+  }
+
+  const std::string& name_;
+  const std::string language_;
+  const std::string& defaultName_;
+  const std::string defaultLanguage_;
+  std::set<std::string>& gaps_;
   Report& report_;
 };
 
 template <class Record>
-void compareAll(const std::vector<Document<Record>>& documents, Report& report) {
-  for (const auto& mine : documents) {
-    for (const auto& other : documents) {
-      if (&mine == &other || mine.language == other.language) continue;
-      Comparison(mine.name, other.language.empty() ? "the others" : quoted(other.language), report)
-          .compare(mine.json, other.json, "");
-    }
+void compareAll(const std::vector<Document<Record>>& documents, const std::string& defaultLanguage,
+                Report& report) {
+  const auto nameOf = [](const std::string& language) {
+    return language.empty() ? "the document for all languages" : quoted(language);
+  };
+  auto standard = std::ranges::find(documents, defaultLanguage, &Document<Record>::language);
+  if (standard == documents.end()) standard = documents.begin();
+  std::set<std::string> gaps;
+  for (const auto& each : documents) {
+    if (&each == &*standard || each.language == standard->language) continue;
+    Comparison(each.name, nameOf(each.language), standard->name, nameOf(standard->language), gaps, report)
+        .compare(each.json, standard->json, "");
   }
 }
 
 }  // namespace
 
-void checkTranslations(const Site& site, Report& report) {
-  compareAll(site.customizations, report);
-  compareAll(site.services, report);
+void checkTranslations(const Site& site, const std::string& defaultLanguage, Report& report) {
+  compareAll(site.customizations, defaultLanguage, report);
+  compareAll(site.services, defaultLanguage, report);
 
   const auto& services = site.services;
   if (services.empty()) return;
   for (const auto& document : site.customizations) {
     const auto serves = [&](const ServicesDocument& each) {
-      return each.language.empty() || each.language == document.language;
+      return each.language.empty() || each.language == document.language ||
+             document.language.starts_with(each.language + "-");
     };
     if (std::ranges::any_of(services, serves)) continue;
-    report.error(document.name, "", "there are services in other languages, but none in this one");
+    report.error(document.name, "",
+                 "there are services in other languages, but none in this one: add a services." +
+                     document.language + ".json");
   }
 }
 

@@ -37,6 +37,8 @@ talvo_error describe(const Error& error) {
     described.code = platform->code();
   } else if (error.as<InvalidArgument>() || error.as<CodingError>()) {
     described.status = TALVO_INVALID_ARGUMENT;
+  } else if (error.as<NotShown>()) {
+    described.status = TALVO_NOT_SHOWN;
   }
   return described;
 }

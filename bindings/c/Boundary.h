@@ -24,6 +24,12 @@ class InvalidArgument : public std::exception {
   std::string description_;
 };
 
+/// The host has no window in the foreground for a banner.
+class NotShown : public std::exception {
+ public:
+  const char* what() const noexcept override { return "The host has no window in the foreground"; }
+};
+
 /// Returns the error as C sees it. It points to the texts of `error`, which must outlive it.
 talvo_error describe(const Error& error);
 

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <string_view>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 #include "TalvoConsentSDK/base/NeverDestroyed.h"
@@ -11,6 +12,7 @@
 
 #include "adapters/posix/PosixPlatform.h"
 
+#include "bindings/ConsentText.h"
 #include "bindings/c/Boundary.h"
 
 using namespace TalvoConsentSDK;
@@ -48,6 +50,15 @@ ConsentEvent eventOf(talvo_event event) {
 static_assert(static_cast<int>(ConsentEvent::identificationComplete) == TALVO_IDENTIFICATION_COMPLETE);
 static_assert(static_cast<int>(ConsentEvent::consentSent) == TALVO_CONSENT_SENT);
 
+ConsentCategory categoryOf(const char* name) {
+  const std::string text = requiredText(name, "category");
+  const auto category = fromRawValue<ConsentCategory>(text);
+  if (!category || !ConsentGate::has(*category)) {
+    throw Error(InvalidArgument("A gate has no category \"" + text + "\""));
+  }
+  return *category;
+}
+
 char* copied(const std::string& text) {
   char* const copy = static_cast<char*>(std::malloc(text.size() + 1));
   if (!copy) throw std::bad_alloc();
@@ -68,7 +79,22 @@ std::function<void()> closure(talvo_callback callback, std::shared_ptr<void> use
   };
 }
 
+// Gives a subscription to C, which frees it.
+talvo_subscription* handed(Subscription subscription) {
+  return reinterpret_cast<talvo_subscription*>(new Subscription(std::move(subscription)));
+}
+
+static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
+
 }  // namespace
+
+const char* talvo_version(void) {
+  return version();
+}
+
+void talvo_subscription_end(talvo_subscription* subscription) {
+  delete reinterpret_cast<Subscription*>(subscription);
+}
 
 void talvo_free(char* text) {
   std::free(text);
@@ -120,12 +146,56 @@ talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json) {
 talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                           talvo_reply_callback callback, void* user_data) {
   return guarded([&] {
-    const auto consent = JSONDecoder().decode<BasicConsent>(requiredText(json, "json"));
+    const auto consent = consentOf(requiredText(json, "json"));
     cookies(client).submitConsent(*consent, [callback, user_data](const Result<ConsentResponse>& result) {
       answer(callback, user_data,
              result ? JSONEncoder().encode(*result) : Result<std::string>(result.error()));
     });
   });
+}
+
+talvo_status talvo_cookies_erase_consent(talvo_cookies* client) {
+  return guarded([&] {
+    if (!cookies(client).eraseConsent())
+      throw Error(PlatformError("TalvoConsentSDK", -8, "The store has not removed the consent"));
+  });
+}
+
+talvo_subscription* talvo_gate_on(talvo_cookies* client, const char* category, const char* vendor,
+                                  talvo_callback start, talvo_callback stop, void* user_data,
+                                  talvo_callback release) {
+  talvo_subscription* subscription = nullptr;
+  guarded([&] {
+    const ConsentGate gate = cookies(client).gate();
+    const ConsentCategory gated = categoryOf(category);
+    const auto userData = owned(user_data, release);
+    subscription = handed(vendor ? gate.on(gated, vendor, closure(start, userData), closure(stop, userData))
+                                 : gate.on(gated, closure(start, userData), closure(stop, userData)));
+  });
+  return subscription;
+}
+
+talvo_status talvo_gate_is_allowed(talvo_cookies* client, const char* category, const char* vendor,
+                                   int* allowed) {
+  return guarded([&] {
+    const ConsentGate gate = cookies(client).gate();
+    const ConsentCategory gated = categoryOf(category);
+    required(allowed, "allowed") = vendor ? gate.isAllowed(gated, vendor) : gate.isAllowed(gated);
+  });
+}
+
+talvo_subscription* talvo_cookies_observe_consent(talvo_cookies* client, talvo_consent_callback callback,
+                                                  void* user_data, talvo_callback release) {
+  talvo_subscription* subscription = nullptr;
+  guarded([&] {
+    CookiesSDK& sdk = cookies(client);
+    if (!callback) throw Error(InvalidArgument("callback is null"));
+    subscription = handed(sdk.observeConsent(
+        [callback, userData = owned(user_data, release)](const std::optional<BasicConsent>& consent) {
+          callback(consent ? JSONEncoder().encode(*consent)->c_str() : nullptr, userData.get());
+        }));
+  });
+  return subscription;
 }
 
 talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id) {
@@ -141,12 +211,17 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
     CookiesSDK& sdk = cookies(client);
     const talvo_banner_callbacks host = required(callbacks, "callbacks");
     const auto userData = owned(host.user_data, host.release);
-    sdk.showBanner(closure(host.on_accept_all, userData), closure(host.on_reject_all, userData),
-                   closure(host.on_manage_preferences, userData),
-                   [onError = host.on_error, userData](const Error& error) {
-                     const talvo_error described = describe(error);
-                     if (onError) onError(&described, userData.get());
-                   });
+    const auto fail = [onError = host.on_error, userData](const Error& error) {
+      const talvo_error described = describe(error);
+      if (onError) onError(&described, userData.get());
+    };
+    const auto manage = closure(host.on_manage_preferences, userData);
+    sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
+                                  .onRejectAll = closure(host.on_reject_all, userData),
+                                  .onSaved = manage,
+                                  .onNotShown = [fail] { fail(Error(NotShown())); },
+                                  .onError = fail,
+                                  .onManagePreferences = manage});
   });
 }
 

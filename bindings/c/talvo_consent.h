@@ -39,7 +39,8 @@ enum {
   TALVO_INVALID_URL = 4,      /* the URL cannot be used; nothing was sent */
   TALVO_INVALID_RESPONSE = 5, /* the answer was not an HTTP response */
   TALVO_PLATFORM_ERROR = 6,   /* any other failure, mostly of the device: see domain and code */
-  TALVO_INVALID_ARGUMENT = 7  /* a null pointer, an unknown event, or text that is not a record */
+  TALVO_INVALID_ARGUMENT = 7, /* a null pointer, an unknown event or category, or text that is not a record */
+  TALVO_NOT_SHOWN = 8         /* the platform has no window in the foreground for the banner */
 };
 
 /* Describes an error. Later versions may add fields at the end. */
@@ -72,6 +73,13 @@ typedef void (*talvo_error_callback)(const talvo_error* error, void* user_data);
 /* Called once: with a null error and the service's answer as JSON, or with an error and null JSON. */
 typedef void (*talvo_reply_callback)(const talvo_error* error, const char* json, void* user_data);
 
+/* Called with the consent as JSON, or with null if there is none. */
+typedef void (*talvo_consent_callback)(const char* json, void* user_data);
+
+/* The version of this header; talvo_version returns the library's. */
+#define TALVO_VERSION "1.0.0"
+TALVO_API const char* talvo_version(void);
+
 /* Why the last call on this thread failed; empty if it succeeded, never null. Valid until the next call. */
 TALVO_API const char* talvo_last_error(void);
 
@@ -100,6 +108,34 @@ TALVO_API talvo_cookies* talvo_cookies_create(const char* api_url, const char* s
 /* Sets the language of the banner from now on; initially "en". */
 TALVO_API talvo_status talvo_cookies_set_language(talvo_cookies* client, const char* language);
 
+/*
+ * Keeps a registration alive. talvo_subscription_end ends it and frees the handle; null is ignored. The
+ * registration's `release` is called then, or after a callback that is running. A registration that is never
+ * ended lasts as long as the process.
+ */
+typedef struct talvo_subscription talvo_subscription;
+TALVO_API void talvo_subscription_end(talvo_subscription* subscription);
+
+/*
+ * The gate starts and stops what needs consent. `category` is "necessary", "preferences", "statistics" or
+ * "marketing", and `vendor` one of its vendors as the site's services document names it, or null for the
+ * whole category. talvo_gate_on calls `start` on the main thread if the stored consent allows that, and from
+ * then on, whenever this changes, `stop` and `start` in turn; either may be null. A consent counts once the
+ * service has accepted it and it is stored, whoever gave it. talvo_gate_on returns null on failure.
+ */
+TALVO_API talvo_subscription* talvo_gate_on(talvo_cookies* client, const char* category, const char* vendor,
+                                            talvo_callback start, talvo_callback stop, void* user_data,
+                                            talvo_callback release);
+
+/* Sets `allowed` to 1 or 0. Does not read the store. Any thread. */
+TALVO_API talvo_status talvo_gate_is_allowed(talvo_cookies* client, const char* category, const char* vendor,
+                                             int* allowed);
+
+/* Calls `callback` on the main thread after each change of the stored consent. Returns null on failure. */
+TALVO_API talvo_subscription* talvo_cookies_observe_consent(talvo_cookies* client,
+                                                            talvo_consent_callback callback, void* user_data,
+                                                            talvo_callback release);
+
 /* Sets `json` to the consent stored now, or to null if there is none. */
 TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json);
 
@@ -111,6 +147,12 @@ TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** j
  */
 TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const char* json,
                                                     talvo_reply_callback callback, void* user_data);
+
+/*
+ * Removes everything that is stored on the device about the person, and closes the gates. Sends nothing.
+ * Returns TALVO_PLATFORM_ERROR if the store has not removed it yet; later operations then try again.
+ */
+TALVO_API talvo_status talvo_cookies_erase_consent(talvo_cookies* client);
 
 /*
  * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it.
@@ -136,8 +178,8 @@ typedef struct talvo_banner_callbacks {
 
 /*
  * Fetches what the banner needs and shows it. The banner needs a platform with windows, which a C++ part of
- * the host must install instead of calling talvo_install; on any other platform, no decision is ever
- * reported.
+ * the host must install instead of calling talvo_install. On any other platform, and while the host has no
+ * window in the foreground, `on_error` receives TALVO_NOT_SHOWN.
  */
 TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);

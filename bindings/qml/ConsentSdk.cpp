@@ -8,10 +8,12 @@
 #include <stdexcept>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
-#include "TalvoConsentSDK/core/ConsentObservers.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/qt/QtPlatform.h"
+
+#include "bindings/ConsentText.h"
+#include "bindings/qml/QmlConsentGate.h"
 
 namespace TalvoConsentSDK {
 
@@ -39,13 +41,12 @@ std::function<void(std::function<void(Object&)>)> onGuiThread(Object* object) {
 
 void registerQmlTypes() {
   qmlRegisterType<ConsentSdk>("TalvoConsent", 1, 0, "ConsentSdk");
+  qmlRegisterType<QmlConsentGate>("TalvoConsent", 1, 0, "ConsentGate");
 }
 
 ConsentSdk::ConsentSdk(QObject* parent) : QObject(parent) {}
 
-ConsentSdk::~ConsentSdk() {
-  for (const auto& [event, listener] : listeners_) sdk_->removeEventListener(event, listener);
-}
+ConsentSdk::~ConsentSdk() = default;
 
 // Called by the QML engine, which exceptions must not pass through.
 void ConsentSdk::componentComplete() try {
@@ -62,15 +63,13 @@ void ConsentSdk::componentComplete() try {
   if (hasLanguage_) sdk_->setLanguage(language_.toStdString());
   for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
     const QString name = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
-    const auto raise = [run = onGuiThread(this), name] {
+    subscriptions_.push_back(sdk_->addEventListener(event, [run = onGuiThread(this), name] {
       run([name](ConsentSdk& self) { emit self.eventRaised(name); });
-    };
-    const auto listener = std::make_shared<ConsentEventClosureCallback>(raise, [] {});
-    sdk_->addEventListener(event, listener);
-    listeners_[event] = listener;
+    }));
   }
-  observation_ = observeStoredConsent(*sdk_, [this] { emit consentChanged(); });
+  subscriptions_.push_back(sdk_->observeConsent([this](const auto&) { emit consentChanged(); }));
   emit consentChanged();
+  emit completed();
 } catch (...) {
   report(Error::current());
 }
@@ -93,8 +92,20 @@ QVariant ConsentSdk::consent() const {
 
 void ConsentSdk::showBanner() {
   if (!sdk()) return;
-  sdk_->showBanner({}, {}, {}, [run = onGuiThread(this)](const Error& error) {
-    run([error](ConsentSdk& self) { self.report(error); });
+  const auto run = onGuiThread(this);
+  const auto ended = [run](const char* outcome) {
+    return [run, outcome] {
+      run([outcome](ConsentSdk& self) { emit self.bannerEnded(QString::fromLatin1(outcome)); });
+    };
+  };
+  sdk_->showBanner(BannerHandlers{
+      .onAcceptAll = ended("accepted"),
+      .onRejectAll = ended("rejected"),
+      .onSaved = ended("saved"),
+      .onClosed = ended("closed"),
+      .onReplaced = ended("replaced"),
+      .onNotShown = ended("notShown"),
+      .onError = [run](const Error& error) { run([error](ConsentSdk& self) { self.report(error); }); },
   });
 }
 
@@ -112,7 +123,7 @@ void ConsentSdk::rejectAll() {
 
 void ConsentSdk::submit(const QByteArray& json) {
   if (!sdk()) return;
-  const auto consent = JSONDecoder().decode<BasicConsent>(json.toStdString());
+  const auto consent = consentOf(json.toStdString());
   if (!consent) return report(consent.error());
   sdk_->submitConsent(*consent, [run = onGuiThread(this)](const Result<ConsentResponse>& result) {
     if (!result) run([error = result.error()](ConsentSdk& self) { self.report(error); });
@@ -125,6 +136,20 @@ void ConsentSdk::identify(const QString& userId) {
 
 void ConsentSdk::removeIdentity() {
   if (sdk()) sdk_->removeIdentity();
+}
+
+bool ConsentSdk::eraseConsent() {
+  return sdk() && sdk_->eraseConsent();
+}
+
+bool ConsentSdk::isAllowed(const QString& category, const QString& vendor) try {
+  if (!sdk()) return false;
+  const ConsentCategory gated = QmlConsentGate::categoryOf(category);
+  return vendor.isEmpty() ? sdk_->gate().isAllowed(gated)
+                          : sdk_->gate().isAllowed(gated, vendor.toStdString());
+} catch (...) {
+  report(Error::current());
+  return false;
 }
 
 CookiesSDK* ConsentSdk::sdk() {

@@ -7,17 +7,16 @@
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
-#include <map>
 #include <memory>
+#include <vector>
 
 #include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/core/Subscription.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
 class CookiesSDK;
-class ConsentEventCallback;
 class Error;
-enum class ConsentEvent;
 
 /// Makes `import TalvoConsent` work: call it once, before the first QML file is loaded.
 TALVO_EXPORT void registerQmlTypes();
@@ -50,6 +49,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void setLanguage(const QString& language);
   QVariant consent() const;
 
+  /// Shows the banner. `bannerEnded` or `failed` follows.
   Q_INVOKABLE void showBanner();
   Q_INVOKABLE void submitConsent(const QVariantMap& consent);
   Q_INVOKABLE void acceptAll();
@@ -57,14 +57,31 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_INVOKABLE void identify(const QString& userId);
   Q_INVOKABLE void removeIdentity();
 
+  /// Removes what is stored on the device about the user. Returns whether the store has removed it.
+  Q_INVOKABLE bool eraseConsent();
+
+  /// Returns whether the stored consent allows a category, or one of its vendors. False, and `failed`, if
+  /// there is no such category.
+  Q_INVOKABLE bool isAllowed(const QString& category, const QString& vendor = {});
+
+  /// The process's client; null until the component is complete.
+  const std::shared_ptr<CookiesSDK>& client() const { return sdk_; }
+
+  void report(const Error& error);
+
   void classBegin() override {}
   void componentComplete() override;
 
  signals:
   void languageChanged();
 
-  /// The stored consent may have changed, whatever changed it: a decision, an implicit consent or an
-  /// identity.
+  /// The component is complete.
+  void completed();
+
+  /// How the banner ended: "accepted", "rejected", "saved", "closed", "replaced" or "notShown".
+  void bannerEnded(const QString& outcome);
+
+  /// The stored consent has changed, whatever changed it: a decision, an implicit consent or an identity.
   void consentChanged();
 
   /// One of the SDK's events was raised. `event` is its name, such as "ConsentSent".
@@ -76,7 +93,6 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
  private:
   CookiesSDK* sdk();
   void submit(const QByteArray& json);
-  void report(const Error& error);
 
   QString apiUrl_;
   QString siteId_;
@@ -87,8 +103,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   QString language_ = QStringLiteral("en");
   bool hasLanguage_ = false;  // whether it has been set
   std::shared_ptr<CookiesSDK> sdk_;
-  std::map<ConsentEvent, std::shared_ptr<ConsentEventCallback>> listeners_;
-  std::shared_ptr<void> observation_;
+  std::vector<Subscription> subscriptions_;
 };
 
 }  // namespace TalvoConsentSDK

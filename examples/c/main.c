@@ -1,4 +1,5 @@
-/* A host in C: submits a choice through the C interface and prints the events.
+/* A host in C: submits a choice through the C interface, runs a vendor's code while the stored consent allows
+ * it, and prints the events.
  *
  *   c-host URL [STORE]
  */
@@ -9,6 +10,14 @@
 
 /* The exit status; -1 until the reply arrives, on a background thread. */
 static atomic_int status = -1;
+
+static void on_start(void* user_data) {
+  printf("%s: started\n", (const char*)user_data);
+}
+
+static void on_stop(void* user_data) {
+  printf("%s: stopped\n", (const char*)user_data);
+}
 
 static void on_event(talvo_event event, void* user_data) {
   printf("event %d for %s\n", event, (const char*)user_data);
@@ -45,6 +54,10 @@ int main(int count, char** arguments) {
   if (!sdk) return fprintf(stderr, "%s\n", talvo_last_error()), 1;
   if (print_consent(sdk) != 0) return 1;
 
+  talvo_subscription* const ads =
+      talvo_gate_on(sdk, "marketing", "Adlantern", on_start, on_stop, "Adlantern", NULL);
+  if (!ads) return fprintf(stderr, "%s\n", talvo_last_error()), 1;
+
   for (talvo_event event = TALVO_ACCEPT_ALL; event <= TALVO_IDENTIFICATION_COMPLETE; ++event) {
     talvo_cookies_add_listener(sdk, event, on_event, "the demo",
                                event == TALVO_CONSENT_SENT ? on_release : NULL);
@@ -57,6 +70,8 @@ int main(int count, char** arguments) {
     talvo_wait(100); /* a real host does its own work here */
     talvo_drain();
   }
+  talvo_drain(); /* the last jobs may have arrived together with the reply */
+  talvo_subscription_end(ads);
   talvo_cookies_remove_all_listeners(sdk);
   return print_consent(sdk) == 0 ? status : 1;
 }

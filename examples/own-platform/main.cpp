@@ -25,14 +25,23 @@ int main(int count, char** arguments) {
   Platform::install(platform);
 
   const auto sdk = CookiesSDK::createInstance(arguments[1], "demo");
+  const Subscription analytics = sdk->gate().on(
+      ConsentCategory::statistics, [] { std::printf("analytics: started\n"); },
+      [] { std::printf("analytics: stopped\n"); });
+
   std::optional<int> exitStatus;
   const auto finish = [&](const char* what, int status) {
     std::printf("%s\n", what);
     exitStatus = status;
   };
-  sdk->showBanner([&] { finish("accepted", 0); }, [&] { finish("rejected", 0); },
-                  [&] { finish("preferences saved", 0); },
-                  [&](const Error& error) { finish(error.what(), 1); });
+  sdk->showBanner(BannerHandlers{
+      .onAcceptAll = [&] { finish("accepted", 0); },
+      .onRejectAll = [&] { finish("rejected", 0); },
+      .onSaved = [&] { finish("preferences saved", 0); },
+      .onClosed = [&] { finish("closed without a decision", 0); },
+      .onNotShown = [&] { finish("not shown", 1); },
+      .onError = [&](const Error& error) { finish(error.what(), 1); },
+  });
   while (!exitStatus) {
     mainQueue->wait(std::chrono::milliseconds(100));
     mainQueue->drain();

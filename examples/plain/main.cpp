@@ -1,9 +1,10 @@
-// A host with its own main loop and no toolkit. Reads the stored consent, listens to events and submits a
-// choice.
+// A host with its own main loop and no toolkit. Reads the stored consent, runs a vendor's code while the
+// consent allows it, listens to events and submits a choice.
 //
 //   plain URL [STORE]
 
 #include <cstdio>
+#include <vector>
 
 #include <TalvoConsentSDK/TalvoConsentSDK.h>
 #include <adapters/posix/PosixPlatform.h>
@@ -21,9 +22,15 @@ int main(int count, char** arguments) {
   const auto stored = sdk->getConsent();
   std::printf("stored: %s\n", stored ? std::string(rawValue(stored->status())).c_str() : "nothing");
 
+  // Both closures run in `drain` below, at this launch and at every later one.
+  const Subscription ads = sdk->gate().on(
+      ConsentCategory::marketing, "Adlantern", [] { std::printf("Adlantern: started\n"); },
+      [] { std::printf("Adlantern: stopped\n"); });
+
+  std::vector<Subscription> listeners;
   for (const auto& [event, name] : RawValues<ConsentEvent>::table) {
     const auto print = [text = std::string(name)] { std::printf("event: %s\n", text.c_str()); };
-    sdk->addEventListener(event, std::make_shared<ConsentEventClosureCallback>(print, [] {}));
+    listeners.push_back(sdk->addEventListener(event, print));
   }
 
   bool isDone = false;

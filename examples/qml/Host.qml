@@ -26,6 +26,14 @@ Window {
         Component.onCompleted: if (this.consent === null) showBanner()
     }
 
+    // Runs analytics while the stored consent allows statistics, at this launch and at every later one.
+    ConsentGate {
+        sdk: consent
+        category: "statistics"
+        onStarted: console.log("analytics: started")
+        onStopped: console.log("analytics: stopped")
+    }
+
     Column {
         anchors.centerIn: parent
         spacing: 16

@@ -1,4 +1,5 @@
-// A Qt Quick host. Its only code for consent is one line here and the ConsentSdk in Host.qml.
+// A Qt Quick host. Its only code for consent is one line here, and the ConsentSdk and the ConsentGate in
+// Host.qml.
 //
 //   qml-host URL [STORE]
 

@@ -60,6 +60,8 @@ TEST(ClientThreads, SixteenThreadsUseEverythingAtOnce) {
   Platform::install(platform);
 
   std::atomic<int> submitted = 0, answered = 0, heard = 0;
+  bool isRunning = false;  // what the gate below runs; on the main thread only
+  Subscription gate;
   const auto work = [&, url = server.url("")](int number) {
     const auto client = CookiesSDK::createInstance(url, "s");
     EXPECT_EQ(CookiesSDK::getInstance(), client);
@@ -87,6 +89,16 @@ TEST(ClientThreads, SixteenThreadsUseEverythingAtOnce) {
       client->setLanguage(round % 2 ? "de" : "en");
       client->showBanner([] {}, [] {}, [] {}, [](const Error& error) { ADD_FAILURE() << error.what(); });
       if (number == 0) client->removeAllEventListeners();
+      const Subscription brief = client->gate().on(ConsentCategory::marketing, [] {}, [] {});
+      const Subscription listening = client->addEventListener(ConsentEvent::acceptAll, [&] { ++heard; });
+      const Subscription observing = client->observeConsent([&](const auto&) { ++heard; });
+      if (number == 0 && round == 0) {
+        gate = client->gate().on(
+            ConsentCategory::marketing, [&] { EXPECT_FALSE(std::exchange(isRunning, true)); },
+            [&] { EXPECT_TRUE(std::exchange(isRunning, false)); });
+      }
+      if (number == 2) client->eraseConsent();
+      client->gate().isAllowed(ConsentCategory::marketing, "vendor");
       if (number == 1) round % 2 ? client->removeIdentity() : client->identify("u");
       client->getConsent();
     }
@@ -105,6 +117,9 @@ TEST(ClientThreads, SixteenThreadsUseEverythingAtOnce) {
   EXPECT_EQ(submitted, submissions) << testing::PrintToString(printer->take());
   EXPECT_EQ(received, submissions);
   EXPECT_EQ(scene->banners, submissions);
+  const auto stored = CookiesSDK::getInstance()->getConsent();
+  mainQueue->drain();
+  EXPECT_EQ(isRunning, stored && stored->marketing && stored->marketing->isAll());
   std::filesystem::remove_all(folder);
 }
 

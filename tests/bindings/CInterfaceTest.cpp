@@ -40,6 +40,7 @@ struct Heard {
     ++self.replies;
   }
   static void event(talvo_event event, void* heard) { static_cast<Heard*>(heard)->events.push_back(event); }
+  static void note(void* heard) { ++static_cast<Heard*>(heard)->replies; }
   static void release(void* heard) {
     ++static_cast<Heard*>(heard)->releases;
     throw std::runtime_error("as C++ behind the interface may");
@@ -106,12 +107,45 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
       {talvo_cookies_add_listener(sdk, 0, nullptr, &heard, Heard::release), "callback is null"},
       {talvo_cookies_submit_consent(sdk, "{", Heard::reply, &heard), ""},
       {talvo_cookies_submit_consent(sdk, R"({"marketing":1})", Heard::reply, &heard), "marketing"},
+      {talvo_cookies_submit_consent(sdk, R"({"statistic":true})", Heard::reply, &heard), "statistic"},
       {talvo_cookies_identify(nullptr, "user"), "client is null"},
+      {talvo_gate_is_allowed(sdk, "doNotSell", nullptr, &heard.httpStatus), "category"},
+      {talvo_gate_is_allowed(sdk, "statistics", nullptr, nullptr), "allowed is null"},
       {talvo_cookies_get_consent(sdk, nullptr), "json is null"},
       {talvo_cookies_show_banner(sdk, nullptr), "callbacks is null"},
       {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
   };
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
+  EXPECT_EQ(talvo_gate_on(sdk, "ads", nullptr, Heard::note, nullptr, &heard, Heard::release), nullptr);
+  EXPECT_THAT(talvo_last_error(), HasSubstr("A gate has no category \"ads\""));
+  EXPECT_EQ(talvo_cookies_observe_consent(sdk, nullptr, &heard, Heard::release), nullptr);
+  EXPECT_EQ(heard.releases, 0);
+}
+
+TEST_F(CInterfaceTest, GatesObservesAndErases) {
+  EXPECT_STREQ(talvo_version(), TALVO_VERSION);
+  const auto observe = [](const char* json, void* observer) {
+    static_cast<Heard*>(observer)->json = json ? json : "none";
+  };
+  talvo_subscription* const observation = talvo_cookies_observe_consent(sdk, observe, &heard, nullptr);
+  talvo_subscription* const gate =
+      talvo_gate_on(sdk, "marketing", "v", Heard::note, Heard::note, &heard, Heard::release);
+  ASSERT_TRUE(observation && gate) << talvo_last_error();
+  ASSERT_EQ(talvo_cookies_submit_consent(sdk, R"({"marketing":["v"]})", nullptr, nullptr), TALVO_OK);
+  heard.await(1);
+  EXPECT_EQ(heard.json, R"({"marketing":["v"]})");
+  for (const auto& [vendor, expected] : {std::pair("v", 1), {"w", 0}, {nullptr, 0}}) {
+    int allowed = 9;
+    EXPECT_EQ(talvo_gate_is_allowed(sdk, "marketing", vendor, &allowed), TALVO_OK);
+    EXPECT_EQ(allowed, expected);
+  }
+  EXPECT_EQ(talvo_cookies_erase_consent(sdk), TALVO_OK);
+  heard.await(2);
+  EXPECT_EQ(heard.json, "none");
+  talvo_subscription_end(gate);
+  talvo_subscription_end(observation);
+  talvo_subscription_end(nullptr);
+  EXPECT_EQ(heard.releases, 1);
 }
 
 TEST_F(CInterfaceTest, SubmitsStoresAndRaisesEvents) {

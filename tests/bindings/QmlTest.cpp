@@ -1,6 +1,7 @@
 // The QML type in a host that has its own platform and client.
 
 #include "bindings/qml/ConsentSdk.h"
+#include "bindings/qml/QmlConsentGate.h"
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
@@ -49,6 +50,43 @@ TEST_F(QmlTest, KeepsTheHostsSettingsAndReportsEveryChange) {
   }
   EXPECT_EQ(stored("basicConsent"), written(BasicConsent::rejectAll()));
   EXPECT_EQ(platform.mainActor->runAll(), 0u) << "no listeners are left";
+}
+
+TEST_F(QmlTest, GatesACategoryOrAVendor) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
+  answer("PUT", "cookie-consent/s", 200, R"({"id":"n"})");
+  answer("GET", "cookies/s/configurations", 200, "{}");
+  Item sdk;
+  QStringList reports;
+  sdk.connect(&sdk, &ConsentSdk::failed, [&](const QString& failure) { reports << failure; });
+  std::vector<std::unique_ptr<QmlConsentGate>> gates;
+  for (const auto& [category, vendor] :
+       {std::pair("statistics", ""), {"marketing", "A"}, {"doNotSell", ""}}) {
+    const auto& gate = gates.emplace_back(std::make_unique<QmlConsentGate>());
+    gate->setProperty("sdk", QVariant::fromValue<ConsentSdk*>(&sdk));
+    gate->setProperty("category", category);
+    gate->setProperty("vendor", vendor);
+    const QString name = category;
+    gate->connect(gate.get(), &QmlConsentGate::started, [&reports, name] { reports << "+" + name; });
+    gate->connect(gate.get(), &QmlConsentGate::stopped, [&reports, name] { reports << "-" + name; });
+    gate->componentComplete();  // earlier than the sdk's
+  }
+  sdk.componentComplete();
+  platform.settle();
+  EXPECT_EQ(std::exchange(reports, {}), QStringList("A gate has no category \"doNotSell\""));
+  sdk.submitConsent({{"statistics", true}, {"marketing", QStringList("A")}});
+  platform.settle();
+  EXPECT_EQ(std::exchange(reports, {}), QStringList({"+statistics", "+marketing"}));
+  EXPECT_TRUE(gates[0]->allowed() && sdk.isAllowed("marketing", "A") && !sdk.isAllowed("marketing"));
+  sdk.submitConsent({{"statistic", true}});
+  EXPECT_FALSE(sdk.isAllowed("ads"));
+  ASSERT_EQ(reports.size(), 2);
+  EXPECT_TRUE(reports.takeFirst().contains("statistic: There is no such category"));
+  EXPECT_EQ(reports.takeFirst(), "A gate has no category \"ads\"");
+  gates[1].reset();
+  EXPECT_TRUE(sdk.eraseConsent());
+  platform.settle();
+  EXPECT_EQ(reports, QStringList("-statistics"));
 }
 
 // This happens if a host's store or printer runs an event loop that loads the QML.

@@ -1,14 +1,15 @@
 // Checks that a user's choice survives any order of events. Runs sequences of steps, with a new process after
-// each restart, and compares the stored values with a model. The steps: "decide:x" and "refused:x" submit x,
-// which the service accepts or refuses; "ask:x" submits x and leaves the request unanswered; "identify:u",
-// "forget" and "restart"; "yes:n" and "no:n" answer an open request, and "replies" accepts all open requests;
-// "store:fine", "store:fixed" (cannot be written) and "store:broken" set the state of the store; "die:n" ends
-// the process at its n-th operation on the store after this step. Two words apply to the whole sequence: with
-// "implicit" the site has implicit consent, and with "one-by-one" the store makes the changes of a commit one
-// after the other.
+// each restart, and compares the stored values and what gates run with a model. The steps: "decide:x" and
+// "refused:x" submit x, which the service accepts or refuses; "ask:x" submits x and leaves the request
+// unanswered; "identify:u", "forget", "erase" and "restart"; "yes:n" and "no:n" answer an open request, and
+// "replies" accepts all open requests; "store:fine", "store:fixed" (cannot be written) and "store:broken" set
+// the state of the store; "die:n" ends the process at its n-th operation on the store after this step. Two
+// words apply to the whole sequence: with "implicit" the site has implicit consent, and with "one-by-one" the
+// store makes the changes of a commit one after the other.
 
 #include <map>
 #include <random>
+#include <set>
 
 #include <sys/mman.h>
 #include <sys/wait.h>
@@ -36,6 +37,8 @@ struct Kept {
 
 const Texts keys{"com.talvo.consent.basicConsent.s", "com.talvo.consent.originalConsent.s",
                  "com.talvo.consent.userId.s"};
+
+const Texts vendors = words("n u x y z ann ben");
 
 std::string consentOf(const std::string& vendor) {
   return R"({"marketing":[")" + vendor + R"("]})";
@@ -78,7 +81,7 @@ enum class Kind { login, decision, implicit };
 struct Asked {
   Kind kind;
   std::string user = "-", consent = "-";
-  int number = 0, identity = 0, decisions = 0;
+  int number = 0, identity = 0, decisions = 0, erasures = 0;
 };
 
 // The expected behaviour: the store holds the latest decision of the current user. A user without a decision
@@ -87,10 +90,10 @@ struct Asked {
 struct Model {
   Kept kept;
   bool isFine = true, isReadable = true, inherits = false;
-  std::vector<std::string> unwritten;  // logins by user and logouts as "-", not stored yet
+  std::vector<std::string> unwritten;  // logins by user, logouts as "-" and erasures, not stored yet
   std::string user = "?";              // as known to the process, "?" if unknown
   std::vector<Asked> asked;
-  int identity = 0, decisions = 0, number = 0;
+  int identity = 0, decisions = 0, number = 0, erasures = 0;
   std::map<std::string, int> latest;
 
   void begin(const Kept& found, bool isImplicit) {
@@ -106,13 +109,16 @@ struct Model {
   void ask(Asked question) {
     question.identity = identity;
     question.decisions = decisions;
+    question.erasures = erasures;
     asked.push_back(question);
   }
   void write() {
     for (const std::string& next : isFine ? std::exchange(unwritten, {}) : Texts{}) {
+      if (next == "erased") kept = {};
       if (next == "-") kept = {kept.original != "-" ? kept.original : kept.consent, "-", "-"};
-      if (next != "-" && kept.user == "-") kept.original = kept.consent, inherits = true;
-      kept.user = next;
+      const std::string identified = next == "erased" ? "-" : next;
+      if (identified != "-" && kept.user == "-") kept.original = kept.consent, inherits = true;
+      kept.user = identified;
     }
   }
   void change(const std::string& to) {
@@ -120,6 +126,13 @@ struct Model {
     ++identity;
     write();
     if (to != "-") ask({Kind::login, to});
+  }
+  void erase() {
+    unwritten.push_back("erased");
+    user = "-";
+    ++identity, ++decisions, ++erasures;
+    latest.clear();
+    write();
   }
   void submit(const std::string& consent) {
     write();
@@ -136,6 +149,7 @@ struct Model {
     kept.consent = question.user, inherits = false;
   }
   void decide(Asked question) {
+    if (question.erasures != erasures) return;
     const std::string& now = isReadable && user == "?" ? kept.user : user;
     if (question.user == "?") question.user = question.identity == identity && now != "?" ? now : "-";
     int& newest = latest[question.user];
@@ -194,6 +208,10 @@ class ClientProcess {
     client_ = CookiesSDK::createInstance("https://service.example/", "s");
     platform_.settle();
     answer(0, true);  // the site's configuration request
+    for (const std::string& name : vendors)
+      gates_.push_back(client_->gate().on(
+          ConsentCategory::marketing, name, [this, name] { note(name, true); },
+          [this, name] { note(name, false); }));
     check();
     for (; shared_.next < steps_.size(); ++shared_.next) {
       const std::string& step = steps_[shared_.next];
@@ -235,10 +253,16 @@ class ClientProcess {
       model_.change(verb == "forget" ? "-" : object);
       verb == "forget" ? client_->removeIdentity() : client_->identify(object);
     }
+    if (verb == "erase") {
+      model_.erase();
+      const bool isEmpty = model_.isReadable && before_.kept == Kept();
+      if (client_->eraseConsent() != (model_.isFine || isEmpty)) fail("erased");
+    }
     if (verb == "decide" || verb == "ask" || verb == "refused") {
       model_.submit(object);
       client_->submitConsent(parsed<BasicConsent>(consentOf(object)), nullptr);
     }
+    isWithdrawn_ = isWithdrawn_ || (!model_.isReadable && (verb == "forget" || verb == "erase"));
     platform_.settle();
     if (verb == "decide" || verb == "refused") reply(model_.asked.size() - 1, verb == "decide");
     if (verb == "replies")
@@ -295,6 +319,31 @@ class ClientProcess {
     if (name != (model_.isReadable ? current.kept.consent : "-")) fail("returns " + name);
     if (stored().restored() != model_.kept) fail("stored " + stored().text());
     if (service_->requests.size() != model_.asked.size()) fail("sent other requests");
+    checkGates(current);
+  }
+
+  // What runs is the consent. While the store cannot be read, what runs stays, except that a logout or an
+  // erasure stops it if the store has not taken it.
+  void checkGates(const Model& current) {
+    platform_.settle();
+    const bool isUnwritten = !(current.kept == model_.kept);
+    if (model_.isReadable) {
+      if (!isUnwritten) model_.unwritten.clear();  // there was nothing to write
+      allowed_ = current.kept.consent;
+      isWithdrawn_ = isUnwritten && (std::ranges::count(model_.unwritten, "-") > 0 ||
+                                     std::ranges::count(model_.unwritten, "erased") > 0);
+    } else if (isWithdrawn_) {
+      allowed_ = "-";
+    }
+    const std::string running = running_.size() == vendors.size() ? "all"
+                                : running_.empty()                ? "-"
+                                                                  : *running_.begin();
+    if (running != allowed_ || (running_.size() > 1 && running != "all"))
+      fail("runs " + running + " instead of " + allowed_);
+  }
+  void note(const std::string& name, bool isStarted) {
+    if (running_.contains(name) == isStarted) fail("started or stopped " + name + " twice");
+    isStarted ? (void)running_.insert(name) : (void)running_.erase(name);
   }
 
   void fail(const std::string& what) {
@@ -316,6 +365,10 @@ class ClientProcess {
   Model model_;
   Model before_, written_;  // the model before the current step, and the same with its pending writes done
   int left_ = 0;
+  std::vector<Subscription> gates_;
+  std::set<std::string> running_;
+  std::string allowed_ = "-";  // what the gates should run
+  bool isWithdrawn_ = false;   // a logout or an erasure has not been stored
 };
 
 // Runs the steps, with a new process after each restart. Returns the failure, or an empty text.
@@ -335,7 +388,7 @@ Texts randomSteps(unsigned seed) {
   const auto any = [&](const Texts& of) { return of[random() % of.size()]; };
   const Texts verbs = words(
       "decide:x decide:y decide:z ask:x ask:y ask:z refused:z identify:ann identify:ben identify:new "
-      "identify:ann forget forget yes:0 yes:1 yes:2 no:0 restart store:fine store:fine "
+      "identify:ann forget forget erase yes:0 yes:1 yes:2 no:0 restart store:fine store:fine "
       "store:fixed store:broken die:1 die:4 die:7 die:9");
   Texts steps;
   if (random() % 2) steps.push_back("implicit");

@@ -29,6 +29,13 @@ TEST_F(ClientTest, IsOneInstanceForTheWholeProcess) {
   EXPECT_THAT(newRequests(), ElementsAre(configurations));
 }
 
+// A tracker that must start early asks the gate before the main loop runs.
+TEST_F(ClientTest, KnowsTheStoredConsentOnceCreated) {
+  store("basicConsent", R"({"statistics":true})");
+  EXPECT_TRUE(create()->gate().isAllowed(ConsentCategory::statistics));
+  platform.settle();
+}
+
 TEST_F(ClientTest, SendsTheImplicitPayload) {
   answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
   create(R"({"implicitConsent":true})");

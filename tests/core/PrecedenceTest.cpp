@@ -1,6 +1,8 @@
 // Checks which choice is kept when each source of a consent meets each kind of stored consent, with a network
 // and a store that work or fail. The table is tests/golden/precedence.txt, whose header explains the columns.
 
+#include <set>
+
 #include "TalvoConsentSDK/platform/Spawn.h"
 
 #include "tests/core/ClientTest.h"
@@ -55,7 +57,9 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
       client = CookiesSDK::createInstance("https://service.example/", "s");
       EXPECT_THAT(newRequests(), IsEmpty()) << "sent before the call returned";
       noteEvents(*client);
+      for (const auto& [name, category, vendor] : gated) gates.push_back(watched(name, category, vendor));
     }
+    if (verb == "erase") note(client->eraseConsent() ? "erased" : "not erased");
     if (verb == "identify") client->identify(object);
     if (verb == "removeIdentity") client->removeIdentity();
     if (verb == "submit")
@@ -94,6 +98,41 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "settle") platform.settle();
   }
 
+  // Registers a gate that keeps `name` in `running` while it is open.
+  Subscription watched(const std::string& name, ConsentCategory category, const std::string& vendor) {
+    const auto start = [this, name] { EXPECT_TRUE(running.insert(name).second) << name << " started twice"; };
+    const auto stop = [this, name] { EXPECT_EQ(running.erase(name), 1U) << name << " stopped twice"; };
+    return vendor.empty() ? client->gate().on(category, start, stop)
+                          : client->gate().on(category, vendor, start, stop);
+  }
+
+  // The names of the gates that are open under the consent that the client returns.
+  std::set<std::string> open() const {
+    std::set<std::string> names;
+    const auto consent = client->getConsent().value_or(BasicConsent());
+    for (const auto& [name, category, vendor] : gated) {
+      const auto& value = category == ConsentCategory::preferences  ? consent.preferences
+                          : category == ConsentCategory::statistics ? consent.statistics
+                                                                    : consent.marketing;
+      const bool isListed = value && std::ranges::count(value->items(), vendor) > 0;
+      if (value && (value->isAll() || isListed)) names.insert(name);
+    }
+    return names;
+  }
+
+  struct Gated {
+    std::string name;
+    ConsentCategory category;
+    std::string vendor;
+  };
+  const std::vector<Gated> gated{{"preferences", ConsentCategory::preferences, ""},
+                                 {"statistics", ConsentCategory::statistics, ""},
+                                 {"statistics of a", ConsentCategory::statistics, "a"},
+                                 {"marketing", ConsentCategory::marketing, ""},
+                                 {"marketing of A", ConsentCategory::marketing, "A"}};
+  std::vector<Subscription> gates;
+  std::set<std::string> running;
+
   std::shared_ptr<CookiesSDK> client;
   std::string unreadable, unwritable;  // the failing key, "all" or "nothing"
   int reads = 0, failingRead = 0;      // reads of the consent, counted from 1
@@ -121,6 +160,12 @@ TEST_P(PrecedenceTest, Holds) {
     if (trace.back().starts_with("⚠️ ")) trace.back().erase(0, std::string("⚠️ ").size());
   }
   EXPECT_EQ(joined(trace), reported);
+
+  unreadable.clear();
+  failingRead = 0;
+  const std::set<std::string> allowed = open();  // reads what other processes have stored
+  platform.mainActor->runAll();
+  EXPECT_EQ(running, allowed) << "what runs is what is stored";
 }
 
 INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(tableOf<6>("precedence.txt")),

@@ -89,7 +89,8 @@ INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visitFiles()),
 TEST_P(Visits, PrintWhatIsRecorded) {
   std::string head = contentOf(GetParam());
   head.erase(head.find("\nprints:"));
-  fs::copy(TALVO_SHIPPED_SITES, folder / "sites", fs::copy_options::recursive);
+  for (const char* sites : {TALVO_SHIPPED_SITES, TALVO_TEST_DATA "/../docs/sites"})
+    fs::copy(sites, folder / "sites", fs::copy_options::recursive);
   Texts serviceOptions{"--log", folder / "log", "--sites", folder / "sites"};
   Texts hostOptions;
   Texts scripts;  // one after "script:", and one after each "restart", which starts the next host

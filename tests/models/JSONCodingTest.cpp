@@ -41,7 +41,7 @@ TEST(JSONDecoderTest, ReadsStrictJSONOnly) {
     EXPECT_EQ(end.empty(), error.empty()) << json.substr(0, 99);
   };
   for (const auto& [json, error] : tableOf<2>("models/json.txt")) expectEnd(unescaped(json), error);
-  const std::string invalid = "Data corrupted: The data is not valid JSON";
+  const std::string invalid = "Data corrupted at line 1, column 270: The data is not valid JSON";
   for (const int levels : {255, 256, 100'000})
     expectEnd(R"({"id":"","n":)" + nested(levels) + "}", levels == 255 ? "" : invalid);
   EXPECT_EQ(parsed<ConsentResponse>(R"({"id":"\ud83d\ude00\u0000\"\\\/\b\f\n\r\t"})").id,

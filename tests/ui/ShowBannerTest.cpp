@@ -1,4 +1,5 @@
 #include "TalvoConsentSDK/models/FullConsent.h"
+#include "TalvoConsentSDK/platform/Spawn.h"
 
 #include "tests/core/ClientTest.h"
 #include "tests/ui/BannerTesting.h"
@@ -128,6 +129,65 @@ TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
   EXPECT_TRUE(platform.scene->windows().empty() && platform.store->values().empty());
   EXPECT_EQ(show(*client), fetched + " ");
   EXPECT_TRUE(window()->isVisible);
+}
+
+// Every way in which a banner ends, told by closures and by a task. Each banner reports one end.
+TEST_F(ShowBannerTest, EndsInOneWay) {
+  prepare({{{"500", "500"}, {}, {}}});
+  for (const int status : {422, 422, 200}) answer("POST", "cookie-consent/s", status, R"({"id":"c"})");
+  answer("PUT", "cookie-consent/s", 200, R"({"id":"c"})");
+  const auto client = created();
+  const auto recording = [this](const char* what) { return [this, what] { note(what); }; };
+  const BannerHandlers handlers{.onAcceptAll = recording("accepted"),
+                                .onRejectAll = recording("rejected"),
+                                .onSaved = recording("saved"),
+                                .onClosed = recording("closed"),
+                                .onReplaced = recording("replaced"),
+                                .onNotShown = recording("not shown"),
+                                .onError = [this](const Error& error) { note(error.what()); },
+                                .onManagePreferences = recording("managed")};
+  const auto awaitOne = [](CookiesSDK& sdk) -> Task<std::string> {
+    const Texts names = words("accepted rejected saved closed replaced not_shown");
+    auto banner = sdk.showBanner();
+    const BannerOutcome outcome = co_await std::move(banner);
+    std::string name = split(names.at(static_cast<std::size_t>(outcome)), '_').front();
+    co_return name;
+  };
+  const struct {
+    std::string taps, ended;
+  } ways[] = {
+      {"", "HTTP error 500: 500"},
+      {"button Accept", R"(HTTP error 422: {"id":"c"})"},
+      {"button Accept", "accepted"},
+      {"button Reject", "rejected"},
+      {"button Manage; button Save", "saved"},
+      {"button Close", "closed"},
+      {"another", "replaced"},
+      {"nowhere", "not"},
+  };
+  for (const auto& [taps, ended] : ways) {
+    for (const bool isAwaited : {false, true}) {
+      SCOPED_TRACE(taps + (isAwaited ? " awaited" : ""));
+      const auto scenes = platform.application->scenes;
+      if (taps == "nowhere") platform.application->scenes.clear();
+      if (!isAwaited) client->showBanner(handlers);
+      if (isAwaited)
+        spawn<std::string>(platform.mainActor, awaitOne(*client),
+                           [this](const Result<std::string>& end) { note(end ? *end : end.error().what()); });
+      platform.settle();
+      platform.application->scenes = scenes;
+      if (taps == "another") client->showBanner({}, {}, {}, {});
+      for (const std::string& each : split(taps, ';'))
+        EXPECT_TRUE(!each.starts_with("button") || tap(*window()->controller, each)) << each;
+      platform.settle();
+      const std::string told = ended == "not" && !isAwaited ? "not shown" : ended;
+      EXPECT_THAT(std::exchange(trace, {}), ElementsAre(told + " on main"));
+      if (taps == "another") tap(*platform.scene->windows().back()->controller, "button Close");
+      platform.settle();
+      for (const auto& each : platform.scene->windows()) each->finishAnimations();
+      EXPECT_THAT(std::exchange(trace, {}), IsEmpty());
+    }
+  }
 }
 
 struct Throwing : FakeApplication, Localization {

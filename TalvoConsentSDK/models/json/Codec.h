@@ -1,7 +1,7 @@
 #pragma once
 
 // Turns values into JSON and back. To add a record, write a table of its fields; to add a scalar, specialise
-// Codec. Include this in .cpp files only, and instantiate `codingOf` there.
+// Codec. Include this only in .cpp files and in headers of tables, and instantiate `codingOf` in a .cpp file.
 
 #include <cstddef>
 #include <functional>

@@ -7,6 +7,7 @@
 #include <simdjson.h>
 
 #include "TalvoConsentSDK/models/CodingError.h"
+#include "TalvoConsentSDK/models/json/SyntaxError.h"
 
 namespace TalvoConsentSDK::json {
 
@@ -142,7 +143,7 @@ Document::Document(std::string_view text) : parsed_(std::make_unique<Parsed>()) 
     error = parsed_->parser.parse(text.data(), text.size()).get(parsed_->root);
   }
   if (error == simdjson::SUCCESS) return;
-  throw CodingError(CodingError::Kind::dataCorrupted, "",
+  throw CodingError(CodingError::Kind::dataCorrupted, placeOfSyntaxError(text),
                     std::string("The data is not valid JSON (") + simdjson::error_message(error) + ")");
 }
 

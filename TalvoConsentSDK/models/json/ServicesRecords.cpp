@@ -1,53 +1,8 @@
-// The JSON form of the services catalogue. Golden files keep it from changing.
+// Reads and writes the services catalogue.
 
-#include "TalvoConsentSDK/models/Services.h"
-#include "TalvoConsentSDK/models/json/Codec.h"
+#include "TalvoConsentSDK/models/json/ServicesFields.h"
 
 namespace TalvoConsentSDK {
-
-namespace json {
-
-template <>
-struct Fields<Services::Service> {
-  using Record = Services::Service;
-  static constexpr Field table[] = {
-      field<&Record::id>("id"),
-      field<&Record::name>("name"),
-      field<&Record::category>("category"),
-      field<&Record::description>("description"),
-      field<&Record::version>("version"),
-      field<&Record::domain>("domain"),
-      field<&Record::vendor>("vendor"),
-      field<&Record::fullName>("fullName"),
-  };
-};
-
-template <>
-struct Fields<Services::SpecificServiceDetails> {
-  using Record = Services::SpecificServiceDetails;
-  static constexpr Field table[] = {
-      field<&Record::domain>("domain"),
-      field<&Record::description>("description"),
-      field<&Record::processingCompanyName>("processingCompanyName"),
-      field<&Record::processingCompanyLocation>("processingCompanyLocation"),
-      field<&Record::DTOProbableEmails>("DTOProbableEmails"),
-      field<&Record::legalBasis>("legalBasis"),
-      field<&Record::privacyPolicyURL>("privacyPolicyURL"),
-      field<&Record::cookiePolicyURL>("cookiePolicyURL"),
-      field<&Record::id>("id"),
-  };
-};
-
-template <>
-struct Fields<Services> {
-  static constexpr Field table[] = {
-      field<&Services::model>("model"),
-      field<&Services::libraries>("libraries"),
-      field<&Services::services>("services"),
-  };
-};
-
-}  // namespace json
 
 template const json::Coding& json::codingOf<Services>();
 

@@ -1,0 +1,198 @@
+// The gate: what it allows, when it calls the host, and what it does while the store fails or is in use. That
+// it follows every change of the stored consent is checked by PrecedenceTest and ChoicesTest.
+
+#include <future>
+
+#include "tests/core/ClientTest.h"
+
+namespace TalvoConsentSDK {
+
+using namespace platform;
+
+namespace {
+
+using enum ConsentCategory;
+
+class ConsentGateTest : public ClientTest {
+ protected:
+  // Creates the client with this consent stored, "none" for none.
+  void begin(const std::string& consent) {
+    store("basicConsent", consent);
+    for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"n"})");
+    client = created();
+  }
+  void submit(const std::string& consent) {
+    client->submitConsent(parsed<BasicConsent>(consent), nullptr);
+    platform.settle();
+  }
+  Subscription watched() {
+    return client->gate().on(statistics, [this] { note("start"); }, [this] { note("stop"); });
+  }
+  std::string consent() const {
+    const auto stored = client->getConsent();
+    return stored ? written(*stored) : "none";
+  }
+  Texts taken() { return std::exchange(trace, {}); }
+
+  std::shared_ptr<CookiesSDK> client;
+};
+
+TEST_F(ConsentGateTest, AllowsWhatTheStoredConsentAccepts) {
+  const struct {
+    std::string consent;
+    bool preferences, statistics, marketing, vendorA;  // vendorA: of marketing
+  } cases[] = {
+      {"{}", false, false, false, false},
+      {R"({"preferences":true,"statistics":false,"marketing":true})", true, false, true, true},
+      {R"({"marketing":["A","B"]})", false, false, false, true},
+      {R"({"marketing":["B"],"optedIn":true})", false, false, false, false},
+      {R"({"preferences":true,"statistics":true,"marketing":true,"optedIn":false})", false, false, false,
+       false},
+      {R"({"preferences":true,"marketing":["A"],"optedIn":false})", false, false, false, false},
+  };
+  begin("none");
+  const ConsentGate gate = client->gate();
+  EXPECT_FALSE(gate.isAllowed(statistics)) << "no consent";
+  for (const auto& [consent, ofPreferences, ofStatistics, ofMarketing, ofVendor] : cases) {
+    submit(consent);
+    EXPECT_TRUE(gate.isAllowed(necessary)) << consent;
+    EXPECT_TRUE(gate.isAllowed(necessary, "A")) << consent;
+    EXPECT_EQ(gate.isAllowed(preferences), ofPreferences) << consent;
+    EXPECT_EQ(gate.isAllowed(statistics), ofStatistics) << consent;
+    EXPECT_EQ(gate.isAllowed(marketing), ofMarketing) << consent;
+    EXPECT_EQ(gate.isAllowed(marketing, "A"), ofVendor) << consent;
+  }
+  for (const ConsentCategory category : {unclassified, doNotSell}) {
+    EXPECT_THROW((void)gate.isAllowed(category), Error);
+    EXPECT_THROW((void)gate.on(category, nullptr, nullptr), Error);
+  }
+}
+
+TEST_F(ConsentGateTest, CallsTheHostInTurnUntilTheSubscriptionEnds) {
+  begin(R"({"statistics":true})");
+  Subscription first = watched();
+  EXPECT_THAT(taken(), IsEmpty()) << "not inside the call";
+  platform.settle();
+  EXPECT_THAT(taken(), ElementsAre("start on main"));
+  const Subscription second = watched();
+  submit(R"({"statistics":true,"marketing":true})");
+  EXPECT_THAT(taken(), ElementsAre("start on main")) << "the second only: nothing changed for the first";
+  submit(R"({"statistics":["A"]})");
+  EXPECT_THAT(taken(), ElementsAre("stop on main", "stop on main"));
+  first.end();
+  submit(R"({"statistics":true})");
+  EXPECT_THAT(taken(), ElementsAre("start on main"));
+
+  client->submitConsent(BasicConsent::rejectAll(), nullptr);
+  client->submitConsent(BasicConsent::acceptAll(), nullptr);
+  while (platform.background->runAll() + platform.sessionThread->runAll() > 0) {
+  }
+  platform.settle();
+  EXPECT_THAT(taken(), IsEmpty()) << "a change that was undone before the main actor ran";
+  answer("PUT", "cookie-consent/s", 503, "down");
+  submit(R"({"statistics":true})");  // takes the last reply of 200
+  submit("{}");
+  EXPECT_THAT(taken(), IsEmpty()) << "a refusal that could not be sent";
+}
+
+TEST_F(ConsentGateTest, LetsClosuresDoAnything) {
+  begin(R"({"statistics":true})");
+  Subscription inner, outer;
+  throws = true;
+  outer = client->gate().on(statistics,
+                            [&] {
+                              outer.end();
+                              inner = watched();
+                              note("outer");
+                            },
+                            {});
+  const Subscription empty = client->gate().on(statistics, {}, {});
+  platform.settle();
+  EXPECT_THAT(taken(), ElementsAre("outer on main", "start on main"));
+  throws = false;
+  submit("{}");
+  EXPECT_THAT(taken(), ElementsAre("stop on main"));
+  const Subscription erasing = client->observeConsent([&](const std::optional<BasicConsent>& now) {
+    note(now ? written(*now) : "none");
+    if (now) client->eraseConsent();
+  });
+  submit(R"({"marketing":true})");
+  EXPECT_THAT(taken(), ElementsAre(R"({"marketing":true} on main)", "none on main"));
+  EXPECT_EQ(stored("basicConsent"), "none");
+}
+
+TEST_F(ConsentGateTest, ReportsEachChangeOfTheConsent) {
+  begin("none");
+  const Subscription observation = client->observeConsent(
+      [this](const std::optional<BasicConsent>& now) { note(now ? written(*now) : "none"); });
+  platform.settle();
+  EXPECT_THAT(taken(), IsEmpty()) << "no change yet";
+  const struct {
+    std::string change;
+    std::function<void()> make;
+    Texts reported;
+  } changes[] = {
+      {"a decision", [&] { submit(R"({"marketing":["A"]})"); }, {R"({"marketing":["A"]} on main)"}},
+      {"the same again", [&] { submit(R"({"marketing":["A"]})"); }, {}},
+      {"another process, unread", [&] { store("basicConsent", "{}"); }, {}},
+      {"another process, read", [&] { EXPECT_EQ(consent(), "{}"); }, {"{} on main"}},
+      {"damage",
+       [&] {
+         store("basicConsent", "damaged");
+         EXPECT_EQ(consent(), "none");
+       },
+       {"none on main"}},
+      {"a decision after it", [&] { submit(R"({"marketing":true})"); }, {R"({"marketing":true} on main)"}},
+      {"an erasure", [&] { EXPECT_TRUE(client->eraseConsent()); }, {"none on main"}},
+      {"another erasure", [&] { EXPECT_TRUE(client->eraseConsent()); }, {}},
+  };
+  for (const auto& [change, make, reported] : changes) {
+    make();
+    platform.settle();
+    EXPECT_EQ(taken(), reported) << change;
+  }
+}
+
+// ChoicesTest draws failures in any order; this shows the rule.
+TEST_F(ConsentGateTest, StaysAsItIsWhileTheStoreFailsAndClosesAtALogout) {
+  begin(R"({"statistics":true})");
+  const ConsentGate gate = client->gate();
+  platform.userDefaults->failsToRead = true;
+  EXPECT_EQ(consent(), "none");
+  EXPECT_TRUE(gate.isAllowed(statistics));
+  client->removeIdentity();
+  EXPECT_FALSE(gate.isAllowed(statistics));
+  platform.userDefaults->failsToRead = false;
+  EXPECT_EQ(consent(), R"({"statistics":true})");
+  EXPECT_TRUE(gate.isAllowed(statistics)) << "the consent was given while nobody was identified";
+  platform.userDefaults->failsToWrite = true;
+  EXPECT_FALSE(client->eraseConsent());
+  EXPECT_FALSE(gate.isAllowed(statistics));
+  EXPECT_NE(stored("basicConsent"), "none");
+  platform.userDefaults->failsToWrite = false;
+  EXPECT_EQ(consent(), "none");
+  EXPECT_EQ(stored("basicConsent"), "none") << "erased by the next operation";
+}
+
+TEST_F(ConsentGateTest, AnswersWhileTheStoreIsBlocked) {
+  begin(R"({"statistics":true})");
+  const ConsentGate gate = client->gate();
+  std::promise<void> blocked, released;
+  platform.userDefaults->before = [&](std::string_view) {
+    blocked.set_value();
+    released.get_future().wait();
+    platform.userDefaults->before = nullptr;
+  };
+  auto reading = std::async(std::launch::async, [&] { return consent(); });
+  blocked.get_future().wait();
+  EXPECT_TRUE(gate.isAllowed(statistics));
+  EXPECT_FALSE(gate.isAllowed(marketing, "A"));
+  const Subscription subscription = watched();
+  platform.mainActor->runAll();
+  EXPECT_THAT(taken(), ElementsAre("start on main"));
+  released.set_value();
+  EXPECT_EQ(reading.get(), R"({"statistics":true})");
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
