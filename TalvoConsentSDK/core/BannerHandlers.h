@@ -9,9 +9,9 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// How a banner ended. "The decision was accepted" means that the service has accepted it; the device has
+/// How a banner ended. "The decision was accepted" means that the service has accepted it. The device has
 /// stored it too, unless its store failed, which prints a line, or the decision's user is no longer
-/// identified.
+/// identified, or everything was erased or a later decision was stored meanwhile.
 enum class BannerOutcome {
   accepted,  // everything was accepted, and the decision was accepted
   rejected,  // everything was rejected, and the decision was accepted
@@ -22,7 +22,8 @@ enum class BannerOutcome {
 };
 
 /// Closures for the ways in which a banner ends. Exactly one of them is called, once, on the main actor;
-/// `onManagePreferences` is extra and may be called any number of times before. Each may be empty.
+/// `onManagePreferences` is extra and may be called any number of times before. None is called if the host
+/// destroys the window under the banner. Each may be empty.
 struct BannerHandlers {
   std::function<void()> onAcceptAll{};
   std::function<void()> onRejectAll{};

@@ -32,7 +32,7 @@ HandlersPointer releasedOn(const std::shared_ptr<Executor>& mainActor, BannerHan
 /// instance's caches, and fetched if they were not cached.
 struct BannerRequest {
   SitePointer site;
-  ConsentLedger::Person person;
+  ConsentLedger::Decision asked;  // as it was when the host asked for the banner
   HandlersPointer host;
   std::optional<BannerCustomization> document;
   std::optional<Services> services;
@@ -59,10 +59,13 @@ std::function<void()> calling(const BannerRequestPointer& request, Handler handl
 }
 
 // Submits the decision in the background, stores it, and calls the host's closure on the main actor.
-void submitDecision(const BannerRequestPointer& request, const BasicConsent& consent, Handler handler) {
+void submitDecision(const BannerRequestPointer& request, BasicConsent consent, Handler handler) {
   ConsentLedger::Decision decision = request->site->ledger->beginDecision();
-  if (decision.person.identity != request->person.identity) decision.person = request->person;
-  decision.isUpdate = request->initialConsent.has_value();
+  const ConsentLedger::Decision& asked = request->asked;
+  const bool isErased = decision.erasures != asked.erasures;
+  if (!isErased && decision.person.identity != asked.person.identity) decision.person = asked.person;
+  decision.isUpdate = request->initialConsent.has_value() && !isErased;
+  if (isErased) consent.id.reset();
   FullConsent payload =
       explicitPayload(consent, request->document, decision.person.user.value, request->site->id);
   if (decision.isUpdate) payload.id = request->initialConsent->id;
@@ -133,12 +136,12 @@ void CookiesSDK::showBanner(BannerHandlers handlers) {
   State& state = *state_;
   const SitePointer& site = state.site;
   const HandlersPointer host = releasedOn(site->mainActor, std::move(handlers));
-  const ConsentLedger::Person person = site->ledger->beginDecision().person;
+  const ConsentLedger::Decision asked = site->ledger->beginDecision();
   BannerRequestPointer request;
   {
     const std::scoped_lock guard(state.lock);
     request =
-        std::make_shared<BannerRequest>(site, person, host, state.cachedCustomization, state.cachedServices,
+        std::make_shared<BannerRequest>(site, asked, host, state.cachedCustomization, state.cachedServices,
                                         state.cachedConfiguration, state.language);
   }
   spawn<void>(site->mainActor, presentBanner(request), [request](const Result<void>& end) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TalvoConsentSDK/core/IdentityRules.h"
+#include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/platform/StoreDeadline.h"
 
@@ -25,12 +26,17 @@ constexpr std::chrono::hours noLimit(1);  // for work in the background, which w
 class ConsentLedger::Turn {
  public:
   explicit Turn(ConsentLedger& ledger)
-      : guard_(ledger.storeLock_, StoreDeadline::remaining(noLimit)),
+      : ledger_(ledger),
+        guard_(ledger.storeLock_, StoreDeadline::remaining(noLimit)),
         isStoreInUse_(guard_ && !ledger.isStoreInUse_ ? &ledger.isStoreInUse_ : nullptr) {
     if (isStoreInUse_) *isStoreInUse_ = true;
   }
   ~Turn() {
+    const bool isNested = guard_ && !isStoreInUse_;
     if (isStoreInUse_) *isStoreInUse_ = false;
+    if (guard_) guard_.unlock();
+    if (!isNested)
+      ledger_.notifyOfChange();  // only now, because observers may run at once and use the ledger
   }
   Turn(const Turn&) = delete;
   Turn& operator=(const Turn&) = delete;
@@ -38,6 +44,7 @@ class ConsentLedger::Turn {
   explicit operator bool() const { return isStoreInUse_; }
 
  private:
+  ConsentLedger& ledger_;
   std::unique_lock<std::recursive_timed_mutex> guard_;
   bool* const isStoreInUse_;  // the ledger's; null without a turn
 };
@@ -69,23 +76,30 @@ ConsentLedger::ConsentLedger(std::shared_ptr<ConsentStorage> storage,
   user_.isUnknown = initialConsent_.isUnknown = true;
 }
 
-// Runs `change` under the lock. If it returns true, the known consent has changed, and its observers are
-// notified without the lock.
-template <class Change>
-void ConsentLedger::reportIf(const Change& change) {
-  std::unique_lock guard(lock_);
-  const bool isChanged = change();
-  guard.unlock();
-  if (isChanged) ConsentObservers::notify(observers_);
+// Notifies the observers if the known consent has changed since the last call.
+void ConsentLedger::notifyOfChange() {
+  {
+    const std::scoped_lock guard(lock_);
+    if (!std::exchange(isChangeDue_, false)) return;
+  }
+  ConsentObservers::notify(observers_);
 }
 
 std::optional<BasicConsent> ConsentLedger::consent() {
   const StoreDeadline deadline(maxWait);
-  const std::uint64_t version = known().version;
+  std::uint64_t turns = 0;
+  {
+    const std::scoped_lock guard(lock_);
+    turns = turns_;
+  }
   if (!isAllWritten()) return applyPending(Turn(*this)).values.consent.value;
   const KeptConsent stored = storage_->loadKeptConsent();
-  // If another thread has written a consent meanwhile, `stored` may be the one before.
-  reportIf([&] { return known_.version == version && !pending_ && learn(stored); });
+  {
+    const std::scoped_lock guard(lock_);
+    // If another thread has used the store meanwhile, `stored` may be older than what it has written.
+    if (turns_ == turns && !pending_) learn(stored);
+  }
+  notifyOfChange();
   return stored.value;
 }
 
@@ -129,7 +143,9 @@ void ConsentLedger::logOut() {
 bool ConsentLedger::erase() {
   const StoreDeadline deadline(maxWait);
   changeIdentity({IdentityChange::End::erasure, std::nullopt});
-  return applyPending(Turn(*this)).isWritten;
+  const Turn turn(*this);
+  if (!turn) print("⚠️ Failed to remove consent from UserDefaults: The store is in use");
+  return applyPending(turn).isWritten;
 }
 
 std::optional<ConsentLedger::Login> ConsentLedger::storedLogin() {
@@ -156,10 +172,14 @@ void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& conse
   auto data = storage_->saveConsentIfStill(atLogin, consent);
   if (!data && implicit) data = storage_->saveConsentIfStill(implicit, consent);
   if (!data) return;
-  reportIf([&] {
-    hasUserDecided_ = true;
-    return learn(&consent, data);
-  });
+  {
+    const std::scoped_lock guard(lock_);
+    if (pending_.end == IdentityChange::End::none) {
+      hasUserDecided_ = true;
+      learn(&consent, data);
+    }
+  }
+  applyWhatArrived(turn);
 }
 
 std::optional<ConsentLedger::Implicit> ConsentLedger::beginImplicit(bool mayReplace) {
@@ -168,6 +188,7 @@ std::optional<ConsentLedger::Implicit> ConsentLedger::beginImplicit(bool mayRepl
   const KeptValues kept = applyPending(turn).values;
   if (kept.isUnknown() || (kept.consent.value && !mayReplace)) return std::nullopt;
   const std::scoped_lock guard(lock_);
+  if (erasures_ > 0) return std::nullopt;  // the app's next start may ask again
   return Implicit{kept.consent.data, kept.consent.value.has_value(), decisions_};
 }
 
@@ -181,10 +202,14 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
   }
   const auto data = storage_->saveConsentIfStill(implicit.replaced, consent);
   if (!data) return;
-  reportIf([&] {
-    implicit_ = data;
-    return learn(&consent, data);
-  });
+  {
+    const std::scoped_lock guard(lock_);
+    if (pending_.end == IdentityChange::End::none) {
+      implicit_ = data;
+      learn(&consent, data);
+    }
+  }
+  applyWhatArrived(turn);
 }
 
 bool ConsentLedger::isAllWritten() {
@@ -195,11 +220,29 @@ bool ConsentLedger::isAllWritten() {
 // Loads the stored values, applies the pending login or logout to them, then `step`, and writes the result.
 // Without a turn nothing is read or written, and all returned values are unknown.
 ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step& step) {
+  const Applied applied = applyOnce(turn, step);
+  if (!turn || !applied.isOvertaken) return applied;
+  const Applied next = applyOnce(turn, nullptr);
+  return step ? applied : next;
+}
+
+// Writes a login or logout that arrived during a write that has succeeded, and got no turn of its own.
+void ConsentLedger::applyWhatArrived(const Turn& turn) {
+  bool hasArrived = false;
+  {
+    const std::scoped_lock guard(lock_);
+    hasArrived = static_cast<bool>(pending_);
+  }
+  if (hasArrived) applyOnce(turn, nullptr);
+}
+
+ConsentLedger::Applied ConsentLedger::applyOnce(const Turn& turn, const Step& step) {
   Applied applied;
   KeptValues& after = applied.values;
   if (!turn) {
     after.consent.isUnknown = after.original.isUnknown = after.user.isUnknown = true;
-    reportIf([&] { return pending_.end != IdentityChange::End::none && learn(nullptr, std::nullopt); });
+    const std::scoped_lock guard(lock_);
+    if (pending_.end != IdentityChange::End::none) learn(nullptr, std::nullopt);
     return applied;
   }
   IdentityChange due;
@@ -213,32 +256,34 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
   KeptConsent initial = after.consent;
   if (step) step(after);
   applied.isWritten = storage_->save(before, after);
-  reportIf([&] { return settle(due, applied, initial, isRestored); });
+  settle(due, applied, std::move(initial), isRestored);
   return applied;
 }
 
-// Takes over what applyPending has done with the login or logout `due`: what should now be stored, the
-// consent before the step, and whether an original was restored. Returns whether the known consent has
-// changed.
-bool ConsentLedger::settle(const IdentityChange& due, const Applied& applied, KeptConsent initial,
+// Takes over what applyOnce has done with the login or logout `due`: what should now be stored, the consent
+// before the step, and whether an original was restored. Notes whether a login or logout arrived meanwhile.
+void ConsentLedger::settle(const IdentityChange& due, Applied& applied, KeptConsent initial,
                            bool isRestored) {
+  const std::scoped_lock guard(lock_);
   const KeptValues& after = applied.values;
   const IdentityChange later = std::exchange(pending_, {});
   if (!applied.isWritten || after.isUnknown()) pending_ = due;
   pending_.add(later);
   beingWritten_ = {};
   mayNeedRestoring_ = after.isUnknown() || (isRestored && !applied.isWritten);
-  if (later) return false;
+  ++turns_;
+  applied.isOvertaken = static_cast<bool>(later);
+  if (later.end != IdentityChange::End::none) return;
   const KeptConsent& current = applied.isWritten ? after.consent : initial;
   const bool isWithdrawn = current.isUnknown && due.end != IdentityChange::End::none;
-  const bool isChanged = isWithdrawn ? learn(nullptr, std::nullopt) : learn(current);
+  isWithdrawn ? learn(nullptr, std::nullopt) : learn(current);
+  if (later) return;
   const std::uint64_t identity = identity_;
   if (user_.isUnknown || !after.isUnknown()) adopt(after.user);
   if (identity != identity_ || due || isRestored || initialConsent_.isUnknown) {
     initial.data = after.consent.data;
     initialConsent_ = std::move(initial);
   }
-  return isChanged;
 }
 
 ConsentLedger::Login ConsentLedger::changeIdentity(const IdentityChange& change) {
@@ -269,19 +314,22 @@ void ConsentLedger::adopt(const KeptUser& stored) {
   user_ = stored;
 }
 
-// Takes over a consent that was read or written, null for none, and its data. Returns whether it differs from
-// the known one.
-bool ConsentLedger::learn(const BasicConsent* consent, const std::optional<Data>& data) {
-  if (!consent && !known_.consent) return false;
-  if (consent && known_.consent && data && data == knownData_) return false;
-  knownData_ = data;
+// Takes over a consent, null for none, and the data that it was read from or written as, if any.
+void ConsentLedger::learn(const BasicConsent* consent, std::optional<Data> data) {
+  if (!consent && !known_.consent) return;
+  if (consent && !data) {  // it could not be written
+    auto json = JSONEncoder().encode(*consent);
+    if (json) data = Data(*std::move(json));
+  }
+  if (consent && known_.consent && data == knownData_) return;
+  knownData_ = std::move(data);
   known_.consent = consent ? std::make_shared<const BasicConsent>(*consent) : nullptr;
   ++known_.version;
-  return true;
+  isChangeDue_ = true;
 }
 
-bool ConsentLedger::learn(const KeptConsent& consent) {
-  return !consent.isUnknown && learn(consent.value ? &*consent.value : nullptr, consent.data);
+void ConsentLedger::learn(const KeptConsent& consent) {
+  if (!consent.isUnknown) learn(consent.value ? &*consent.value : nullptr, consent.data);
 }
 
 // Changes `kept` as the decision requires. Returns whether the decision is the identified user's own.

@@ -122,21 +122,23 @@ class ConsentLedger {
   };
 
   struct Applied {
-    KeptValues values;       // what the store should now hold
-    bool isWritten = false;  // whether the store holds them
+    KeptValues values;         // what the store should now hold
+    bool isWritten = false;    // whether the store holds them
+    bool isOvertaken = false;  // a login or logout arrived meanwhile
   };
 
   using Step = std::function<void(KeptValues&)>;
 
   bool isAllWritten();
   Applied applyPending(const Turn& turn, const Step& step = nullptr);
+  Applied applyOnce(const Turn& turn, const Step& step);
+  void applyWhatArrived(const Turn& turn);
   Login changeIdentity(const IdentityChange& change);
   void adopt(const KeptUser& stored);
-  bool settle(const IdentityChange& due, const Applied& applied, KeptConsent initial, bool isRestored);
-  bool learn(const BasicConsent* consent, const std::optional<platform::Data>& data);
-  bool learn(const KeptConsent& consent);
-  template <class Change>
-  void reportIf(const Change& change);
+  void settle(const IdentityChange& due, Applied& applied, KeptConsent initial, bool isRestored);
+  void learn(const BasicConsent* consent, std::optional<platform::Data> data);
+  void learn(const KeptConsent& consent);
+  void notifyOfChange();
   bool applyDecision(KeptValues& kept, const Decision& decision, const BasicConsent& consent);
 
   const std::shared_ptr<ConsentStorage> storage_;
@@ -153,6 +155,8 @@ class ConsentLedger {
   KeptUser user_;
   std::optional<platform::Data> knownData_;  // what known_ was read from or written as
   Known known_;
+  bool isChangeDue_ = false;                // known_ has changed, and the observers have not been notified
+  std::uint64_t turns_ = 0;                 // how often the store has been used
   KeptConsent initialConsent_;              // the consent at creation, or when the identity last changed
   std::optional<platform::Data> implicit_;  // the data of the latest implicit consent
   bool hasUserDecided_ = false;   // the user has a consent of their own, as far as this process knows

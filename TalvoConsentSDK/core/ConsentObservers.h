@@ -12,7 +12,8 @@
 
 namespace TalvoConsentSDK {
 
-/// Called on the main actor. Several changes may be reported as one, and a call may report none.
+/// Called on the main actor. Several changes may be reported as one, and a call may report none. A call never
+/// begins within another call of the same observer: it follows when that one has ended.
 class ConsentObserver {
  public:
   virtual ~ConsentObserver() = default;
@@ -33,9 +34,19 @@ class ConsentObservers {
   static void notify(const std::shared_ptr<ConsentObservers>& observers);
 
  private:
+  // Owned by the subscription alone, so that a call that is running cannot be followed by another one after
+  // the subscription has ended.
+  struct Registration {
+    const std::shared_ptr<ConsentObserver> observer;
+    bool isBeingCalled = false;
+    bool isDue = false;  // notified during the call
+  };
+
+  void call(const std::weak_ptr<Registration>& registered);
+
   const std::shared_ptr<platform::Executor> mainActor_;
-  std::mutex lock_;
-  std::vector<std::weak_ptr<ConsentObserver>> observers_;
+  std::mutex lock_;  // guards all that follows, and the registrations
+  std::vector<std::weak_ptr<Registration>> registrations_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -3,30 +3,41 @@
 // Conveniences of CookiesSDK that are built on its other functions. They are inline, so that only hosts that
 // use them carry their code. Included by CookiesSDK.h.
 
+#include <atomic>
+
 #include "TalvoConsentSDK/core/CookiesSDK.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
 
 namespace TalvoConsentSDK {
 
 inline Subscription CookiesSDK::addEventListener(ConsentEvent event, std::function<void()> listener) {
-  const auto callback = std::make_shared<ConsentEventClosureCallback>(std::move(listener), [] {});
+  const auto isOn =
+      std::make_shared<std::atomic<bool>>(true);  // an event that is being raised calls it no more
+  const auto callback = std::make_shared<ConsentEventClosureCallback>(
+      [isOn, listener = std::move(listener)] {
+        if (*isOn && listener) listener();
+      },
+      [] {});
   addEventListener(event, callback);
-  const auto remove = [this, event, callback](void*) { removeEventListener(event, callback); };
+  const auto remove = [this, event, callback, isOn](void*) {
+    *isOn = false;
+    removeEventListener(event, callback);
+  };
   return Subscription(std::shared_ptr<void>(nullptr, remove));
 }
 
 inline void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                                    std::function<void()> onManagePreferences,
                                    std::function<void(Error)> onError) {
-  const auto manage = std::make_shared<const std::function<void()>>(std::move(onManagePreferences));
-  const auto managePreferences = [manage] {
-    if (*manage) (*manage)();
-  };
+  auto managePreferences =
+      [manage = std::make_shared<const std::function<void()>>(std::move(onManagePreferences))] {
+        if (*manage) (*manage)();
+      };
   showBanner(BannerHandlers{.onAcceptAll = std::move(onAcceptAll),
                             .onRejectAll = std::move(onRejectAll),
                             .onSaved = managePreferences,
                             .onError = std::move(onError),
-                            .onManagePreferences = managePreferences});
+                            .onManagePreferences = std::move(managePreferences)});
 }
 
 inline Task<BannerOutcome> CookiesSDK::showBanner() {

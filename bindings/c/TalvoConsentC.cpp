@@ -93,7 +93,7 @@ const char* talvo_version(void) {
 }
 
 void talvo_subscription_end(talvo_subscription* subscription) {
-  delete reinterpret_cast<Subscription*>(subscription);
+  guarded([&] { delete reinterpret_cast<Subscription*>(subscription); });
 }
 
 void talvo_free(char* text) {

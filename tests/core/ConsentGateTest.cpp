@@ -174,6 +174,83 @@ TEST_F(ConsentGateTest, StaysAsItIsWhileTheStoreFailsAndClosesAtALogout) {
   EXPECT_EQ(stored("basicConsent"), "none") << "erased by the next operation";
 }
 
+// A login, a logout or an erasure that arrives while a consent is being stored gets no turn of its own.
+TEST_F(ConsentGateTest, FollowsWhatArrivesDuringAWrite) {
+  begin(R"({"statistics":true})");
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  answer("GET", "cookie-consent/s/identified/known", 200, R"({"id":"k","categories":{"statistics":true}})");
+  const ConsentGate gate = client->gate();
+  const auto duringTheNextWrite = [&](const std::function<void()>& act) {
+    platform.userDefaults->before = [this, act, reads = 3](std::string_view) mutable {
+      if (reads-- > 0) return;
+      const auto now = act;
+      platform.userDefaults->before = [](auto) {};  // destroys this closure
+      now();
+    };
+  };
+  duringTheNextWrite([&] { client->identify("u"); });
+  submit(R"({"statistics":false})");
+  EXPECT_FALSE(gate.isAllowed(statistics)) << "the refusal was stored";
+  EXPECT_EQ(stored("userId"), "u");
+
+  client->identify("known");
+  duringTheNextWrite([&] { EXPECT_FALSE(client->eraseConsent()); });
+  platform.settle();
+  EXPECT_FALSE(gate.isAllowed(statistics));
+  EXPECT_EQ(stored("basicConsent") + stored("originalConsent") + stored("userId"), "nonenonenone");
+  EXPECT_THAT(platform.printer->take(), ElementsAre(HasSubstr("Failed to remove consent")));
+}
+
+TEST_F(ConsentGateTest, ReportsAnUnwritableConsentOnce) {
+  begin(R"({"statistics":true,"id":"c"})");
+  answer("GET", "cookie-consent/s/identified/u?consentId=c", 500, "down");
+  answer("GET", "cookie-consent/s/identified/u", 500, "down");
+  const Subscription observation = client->observeConsent([this](const auto&) {
+    note("changed");
+    consent();
+  });
+  platform.userDefaults->failsToWrite = true;
+  client->identify("u");
+  platform.settle();
+  EXPECT_THAT(taken(), ElementsAre("changed on main")) << "the identifier of the record is the person's own";
+}
+
+TEST_F(ConsentGateTest, GivesNoImplicitConsentAfterAnErasure) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
+  client = create(R"({"implicitConsent":true})");
+  EXPECT_TRUE(client->eraseConsent());
+  platform.settle();
+  EXPECT_EQ(consent(), "none");
+  EXPECT_THAT(newRequests(), ElementsAre(HasSubstr("configurations")));
+}
+
+TEST_F(ConsentGateTest, CallsNothingInsideACallNorAfterItsEnd) {
+  begin(R"({"statistics":true})");
+  Subscription waiting, ended;
+  waiting = client->gate().on(
+      statistics,
+      [&] {
+        submit("{}");  // runs the main actor's jobs, as a dialog does
+        note("started");
+      },
+      [&] { note("stopped"); });
+  ended = client->gate().on(
+      statistics,
+      [&] {
+        ended.end();
+        submit("{}");
+      },
+      [&] { note("stopped though it had ended"); });
+  platform.settle();
+  EXPECT_THAT(taken(), ElementsAre("started on main", "stopped on main"));
+
+  Subscription second;
+  const auto first = client->addEventListener(ConsentEvent::consentSent, [&] { second.end(); });
+  second = client->addEventListener(ConsentEvent::consentSent, [&] { note("listened though it had ended"); });
+  submit("{}");
+  EXPECT_THAT(taken(), IsEmpty());
+}
+
 TEST_F(ConsentGateTest, AnswersWhileTheStoreIsBlocked) {
   begin(R"({"statistics":true})");
   const ConsentGate gate = client->gate();
@@ -181,7 +258,7 @@ TEST_F(ConsentGateTest, AnswersWhileTheStoreIsBlocked) {
   platform.userDefaults->before = [&](std::string_view) {
     blocked.set_value();
     released.get_future().wait();
-    platform.userDefaults->before = nullptr;
+    platform.userDefaults->before = [](auto) {};
   };
   auto reading = std::async(std::launch::async, [&] { return consent(); });
   blocked.get_future().wait();

@@ -228,6 +228,20 @@ TEST_F(ShowBannerTest, ReadsTheInstanceWhenCalledAndNeedsNoClosures) {
   EXPECT_EQ(newRequests().back(), "PUT cookie-consent/s");
 }
 
+TEST_F(ShowBannerTest, DoesNotRestoreWhatWasErasedMeanwhile) {
+  prepare();
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  store("basicConsent", R"({"marketing":true,"id":"old"})");
+  const auto client = created();
+  EXPECT_EQ(show(*client), fetched + " ");
+  EXPECT_TRUE(client->eraseConsent());
+  for (const char* each : {"button Manage", "button Save"}) EXPECT_TRUE(tap(*window()->controller, each));
+  platform.settle();
+  EXPECT_THAT(newRequests(), ElementsAre("POST cookie-consent/s"));
+  EXPECT_EQ(platform.session->requests().back().body->find("old"), std::string::npos);
+  EXPECT_EQ(stored("basicConsent").find("old"), std::string::npos);
+}
+
 TEST_F(ShowBannerTest, ReleasesTheClosuresOnTheMainActor) {
   prepare({{{"500"}, {}, {}}});
   answer("POST", "cookie-consent/s", 422, "refused");
