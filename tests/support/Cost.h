@@ -23,8 +23,9 @@ double bestCost(Work work) {
 
 /// Returns the ratio of `cost(10 * size)` to `cost(size)`. Takes the smallest of up to three tries, because
 /// load on the machine tends to raise the ratio, and stops at the first one that is at most `limit`. A
-/// proportional cost still exceeds `limit` if only the larger size does not fit the processor's caches. So a
-/// last try uses ten times both sizes. There the caches help neither, and other costs grow even faster.
+/// proportional cost can also exceed `limit` if the smaller size fits into the processor's caches and the
+/// larger one does not. So a last try uses ten times both sizes. There the caches help neither, and costs
+/// that grow faster than in proportion grow even more.
 template <class Cost>
 double growth(const Cost& cost, std::size_t size, double limit) {
   double best = std::numeric_limits<double>::infinity();
