@@ -23,9 +23,9 @@ double bestCost(Work work) {
 
 /// Returns the ratio of `cost(10 * size)` to `cost(size)`. Takes the smallest of up to ten tries, because
 /// load on the machine tends to raise the ratio, and stops at the first one that is at most `limit`. A
-/// proportional cost still exceeds `limit` if only the smaller size fits the processor's caches, or if other
-/// programs use them. So the later tries also use ten times both sizes: the caches help neither of these, and
-/// costs that are not proportional grow even faster there.
+/// proportional cost can also exceed `limit` if only the smaller size fits the processor's caches, or if
+/// other programs use them. So the later tries also use ten times both sizes: the caches help neither of
+/// these, and costs that are not proportional grow even faster there.
 template <class Cost>
 double growth(const Cost& cost, std::size_t size, double limit) {
   double best = std::numeric_limits<double>::infinity();
