@@ -12,7 +12,7 @@
 
 #include "bindings/qml/ConsentSdk.h"
 
-namespace TalvoConsentSDK TALVO_EXPORT {
+namespace TalvoConsentSDK {
 
 /// Starts and stops what needs consent:
 /// `ConsentGate { sdk: consent; category: "statistics"; onStarted: analytics.start(); onStopped:
