@@ -58,8 +58,8 @@ struct Context {
 // How the innermost bracket must be closed, and where it is.
 std::string closing(std::string_view text, const Context& context) {
   const auto& [bracket, offset] = context.open.back();
-  return std::string("add the \"") + (bracket == '{' ? '}' : ']') + "\" for the \"" + bracket +
-         "\" in line " + std::to_string(json::textPosition(text, offset).line);
+  const std::string pair = bracket == '{' ? R"("}" for the "{")" : R"("]" for the "[")";
+  return "add the " + pair + " in line " + std::to_string(json::textPosition(text, offset).line);
 }
 
 bool isLetter(char c) {
