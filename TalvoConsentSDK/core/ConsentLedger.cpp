@@ -256,14 +256,21 @@ ConsentLedger::Applied ConsentLedger::applyOnce(const Turn& turn, const Step& st
   KeptConsent initial = after.consent;
   if (step) step(after);
   applied.isWritten = storage_->save(before, after);
-  settle(due, applied, std::move(initial), isRestored);
+  KeptConsent current = after.consent;
+  if (!applied.isWritten) {  // the store may have made some of the changes all the same
+    KeptValues stored = storage_->load();
+    due.applyTo(stored);
+    current = std::move(stored.consent);
+  }
+  settle(due, applied, current, std::move(initial), isRestored);
   return applied;
 }
 
 // Takes over what applyOnce has done with the login or logout `due`: what should now be stored, the consent
-// before the step, and whether an original was restored. Notes whether a login or logout arrived meanwhile.
-void ConsentLedger::settle(const IdentityChange& due, Applied& applied, KeptConsent initial,
-                           bool isRestored) {
+// that counts now, the consent before the step, and whether an original was restored. Notes whether a login
+// or logout arrived meanwhile.
+void ConsentLedger::settle(const IdentityChange& due, Applied& applied, const KeptConsent& current,
+                           KeptConsent initial, bool isRestored) {
   const std::scoped_lock guard(lock_);
   const KeptValues& after = applied.values;
   const IdentityChange later = std::exchange(pending_, {});
@@ -274,7 +281,6 @@ void ConsentLedger::settle(const IdentityChange& due, Applied& applied, KeptCons
   ++turns_;
   applied.isOvertaken = static_cast<bool>(later);
   if (later.end != IdentityChange::End::none) return;
-  const KeptConsent& current = applied.isWritten ? after.consent : initial;
   const bool isWithdrawn = current.isUnknown && due.end != IdentityChange::End::none;
   isWithdrawn ? learn(nullptr, std::nullopt) : learn(current);
   if (later) return;

@@ -135,7 +135,8 @@ class ConsentLedger {
   void applyWhatArrived(const Turn& turn);
   Login changeIdentity(const IdentityChange& change);
   void adopt(const KeptUser& stored);
-  void settle(const IdentityChange& due, Applied& applied, KeptConsent initial, bool isRestored);
+  void settle(const IdentityChange& due, Applied& applied, const KeptConsent& current, KeptConsent initial,
+              bool isRestored);
   void learn(const BasicConsent* consent, std::optional<platform::Data> data);
   void learn(const KeptConsent& consent);
   void notifyOfChange();

@@ -28,7 +28,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// installed when it is created or, if none are, those of the first platform installed later.
 ///
 /// Operations are safe from any thread; concurrent calls take effect in an unspecified order. Background work
-/// that fails prints one line to standard output and changes nothing. A failing store prints one line too,
+/// that fails prints one line and changes nothing. A failing store prints one line too,
 /// and no callback reports it. If a callback throws, the exception is caught and printed. No operation makes
 /// its caller wait more than 250 ms for other threads or processes that use the store: a login or logout that
 /// has not been written by then takes effect in this process, and is written before the next operation.

@@ -209,19 +209,23 @@ talvo_status talvo_cookies_remove_identity(talvo_cookies* client) {
 talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner_callbacks* callbacks) {
   return guarded([&] {
     CookiesSDK& sdk = cookies(client);
-    const talvo_banner_callbacks host = required(callbacks, "callbacks");
+    talvo_banner_callbacks host{};
+    const std::size_t size = required(callbacks, "callbacks").size;
+    if (size < sizeof host) throw Error(InvalidArgument("callbacks->size is too small"));
+    std::memcpy(&host, callbacks, sizeof host);  // the host may know more fields than this library
     const auto userData = owned(host.user_data, host.release);
     const auto fail = [onError = host.on_error, userData](const Error& error) {
       const talvo_error described = describe(error);
       if (onError) onError(&described, userData.get());
     };
-    const auto manage = closure(host.on_manage_preferences, userData);
     sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
                                   .onRejectAll = closure(host.on_reject_all, userData),
-                                  .onSaved = manage,
+                                  .onSaved = closure(host.on_saved, userData),
+                                  .onClosed = closure(host.on_closed, userData),
+                                  .onReplaced = closure(host.on_replaced, userData),
                                   .onNotShown = [fail] { fail(Error(NotShown())); },
                                   .onError = fail,
-                                  .onManagePreferences = manage});
+                                  .onManagePreferences = closure(host.on_manage_preferences, userData)});
   });
 }
 

@@ -82,6 +82,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void bannerEnded(const QString& outcome);
 
   /// The stored consent has changed, whatever changed it: a decision, an implicit consent or an identity.
+  /// Also emitted once when the component is complete, because `consent` can be read from then on.
   void consentChanged();
 
   /// One of the SDK's events was raised. `event` is its name, such as "ConsentSent".

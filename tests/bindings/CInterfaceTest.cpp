@@ -99,6 +99,7 @@ class CInterfaceTest : public ::testing::Test {
 };
 
 TEST_F(CInterfaceTest, RefusesBadArguments) {
+  const talvo_banner_callbacks withoutSize{};
   const struct {
     talvo_status status;
     std::string what;
@@ -113,6 +114,7 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
       {talvo_gate_is_allowed(sdk, "statistics", nullptr, nullptr), "allowed is null"},
       {talvo_cookies_get_consent(sdk, nullptr), "json is null"},
       {talvo_cookies_show_banner(sdk, nullptr), "callbacks is null"},
+      {talvo_cookies_show_banner(sdk, &withoutSize), "callbacks->size is too small"},
       {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
   };
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
@@ -188,6 +190,7 @@ TEST_F(CInterfaceTest, ReleasesUserDataAfterTheLastCall) {
 
   // The service has no banner. The callbacks are released after the error has been reported.
   talvo_banner_callbacks banner{};
+  banner.size = sizeof banner;
   banner.on_error = [](const talvo_error*, void* other) { ++static_cast<Heard*>(other)->replies; };
   banner.user_data = &heard;
   banner.release = [](void* other) {

@@ -174,6 +174,16 @@ TEST_F(ConsentGateTest, StaysAsItIsWhileTheStoreFailsAndClosesAtALogout) {
   EXPECT_EQ(stored("basicConsent"), "none") << "erased by the next operation";
 }
 
+TEST_F(ConsentGateTest, FollowsAStoreThatCannotSynchronize) {
+  begin(R"({"statistics":true})");
+  const Subscription subscription = watched();
+  platform.settle();
+  platform.userDefaults->failsToSynchronize = true;
+  submit("{}");
+  submit(R"({"statistics":true})");
+  EXPECT_THAT(taken(), ElementsAre("start on main", "stop on main", "start on main"));
+}
+
 // A login, a logout or an erasure that arrives while a consent is being stored gets no turn of its own.
 TEST_F(ConsentGateTest, FollowsWhatArrivesDuringAWrite) {
   begin(R"({"statistics":true})");

@@ -55,7 +55,7 @@ class HTTPClientTest : public ::testing::Test {
   FullConsent record;
 };
 
-TEST_F(HTTPClientTest, JudgesEveryOutcome) {
+TEST_F(HTTPClientTest, MapsEveryOutcomeToItsResult) {
   const auto expectEnd = [](const std::string& actual, const std::string& expected) {
     EXPECT_THAT(actual, StartsWith(expected));
     EXPECT_TRUE(actual == expected || expected.ends_with("valid JSON")) << actual;

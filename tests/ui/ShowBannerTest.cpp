@@ -195,7 +195,7 @@ struct Throwing : FakeApplication, Localization {
   std::string text(std::string_view) override { throw WithoutText(); }
 };
 
-TEST_F(ShowBannerTest, WorksOnIfTheHostsSeamsThrow) {
+TEST_F(ShowBannerTest, ContinuesIfTheHostsSeamsThrow) {
   prepare();
   answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
   const auto throwing = std::make_shared<Throwing>();
