@@ -17,29 +17,12 @@
 
 #include "adapters/curl/CurlBody.h"
 #include "adapters/curl/CurlHeader.h"
-#include "adapters/curl/CurlSockets.h"
-#include "adapters/curl/CurlTLS.h"
+#include "adapters/curl/CurlShared.h"
+#include "adapters/curl/CurlTarget.h"
 
 struct curl_slist;
-struct Curl_URL;
 
 namespace TalvoConsentSDK {
-
-/// A session's rules for its transfers.
-struct CurlRules {
-  bool allowsPlainHTTP = false;
-  std::size_t maxReply = 0;
-  std::string certificates;         // PEM text of the authorities to trust; empty for the system's
-  bool hasCertificateFile = false;  // the system keeps its authorities in one file
-  bool usesOpenSSL = false;         // libcurl uses it for TLS
-  bool mayForgetReplies = false;    // libcurl before 8.0, over HTTP/2; see `remind`
-};
-
-/// A libcurl easy handle.
-struct CurlHandleDeleter {
-  void operator()(void* handle) const noexcept;
-};
-using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 
 /// A request and its libcurl easy handle. Not thread-safe.
 class CurlTransfer {
@@ -47,10 +30,9 @@ class CurlTransfer {
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<platform::URLResponse>;
 
-  /// `rules`, `sockets` and `tls` must outlive the transfer. `handle` is the handle of an earlier transfer of
-  /// the same session, to be reused, or null.
-  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, platform::URLRequest request,
-               CurlHandle handle);
+  /// `handle` is the handle of an earlier transfer of the
+  /// same session, to be reused, or null.
+  CurlTransfer(CurlShared& shared, platform::URLRequest request, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -87,20 +69,6 @@ class CurlTransfer {
     void operator()(curl_slist* list) const noexcept;
   };
 
-  // A URL as parsed by libcurl, so that the checked host is the host that libcurl contacts.
-  struct Target {
-    struct Deleter {
-      void operator()(Curl_URL* parsed) const noexcept;
-    };
-    std::unique_ptr<Curl_URL, Deleter> url;
-    std::string scheme, host;
-
-    std::string part(int name) const;  // a CURLUPart
-    static std::optional<Target> parse(const char* url);
-    bool isLoopback() const;
-    bool sharesOrigin(const Target& other) const;
-  };
-
   // Any change to these values counts as progress.
   struct Progress {
     std::int64_t steps = 0;  // sum of the times to resolve, connect and secure, in microseconds
@@ -110,7 +78,7 @@ class CurlTransfer {
     bool operator==(const Progress&) const = default;
   };
 
-  static CurlHandle makeHandle(const CurlRules& rules, CurlTLS& tls);
+  static CurlHandle makeHandle(CurlShared& shared);
 
   std::optional<PlatformError> follow(int status, const char* location);
   std::optional<PlatformError> configure();
@@ -125,15 +93,14 @@ class CurlTransfer {
   bool isCompressedTooWell(std::size_t size, std::size_t uncounted) const;
   std::size_t receiveHeader(std::string_view line);
 
+  CurlShared& shared_;
   const CurlRules& rules_;
-  CurlSockets& sockets_;
-  CurlTLS& tls_;
   platform::URLRequest request_;
-  const Clock::duration idleLimit_;
+  const std::chrono::milliseconds idleLimit_;
   const bool keepsOrigin_;  // it began as a POST or PUT, so no redirect may lead to another origin
   CurlHandle handle_;
 
-  std::optional<Target> target_;
+  std::optional<CurlTarget> target_;
   int redirects_ = 0;
   bool leftOrigin_ = false;
   bool avoidsPool_ = false;
@@ -147,6 +114,7 @@ class CurlTransfer {
   int localPort_ = 0;
   bool isNewConnection_ = false;
   bool isConnected_ = false;
+  bool isHTTP2_ = false;
   bool isSecondAttempt_ = false;
   bool isStaleConnection_ = false;
   std::optional<PlatformError> rejection_;  // why the reply is refused

@@ -64,8 +64,8 @@ CurlRules rulesFor(const CurlOptions& options) {
 
 }  // namespace
 
-/// The state shared by the session and its thread. `add`, `wake` and `close` may be called on any thread; the
-/// rest belongs to the worker thread.
+/// The state shared by the session and its thread. `add`, `wake` and `close` may be
+/// called on any thread; the rest belongs to the worker thread.
 ///
 /// When the process exits, the TLS library is shut down while the thread may still be running. So the thread
 /// holds `inCurl_` whenever it is inside libcurl, and checks `stop` before it enters. Once `wake` has held
@@ -74,7 +74,7 @@ CurlRules rulesFor(const CurlOptions& options) {
 /// delay the exit.
 class CurlURLSession::Worker {
  public:
-  explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
+  explicit Worker(CurlRules rules) : shared_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
     // Checks that libcurl could open the file descriptors that it uses to wake the thread: without them,
     // nothing could ever wake it. If all is well, the call only shortens the first wait.
@@ -118,7 +118,7 @@ class CurlURLSession::Worker {
         begin(endings);
         remind();
         int running = 0;
-        tls_.noteReply();
+        shared_.tls.noteReply();
         curl_multi_perform(multi_, &running);
         finish(endings);
         endIdle(endings);
@@ -165,7 +165,7 @@ class CurlURLSession::Worker {
 
   void begin(std::vector<Ending>& endings) {
     for (auto& [request, completion] : takeArrivals()) {
-      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, tls_, std::move(request), takeSpare());
+      auto transfer = std::make_unique<CurlTransfer>(shared_, std::move(request), takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
         continue;
@@ -204,7 +204,7 @@ class CurlURLSession::Worker {
     const bool isShared = std::ranges::any_of(running_, [&](const auto& other) {
       return other.first != failed && other.second.transfer->localPort() == port;
     });
-    if (port != 0 && !isShared) sockets_.shutDown(port);
+    if (port != 0 && !isShared) shared_.sockets.shutDown(port);
   }
 
   void endIdle(std::vector<Ending>& endings) {
@@ -221,7 +221,7 @@ class CurlURLSession::Worker {
   }
 
   void remind() {
-    if (!rules_.mayForgetReplies) return;
+    if (!shared_.rules.mayForgetReplies) return;
     for (const auto& [handle, running] : running_) running.transfer->remind();
   }
 
@@ -229,7 +229,7 @@ class CurlURLSession::Worker {
     using namespace std::chrono;
     const auto now = Clock::now();
     milliseconds wait = minutes(1);
-    if (rules_.mayForgetReplies && !running_.empty()) wait = CurlTransfer::reminder;
+    if (shared_.rules.mayForgetReplies && !running_.empty()) wait = CurlTransfer::reminder;
     for (const auto& [handle, running] : running_) {
       wait = std::min(wait, ceil<milliseconds>(running.transfer->deadline() - now));
     }
@@ -284,10 +284,8 @@ class CurlURLSession::Worker {
     endings.clear();
   }
 
-  const CurlRules rules_;
   std::atomic<bool> closed_ = false;
-  CurlSockets sockets_;
-  CurlTLS tls_;
+  CurlShared shared_;
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::vector<CurlHandle> spare_;
