@@ -2,8 +2,10 @@
 
 // What the transfers of a session have in common.
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -16,6 +18,7 @@ namespace TalvoConsentSDK {
 struct CurlRules {
   bool allowsPlainHTTP = false;
   std::size_t maxReply = 0;
+  std::optional<std::chrono::milliseconds> maxTimeout, maxTotalTimeout;
   std::string certificates;         // PEM text of the authorities to trust; empty for the system's
   bool hasCertificateFile = false;  // the system keeps its authorities in one file
   bool usesOpenSSL = false;         // libcurl uses it for TLS

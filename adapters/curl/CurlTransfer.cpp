@@ -20,9 +20,19 @@ constexpr int maxRedirects = 20;
 constexpr std::size_t alwaysDecompressed = 1'000'000;
 constexpr std::size_t maxDecompression = 50;
 
-std::chrono::milliseconds idleLimit(std::chrono::milliseconds timeout) {
+// Adding a limit to a time must not overflow.
+std::chrono::milliseconds idleLimit(const URLRequest& request, const CurlRules& rules) {
   using namespace std::chrono_literals;
-  return std::clamp<std::chrono::milliseconds>(timeout, 1ms, 24h);  // adding it to a time must not overflow
+  const auto limit = std::min(request.timeout, rules.maxTimeout.value_or(request.timeout));
+  return std::clamp<std::chrono::milliseconds>(limit, 1ms, 24h);
+}
+
+std::optional<std::chrono::milliseconds> totalLimit(const URLRequest& request, const CurlRules& rules) {
+  using namespace std::chrono_literals;
+  constexpr auto most = std::chrono::milliseconds::max();
+  const auto limit = std::min(request.totalTimeout.value_or(most), rules.maxTotalTimeout.value_or(most));
+  if (limit == most) return std::nullopt;
+  return std::clamp<std::chrono::milliseconds>(limit, 1ms, 24h * 365);
 }
 
 // Headers that are not sent after a redirect to another origin.
@@ -58,11 +68,13 @@ void CurlTransfer::ListDeleter::operator()(curl_slist* list) const noexcept {
   curl_slist_free_all(list);
 }
 
-CurlTransfer::CurlTransfer(CurlShared& shared, URLRequest request, CurlHandle handle)
+CurlTransfer::CurlTransfer(CurlShared& shared, URLRequest request, Clock::time_point start, CurlHandle handle)
     : shared_(shared),
       rules_(shared.rules),
       request_(std::move(request)),
-      idleLimit_(idleLimit(request_.timeout)),
+      idleLimit_(idleLimit(request_, rules_)),
+      totalLimit_(totalLimit(request_, rules_)),
+      end_(totalLimit_ ? start + *totalLimit_ : Clock::time_point::max()),
       keepsOrigin_(mayHaveBody(request_)),
       handle_(handle ? std::move(handle) : makeHandle(shared)) {}
 
@@ -235,7 +247,7 @@ void CurlTransfer::configureConnection() {
   // Limits the time to connect; our own idle limit applies first. If a host has several addresses, libcurl
   // spends at most half of the remaining time on each address except the last, so an address that does not
   // answer leaves time for the next one.
-  const auto limit = idleLimit_.count();
+  const auto limit = std::min(idleLimit_, totalLimit_.value_or(idleLimit_)).count();
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit + limit / 2));
 
   for (const CURLoption data : {CURLOPT_WRITEDATA, CURLOPT_HEADERDATA, CURLOPT_SOCKOPTDATA,
@@ -378,8 +390,11 @@ std::size_t CurlTransfer::receiveHeader(std::string_view line) {
   return line.size();
 }
 
-PlatformError CurlTransfer::idleError() const {
-  return curlError(CURLE_OPERATION_TIMEDOUT, "No progress for " + std::to_string(idleLimit_.count()) + " ms");
+PlatformError CurlTransfer::timeoutError() const {
+  const bool isWhole = totalLimit_ && end_ <= lastProgress_ + idleLimit_;
+  return curlError(CURLE_OPERATION_TIMEDOUT,
+                   isWhole ? "No reply within " + std::to_string(totalLimit_->count()) + " ms"
+                           : "No progress for " + std::to_string(idleLimit_.count()) + " ms");
 }
 
 }  // namespace TalvoConsentSDK

@@ -3,6 +3,7 @@
 // One request on its way through libcurl, including redirects. It decides what may be sent where and what
 // counts as an answer; it knows nothing about threads or other requests.
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -30,9 +31,9 @@ class CurlTransfer {
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<platform::URLResponse>;
 
-  /// `handle` is the handle of an earlier transfer of the
+  /// The total limit of `request` counts from `start`. `handle` is the handle of an earlier transfer of the
   /// same session, to be reused, or null.
-  CurlTransfer(CurlShared& shared, platform::URLRequest request, CurlHandle handle);
+  CurlTransfer(CurlShared& shared, platform::URLRequest request, Clock::time_point start, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -56,10 +57,10 @@ class CurlTransfer {
   static constexpr std::chrono::milliseconds reminder{500};
 
   /// The time at which the transfer times out if it makes no progress until then.
-  Clock::time_point deadline() const noexcept { return lastProgress_ + idleLimit_; }
+  Clock::time_point deadline() const noexcept { return std::min(lastProgress_ + idleLimit_, end_); }
 
   /// The error to report when the deadline has passed.
-  PlatformError idleError() const;
+  PlatformError timeoutError() const;
 
   /// The local port of the current run's latest connection; 0 before the run has one.
   int localPort() const noexcept { return localPort_; }
@@ -97,6 +98,8 @@ class CurlTransfer {
   const CurlRules& rules_;
   platform::URLRequest request_;
   const std::chrono::milliseconds idleLimit_;
+  const std::optional<std::chrono::milliseconds> totalLimit_;
+  const Clock::time_point end_;
   const bool keepsOrigin_;  // it began as a POST or PUT, so no redirect may lead to another origin
   CurlHandle handle_;
 

@@ -48,6 +48,8 @@ CurlRules rulesFor(const CurlOptions& options) {
   CurlRules rules;
   rules.allowsPlainHTTP = options.allowsPlainHTTP;
   rules.maxReply = std::min(options.maxReply, maxReplyHeld);
+  rules.maxTimeout = options.maxTimeout;
+  rules.maxTotalTimeout = options.maxTotalTimeout;
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
   const char* system = nullptr;
   curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);
@@ -90,7 +92,7 @@ class CurlURLSession::Worker {
 
   void add(URLRequest request, Completion completion) {
     const std::scoped_lock guard(lock_);
-    arrivals_.push_back({std::move(request), std::move(completion)});
+    arrivals_.push_back({std::move(request), std::move(completion), Clock::now()});
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
@@ -121,7 +123,7 @@ class CurlURLSession::Worker {
         shared_.tls.noteReply();
         curl_multi_perform(multi_, &running);
         finish(endings);
-        endIdle(endings);
+        endOverdue(endings);
         if (endings.empty() && setWaits(true)) {
           curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
           setWaits(false);
@@ -141,6 +143,7 @@ class CurlURLSession::Worker {
   struct Arrival {
     URLRequest request;
     Completion completion;
+    Clock::time_point time;
   };
   struct Running {
     std::unique_ptr<CurlTransfer> transfer;
@@ -164,8 +167,8 @@ class CurlURLSession::Worker {
   }
 
   void begin(std::vector<Ending>& endings) {
-    for (auto& [request, completion] : takeArrivals()) {
-      auto transfer = std::make_unique<CurlTransfer>(shared_, std::move(request), takeSpare());
+    for (auto& [request, completion, time] : takeArrivals()) {
+      auto transfer = std::make_unique<CurlTransfer>(shared_, std::move(request), time, takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
         continue;
@@ -207,16 +210,16 @@ class CurlURLSession::Worker {
     if (port != 0 && !isShared) shared_.sockets.shutDown(port);
   }
 
-  void endIdle(std::vector<Ending>& endings) {
+  void endOverdue(std::vector<Ending>& endings) {
     const auto now = Clock::now();
-    std::vector<void*> idle;
+    std::vector<void*> overdue;
     for (const auto& [handle, running] : running_) {
-      if (running.transfer->deadline() <= now) idle.push_back(handle);
+      if (running.transfer->deadline() <= now) overdue.push_back(handle);
     }
-    for (void* const handle : idle) {
+    for (void* const handle : overdue) {
       leaveConnection(handle);
       curl_multi_remove_handle(multi_, handle);
-      retire(handle, running_.at(handle).transfer->idleError(), endings);
+      retire(handle, running_.at(handle).transfer->timeoutError(), endings);
     }
   }
 
