@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
+#include "adapters/curl/CurlOrigins.h"
 #include "adapters/curl/CurlSockets.h"
 #include "adapters/curl/CurlTLS.h"
 
@@ -33,11 +33,17 @@ using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 
 /// What the transfers of a session share. Not thread-safe. Must outlive their handles.
 struct CurlShared {
-  explicit CurlShared(CurlRules allRules) : rules(std::move(allRules)) {}
+  explicit CurlShared(CurlRules rules);
+
+  struct Deleter {
+    void operator()(void* share) const noexcept;
+  };
 
   const CurlRules rules;
   CurlSockets sockets;
   CurlTLS tls;
+  CurlOrigins origins;
+  std::unique_ptr<void, Deleter> tlsSessions;
 };
 
 }  // namespace TalvoConsentSDK

@@ -35,6 +35,10 @@ std::string CurlTarget::part(int name) const {
   return text;
 }
 
+std::string CurlTarget::origin() const {
+  return host + ":" + part(CURLUPART_PORT);
+}
+
 bool CurlTarget::isLoopback() const {
   if (sameText(host, "localhost") || host == "[::1]") return true;
   in_addr address{};

@@ -23,6 +23,9 @@ struct CurlTarget {
   /// Returns a `CURLUPart`. The port is known even if the URL does not contain it.
   std::string part(int name) const;
 
+  /// The host and the port.
+  std::string origin() const;
+
   bool isLoopback() const;
   bool sharesOrigin(const CurlTarget& other) const;
 };

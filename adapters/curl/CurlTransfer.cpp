@@ -204,6 +204,7 @@ CurlHandle CurlTransfer::makeHandle(CurlShared& shared) {
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(made));
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &shared.tls);
   }
+  curl_easy_setopt(easy, CURLOPT_SHARE, shared.tlsSessions.get());
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // every encoding that this libcurl can decode
   curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // they belong to the proxy
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
@@ -243,6 +244,11 @@ void CurlTransfer::configureConnection() {
   // A POST or PUT gets a fresh connection: if a reused one closed without an answer, libcurl would send it
   // again.
   curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, mayHaveBody(request_) || avoidsPool_ ? 1L : 0L);
+
+  // A request waits for a connection to its origin that is being opened, and shares it over HTTP/2. Over
+  // plain http, it would wait for the reply to the first request.
+  const bool waits = target_->scheme == "https" && shared_.origins.mayShare(target_->origin());
+  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, waits ? 1L : 0L);
 
   // Limits the time to connect; our own idle limit applies first. If a host has several addresses, libcurl
   // spends at most half of the remaining time on each address except the last, so an address that does not
@@ -302,6 +308,7 @@ bool CurlTransfer::maySend(int localPort) {
   // Over HTTP/2, frames may arrive at any time and are never mistaken for another stream's reply.
   const SSL* const tls = tlsConnection();
   isHTTP2_ = CurlTLS::usesHTTP2(tls);
+  if (tls) shared_.origins.note(target_->origin(), isHTTP2_);
   isStaleConnection_ =
       !isNewConnection_ && !isHTTP2_ && (CurlTLS::hasInput(tls) || shared_.sockets.hasInput(localPort));
   lastProgress_ = Clock::now();

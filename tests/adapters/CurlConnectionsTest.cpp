@@ -54,6 +54,64 @@ const Protocol plainHTTP{"http", nullptr, ""};
 const Protocol secureHTTP1{"HTTP/1.1 over TLS", SecureCurlURLSession::identity(), ""};
 const Protocol secureHTTP2{"HTTP/2 over TLS", SecureCurlURLSession::identity(), LoopbackServer::http2};
 
+TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
+  const char* const stays = "X-A: 1\r\n";
+  const char* const closes = "Connection: close\r\n";
+  const struct {
+    Protocol protocol;
+    const char* first;  // headers of an earlier reply, or null
+    int connections;
+  } cases[] = {
+      {plainHTTP, nullptr, 3},  {plainHTTP, stays, 3},     {secureHTTP1, stays, 3},
+      {secureHTTP1, closes, 4}, {secureHTTP2, nullptr, 1}, {secureHTTP2, stays, 1},
+  };
+  for (const auto& [protocol, first, connections] : cases) {
+    SCOPED_TRACE(std::string(protocol.name) + " " + (first ? first : ""));
+    std::atomic<bool> holds = false;
+    LoopbackServer server = protocol.serve([&, headers = first](auto& request, auto& connection) {
+      holds.wait(true);
+      connection.reply(200, "", request.target == "/first" ? headers : "");
+    });
+    SecureCurlURLSession session;
+    if (first) {
+      EXPECT_EQ(described(await(session, makeRequest("GET", server.url("/first", "localhost")))), "200");
+    }
+    holds = connections > 1;  // so that no connection is free again before all three requests have arrived
+    server.awaitConnections(connections);
+    Outcomes outcomes;
+    for (int count = 0; count < 3; ++count)
+      session.run(makeRequest("GET", server.url("/", "localhost")), outcomes.completion());
+    waitUntil([&] { return server.requests().size() == (first ? 4U : 3U); });
+    holds = false;
+    holds.notify_all();
+    for (const auto& [outcome, thread] : outcomes.wait(3)) EXPECT_EQ(described(outcome), "200");
+    EXPECT_EQ(server.connections(), connections);
+  }
+}
+
+TEST(CurlConnections, ResumeTLSSessionsAndAreFreshForABody) {
+  for (const Protocol& protocol : {secureHTTP1, secureHTTP2}) {
+    for (const char* method : {"POST", "PUT"}) {
+      SCOPED_TRACE(std::string(protocol.name) + " " + method);
+      LoopbackServer server = protocol.serve([](const Received& request, Connection& connection) {
+        if (request.target != "/stalls") connection.reply(200);
+      });
+      SecureCurlURLSession session;
+      const auto urlOf = [&](const char* path) { return server.url(path, "localhost"); };
+      EXPECT_EQ(described(await(session, makeRequest("GET", urlOf("/")))), "200");
+      Outcomes stalls;  // keeps the first connection and libcurl's first handle busy
+      session.run(makeRequest("GET", urlOf("/stalls")), stalls.completion());
+      waitUntil([&] { return server.requests().size() == 2; });
+      EXPECT_EQ(described(await(session, makeRequest(method, urlOf("/")))), "200");
+      const auto requests = server.requests();
+      EXPECT_EQ(requests.at(1).connection, 1);
+      EXPECT_EQ(requests.at(2).connection, 2);
+      EXPECT_FALSE(requests.at(1).hasResumedSession);
+      EXPECT_TRUE(requests.at(2).hasResumedSession);
+    }
+  }
+}
+
 TEST(CurlTimeLimits, EndARequestInTime) {
   LoopbackServer server = plainHTTP.serve([](const Received& request, Connection& connection) {
     if (request.target == "/stalls") return connection.waitForPeer();
