@@ -224,6 +224,11 @@ CurlHandle CurlTransfer::makeHandle(CurlShared& shared) {
     return CURL_SOCKOPT_OK;
   };
   curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, static_cast<curl_sockopt_callback>(connects));
+  constexpr auto closes = [](void* sockets, curl_socket_t socket) {
+    return static_cast<CurlSockets*>(sockets)->close(socket);
+  };
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, static_cast<curl_closesocket_callback>(closes));
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, &shared.sockets);
   constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {
     return static_cast<CurlTransfer*>(self)->maySend(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
   };
@@ -324,7 +329,11 @@ const SSL* CurlTransfer::tlsConnection() const {
 }
 
 void CurlTransfer::remind() {
-  if (!isHTTP2_ || Clock::now() - lastProgress_ < reminder) return;
+  if (Clock::now() - lastProgress_ >= reminder) wakeUp();
+}
+
+void CurlTransfer::wakeUp() {
+  if (!isHTTP2_) return;
   curl_easy_pause(handle(), CURLPAUSE_RECV);
   curl_easy_pause(handle(), CURLPAUSE_CONT);
 }

@@ -39,8 +39,15 @@ class CurlTransfer {
 
   void* handle() const noexcept { return handle_.get(); }
 
-  /// Moves the handle out once the transfer has ended; null if it must not be reused.
-  CurlHandle takeHandle() { return wasRepeated_ ? nullptr : std::move(handle_); }
+  /// Moves the handle out once the transfer has ended.
+  CurlHandle takeHandle() { return std::move(handle_); }
+
+  /// Whether another transfer may use the handle.
+  bool isHandleReusable() const noexcept { return !wasRepeated_ && !isHandleRemembered(); }
+
+  /// Whether the handle must not be freed before its connection is closed. If an HTTP/2 request ends before
+  /// its reply begins, it may still wait to be sent. libcurl 7.88 then keeps a pointer to its handle.
+  bool isHandleRemembered() const noexcept { return isHTTP2_ && header_.bytes() == 0; }
 
   /// Prepares the handle for its run. Returns an error if the request is refused.
   std::optional<PlatformError> prepare();
@@ -55,6 +62,14 @@ class CurlTransfer {
   /// `reminder`.
   void remind();
   static constexpr std::chrono::milliseconds reminder{500};
+
+  /// Makes libcurl look for input at once and send what it has buffered, if the transfer uses HTTP/2.
+  void wakeUp();
+
+  bool isCancelled() const { return request_.cancellation && request_.cancellation->isCancelled(); }
+
+  /// Whether there has been no progress for so long that the connection may be dead.
+  bool isSilent() const { return Clock::now() - lastProgress_ >= std::chrono::seconds(2); }
 
   /// The time at which the transfer times out if it makes no progress until then.
   Clock::time_point deadline() const noexcept { return std::min(lastProgress_ + idleLimit_, end_); }

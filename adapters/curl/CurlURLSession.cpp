@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <mutex>
@@ -66,7 +67,7 @@ CurlRules rulesFor(const CurlOptions& options) {
 
 }  // namespace
 
-/// The state shared by the session and its thread. `add`, `wake` and `close` may be
+/// The state shared by the session and its thread. `add`, `noteCancellation`, `wake` and `close` may be
 /// called on any thread; the rest belongs to the worker thread.
 ///
 /// When the process exits, the TLS library is shut down while the thread may still be running. So the thread
@@ -97,6 +98,13 @@ class CurlURLSession::Worker {
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
+  /// Call this after a request has been cancelled, whether or not it is still running.
+  void noteCancellation() {
+    const std::scoped_lock guard(lock_);
+    hasCancellation_ = true;
+    if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
+  }
+
   /// Call this with `stop` set: when it returns, the thread has left libcurl. That can take seconds on a busy
   /// device, because the thread may be reading certificates or making a TLS handshake. If the process ended
   /// meanwhile, it would crash. The limit of a minute is only for a libcurl that never returns.
@@ -119,12 +127,14 @@ class CurlURLSession::Worker {
         const std::scoped_lock guard(inCurl_);
         if (stop) break;
         begin(endings);
+        if (takeCancellation()) endCancelled(endings);
         remind();
         int running = 0;
         shared_.tls.noteReply();
         curl_multi_perform(multi_, &running);
         finish(endings);
         endOverdue(endings);
+        freeRemembered();
         if (endings.empty() && setWaits(true)) {
           curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
           setWaits(false);
@@ -151,6 +161,10 @@ class CurlURLSession::Worker {
     std::unique_ptr<CurlTransfer> transfer;
     Completion completion;
   };
+  struct Remembered {  // see `CurlTransfer::isHandleRemembered`
+    int port;
+    CurlHandle handle;
+  };
   struct Ending {
     Completion completion;
     CurlTransfer::Outcome outcome;
@@ -159,8 +173,13 @@ class CurlURLSession::Worker {
   // Sets and returns whether the thread waits: only if `waits` is true and no request has arrived.
   bool setWaits(bool waits) {
     const std::scoped_lock guard(lock_);
-    waits_ = waits && arrivals_.empty();
+    waits_ = waits && arrivals_.empty() && !hasCancellation_;
     return waits_;
+  }
+
+  bool takeCancellation() {
+    const std::scoped_lock guard(lock_);
+    return std::exchange(hasCancellation_, false);
   }
 
   std::vector<Arrival> takeArrivals() {
@@ -170,6 +189,10 @@ class CurlURLSession::Worker {
 
   void begin(std::vector<Ending>& endings) {
     for (auto& [request, completion, time] : takeArrivals()) {
+      if (request.cancellation && request.cancellation->isCancelled()) {
+        endings.push_back({std::move(completion), cancelledError()});
+        continue;
+      }
       auto transfer = std::make_unique<CurlTransfer>(shared_, std::move(request), time, takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
@@ -212,16 +235,40 @@ class CurlURLSession::Worker {
     if (port != 0 && !isShared) shared_.sockets.shutDown(port);
   }
 
+  std::vector<void*> handlesWhere(const std::function<bool(const CurlTransfer&)>& isMeant) const {
+    std::vector<void*> handles;
+    for (const auto& [handle, running] : running_) {
+      if (isMeant(*running.transfer)) handles.push_back(handle);
+    }
+    return handles;
+  }
+
+  // libcurl closes the connection, or resets the stream of an HTTP/2 connection, which can then be used
+  // again. But a silent connection may be dead, and the next requests would hang on it, too.
+  void endCancelled(std::vector<Ending>& endings) {
+    for (void* const handle : handlesWhere([](const auto& each) { return each.isCancelled(); })) {
+      if (running_.at(handle).transfer->isSilent()) leaveConnection(handle);
+      endEarly(handle, cancelledError(), endings);
+    }
+  }
+
   void endOverdue(std::vector<Ending>& endings) {
     const auto now = Clock::now();
-    std::vector<void*> overdue;
-    for (const auto& [handle, running] : running_) {
-      if (running.transfer->deadline() <= now) overdue.push_back(handle);
-    }
-    for (void* const handle : overdue) {
+    for (void* const handle : handlesWhere([&](const auto& each) { return each.deadline() <= now; })) {
       leaveConnection(handle);
-      curl_multi_remove_handle(multi_, handle);
-      retire(handle, running_.at(handle).transfer->timeoutError(), endings);
+      endEarly(handle, running_.at(handle).transfer->timeoutError(), endings);
+    }
+  }
+
+  // Before 8.1, libcurl sends the reset of a stream only with other traffic of the connection. It may also
+  // have read, but not processed, replies to requests that share the connection.
+  void endEarly(void* handle, PlatformError reason, std::vector<Ending>& endings) {
+    const int port = running_.at(handle).transfer->localPort();
+    if (remembered_.size() >= maxSpare) leaveConnection(handle);
+    curl_multi_remove_handle(multi_, handle);
+    retire(handle, std::move(reason), endings);
+    for (const auto& [other, running] : running_) {
+      if (port != 0 && running.transfer->localPort() == port) running.transfer->wakeUp();
     }
   }
 
@@ -245,10 +292,18 @@ class CurlURLSession::Worker {
   // reuse.
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
+    CurlTransfer& transfer = *entry->second.transfer;
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});
-    if (auto spare = entry->second.transfer->takeHandle(); spare && spare_.size() < maxSpare)
-      spare_.push_back(std::move(spare));
+    if (transfer.isHandleRemembered()) {
+      remembered_.push_back({transfer.localPort(), transfer.takeHandle()});
+    } else if (transfer.isHandleReusable() && spare_.size() < maxSpare) {
+      spare_.push_back(transfer.takeHandle());
+    }
     running_.erase(entry);
+  }
+
+  void freeRemembered() {
+    std::erase_if(remembered_, [this](const Remembered& each) { return !shared_.sockets.isOpen(each.port); });
   }
 
   // Reusing a handle is cheaper than making one.
@@ -267,15 +322,20 @@ class CurlURLSession::Worker {
     const std::scoped_lock guard(inCurl_);
     while (!running_.empty()) {
       void* const handle = running_.begin()->first;
+      const bool isCancelled = running_.begin()->second.transfer->isCancelled();
       curl_multi_remove_handle(multi_, handle);
-      retire(handle, closed, endings);
+      retire(handle, isCancelled ? cancelledError() : closed, endings);
     }
     spare_.clear();
-    for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
+    for (auto& [request, completion, time] : takeArrivals()) {
+      const bool isCancelled = request.cancellation && request.cancellation->isCancelled();
+      endings.push_back({std::move(completion), isCancelled ? cancelledError() : closed});
+    }
     std::unique_lock waking(lock_);
     CURLM* const multi = std::exchange(multi_, nullptr);
     waking.unlock();
     curl_multi_cleanup(multi);
+    remembered_.clear();
   }
 
   // A completion may do anything, such as add requests or destroy the session. No completion is called once
@@ -294,9 +354,11 @@ class CurlURLSession::Worker {
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::vector<CurlHandle> spare_;
+  std::vector<Remembered> remembered_;
   std::mutex lock_;  // guards the members below; held only briefly
   std::vector<Arrival> arrivals_;
-  bool waits_ = false;  // the thread must be woken to see an arrival
+  bool hasCancellation_ = false;
+  bool waits_ = false;  // the thread must be woken to see an arrival or a cancellation
   CURLM* multi_;        // null once freed
 };
 
@@ -311,6 +373,11 @@ CurlURLSession::~CurlURLSession() {
 }
 
 void CurlURLSession::run(URLRequest request, Completion completion) {
+  if (request.cancellation) {
+    request.cancellation->observe([worker = std::weak_ptr(worker_)] {
+      if (const auto held = worker.lock()) held->noteCancellation();
+    });
+  }
   worker_->add(std::move(request), std::move(completion));
 }
 
