@@ -1,5 +1,6 @@
 // The C interface, implemented on top of the C++ one.
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -218,6 +219,8 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
       const talvo_error described = describe(error);
       if (onError) onError(&described, userData.get());
     };
+    BannerOptions options;
+    if (host.time_limit > 0) options.timeLimit = std::chrono::milliseconds(host.time_limit);
     sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
                                   .onRejectAll = closure(host.on_reject_all, userData),
                                   .onSaved = closure(host.on_saved, userData),
@@ -225,7 +228,8 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
                                   .onReplaced = closure(host.on_replaced, userData),
                                   .onNotShown = [fail] { fail(Error(NotShown())); },
                                   .onError = fail,
-                                  .onManagePreferences = closure(host.on_manage_preferences, userData)});
+                                  .onManagePreferences = closure(host.on_manage_preferences, userData)},
+                   options);
   });
 }
 

@@ -178,6 +178,10 @@ typedef struct talvo_banner_callbacks {
       on_manage_preferences; /* extra: the user asks for preferences that the host must show itself */
   void* user_data;
   talvo_callback release; /* called when none of the others will be called any more */
+
+  /* Milliseconds within which the banner must be shown, otherwise `on_error` receives TALVO_NETWORK_ERROR and
+   * it is not shown; 0 for no limit. */
+  unsigned time_limit;
 } talvo_banner_callbacks;
 
 /*

@@ -90,8 +90,12 @@ class CInterfaceTest : public ::testing::Test {
   }
 
   std::atomic<bool> isDown = false;
+  std::string customization = "{}";
+  std::atomic<std::chrono::milliseconds> delay{};
   LoopbackServer server{[this](const auto& request, auto& connection) {
     if (isDown) return connection.reply(503, "closed for today");
+    if (request.target.find("banner-customization") != request.target.npos)
+      return std::this_thread::sleep_for(delay.load()), connection.reply(200, customization);
     connection.reply(200, request.method == "GET" ? "{}" : R"({"id":"c1"})");
   }};
   talvo_cookies* sdk = nullptr;
@@ -205,6 +209,26 @@ TEST_F(CInterfaceTest, ReleasesUserDataAfterTheLastCall) {
   EXPECT_EQ(heard.releases, 9);
   EXPECT_EQ(heard.replies, 1);
   EXPECT_STREQ(talvo_last_error(), "") << "talvo_drain did not fail";
+}
+
+TEST_F(CInterfaceTest, LimitsHowLongABannerMayTake) {
+  customization = R"({"bannerType": "popup", "customization": {
+      "colors": {"background": "FFFFFF", "buttonBackground": "2F9E8A", "buttonFontColor": "10201D", "font": "0"},
+      "settings": {"positioning": "bottom", "showBlurBackground": true, "showPoweredBy": false},
+      "messages": {"bannerMessages": {"acceptButton": "A", "rejectButton": "R", "title": "T", "mainMessage": "M"}}}})";
+  talvo_banner_callbacks banner{};
+  banner.on_error = [](const talvo_error* error, void* heard) { Heard::reply(error, nullptr, heard); };
+  banner.user_data = &heard;
+  banner.size = sizeof banner;
+  banner.time_limit = 1;
+  delay = 100ms;
+  ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
+  heard.await(1);
+  EXPECT_EQ(heard.status, TALVO_NETWORK_ERROR);
+  banner.time_limit = 60'000;
+  ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
+  heard.await(2);
+  EXPECT_EQ(heard.status, TALVO_NOT_SHOWN);
 }
 
 }  // namespace
