@@ -221,7 +221,7 @@ TEST_F(CInterfaceTest, LimitsHowLongABannerMayTake) {
   banner.user_data = &heard;
   banner.size = sizeof banner;
   banner.time_limit = 1;
-  delay = 100ms;
+  delay = std::chrono::milliseconds(100);
   ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
   heard.await(1);
   EXPECT_EQ(heard.status, TALVO_NETWORK_ERROR);
