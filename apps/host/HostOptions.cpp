@@ -81,6 +81,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   addSwitch("high-contrast", "Draw the banner with solid lines and outlines.");
   addSwitch("reduced-motion", "Draw the banner without animations.");
   addSwitch("hidden", "Stay in the background, without a window.");
+  addSwitch("empty", "Draw an empty window before the client is created.");
   parser.addHelpOption();
 
   if (!parser.parse(arguments)) fail(parser.errorText());
@@ -112,6 +113,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.highContrast = parser.isSet(QStringLiteral("high-contrast"));
   options.reducesMotion = parser.isSet(QStringLiteral("reduced-motion"));
   options.isHidden = parser.isSet(QStringLiteral("hidden"));
+  options.isEmpty = parser.isSet(QStringLiteral("empty"));
   return options;
 }
 

@@ -27,6 +27,7 @@ struct HostOptions {
   bool reducesMotion = false;
   std::optional<std::string> script;  // a file, or "-" for standard input
   bool isHidden = false;              // as if in the background, without a window
+  bool isEmpty = false;               // an empty window, which is drawn before the client is created
 };
 
 /// Parses the arguments. For wrong arguments, and for --help, prints a text and ends the process.

@@ -1,0 +1,326 @@
+"""Measures how many round trips a person waits for the banner, and prints them as one table.
+
+A relay delays everything between the sample host and the local service. A figure is the time from showBanner to the
+banner's first frame, less the same time without delay, in round trips. It compares two medians; the runs alternate, so
+that other load on the machine affects all of them.
+
+  measure.py [--quick]     everything, beside a browser with an open-source banner; writes build/bench-network.json
+  measure.py --check       only what has a goal, with 100 ms a round trip. Fails if a goal is missed
+"""
+
+import argparse
+import base64
+import contextlib
+import hashlib
+import json
+import os
+import random
+import shutil
+import socket
+import statistics
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+from pathlib import Path
+
+from browser import Browser
+
+RELEASE = Path(os.environ.get("TALVO_BUILD", "build/release")).absolute()
+SERVICE = RELEASE / "apps/consent-service/talvo-consent-service"
+PEER = Path("build/peers/node_modules/vanilla-cookieconsent/dist")
+GOALS_AT = 100  # milliseconds a round trip
+MOST_ERROR = 0.1  # round trips by which the relay may be wrong
+
+AT_ONCE, FIRST, CHECKED, FRESH, STOPPED = BANNERS = (
+    "first banner, right after createInstance", "first banner, after creation's request was answered",
+    "second banner, documents to be checked", "second banner, documents still fresh", "the same, service stopped")
+PLAIN, TLS, HTTP2 = TRANSPORTS = ("HTTP/1.1", "HTTP/1.1, TLS", "HTTP/2, TLS")
+GOALS = {
+    (AT_ONCE, PLAIN): 2.1, (AT_ONCE, HTTP2): 3.1, (FIRST, PLAIN): 2.1, (FIRST, HTTP2): 1.1,
+    (CHECKED, PLAIN): 1.1, (CHECKED, HTTP2): 1.1,
+    **{(banner, transport): 0.1 for banner in (FRESH, STOPPED) for transport in TRANSPORTS},
+}
+
+
+def run(*command, **options):
+    return subprocess.run([str(each) for each in command], check=True, capture_output=True, **options).stdout
+
+
+@contextlib.contextmanager
+def started(*command, **options):
+    process = subprocess.Popen([str(each) for each in command], text=True, **options)
+    try:
+        yield process
+    finally:
+        process.kill()
+        process.communicate()
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as server:
+        return server.getsockname()[1]
+
+
+def wait_for_server(port):
+    for _ in range(500):
+        with contextlib.suppress(ConnectionRefusedError), socket.create_connection(("127.0.0.1", port)):
+            return
+        time.sleep(0.02)
+    raise SystemExit(f"No server listens on port {port}")
+
+
+class Servers:
+    """The local service with the sites `checked` and `kept`, at one port for each transport."""
+
+    def __init__(self, folder, stack, has_browser):
+        self.authority = folder / "authority.pem"
+        key, certificate, sites = folder / "server.key", folder / "server.pem", folder / "sites"
+        make = ("openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2")
+        run(*make, "-subj", "/CN=benchmark", "-keyout", folder / "authority.key", "-out", self.authority)
+        run(*make, "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-addext",
+            "basicConstraints=critical,CA:FALSE", "-CA", self.authority, "-CAkey", folder / "authority.key",
+            "-keyout", key, "-out", certificate)
+        public_key = run("openssl", "pkey", "-in", key, "-pubout", "-outform", "der")
+        self.key_hash = base64.b64encode(hashlib.sha256(public_key).digest()).decode()
+        for name, settings in (("checked", {}), ("kept", {"keepFor": 3600})):
+            shutil.copytree("apps/consent-service/sites/demo", sites / name)
+            (sites / name / "site.json").write_text(json.dumps({"languages": ["en", "de", "ar"], **settings}))
+            if has_browser:
+                for file in (Path(__file__).with_name("page.html"), PEER / "cookieconsent.css", PEER / "cookieconsent.umd.js"):
+                    shutil.copy(file, sites / name)
+
+        def service(*options):
+            process = stack.enter_context(started(SERVICE, "--port", "0", "--sites", sites, *options, stdout=subprocess.PIPE))
+            return int(process.stdout.readline().rsplit(":", 1)[1])
+
+        self.ports = {PLAIN: service(), TLS: service("--tls", certificate, key), HTTP2: free_port()}
+        # nghttpx passes each request on as soon as it arrives, and each reply as soon as the service sends it.
+        self.log = folder / "nghttpx.log"
+        stack.enter_context(started(
+            shutil.which("nghttpx", path=f"{os.environ['PATH']}:/usr/sbin"), "--conf=/dev/null", "--no-ocsp", "--workers=1",
+            f"--frontend=127.0.0.1,{self.ports[HTTP2]}", f"--backend=127.0.0.1,{self.ports[PLAIN]}",
+            f"--accesslog-file={self.log}", "--accesslog-format=$request", key, certificate, stderr=subprocess.DEVNULL))
+        wait_for_server(self.ports[HTTP2])
+
+    def require_http2(self):
+        others = [line for line in self.log.read_text().splitlines() if not line.endswith("HTTP/2")]
+        if others:
+            raise SystemExit(f"These requests did not use HTTP/2: {others[:3]}")
+
+
+class Relay:
+    """A way to a port on which a round trip takes some milliseconds."""
+
+    def __init__(self, stack, port, round_trip):
+        self.process = stack.enter_context(started(RELEASE / "benchmarks/delay_relay", port, round_trip,
+                                                   stdout=subprocess.PIPE))
+        self.port = int(self.process.stdout.readline().rsplit(" ", 1)[1])
+
+    def stop(self):
+        self.process.kill()
+        self.process.wait()
+
+
+class Host:
+    """The sample host, which uses a new store."""
+
+    def __init__(self, stack, servers, transport, port, site):
+        scheme = "http" if transport == PLAIN else "https"
+        folder = Path(stack.enter_context(tempfile.TemporaryDirectory()))
+        environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "QT_QUICK_BACKEND": "software",
+                       "XDG_RUNTIME_DIR": str(folder)}
+        authority = [] if transport == PLAIN else ["--ca", servers.authority]
+        self.process = stack.enter_context(started(
+            RELEASE / "apps/host/talvo-host", "--api-url", f"{scheme}://127.0.0.1:{port}", "--site", site,
+            "--store", folder / "store", "--reduced-motion", "--empty", "--script", "-", *authority,
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=environment))
+
+    def do(self, *commands):
+        """Runs commands, and returns the answer to the last one, which is an error if that failed."""
+        self.process.stdin.write("".join(each + "\n" for each in commands))
+        self.process.stdin.flush()
+        for command in commands:
+            name = {"settle": "settled"}.get(command.split()[0], command.split()[0])
+            for line in self.process.stdout:
+                answer = json.loads(line)
+                if "callback" not in answer and (name in answer or "error" in answer):
+                    break
+            else:
+                raise SystemExit(f"The sample host ended at {command}")
+        return answer
+
+    def banner(self, *before):
+        """Shows a banner, and returns the milliseconds to its first frame. None if there is no banner."""
+        if self.do(*before, "banner").get("banner") != "shown":
+            return None
+        return self.do("timing")["timing"]["show_to_first_frame_ms"]
+
+
+# Ways to see banners. Each yields banners, and the milliseconds until they were shown.
+CLOSE = ("key Escape", "settle")
+
+
+def at_once(site, relay):
+    yield AT_ONCE, site("checked").banner()
+
+
+def checked(site, relay):
+    host = site("checked")
+    yield FIRST, host.banner("settle")
+    yield CHECKED, host.banner(*CLOSE)
+
+
+def kept(site, relay):
+    host = site("kept")
+    host.do("settle", "banner")
+    yield FRESH, host.banner(*CLOSE)
+    host.do(*CLOSE)
+    relay.stop()
+    yield STOPPED, host.banner()
+
+
+def browser_checked(site, relay):
+    page = site("checked")
+    yield AT_ONCE, page.banner()
+    yield CHECKED, page.banner()
+
+
+def browser_kept(site, relay):
+    page = site("kept")
+    page.banner()
+    yield FRESH, page.banner()
+    relay.stop()
+    yield STOPPED, page.banner()
+
+
+class WebPage:
+    def __init__(self, stack, browser, transport, port, site):
+        self.page = browser.page()
+        stack.callback(self.page.close)
+        self.url = f"{'http' if transport == PLAIN else 'https'}://127.0.0.1:{port}/sites/{site}/page.html"
+
+    def banner(self):
+        return self.page.banner(self.url)
+
+
+class Times:
+    """The milliseconds of every run, by banner, transport and round trip."""
+
+    def __init__(self):
+        self.runs = {}
+
+    def measure(self, visit, site, servers, transport, round_trip):
+        with contextlib.ExitStack() as stack:
+            relay = Relay(stack, servers.ports[transport], round_trip)
+            for banner, time in visit(lambda name: site(stack, transport, relay.port, name), relay):
+                self.runs.setdefault((banner, transport, round_trip), []).append(time)
+
+    def round_trips(self, banner, transport, round_trip):
+        """The wait in round trips. None if there was no banner."""
+        times = [self.runs[banner, transport, each] for each in (0, round_trip)]
+        if any(time is None for runs in times for time in runs):
+            return None
+        without, with_delay = map(statistics.median, times)
+        return (with_delay - without) / round_trip
+
+
+def check_relay(stack, round_trips):
+    """Fails if an exchange of a byte does not take one round trip, or two on a new connection."""
+    server = stack.enter_context(socket.create_server(("127.0.0.1", 0)))
+
+    def answer():
+        with contextlib.suppress(OSError):  # the server is closed at the end
+            while True:
+                connection, _ = server.accept()
+                while byte := connection.recv(1):
+                    connection.send(byte)
+
+    threading.Thread(target=answer, daemon=True).start()
+    times = {}
+    for _ in range(10):
+        for round_trip in (0, *round_trips):
+            with contextlib.ExitStack() as own:
+                relay = Relay(own, server.getsockname()[1], round_trip)
+                begin = time.monotonic()
+                client = own.enter_context(socket.create_connection(("127.0.0.1", relay.port)))
+                for exchange in (2, 3):
+                    client.send(b"x")
+                    client.recv(1)
+                    times.setdefault((exchange, round_trip), []).append((time.monotonic() - begin) * 1e3)
+    for (exchange, round_trip), runs in times.items():
+        if round_trip:
+            seen = (min(runs) - min(times[exchange, 0])) / round_trip  # other load can only make it longer
+            print(f"{exchange - 1} exchanges on a new connection, {round_trip} ms: {seen:.2f} round trips", file=sys.stderr)
+            if abs(seen - exchange) > MOST_ERROR:
+                raise SystemExit(f"The relay is wrong: {exchange} round trips were expected. Is the machine busy?")
+
+
+def measure(rounds, transports, round_trips, has_browser):
+    ours, theirs = Times(), Times()
+    with contextlib.ExitStack() as stack:
+        folder = Path(stack.enter_context(tempfile.TemporaryDirectory(prefix="talvo-network-")))
+        servers = Servers(folder, stack, has_browser)
+        check_relay(stack, round_trips)
+        visits = [(ours, visit, lambda stack, *each: Host(stack, servers, *each)) for visit in (at_once, checked, kept)]
+        if has_browser:
+            browser = Browser(folder / "profile", servers.key_hash)
+            stack.callback(browser.close)
+            visits += [(theirs, visit, lambda stack, *each: WebPage(stack, browser, *each))
+                       for visit in (browser_checked, browser_kept)]
+        for number in range(rounds):
+            for transport in transports:
+                print(f"Round {number + 1} of {rounds}, {transport}, load {os.getloadavg()[0]:.1f} ...", file=sys.stderr)
+                for times, visit, site in visits:
+                    for round_trip in random.sample((0, *round_trips), len(round_trips) + 1):
+                        times.measure(visit, site, servers, transport, round_trip)
+        servers.require_http2()
+    return ours, theirs
+
+
+def figure(round_trips):
+    return "no banner" if round_trips is None else f"{round_trips:.2f}"
+
+
+def report(ours, theirs, transports, round_trips):
+    """Prints the table, and returns whether all goals are met."""
+    names = ["banner", "connection", *(f"{each} ms" for each in round_trips), f"goal at {GOALS_AT} ms", "met"]
+    names += [f"browser, {each} ms" for each in round_trips] if theirs.runs else []
+    rows, is_met = [], True
+    for banner in BANNERS:
+        for transport in transports:
+            goal = GOALS.get((banner, transport))
+            seen = ours.round_trips(banner, transport, GOALS_AT)
+            met = goal is None or seen is not None and seen <= goal
+            is_met = is_met and met
+            cells = [figure(ours.round_trips(banner, transport, each)) for each in round_trips]
+            cells += ["", ""] if goal is None else [f"<= {goal:g}", "yes" if met else "NO"]
+            if theirs.runs:
+                cells += [figure(theirs.round_trips(banner, transport, each)) if banner != FIRST else "" for each in round_trips]
+            rows.append([banner, transport, *cells])
+    widths = [max(len(row[i]) for row in (names, *rows)) for i in range(len(names))]
+    line = lambda cells: "| " + " | ".join(cell.ljust(width) for cell, width in zip(cells, widths)) + " |"
+    print("\n".join([line(names), "|" + "|".join("-" * (width + 2) for width in widths) + "|", *map(line, rows)]))
+    return is_met
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--check", action="store_true")
+    options = parser.parse_args()
+    rounds = 2 if options.quick else 5
+    transports, round_trips = (TRANSPORTS, (25, 100, 300)) if not options.check else ((PLAIN, HTTP2), (GOALS_AT,))
+    ours, theirs = measure(rounds, transports, round_trips, has_browser=not options.check)
+    is_met = report(ours, theirs, transports, round_trips)
+    if not options.check:
+        runs = [{"who": who, "banner": banner, "connection": transport, "round_trip_ms": round_trip, "ms": times}
+                for who, of in (("ours", ours), ("browser", theirs)) for (banner, transport, round_trip), times in of.runs.items()]
+        Path("build/bench-network.json").write_text(json.dumps(runs, indent=1) + "\n")
+    elif not is_met:
+        raise SystemExit("Some goals are missed.")
+
+
+if __name__ == "__main__":
+    main()
