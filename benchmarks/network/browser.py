@@ -66,10 +66,13 @@ class Page:
     def __init__(self, browser, context, session):
         self.browser, self.context, self.session = browser, context, session
 
+    def open(self, url):
+        """Returns whether the page could be loaded."""
+        return "errorText" not in self.browser.call("Page.navigate", self.session, url=url)
+
     def banner(self, url):
-        """Opens the URL, waits for its banner, and returns what page.html measured. None if the page cannot be opened."""
-        self.browser.call("Page.navigate", self.session, url="about:blank")
-        if "errorText" in self.browser.call("Page.navigate", self.session, url=url):
+        """Opens the URL, waits for its banner, and returns what page.html measured. None if there is no page."""
+        if not self.open(url):
             return None
         result = self.browser.call("Runtime.evaluate", self.session, expression="bannerTime", awaitPromise=True,
                                    returnByValue=True)["result"]

@@ -9,13 +9,10 @@ that other load on the machine affects all of them.
 """
 
 import argparse
-import base64
 import contextlib
-import hashlib
 import json
 import os
 import random
-import shutil
 import socket
 import statistics
 import subprocess
@@ -26,101 +23,19 @@ import time
 from pathlib import Path
 
 from browser import Browser
+from servers import BUILD, HTTP2, PLAIN, TRANSPORTS, Relay, Servers, started
 
-RELEASE = Path(os.environ.get("TALVO_BUILD", "build/release")).absolute()
-SERVICE = RELEASE / "apps/consent-service/talvo-consent-service"
-PEER = Path("build/peers/node_modules/vanilla-cookieconsent/dist")
 GOALS_AT = 100  # milliseconds a round trip
 MOST_ERROR = 0.1  # round trips by which the relay may be wrong
 
 AT_ONCE, FIRST, CHECKED, FRESH, STOPPED = BANNERS = (
     "first banner, right after createInstance", "first banner, after creation's request was answered",
     "second banner, documents to be checked", "second banner, documents still fresh", "the same, service stopped")
-PLAIN, TLS, HTTP2 = TRANSPORTS = ("HTTP/1.1", "HTTP/1.1, TLS", "HTTP/2, TLS")
 GOALS = {
     (AT_ONCE, PLAIN): 2.1, (AT_ONCE, HTTP2): 3.1, (FIRST, PLAIN): 2.1, (FIRST, HTTP2): 1.1,
     (CHECKED, PLAIN): 1.1, (CHECKED, HTTP2): 1.1,
     **{(banner, transport): 0.1 for banner in (FRESH, STOPPED) for transport in TRANSPORTS},
 }
-
-
-def run(*command, **options):
-    return subprocess.run([str(each) for each in command], check=True, capture_output=True, **options).stdout
-
-
-@contextlib.contextmanager
-def started(*command, **options):
-    process = subprocess.Popen([str(each) for each in command], text=True, **options)
-    try:
-        yield process
-    finally:
-        process.kill()
-        process.communicate()
-
-
-def free_port():
-    with socket.create_server(("127.0.0.1", 0)) as server:
-        return server.getsockname()[1]
-
-
-def wait_for_server(port):
-    for _ in range(500):
-        with contextlib.suppress(ConnectionRefusedError), socket.create_connection(("127.0.0.1", port)):
-            return
-        time.sleep(0.02)
-    raise SystemExit(f"No server listens on port {port}")
-
-
-class Servers:
-    """The local service with the sites `checked` and `kept`, at one port for each transport."""
-
-    def __init__(self, folder, stack, has_browser):
-        self.authority = folder / "authority.pem"
-        key, certificate, sites = folder / "server.key", folder / "server.pem", folder / "sites"
-        make = ("openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2")
-        run(*make, "-subj", "/CN=benchmark", "-keyout", folder / "authority.key", "-out", self.authority)
-        run(*make, "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-addext",
-            "basicConstraints=critical,CA:FALSE", "-CA", self.authority, "-CAkey", folder / "authority.key",
-            "-keyout", key, "-out", certificate)
-        public_key = run("openssl", "pkey", "-in", key, "-pubout", "-outform", "der")
-        self.key_hash = base64.b64encode(hashlib.sha256(public_key).digest()).decode()
-        for name, settings in (("checked", {}), ("kept", {"keepFor": 3600})):
-            shutil.copytree("apps/consent-service/sites/demo", sites / name)
-            (sites / name / "site.json").write_text(json.dumps({"languages": ["en", "de", "ar"], **settings}))
-            if has_browser:
-                for file in (Path(__file__).with_name("page.html"), PEER / "cookieconsent.css", PEER / "cookieconsent.umd.js"):
-                    shutil.copy(file, sites / name)
-
-        def service(*options):
-            process = stack.enter_context(started(SERVICE, "--port", "0", "--sites", sites, *options, stdout=subprocess.PIPE))
-            return int(process.stdout.readline().rsplit(":", 1)[1])
-
-        self.ports = {PLAIN: service(), TLS: service("--tls", certificate, key), HTTP2: free_port()}
-        # nghttpx passes each request on as soon as it arrives, and each reply as soon as the service sends it.
-        self.log = folder / "nghttpx.log"
-        stack.enter_context(started(
-            shutil.which("nghttpx", path=f"{os.environ['PATH']}:/usr/sbin"), "--conf=/dev/null", "--no-ocsp", "--workers=1",
-            f"--frontend=127.0.0.1,{self.ports[HTTP2]}", f"--backend=127.0.0.1,{self.ports[PLAIN]}",
-            f"--accesslog-file={self.log}", "--accesslog-format=$request", key, certificate, stderr=subprocess.DEVNULL))
-        wait_for_server(self.ports[HTTP2])
-
-    def require_http2(self):
-        others = [line for line in self.log.read_text().splitlines() if not line.endswith("HTTP/2")]
-        if others:
-            raise SystemExit(f"These requests did not use HTTP/2: {others[:3]}")
-
-
-class Relay:
-    """A way to a port on which a round trip takes some milliseconds."""
-
-    def __init__(self, stack, port, round_trip):
-        self.process = stack.enter_context(started(RELEASE / "benchmarks/delay_relay", port, round_trip,
-                                                   stdout=subprocess.PIPE))
-        self.port = int(self.process.stdout.readline().rsplit(" ", 1)[1])
-
-    def stop(self):
-        self.process.kill()
-        self.process.wait()
 
 
 class Host:
@@ -133,7 +48,7 @@ class Host:
                        "XDG_RUNTIME_DIR": str(folder)}
         authority = [] if transport == PLAIN else ["--ca", servers.authority]
         self.process = stack.enter_context(started(
-            RELEASE / "apps/host/talvo-host", "--api-url", f"{scheme}://127.0.0.1:{port}", "--site", site,
+            BUILD / "apps/host/talvo-host", "--api-url", f"{scheme}://127.0.0.1:{port}", "--site", site,
             "--store", folder / "store", "--reduced-motion", "--empty", "--script", "-", *authority,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=environment))
 
@@ -184,13 +99,16 @@ def kept(site, relay):
 def browser_checked(site, relay):
     page = site("checked")
     yield AT_ONCE, page.banner()
+    page.leave()
     yield CHECKED, page.banner()
 
 
 def browser_kept(site, relay):
     page = site("kept")
     page.banner()
+    page.leave()
     yield FRESH, page.banner()
+    page.leave()
     relay.stop()
     yield STOPPED, page.banner()
 
@@ -199,10 +117,15 @@ class WebPage:
     def __init__(self, stack, browser, transport, port, site):
         self.page = browser.page()
         stack.callback(self.page.close)
-        self.url = f"{'http' if transport == PLAIN else 'https'}://127.0.0.1:{port}/sites/{site}/page.html"
+        self.folder = f"{'http' if transport == PLAIN else 'https'}://127.0.0.1:{port}/sites/{site}"
 
     def banner(self):
-        return self.page.banner(self.url)
+        return self.page.banner(f"{self.folder}/page.html")
+
+    def leave(self):
+        """Opens another page of the same origin: for another origin the browser would start a process."""
+        if not self.page.open(f"{self.folder}/blank.html"):
+            raise SystemExit("The browser cannot open a page")
 
 
 class Times:
