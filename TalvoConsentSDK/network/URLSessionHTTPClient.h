@@ -19,8 +19,7 @@ class URLSessionHTTPClient : public HTTPClient {
                 JSONCompletion completion) override;
 
  protected:
-  Task<std::string> exchange(std::string method, std::optional<URL> url,
-                             std::optional<Result<std::string>> body, platform::HTTPHeaders headers) override;
+  Task<std::string> exchange(Result<platform::URLRequest> request) override;
 
  private:
   const std::shared_ptr<platform::URLSession> session_;

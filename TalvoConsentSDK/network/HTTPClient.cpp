@@ -1,0 +1,25 @@
+#include "TalvoConsentSDK/network/HTTPClient.h"
+
+namespace TalvoConsentSDK {
+
+using namespace platform;
+
+Result<URLRequest> HTTPClient::makeRequest(const char* method, const std::optional<URL>& url,
+                                           std::optional<Result<std::string>> body,
+                                           const HTTPHeaders& headers, const RequestOptions& options) {
+  if (!url) return HTTPClientError::invalidURL();
+  if (body && !*body) return HTTPClientError::networkError(body->error());
+  URLRequest request(*url);
+  request.method = method;
+  request.headers = headers;
+  if (body) {
+    request.headers.emplace("Content-Type", "application/json");
+    request.body = **std::move(body);
+  }
+  request.totalTimeout = options.totalTimeout;
+  request.cancellation = options.cancellation;
+  request.isPersonal = options.isPersonal || request.body;
+  return request;
+}
+
+}  // namespace TalvoConsentSDK
