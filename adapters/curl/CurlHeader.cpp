@@ -11,6 +11,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // Below libcurl's own limit, which some versions lack and which does not cover trailers.
@@ -23,6 +25,12 @@ std::string_view trimmed(std::string_view text) {
 }
 
 }  // namespace
+
+bool isHeaderName(std::string_view name) {
+  constexpr std::string_view allowed =
+      "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  return !name.empty() && name.find_first_not_of(allowed) == name.npos;
+}
 
 PlatformError curlError(int code, std::string text) {
   return {"CURL", code, std::move(text)};
@@ -58,8 +66,10 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
     status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
     length_.clear();
-  } else if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) {
-    hasLine_ = true;
+    lines_.clear();
+  } else {
+    lines_ += line;
+    if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) hasLine_ = true;
   }
   // A line of spaces or tabs continues the previous line, so it does not end the header.
   isAtStart_ = line.find_first_not_of("\r\n") == line.npos;
@@ -68,6 +78,29 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   if (line.size() < name.size() || strncasecmp(line.data(), name.data(), name.size()) != 0)
     return std::nullopt;
   return checkLength(trimmed(line.substr(name.size())));
+}
+
+HTTPHeaders CurlHeader::headers() const {
+  HTTPHeaders headers;
+  std::string* last = nullptr;  // the value that a folded line continues
+  std::size_t end = 0;
+  for (std::size_t at = 0; at < lines_.size(); at = end) {
+    end = std::min(lines_.find('\n', at), lines_.size() - 1) + 1;
+    const auto line = std::string_view(lines_).substr(at, end - at);
+    if (line.starts_with(' ') || line.starts_with('\t')) {
+      if (last) last->append(" ").append(trimmed(line));
+      continue;
+    }
+    last = nullptr;
+    const std::size_t colon = line.find(':');
+    const auto name = trimmed(line.substr(0, colon));
+    if (colon == line.npos || !isHeaderName(name)) continue;
+    const auto [header, isFirst] = headers.try_emplace(std::string(name));
+    last = &header->second;
+    if (!isFirst) *last += ", ";
+    *last += trimmed(line.substr(colon + 1));
+  }
+  return headers;
 }
 
 // When a reply declares two lengths, libcurl uses the second one, so part of a body could pass as the whole.

@@ -1,6 +1,6 @@
 #pragma once
 
-// Checks the header of a reply line by line as it arrives.
+// Checks and collects the header of a reply line by line as it arrives.
 
 #include <cstddef>
 #include <optional>
@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "TalvoConsentSDK/base/Error.h"
+#include "TalvoConsentSDK/platform/URLSession.h"
 
 namespace TalvoConsentSDK {
 
@@ -36,6 +37,10 @@ class CurlHeader {
   /// The latest status, which is the final one once the header is whole; 0 if it is not a number.
   int status() const noexcept { return status_; }
 
+  /// The headers of the latest status, without trailers. Lines that are not headers are left out. Throws
+  /// `std::bad_alloc`.
+  platform::HTTPHeaders headers() const;
+
  private:
   std::optional<PlatformError> checkLength(std::string_view value);
 
@@ -43,11 +48,15 @@ class CurlHeader {
   std::size_t bytes_ = 0;
   int status_ = 0;
   std::string length_;  // as declared
+  std::string lines_;   // after the latest status line
   bool isWhole_ = false;
   bool isAtStart_ = true;      // the next line is the status line
   bool isWithinLine_ = false;  // the next piece continues a line
   bool hasLine_ = false;       // a line other than a status line has arrived
 };
+
+/// Whether a header can have this name.
+bool isHeaderName(std::string_view name);
 
 /// An error of the domain "CURL"; `code` is a `CURLcode`.
 PlatformError curlError(int code, std::string text);

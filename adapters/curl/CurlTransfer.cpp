@@ -37,12 +37,6 @@ bool isCredential(const std::string& name) {
   return sameName(name, "Authorization") || sameName(name, "Proxy-Authorization") || sameName(name, "Cookie");
 }
 
-bool isToken(std::string_view name) {
-  constexpr std::string_view allowed =
-      "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-  return !name.empty() && name.find_first_not_of(allowed) == std::string_view::npos;
-}
-
 bool mayHaveBody(const URLRequest& request) {
   return request.method == "POST" || request.method == "PUT";
 }
@@ -57,7 +51,7 @@ std::optional<PlatformError> refusal(const URLRequest& request) {
   if (request.body && !mayHaveBody(request))
     return refused("A " + request.method + " request cannot have a body");
   for (const auto& [name, value] : request.headers) {
-    if (!isToken(name)) return refused("A header has an invalid name");
+    if (!isHeaderName(name)) return refused("A header has an invalid name");
     if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
       return refused("The value of the header " + name + " contains a line break or NUL");
     }
@@ -93,7 +87,8 @@ void CurlTransfer::Target::Deleter::operator()(CURLU* parsed) const noexcept {
 
 std::string CurlTransfer::Target::part(int name) const {
   char* text = nullptr;
-  if (curl_url_get(url.get(), static_cast<CURLUPart>(name), &text, CURLU_DEFAULT_PORT)) return {};
+  const unsigned flags = name == CURLUPART_PORT ? CURLU_DEFAULT_PORT : 0;
+  if (curl_url_get(url.get(), static_cast<CURLUPart>(name), &text, flags)) return {};
   const std::unique_ptr<char, decltype(&curl_free)> owner(text, &curl_free);
   return text;
 }
@@ -165,6 +160,8 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   URLResponse response;
   response.statusCode = static_cast<int>(status);
   try {
+    response.headers = header_.headers();
+    response.url = redirects_ == 0 ? request_.url : URL::parse(target_->part(CURLUPART_URL));
     if (request_.method != "HEAD" && status != 204 && status != 304) response.body = body_.take();
   } catch (const std::bad_alloc&) {
     return curlError(CURLE_OUT_OF_MEMORY, "There is not enough memory for the reply");

@@ -1,0 +1,60 @@
+#include "adapters/cache/Freshness.h"
+
+#include <algorithm>
+
+#include "adapters/cache/HeaderFields.h"
+
+namespace TalvoConsentSDK {
+
+using namespace platform;
+
+namespace {
+
+using std::chrono::seconds;
+
+// If the service has no clock, the reply counts as sent when it arrived (RFC 9110, section 6.6.1).
+HTTPTime dateOf(const HTTPHeaders& headers, HTTPTime arrival) {
+  return parseHTTPDate(fieldValue(headers, "Date").value_or(""), arrival).value_or(arrival);
+}
+
+// Of several values, the first counts (section 5.1).
+seconds ageField(const HTTPHeaders& headers) {
+  const auto values = listMembers(fieldValue(headers, "Age").value_or(""));
+  return values.empty() ? seconds(0) : deltaSeconds(values.front()).value_or(seconds(0));
+}
+
+}  // namespace
+
+seconds ageOnArrival(const HTTPHeaders& headers, HTTPTime request, HTTPTime arrival) {
+  const seconds apparent = std::max(seconds(0), arrival - dateOf(headers, arrival));
+  const seconds corrected = ageField(headers) + std::max(seconds(0), arrival - request);
+  return std::max(apparent, corrected);
+}
+
+std::optional<seconds> currentAge(const StoredReply& reply, HTTPTime now) {
+  if (now < reply.arrival) return std::nullopt;
+  return reply.ageOnArrival + (now - reply.arrival);
+}
+
+seconds freshnessLifetime(const HTTPHeaders& headers, HTTPTime arrival) {
+  if (const auto maxAge = CacheControl(headers).maxAge) return *maxAge;
+  const auto expires = fieldValue(headers, "Expires");
+  if (!expires) return seconds(0);
+  const auto end = parseHTTPDate(*expires, arrival);
+  return end ? std::max(seconds(0), *end - dateOf(headers, arrival)) : seconds(0);
+}
+
+bool isFresh(const StoredReply& reply, HTTPTime now) {
+  const auto age = currentAge(reply, now);
+  return age && freshnessLifetime(reply.headers, reply.arrival) > *age &&
+         !CacheControl(reply.headers).noCache;
+}
+
+bool mayReplaceError(const StoredReply& reply, HTTPTime now) {
+  const CacheControl control(reply.headers);
+  const auto age = currentAge(reply, now);
+  if (!age || !control.staleIfError || control.noCache || control.mustRevalidate) return false;
+  return *age < freshnessLifetime(reply.headers, reply.arrival) + *control.staleIfError;
+}
+
+}  // namespace TalvoConsentSDK
