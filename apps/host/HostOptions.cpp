@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 namespace TalvoConsentHost {
 
@@ -69,6 +70,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("site", "Identifier of the site.", "ID", defaults.site);
   add("language", "Language of the banner.", "CODE", defaults.language);
   add("store", "File for the stored consents.", "FILE");
+  add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");
   add("scale", "Pixels per point.", "N");
   add("text-scale", "Factor for the size of text.", "F", "1");
@@ -99,6 +101,9 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.site = text("site");
   options.language = text("language");
   options.store = text("store");
+  options.certificates = text("ca");
+  if (!options.certificates.empty() && !std::ifstream(options.certificates))
+    fail(QStringLiteral("--ca takes a file that can be read"));
   options.size = size(parser.value(QStringLiteral("size")));
   if (parser.isSet(QStringLiteral("scale")))
     options.pixelRatio = number(parser, QStringLiteral("scale"), 0.5, 8);
