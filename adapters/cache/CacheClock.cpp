@@ -1,25 +1,33 @@
 #include "adapters/cache/CacheClock.h"
 
 #include <algorithm>
+#include <random>
 #include <utility>
 
 namespace TalvoConsentSDK {
 
-using namespace std::chrono;
+using std::chrono::floor;
+using std::chrono::seconds;
+
+seconds CacheTime::since(const CacheTime& earlier) const {
+  const seconds byWall = wall - earlier.wall;
+  return run == earlier.run ? std::max(byWall, steady - earlier.steady) : byWall;
+}
+
+namespace {
+
+std::uint64_t randomNumber() {
+  std::random_device device;
+  return std::uniform_int_distribution<std::uint64_t>()(device);
+}
+
+}  // namespace
 
 CacheClock::CacheClock(Wall wall, Steady steady)
-    : wall_(std::move(wall)), steady_(std::move(steady)), wallThen_(wall_()), steadyThen_(steady_()) {}
+    : wall_(std::move(wall)), steady_(std::move(steady)), run_(randomNumber()) {}
 
-sys_seconds CacheClock::now() {
-  const std::scoped_lock guard(lock_);
-  const auto wall = wall_();
-  const auto steady = steady_();
-  const auto expected = wallThen_ + duration_cast<system_clock::duration>(steady - steadyThen_);
-  if (wall > expected) {
-    wallThen_ = wall;
-    steadyThen_ = steady;
-  }
-  return floor<seconds>(std::max(wall, expected));
+CacheTime CacheClock::now() const {
+  return {floor<seconds>(wall_()), floor<seconds>(steady_().time_since_epoch()), run_};
 }
 
 }  // namespace TalvoConsentSDK

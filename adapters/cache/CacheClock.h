@@ -1,17 +1,27 @@
 #pragma once
 
-// The time of a cache: wall time that never goes back while the process runs.
+// The clocks of a cache.
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
-#include <mutex>
 
 #include "TalvoConsentSDK/base/Export.h"
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// Follows the system's clock when that is set forward. When it is set back, goes on as if it had not been,
-/// so that no reply seems younger than it is. Thread-safe.
+/// A time, by two clocks. Anybody may set the first; the second only counts while one process runs.
+struct CacheTime {
+  std::chrono::sys_seconds wall{};
+  std::chrono::seconds steady{};
+  std::uint64_t run = 0;  // which run of which process `steady` belongs to
+
+  /// The seconds since `earlier`. In one run never less than have passed, whatever the wall clock was set to.
+  /// Negative if the wall clock was set back between two runs.
+  std::chrono::seconds since(const CacheTime& earlier) const;
+};
+
+/// Reads both clocks. Thread-safe if the functions are.
 class CacheClock {
  public:
   using Wall = std::function<std::chrono::system_clock::time_point()>;
@@ -20,14 +30,12 @@ class CacheClock {
   explicit CacheClock(Wall wall = std::chrono::system_clock::now,
                       Steady steady = std::chrono::steady_clock::now);
 
-  std::chrono::sys_seconds now();
+  CacheTime now() const;
 
  private:
   const Wall wall_;
   const Steady steady_;
-  std::mutex lock_;
-  std::chrono::system_clock::time_point wallThen_;  // the latest reading that the clock followed
-  std::chrono::steady_clock::time_point steadyThen_;
+  const std::uint64_t run_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -115,7 +115,7 @@ bool mayStay(const HTTPHeaders& headers) {
   return !CacheControl(headers).noStore && std::ranges::find(vary, "*") == vary.end();
 }
 
-bool mayKeep(const URLRequest& request, const URLResponse& reply, HTTPTime arrival) {
+bool mayKeep(const URLRequest& request, const URLResponse& reply, const CacheTime& arrival) {
   if (reply.statusCode != 200 || !reply.body || !isFromItsURL(request, reply)) return false;
   if (!mayStay(reply.headers) || !isComplete(request, reply) || !hasExpectedType(request, reply.headers))
     return false;
@@ -123,7 +123,8 @@ bool mayKeep(const URLRequest& request, const URLResponse& reply, HTTPTime arriv
          CacheControl(reply.headers).staleIfError || freshnessLifetime(reply.headers, arrival) > seconds(0);
 }
 
-StoredReply storedReply(const URLRequest& request, URLResponse reply, HTTPTime sent, HTTPTime arrival) {
+StoredReply storedReply(const URLRequest& request, URLResponse reply, const CacheTime& sent,
+                        const CacheTime& arrival) {
   StoredReply kept;
   kept.headers = std::move(reply.headers);
   removeUnkept(kept.headers);
@@ -161,8 +162,8 @@ bool mayRefresh(const StoredReply& kept, const URLResponse& reply) {
   return !tag || tag->starts_with("W/") || tag == fieldValue(kept.headers, "ETag");
 }
 
-void refresh(StoredReply& kept, const URLRequest& request, const URLResponse& reply, HTTPTime sent,
-             HTTPTime arrival) {
+void refresh(StoredReply& kept, const URLRequest& request, const URLResponse& reply, const CacheTime& sent,
+             const CacheTime& arrival) {
   HTTPHeaders update = reply.headers;
   removeUnkept(update);
   for (auto& [name, value] : update)

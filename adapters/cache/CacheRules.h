@@ -27,11 +27,12 @@ bool mayStay(const platform::HTTPHeaders& headers);
 
 /// Whether a reply to `request` may be kept, given that `mayUseCache(request)`. A reply that could never be
 /// used again is not worth keeping.
-bool mayKeep(const platform::URLRequest& request, const platform::URLResponse& reply, HTTPTime arrival);
+bool mayKeep(const platform::URLRequest& request, const platform::URLResponse& reply,
+             const CacheTime& arrival);
 
 /// The reply as it is kept. Leaves out the fields that concern only a connection, and Set-Cookie.
-StoredReply storedReply(const platform::URLRequest& request, platform::URLResponse reply, HTTPTime sent,
-                        HTTPTime arrival);
+StoredReply storedReply(const platform::URLRequest& request, platform::URLResponse reply,
+                        const CacheTime& sent, const CacheTime& arrival);
 
 /// Whether the kept reply was chosen by the fields that `request` has, too (section 4.1).
 bool matches(const StoredReply& kept, const platform::URLRequest& request);
@@ -50,7 +51,7 @@ bool mayRefresh(const StoredReply& kept, const platform::URLResponse& reply);
 
 /// Takes over the fields of a confirming reply (section 3.2).
 void refresh(StoredReply& kept, const platform::URLRequest& request, const platform::URLResponse& reply,
-             HTTPTime sent, HTTPTime arrival);
+             const CacheTime& sent, const CacheTime& arrival);
 
 /// Whether the outcome counts as an error that a stale reply may replace: no reply, or status 500, 502, 503
 /// or 504.

@@ -30,7 +30,7 @@ bool isCancelled(const URLRequest& request) {
   return request.cancellation && request.cancellation->isCancelled();
 }
 
-URLResponse answer(StoredReply kept, const URLRequest& request, ReplySource source, HTTPTime now) {
+URLResponse answer(StoredReply kept, const URLRequest& request, ReplySource source, const CacheTime& now) {
   URLResponse response;
   response.statusCode = 200;
   const auto age = currentAge(kept, now).value_or(kept.ageOnArrival);
@@ -115,7 +115,7 @@ struct CachingURLSession::Cache::Exchange {
   std::optional<StoredReply> kept;
   std::string keptHead;  // as it is in the storage
   bool isConditional = false;
-  HTTPTime sent{};
+  CacheTime sent;
   std::atomic<bool> isOutdated = false;  // its URL was changed since it was asked for
 };
 
@@ -134,7 +134,7 @@ void CachingURLSession::Cache::lookUp(const ExchangePointer& exchange) try {
   findKept(*exchange);
   if (isCancelled(exchange->request)) return exchange->report(cancelledError());
   auto& kept = exchange->kept;
-  const HTTPTime now = clock_->now();
+  const CacheTime now = clock_->now();
   if (kept && isFresh(*kept, now) && !demandsValidation(exchange->request))
     return exchange->report(answer(*std::move(kept), exchange->request, ReplySource::cache, now));
   send(exchange);
@@ -151,7 +151,8 @@ void CachingURLSession::Cache::findKept(Exchange& exchange) try {
   if (!entry || !*entry) return;
   exchange.keptHead = (*entry)->head;
   exchange.kept = decodedReply(**std::move(entry));
-  if (exchange.kept && !matches(*exchange.kept, exchange.request)) exchange.kept.reset();
+  const bool isUsable = exchange.kept && matches(*exchange.kept, exchange.request) && !exchange.isOutdated;
+  if (!isUsable) exchange.kept.reset();
 } catch (...) {
   exchange.kept.reset();  // the same as if nothing were kept
 }
@@ -193,15 +194,15 @@ std::optional<Result<URLResponse>> CachingURLSession::Cache::keptInstead(Exchang
                                                                          const Result<URLResponse>& outcome) {
   if (!exchange.kept || isCancelled(exchange.request)) return std::nullopt;
   if (outcome && outcome->statusCode == 304 && exchange.isConditional) return confirmed(exchange, *outcome);
-  const HTTPTime now = clock_->now();
-  const bool isAllowed = mayReplaceError(*exchange.kept, now) && !demandsValidation(exchange.request);
-  if (!isError(outcome) || !isAllowed) return std::nullopt;
+  const CacheTime now = clock_->now();
+  const bool isAllowed = !exchange.isOutdated && !demandsValidation(exchange.request);
+  if (!isError(outcome) || !isAllowed || !mayReplaceError(*exchange.kept, now)) return std::nullopt;
   return answer(*std::move(exchange.kept), exchange.request, ReplySource::cache, now);
 }
 
 Result<URLResponse> CachingURLSession::Cache::confirmed(Exchange& exchange, const URLResponse& reply) {
   StoredReply& kept = *exchange.kept;
-  const HTTPTime now = clock_->now();
+  const CacheTime now = clock_->now();
   if (mayRefresh(kept, reply)) {
     refresh(kept, exchange.request, reply, exchange.sent, now);
     if (mayStay(kept.headers)) {
@@ -220,7 +221,7 @@ Result<URLResponse> CachingURLSession::Cache::confirmed(Exchange& exchange, cons
 // write either sees the mark, or comes before the removal.
 void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Result<URLResponse>& outcome) {
   if (!outcome || !isFromItsURL(exchange->request, *outcome)) return;
-  const HTTPTime now = clock_->now();
+  const CacheTime now = clock_->now();
   const std::string& key = exchange->key;
   if (mayKeep(exchange->request, *outcome, now)) {
     StoredReply reply = storedReply(exchange->request, *outcome, exchange->sent, now);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "adapters/cache/HTTPDate.h"
 #include "adapters/cache/HeaderFields.h"
 
 namespace TalvoConsentSDK {
@@ -25,32 +26,33 @@ seconds ageField(const HTTPHeaders& headers) {
 
 }  // namespace
 
-seconds ageOnArrival(const HTTPHeaders& headers, HTTPTime request, HTTPTime arrival) {
-  const seconds apparent = std::max(seconds(0), arrival - dateOf(headers, arrival));
-  const seconds corrected = ageField(headers) + std::max(seconds(0), arrival - request);
+seconds ageOnArrival(const HTTPHeaders& headers, const CacheTime& request, const CacheTime& arrival) {
+  const seconds apparent = std::max(seconds(0), arrival.wall - dateOf(headers, arrival.wall));
+  const seconds corrected = ageField(headers) + std::max(seconds(0), arrival.since(request));
   return std::max(apparent, corrected);
 }
 
-std::optional<seconds> currentAge(const StoredReply& reply, HTTPTime now) {
-  if (now < reply.arrival) return std::nullopt;
-  return reply.ageOnArrival + (now - reply.arrival);
+std::optional<seconds> currentAge(const StoredReply& reply, const CacheTime& now) {
+  const seconds kept = now.since(reply.arrival);
+  if (kept < seconds(0)) return std::nullopt;
+  return reply.ageOnArrival + kept;
 }
 
-seconds freshnessLifetime(const HTTPHeaders& headers, HTTPTime arrival) {
+seconds freshnessLifetime(const HTTPHeaders& headers, const CacheTime& arrival) {
   if (const auto maxAge = CacheControl(headers).maxAge) return *maxAge;
   const auto expires = fieldValue(headers, "Expires");
   if (!expires) return seconds(0);
-  const auto end = parseHTTPDate(*expires, arrival);
-  return end ? std::max(seconds(0), *end - dateOf(headers, arrival)) : seconds(0);
+  const auto end = parseHTTPDate(*expires, arrival.wall);
+  return end ? std::max(seconds(0), *end - dateOf(headers, arrival.wall)) : seconds(0);
 }
 
-bool isFresh(const StoredReply& reply, HTTPTime now) {
+bool isFresh(const StoredReply& reply, const CacheTime& now) {
   const auto age = currentAge(reply, now);
   return age && freshnessLifetime(reply.headers, reply.arrival) > *age &&
          !CacheControl(reply.headers).noCache;
 }
 
-bool mayReplaceError(const StoredReply& reply, HTTPTime now) {
+bool mayReplaceError(const StoredReply& reply, const CacheTime& now) {
   const CacheControl control(reply.headers);
   const auto age = currentAge(reply, now);
   if (!age || !control.staleIfError || control.noCache || control.mustRevalidate) return false;

@@ -9,19 +9,20 @@
 
 namespace TalvoConsentSDK {
 
-/// The age of a reply when it arrived (section 4.2.3). Both times are by the cache's clock.
-std::chrono::seconds ageOnArrival(const platform::HTTPHeaders& headers, HTTPTime request, HTTPTime arrival);
+/// The age of a reply when it arrived (section 4.2.3).
+std::chrono::seconds ageOnArrival(const platform::HTTPHeaders& headers, const CacheTime& request,
+                                  const CacheTime& arrival);
 
-/// The age now; nothing if the reply arrived in the future, because the clock was turned back since.
-std::optional<std::chrono::seconds> currentAge(const StoredReply& reply, HTTPTime now);
+/// The age now; nothing if the reply seems to arrive in the future, because the clock was set back.
+std::optional<std::chrono::seconds> currentAge(const StoredReply& reply, const CacheTime& now);
 
 /// How long the reply counts as fresh, by max-age or Expires; 0 if it says neither. Nothing is guessed.
-std::chrono::seconds freshnessLifetime(const platform::HTTPHeaders& headers, HTTPTime arrival);
+std::chrono::seconds freshnessLifetime(const platform::HTTPHeaders& headers, const CacheTime& arrival);
 
 /// Whether the reply may be used without asking the service.
-bool isFresh(const StoredReply& reply, HTTPTime now);
+bool isFresh(const StoredReply& reply, const CacheTime& now);
 
 /// Whether the reply may be used because the service cannot be asked (RFC 5861, section 4).
-bool mayReplaceError(const StoredReply& reply, HTTPTime now);
+bool mayReplaceError(const StoredReply& reply, const CacheTime& now);
 
 }  // namespace TalvoConsentSDK

@@ -68,7 +68,9 @@ struct Reader {
 
 std::string encodedHead(const StoredReply& reply) {
   std::string head(format);
-  add(head, std::int64_t{reply.arrival.time_since_epoch().count()});
+  add(head, std::int64_t{reply.arrival.wall.time_since_epoch().count()});
+  add(head, std::int64_t{reply.arrival.steady.count()});
+  add(head, static_cast<std::int64_t>(reply.arrival.run));
   add(head, std::int64_t{reply.ageOnArrival.count()});
   add(head, reply.headers);
   add(head, reply.selecting);
@@ -80,7 +82,9 @@ std::optional<StoredReply> decodedReply(CacheEntry entry) {
   head.isGood = head.rest.starts_with(format);
   if (head.isGood) head.rest.remove_prefix(format.size());
   StoredReply reply;
-  reply.arrival = HTTPTime(std::chrono::seconds(head.number()));
+  reply.arrival.wall = std::chrono::sys_seconds(std::chrono::seconds(head.number()));
+  reply.arrival.steady = std::chrono::seconds(head.number());
+  reply.arrival.run = static_cast<std::uint64_t>(head.number());
   reply.ageOnArrival = std::chrono::seconds(head.number());
   reply.headers = head.headers();
   reply.selecting = head.headers();

@@ -10,7 +10,7 @@
 #include "TalvoConsentSDK/platform/CacheStorage.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 
-#include "adapters/cache/HTTPDate.h"
+#include "adapters/cache/CacheClock.h"
 
 namespace TalvoConsentSDK {
 
@@ -18,7 +18,7 @@ namespace TalvoConsentSDK {
 struct StoredReply {
   platform::HTTPHeaders headers;    // of the reply
   platform::HTTPHeaders selecting;  // the fields of the request that the reply's Vary names
-  HTTPTime arrival;                 // by the cache's clock
+  CacheTime arrival;
   std::chrono::seconds ageOnArrival{0};
   std::string body;
 };
