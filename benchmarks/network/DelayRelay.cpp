@@ -3,8 +3,8 @@
 // half of ROUND_TRIP milliseconds after it was sent, and so does the end of a direction. The bandwidth is
 // unlimited.
 //
-// The system accepts a client's connection at once. A real client could not send before its handshake has
-// made one round trip, so what the client sends earlier counts as sent at that time.
+// The system accepts a client's connection at once, but in a real network the handshake takes a round trip.
+// So all that the client sends before it has received anything arrives another round trip later.
 
 #include <algorithm>
 #include <array>
@@ -39,9 +39,9 @@ struct Piece {
 /// One direction of a connection.
 class Direction {
  public:
-  Direction(int from, int to, Clock::time_point sendsFrom, Clock::duration delay)
-      : from_(from), to_(to), sendsFrom_(sendsFrom), delay_(delay) {}
+  Direction(int from, int to, Clock::duration delay) : from_(from), to_(to), delay_(delay) {}
 
+  bool hasDelivered() const { return hasDelivered_; }
   bool hasEnded() const { return hasReadAll_ && pieces_.empty(); }
 
   /// Adds what to wait for, and lowers `until` to the time at which the next piece is due.
@@ -55,14 +55,15 @@ class Direction {
     }
   }
 
-  void work() {
+  /// Reads what was sent, for which `extra` is added to the delay, and delivers what is due.
+  void work(Clock::duration extra) {
     while (!hasReadAll_) {
       std::array<char, 1 << 16> buffer;
       const auto count = recv(from_, buffer.data(), buffer.size(), 0);
       if (count < 0 && (errno == EAGAIN || errno == EINTR)) break;
       hasReadAll_ = count <= 0;
       const auto size = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-      pieces_.push_back({std::max(Clock::now(), sendsFrom_) + delay_, std::string(buffer.data(), size)});
+      pieces_.push_back({Clock::now() + delay_ + extra, std::string(buffer.data(), size)});
     }
     isBlocked_ = false;
     while (!pieces_.empty() && !isBlocked_ && pieces_.front().due <= Clock::now()) deliver(pieces_.front());
@@ -74,6 +75,7 @@ class Direction {
       const auto count = send(to_, piece.bytes.data(), piece.bytes.size(), MSG_NOSIGNAL);
       isBlocked_ = count < 0 && errno == EAGAIN;
       if (isBlocked_) return;
+      hasDelivered_ = true;
       piece.bytes.erase(0, count < 0 ? piece.bytes.size() : static_cast<std::size_t>(count));
       if (!piece.bytes.empty()) return;
     } else {
@@ -84,10 +86,10 @@ class Direction {
 
   const int from_;
   const int to_;
-  const Clock::time_point sendsFrom_;
   const Clock::duration delay_;
   std::deque<Piece> pieces_;
   bool hasReadAll_ = false;
+  bool hasDelivered_ = false;
   bool isBlocked_ = false;  // the receiver takes no more for now
 };
 
@@ -104,8 +106,9 @@ class Connection {
   Connection(int client, int server, Clock::duration roundTrip)
       : client_(client),
         server_(server),
-        toServer_(client, server, Clock::now() + roundTrip, roundTrip / 2),
-        toClient_(server, client, {}, roundTrip / 2) {
+        roundTrip_(roundTrip),
+        toServer_(client, server, roundTrip / 2),
+        toClient_(server, client, roundTrip / 2) {
     const int yes = 1;
     for (const int each : {client, server}) {
       setsockopt(each, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
@@ -127,13 +130,14 @@ class Connection {
   }
 
   void work() {
-    toServer_.work();
-    toClient_.work();
+    toServer_.work(toClient_.hasDelivered() ? Clock::duration(0) : roundTrip_);
+    toClient_.work(Clock::duration(0));
   }
 
  private:
   const int client_;
   const int server_;
+  const Clock::duration roundTrip_;
   Direction toServer_;
   Direction toClient_;
 };
