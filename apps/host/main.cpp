@@ -33,6 +33,7 @@ QtOptions qtOptions(const HostOptions& options) {
   qt.layoutDirection = options.layoutDirection;
   if (options.highContrast) qt.highContrast = true;
   qt.reducesMotion = options.reducesMotion;
+  qt.maxCacheBytes = options.maxCacheBytes;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
   return qt;
