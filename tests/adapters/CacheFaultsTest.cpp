@@ -81,8 +81,10 @@ class CacheFaultsTest : public SQLiteUserDefaultsTest {
     EXPECT_EQ(failed, read == "fails" ? count : 0);
     if (read == "kept") EXPECT_EQ(found, count);
     if (read == "gone") EXPECT_EQ(found, 0);
-    for (int i = 0; i < count; ++i)
-      EXPECT_EQ(storage.write(url(i), entryOf(i, 3)).has_value(), write == "works");
+    for (int i = 0; i < count; ++i) {
+      const bool works = storage.write(url(i), entryOf(i, 3)).has_value();
+      if (write != "some") EXPECT_EQ(works, write == "works");
+    }
     faults.end();
     for (int i = 0; i < count; ++i) versionOf(storage.read(url(i)).value(), i);
     storage.write(url(0), entryOf(0, 4)).value();
