@@ -230,12 +230,18 @@ std::string LoopbackServer::Connection::take(std::size_t count) {
   return taken;
 }
 
+LoopbackServer::Request LoopbackServer::Connection::newRequest() const {
+  Request request;
+  request.connection = number_;
+  request.hasResumedSession = tls_ && SSL_session_reused(tls_) == 1;
+  return request;
+}
+
 std::optional<LoopbackServer::Request> LoopbackServer::Connection::receive() {
   std::size_t end = 0;
   if (!readUntil([&] { return (end = unread_.find("\r\n\r\n")) != std::string::npos; })) return std::nullopt;
 
-  Request request;
-  request.connection = number_;
+  Request request = newRequest();
   const std::string head = take(end + 4).substr(0, end + 2);
   const std::size_t line = head.find("\r\n");
   const std::size_t space = head.find(' ');
@@ -263,8 +269,7 @@ std::optional<LoopbackServer::Request> LoopbackServer::Connection::receiveHTTP2(
     const HTTP2Frame frame = HTTP2Frame::read(take(size));
     if (frame.type == HTTP2Frame::settings && !(frame.flags & HTTP2Frame::ack)) play(R"(SETTINGS:1:0 "")");
     if (frame.type == HTTP2Frame::headers) {
-      Request request;
-      request.connection = number_;
+      Request request = newRequest();
       for (auto& [name, value] : headers_.read(frame)) {
         (name == ":method" ? request.method
          : name == ":path" ? request.target
@@ -315,6 +320,8 @@ LoopbackServer::~LoopbackServer() {
   shutdown(listener_, SHUT_RDWR);
   acceptor_.join();
   ::close(listener_);
+  connections_ = awaited_ = 0;
+  connections_.notify_all();
   {
     const std::scoped_lock guard(lock_);
     for (const int socket : open_) shutdown(socket, SHUT_RDWR);
@@ -357,6 +364,7 @@ void LoopbackServer::accept() {
     const std::scoped_lock guard(lock_);
     open_.push_back(socket);
     threads_.emplace_back([this, socket, number = ++connections_] { serve(socket, number); });
+    connections_.notify_all();
   }
 }
 
@@ -366,6 +374,7 @@ void LoopbackServer::serve(int socket, int number) {
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
 
+  for (int now = connections_; now < awaited_; now = connections_) connections_.wait(now);
   Connection connection;
   connection.server_ = this;
   connection.number_ = number;

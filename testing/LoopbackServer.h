@@ -47,7 +47,8 @@ class LoopbackServer {
   struct Request {
     std::string method, target, body;
     platform::HTTPHeaders headers;
-    int connection = 0;  // counted from 1
+    int connection = 0;              // counted from 1
+    bool hasResumedSession = false;  // of TLS
   };
 
   class Connection {
@@ -71,6 +72,7 @@ class LoopbackServer {
 
    private:
     friend class LoopbackServer;
+    Request newRequest() const;
     std::optional<Request> receive();
     std::optional<Request> receiveHTTP2();
     HTTP2Frame frame(const std::string& word) const;
@@ -110,6 +112,8 @@ class LoopbackServer {
       R"(SETTINGS:0:0 "\x00\x04\x7f\xff\xff\xff" WINDOW_UPDATE:0:0 "\x7f\xff\x00\x00")";
 
   int connections() const { return connections_; }
+  /// Lets no connection begin before there have been `count` in total.
+  void awaitConnections(int count) { awaited_ = count; }
   /// All requests whose header has arrived; their bodies may still be arriving.
   std::vector<Request> requests() const;
   /// How often a text has arrived, on any connection.
@@ -126,6 +130,7 @@ class LoopbackServer {
   int listener_ = -1;
   int port_ = 0;
   std::atomic<int> connections_ = 0;
+  std::atomic<int> awaited_ = 0;
   mutable std::mutex lock_;
   std::vector<Request> requests_;
   std::map<int, std::string> received_;  // all bytes received, by connection

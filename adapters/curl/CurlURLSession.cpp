@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <mutex>
@@ -48,6 +49,8 @@ CurlRules rulesFor(const CurlOptions& options) {
   CurlRules rules;
   rules.allowsPlainHTTP = options.allowsPlainHTTP;
   rules.maxReply = std::min(options.maxReply, maxReplyHeld);
+  rules.maxTimeout = options.maxTimeout;
+  rules.maxTotalTimeout = options.maxTotalTimeout;
   const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> easy(curl_easy_init(), &curl_easy_cleanup);
   const char* system = nullptr;
   curl_easy_getinfo(easy.get(), CURLINFO_CAINFO, &system);
@@ -64,8 +67,8 @@ CurlRules rulesFor(const CurlOptions& options) {
 
 }  // namespace
 
-/// The state shared by the session and its thread. `add`, `wake` and `close` may be called on any thread; the
-/// rest belongs to the worker thread.
+/// The state shared by the session and its thread. `add`, `noteCancellation`, `wake` and `close` may be
+/// called on any thread; the rest belongs to the worker thread.
 ///
 /// When the process exits, the TLS library is shut down while the thread may still be running. So the thread
 /// holds `inCurl_` whenever it is inside libcurl, and checks `stop` before it enters. Once `wake` has held
@@ -74,7 +77,7 @@ CurlRules rulesFor(const CurlOptions& options) {
 /// delay the exit.
 class CurlURLSession::Worker {
  public:
-  explicit Worker(CurlRules rules) : rules_(std::move(rules)), multi_(curl_multi_init()) {
+  explicit Worker(CurlRules rules) : shared_(std::move(rules)), multi_(curl_multi_init()) {
     if (!multi_) throw std::bad_alloc();
     // Checks that libcurl could open the file descriptors that it uses to wake the thread: without them,
     // nothing could ever wake it. If all is well, the call only shortens the first wait.
@@ -83,6 +86,7 @@ class CurlURLSession::Worker {
       throw curlError(CURLE_FAILED_INIT,
                       std::string("libcurl cannot run requests: ") + curl_multi_strerror(code));
     }
+    curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, maxIdleConnections);
   }
 
   // `end` has freed libcurl's handle, unless the process is exiting.
@@ -90,7 +94,14 @@ class CurlURLSession::Worker {
 
   void add(URLRequest request, Completion completion) {
     const std::scoped_lock guard(lock_);
-    arrivals_.push_back({std::move(request), std::move(completion)});
+    arrivals_.push_back({std::move(request), std::move(completion), Clock::now()});
+    if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
+  }
+
+  /// Call this after a request has been cancelled, whether or not it is still running.
+  void noteCancellation() {
+    const std::scoped_lock guard(lock_);
+    hasCancellation_ = true;
     if (std::exchange(waits_, false)) curl_multi_wakeup(multi_);
   }
 
@@ -116,12 +127,14 @@ class CurlURLSession::Worker {
         const std::scoped_lock guard(inCurl_);
         if (stop) break;
         begin(endings);
+        if (takeCancellation()) endCancelled(endings);
         remind();
         int running = 0;
-        tls_.noteReply();
+        shared_.tls.noteReply();
         curl_multi_perform(multi_, &running);
         finish(endings);
-        endIdle(endings);
+        endOverdue(endings);
+        freeRemembered();
         if (endings.empty() && setWaits(true)) {
           curl_multi_poll(multi_, nullptr, 0, untilNextDeadline(), nullptr);
           setWaits(false);
@@ -137,14 +150,20 @@ class CurlURLSession::Worker {
  private:
   using Clock = CurlTransfer::Clock;
   static constexpr std::size_t maxSpare = 32;  // about 6 KB each
+  static constexpr long maxIdleConnections = 8;
 
   struct Arrival {
     URLRequest request;
     Completion completion;
+    Clock::time_point time;
   };
   struct Running {
     std::unique_ptr<CurlTransfer> transfer;
     Completion completion;
+  };
+  struct Remembered {  // see `CurlTransfer::isHandleRemembered`
+    int port;
+    CurlHandle handle;
   };
   struct Ending {
     Completion completion;
@@ -154,8 +173,13 @@ class CurlURLSession::Worker {
   // Sets and returns whether the thread waits: only if `waits` is true and no request has arrived.
   bool setWaits(bool waits) {
     const std::scoped_lock guard(lock_);
-    waits_ = waits && arrivals_.empty();
+    waits_ = waits && arrivals_.empty() && !hasCancellation_;
     return waits_;
+  }
+
+  bool takeCancellation() {
+    const std::scoped_lock guard(lock_);
+    return std::exchange(hasCancellation_, false);
   }
 
   std::vector<Arrival> takeArrivals() {
@@ -164,8 +188,12 @@ class CurlURLSession::Worker {
   }
 
   void begin(std::vector<Ending>& endings) {
-    for (auto& [request, completion] : takeArrivals()) {
-      auto transfer = std::make_unique<CurlTransfer>(rules_, sockets_, tls_, std::move(request), takeSpare());
+    for (auto& [request, completion, time] : takeArrivals()) {
+      if (request.cancellation && request.cancellation->isCancelled()) {
+        endings.push_back({std::move(completion), cancelledError()});
+        continue;
+      }
+      auto transfer = std::make_unique<CurlTransfer>(shared_, std::move(request), time, takeSpare());
       if (auto refused = transfer->prepare()) {
         endings.push_back({std::move(completion), *std::move(refused)});
         continue;
@@ -204,24 +232,48 @@ class CurlURLSession::Worker {
     const bool isShared = std::ranges::any_of(running_, [&](const auto& other) {
       return other.first != failed && other.second.transfer->localPort() == port;
     });
-    if (port != 0 && !isShared) sockets_.shutDown(port);
+    if (port != 0 && !isShared) shared_.sockets.shutDown(port);
   }
 
-  void endIdle(std::vector<Ending>& endings) {
-    const auto now = Clock::now();
-    std::vector<void*> idle;
+  std::vector<void*> handlesWhere(const std::function<bool(const CurlTransfer&)>& isMeant) const {
+    std::vector<void*> handles;
     for (const auto& [handle, running] : running_) {
-      if (running.transfer->deadline() <= now) idle.push_back(handle);
+      if (isMeant(*running.transfer)) handles.push_back(handle);
     }
-    for (void* const handle : idle) {
+    return handles;
+  }
+
+  // libcurl closes the connection, or resets the stream of an HTTP/2 connection, which can then be used
+  // again. But a silent connection may be dead, and the next requests would hang on it, too.
+  void endCancelled(std::vector<Ending>& endings) {
+    for (void* const handle : handlesWhere([](const auto& each) { return each.isCancelled(); })) {
+      if (running_.at(handle).transfer->isSilent()) leaveConnection(handle);
+      endEarly(handle, cancelledError(), endings);
+    }
+  }
+
+  void endOverdue(std::vector<Ending>& endings) {
+    const auto now = Clock::now();
+    for (void* const handle : handlesWhere([&](const auto& each) { return each.deadline() <= now; })) {
       leaveConnection(handle);
-      curl_multi_remove_handle(multi_, handle);
-      retire(handle, running_.at(handle).transfer->idleError(), endings);
+      endEarly(handle, running_.at(handle).transfer->timeoutError(), endings);
+    }
+  }
+
+  // Before 8.1, libcurl sends the reset of a stream only with other traffic of the connection. It may also
+  // have read, but not processed, replies to requests that share the connection.
+  void endEarly(void* handle, PlatformError reason, std::vector<Ending>& endings) {
+    const int port = running_.at(handle).transfer->localPort();
+    if (remembered_.size() >= maxSpare) leaveConnection(handle);
+    curl_multi_remove_handle(multi_, handle);
+    retire(handle, std::move(reason), endings);
+    for (const auto& [other, running] : running_) {
+      if (port != 0 && running.transfer->localPort() == port) running.transfer->wakeUp();
     }
   }
 
   void remind() {
-    if (!rules_.mayForgetReplies) return;
+    if (!shared_.rules.mayForgetReplies) return;
     for (const auto& [handle, running] : running_) running.transfer->remind();
   }
 
@@ -229,7 +281,7 @@ class CurlURLSession::Worker {
     using namespace std::chrono;
     const auto now = Clock::now();
     milliseconds wait = minutes(1);
-    if (rules_.mayForgetReplies && !running_.empty()) wait = CurlTransfer::reminder;
+    if (shared_.rules.mayForgetReplies && !running_.empty()) wait = CurlTransfer::reminder;
     for (const auto& [handle, running] : running_) {
       wait = std::min(wait, ceil<milliseconds>(running.transfer->deadline() - now));
     }
@@ -240,10 +292,18 @@ class CurlURLSession::Worker {
   // reuse.
   void retire(void* handle, CurlTransfer::Outcome outcome, std::vector<Ending>& endings) {
     const auto entry = running_.find(handle);
+    CurlTransfer& transfer = *entry->second.transfer;
     endings.push_back({std::move(entry->second.completion), std::move(outcome)});
-    if (auto spare = entry->second.transfer->takeHandle(); spare && spare_.size() < maxSpare)
-      spare_.push_back(std::move(spare));
+    if (transfer.isHandleRemembered()) {
+      remembered_.push_back({transfer.localPort(), transfer.takeHandle()});
+    } else if (transfer.isHandleReusable() && spare_.size() < maxSpare) {
+      spare_.push_back(transfer.takeHandle());
+    }
     running_.erase(entry);
+  }
+
+  void freeRemembered() {
+    std::erase_if(remembered_, [this](const Remembered& each) { return !shared_.sockets.isOpen(each.port); });
   }
 
   // Reusing a handle is cheaper than making one.
@@ -262,15 +322,20 @@ class CurlURLSession::Worker {
     const std::scoped_lock guard(inCurl_);
     while (!running_.empty()) {
       void* const handle = running_.begin()->first;
+      const bool isCancelled = running_.begin()->second.transfer->isCancelled();
       curl_multi_remove_handle(multi_, handle);
-      retire(handle, closed, endings);
+      retire(handle, isCancelled ? cancelledError() : closed, endings);
     }
     spare_.clear();
-    for (Arrival& arrival : takeArrivals()) endings.push_back({std::move(arrival.completion), closed});
+    for (auto& [request, completion, time] : takeArrivals()) {
+      const bool isCancelled = request.cancellation && request.cancellation->isCancelled();
+      endings.push_back({std::move(completion), isCancelled ? cancelledError() : closed});
+    }
     std::unique_lock waking(lock_);
     CURLM* const multi = std::exchange(multi_, nullptr);
     waking.unlock();
     curl_multi_cleanup(multi);
+    remembered_.clear();
   }
 
   // A completion may do anything, such as add requests or destroy the session. No completion is called once
@@ -284,16 +349,16 @@ class CurlURLSession::Worker {
     endings.clear();
   }
 
-  const CurlRules rules_;
   std::atomic<bool> closed_ = false;
-  CurlSockets sockets_;
-  CurlTLS tls_;
+  CurlShared shared_;
   std::timed_mutex inCurl_;
   std::unordered_map<void*, Running> running_;  // by easy handle
   std::vector<CurlHandle> spare_;
+  std::vector<Remembered> remembered_;
   std::mutex lock_;  // guards the members below; held only briefly
   std::vector<Arrival> arrivals_;
-  bool waits_ = false;  // the thread must be woken to see an arrival
+  bool hasCancellation_ = false;
+  bool waits_ = false;  // the thread must be woken to see an arrival or a cancellation
   CURLM* multi_;        // null once freed
 };
 
@@ -308,6 +373,11 @@ CurlURLSession::~CurlURLSession() {
 }
 
 void CurlURLSession::run(URLRequest request, Completion completion) {
+  if (request.cancellation) {
+    request.cancellation->observe([worker = std::weak_ptr(worker_)] {
+      if (const auto held = worker.lock()) held->noteCancellation();
+    });
+  }
   worker_->add(std::move(request), std::move(completion));
 }
 

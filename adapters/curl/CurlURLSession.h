@@ -2,6 +2,7 @@
 
 // HTTP through libcurl. All requests of a session share one worker thread and its connection pool.
 
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <memory>
@@ -20,6 +21,9 @@ struct CurlOptions {
   std::optional<std::filesystem::path> certificates;  // PEM file; added to the system's authorities
   bool allowsPlainHTTP = false;                       // to every host; loopback is always allowed
   std::size_t maxReply = 64U << 20U;                  // limit of a decompressed body, in bytes
+
+  /// Upper limits for `timeout` and `totalTimeout` of all requests; a request may set lower ones.
+  std::optional<std::chrono::milliseconds> maxTimeout, maxTotalTimeout;
 };
 
 /// Runs requests through libcurl and calls completions on its worker thread, one at a time. A completion that

@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 namespace TalvoConsentHost {
 
@@ -71,6 +72,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("store", "File for the stored consents.", "FILE");
   add("cache", "Size of the HTTP cache beside the stored consents in bytes; 0 switches it off.", "BYTES",
       std::to_string(defaults.maxCacheBytes));
+  add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");
   add("scale", "Pixels per point.", "N");
   add("text-scale", "Factor for the size of text.", "F", "1");
@@ -101,6 +103,9 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.language = text("language");
   options.store = text("store");
   options.maxCacheBytes = static_cast<std::size_t>(number(parser, QStringLiteral("cache"), 0, 1e12));
+  options.certificates = text("ca");
+  if (!options.certificates.empty() && !std::ifstream(options.certificates))
+    fail(QStringLiteral("--ca takes a file that can be read"));
   options.size = size(parser.value(QStringLiteral("size")));
   if (parser.isSet(QStringLiteral("scale")))
     options.pixelRatio = number(parser, QStringLiteral("scale"), 0.5, 8);

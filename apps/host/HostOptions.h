@@ -18,7 +18,8 @@ struct HostOptions {
   std::string apiUrl = "http://127.0.0.1:8787";
   std::string site = "demo";
   std::string language = "en";
-  std::filesystem::path store;  // empty: the default for the application
+  std::filesystem::path store;         // empty: the default for the application
+  std::filesystem::path certificates;  // of authorities to trust; empty: only the system's
   QSize size{390, 844};
   double pixelRatio = 0;  // 0: that of the screen
   double textScale = 1;

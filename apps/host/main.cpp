@@ -154,6 +154,11 @@ int main(int argc, char* argv[]) {
 
   const QtOptions qt = qtOptions(options);
   Platform platform = makeQtPlatform(storeFile(options), qt);
+  if (!options.certificates.empty()) {
+    CurlOptions curl;
+    curl.certificates = options.certificates;
+    platform.urlSession = std::make_shared<CurlURLSession>(curl);
+  }
   Activity activity;
   activity.watch(platform);
   addQtWindows(platform, qt);

@@ -1,0 +1,33 @@
+#pragma once
+
+// The origins that do not support HTTP/2.
+
+#include <cstddef>
+#include <set>
+#include <string>
+
+namespace TalvoConsentSDK {
+
+/// Remembers which origins chose HTTP/1.1 in their latest TLS handshake. A request to another origin waits
+/// for a connection that is being opened, because it can probably share it. With HTTP/1.1, the wait would be
+/// in vain.
+class CurlOrigins {
+ public:
+  void note(const std::string& origin, bool usesHTTP2) {
+    if (usesHTTP2) {
+      limited_.erase(origin);
+    } else {
+      if (limited_.size() >= maxCount) limited_.clear();
+      limited_.insert(origin);
+    }
+  }
+
+  bool mayShare(const std::string& origin) const { return !limited_.contains(origin); }
+
+ private:
+  static constexpr std::size_t maxCount = 64;
+
+  std::set<std::string> limited_;
+};
+
+}  // namespace TalvoConsentSDK
