@@ -9,6 +9,7 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/curl/CurlURLSession.h"
+#include "adapters/posix/CachedSession.h"
 #include "adapters/qt/QtMainActor.h"
 #include "adapters/qt/QtPlatform.h"
 #include "adapters/qt/ViewWindow.h"
@@ -157,7 +158,8 @@ int main(int argc, char* argv[]) {
   if (!options.certificates.empty()) {
     CurlOptions curl;
     curl.certificates = options.certificates;
-    platform.urlSession = std::make_shared<CurlURLSession>(curl);
+    platform.urlSession =
+        cachedSession(std::make_shared<CurlURLSession>(curl), storeFile(options), options.maxCacheBytes);
   }
   Activity activity;
   activity.watch(platform);
