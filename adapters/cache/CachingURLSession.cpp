@@ -25,6 +25,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::size_t maxUnkept = 1'000;
+constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24 * 365);
 
 bool isCancelled(const URLRequest& request) {
   return request.cancellation && request.cancellation->isCancelled();
@@ -92,7 +93,7 @@ struct CachingURLSession::Cache::Exchange {
         request(std::move(asked)),
         completion(std::move(done)),
         key(cacheKey(request.url)) {
-    if (request.totalTimeout) deadline = SteadyClock::now() + *request.totalTimeout;
+    if (request.totalTimeout) deadline = SteadyClock::now() + std::min(*request.totalTimeout, longestWait);
     const std::scoped_lock guard(cache->underWayLock_);
     cache->underWay_.insert(this);
   }

@@ -70,6 +70,8 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("site", "Identifier of the site.", "ID", defaults.site);
   add("language", "Language of the banner.", "CODE", defaults.language);
   add("store", "File for the stored consents.", "FILE");
+  add("cache", "Size of the HTTP cache beside the stored consents in bytes; 0 switches it off.", "BYTES",
+      std::to_string(defaults.maxCacheBytes));
   add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");
   add("scale", "Pixels per point.", "N");
@@ -101,6 +103,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.site = text("site");
   options.language = text("language");
   options.store = text("store");
+  options.maxCacheBytes = static_cast<std::size_t>(number(parser, QStringLiteral("cache"), 0, 1e12));
   options.certificates = text("ca");
   if (!options.certificates.empty() && !std::ifstream(options.certificates))
     fail(QStringLiteral("--ca takes a file that can be read"));

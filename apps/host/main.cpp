@@ -10,6 +10,7 @@
 #include "TalvoConsentSDK/view/Views.h"
 
 #include "adapters/curl/CurlURLSession.h"
+#include "adapters/posix/CachedSession.h"
 #include "adapters/qt/QtMainActor.h"
 #include "adapters/qt/QtPlatform.h"
 #include "adapters/qt/ViewWindow.h"
@@ -35,6 +36,7 @@ QtOptions qtOptions(const HostOptions& options) {
   qt.layoutDirection = options.layoutDirection;
   if (options.highContrast) qt.highContrast = true;
   qt.reducesMotion = options.reducesMotion;
+  qt.maxCacheBytes = options.maxCacheBytes;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
   return qt;
@@ -158,7 +160,8 @@ int main(int argc, char* argv[]) {
   if (!options.certificates.empty()) {
     CurlOptions curl;
     curl.certificates = options.certificates;
-    platform.urlSession = std::make_shared<CurlURLSession>(curl);
+    platform.urlSession =
+        cachedSession(std::make_shared<CurlURLSession>(curl), storeFile(options), options.maxCacheBytes);
   }
   Activity activity;
   activity.watch(platform);

@@ -5,6 +5,8 @@
 #include <QPointer>
 #include <QStandardPaths>
 #include <QtQml>
+#include <algorithm>
+#include <cstddef>
 #include <stdexcept>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
@@ -54,6 +56,7 @@ void ConsentSdk::componentComplete() try {
     QtOptions options;
     options.text.scale = textScale_;
     options.reducesMotion = reducesMotion_;
+    options.maxCacheBytes = static_cast<std::size_t>(std::max(0, maxCacheBytes_));
     if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }

@@ -77,7 +77,7 @@ TYPED_TEST_P(CacheStorageSuite, KeepsTheLatestOfTenThousand) {
   for (int i = 0; i < 10'000; ++i) {
     const auto found = storage->read(this->url(i)).value();
     EXPECT_TRUE(!found || *found == this->entry(i, 2'000)) << i;
-    EXPECT_TRUE(found || i < 7'000) << i;
+    EXPECT_TRUE(found || i < 8'000) << i;
     kept += found.has_value();
   }
   EXPECT_LT(kept, 5'000);
