@@ -127,7 +127,7 @@ class CookiesSDK {
   void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                   std::function<void()> onManagePreferences, std::function<void(Error)> onError);
 
-  /// The same with a closure for each way in which the banner ends.
+  /// The same with a closure for each way in which the banner ends, and with options.
   void showBanner(BannerHandlers handlers, BannerOptions options = {});
 
   /// The same as a task, which shows the banner when it is awaited, and returns how the banner ended or

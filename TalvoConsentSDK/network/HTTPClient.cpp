@@ -11,11 +11,11 @@ Result<URLRequest> HTTPClient::makeRequest(const char* method, const std::option
   if (body && !*body) return HTTPClientError::networkError(body->error());
   URLRequest request(*url);
   request.method = method;
-  request.headers = headers;
   if (body) {
-    request.headers.emplace("Content-Type", "application/json");
+    request.headers["Content-Type"] = "application/json";
     request.body = **std::move(body);
   }
+  for (const auto& [name, value] : headers) request.headers[name] = value;
   request.totalTimeout = options.totalTimeout;
   request.cancellation = options.cancellation;
   request.isPersonal = options.isPersonal || request.body;

@@ -98,7 +98,7 @@ TEST_F(BannerOrchestrationTest, ShowsOrReportsOnceAsSoonAsThatIsCertain) {
         else
           fails ? report(each, failures[each]) : deliver(each);
         arrived |= 1U << each;
-        const unsigned needed = (2U << first) - 1 & 7U;
+        const unsigned needed = ((2U << first) - 1) & 7U;  // the documents up to the first that fails
         const bool isCertain = (arrived & needed) == needed;
         EXPECT_EQ(errors, isCertain && first < 3 ? Texts{reports[first]} : Texts{});
         EXPECT_EQ(shown(), isCertain && first == 3 ? 1U : 0U);
