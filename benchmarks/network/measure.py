@@ -203,7 +203,7 @@ def measure(rounds, transports, round_trips, has_browser):
 
 
 def figure(round_trips):
-    return "no banner" if round_trips is None else f"{round_trips:.2f}"
+    return "no banner" if round_trips is None else f"{round(round_trips, 2) + 0.0:.2f}"  # 0.00, not -0.00
 
 
 def report(ours, theirs, transports, round_trips):
@@ -233,7 +233,7 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    rounds = 2 if options.quick else 5
+    rounds = 3 if options.quick else 5
     transports, round_trips = (TRANSPORTS, (25, 100, 300)) if not options.check else ((PLAIN, HTTP2), (GOALS_AT,))
     ours, theirs = measure(rounds, transports, round_trips, has_browser=not options.check)
     is_met = report(ours, theirs, transports, round_trips)
