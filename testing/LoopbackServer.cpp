@@ -123,6 +123,20 @@ void LoopbackServer::Connection::reply(int status, std::string_view body, std::s
   send(head + "\r\n" + std::string(body));
 }
 
+void LoopbackServer::Connection::begin(std::string_view part) {
+  if (isHTTP2_)
+    send(HTTP2Frame{HTTP2Frame::headers, HTTP2Frame::endsHeaders, stream_, headerBlock({{":status", "200"}})}
+             .bytes());
+  else
+    send("HTTP/1.1 200 Status\r\nContent-Length: 1000000\r\n\r\n");
+  more(part);
+}
+
+void LoopbackServer::Connection::more(std::string_view part) {
+  if (isHTTP2_) return send(HTTP2Frame{HTTP2Frame::data, 0, stream_, std::string(part)}.bytes());
+  send(part);
+}
+
 void LoopbackServer::Connection::play(const std::string& script) {
   std::optional<HTTP2Frame> frame;  // the next text becomes its payload
   for (std::size_t at = 0; (at = script.find_first_not_of(' ', at)) != std::string::npos && !ends_;) {

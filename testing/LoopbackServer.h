@@ -56,6 +56,10 @@ class LoopbackServer {
     void send(std::string_view bytes);
     /// `headers` are complete lines with line ends. Content-Length is added, except for status 204 and 304.
     void reply(int status, std::string_view body = "", std::string_view headers = "");
+    /// Sends the header of a reply with status 200 and the first part of its body. `more` sends another part.
+    /// The reply never ends.
+    void begin(std::string_view part);
+    void more(std::string_view part);
     /// Runs a script of words separated by spaces. `"text"` sends the text, `"text"*9` sends it nine times,
     /// and `"text"*` repeats it until the peer has gone. `pause` waits for 50 ms. `close` and `reset` call
     /// the functions below, and `stall` calls `waitForPeer`. In a text, `\n` is an HTTP line end (CR LF) and
@@ -67,6 +71,8 @@ class LoopbackServer {
     void close() { ends_ = true; }
     /// Makes the peer see "connection reset" once the handler returns.
     void reset();
+    /// Whether the connection ends once the handler returns, for example because the peer has gone.
+    bool ends() const { return ends_; }
     /// Waits until the peer has gone or the server stops.
     void waitForPeer();
 

@@ -1,5 +1,7 @@
 #include "TalvoConsentSDK/platform/Cancellation.h"
 
+#include "TalvoConsentSDK/platform/Printer.h"
+
 namespace TalvoConsentSDK {
 namespace platform {
 
@@ -10,7 +12,7 @@ void Cancellation::cancel() {
     isCancelled_ = true;
     observers.swap(observers_);
   }
-  for (const auto& observer : observers) observer();
+  for (const auto& observer : observers) callHost(observer);
 }
 
 bool Cancellation::isCancelled() const {

@@ -43,7 +43,7 @@ class Script : public std::enable_shared_from_this<Script> {
   void gate(const std::string& categoryAndVendor);
   void language(const std::string& code);
   void listen(const std::string&);
-  void banner(const std::string&);
+  void banner(const std::string& timeLimit);
   void view(const std::string&);
   void tap(const std::string& target);
   void key(const std::string& name);

@@ -1,5 +1,6 @@
 // The C interface, implemented on top of the C++ one.
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -86,6 +87,22 @@ talvo_subscription* handed(Subscription subscription) {
 }
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
+
+void showBanner(CookiesSDK& sdk, const talvo_banner_callbacks& host, BannerOptions options) {
+  const auto userData = owned(host.user_data, host.release);
+  const auto fail = [onError = host.on_error, userData](const Error& error) {
+    const talvo_error described = describe(error);
+    if (onError) onError(&described, userData.get());
+  };
+  const auto manage = closure(host.on_manage_preferences, userData);
+  sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
+                                .onRejectAll = closure(host.on_reject_all, userData),
+                                .onSaved = manage,
+                                .onNotShown = [fail] { fail(Error(NotShown())); },
+                                .onError = fail,
+                                .onManagePreferences = manage},
+                 options);
+}
 
 }  // namespace
 
@@ -218,21 +235,14 @@ talvo_status talvo_cookies_remove_identity(talvo_cookies* client) {
 }
 
 talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner_callbacks* callbacks) {
+  return guarded([&] { showBanner(cookies(client), required(callbacks, "callbacks"), {}); });
+}
+
+talvo_status talvo_cookies_show_banner_within(talvo_cookies* client, const talvo_banner_callbacks* callbacks,
+                                              unsigned milliseconds) {
   return guarded([&] {
-    CookiesSDK& sdk = cookies(client);
-    const talvo_banner_callbacks host = required(callbacks, "callbacks");
-    const auto userData = owned(host.user_data, host.release);
-    const auto fail = [onError = host.on_error, userData](const Error& error) {
-      const talvo_error described = describe(error);
-      if (onError) onError(&described, userData.get());
-    };
-    const auto manage = closure(host.on_manage_preferences, userData);
-    sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
-                                  .onRejectAll = closure(host.on_reject_all, userData),
-                                  .onSaved = manage,
-                                  .onNotShown = [fail] { fail(Error(NotShown())); },
-                                  .onError = fail,
-                                  .onManagePreferences = manage});
+    showBanner(cookies(client), required(callbacks, "callbacks"),
+               {.timeLimit = std::chrono::milliseconds(milliseconds)});
   });
 }
 

@@ -192,6 +192,14 @@ TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);
 
 /*
+ * The same, but if it takes longer than this until the banner can be shown, it is not shown, and `on_error`
+ * receives TALVO_NETWORK_ERROR.
+ */
+TALVO_API talvo_status talvo_cookies_show_banner_within(talvo_cookies* client,
+                                                        const talvo_banner_callbacks* callbacks,
+                                                        unsigned milliseconds);
+
+/*
  * Listeners. For a submission's events, they are called on the thread for callbacks; for
  * TALVO_IDENTIFICATION_COMPLETE, on the main thread.
  */

@@ -50,8 +50,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void setLanguage(const QString& language);
   QVariant consent() const;
 
-  /// Shows the banner. `bannerEnded` or `failed` follows.
-  Q_INVOKABLE void showBanner();
+  /// Shows the banner. `bannerEnded` or `failed` follows. `timeLimit` is how many milliseconds it may take
+  /// until the banner is shown; 0: as long as the requests may take. If it takes longer, `failed` follows.
+  Q_INVOKABLE void showBanner(int timeLimit = 0);
   Q_INVOKABLE void submitConsent(const QVariantMap& consent);
   Q_INVOKABLE void acceptAll();
   Q_INVOKABLE void rejectAll();

@@ -94,8 +94,11 @@ class CInterfaceTest : public ::testing::Test {
   }
 
   std::atomic<bool> isDown = false;
+  std::string customization = "{}";
   LoopbackServer server{[this](const auto& request, auto& connection) {
     if (isDown) return connection.reply(503, "closed for today");
+    if (request.target.find("banner-customization") != request.target.npos)
+      return connection.reply(200, customization);
     connection.reply(200, request.method == "GET" ? "{}" : R"({"id":"c1"})");
   }};
   talvo_cookies* sdk = nullptr;
@@ -206,6 +209,22 @@ TEST_F(CInterfaceTest, ReleasesUserDataAfterTheLastCall) {
   EXPECT_EQ(heard.releases, 9);
   EXPECT_EQ(heard.replies, 1);
   EXPECT_STREQ(talvo_last_error(), "") << "talvo_drain did not fail";
+}
+
+TEST_F(CInterfaceTest, LimitsHowLongABannerMayTake) {
+  customization = R"({"bannerType": "popup", "customization": {
+      "colors": {"background": "FFFFFF", "buttonBackground": "2F9E8A", "buttonFontColor": "10201D", "font": "0"},
+      "settings": {"positioning": "bottom", "showBlurBackground": true, "showPoweredBy": false},
+      "messages": {"bannerMessages": {"acceptButton": "A", "rejectButton": "R", "title": "T", "mainMessage": "M"}}}})";
+  talvo_banner_callbacks banner{};
+  banner.on_error = [](const talvo_error* error, void* heard) { Heard::reply(error, nullptr, heard); };
+  banner.user_data = &heard;
+  ASSERT_EQ(talvo_cookies_show_banner_within(sdk, &banner, 0), TALVO_OK);
+  heard.await(1);
+  EXPECT_EQ(heard.status, TALVO_NETWORK_ERROR);
+  ASSERT_EQ(talvo_cookies_show_banner_within(sdk, &banner, 60'000), TALVO_OK);
+  heard.await(2);
+  EXPECT_EQ(heard.status, TALVO_NOT_SHOWN);
 }
 
 }  // namespace
