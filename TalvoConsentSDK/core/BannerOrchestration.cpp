@@ -163,8 +163,7 @@ void judge(const BannerRequestPointer& request, Part part, const Result<void>& o
     fetch.failure = HTTPClientError::networkError(
         PlatformError("TalvoConsentSDK", -9, "The time limit for the banner has passed"));
   }
-  if (fetch.failure) {  // the later documents are no longer needed, but the earlier ones decide what is
-                        // reported
+  if (fetch.failure) {  // the later documents no longer matter; the earlier ones may still fail first
     for (std::size_t later = part + 1; later < partCount; ++later)
       request->fetches[later].options.cancellation->cancel();
   }
@@ -178,7 +177,9 @@ void judge(const BannerRequestPointer& request, Part part, const Result<void>& o
     }
   }
   if (request->isJudged.exchange(true)) return;
-  failure ? request->report(*failure) : presentBanner(request);
+  if (!failure) return presentBanner(request);
+  request->report(*failure);
+  request->host = nullptr;  // the other fetches may take long to end
 }
 
 }  // namespace

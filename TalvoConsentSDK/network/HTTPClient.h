@@ -43,22 +43,24 @@ class HTTPClient {
   template <class Reply>
   Task<Reply> get(const std::optional<URL>& url, const platform::HTTPHeaders& headers,
                   const RequestOptions& options = {}) {
-    return reply<Reply>(exchange(makeRequest("GET", url, std::nullopt, headers, options)));
+    return reply<Reply>(send("GET", url, nullptr, headers, options));
   }
   template <class Reply, class Body>
   Task<Reply> post(const std::optional<URL>& url, const Body& body, const platform::HTTPHeaders& headers) {
-    return reply<Reply>(exchange(makeRequest("POST", url, encoder_.encode(body), headers)));
+    Result<std::string> json = encoder_.encode(body);
+    return reply<Reply>(send("POST", url, &json, headers, {}));
   }
   template <class Reply, class Body>
   Task<Reply> put(const std::optional<URL>& url, const Body& body, const platform::HTTPHeaders& headers) {
-    return reply<Reply>(exchange(makeRequest("PUT", url, encoder_.encode(body), headers)));
+    Result<std::string> json = encoder_.encode(body);
+    return reply<Reply>(send("PUT", url, &json, headers, {}));
   }
 
   /// Posts a JSON object and calls `completion` once, on the session's thread. If `body` cannot be encoded or
   /// the session throws, calls it on the caller's thread, before returning. `completion` receives the reply's
   /// object, an `HTTPClientError`, or a `PlatformError` of domain "HTTPClient":
   /// -1 "Failed to serialize JSON payload", -2 "No data received", -3 "Invalid JSON response".
-  virtual void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
+  virtual void postJSON(const URL& url, const JSONObject& body, const platform::HTTPHeaders& headers,
                         JSONCompletion completion) = 0;
 
  protected:
@@ -67,16 +69,19 @@ class HTTPClient {
   virtual Task<std::string> exchange(Result<platform::URLRequest> request) = 0;
 
   /// Returns the request to send, or an `HTTPClientError` if there is no `url` or the body could not be
-  /// encoded. `headers` take precedence over the content type.
+  /// encoded. Takes the body's text, unless `body` is null. `headers` take precedence over the content type.
   static Result<platform::URLRequest> makeRequest(const char* method, const std::optional<URL>& url,
-                                                  std::optional<Result<std::string>> body,
+                                                  Result<std::string>* body,
                                                   const platform::HTTPHeaders& headers,
-                                                  const RequestOptions& options = {});
+                                                  const RequestOptions& options);
 
   const JSONDecoder& decoder() const noexcept { return decoder_; }
   const JSONEncoder& encoder() const noexcept { return encoder_; }
 
  private:
+  Task<std::string> send(const char* method, const std::optional<URL>& url, Result<std::string>* body,
+                         const platform::HTTPHeaders& headers, const RequestOptions& options);
+
   template <class Reply>
   Task<Reply> reply(Task<std::string> body) {
     return decoded<Reply>(std::move(body)).on(decodingExecutor_);

@@ -60,10 +60,10 @@ URLSessionHTTPClient::URLSessionHTTPClient(std::shared_ptr<URLSession> session,
                                            JSONEncoder encoder)
     : HTTPClient(decoder, encoder, std::move(decodingExecutor)), session_(std::move(session)) {}
 
-void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders headers,
+void URLSessionHTTPClient::postJSON(const URL& url, const JSONObject& body, const HTTPHeaders& headers,
                                     JSONCompletion completion) {
-  Result<URLRequest> request =
-      makeRequest("POST", std::move(url), encoder().encode(body), std::move(headers));
+  Result<std::string> bytes = encoder().encode(body);
+  Result<URLRequest> request = makeRequest("POST", url, &bytes, headers, {});
   if (!request) {
     return report(completion, transportError(-1, "Failed to serialize JSON payload"));
   }
@@ -75,8 +75,8 @@ void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders
 
 Task<std::string> URLSessionHTTPClient::exchange(Result<URLRequest> request) {
   CallbackAwaiter<Result<URLResponse>> reply(
-      [session = session_, sent = std::move(request).value()](URLSession::Completion completion) {
-        platform::runOnce(*session, sent, std::move(completion));
+      [session = session_, &request](URLSession::Completion completion) {
+        platform::runOnce(*session, std::move(request).value(), std::move(completion));
       });
   Result<URLResponse> outcome = co_await std::move(reply);
   co_return acceptedBody(std::move(outcome), MissingBody::isEmpty).value();

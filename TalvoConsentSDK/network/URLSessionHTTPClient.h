@@ -15,7 +15,7 @@ class URLSessionHTTPClient : public HTTPClient {
                                 std::shared_ptr<platform::Executor> decodingExecutor = nullptr,
                                 JSONDecoder decoder = {}, JSONEncoder encoder = {});
 
-  void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
+  void postJSON(const URL& url, const JSONObject& body, const platform::HTTPHeaders& headers,
                 JSONCompletion completion) override;
 
  protected:

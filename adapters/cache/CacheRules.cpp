@@ -85,13 +85,19 @@ std::string_view withoutWeakness(std::string_view tag) {
   return tag.starts_with("W/") ? tag.substr(2) : tag;
 }
 
+// Whether the headers can allow to use the reply again. Most replies that are not kept end here.
+bool saysAnything(const HTTPHeaders& headers) {
+  return headers.contains("Cache-Control") || headers.contains("Expires") || headers.contains("ETag") ||
+         headers.contains("Last-Modified");
+}
+
 }  // namespace
 
 bool mayUseCache(const URLRequest& request) {
   if (request.method != "GET" || request.isPersonal || request.body || hasUserInfo(request.url)) return false;
   if (std::ranges::any_of(bypassing, [&](const char* name) { return request.headers.contains(name); }))
     return false;
-  return !CacheControl(request.headers).noStore;
+  return !demandsValidation(request) || !CacheControl(request.headers).noStore;
 }
 
 bool demandsValidation(const URLRequest& request) {
@@ -99,7 +105,7 @@ bool demandsValidation(const URLRequest& request) {
 }
 
 bool isFromItsURL(const URLRequest& request, const URLResponse& reply) {
-  return reply.url && cacheKey(*reply.url) == cacheKey(request.url);
+  return reply.url && (*reply.url == request.url || cacheKey(*reply.url) == cacheKey(request.url));
 }
 
 bool hasExpectedType(const URLRequest& request, const HTTPHeaders& headers) {
@@ -116,7 +122,8 @@ bool mayStay(const HTTPHeaders& headers) {
 }
 
 bool mayKeep(const URLRequest& request, const URLResponse& reply, const CacheTime& arrival) {
-  if (reply.statusCode != 200 || !reply.body || !isFromItsURL(request, reply)) return false;
+  if (reply.statusCode != 200 || !reply.body || !saysAnything(reply.headers)) return false;
+  if (!isFromItsURL(request, reply)) return false;
   if (!mayStay(reply.headers) || !isComplete(request, reply) || !hasExpectedType(request, reply.headers))
     return false;
   return fieldValue(reply.headers, "ETag") || fieldValue(reply.headers, "Last-Modified") ||

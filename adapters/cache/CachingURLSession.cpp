@@ -221,7 +221,8 @@ Result<URLResponse> CachingURLSession::Cache::confirmed(Exchange& exchange, cons
 // If the URL is changed meanwhile, the exchange is marked as outdated before the removal is posted. So the
 // write either sees the mark, or comes before the removal.
 void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Result<URLResponse>& outcome) {
-  if (!outcome || !isFromItsURL(exchange->request, *outcome)) return;
+  if (!outcome) return;
+  const int status = outcome->statusCode.value_or(0);
   const CacheTime now = clock_->now();
   const std::string& key = exchange->key;
   if (mayKeep(exchange->request, *outcome, now)) {
@@ -235,9 +236,9 @@ void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Resul
                     return storage.write(exchange->key, {head, body});
                   });
   }
-  const int status = outcome->statusCode.value_or(0);
+  const bool isGone = status == 404 || status == 410;
   const bool isCurrent = status == 200 && hasExpectedType(exchange->request, outcome->headers);
-  if (isCurrent || status == 404 || status == 410) remove(key);
+  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome)) remove(key);
 }
 
 void CachingURLSession::Cache::forgetWhatChanged(const URL& requested, const Result<URLResponse>& outcome) {

@@ -24,6 +24,14 @@ seconds ageField(const HTTPHeaders& headers) {
   return values.empty() ? seconds(0) : deltaSeconds(values.front()).value_or(seconds(0));
 }
 
+seconds lifetime(const CacheControl& control, const HTTPHeaders& headers, const CacheTime& arrival) {
+  if (control.maxAge) return *control.maxAge;
+  const auto expires = fieldValue(headers, "Expires");
+  if (!expires) return seconds(0);
+  const auto end = parseHTTPDate(*expires, arrival.wall);
+  return end ? std::max(seconds(0), *end - dateOf(headers, arrival.wall)) : seconds(0);
+}
+
 }  // namespace
 
 seconds ageOnArrival(const HTTPHeaders& headers, const CacheTime& request, const CacheTime& arrival) {
@@ -39,24 +47,20 @@ std::optional<seconds> currentAge(const StoredReply& reply, const CacheTime& now
 }
 
 seconds freshnessLifetime(const HTTPHeaders& headers, const CacheTime& arrival) {
-  if (const auto maxAge = CacheControl(headers).maxAge) return *maxAge;
-  const auto expires = fieldValue(headers, "Expires");
-  if (!expires) return seconds(0);
-  const auto end = parseHTTPDate(*expires, arrival.wall);
-  return end ? std::max(seconds(0), *end - dateOf(headers, arrival.wall)) : seconds(0);
+  return lifetime(CacheControl(headers), headers, arrival);
 }
 
 bool isFresh(const StoredReply& reply, const CacheTime& now) {
+  const CacheControl control(reply.headers);
   const auto age = currentAge(reply, now);
-  return age && freshnessLifetime(reply.headers, reply.arrival) > *age &&
-         !CacheControl(reply.headers).noCache;
+  return age && !control.noCache && lifetime(control, reply.headers, reply.arrival) > *age;
 }
 
 bool mayReplaceError(const StoredReply& reply, const CacheTime& now) {
   const CacheControl control(reply.headers);
   const auto age = currentAge(reply, now);
   if (!age || !control.staleIfError || control.noCache || control.mustRevalidate) return false;
-  return *age < freshnessLifetime(reply.headers, reply.arrival) + *control.staleIfError;
+  return *age < lifetime(control, reply.headers, reply.arrival) + *control.staleIfError;
 }
 
 }  // namespace TalvoConsentSDK

@@ -68,7 +68,7 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
     length_.clear();
     lines_.clear();
   } else {
-    lines_ += line;
+    keep(line);
     if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) hasLine_ = true;
   }
   // A line of spaces or tabs continues the previous line, so it does not end the header.
@@ -80,25 +80,36 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   return checkLength(trimmed(line.substr(name.size())));
 }
 
+// A single string would take up to three times the memory while it grows.
+void CurlHeader::keep(std::string_view line) {
+  constexpr std::size_t together = 16U << 10U;
+  if (lines_.empty() || lines_.back().size() + line.size() > together) lines_.emplace_back();
+  lines_.back() += line;
+}
+
 HTTPHeaders CurlHeader::headers() const {
   HTTPHeaders headers;
   std::string* last = nullptr;  // the value that a folded line continues
-  std::size_t end = 0;
-  for (std::size_t at = 0; at < lines_.size(); at = end) {
-    end = std::min(lines_.find('\n', at), lines_.size() - 1) + 1;
-    const auto line = std::string_view(lines_).substr(at, end - at);
+  const auto add = [&](std::string_view line) {
     if (line.starts_with(' ') || line.starts_with('\t')) {
       if (last) last->append(" ").append(trimmed(line));
-      continue;
+      return;
     }
     last = nullptr;
     const std::size_t colon = line.find(':');
     const auto name = trimmed(line.substr(0, colon));
-    if (colon == line.npos || !isHeaderName(name)) continue;
+    if (colon == line.npos || !isHeaderName(name)) return;
     const auto [header, isFirst] = headers.try_emplace(std::string(name));
     last = &header->second;
     if (!isFirst) *last += ", ";
     *last += trimmed(line.substr(colon + 1));
+  };
+  for (std::string_view lines : lines_) {
+    while (!lines.empty()) {
+      const std::size_t size = std::min(lines.find('\n'), lines.size() - 1) + 1;
+      add(lines.substr(0, size));
+      lines.remove_prefix(size);
+    }
   }
   return headers;
 }

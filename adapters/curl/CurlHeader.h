@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "TalvoConsentSDK/base/Error.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
@@ -42,13 +43,14 @@ class CurlHeader {
   platform::HTTPHeaders headers() const;
 
  private:
+  void keep(std::string_view line);
   std::optional<PlatformError> checkLength(std::string_view value);
 
   std::optional<std::size_t> maxBody_;
   std::size_t bytes_ = 0;
   int status_ = 0;
-  std::string length_;  // as declared
-  std::string lines_;   // after the latest status line
+  std::string length_;              // as declared
+  std::vector<std::string> lines_;  // after the latest status line; each string is one line or more
   bool isWhole_ = false;
   bool isAtStart_ = true;      // the next line is the status line
   bool isWithinLine_ = false;  // the next piece continues a line

@@ -86,7 +86,6 @@ class CurlURLSession::Worker {
       throw curlError(CURLE_FAILED_INIT,
                       std::string("libcurl cannot run requests: ") + curl_multi_strerror(code));
     }
-    curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, maxIdleConnections);
   }
 
   // `end` has freed libcurl's handle, unless the process is exiting.
@@ -150,7 +149,6 @@ class CurlURLSession::Worker {
  private:
   using Clock = CurlTransfer::Clock;
   static constexpr std::size_t maxSpare = 32;  // about 6 KB each
-  static constexpr long maxIdleConnections = 8;
 
   struct Arrival {
     URLRequest request;

@@ -34,14 +34,16 @@ bool mustBeginAnew(const PlatformError& error) {
 }  // namespace
 
 struct SQLiteCacheStorage::Access {
+  enum class Kind { reading, change };
+
   template <class T>
-  Result<T> perform(const std::function<T(CacheConnection&)>& operation) try {
+  Result<T> perform(Kind kind, const std::function<T(CacheConnection&)>& operation) try {
     const std::scoped_lock guard(lock);
     const StoreWaitEnd end = std::chrono::steady_clock::now() + busyTimeout;
     std::optional<FolderLock> alone;
     for (int attempt = 1;; ++attempt) {
       try {
-        connect(end, alone);
+        connect(kind, end, alone);
         return finished(operation);
       } catch (const PlatformError& error) {
         if (current) current->abandon();
@@ -54,7 +56,7 @@ struct SQLiteCacheStorage::Access {
     return storeFailure(error.code(), error.what() + (" (" + file.string() + ")"));
   }
 
-  void connect(StoreWaitEnd end, const std::optional<FolderLock>& alone);
+  void connect(Kind kind, StoreWaitEnd end, const std::optional<FolderLock>& alone);
   void beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone);
 
   template <class T>
@@ -74,10 +76,12 @@ struct SQLiteCacheStorage::Access {
   std::unique_ptr<CacheConnection> current{};  // null until the first operation, and after a failure
 };
 
-// Makes `current` a connection to the file that the path leads to.
-void SQLiteCacheStorage::Access::connect(StoreWaitEnd end, const std::optional<FolderLock>& alone) {
+// Makes `current` a connection to the file that the path leads to. A reader may use a log that was deleted:
+// the next change notices it.
+void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
+                                         const std::optional<FolderLock>& alone) {
   if (current) current->waitUntil(end);
-  if (current && current->isInPlace()) return;
+  if (current && (kind == Kind::reading ? current->fileIsInPlace() : current->isInPlace())) return;
   const fs::path folder = withoutLinks(file).parent_path();
   makeFolder(folder);
   std::optional<FolderLock> opening;
@@ -112,21 +116,23 @@ SQLiteCacheStorage::~SQLiteCacheStorage() = default;
 
 Result<std::optional<CacheEntry>> SQLiteCacheStorage::read(std::string_view key) {
   return access_->perform<std::optional<CacheEntry>>(
-      [&](CacheConnection& connection) { return connection.read(key); });
+      Access::Kind::reading, [&](CacheConnection& connection) { return connection.read(key); });
 }
 
 Result<void> SQLiteCacheStorage::write(std::string_view key, const CacheEntry& entry) {
-  return access_->perform<void>([&](CacheConnection& connection) { connection.write(key, entry); });
+  return access_->perform<void>(Access::Kind::change,
+                                [&](CacheConnection& connection) { connection.write(key, entry); });
 }
 
 Result<void> SQLiteCacheStorage::replaceHead(std::string_view key, std::string_view former,
                                              std::string_view head) {
   return access_->perform<void>(
-      [&](CacheConnection& connection) { connection.replaceHead(key, former, head); });
+      Access::Kind::change, [&](CacheConnection& connection) { connection.replaceHead(key, former, head); });
 }
 
 Result<void> SQLiteCacheStorage::remove(std::string_view key) {
-  return access_->perform<void>([&](CacheConnection& connection) { connection.remove(key); });
+  return access_->perform<void>(Access::Kind::change,
+                                [&](CacheConnection& connection) { connection.remove(key); });
 }
 
 }  // namespace TalvoConsentSDK

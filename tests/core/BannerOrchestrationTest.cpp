@@ -44,8 +44,11 @@ class BannerOrchestrationTest : public ClientTest {
 
   /// Asks for a banner. Its requests are the last three in `session->pending`.
   void show(BannerOptions options = {}) {
+    const auto captured = std::make_shared<int>();
+    closures = captured;
     client->showBanner(
-        BannerHandlers{.onError = [this](const Error& error) { errors.push_back(error.what()); }}, options);
+        BannerHandlers{.onError = [this, captured](const Error& error) { errors.push_back(error.what()); }},
+        options);
     platform.settle();
   }
 
@@ -68,6 +71,7 @@ class BannerOrchestrationTest : public ClientTest {
   std::shared_ptr<CookiesSDK> client;
   Texts documents;
   Texts errors;
+  std::weak_ptr<int> closures;  // what the last banner's closures have captured
 };
 
 // Each order in which the three outcomes can arrive, with each set of documents that fail.
@@ -114,8 +118,10 @@ TEST_F(BannerOrchestrationTest, ShowsOrReportsOnceAsSoonAsThatIsCertain) {
 
 TEST_F(BannerOrchestrationTest, LeavesAnotherBannerAlone) {
   show();
+  const auto first = closures;
   show();
   report(0, PlatformError("net", 1, "offline"));
+  EXPECT_TRUE(first.expired() && !closures.expired()) << "even while the session reports nothing more";
   for (std::size_t n = 1; n < 6; ++n) EXPECT_EQ(session->isCancelled(n), n < 3) << n;
   for (const std::size_t n : {1U, 2U}) report(n, cancelledError());
   for (const std::size_t n : {5U, 4U, 3U}) deliver(n);
