@@ -231,7 +231,7 @@ def main():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    rounds = 3 if options.quick else 5
+    rounds = 3 if options.quick else 8 if options.check else 5
     transports, round_trips = (TRANSPORTS, (25, 100, 300)) if not options.check else ((PLAIN, HTTP2), (GOALS_AT,))
     ours, theirs = measure(rounds, transports, round_trips, has_browser=not options.check)
     is_met = report(ours, theirs, transports, round_trips)
