@@ -79,11 +79,11 @@ class CacheFaultsTest : public SQLiteUserDefaultsTest {
       if (entry) found += versionOf(*entry, i) != 0;
     }
     EXPECT_EQ(failed, read == "fails" ? count : 0);
-    if (read == "kept") EXPECT_EQ(found, count);
-    if (read == "gone") EXPECT_EQ(found, 0);
+    EXPECT_TRUE(read != "kept" || found == count) << found;
+    EXPECT_TRUE(read != "gone" || found == 0) << found;
     for (int i = 0; i < count; ++i) {
       const bool works = storage.write(url(i), entryOf(i, 3)).has_value();
-      if (write != "some") EXPECT_EQ(works, write == "works");
+      EXPECT_TRUE(write == "some" || works == (write == "works"));
     }
     faults.end();
     for (int i = 0; i < count; ++i) versionOf(storage.read(url(i)).value(), i);

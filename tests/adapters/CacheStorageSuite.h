@@ -55,9 +55,9 @@ TYPED_TEST_P(CacheStorageSuite, ForgetsWhatWasNotUsedForLongest) {
   for (int i = 20; i < 35; ++i) storage->write(this->url(i), this->entry(i, 40'000)).value();
   for (int i = 0; i < 35; ++i) {
     const auto found = storage->read(this->url(i)).value();
-    if (i < 3 || i > 25) EXPECT_TRUE(found) << i;
-    if (i >= 3 && i < 10) EXPECT_FALSE(found) << i;
-    if (found) EXPECT_TRUE(*found == this->entry(i, 40'000)) << i;
+    EXPECT_TRUE(found || (i >= 3 && i <= 25)) << i;
+    EXPECT_FALSE(found && i >= 3 && i < 10) << i;
+    EXPECT_TRUE(!found || *found == this->entry(i, 40'000)) << i;
   }
 }
 

@@ -23,7 +23,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Memory, CacheStorageSuite, InMemory);
 
 TEST(CachingURLSession, HoldsInRandomHistories) {
   int hits = 0, confirmed = 0;
-  const int seeds = repetitions("TALVO_TEST_HISTORIES", 100);
+  const int seeds = repetitions("TALVO_TEST_HISTORIES", 50);
   for (int seed = 1; seed <= seeds && !::testing::Test::HasFailure(); ++seed) {
     SCOPED_TRACE(seed);
     const auto storage = std::make_shared<MemoryCacheStorage>(seed % 3 == 0 ? 2'000 : 100'000);
