@@ -66,7 +66,8 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
     status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
     length_.clear();
-    lines_.clear();
+    headers_.clear();
+    last_ = nullptr;
   } else {
     keep(line);
     if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) hasLine_ = true;
@@ -80,38 +81,19 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   return checkLength(trimmed(line.substr(name.size())));
 }
 
-// A single string would take up to three times the memory while it grows.
 void CurlHeader::keep(std::string_view line) {
-  constexpr std::size_t together = 16U << 10U;
-  if (lines_.empty() || lines_.back().size() + line.size() > together) lines_.emplace_back();
-  lines_.back() += line;
-}
-
-HTTPHeaders CurlHeader::headers() const {
-  HTTPHeaders headers;
-  std::string* last = nullptr;  // the value that a folded line continues
-  const auto add = [&](std::string_view line) {
-    if (line.starts_with(' ') || line.starts_with('\t')) {
-      if (last) last->append(" ").append(trimmed(line));
-      return;
-    }
-    last = nullptr;
-    const std::size_t colon = line.find(':');
-    const auto name = trimmed(line.substr(0, colon));
-    if (colon == line.npos || !isHeaderName(name)) return;
-    const auto [header, isFirst] = headers.try_emplace(std::string(name));
-    last = &header->second;
-    if (!isFirst) *last += ", ";
-    *last += trimmed(line.substr(colon + 1));
-  };
-  for (std::string_view lines : lines_) {
-    while (!lines.empty()) {
-      const std::size_t size = std::min(lines.find('\n'), lines.size() - 1) + 1;
-      add(lines.substr(0, size));
-      lines.remove_prefix(size);
-    }
+  if (line.starts_with(' ') || line.starts_with('\t')) {
+    if (last_) last_->append(" ").append(trimmed(line));
+    return;
   }
-  return headers;
+  last_ = nullptr;
+  const std::size_t colon = line.find(':');
+  const auto name = trimmed(line.substr(0, colon));
+  if (colon == line.npos || !isHeaderName(name)) return;
+  const auto [header, isFirst] = headers_.try_emplace(std::string(name));
+  last_ = &header->second;
+  if (!isFirst) *last_ += ", ";
+  *last_ += trimmed(line.substr(colon + 1));
 }
 
 // When a reply declares two lengths, libcurl uses the second one, so part of a body could pass as the whole.
