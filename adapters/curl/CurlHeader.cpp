@@ -66,9 +66,10 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
     status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
     length_.clear();
-    lines_.clear();
+    headers_.clear();
+    last_ = nullptr;
   } else {
-    lines_ += line;
+    keep(line);
     if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) hasLine_ = true;
   }
   // A line of spaces or tabs continues the previous line, so it does not end the header.
@@ -80,27 +81,19 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   return checkLength(trimmed(line.substr(name.size())));
 }
 
-HTTPHeaders CurlHeader::headers() const {
-  HTTPHeaders headers;
-  std::string* last = nullptr;  // the value that a folded line continues
-  std::size_t end = 0;
-  for (std::size_t at = 0; at < lines_.size(); at = end) {
-    end = std::min(lines_.find('\n', at), lines_.size() - 1) + 1;
-    const auto line = std::string_view(lines_).substr(at, end - at);
-    if (line.starts_with(' ') || line.starts_with('\t')) {
-      if (last) last->append(" ").append(trimmed(line));
-      continue;
-    }
-    last = nullptr;
-    const std::size_t colon = line.find(':');
-    const auto name = trimmed(line.substr(0, colon));
-    if (colon == line.npos || !isHeaderName(name)) continue;
-    const auto [header, isFirst] = headers.try_emplace(std::string(name));
-    last = &header->second;
-    if (!isFirst) *last += ", ";
-    *last += trimmed(line.substr(colon + 1));
+void CurlHeader::keep(std::string_view line) {
+  if (line.starts_with(' ') || line.starts_with('\t')) {
+    if (last_) last_->append(" ").append(trimmed(line));
+    return;
   }
-  return headers;
+  last_ = nullptr;
+  const std::size_t colon = line.find(':');
+  const auto name = trimmed(line.substr(0, colon));
+  if (colon == line.npos || !isHeaderName(name)) return;
+  const auto [header, isFirst] = headers_.try_emplace(std::string(name));
+  last_ = &header->second;
+  if (!isFirst) *last_ += ", ";
+  *last_ += trimmed(line.substr(colon + 1));
 }
 
 // When a reply declares two lengths, libcurl uses the second one, so part of a body could pass as the whole.

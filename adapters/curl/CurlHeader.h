@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "TalvoConsentSDK/base/Error.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
@@ -18,6 +19,8 @@ class CurlHeader {
   /// `maxBody` is the session's limit in bytes. Pass nothing for a reply that never has a body, whatever
   /// length its header declares.
   explicit CurlHeader(std::optional<std::size_t> maxBody = std::nullopt) : maxBody_(maxBody) {}
+  CurlHeader(CurlHeader&&) = default;
+  CurlHeader& operator=(CurlHeader&&) = default;
 
   /// Whether libcurl may parse this piece of a line, which it has not parsed yet. A folded first line is not
   /// allowed: libcurl 7.88 would append it to a line of the previous reply, which has been freed.
@@ -37,18 +40,19 @@ class CurlHeader {
   /// The latest status, which is the final one once the header is whole; 0 if it is not a number.
   int status() const noexcept { return status_; }
 
-  /// The headers of the latest status, without trailers. Lines that are not headers are left out. Throws
-  /// `std::bad_alloc`.
-  platform::HTTPHeaders headers() const;
+  /// Moves out the headers of the latest status, without trailers. Lines that are not headers are left out.
+  platform::HTTPHeaders takeHeaders() { return std::move(headers_); }
 
  private:
+  void keep(std::string_view line);
   std::optional<PlatformError> checkLength(std::string_view value);
 
   std::optional<std::size_t> maxBody_;
   std::size_t bytes_ = 0;
   int status_ = 0;
   std::string length_;  // as declared
-  std::string lines_;   // after the latest status line
+  platform::HTTPHeaders headers_;
+  std::string* last_ = nullptr;  // the value that a folded line continues
   bool isWhole_ = false;
   bool isAtStart_ = true;      // the next line is the status line
   bool isWithinLine_ = false;  // the next piece continues a line

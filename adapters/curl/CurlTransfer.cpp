@@ -124,7 +124,7 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   URLResponse response;
   response.statusCode = static_cast<int>(status);
   try {
-    response.headers = header_.headers();
+    response.headers = header_.takeHeaders();
     response.url = redirects_ == 0 ? request_.url : URL::parse(target_->part(CURLUPART_URL));
     if (request_.method != "HEAD" && status != 204 && status != 304) response.body = body_.take();
   } catch (const std::bad_alloc&) {

@@ -4,6 +4,7 @@
 
 #include <QSize>
 #include <QStringList>
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -24,10 +25,12 @@ struct HostOptions {
   double textScale = 1;
   std::optional<TalvoConsentSDK::platform::LayoutDirection> layoutDirection;
   TalvoConsentSDK::platform::Insets safeArea;
-  bool highContrast = false;  // false: as the system requests
+  std::size_t maxCacheBytes = 10'000'000;  // 0: no cache
+  bool highContrast = false;               // false: as the system requests
   bool reducesMotion = false;
   std::optional<std::string> script;  // a file, or "-" for standard input
   bool isHidden = false;              // as if in the background, without a window
+  bool isEmpty = false;               // an empty window, which is drawn before the client is created
 };
 
 /// Parses the arguments. For wrong arguments, and for --help, prints a text and ends the process.

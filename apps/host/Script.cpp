@@ -112,6 +112,7 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"screenshot", &Script::screenshot},
       {"settle", &Script::settle},
       {"topics", &Script::topics},
+      {"loaded", &Script::loaded},
       {"timing", &Script::timing},
       {"quit", &Script::quit},
   };
@@ -294,6 +295,13 @@ void Script::topics(const std::string& arguments) {
       done(reply ? JSONObject{{"reply", *reply}} : JSONObject{{"error", toJSON(reply.error())}});
     });
   });
+}
+
+void Script::loaded(const std::string&) {
+  JSONArray replies;
+  for (const auto& [url, from] : activity_.loaded().take())
+    replies.push_back(JSONObject{{"url", url}, {"from", from}});
+  printObject({{"loaded", replies}});
 }
 
 void Script::timing(const std::string&) {

@@ -50,6 +50,7 @@ class Script : public std::enable_shared_from_this<Script> {
   void screenshot(const std::string& file);
   void settle(const std::string&);
   void topics(const std::string& arguments);
+  void loaded(const std::string&);
   void timing(const std::string&);
   void quit(const std::string&);
 

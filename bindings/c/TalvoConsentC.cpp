@@ -24,6 +24,7 @@ namespace {
 struct MainLoop {
   std::mutex lock;
   std::shared_ptr<MainQueue> queue;
+  std::size_t maxCacheBytes = 10'000'000;
 
   static MainLoop& shared() {
     static MainLoop& loop = neverDestroyed<MainLoop>();
@@ -107,8 +108,18 @@ talvo_status talvo_install(const char* store, talvo_callback wake, void* user_da
     MainLoop& loop = MainLoop::shared();
     const std::scoped_lock guard(loop.lock);
     if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile()));
+    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile(), {},
+                                        loop.maxCacheBytes));
     loop.queue = queue;
+  });
+}
+
+talvo_status talvo_set_cache_size(size_t bytes) {
+  return guarded([&] {
+    MainLoop& loop = MainLoop::shared();
+    const std::scoped_lock guard(loop.lock);
+    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
+    loop.maxCacheBytes = bytes;
   });
 }
 

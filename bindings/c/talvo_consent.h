@@ -93,6 +93,13 @@ TALVO_API void talvo_free(char* text);
  */
 TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data);
 
+/*
+ * Call it before talvo_install. Replies of the service are kept, as far as their headers allow, in a file
+ * beside the store whose name ends in ".cache". The file takes at most `bytes`, 10000000 unless this is
+ * called; 0 switches it off.
+ */
+TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
+
 /* Runs the jobs that wait for the main thread, among them the banner's callbacks. Returns how many it ran. */
 TALVO_API size_t talvo_drain(void);
 

@@ -5,7 +5,9 @@
 #include <QPointer>
 #include <QStandardPaths>
 #include <QtQml>
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <stdexcept>
 #include <utility>
 
@@ -56,6 +58,7 @@ void ConsentSdk::componentComplete() try {
     QtOptions options;
     options.text.scale = textScale_;
     options.reducesMotion = reducesMotion_;
+    options.maxCacheBytes = static_cast<std::size_t>(std::max(0, maxCacheBytes_));
     if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }

@@ -35,6 +35,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(double textScale MEMBER textScale_)  // the factor by which text is larger than usual
   Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
   Q_PROPERTY(QVariant highContrast MEMBER highContrast_)  // a bool; undefined: what the system asks for
+  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)     // of the HTTP cache beside the store; 0: no cache
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
   /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null if there is none. Read
@@ -102,6 +103,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   double textScale_ = 1;
   bool reducesMotion_ = false;
   QVariant highContrast_;
+  int maxCacheBytes_ = 10'000'000;
   QString language_ = QStringLiteral("en");
   bool hasLanguage_ = false;  // whether it has been set
   std::shared_ptr<CookiesSDK> sdk_;

@@ -63,8 +63,10 @@ std::filesystem::path storeFile() {
 TEST(CInterface, IsInstalledOnce) {
   EXPECT_EQ(talvo_drain(), 0U);
   EXPECT_THAT(talvo_last_error(), HasSubstr("talvo_install"));
+  EXPECT_EQ(talvo_set_cache_size(0), TALVO_OK);
   ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
   EXPECT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_INVALID_ARGUMENT);
+  EXPECT_EQ(talvo_set_cache_size(1), TALVO_INVALID_ARGUMENT);
   EXPECT_EQ(talvo_cookies_create(nullptr, "site"), nullptr);
   EXPECT_THAT(talvo_last_error(), StartsWith("api_url"));
   EXPECT_NE(talvo_cookies_create("http://127.0.0.1:1", "site"), nullptr);
@@ -76,6 +78,7 @@ TEST(CInterface, IsInstalledOnce) {
 class CInterfaceTest : public ::testing::Test {
  protected:
   void SetUp() override {
+    ASSERT_EQ(talvo_set_cache_size(0), TALVO_OK);
     ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
     sdk = talvo_cookies_create(server.url("").c_str(), "site");
     ASSERT_NE(sdk, nullptr);
@@ -87,6 +90,7 @@ class CInterfaceTest : public ::testing::Test {
   void TearDown() override {
     talvo_cookies_remove_all_listeners(sdk);
     std::filesystem::remove(storeFile());
+    EXPECT_FALSE(std::filesystem::exists(storeFile() += ".cache")) << "the cache is off";
   }
 
   std::atomic<bool> isDown = false;

@@ -1,7 +1,9 @@
-// Runs the conformance suite on the in-memory sessions.
+// Runs the conformance suite on the in-memory sessions, and on the cache in front of one.
 
 #include <algorithm>
 
+#include "adapters/cache/CachingURLSession.h"
+#include "adapters/cache/MemoryCacheStorage.h"
 #include "adapters/threads/BackgroundThread.h"
 
 #include "testing/URLSessionConformance.h"
@@ -63,7 +65,16 @@ class FailingBackend : public FakeBackend {
   FailingURLSession failing_{fake_, thread_};
 };
 
-using Backends = ::testing::Types<FakeBackend, FailingBackend>;
+class CachingBackend : public FakeBackend {
+ public:
+  CachingURLSession& session() { return caching_; }
+
+ private:
+  CachingURLSession caching_{fake_, std::make_shared<MemoryCacheStorage>(),
+                             std::make_shared<BackgroundThread>()};
+};
+
+using Backends = ::testing::Types<FakeBackend, FailingBackend, CachingBackend>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, URLSessionConformance, Backends);
 
 }  // namespace

@@ -1,0 +1,138 @@
+#include "adapters/sqlite/SQLiteCacheStorage.h"
+
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "adapters/sqlite/CacheConnection.h"
+#include "adapters/sqlite/StoreFile.h"
+
+namespace TalvoConsentSDK {
+
+using namespace platform;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int maxAttempts = 4;
+
+fs::path absolutePath(const fs::path& file) {
+  std::error_code error;  // on failure the path is empty, and every operation fails to open it
+  return fs::absolute(file, error);
+}
+
+// Whether only a new file helps. SQLITE_ERROR is another schema or another version of it.
+bool mustBeginAnew(const PlatformError& error) {
+  return isDamage(error) || error.code() == SQLITE_ERROR || error.code() == SQLITE_TOOBIG;
+}
+
+}  // namespace
+
+struct SQLiteCacheStorage::Access {
+  enum class Kind { reading, change };
+
+  template <class T>
+  Result<T> perform(Kind kind, const std::function<T(CacheConnection&)>& operation) try {
+    const std::scoped_lock guard(lock);
+    const StoreWaitEnd end = std::chrono::steady_clock::now() + busyTimeout;
+    std::optional<FolderLock> alone;
+    for (int attempt = 1;; ++attempt) {
+      try {
+        connect(kind, end, alone);
+        return finished(operation);
+      } catch (const PlatformError& error) {
+        if (current) current->abandon();
+        current = nullptr;
+        if (!mustBeginAnew(error) || attempt == maxAttempts) throw;
+        beginAnew(end, alone);
+      }
+    }
+  } catch (const PlatformError& error) {
+    return storeFailure(error.code(), error.what() + (" (" + file.string() + ")"));
+  }
+
+  void connect(Kind kind, StoreWaitEnd end, const std::optional<FolderLock>& alone);
+  void beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone);
+
+  template <class T>
+  Result<T> finished(const std::function<T(CacheConnection&)>& operation) {
+    if constexpr (std::is_void_v<T>) {
+      operation(*current);
+      return {};
+    } else {
+      return operation(*current);
+    }
+  }
+
+  const fs::path file;
+  const std::int64_t maxBytes;
+  const std::chrono::milliseconds busyTimeout;
+  std::mutex lock{};
+  std::unique_ptr<CacheConnection> current{};  // null until the first operation, and after a failure
+};
+
+// Makes `current` a connection to the file that the path leads to. A reader may use a log that was deleted:
+// the next change notices it.
+void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
+                                         const std::optional<FolderLock>& alone) {
+  if (current) current->waitUntil(end);
+  if (current && (kind == Kind::reading ? current->fileIsInPlace() : current->isInPlace())) return;
+  const fs::path folder = withoutLinks(file).parent_path();
+  makeFolder(folder);
+  std::optional<FolderLock> opening;
+  if (!alone) opening.emplace(folder, current ? FolderLock::Kind::exclusive : FolderLock::Kind::shared, end);
+  if (current) {
+    const bool lacksLog = current->fileIsInPlace();  // so the file alone may not be whole
+    current->deleteOldLog();
+    current = nullptr;
+    if (lacksLog) throw storeFailure(SQLITE_CORRUPT);
+  }
+  current = std::make_unique<CacheConnection>(file, end, maxBytes);
+}
+
+// Locks the folder exclusively, so that the next attempt finds out whether another process has begun the file
+// anew already. If it has not, deletes the file.
+void SQLiteCacheStorage::Access::beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone) {
+  const fs::path damaged = withoutLinks(file);
+  if (!alone) {
+    alone.emplace(damaged.parent_path(), FolderLock::Kind::exclusive, end);
+    return;
+  }
+  if (!alone->isHeld()) throw storeFailure(SQLITE_CORRUPT);
+  std::error_code error;
+  for (const char* suffix : {"-journal", "-wal", "-shm", ""}) fs::remove(fs::path(damaged) += suffix, error);
+}
+
+SQLiteCacheStorage::SQLiteCacheStorage(const fs::path& file, std::size_t maxBytes,
+                                       std::chrono::milliseconds busyTimeout)
+    : access_(new Access{absolutePath(file), static_cast<std::int64_t>(maxBytes), busyTimeout}) {}
+
+SQLiteCacheStorage::~SQLiteCacheStorage() = default;
+
+Result<std::optional<CacheEntry>> SQLiteCacheStorage::read(std::string_view key) {
+  return access_->perform<std::optional<CacheEntry>>(
+      Access::Kind::reading, [&](CacheConnection& connection) { return connection.read(key); });
+}
+
+Result<void> SQLiteCacheStorage::write(std::string_view key, const CacheEntry& entry) {
+  return access_->perform<void>(Access::Kind::change,
+                                [&](CacheConnection& connection) { connection.write(key, entry); });
+}
+
+Result<void> SQLiteCacheStorage::replaceHead(std::string_view key, std::string_view former,
+                                             std::string_view head) {
+  return access_->perform<void>(
+      Access::Kind::change, [&](CacheConnection& connection) { connection.replaceHead(key, former, head); });
+}
+
+Result<void> SQLiteCacheStorage::remove(std::string_view key) {
+  return access_->perform<void>(Access::Kind::change,
+                                [&](CacheConnection& connection) { connection.remove(key); });
+}
+
+}  // namespace TalvoConsentSDK
