@@ -118,7 +118,7 @@ class LoopbackServer {
       R"(SETTINGS:0:0 "\x00\x04\x7f\xff\xff\xff" WINDOW_UPDATE:0:0 "\x7f\xff\x00\x00")";
 
   int connections() const { return connections_; }
-  /// Lets no connection begin before there have been `count` in total.
+  /// From now on, serves connections only once there have been `count` of them in total.
   void awaitConnections(int count) { awaited_ = count; }
   /// All requests whose header has arrived; their bodies may still be arriving.
   std::vector<Request> requests() const;

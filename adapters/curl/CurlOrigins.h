@@ -8,9 +8,8 @@
 
 namespace TalvoConsentSDK {
 
-/// Remembers which origins chose HTTP/1.1 in their latest TLS handshake. A request to another origin waits
-/// for a connection that is being opened, because it can probably share it. With HTTP/1.1, the wait would be
-/// in vain.
+/// Remembers which origins chose HTTP/1.1 in their latest TLS handshake. A request to such an origin need not
+/// wait for a connection that is being opened, because it cannot share it. Requests to other origins wait.
 class CurlOrigins {
  public:
   void note(const std::string& origin, bool usesHTTP2) {

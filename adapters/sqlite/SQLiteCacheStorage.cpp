@@ -26,7 +26,7 @@ fs::path absolutePath(const fs::path& file) {
   return fs::absolute(file, error);
 }
 
-// Whether only a new file helps. SQLITE_ERROR is another schema or another version of it.
+// Whether only a new file helps. SQLITE_ERROR stands for another schema or schema version.
 bool mustBeginAnew(const PlatformError& error) {
   return isDamage(error) || error.code() == SQLITE_ERROR || error.code() == SQLITE_TOOBIG;
 }
@@ -76,8 +76,8 @@ struct SQLiteCacheStorage::Access {
   std::unique_ptr<CacheConnection> current{};  // null until the first operation, and after a failure
 };
 
-// Makes `current` a connection to the file that the path leads to. A reader may use a log that was deleted:
-// the next change notices it.
+// Makes `current` a connection to the file that the path leads to. Reading does not check whether the log was
+// deleted: the next change does.
 void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
                                          const std::optional<FolderLock>& alone) {
   if (current) current->waitUntil(end);
@@ -87,7 +87,7 @@ void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
   std::optional<FolderLock> opening;
   if (!alone) opening.emplace(folder, current ? FolderLock::Kind::exclusive : FolderLock::Kind::shared, end);
   if (current) {
-    const bool lacksLog = current->fileIsInPlace();  // so the file alone may not be whole
+    const bool lacksLog = current->fileIsInPlace();  // so the file may lack changes
     current->deleteOldLog();
     current = nullptr;
     if (lacksLog) throw storeFailure(SQLITE_CORRUPT);
@@ -95,8 +95,8 @@ void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
   current = std::make_unique<CacheConnection>(file, end, maxBytes);
 }
 
-// Locks the folder exclusively, so that the next attempt finds out whether another process has begun the file
-// anew already. If it has not, deletes the file.
+// The first call locks the folder exclusively. The next attempt then finds out whether another process has
+// replaced the file already. If that attempt fails, too, the second call deletes the file.
 void SQLiteCacheStorage::Access::beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone) {
   const fs::path damaged = withoutLinks(file);
   if (!alone) {

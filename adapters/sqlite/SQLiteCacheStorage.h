@@ -17,15 +17,15 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// disk: a power cut may cost entries, but never mixes them up. Does not support network file systems, or use
 /// of the same object across a `fork`.
 ///
-/// A file that is damaged, larger than allowed, or from a later version is deleted and begun anew. If the
+/// A file that is damaged, larger than allowed, or from a later version is deleted and created again. If the
 /// file or its side files were deleted or replaced while they were open, the next operation opens what is
 /// there now. An operation fails if the file cannot be used, for example because others are writing to it or
 /// the disk is full; the next operation tries again. Thread-safe.
 class SQLiteCacheStorage : public platform::CacheStorage {
  public:
   /// The first operation creates `file` and its folder if they are missing. The file takes at most
-  /// `maxBytes`; its log may take some more while it is open. No entry that is larger than half of the file
-  /// is kept. An operation waits for other connections for at most `busyTimeout`.
+  /// `maxBytes`; its log may take some more while it is open. An entry that needs more than half
+  /// of that is not kept. An operation waits for other connections for at most `busyTimeout`.
   explicit SQLiteCacheStorage(const std::filesystem::path& file, std::size_t maxBytes = 10'000'000,
                               std::chrono::milliseconds busyTimeout = std::chrono::milliseconds(50));
   ~SQLiteCacheStorage() override;
