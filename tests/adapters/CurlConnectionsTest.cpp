@@ -1,5 +1,5 @@
-// Which connections the libcurl session opens, shares and leaves; requests that are cancelled or run out of
-// time.
+// Which connections the libcurl session opens, shares and stops using. Requests that are cancelled, and
+// requests that reach a time limit.
 
 #include <atomic>
 #include <chrono>
@@ -148,7 +148,7 @@ TEST(CurlConnections, SurviveACancelledRequestOnlyOverHTTP2) {
   }
 }
 
-TEST(CurlConnections, AreLeftIfSilentWhenARequestIsCancelled) {
+TEST(CurlConnections, AreNotReusedIfSilentWhenARequestIsCancelled) {
   LoopbackServer server = secureHTTP2.serve([](const Received& request, Connection& connection) {
     if (request.target == "/") connection.reply(200);
   });
@@ -210,7 +210,7 @@ TEST(CurlConnections, CarryTheNextRequestAfterAWaitingOneIsCancelled) {
   cancelled.cancellation = std::make_shared<Cancellation>();
   Outcomes outcomes;
   session.run(cancelled, outcomes.completion());
-  EXPECT_EQ(described(await(session, makeRequest("GET", other.url("/")))), "200");  // it has begun by now
+  EXPECT_EQ(described(await(session, makeRequest("GET", other.url("/")))), "200");  // `cancelled` has begun
   cancelled.cancellation->cancel();
   EXPECT_EQ(described(outcomes), "cancelled");
   holds = false;
