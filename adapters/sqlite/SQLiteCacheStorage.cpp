@@ -27,7 +27,7 @@ fs::path absolutePath(const fs::path& file) {
 }
 
 // Whether only a new file helps. SQLITE_ERROR stands for another schema or schema version.
-bool mustBeginAnew(const PlatformError& error) {
+bool mustRecreateFile(const PlatformError& error) {
   return isDamage(error) || error.code() == SQLITE_ERROR || error.code() == SQLITE_TOOBIG;
 }
 
@@ -48,8 +48,8 @@ struct SQLiteCacheStorage::Access {
       } catch (const PlatformError& error) {
         if (current) current->abandon();
         current = nullptr;
-        if (!mustBeginAnew(error) || attempt == maxAttempts) throw;
-        beginAnew(end, alone);
+        if (!mustRecreateFile(error) || attempt == maxAttempts) throw;
+        recreateFile(end, alone);
       }
     }
   } catch (const PlatformError& error) {
@@ -57,7 +57,7 @@ struct SQLiteCacheStorage::Access {
   }
 
   void connect(Kind kind, StoreWaitEnd end, const std::optional<FolderLock>& alone);
-  void beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone);
+  void recreateFile(StoreWaitEnd end, std::optional<FolderLock>& alone);
 
   template <class T>
   Result<T> finished(const std::function<T(CacheConnection&)>& operation) {
@@ -97,7 +97,7 @@ void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
 
 // The first call locks the folder exclusively. The next attempt then finds out whether another process has
 // replaced the file already. If that attempt fails, too, the second call deletes the file.
-void SQLiteCacheStorage::Access::beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone) {
+void SQLiteCacheStorage::Access::recreateFile(StoreWaitEnd end, std::optional<FolderLock>& alone) {
   const fs::path damaged = withoutLinks(file);
   if (!alone) {
     alone.emplace(damaged.parent_path(), FolderLock::Kind::exclusive, end);

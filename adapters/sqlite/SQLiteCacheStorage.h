@@ -17,7 +17,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// disk: a power cut may cost entries, but never mixes them up. Does not support network file systems, or use
 /// of the same object across a `fork`.
 ///
-/// A file that is damaged, larger than allowed, or from a later version is deleted and created again. If the
+/// A file that is damaged, larger than allowed, or from another version is deleted and created again. If the
 /// file or its side files were deleted or replaced while they were open, the next operation opens what is
 /// there now. An operation fails if the file cannot be used, for example because others are writing to it or
 /// the disk is full; the next operation tries again. Thread-safe.

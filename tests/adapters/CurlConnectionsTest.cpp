@@ -77,7 +77,7 @@ TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
       EXPECT_EQ(described(await(session, makeRequest("GET", server.url("/first", "localhost")))), "200");
     }
     holds = connections > 1;  // so that no connection is free again before all three requests have arrived
-    server.awaitConnections(connections);
+    server.holdUntilConnections(connections);
     Outcomes outcomes;
     for (int count = 0; count < 3; ++count)
       session.run(makeRequest("GET", server.url("/", "localhost")), outcomes.completion());
