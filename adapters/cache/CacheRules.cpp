@@ -22,7 +22,7 @@ namespace {
 
 using std::chrono::seconds;
 
-// A request with one of these fields does not ask for the whole document, or asks on behalf of one person.
+// A request with one of these fields asks for a part, on a condition, or on behalf of one person.
 constexpr std::array bypassing{"Range",
                                "If-Match",
                                "If-None-Match",

@@ -9,7 +9,7 @@
 namespace TalvoConsentSDK {
 
 /// Remembers which origins chose HTTP/1.1 in their latest TLS handshake. A request to such an origin need not
-/// wait for a connection that is being opened, because it cannot share it. Requests to other origins wait.
+/// wait for a connection that is being opened, because it cannot share one. Other requests wait.
 class CurlOrigins {
  public:
   void note(const std::string& origin, bool usesHTTP2) {

@@ -24,8 +24,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 class SQLiteCacheStorage : public platform::CacheStorage {
  public:
   /// The first operation creates `file` and its folder if they are missing. The file takes at most
-  /// `maxBytes`; its log may take some more while it is open. An entry that needs more than half
-  /// of that is not kept. An operation waits for other connections for at most `busyTimeout`.
+  /// `maxBytes`; its log may take some more while it is open. An entry that needs more than
+  /// half of `maxBytes` is not kept. An operation waits for other connections for at most `busyTimeout`.
   explicit SQLiteCacheStorage(const std::filesystem::path& file, std::size_t maxBytes = 10'000'000,
                               std::chrono::milliseconds busyTimeout = std::chrono::milliseconds(50));
   ~SQLiteCacheStorage() override;

@@ -43,8 +43,8 @@ struct ServerOptions {
 /// If another server in front of the service terminates TLS, it must pass on the header Host and add the
 /// header "X-Forwarded-Proto: https".
 ///
-/// Documents and files have an ETag. If a request's If-None-Match names it, the reply is a 304. Their
-/// Cache-Control is "no-cache", or "max-age=SECONDS" if the site's site.json has keepFor. The reply to a
+/// Documents and files have an ETag. If a request's If-None-Match names it, the reply is a 304. Documents and
+/// files have the Cache-Control "no-cache", or "max-age=SECONDS" if site.json has keepFor. The reply to a
 /// consent or to topics, and the consent of a user, have "no-store".
 class Server {
  public:

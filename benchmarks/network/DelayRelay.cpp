@@ -1,7 +1,7 @@
 // delay_relay PORT ROUND_TRIP: a slow network on one machine. Listens on a free port of the loopback address,
 // prints "listening on PORT", and passes on every connection to PORT, until it is killed. Every byte arrives
-// half of ROUND_TRIP milliseconds after it was sent, and so does the end of a direction. No limit
-// of bandwidth is simulated.
+// half of ROUND_TRIP milliseconds after it was sent, and so does the end of a direction. There is
+// no limit of bandwidth.
 //
 // The system accepts a client's connection at once, but in a real network the handshake takes a round trip.
 // So all that the client sends before it has received anything arrives another round trip later.

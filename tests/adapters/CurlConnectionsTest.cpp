@@ -243,7 +243,7 @@ TEST(CurlCancellation, EndsAConnectionAttemptAndRequestsThatWaitForIt) {
     session.run(request, outcomes.completion());
   }
   waitUntil([&] { return server.connections() == 1; });
-  for (const int number : {1, 0, 3, 2}) {  // a waiting one, and one that connects
+  for (const int number : {1, 0, 3, 2}) {  // first one that waits, then the one that connects
     auto& [cancellation, outcomes] = all[static_cast<std::size_t>(number)];
     cancellation->cancel();
     EXPECT_EQ(described(outcomes), "cancelled");
