@@ -40,7 +40,7 @@ class CurlTransfer {
   void* handle() const noexcept { return handle_.get(); }
 
   /// Moves the handle out once the transfer has ended.
-  CurlHandle takeHandle() { return std::move(handle_); }
+  CurlHandle takeHandle();
 
   /// Whether another transfer may use the handle.
   bool isHandleReusable() const noexcept { return !wasRepeated_ && !isHandleRemembered(); }
