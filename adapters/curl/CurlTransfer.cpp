@@ -420,4 +420,8 @@ PlatformError CurlTransfer::timeoutError() const {
                            : "No progress for " + std::to_string(idleLimit_.count()) + " ms");
 }
 
+void CurlTransfer::noteWaitInVain() {
+  if (!isConnected_) shared_.origins.note(target_->origin(), false);
+}
+
 }  // namespace TalvoConsentSDK

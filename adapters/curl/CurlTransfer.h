@@ -77,6 +77,10 @@ class CurlTransfer {
   /// The error to report when the deadline has passed.
   PlatformError timeoutError() const;
 
+  /// Call this when the deadline has passed. If the transfer still has no connection, it may have waited for
+  /// one that another request began to open and that hangs. The next requests to its origin then do not wait.
+  void noteWaitInVain();
+
   /// The local port of the current run's latest connection; 0 before the run has one.
   int localPort() const noexcept { return localPort_; }
 
