@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "TalvoConsentSDK/base/Deadline.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
 #include "adapters/cache/CacheRules.h"
@@ -25,7 +26,6 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::size_t maxUnkept = 1'000;
-constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24 * 365);
 
 bool isCancelled(const URLRequest& request) {
   return request.cancellation && request.cancellation->isCancelled();
@@ -93,7 +93,7 @@ struct CachingURLSession::Cache::Exchange {
         request(std::move(asked)),
         completion(std::move(done)),
         key(cacheKey(request.url)) {
-    if (request.totalTimeout) deadline = SteadyClock::now() + std::min(*request.totalTimeout, longestWait);
+    if (request.totalTimeout) deadline = deadlineAfter(*request.totalTimeout);
     const std::scoped_lock guard(cache->underWayLock_);
     cache->underWay_.insert(this);
   }

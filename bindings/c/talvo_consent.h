@@ -187,8 +187,8 @@ typedef struct talvo_banner_callbacks {
   talvo_callback release; /* called when none of the others will be called any more */
 
   /* Milliseconds within which the banner must be shown, otherwise `on_error` receives TALVO_NETWORK_ERROR and
-   * it is not shown; 0 for no limit. */
-  unsigned time_limit;
+   * it is not shown; 0 or less for no limit. */
+  long time_limit;
 } talvo_banner_callbacks;
 
 /*
