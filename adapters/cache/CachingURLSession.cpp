@@ -73,6 +73,7 @@ class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
   bool isUnkept(const std::string& key);
   void change(const std::string& key, std::function<Result<void>(CacheStorage&)> change);
   void remove(const std::string& key);
+  void removeIfKept(const std::string& key);
 
   const std::weak_ptr<URLSession> inner_;  // whoever destroys the session also ends its requests
   const std::shared_ptr<CacheStorage> storage_;
@@ -238,7 +239,7 @@ void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Resul
   }
   const bool isGone = status == 404 || status == 410;
   const bool isCurrent = status == 200 && hasExpectedType(exchange->request, outcome->headers);
-  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome)) remove(key);
+  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome)) removeIfKept(key);
 }
 
 void CachingURLSession::Cache::forgetWhatChanged(const URL& requested, const Result<URLResponse>& outcome) {
@@ -258,9 +259,14 @@ bool CachingURLSession::Cache::isUnkept(const std::string& key) {
   return unkept_.contains(key);
 }
 
+// For replies that are never kept, which need not be removed each time.
+void CachingURLSession::Cache::removeIfKept(const std::string& key) {
+  if (!isUnkept(key)) remove(key);
+}
+
+// Removes also what another process may have kept since this one removed it last.
 void CachingURLSession::Cache::remove(const std::string& key) {
   const std::scoped_lock guard(changesLock_);
-  if (unkept_.contains(key)) return;
   if (unkept_.size() >= maxUnkept) unkept_.clear();
   unkept_.insert(key);
   change(key, [key](CacheStorage& storage) { return storage.remove(key); });

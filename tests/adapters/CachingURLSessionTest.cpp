@@ -155,6 +155,28 @@ TEST_F(CachingURLSessionTest, DoesNotReplaceACancelledRequest) {
   EXPECT_EQ(reported(), cancelledError().what());
 }
 
+// Two sessions with one storage, as in two processes.
+TEST_F(CachingURLSessionTest, RemovesWhatOthersHaveKeptSinceTheLastChange) {
+  const auto storage = std::make_shared<MemoryCacheStorage>();
+  const auto ask = [&](const char* method) {
+    run(makeRequest(method, url));
+    return reported();
+  };
+  const auto started = [&] {
+    return std::make_unique<CachingURLSession>(inner, storage, executor, clock.cacheClock());
+  };
+  session = started();
+  auto other = started();
+  EXPECT_EQ(ask("POST"), "network");
+  session.swap(other);
+  EXPECT_EQ(ask("GET"), "network");
+  session.swap(other);
+  EXPECT_EQ(ask("POST"), "network");
+  session = started();
+  EXPECT_EQ(ask("GET"), "network");
+  EXPECT_EQ(ask("GET"), "cache");
+}
+
 TEST_F(CachingURLSessionTest, EndsRequestsThatItHasNotPassedOnWhenItIsDestroyed) {
   run(makeRequest("GET", url));
   session = nullptr;
