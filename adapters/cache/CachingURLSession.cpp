@@ -194,8 +194,9 @@ void CachingURLSession::Cache::arrive(const ExchangePointer& exchange, Result<UR
 // What the caller receives instead of the outcome, if the kept reply answers the request.
 std::optional<Result<URLResponse>> CachingURLSession::Cache::keptInstead(Exchange& exchange,
                                                                          const Result<URLResponse>& outcome) {
-  if (!exchange.kept || isCancelled(exchange.request)) return std::nullopt;
+  if (!exchange.kept) return std::nullopt;
   if (outcome && outcome->statusCode == 304 && exchange.isConditional) return confirmed(exchange, *outcome);
+  if (isCancelled(exchange.request)) return std::nullopt;
   const CacheTime now = clock_->now();
   const bool isAllowed = !exchange.isOutdated && !demandsValidation(exchange.request);
   if (!isError(outcome) || !isAllowed || !mayReplaceError(*exchange.kept, now)) return std::nullopt;

@@ -155,6 +155,33 @@ TEST_F(CachingURLSessionTest, DoesNotReplaceACancelledRequest) {
   EXPECT_EQ(reported(), cancelledError().what());
 }
 
+// Leaves its requests to the test.
+struct HeldSession : URLSession {
+  void run(URLRequest, Completion done) override { completion = std::move(done); }
+  Completion completion;
+};
+
+// The reply may arrive although the request was cancelled. Whoever cancelled it had set no condition.
+TEST_F(CachingURLSessionTest, ReportsNo304OfItsOwnConditionsToACancelledRequest) {
+  const auto held = std::make_shared<HeldSession>();
+  session = std::make_unique<CachingURLSession>(held, std::make_shared<MemoryCacheStorage>(), executor,
+                                                clock.cacheClock());
+  auto request = makeRequest("GET", url);
+  request.cancellation = std::make_shared<Cancellation>();
+  URLResponse reply;
+  reply.url = request.url;
+  reply.headers = {{"Content-Type", "application/json"}, {"ETag", "\"1\""}};
+  for (const int status : {200, 304}) {
+    run(request);
+    executor->runAll();
+    if (status == 304) request.cancellation->cancel();
+    reply.statusCode = status;
+    reply.body = status == 200 ? std::optional<std::string>("one") : std::nullopt;
+    held->completion(reply);
+  }
+  EXPECT_EQ(outcomes.wait(2).at(1).first.value().body, "one");
+}
+
 // Two sessions with one storage, as in two processes.
 TEST_F(CachingURLSessionTest, RemovesWhatOthersHaveKeptSinceTheLastChange) {
   const auto storage = std::make_shared<MemoryCacheStorage>();
