@@ -1,6 +1,8 @@
 // The cache in front of a session: threads, cancellation and limits, and random histories. CacheRulesTest
 // tests the rules of HTTP.
 
+#include <thread>
+
 #include "adapters/cache/CachingURLSession.h"
 #include "adapters/cache/MemoryCacheStorage.h"
 
@@ -122,19 +124,37 @@ TEST_F(CachingURLSessionTest, ReportsACancelledRequestOnceAndSendsNothing) {
   }
 }
 
-TEST_F(CachingURLSessionTest, PassesOnCancellationAndLimits) {
+TEST_F(CachingURLSessionTest, PassesOnCancellationAndWhatIsLeftOfLimits) {
+  constexpr std::chrono::milliseconds wait(20), limit(60'000);
   auto request = makeRequest("GET", url);
   request.cancellation = std::make_shared<Cancellation>();
   request.timeout = std::chrono::seconds(7);
-  request.totalTimeout = std::chrono::seconds(60);
+  request.totalTimeout = limit;
   run(request);
+  std::this_thread::sleep_for(wait);
   EXPECT_EQ(reported(), "network");
   const URLRequest sent = inner->requests().at(0);
   EXPECT_EQ(sent.cancellation, request.cancellation);
   EXPECT_EQ(sent.timeout, request.timeout);
   ASSERT_TRUE(sent.totalTimeout);
-  EXPECT_LE(*sent.totalTimeout, *request.totalTimeout);
-  EXPECT_GT(*sent.totalTimeout, std::chrono::seconds(1));
+  EXPECT_LE(*sent.totalTimeout, limit - wait);
+  EXPECT_GT(*sent.totalTimeout, limit * 11 / 12);
+}
+
+TEST_F(CachingURLSessionTest, LeavesTimeForTheReplyThatReplacesAnError) {
+  URLResponse reply;
+  reply.statusCode = 200;
+  reply.body = "one";
+  reply.headers = {{"Content-Type", "application/json"}, {"Cache-Control", "stale-if-error=60"}};
+  inner->answer("GET", url + "?d", reply);
+  auto request = makeRequest("GET", url + "?d");
+  request.totalTimeout = std::chrono::seconds(80);
+  run(request);
+  EXPECT_EQ(reported(), "network");
+  inner->stall("GET", url + "?d");
+  run(request);
+  EXPECT_EQ(reported(), "cache");
+  EXPECT_LE(inner->requests().at(1).totalTimeout, std::chrono::seconds(70));
 }
 
 TEST_F(CachingURLSessionTest, DoesNotReplaceACancelledRequest) {
