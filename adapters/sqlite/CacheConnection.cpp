@@ -83,7 +83,7 @@ CacheConnection::~CacheConnection() {
     SQLiteTransaction transaction(handle());
     noteUses();
     transaction.commit();
-  } catch (const PlatformError&) {
+  } catch (...) {
     // The order in which entries are forgotten is then not exact.
   }
 }
