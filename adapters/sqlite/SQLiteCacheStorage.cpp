@@ -97,7 +97,7 @@ void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
     const bool lacksLog = current->fileIsInPlace();
     current->deleteOldLog();
     current = nullptr;
-    if (lacksLog && opening->isHeld()) deleteFiles();  // they lack the log's changes, such as removals
+    if (lacksLog && opening && opening->isHeld()) deleteFiles();  // they lack changes, such as removals
   }
   current = std::make_unique<CacheConnection>(file, end, maxBytes);
 }
