@@ -23,8 +23,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 ///   its URL;
 /// - `URLResponse::url` is the requested URL, so that no redirect led to the reply;
 /// - the reply has a Content-Type that the request accepts. Without an Accept field, that is every type
-/// except
-///   HTML, because the login page of a network may take the place of any reply over plain http;
+///   except HTML, because the login page of a network may take the place of any reply over plain http;
 /// - the reply says how long it is fresh, or has an ETag or Last-Modified. No lifetime is guessed.
 /// For each URL it keeps one reply. All other requests go to the inner session as they are, and a successful
 /// POST or PUT removes what was kept for its URL.
@@ -42,8 +41,9 @@ class CachingURLSession : public platform::URLSession {
   ~CachingURLSession() override;
 
   /// Calls `completion` on `executor` if the reply was kept, and otherwise on the inner session's thread. A
-  /// completion that blocks delays the others on its thread. The request's cancellation and limits also hold
-  /// while the cache looks for a reply.
+  /// completion that blocks delays the others on its thread. A request that is cancelled while it waits for
+  /// the storage is not sent, and this time counts for its `totalTimeout`. If a kept reply may take the place
+  /// of an error, the inner session has seven eighths of the time that is left, so that the reply is in time.
   void run(platform::URLRequest request, Completion completion) override;
 
  private:
