@@ -186,11 +186,11 @@ void judge(const BannerRequestPointer& request, Part part, const Result<void>& o
 
 void CookiesSDK::showBanner(BannerHandlers handlers, BannerOptions options) {
   using Clock = std::chrono::steady_clock;
+  const auto deadline = options.timeLimit ? deadlineAfter(*options.timeLimit) : Clock::time_point::max();
   State& state = *state_;
   const SitePointer& site = state.site;
   const HandlersPointer host = releasedOn(site->mainActor, std::move(handlers));
-  const ConsentLedger::Decision asked = site->ledger->beginDecision();
-  const auto deadline = options.timeLimit ? deadlineAfter(*options.timeLimit) : Clock::time_point::max();
+  const ConsentLedger::Decision asked = site->ledger->beginDecision();  // may wait for the store
   BannerRequestPointer request;
   {
     const std::scoped_lock guard(state.lock);

@@ -220,9 +220,9 @@ bool ConsentLedger::isAllWritten() {
 // Loads the stored values, applies the pending login or logout to them, then `step`, and writes the result.
 // Without a turn nothing is read or written, and all returned values are unknown.
 ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step& step) {
-  const Applied applied = applyOnce(turn, step);
+  Applied applied = applyOnce(turn, step);
   if (!turn || !applied.isOvertaken) return applied;
-  const Applied next = applyOnce(turn, nullptr);
+  Applied next = applyOnce(turn, nullptr);
   return step ? applied : next;
 }
 

@@ -198,7 +198,9 @@ std::vector<std::string> changedKeys(const URL& requested, const URLResponse& re
   if (status < 200 || status > 399) return {};
   std::vector<std::string> keys{cacheKey(requested)};
   const auto add = [&](const std::optional<URL>& url) {
-    if (url && originOf(*url) == originOf(requested)) keys.push_back(cacheKey(*url));
+    if (!url || originOf(*url) != originOf(requested)) return;
+    const std::string key = cacheKey(*url);
+    if (std::ranges::find(keys, key) == keys.end()) keys.push_back(key);
   };
   add(reply.url);
   for (const char* const name : {"Location", "Content-Location"})

@@ -10,6 +10,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "TalvoConsentSDK/base/Deadline.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 
 #include "adapters/cache/CacheRules.h"
@@ -25,7 +26,6 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::size_t maxUnkept = 1'000;
-constexpr std::chrono::milliseconds longestWait = std::chrono::hours(24 * 365);
 
 bool isCancelled(const URLRequest& request) {
   return request.cancellation && request.cancellation->isCancelled();
@@ -65,6 +65,7 @@ class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
 
   void lookUp(const ExchangePointer& exchange);
   void findKept(Exchange& exchange);
+  static bool hasSubstitute(const Exchange& exchange, const CacheTime& now);
   void send(const ExchangePointer& exchange);
   void arrive(const ExchangePointer& exchange, Result<URLResponse> outcome);
   std::optional<Result<URLResponse>> keptInstead(Exchange& exchange, const Result<URLResponse>& outcome);
@@ -81,8 +82,7 @@ class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
   std::unordered_set<std::string> suspects_;  // keys whose latest change failed: remove before reading
   std::mutex underWayLock_;
   std::unordered_set<Exchange*> underWay_;
-  // Held while a change is posted, so that `unkept_` knows what the storage will hold.
-  std::mutex changesLock_;
+  std::mutex changesLock_;  // held while a change is posted: `unkept_` is what the storage will not hold
   std::unordered_set<std::string> unkept_;  // keys under which nothing is kept: these need not be looked up
 };
 
@@ -93,7 +93,7 @@ struct CachingURLSession::Cache::Exchange {
         request(std::move(asked)),
         completion(std::move(done)),
         key(cacheKey(request.url)) {
-    if (request.totalTimeout) deadline = SteadyClock::now() + std::min(*request.totalTimeout, longestWait);
+    if (request.totalTimeout) deadline = deadlineAfter(*request.totalTimeout);
     const std::scoped_lock guard(cache->underWayLock_);
     cache->underWay_.insert(this);
   }
@@ -134,10 +134,9 @@ void CachingURLSession::Cache::get(URLRequest request, Completion completion) {
 void CachingURLSession::Cache::lookUp(const ExchangePointer& exchange) try {
   findKept(*exchange);
   if (isCancelled(exchange->request)) return exchange->report(cancelledError());
-  auto& kept = exchange->kept;
   const CacheTime now = clock_->now();
-  if (kept && isFresh(*kept, now) && !demandsValidation(exchange->request))
-    return exchange->report(answer(*std::move(kept), exchange->request, ReplySource::cache, now));
+  if (exchange->kept && isFresh(*exchange->kept, now) && !demandsValidation(exchange->request))
+    return exchange->report(answer(*std::move(exchange->kept), exchange->request, ReplySource::cache, now));
   send(exchange);
 } catch (...) {
   exchange->report(Error::current());
@@ -158,11 +157,18 @@ void CachingURLSession::Cache::findKept(Exchange& exchange) try {
   exchange.kept.reset();  // the same as if nothing were kept
 }
 
+// Whether the kept reply may take the place of an error.
+bool CachingURLSession::Cache::hasSubstitute(const Exchange& exchange, const CacheTime& now) {
+  return exchange.kept && !exchange.isOutdated && !demandsValidation(exchange.request) &&
+         mayReplaceError(*exchange.kept, now);
+}
+
 void CachingURLSession::Cache::send(const ExchangePointer& exchange) {
   URLRequest request = exchange->request;
   exchange->isConditional = exchange->kept && addConditions(request, *exchange->kept);
   if (exchange->deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*exchange->deadline - SteadyClock::now());
+    auto left = std::chrono::ceil<std::chrono::milliseconds>(*exchange->deadline - SteadyClock::now());
+    if (hasSubstitute(*exchange, clock_->now())) left -= left / 8;  // so that it does not come too late
     request.totalTimeout = std::max(left, std::chrono::milliseconds(1));
   }
   exchange->sent = clock_->now();
@@ -193,11 +199,11 @@ void CachingURLSession::Cache::arrive(const ExchangePointer& exchange, Result<UR
 // What the caller receives instead of the outcome, if the kept reply answers the request.
 std::optional<Result<URLResponse>> CachingURLSession::Cache::keptInstead(Exchange& exchange,
                                                                          const Result<URLResponse>& outcome) {
-  if (!exchange.kept || isCancelled(exchange.request)) return std::nullopt;
+  if (!exchange.kept) return std::nullopt;
   if (outcome && outcome->statusCode == 304 && exchange.isConditional) return confirmed(exchange, *outcome);
   const CacheTime now = clock_->now();
-  const bool isAllowed = !exchange.isOutdated && !demandsValidation(exchange.request);
-  if (!isError(outcome) || !isAllowed || !mayReplaceError(*exchange.kept, now)) return std::nullopt;
+  if (isCancelled(exchange.request) || !isError(outcome) || !hasSubstitute(exchange, now))
+    return std::nullopt;
   return answer(*std::move(exchange.kept), exchange.request, ReplySource::cache, now);
 }
 
@@ -238,17 +244,16 @@ void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Resul
   }
   const bool isGone = status == 404 || status == 410;
   const bool isCurrent = status == 200 && hasExpectedType(exchange->request, outcome->headers);
-  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome)) remove(key);
+  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome) && !isUnkept(key)) remove(key);
 }
 
 void CachingURLSession::Cache::forgetWhatChanged(const URL& requested, const Result<URLResponse>& outcome) {
   if (!outcome) return;
   for (const std::string& key : changedKeys(requested, *outcome)) {
-    {
-      const std::scoped_lock guard(underWayLock_);
-      for (Exchange* const exchange : underWay_)
-        if (exchange->key == key) exchange->isOutdated = true;
-    }
+    std::unique_lock guard(underWayLock_);
+    for (Exchange* const exchange : underWay_)
+      if (exchange->key == key) exchange->isOutdated = true;
+    guard.unlock();
     remove(key);
   }
 }
@@ -258,9 +263,9 @@ bool CachingURLSession::Cache::isUnkept(const std::string& key) {
   return unkept_.contains(key);
 }
 
+// Removes also what another process may have kept since this one removed it last.
 void CachingURLSession::Cache::remove(const std::string& key) {
   const std::scoped_lock guard(changesLock_);
-  if (unkept_.contains(key)) return;
   if (unkept_.size() >= maxUnkept) unkept_.clear();
   unkept_.insert(key);
   change(key, [key](CacheStorage& storage) { return storage.remove(key); });

@@ -22,8 +22,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// - the request is not personal (`URLRequest::isPersonal`), names no user by Authorization, Cookie or in its
 ///   URL, and has no Range or condition of its own;
 /// - `URLResponse::url` is the requested URL, so that no redirect led to the reply;
-/// - the reply has a Content-Type that the request accepts. Without an Accept field, that is every type but
-///   HTML, because the login page of a network may take the place of any reply over plain http;
+/// - the reply has a Content-Type that the request accepts. Without an Accept field, that is every type
+///   except HTML, because the login page of a network may take the place of any reply over plain http;
 /// - the reply has a lifetime (max-age or Expires), stale-if-error, an ETag or Last-Modified. It guesses no
 ///   lifetime.
 /// It keeps one reply for each URL. Requests whose replies may not be kept go to the inner session unchanged.
@@ -42,8 +42,9 @@ class CachingURLSession : public platform::URLSession {
   ~CachingURLSession() override;
 
   /// Calls `completion` on `executor` if the reply was kept, and otherwise on the inner session's thread. A
-  /// completion that blocks delays the others on its thread. The request's cancellation and limits also hold
-  /// while the cache looks for a reply.
+  /// completion that blocks delays the others on its thread. A request that is cancelled while it waits for
+  /// the storage is not sent, and this time counts for its `totalTimeout`. If a kept reply may take the place
+  /// of an error, the inner session has seven eighths of the time that is left, so that the reply is in time.
   void run(platform::URLRequest request, Completion completion) override;
 
  private:

@@ -1,6 +1,6 @@
 #pragma once
 
-// The origins that do not support HTTP/2.
+// The origins for whose connections no request waits.
 
 #include <cstddef>
 #include <set>
@@ -8,8 +8,9 @@
 
 namespace TalvoConsentSDK {
 
-/// Remembers which origins chose HTTP/1.1 in their latest TLS handshake. A request to such an origin need not
-/// wait for a connection that is being opened, because it cannot share one. Other requests wait.
+/// Remembers which origins chose HTTP/1.1 in their latest TLS handshake, or have since let a request time out
+/// before it had a connection. A request to another origin waits for a connection that is being opened,
+/// because it can probably share it. With HTTP/1.1, or if the handshake hangs, the wait would be in vain.
 class CurlOrigins {
  public:
   void note(const std::string& origin, bool usesHTTP2) {

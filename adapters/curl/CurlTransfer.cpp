@@ -78,6 +78,13 @@ CurlTransfer::CurlTransfer(CurlShared& shared, URLRequest request, Clock::time_p
       keepsOrigin_(mayHaveBody(request_)),
       handle_(handle ? std::move(handle) : makeHandle(shared)) {}
 
+// libcurl may use a remembered handle until its connection is closed, and must not write an error's text to a
+// transfer that has been destroyed.
+CurlHandle CurlTransfer::takeHandle() {
+  curl_easy_setopt(handle(), CURLOPT_ERRORBUFFER, nullptr);
+  return std::move(handle_);
+}
+
 std::optional<PlatformError> CurlTransfer::prepare() {
   if (auto refused = refusal(request_)) return refused;
   target_ = CurlTarget::parse(request_.url.text().c_str());
@@ -411,6 +418,10 @@ PlatformError CurlTransfer::timeoutError() const {
   return curlError(CURLE_OPERATION_TIMEDOUT,
                    isWhole ? "No reply within " + std::to_string(totalLimit_->count()) + " ms"
                            : "No progress for " + std::to_string(idleLimit_.count()) + " ms");
+}
+
+void CurlTransfer::noteWaitInVain() {
+  if (!isConnected_) shared_.origins.note(target_->origin(), false);
 }
 
 }  // namespace TalvoConsentSDK

@@ -40,7 +40,7 @@ class CurlTransfer {
   void* handle() const noexcept { return handle_.get(); }
 
   /// Moves the handle out once the transfer has ended.
-  CurlHandle takeHandle() { return std::move(handle_); }
+  CurlHandle takeHandle();
 
   /// Whether another transfer may use the handle.
   bool isHandleReusable() const noexcept { return !wasRepeated_ && !isHandleRemembered(); }
@@ -76,6 +76,10 @@ class CurlTransfer {
 
   /// The error to report when the deadline has passed.
   PlatformError timeoutError() const;
+
+  /// Call this when the deadline has passed. If the transfer still has no connection, it may have waited for
+  /// one that another request began to open and that hangs. The next requests to its origin then do not wait.
+  void noteWaitInVain();
 
   /// The local port of the current run's latest connection; 0 before the run has one.
   int localPort() const noexcept { return localPort_; }

@@ -39,11 +39,13 @@ struct CurlOptions {
 ///
 /// Over HTTP/2, requests to one origin share a connection; requests that start together wait until the first
 /// one has opened it. Over HTTP/1.1, each request that finds no free connection opens one at once. But as
-/// long as it is unknown which version an https origin supports, requests wait for its first handshake. New
-/// connections resume TLS sessions. As libcurl does by default, a session uses a connection again if it was
-/// idle for at most 118 seconds, and keeps a resolved name for 60 seconds. libcurl's clock may stand still
-/// while the device sleeps. So a request after a sleep may get a connection that the network has dropped, and
-/// wait there until it times out. The next request then opens a new connection.
+/// long as it is unknown which version an https origin supports, requests wait for its first handshake. If
+/// that handshake hangs, they wait until the request that began it ends, or until their own limits. Once one
+/// of them has reached its limit, later requests open connections at once. New connections resume
+/// TLS sessions. As libcurl does by default, a session uses a connection again if it was idle for at most 118
+/// seconds, and keeps a resolved name for 60 seconds. libcurl's clock may stand still while the device
+/// sleeps. So a request after a sleep may get a connection that the network has dropped, and wait there until
+/// it times out. The next request then opens a new connection.
 ///
 /// If a request is cancelled, an HTTP/1.1 connection is closed. Over HTTP/2 only the stream is reset, and the
 /// connection is used again, unless the request was alone on it and had made no progress for two seconds.

@@ -160,6 +160,7 @@ void CurlURLSession::Worker::endOverdue(std::vector<Ending>& endings) {
   const auto now = Clock::now();
   for (void* const handle : handlesWhere([&](const auto& each) { return each.deadline() <= now; })) {
     leaveConnection(handle);
+    running_.at(handle).transfer->noteWaitInVain();
     endEarly(handle, running_.at(handle).transfer->timeoutError(), endings);
   }
 }

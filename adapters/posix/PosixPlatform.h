@@ -22,10 +22,9 @@ TALVO_EXPORT std::filesystem::path defaultStoreFile();
 
 /// Makes a platform with HTTP through libcurl, consents in the SQLite file `store`, one thread for work and
 /// one for callbacks, and lines printed to standard output. Replies are kept, as far as their headers allow,
-/// in a file of at most `maxCacheBytes` whose name is that of `store` with ".cache" appended; 0 switches the
-/// cache off. `mainQueue` is the main actor; the host's main loop must drain it. There are no windows. Throws
-/// what `CurlURLSession` throws. If the store cannot be opened, this does not throw; only the store's own
-/// operations fail.
+/// in a file of at most `maxCacheBytes` whose name is that of `store` with ".cache" appended; 0 switches this
+/// off. `mainQueue` is the main actor; the host's main loop must drain it. There are no windows. Throws what
+/// `CurlURLSession` throws. A store that cannot be opened does not throw here; only its own operations fail.
 ///
 ///     const auto mainQueue = std::make_shared<MainQueue>();
 ///     Platform::install(makePosixPlatform(mainQueue));

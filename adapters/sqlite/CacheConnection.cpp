@@ -1,5 +1,6 @@
 #include "adapters/sqlite/CacheConnection.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace TalvoConsentSDK {
@@ -62,16 +63,17 @@ void prepare(const SQLiteHandle& connection) {
   transaction.commit();
 }
 
-std::int64_t pagesFor(std::string_view key, const CacheEntry& entry) {
-  return static_cast<std::int64_t>(2 * key.size() + entry.head.size() + entry.body.size()) / (pageSize - 4) +
-         3;
+std::int64_t pagesFor(std::size_t bytes) {
+  return static_cast<std::int64_t>(bytes) / (pageSize - 4) + 3;
 }
 
 }  // namespace
 
 CacheConnection::CacheConnection(const std::filesystem::path& named, StoreWaitEnd end, std::int64_t maxBytes)
     : DatabaseFile(named, end, schemaVersion, prepare), maxPages_(maxBytes / pageSize - tablesPages) {
-  if (numberOf(handle(), "PRAGMA page_count") > maxPages_ + tablesPages) throw storeFailure(SQLITE_TOOBIG);
+  const std::int64_t most =
+      std::max<std::int64_t>(maxPages_, 0) + tablesPages;  // a new file is never too large
+  if (numberOf(handle(), "PRAGMA page_count") > most) throw storeFailure(SQLITE_TOOBIG);
 }
 
 CacheConnection::~CacheConnection() {
@@ -81,7 +83,7 @@ CacheConnection::~CacheConnection() {
     SQLiteTransaction transaction(handle());
     noteUses();
     transaction.commit();
-  } catch (const PlatformError&) {
+  } catch (...) {
     // The order in which entries are forgotten is then not exact.
   }
 }
@@ -101,7 +103,7 @@ std::optional<CacheEntry> CacheConnection::read(std::string_view key) {
 }
 
 void CacheConnection::write(std::string_view key, const CacheEntry& entry) {
-  const std::int64_t pages = pagesFor(key, entry);
+  const std::int64_t pages = pagesFor(2 * key.size() + entry.head.size() + entry.body.size());
   if (pages > maxPages_ / 2) return remove(key);
   SQLiteTransaction transaction(handle());
   noteUses();
@@ -113,7 +115,13 @@ void CacheConnection::write(std::string_view key, const CacheEntry& entry) {
 }
 
 void CacheConnection::replaceHead(std::string_view key, std::string_view former, std::string_view head) {
+  SQLiteTransaction transaction(handle());
+  if (head.size() > former.size()) {
+    noteUses();
+    makeRoom(pagesFor(head.size() - former.size()));
+  }
   replaceHead_.run(key, former, head, checksum(key, head));
+  transaction.commit();
 }
 
 void CacheConnection::remove(std::string_view key) {

@@ -145,7 +145,8 @@ PlatformError noFile() {
 
 // SQLite discards a log beside an empty file, although the log may hold the latest changes.
 void requireFileOfLog(const fs::path& file) {
-  if (sizeOf(fs::path(file) += "-wal") > 0 && sizeOf(file) == 0) throw storeFailure(SQLITE_CORRUPT);
+  const fs::path log = file.native() + "-wal";
+  if (sizeOf(log) > 0 && sizeOf(file) == 0) throw storeFailure(SQLITE_CORRUPT);
 }
 
 SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end, const std::string& schemaVersion) {

@@ -1,7 +1,9 @@
 #include "adapters/sqlite/SQLiteCacheStorage.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -26,7 +28,11 @@ fs::path absolutePath(const fs::path& file) {
   return fs::absolute(file, error);
 }
 
-// Whether only a new file helps. SQLITE_ERROR stands for another schema or schema version.
+std::int64_t bytesOf(std::size_t bytes) {
+  return static_cast<std::int64_t>(std::min<std::uint64_t>(bytes, std::numeric_limits<std::int64_t>::max()));
+}
+
+// Whether only a new file helps. SQLITE_ERROR is another schema or another version of it.
 bool mustRecreateFile(const PlatformError& error) {
   return isDamage(error) || error.code() == SQLITE_ERROR || error.code() == SQLITE_TOOBIG;
 }
@@ -58,6 +64,7 @@ struct SQLiteCacheStorage::Access {
 
   void connect(Kind kind, StoreWaitEnd end, const std::optional<FolderLock>& alone);
   void recreateFile(StoreWaitEnd end, std::optional<FolderLock>& alone);
+  void deleteFiles() const;
 
   template <class T>
   Result<T> finished(const std::function<T(CacheConnection&)>& operation) {
@@ -76,8 +83,8 @@ struct SQLiteCacheStorage::Access {
   std::unique_ptr<CacheConnection> current{};  // null until the first operation, and after a failure
 };
 
-// Makes `current` a connection to the file that the path leads to. Reading does not check whether the log was
-// deleted: the next change does.
+// Makes `current` a connection to the file that the path leads to, which is begun anew if its log was
+// deleted. A reader may use a log that was deleted: the next change notices it.
 void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
                                          const std::optional<FolderLock>& alone) {
   if (current) current->waitUntil(end);
@@ -87,30 +94,34 @@ void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
   std::optional<FolderLock> opening;
   if (!alone) opening.emplace(folder, current ? FolderLock::Kind::exclusive : FolderLock::Kind::shared, end);
   if (current) {
-    const bool lacksLog = current->fileIsInPlace();  // so the file may lack changes
+    const bool lacksLog = current->fileIsInPlace();
     current->deleteOldLog();
     current = nullptr;
-    if (lacksLog) throw storeFailure(SQLITE_CORRUPT);
+    if (lacksLog && opening && opening->isHeld()) deleteFiles();  // they lack changes, such as removals
   }
   current = std::make_unique<CacheConnection>(file, end, maxBytes);
 }
 
-// The first call locks the folder exclusively. The next attempt then finds out whether another process has
-// replaced the file already. If that attempt fails, too, the second call deletes the file.
+// Locks the folder exclusively, so that the next attempt finds out whether another process has begun the file
+// anew already. If it has not, deletes the file.
 void SQLiteCacheStorage::Access::recreateFile(StoreWaitEnd end, std::optional<FolderLock>& alone) {
-  const fs::path damaged = withoutLinks(file);
   if (!alone) {
-    alone.emplace(damaged.parent_path(), FolderLock::Kind::exclusive, end);
+    alone.emplace(withoutLinks(file).parent_path(), FolderLock::Kind::exclusive, end);
     return;
   }
   if (!alone->isHeld()) throw storeFailure(SQLITE_CORRUPT);
+  deleteFiles();
+}
+
+void SQLiteCacheStorage::Access::deleteFiles() const {
+  const fs::path found = withoutLinks(file);
   std::error_code error;
-  for (const char* suffix : {"-journal", "-wal", "-shm", ""}) fs::remove(fs::path(damaged) += suffix, error);
+  for (const char* suffix : {"-journal", "-wal", "-shm", ""}) fs::remove(fs::path(found) += suffix, error);
 }
 
 SQLiteCacheStorage::SQLiteCacheStorage(const fs::path& file, std::size_t maxBytes,
                                        std::chrono::milliseconds busyTimeout)
-    : access_(new Access{absolutePath(file), static_cast<std::int64_t>(maxBytes), busyTimeout}) {}
+    : access_(new Access{absolutePath(file), bytesOf(maxBytes), busyTimeout}) {}
 
 SQLiteCacheStorage::~SQLiteCacheStorage() = default;
 

@@ -45,7 +45,7 @@ std::optional<fs::path> linkTarget(const fs::path& path) {
 
 fs::path withoutLinks(const fs::path& path, int& linksLeft) {
   if (!path.has_relative_path()) return path;
-  const fs::path folder = withoutLinks(path.parent_path(), linksLeft);
+  fs::path folder = withoutLinks(path.parent_path(), linksLeft);
   const fs::path name = path.filename();
   if (name == "..") return folder.parent_path();
   if (name.empty() || name == ".") return folder;

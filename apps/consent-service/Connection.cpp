@@ -195,7 +195,7 @@ ssize_t Connection::write(const char* data, size_t size) {
     if (count > 0) return count;
     if (session_) {
       if (!waitUntilAgain(static_cast<int>(count))) return -1;
-    } else if ((errno != EAGAIN && errno != EINTR) || !wait(POLLOUT)) {
+    } else if (count == 0 || (errno != EAGAIN && errno != EINTR) || !wait(POLLOUT)) {
       return -1;
     }
   }

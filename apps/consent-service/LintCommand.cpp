@@ -173,6 +173,7 @@ class Collection {
   // Checks a document with another name, unless the site has the document under the right name.
   void addByKeys(SiteDocuments& site, const fs::path& path, std::string text, const std::string& language) {
     const Kind kind = kindOf(text);
+    if (!kind) return;  // the file has changed meanwhile
     const bool isCustomization = kind == &SiteDocuments::customizations;
     const std::string expected = isCustomization                    ? "customization." + language + ".json"
                                  : kind == &SiteDocuments::services ? "services.json"

@@ -1,6 +1,7 @@
 // The C interface, implemented on top of the C++ one.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -87,6 +88,10 @@ talvo_subscription* handed(Subscription subscription) {
 }
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
+
+// Without padding at the end, a field added there always makes the structure larger, and `size` shows it.
+static_assert(sizeof(talvo_banner_callbacks) ==
+              offsetof(talvo_banner_callbacks, time_limit) + sizeof(talvo_banner_callbacks::time_limit));
 
 }  // namespace
 

@@ -186,9 +186,9 @@ typedef struct talvo_banner_callbacks {
   void* user_data;
   talvo_callback release; /* called when none of the others will be called any more */
 
-  /* Milliseconds within which the banner must be shown; 0 for no limit. If it takes longer, the banner is not
-   * shown, and `on_error` receives TALVO_NETWORK_ERROR. */
-  unsigned time_limit;
+  /* Milliseconds within which the banner must be shown, otherwise `on_error` receives TALVO_NETWORK_ERROR and
+   * it is not shown; 0 or less for no limit. */
+  long time_limit;
 } talvo_banner_callbacks;
 
 /*

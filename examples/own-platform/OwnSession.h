@@ -52,7 +52,7 @@ class OwnSession : public platform::URLSession {
     do {
       if (request.cancellation && request.cancellation->isCancelled()) throw cancelledError();
       if (Clock::now() >= soonest) throw failure("The service is too slow");
-    } while (poll(&ready, 1, 20) == 0);
+    } while (poll(&ready, 1, 20) <= 0);  // below 0 if a signal interrupted it
   }
 
   static URLResponse exchange(const URLRequest& request, Clock::time_point end) {

@@ -159,6 +159,16 @@ TEST_F(CacheFaultsTest, CostEntriesAtMostWhileTheFileIsOpen) {
   }
 }
 
+TEST_F(CacheFaultsTest, ForgetsEverythingIfTheLogIsDeleted) {
+  SQLiteCacheStorage(file, megabyte).write(url(1), entryOf(1, 1)).value();
+  SQLiteCacheStorage storage(file, megabyte);
+  storage.remove(url(1)).value();
+  fs::remove(file.string() + "-wal");
+  storage.write(url(2), entryOf(2, 1)).value();
+  EXPECT_EQ(versionOf(storage.read(url(1)).value(), 1), 0) << "it had been removed";
+  EXPECT_EQ(versionOf(storage.read(url(2)).value(), 2), 1);
+}
+
 TEST_F(CacheFaultsTest, SurvivesKilledProcessesThatShareTheFile) {
   SQLiteCacheStorage storage(file, megabyte);
   for (int kill = 0; kill < repetitions("TALVO_TEST_KILLS", 20); ++kill) {

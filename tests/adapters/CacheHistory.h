@@ -157,7 +157,7 @@ class CacheHistory {
     Asked asked{path, below(2) == 0 ? "de" : "en", below(8) == 0};
     request.headers["Accept-Language"] = asked.language;
     request.isPersonal = asked.isPersonal;
-    const int number = static_cast<int>(asked_.size());
+    const std::size_t number = asked_.size();
     request.headers["Number"] = std::to_string(number);
     asked_.push_back(asked);
     session_->run(request, [this, number](const Result<URLResponse>& outcome) {

@@ -70,6 +70,21 @@ TYPED_TEST_P(CacheStorageSuite, KeepsNothingThatIsTooLarge) {
   EXPECT_TRUE(storage->read("other").value());
 }
 
+// A storage in a file checks its size when the backend is destroyed.
+TYPED_TEST_P(CacheStorageSuite, MakesRoomForHeadsThatGrow) {
+  const auto storage = this->backend.open(1'000'000);
+  const std::string longer(2'000, 'h');
+  for (int i = 0; i < 3'000; ++i) storage->write(this->url(i), this->entry(i)).value();
+  for (int i = 0; i < 3'000; ++i) storage->replaceHead(this->url(i), this->entry(i).head, longer).value();
+  int grown = 0;
+  for (int i = 0; i < 3'000; ++i) {
+    const auto found = storage->read(this->url(i)).value();
+    EXPECT_TRUE(!found || found->body == this->entry(i).body) << i;
+    grown += found && found->head == longer;
+  }
+  EXPECT_GT(grown, 100);
+}
+
 TYPED_TEST_P(CacheStorageSuite, KeepsTheLatestOfTenThousand) {
   const auto storage = this->backend.open(10'000'000);
   for (int i = 0; i < 10'000; ++i) storage->write(this->url(i), this->entry(i, 2'000)).value();
@@ -84,6 +99,7 @@ TYPED_TEST_P(CacheStorageSuite, KeepsTheLatestOfTenThousand) {
 }
 
 REGISTER_TYPED_TEST_SUITE_P(CacheStorageSuite, KeepsReplacesAndRemoves, ForgetsWhatWasNotUsedForLongest,
-                            KeepsNothingThatIsTooLarge, KeepsTheLatestOfTenThousand);
+                            KeepsNothingThatIsTooLarge, MakesRoomForHeadsThatGrow,
+                            KeepsTheLatestOfTenThousand);
 
 }  // namespace TalvoConsentSDK

@@ -89,6 +89,21 @@ TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
   }
 }
 
+// The first handshake hangs until there is a second connection.
+TEST(CurlConnections, AreNotWaitedForAfterARequestHasWaitedInVain) {
+  LoopbackServer server = secureHTTP2.serve([](auto&, auto& connection) { connection.reply(200); });
+  server.holdUntilConnections(2);
+  SecureCurlURLSession session;
+  const auto request = makeRequest("GET", server.url("/", "localhost"));
+  Outcomes first;
+  session.run(request, first.completion());
+  auto limited = request;
+  limited.totalTimeout = 300ms;
+  EXPECT_EQ(described(await(session, limited)), "error 28 No reply within 300 ms");
+  EXPECT_EQ(described(await(session, request)), "200");
+  EXPECT_EQ(described(first), "200");
+}
+
 TEST(CurlConnections, ResumeTLSSessionsAndAreFreshForABody) {
   for (const Protocol& protocol : {secureHTTP1, secureHTTP2}) {
     for (const char* method : {"POST", "PUT"}) {
