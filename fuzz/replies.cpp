@@ -1,8 +1,7 @@
 // Passes outcomes of a session through the transport and through the cache. Every request must end exactly
-// once, with the error that fits the outcome, and the cache must not change it. Parts: the body; the status,
-// or
-// "-" for a reply without a body, or "?" for one without a status; the error's text; lines with the reply's
-// header fields; lines with the request's.
+// once, with the error that fits the outcome. The cache must not change an outcome. The input has five parts:
+// the body; the status, or "-" for a reply without a body, or "?" for a reply without a status; the error's
+// text; the header fields of the reply, one in a line; the header fields of the request.
 
 #include <sstream>
 

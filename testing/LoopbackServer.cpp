@@ -334,7 +334,7 @@ LoopbackServer::~LoopbackServer() {
   shutdown(listener_, SHUT_RDWR);
   acceptor_.join();
   ::close(listener_);
-  connections_ = awaited_ = 0;
+  connections_ = minConnections_ = 0;
   connections_.notify_all();
   {
     const std::scoped_lock guard(lock_);
@@ -388,7 +388,7 @@ void LoopbackServer::serve(int socket, int number) {
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
 
-  for (int now = connections_; now < awaited_; now = connections_) connections_.wait(now);
+  for (int now = connections_; now < minConnections_; now = connections_) connections_.wait(now);
   Connection connection;
   connection.server_ = this;
   connection.number_ = number;

@@ -118,8 +118,8 @@ class LoopbackServer {
       R"(SETTINGS:0:0 "\x00\x04\x7f\xff\xff\xff" WINDOW_UPDATE:0:0 "\x7f\xff\x00\x00")";
 
   int connections() const { return connections_; }
-  /// Lets no connection begin before there have been `count` in total.
-  void awaitConnections(int count) { awaited_ = count; }
+  /// From now on, serves connections only once there have been `count` of them in total.
+  void holdUntilConnections(int count) { minConnections_ = count; }
   /// All requests whose header has arrived; their bodies may still be arriving.
   std::vector<Request> requests() const;
   /// How often a text has arrived, on any connection.
@@ -136,7 +136,7 @@ class LoopbackServer {
   int listener_ = -1;
   int port_ = 0;
   std::atomic<int> connections_ = 0;
-  std::atomic<int> awaited_ = 0;
+  std::atomic<int> minConnections_ = 0;
   mutable std::mutex lock_;
   std::vector<Request> requests_;
   std::map<int, std::string> received_;  // all bytes received, by connection

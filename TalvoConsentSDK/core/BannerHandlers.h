@@ -31,7 +31,7 @@ struct BannerHandlers {
   std::function<void()> onClosed{};
   std::function<void()> onReplaced{};
   std::function<void()> onNotShown{};
-  /// The banner could not be fetched or not in time, or the decision could not be submitted.
+  /// The banner could not be fetched, or not in time; or the decision could not be submitted.
   std::function<void(Error)> onError{};
 
   /// The user asked for preferences on a screen that does not lead to the banner's own: the host shows its

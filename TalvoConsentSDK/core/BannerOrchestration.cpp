@@ -125,8 +125,8 @@ void presentBanner(const BannerRequestPointer& request) {
   }
 }
 
-// Fetches one document, unless it was cached. Throws if it cannot be fetched or no banner can be made from
-// it.
+// Fetches one document, unless it was cached. Throws if it cannot be fetched, or if it is a customization
+// that no banner can be made from.
 Task<void> fetchPart(BannerRequestPointer request, Part part) {
   const APIClient& api = *request->site->apiClient;
   const RequestOptions& options = request->fetches[part].options;
@@ -179,7 +179,7 @@ void judge(const BannerRequestPointer& request, Part part, const Result<void>& o
   if (request->isJudged.exchange(true)) return;
   if (!failure) return presentBanner(request);
   request->report(*failure);
-  request->host = nullptr;  // the other fetches may take long to end
+  request->host = nullptr;  // releases the host's closures now: the other fetches may take long to end
 }
 
 }  // namespace

@@ -25,8 +25,8 @@ struct RequestOptions {
   bool isPersonal = false;  // the reply is about one person
 };
 
-/// One request, one reply: nothing is cached, retried or queued. Safe from any thread. A client must outlive
-/// its tasks.
+/// One request, one reply: this class caches, retries and queues nothing. Safe from any thread. A client must
+/// outlive its tasks.
 class HTTPClient {
  public:
   using JSONCompletion = std::function<void(Result<JSONObject>)>;
@@ -64,12 +64,12 @@ class HTTPClient {
                         JSONCompletion completion) = 0;
 
  protected:
-  /// Sends `request` and returns the body of an accepted reply. Throws an `HTTPClientError`: the one in
-  /// `request` if there is no request.
+  /// Sends `request` and returns the body of an accepted reply. Throws an `HTTPClientError`. If `request`
+  /// holds an error, throws that one.
   virtual Task<std::string> exchange(Result<platform::URLRequest> request) = 0;
 
   /// Returns the request to send, or an `HTTPClientError` if there is no `url` or the body could not be
-  /// encoded. Takes the body's text, unless `body` is null. `headers` take precedence over the content type.
+  /// encoded. Moves the text out of `body`, unless it is null. `headers` can replace the content type.
   static Result<platform::URLRequest> makeRequest(const char* method, const std::optional<URL>& url,
                                                   Result<std::string>* body,
                                                   const platform::HTTPHeaders& headers,

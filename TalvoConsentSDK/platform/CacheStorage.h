@@ -1,7 +1,7 @@
 #pragma once
 
-// The seam for what an HTTP cache keeps. The library itself does not use it: the cache does, so that a host
-// can choose where its replies are.
+// The seam for what an HTTP cache keeps. Only the cache uses it, not the library itself. A host can choose
+// where the cache keeps its replies.
 
 #include <optional>
 #include <string>
@@ -22,13 +22,13 @@ struct CacheEntry {
 };
 
 /// Keeps entries, one for each key, and forgets those used least recently when there is no more room. It may
-/// forget any entry at any time, but it must never return an entry that was not written under this key as a
-/// whole. The cache calls it on one thread at a time and treats a failure as if nothing were kept.
+/// forget any entry at any time, but every entry that it returns must have been written as a whole under the
+/// same key. The cache calls it on one thread at a time and treats a failure as if nothing were kept.
 class CacheStorage {
  public:
   virtual ~CacheStorage() = default;
 
-  /// The entry under `key`, which counts as used.
+  /// Returns the entry under `key`, and counts it as used.
   virtual Result<std::optional<CacheEntry>> read(std::string_view key) = 0;
 
   /// Replaces the entry under `key`. If the new entry cannot be kept, the former one must be gone.

@@ -24,8 +24,8 @@ class Cancellation {
 
   bool isCancelled() const;
 
-  /// Calls `observer` once when `cancel` is called, or at once if it has been. `observer` must not throw, and
-  /// must not own what owns this object: it is kept until `cancel`, or as long as this object exists.
+  /// Calls `observer` once: when `cancel` is called, or at once if it has been called before. `observer` must
+  /// not throw. It must not own anything that owns this object, because this object keeps it until `cancel`.
   void observe(std::function<void()> observer);
 
  private:

@@ -10,14 +10,14 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// A time, by two clocks. Anybody may set the first; the second only counts while one process runs.
+/// A time by two clocks: the wall clock, which can be set, and a steady clock, which cannot.
 struct CacheTime {
   std::chrono::sys_seconds wall{};
   std::chrono::seconds steady{};
-  std::uint64_t run = 0;  // which run of which process `steady` belongs to
+  std::uint64_t run = 0;  // identifies the run of a process in which `steady` is valid
 
-  /// The seconds since `earlier`. In one run never less than have passed, whatever the wall clock was set to.
-  /// Negative if the wall clock was set back between two runs.
+  /// The seconds since `earlier`. Within one run, the result is never too small, even if the wall clock was
+  /// set back. Between two runs only the wall clock counts; the result can be negative.
   std::chrono::seconds since(const CacheTime& earlier) const;
 };
 

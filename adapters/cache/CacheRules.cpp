@@ -22,7 +22,7 @@ namespace {
 
 using std::chrono::seconds;
 
-// With one of these the request asks for something else than the whole document, or asks as a certain person.
+// A request with one of these fields asks for a part, on a condition, or on behalf of one person.
 constexpr std::array bypassing{"Range",
                                "If-Match",
                                "If-None-Match",
@@ -33,13 +33,13 @@ constexpr std::array bypassing{"Range",
                                "Cookie",
                                "If-Unmodified-Since"};
 
-// These concern only a connection or a proxy (sections 3.1 and 7.3), and cookies belong into no file.
+// These concern only a connection or a proxy (sections 3.1 and 7.3), and cookies must not be kept in a file.
 constexpr std::array<std::string_view, 9> unkept{
     "Connection",         "Keep-Alive", "Proxy-Authenticate", "Proxy-Authentication-Info",
     "Proxy-Connection",   "Set-Cookie", "Transfer-Encoding",  "Upgrade",
     "Proxy-Authorization"};
 
-// The session has decoded the body already, so these describe the body that is kept (section 3.2).
+// These belong to the body that is kept, so a reply with status 304 does not replace them (section 3.2).
 constexpr std::array<std::string_view, 4> ofBody{"Content-Length", "Content-Encoding", "Content-Range",
                                                  "Content-Type"};
 
@@ -71,7 +71,7 @@ HTTPHeaders selectingFields(const URLRequest& request, const HTTPHeaders& reply)
   return selecting;
 }
 
-// A body that ends with its connection may have been cut off, except under TLS, which notices.
+// A body that ends with its connection may have been cut off. TLS would notice that.
 bool isComplete(const URLRequest& request, const URLResponse& reply) {
   const auto length = fieldValue(reply.headers, "Content-Length");
   if (!length) return request.url.scheme() == "https" || fieldValue(reply.headers, "Transfer-Encoding");
@@ -85,7 +85,7 @@ std::string_view withoutWeakness(std::string_view tag) {
   return tag.starts_with("W/") ? tag.substr(2) : tag;
 }
 
-// Whether the headers can allow to use the reply again. Most replies that are not kept end here.
+// Whether the headers can permit another use of the reply. A quick test, which most unkept replies fail.
 bool saysAnything(const HTTPHeaders& headers) {
   return headers.contains("Cache-Control") || headers.contains("Expires") || headers.contains("ETag") ||
          headers.contains("Last-Modified");

@@ -1,6 +1,6 @@
 #pragma once
 
-// What a private cache may keep, use and must forget (RFC 9111, sections 3 and 4). Not installed.
+// What a private cache may keep and use, and what it must forget (RFC 9111, sections 3 and 4). Not installed.
 
 #include <string>
 #include <vector>
@@ -15,11 +15,11 @@ bool mayUseCache(const platform::URLRequest& request);
 /// Whether the request demands that the service is asked.
 bool demandsValidation(const platform::URLRequest& request);
 
-/// Whether the reply is that of the request's own URL, and not of one that a redirect led to.
+/// Whether the reply came from the request's own URL, and not from a URL that a redirect led to.
 bool isFromItsURL(const platform::URLRequest& request, const platform::URLResponse& reply);
 
-/// Whether the reply may come from the service: its type is one that the request accepts. A page that a
-/// network shows to those who have not logged in is HTML, which nobody asked for.
+/// Whether the request accepts the reply's type. If not, the reply may not come from the service: the login
+/// page of a network is HTML, although the request did not ask for HTML.
 bool hasExpectedType(const platform::URLRequest& request, const platform::HTTPHeaders& headers);
 
 /// Whether a reply with these headers may be kept at all.
@@ -34,11 +34,11 @@ bool mayKeep(const platform::URLRequest& request, const platform::URLResponse& r
 StoredReply storedReply(const platform::URLRequest& request, platform::URLResponse reply,
                         const CacheTime& sent, const CacheTime& arrival);
 
-/// Whether the kept reply was chosen by the fields that `request` has, too (section 4.1).
+/// Whether `request` and the request of `kept` agree in the fields that Vary names (section 4.1).
 bool matches(const StoredReply& kept, const platform::URLRequest& request);
 
-/// Adds to `request` the conditions that let the service answer "not modified". Returns whether there are
-/// any.
+/// Adds to `request` the conditions that let the service answer "not modified". Returns false if there are
+/// no such conditions.
 bool addConditions(platform::URLRequest& request, const StoredReply& kept);
 
 /// Whether a reply with status 304 says that `kept` is current.
@@ -46,7 +46,7 @@ bool confirms(const platform::URLRequest& request, const platform::URLResponse& 
               const StoredReply& kept);
 
 /// Whether the fields of a confirming reply may replace those of `kept` (section 4.3.4). They may not if the
-/// tag of `kept` is weak and the reply's is strong, which some services mix up.
+/// tag of `kept` is weak and the reply's is strong. Some services mix these up.
 bool mayRefresh(const StoredReply& kept, const platform::URLResponse& reply);
 
 /// Takes over the fields of a confirming reply (section 3.2).

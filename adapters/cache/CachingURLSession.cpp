@@ -75,11 +75,11 @@ class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
   void change(const std::string& key, std::function<Result<void>(CacheStorage&)> change);
   void remove(const std::string& key);
 
-  const std::weak_ptr<URLSession> inner_;  // whoever destroys the session also ends its requests
+  const std::weak_ptr<URLSession> inner_;  // weak: destroying a CachingURLSession must end its requests
   const std::shared_ptr<CacheStorage> storage_;
   const std::shared_ptr<Executor> executor_;
   const std::shared_ptr<CacheClock> clock_;
-  std::unordered_set<std::string> suspects_;  // keys whose latest change failed, so that they must be removed
+  std::unordered_set<std::string> suspects_;  // keys whose latest change failed: remove before reading
   std::mutex underWayLock_;
   std::unordered_set<Exchange*> underWay_;
   std::mutex changesLock_;  // held while a change is posted: `unkept_` is what the storage will not hold
@@ -222,7 +222,7 @@ Result<URLResponse> CachingURLSession::Cache::confirmed(Exchange& exchange, cons
   return answer(std::move(kept), exchange.request, ReplySource::validatedCache, now);
 }
 
-// Keeps the reply, or removes what was kept if the reply shows that this is no longer current.
+// Keeps the reply. If it may not be kept but shows that the kept reply is no longer current, removes that.
 //
 // If the URL is changed meanwhile, the exchange is marked as outdated before the removal is posted. So the
 // write either sees the mark, or comes before the removal.

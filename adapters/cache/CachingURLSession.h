@@ -19,14 +19,15 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// reply allows that by stale-if-error.
 ///
 /// Keeps only complete replies with status 200 to a GET, and only if
-/// - the request is not personal (`URLRequest::isPersonal`), and names no user by Authorization, Cookie or in
-///   its URL;
+/// - the request is not personal (`URLRequest::isPersonal`), names no user by Authorization, Cookie or in its
+///   URL, and has no Range or condition of its own;
 /// - `URLResponse::url` is the requested URL, so that no redirect led to the reply;
 /// - the reply has a Content-Type that the request accepts. Without an Accept field, that is every type
 ///   except HTML, because the login page of a network may take the place of any reply over plain http;
-/// - the reply says how long it is fresh, or has an ETag or Last-Modified. No lifetime is guessed.
-/// For each URL it keeps one reply. All other requests go to the inner session as they are, and a successful
-/// POST or PUT removes what was kept for its URL.
+/// - the reply has a lifetime (max-age or Expires), stale-if-error, an ETag or Last-Modified. It guesses no
+///   lifetime.
+/// It keeps one reply for each URL. Requests whose replies may not be kept go to the inner session unchanged.
+/// A successful POST or PUT removes what was kept for its URL.
 ///
 /// Vary is compared with the fields of `URLRequest::headers`. Accept-Encoding always matches, because
 /// sessions decode what they receive.

@@ -13,7 +13,7 @@ namespace {
 
 using std::chrono::seconds;
 
-// If the service has no clock, the reply counts as sent when it arrived (RFC 9110, section 6.6.1).
+// A reply without a valid Date counts as sent when it arrived (RFC 9110, section 6.6.1).
 HTTPTime dateOf(const HTTPHeaders& headers, HTTPTime arrival) {
   return parseHTTPDate(fieldValue(headers, "Date").value_or(""), arrival).value_or(arrival);
 }

@@ -16,13 +16,13 @@ std::chrono::seconds ageOnArrival(const platform::HTTPHeaders& headers, const Ca
 /// The age now; nothing if the reply seems to arrive in the future, because the clock was set back.
 std::optional<std::chrono::seconds> currentAge(const StoredReply& reply, const CacheTime& now);
 
-/// How long the reply counts as fresh, by max-age or Expires; 0 if it says neither. Nothing is guessed.
+/// How long the reply counts as fresh, by max-age or Expires; 0 if it has neither. Nothing is guessed.
 std::chrono::seconds freshnessLifetime(const platform::HTTPHeaders& headers, const CacheTime& arrival);
 
 /// Whether the reply may be used without asking the service.
 bool isFresh(const StoredReply& reply, const CacheTime& now);
 
-/// Whether the reply may be used because the service cannot be asked (RFC 5861, section 4).
+/// Whether the reply may be used in place of an error (RFC 5861, section 4).
 bool mayReplaceError(const StoredReply& reply, const CacheTime& now);
 
 }  // namespace TalvoConsentSDK

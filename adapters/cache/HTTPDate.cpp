@@ -16,7 +16,7 @@ constexpr std::array<std::string_view, 7> longDays{"Monday", "Tuesday",  "Wednes
 constexpr std::array<std::string_view, 12> months{"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-/// Reads a text from left to right. Once something is not there, `isGood` stays false.
+/// Reads a text from left to right. Once something expected is missing, `isGood` stays false.
 struct Reader {
   std::string_view rest;
   bool isGood = true;
@@ -64,7 +64,7 @@ struct Reader {
 };
 
 // "Sun, 06 Nov 1994 08:49:37 GMT"
-std::optional<HTTPTime> usual(Reader text) {
+std::optional<HTTPTime> parseIMFFixdate(Reader text) {
   text.oneOf(days);
   text.skip(", ");
   const int dayNumber = text.number(2);
@@ -79,7 +79,7 @@ std::optional<HTTPTime> usual(Reader text) {
 }
 
 // "Sunday, 06-Nov-94 08:49:37 GMT". A year that seems to be more than 50 years ahead is in the past.
-std::optional<HTTPTime> ofTwoDigits(Reader text, HTTPTime now) {
+std::optional<HTTPTime> parseRFC850Date(Reader text, HTTPTime now) {
   text.oneOf(longDays);
   text.skip(", ");
   const int dayNumber = text.number(2);
@@ -97,7 +97,7 @@ std::optional<HTTPTime> ofTwoDigits(Reader text, HTTPTime now) {
 }
 
 // "Sun Nov  6 08:49:37 1994"
-std::optional<HTTPTime> ofC(Reader text) {
+std::optional<HTTPTime> parseAsctimeDate(Reader text) {
   text.oneOf(days);
   text.skip(" ");
   const unsigned monthIndex = text.oneOf(months);
@@ -115,9 +115,9 @@ std::optional<HTTPTime> ofC(Reader text) {
 }  // namespace
 
 std::optional<HTTPTime> parseHTTPDate(std::string_view text, HTTPTime now) {
-  if (const auto date = usual({text})) return date;
-  if (const auto date = ofTwoDigits({text}, now)) return date;
-  return ofC({text});
+  if (const auto date = parseIMFFixdate({text})) return date;
+  if (const auto date = parseRFC850Date({text}, now)) return date;
+  return parseAsctimeDate({text});
 }
 
 }  // namespace TalvoConsentSDK

@@ -49,7 +49,7 @@ std::vector<std::string_view> parts(std::string_view value, char separator) {
   return found;
 }
 
-// A token, or the content of a quoted string, which never has an escape where a number is expected.
+// A token, or the content of a quoted string. Leaves escapes as they are, because numbers have none.
 std::string_view unquoted(std::string_view argument) {
   const bool isQuoted = argument.size() >= 2 && argument.front() == '"' && argument.back() == '"';
   return isQuoted ? argument.substr(1, argument.size() - 2) : argument;

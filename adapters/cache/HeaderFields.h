@@ -20,8 +20,8 @@ std::optional<std::string_view> fieldValue(const platform::HTTPHeaders& headers,
 /// if the closing quote is missing, it does.
 std::vector<std::string_view> listMembers(std::string_view value);
 
-/// A number of seconds of any length. Numbers of more than 2^31 become 2^31 (RFC 9111, section 1.2.2).
-/// Nothing if it is not a number.
+/// A number of seconds with any number of digits. Values of more than 2^31 become 2^31 (RFC 9111,
+/// section 1.2.2). Nothing if the text is not a number.
 std::optional<std::chrono::seconds> deltaSeconds(std::string_view text);
 
 /// What a reply says about keeping it (RFC 9111, section 5.2.2; RFC 5861, section 4).

@@ -1,6 +1,6 @@
 #pragma once
 
-// Keeps a cache's replies in memory, for as long as the process runs.
+// Keeps a cache's replies in memory.
 
 #include <cstddef>
 #include <list>
@@ -26,7 +26,7 @@ class MemoryCacheStorage : public platform::CacheStorage {
   Result<void> remove(std::string_view key) override;
 
  private:
-  using Entries = std::list<std::pair<std::string, platform::CacheEntry>>;  // the last one used comes first
+  using Entries = std::list<std::pair<std::string, platform::CacheEntry>>;  // most recently used first
 
   void put(std::string_view key, platform::CacheEntry entry);
   void erase(Entries::iterator entry);

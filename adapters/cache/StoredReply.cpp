@@ -13,8 +13,7 @@ namespace {
 
 constexpr std::string_view format = "1:";
 
-// Each text is preceded by its length, and each list by the number of its texts, so that any bytes can be
-// written.
+// Each text is preceded by its length, and each list by the number of its fields, so any bytes are allowed.
 void add(std::string& head, std::int64_t number) {
   head += std::to_string(number) + ":";
 }
@@ -32,7 +31,7 @@ void add(std::string& head, const HTTPHeaders& headers) {
   }
 }
 
-/// Reads a head from its beginning. Once something is not there, `isGood` stays false.
+/// Reads a head from its beginning. Once something expected is missing, `isGood` stays false.
 struct Reader {
   std::string_view rest;
   bool isGood = true;

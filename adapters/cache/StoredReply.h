@@ -23,7 +23,7 @@ struct StoredReply {
   std::string body;
 };
 
-/// Everything of a reply except its body. `decodedReply` gives nothing if the text was not written by
+/// Everything of a reply except its body. `decodedReply` returns nothing if the head was not written by
 /// `encodedHead`, or was written by a version with another format.
 std::string encodedHead(const StoredReply& reply);
 std::optional<StoredReply> decodedReply(platform::CacheEntry entry);

@@ -15,19 +15,19 @@ class CurlOrigins {
  public:
   void note(const std::string& origin, bool usesHTTP2) {
     if (usesHTTP2) {
-      limited_.erase(origin);
+      withoutHTTP2_.erase(origin);
     } else {
-      if (limited_.size() >= maxCount) limited_.clear();
-      limited_.insert(origin);
+      if (withoutHTTP2_.size() >= maxCount) withoutHTTP2_.clear();
+      withoutHTTP2_.insert(origin);
     }
   }
 
-  bool mayShare(const std::string& origin) const { return !limited_.contains(origin); }
+  bool mayShare(const std::string& origin) const { return !withoutHTTP2_.contains(origin); }
 
  private:
   static constexpr std::size_t maxCount = 64;
 
-  std::set<std::string> limited_;
+  std::set<std::string> withoutHTTP2_;
 };
 
 }  // namespace TalvoConsentSDK

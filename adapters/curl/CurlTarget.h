@@ -20,7 +20,7 @@ struct CurlTarget {
 
   static std::optional<CurlTarget> parse(const char* url);
 
-  /// Returns a `CURLUPart`. The port is known even if the URL does not contain it.
+  /// Returns a part of the URL; `name` is a `CURLUPart`. An absent port is the scheme's port.
   std::string part(int name) const;
 
   /// The host and the port.

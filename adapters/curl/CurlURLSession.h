@@ -33,8 +33,8 @@ struct CurlOptions {
 /// `run`. Progress is a resolved name, a connection, a handshake, or a byte sent or received. TLS is 1.2 or
 /// later, and certificate and host name are verified. Up to 20 redirects are followed, but never from https
 /// to another scheme. A redirect to another origin drops the headers Authorization, Proxy-Authorization and
-/// Cookie, and fails a POST or PUT. A POST or PUT is sent once, on a fresh connection, and again only for a
-/// redirect with status 307 or 308. libcurl may repeat other requests. libcurl takes proxies from the
+/// Cookie, and makes a POST or PUT fail. A POST or PUT is sent once, on a fresh connection, and again only
+/// for a redirect with status 307 or 308. libcurl may repeat other requests. libcurl takes proxies from the
 /// environment; loopback hosts are always reached directly.
 ///
 /// Over HTTP/2, requests to one origin share a connection; requests that start together wait until the first
@@ -51,8 +51,8 @@ struct CurlOptions {
 /// connection is used again, unless the request was alone on it and had made no progress for two seconds.
 ///
 /// A reply's headers are as the service sent them, although its body is decompressed. The URL of a reply is
-/// the request's own unless a redirect was followed; it is absent if a redirect led to a URL that `URL`
-/// cannot parse.
+/// the request's own unless a redirect was followed. It is absent if the class `URL` cannot parse the URL
+/// that a redirect led to.
 ///
 /// Errors are `PlatformError`s of the domain "CURL" with a `CURLcode` as their code. The session itself also
 /// ends requests with these codes: 1 for plain http or another scheme, 2 for a request that libcurl does not

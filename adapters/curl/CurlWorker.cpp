@@ -72,8 +72,8 @@ void CurlURLSession::Worker::run(const std::atomic<bool>& stop) {
   report(endings, stop);
 }
 
-// Sets and returns whether the thread waits: only if `waits` is true, and no request has arrived or been
-// cancelled.
+// Sets and returns whether the thread waits. It does not wait if `waits` is false, or if a request has
+// arrived or been cancelled.
 bool CurlURLSession::Worker::setWaits(bool waits) {
   const std::scoped_lock guard(lock_);
   waits_ = waits && arrivals_.empty() && !hasCancellation_;
@@ -193,8 +193,8 @@ int CurlURLSession::Worker::untilNextDeadline() const {
   return std::max(0, static_cast<int>(wait.count()));
 }
 
-// Queues the outcome of a handle that has been removed from `multi_`, and frees the handle or keeps it for
-// reuse.
+// Queues the outcome of a handle that has been removed from `multi_`. Frees the handle, or keeps it for
+// another transfer or until its connection is closed.
 void CurlURLSession::Worker::retire(void* handle, CurlTransfer::Outcome outcome,
                                     std::vector<Ending>& endings) {
   const auto entry = running_.find(handle);

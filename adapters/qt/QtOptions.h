@@ -32,8 +32,8 @@ struct QtOptions {
   /// nothing is covered.
   std::function<platform::Insets(const QWindow&)> safeArea = {};
 
-  /// How large the file of the HTTP cache may be, in bytes. 0 switches the cache off. `addQtWindows` ignores
-  /// it.
+  /// How large the file of the HTTP cache may be, in bytes. 0 switches the cache off. Not used by
+  /// `addQtWindows`.
   std::size_t maxCacheBytes = 10'000'000;
 
   /// Opens a URL outside the host. If absent, Qt opens it.

@@ -15,7 +15,7 @@ constexpr std::int64_t tablesPages = 16;  // for the inner pages of the table an
 constexpr std::size_t maxRead = 100;
 
 // A power cut may leave pages of different times in the file, because nothing waits for the disk. SQLite does
-// not notice that within a value, so each value has a checksum, which the key is part of.
+// not notice that within a value. So each value has a checksum, which also covers the key.
 class Checksum {
  public:
   explicit Checksum(std::string_view key) { add(key); }

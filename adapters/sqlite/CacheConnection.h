@@ -1,7 +1,7 @@
 #pragma once
 
-// One open file of a cache. Only this class knows its schema. Failures are thrown as a PlatformError, with
-// SQLITE_CORRUPT for an entry that is not what was written. Not installed.
+// One open file of a cache. Only this class knows its schema. Failures are thrown as a PlatformError; its
+// code is SQLITE_CORRUPT if an entry is not what was written. Not installed.
 
 #include <cstdint>
 #include <filesystem>
@@ -21,7 +21,7 @@ class CacheConnection : public DatabaseFile {
   /// Opens the file as `DatabaseFile` does. Throws SQLITE_TOOBIG if the file is larger than `maxBytes`.
   CacheConnection(const std::filesystem::path& named, StoreWaitEnd end, std::int64_t maxBytes);
 
-  /// Writes which entries were read, unless the connection was abandoned or others are writing.
+  /// Writes which entries were read, unless the connection was abandoned or another one is writing.
   ~CacheConnection();
 
   std::optional<platform::CacheEntry> read(std::string_view key);

@@ -1,7 +1,7 @@
 #pragma once
 
-// One open SQLite file with a write-ahead log, and what can happen to the files meanwhile. Use it on one
-// thread at a time; failures are thrown as a PlatformError. Not installed.
+// One open SQLite file with a write-ahead log. Notices if the files are damaged, deleted or replaced. Use it
+// on one thread at a time; failures are thrown as a PlatformError. Not installed.
 
 #include <cstdint>
 #include <filesystem>

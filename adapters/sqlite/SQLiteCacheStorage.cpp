@@ -33,7 +33,7 @@ std::int64_t bytesOf(std::size_t bytes) {
 }
 
 // Whether only a new file helps. SQLITE_ERROR is another schema or another version of it.
-bool mustBeginAnew(const PlatformError& error) {
+bool mustRecreateFile(const PlatformError& error) {
   return isDamage(error) || error.code() == SQLITE_ERROR || error.code() == SQLITE_TOOBIG;
 }
 
@@ -54,8 +54,8 @@ struct SQLiteCacheStorage::Access {
       } catch (const PlatformError& error) {
         if (current) current->abandon();
         current = nullptr;
-        if (!mustBeginAnew(error) || attempt == maxAttempts) throw;
-        beginAnew(end, alone);
+        if (!mustRecreateFile(error) || attempt == maxAttempts) throw;
+        recreateFile(end, alone);
       }
     }
   } catch (const PlatformError& error) {
@@ -63,7 +63,7 @@ struct SQLiteCacheStorage::Access {
   }
 
   void connect(Kind kind, StoreWaitEnd end, const std::optional<FolderLock>& alone);
-  void beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone);
+  void recreateFile(StoreWaitEnd end, std::optional<FolderLock>& alone);
   void deleteFiles() const;
 
   template <class T>
@@ -104,7 +104,7 @@ void SQLiteCacheStorage::Access::connect(Kind kind, StoreWaitEnd end,
 
 // Locks the folder exclusively, so that the next attempt finds out whether another process has begun the file
 // anew already. If it has not, deletes the file.
-void SQLiteCacheStorage::Access::beginAnew(StoreWaitEnd end, std::optional<FolderLock>& alone) {
+void SQLiteCacheStorage::Access::recreateFile(StoreWaitEnd end, std::optional<FolderLock>& alone) {
   if (!alone) {
     alone.emplace(withoutLinks(file).parent_path(), FolderLock::Kind::exclusive, end);
     return;

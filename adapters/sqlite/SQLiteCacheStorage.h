@@ -17,7 +17,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// disk: a power cut may cost entries or undo the latest changes, but never mixes entries up. Does not
 /// support network file systems, or use of the same object across a `fork`.
 ///
-/// A file that is damaged, larger than allowed, or from a later version is deleted and begun anew. If the
+/// A file that is damaged, larger than allowed, or from another version is deleted and created again. If the
 /// file was deleted or replaced while it was open, the next operation opens what is there now; if its log
 /// was, the next change begins the file anew. An operation fails if the file cannot be used, for example
 /// because others are writing to it or the disk is full; the next operation tries again. Thread-safe.

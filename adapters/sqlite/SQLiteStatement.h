@@ -85,7 +85,7 @@ class SQLiteStatement {
                  : std::string();
   }
 
-  /// The number in a column of the current row; 0 if it is none.
+  /// The number in a column of the current row; 0 if the column holds no number.
   std::int64_t number(int index) { return sqlite3_column_int64(statement_.get(), index); }
 
  private:

@@ -1,7 +1,7 @@
 #pragma once
 
-// One open store. Only this class knows the schema. Use it on one thread at a time;
-// failures are thrown as a PlatformError. Not installed.
+// One open store. Only this class knows the schema. Use it on one thread at a time; failures are thrown as a
+// PlatformError. Not installed.
 
 #include <cstdint>
 #include <filesystem>

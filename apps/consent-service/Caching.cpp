@@ -36,7 +36,7 @@ std::string_view nextTag(std::string_view& list) {
 
 }  // namespace
 
-Reply keepable(Reply reply, std::optional<std::chrono::seconds> keepFor) {
+Reply cacheable(Reply reply, std::optional<std::chrono::seconds> keepFor) {
   if (reply.status != 200) return reply;
   reply.cacheControl = keepFor ? "max-age=" + std::to_string(keepFor->count()) : "no-cache";
   reply.entityTag = entityTagOf(reply.body);

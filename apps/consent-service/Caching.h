@@ -13,7 +13,7 @@ namespace TalvoConsentSDK::service {
 /// Lets caches keep a reply, and names its present body by an ETag. A cache may use the kept reply without
 /// asking for as long as `keepFor` says; without `keepFor`, and after that time, it asks whether the reply is
 /// current. Does nothing to replies with another status than 200.
-Reply keepable(Reply reply, std::optional<std::chrono::seconds> keepFor);
+Reply cacheable(Reply reply, std::optional<std::chrono::seconds> keepFor);
 
 /// Forbids caches to keep a reply, because it is about one person.
 Reply personal(Reply reply);

@@ -38,11 +38,11 @@ Reply Endpoints::siteFile(const Call& call) const {
   if (!content) return errorReply(404, "no such file");
   Reply reply = jsonReply(*std::move(content));
   reply.contentType = contentTypeOf(call.rest);
-  return keepable(std::move(reply), sites_.keepFor(call.site));
+  return cacheable(std::move(reply), sites_.keepFor(call.site));
 }
 
 Reply Endpoints::document(const Call& call, std::string text) const {
-  return keepable(jsonReply(withBase(std::move(text), call.base)), sites_.keepFor(call.site));
+  return cacheable(jsonReply(withBase(std::move(text), call.base)), sites_.keepFor(call.site));
 }
 
 Reply Endpoints::configuration(const Call& call) const {

@@ -32,7 +32,7 @@ PlatformError failure(const std::string& reason) {
   return {"Server", 1, reason};
 }
 
-// Headers that are given several times are joined.
+// The values of a header that is given several times are joined.
 std::string headerOf(const Request& request, const char* name) {
   std::string value;
   for (std::size_t i = 0; i < request.get_header_value_count(name); ++i) {

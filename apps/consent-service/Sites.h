@@ -15,10 +15,8 @@ namespace TalvoConsentSDK::service {
 ///   configuration.json           its switches; without the file, {}
 ///   customization.LANGUAGE.json  its banner, one file per language
 ///   services.LANGUAGE.json       its catalogue, or services.json for all languages; without either, {}
-///   site.json                    {"languages": [...], "keepFor": SECONDS}: the default language first ("en"
-///   if
-///                                there is none), and how long clients may keep what the site sends (see
-///                                keepFor)
+///   site.json                    {"languages": [...], "keepFor": SECONDS}: the default language comes first;
+///                                without the file, it is "en". For keepFor see `Sites::keepFor`
 /// and any other files, such as a logo. Files are read again for each request, so that edits take effect at
 /// once. Thread-safe.
 class Sites {
@@ -37,8 +35,8 @@ class Sites {
   std::optional<std::string> customization(std::string_view site, std::string_view language) const;
   std::string services(std::string_view site, std::string_view language) const;
 
-  /// How long clients may keep documents and files of a site without asking whether they are current. Nothing
-  /// if site.json does not say it with a whole number of seconds from 1 to 31,536,000, which is a year.
+  /// How long clients may use documents and files of a site without asking whether they are current. Nothing
+  /// if site.json has no `keepFor`, or if that is not a whole number from 1 to 31,536,000 (a year).
   std::optional<std::chrono::seconds> keepFor(std::string_view site) const;
 
   /// The content of any file of a site; nothing if there is no file of that name.

@@ -1,6 +1,6 @@
 #pragma once
 
-// Knows whether the SDK is busy and what it has loaded, by wrapping its executors and its URL session.
+// Wraps the SDK's executors and its URL session, to find out whether the SDK is busy and what it has loaded.
 
 #include <atomic>
 #include <memory>
@@ -19,7 +19,7 @@ class LoadedReplies {
  public:
   void add(std::string url, TalvoConsentSDK::platform::ReplySource source);
 
-  /// URL and origin ("network", "cache" or "revalidated") of the replies since the last call.
+  /// URL and source ("network", "cache" or "revalidated") of the replies since the last call.
   std::vector<std::pair<std::string, std::string>> take();
 
  private:

@@ -70,7 +70,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("site", "Identifier of the site.", "ID", defaults.site);
   add("language", "Language of the banner.", "CODE", defaults.language);
   add("store", "File for the stored consents.", "FILE");
-  add("cache", "Size of the HTTP cache beside the stored consents in bytes; 0 switches it off.", "BYTES",
+  add("cache", "Size in bytes of the HTTP cache beside the stored consents; 0 switches it off.", "BYTES",
       std::to_string(defaults.maxCacheBytes));
   add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");

@@ -1,7 +1,7 @@
 // delay_relay PORT ROUND_TRIP: a slow network on one machine. Listens on a free port of the loopback address,
 // prints "listening on PORT", and passes on every connection to PORT, until it is killed. Every byte arrives
-// half of ROUND_TRIP milliseconds after it was sent, and so does the end of a direction. The bandwidth is
-// unlimited.
+// half of ROUND_TRIP milliseconds after it was sent, and so does the end of a direction. There is
+// no limit of bandwidth.
 //
 // The system accepts a client's connection at once, but in a real network the handshake takes a round trip.
 // So all that the client sends before it has received anything arrives another round trip later.
@@ -55,7 +55,7 @@ class Direction {
     }
   }
 
-  /// Reads what was sent, for which `extra` is added to the delay, and delivers what is due.
+  /// Reads what was sent, to be delivered after the delay and `extra`. Then delivers what is due.
   void work(Clock::duration extra) {
     while (!hasReadAll_) {
       std::array<char, 1 << 16> buffer;
@@ -169,7 +169,8 @@ int main(int count, char** arguments) {
   std::fflush(stdout);
 
   const sched_param ahead{.sched_priority = 1};
-  sched_setscheduler(0, SCHED_FIFO, &ahead);  // other load delays no network; only root may ask for this
+  // Other load on the machine must not delay the relay. Without root's rights this has no effect.
+  sched_setscheduler(0, SCHED_FIFO, &ahead);
 
   std::list<Connection> connections;
   for (;;) {
@@ -179,8 +180,8 @@ int main(int count, char** arguments) {
     wait(polls, until);
     for (int client = 0; (client = accept(listener, nullptr, nullptr)) >= 0;) {
       const int server = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-      connect(server, reinterpret_cast<const sockaddr*>(&target),
-              sizeof target);  // if refused, it reads as ended
+      // If this is refused, the connection looks as if its end had arrived.
+      connect(server, reinterpret_cast<const sockaddr*>(&target), sizeof target);
       connections.emplace_back(client, server, roundTrip);
     }
     for (Connection& each : connections) each.work();

@@ -7,7 +7,7 @@ import subprocess
 
 
 class Browser:
-    """Trusts the certificates with this public key, which is given as the base64 text of its SHA-256 hash."""
+    """Trusts certificates with one public key. `key_hash` is the SHA-256 hash of this key in base64."""
 
     def __init__(self, folder, key_hash):
         to_browser, self.to_browser = os.pipe()

@@ -25,7 +25,7 @@ from browser import Browser
 from servers import BUILD, HTTP2, PLAIN, TRANSPORTS, Relay, Servers, started
 
 GOALS_AT = 100  # milliseconds a round trip
-MOST_ERROR = 0.1  # round trips by which the relay may be wrong
+MAX_ERROR = 0.1  # round trips by which the relay may be wrong
 
 AT_ONCE, FIRST, CHECKED, FRESH, STOPPED = BANNERS = (
     "first banner, right after createInstance", "first banner, after creation's request was answered",
@@ -52,7 +52,7 @@ class Host:
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, env=environment))
 
     def do(self, *commands):
-        """Runs commands, and returns the answer to the last one, which is an error if that failed."""
+        """Runs commands, and returns the answer to the last one. If that command failed, the answer is an error."""
         self.process.stdin.write("".join(each + "\n" for each in commands))
         self.process.stdin.flush()
         for command in commands:
@@ -72,7 +72,7 @@ class Host:
         return self.do("timing")["timing"]["show_to_first_frame_ms"]
 
 
-# Ways to see banners. Each yields banners, and the milliseconds until they were shown.
+# Visits. Each shows banners, and yields their names and the milliseconds until they were shown.
 CLOSE = ("key Escape", "settle")
 
 
@@ -174,7 +174,7 @@ def check_relay(stack, round_trips):
         if round_trip:
             seen = (min(runs) - min(times[exchange, 0])) / round_trip  # other load can only make it longer
             print(f"{exchange - 1} exchanges on a new connection, {round_trip} ms: {seen:.2f} round trips", file=sys.stderr)
-            if abs(seen - exchange) > MOST_ERROR:
+            if abs(seen - exchange) > MAX_ERROR:
                 raise SystemExit(f"The relay is wrong: {exchange} round trips were expected. Is the machine busy?")
 
 

@@ -1,4 +1,4 @@
-"""The servers between which the sample host or a browser asks for documents."""
+"""The servers from which the sample host or a browser fetches documents."""
 
 import base64
 import contextlib
@@ -85,7 +85,7 @@ class Servers:
 
 
 class Relay:
-    """A way to a port on which a round trip takes some milliseconds."""
+    """Passes on connections to a port. A round trip through it takes `round_trip` milliseconds."""
 
     def __init__(self, stack, port, round_trip):
         self.process = stack.enter_context(started(BUILD / "benchmarks/delay_relay", port, round_trip,

@@ -95,8 +95,8 @@ TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, voi
 
 /*
  * Call it before talvo_install. Replies of the service are kept, as far as their headers allow, in a file
- * beside the store whose name ends in ".cache". The file takes at most `bytes`, 10000000 unless this is
- * called; 0 switches it off.
+ * beside the store whose name ends in ".cache". The file takes at most `bytes`. Without this call it takes at
+ * most 10000000 bytes. 0 switches the cache off.
  */
 TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
 
@@ -181,8 +181,8 @@ typedef struct talvo_banner_callbacks {
   talvo_callback on_closed;      /* without a decision */
   talvo_callback on_replaced;    /* by another banner */
   talvo_error_callback on_error; /* the banner could not be shown, or the decision could not be submitted */
-  talvo_callback
-      on_manage_preferences; /* extra: the user asks for preferences that the host must show itself */
+  /* Called besides those: the user asks for preferences that the host must show itself. */
+  talvo_callback on_manage_preferences;
   void* user_data;
   talvo_callback release; /* called when none of the others will be called any more */
 

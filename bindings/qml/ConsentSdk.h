@@ -23,9 +23,9 @@ TALVO_EXPORT void registerQmlTypes();
 
 /// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. Its
 /// properties are read once, when the component is complete; only `language` can change later. If the host
-/// has installed a platform, that platform is used, and `store` and the settings of the banner are ignored.
-/// If no language is set, the process's client keeps the one it has. Use it on the GUI thread, where every
-/// signal is emitted.
+/// has installed a platform, that platform is used, and `store`, `maxCacheBytes` and the settings of the
+/// banner are ignored. If no language is set, the process's client keeps the one it has. Use it on the GUI
+/// thread, where every signal is emitted.
 class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_OBJECT
   Q_INTERFACES(QQmlParserStatus)
@@ -51,7 +51,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   QVariant consent() const;
 
   /// Shows the banner. `bannerEnded` or `failed` follows. `timeLimit` is how many milliseconds it may take
-  /// until the banner is shown; 0: as long as the requests may take. If it takes longer, `failed` follows.
+  /// until the banner is shown; if it takes longer, `failed` follows. 0: as long as the requests may take.
   Q_INVOKABLE void showBanner(int timeLimit = 0);
   Q_INVOKABLE void submitConsent(const QVariantMap& consent);
   Q_INVOKABLE void acceptAll();

@@ -45,7 +45,7 @@ class OwnSession : public platform::URLSession {
     return error;
   }
 
-  // Waits until the socket can send or receive. Looks fifty times a second whether the request was cancelled.
+  // Waits until the socket can send or receive, or the request is cancelled. Checks fifty times a second.
   static void wait(const URLRequest& request, Clock::time_point end, int peer, short event) {
     const auto soonest = std::min(end, deadlineAfter(request.timeout));
     pollfd ready{peer, event, 0};
@@ -71,8 +71,8 @@ class OwnSession : public platform::URLSession {
     }
     const int peer = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
     const std::unique_ptr<const int, void (*)(const int*)> closing(&peer, [](const int* it) { close(*it); });
-    connect(peer, reinterpret_cast<const sockaddr*>(&address),
-            sizeof address);  // if it fails, so does `send`
+    // If this fails, `send` fails, too.
+    connect(peer, reinterpret_cast<const sockaddr*>(&address), sizeof address);
 
     const std::string body = request.body.value_or("");
     std::string sent = request.method + " " + url.substr(path) + " HTTP/1.0\r\n";

@@ -20,7 +20,7 @@ std::string url(int number) {
   return "https://service.example/" + std::to_string(number);
 }
 
-// An entry says what it is, so that one that was not written as a whole is noticed.
+// Head and body repeat the number and the version, so that an entry that was written in part is noticed.
 CacheEntry entryOf(int number, int version, std::size_t size = 9'000) {
   const std::string name = std::to_string(number) + "." + std::to_string(version) + " ";
   std::string body;
@@ -57,7 +57,7 @@ class CacheFaultsTest : public SQLiteUserDefaultsTest {
  protected:
   static constexpr int count = 8;
 
-  // A file, and what its log holds after further changes.
+  // Makes a file, and the content of its log after further changes.
   void prepare() {
     {
       SQLiteCacheStorage storage(file, megabyte);
@@ -169,7 +169,7 @@ TEST_F(CacheFaultsTest, ForgetsEverythingIfTheLogIsDeleted) {
   EXPECT_EQ(versionOf(storage.read(url(2)).value(), 2), 1);
 }
 
-TEST_F(CacheFaultsTest, SurvivesBeingKilledByOthersThatShareTheFile) {
+TEST_F(CacheFaultsTest, SurvivesKilledProcessesThatShareTheFile) {
   SQLiteCacheStorage storage(file, megabyte);
   for (int kill = 0; kill < repetitions("TALVO_TEST_KILLS", 20); ++kill) {
     const auto writing = [&](const ProcessChannel& parent) {

@@ -1,7 +1,8 @@
 #pragma once
 
-// Random histories of a cache: requests of several documents and people, changes, failures of network and
-// storage, clocks that are set, and restarts. A model checks every reply that the cache gives.
+// Random histories of a cache: requests for several documents in two languages, some of them personal;
+// changes; failures of the network and the storage; clocks that are set; restarts. A model checks every reply
+// that the cache gives.
 
 #include <algorithm>
 #include <chrono>
@@ -107,9 +108,11 @@ class CacheHistory {
     std::string path, language;
     bool mayBeKept = true;
     std::int64_t version = 0, order = 0;
-    seconds time{}, fresh{}, stale{};  // sent; until when it may be used, also in place of an error
-    seconds clockSetBack{};            // in total until then
-    int run = 0;                       // the process that it was sent to
+    seconds time{};          // when it was sent
+    seconds fresh{};         // until when it may be used
+    seconds stale{};         // until when it may be used in place of an error
+    seconds clockSetBack{};  // by how much in total, before it was sent
+    int run = 0;             // the run of the process that received it
   };
   struct Asked {
     std::string path, language;
@@ -120,7 +123,7 @@ class CacheHistory {
   struct Pending {
     URLSession::Completion completion;
     Result<URLResponse> outcome;
-    std::string changed;  // by a request that succeeded
+    std::string changed;  // the path that this request has changed; empty if none
     std::int64_t order;
   };
 
@@ -276,7 +279,7 @@ class CacheHistory {
     sent_[*reply.body] = sent;
   }
 
-  // Whichever of the bodies with this tag the cache has may be used again.
+  // The cache may have any of the bodies with this tag, and may use it again.
   void confirm(const std::string& tag, const Sent& now) {
     for (const std::string& body : tags_[tag]) {
       Sent& sent = sent_.at(body);

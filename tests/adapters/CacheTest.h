@@ -37,13 +37,13 @@ class TestClock {
     setBack_ += std::max(std::chrono::seconds(0), -change);
   }
 
-  /// By how much it was set back, in total.
+  /// By how much the wall clock was set back, in total.
   std::chrono::seconds setBack() const {
     const std::scoped_lock guard(lock_);
     return setBack_;
   }
 
-  /// Since 1970, and since the device was started.
+  /// The time since 1970, and the time since the device was started.
   std::chrono::seconds wall() const {
     const std::scoped_lock guard(lock_);
     return wall_;

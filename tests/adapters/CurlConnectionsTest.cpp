@@ -1,5 +1,5 @@
-// Which connections the libcurl session opens, shares and leaves; requests that are cancelled or run out of
-// time.
+// Which connections the libcurl session opens, shares and stops using. Requests that are cancelled, and
+// requests that reach a time limit.
 
 #include <atomic>
 #include <chrono>
@@ -77,7 +77,7 @@ TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
       EXPECT_EQ(described(await(session, makeRequest("GET", server.url("/first", "localhost")))), "200");
     }
     holds = connections > 1;  // so that no connection is free again before all three requests have arrived
-    server.awaitConnections(connections);
+    server.holdUntilConnections(connections);
     Outcomes outcomes;
     for (int count = 0; count < 3; ++count)
       session.run(makeRequest("GET", server.url("/", "localhost")), outcomes.completion());
@@ -92,7 +92,7 @@ TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
 // The first handshake hangs until there is a second connection.
 TEST(CurlConnections, AreNotWaitedForAfterARequestHasWaitedInVain) {
   LoopbackServer server = secureHTTP2.serve([](auto&, auto& connection) { connection.reply(200); });
-  server.awaitConnections(2);
+  server.holdUntilConnections(2);
   SecureCurlURLSession session;
   const auto request = makeRequest("GET", server.url("/", "localhost"));
   Outcomes first;
@@ -163,7 +163,7 @@ TEST(CurlConnections, SurviveACancelledRequestOnlyOverHTTP2) {
   }
 }
 
-TEST(CurlConnections, AreLeftIfSilentWhenARequestIsCancelled) {
+TEST(CurlConnections, AreNotReusedIfSilentWhenARequestIsCancelled) {
   LoopbackServer server = secureHTTP2.serve([](const Received& request, Connection& connection) {
     if (request.target == "/") connection.reply(200);
   });
@@ -225,7 +225,7 @@ TEST(CurlConnections, CarryTheNextRequestAfterAWaitingOneIsCancelled) {
   cancelled.cancellation = std::make_shared<Cancellation>();
   Outcomes outcomes;
   session.run(cancelled, outcomes.completion());
-  EXPECT_EQ(described(await(session, makeRequest("GET", other.url("/")))), "200");  // it has begun by now
+  EXPECT_EQ(described(await(session, makeRequest("GET", other.url("/")))), "200");  // `cancelled` has begun
   cancelled.cancellation->cancel();
   EXPECT_EQ(described(outcomes), "cancelled");
   holds = false;
@@ -258,7 +258,7 @@ TEST(CurlCancellation, EndsAConnectionAttemptAndRequestsThatWaitForIt) {
     session.run(request, outcomes.completion());
   }
   waitUntil([&] { return server.connections() == 1; });
-  for (const int number : {1, 0, 3, 2}) {  // a waiting one, and one that connects
+  for (const int number : {1, 0, 3, 2}) {  // first one that waits, then the one that connects
     auto& [cancellation, outcomes] = all[static_cast<std::size_t>(number)];
     cancellation->cancel();
     EXPECT_EQ(described(outcomes), "cancelled");

@@ -1,5 +1,5 @@
-// Runs the conformance suite on the libcurl session, also behind the cache, and the example's session, with a
-// real server.
+// Runs the conformance suite with a real server: on the libcurl session, on this session behind the cache,
+// and on the session of the example.
 
 #include "adapters/cache/CachingURLSession.h"
 #include "adapters/cache/MemoryCacheStorage.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-// What can happen to an SQLite file: damage, and obstacles that end. The words for it are those of the tables
-// in tests/golden/store/faults.txt and tests/golden/cache/faults.txt.
+// What can happen to an SQLite file: damage, and obstacles that end. Plays the steps of the tables
+// tests/golden/store/faults.txt and tests/golden/cache/faults.txt.
 
 #include <algorithm>
 #include <csignal>
@@ -60,7 +60,7 @@ class FileFaults {
     fs::permissions(file, fs::perms(0600));
   }
 
-  /// The faults of a row: one, or for a step that ends in a star, one for every 1024 bytes of the file.
+  /// The faults of a row: one, or if the last step ends in a star, one for every multiple of 1024 bytes.
   Texts all(const std::string& fault) const {
     if (!fault.ends_with("*")) return {fault};
     const std::size_t size = (fault.find("journal-") == fault.npos ? sound : journal).size();
