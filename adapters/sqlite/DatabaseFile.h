@@ -38,6 +38,9 @@ class DatabaseFile {
   bool isInPlace() const;
   bool fileIsInPlace() const;
 
+  /// Whether SQLite has opened the file for reading only, because the process may not write it.
+  bool isReadOnly() const { return sqlite3_db_readonly(handle_.get(), "main") == 1; }
+
   /// Call this when the write-ahead log was deleted or moved away while the file is still in place. Moves the
   /// log's content to the file, unless another connection has begun a new log meanwhile. Returns whether it
   /// moved the content. Hold the lock of the file's folder.
