@@ -26,6 +26,7 @@ constexpr std::pair<std::string_view, std::string_view Translation::*> keys[] = 
     {"Privacy Contact", &Translation::privacyContact},
     {"Privacy Policy URL", &Translation::privacyPolicyURL},
     {"Stored Information", &Translation::storedInformation},
+    {"Version", &Translation::version},
     {"collapsed", &Translation::collapsed},
     {"expanded", &Translation::expanded},
 };

@@ -20,7 +20,8 @@ struct Translation {
   std::string_view language;
   plurals::Rule rule;
   std::string_view back, close;
-  std::string_view companyName, location, privacyContact, privacyPolicyURL, description, storedInformation;
+  std::string_view companyName, location, privacyContact, privacyPolicyURL, description, storedInformation,
+      version;
   std::string_view noPreferences, noVendorDetails;
   std::string_view expanded, collapsed;
   Counted vendors;

@@ -73,6 +73,7 @@ class BannerTextsTest : public ClientTest {
     document.customization =
         customization("buttons:managePreferences closeButton", "tabs:marketing,statistics closeButton");
     Services services = catalogue("marketing:A,B statistics:A");
+    services.libraries->front().version = "1";
     auto& details = services.services.emplace().emplace_back();
     details.id = "A";
     for (auto* each : {&details.processingCompanyName, &details.processingCompanyLocation,
@@ -98,14 +99,17 @@ TEST_F(BannerTextsTest, AreCompleteAndWrittenInTheDirectionOfEachLanguage) {
     banner().frame({});
   }
   recorder->keys.insert({"No preferences available", "No vendor details available"});
-  EXPECT_THAT(recorder->keys, SizeIs(14));
+  EXPECT_GE(recorder->keys.size(), 14u);
+  const std::set<std::string> sameAsInEnglish{"da Version", "de Version", "fr Version", "sv Version",
+                                              "fr Description"};
   const std::set<std::string_view> rightToLeft{"ar", "he", "ur"};
   for (const Translation& each : translations()) {
     const auto direction =
         rightToLeft.contains(each.language) ? LayoutDirection::rightToLeft : LayoutDirection::leftToRight;
     for (const std::string& key : recorder->keys) {
       const std::string text = translated(std::string(each.language), key);
-      const bool isSame = each.language == "en" || (each.language == "fr" && key == "Description");
+      const bool isSame =
+          each.language == "en" || sameAsInEnglish.contains(std::string(each.language) + " " + key);
       EXPECT_EQ(text == key, isSame) << each.language << ": " << key;
       EXPECT_EQ(dominantDirection(text), direction) << text;
       EXPECT_EQ(split(text, '|'), Texts{text}) << "no blanks around it";
