@@ -100,6 +100,17 @@ TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, voi
  */
 TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
 
+/* Returns the host's text for a key, or null. The text must stay valid until the next call. */
+typedef const char* (*talvo_text_callback)(const char* key, void* user_data);
+
+/*
+ * Translates the banner's own texts, such as "Back", into the banner's language; otherwise they are in
+ * English. Call it once a platform is installed. `own`, which may be null, is called on the main thread and
+ * may replace each text. The guide lists the keys.
+ */
+TALVO_API talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data,
+                                             talvo_callback release);
+
 /* Runs the jobs that wait for the main thread, among them the banner's callbacks. Returns how many it ran. */
 TALVO_API size_t talvo_drain(void);
 

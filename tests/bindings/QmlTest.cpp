@@ -102,6 +102,20 @@ TEST_F(QmlTest, LimitsHowLongABannerMayTake) {
   EXPECT_EQ(platform.session->requests().back().totalTimeout, std::chrono::milliseconds(1500));
 }
 
+TEST(QmlTextsTest, TranslatesTheBannersTexts) {
+  const std::string store = ::testing::TempDir() + "qml-texts.sqlite";
+  ConsentSdk sdk;
+  sdk.setProperty("apiUrl", "http://127.0.0.1:1");
+  sdk.setProperty("store", QString::fromStdString(store));
+  sdk.setProperty("translatesTexts", true);
+  sdk.setProperty("ownTexts", QVariantMap{{"Close", "Weg damit"}});
+  sdk.componentComplete();
+  const auto texts = Platform::current().localization;
+  texts->setLanguage("de");
+  EXPECT_EQ(texts->text("Close"), "Weg damit");
+  EXPECT_EQ(texts->text("Back"), "Zurück");
+}
+
 // This happens if a host's store or printer runs an event loop that loads the QML.
 TEST_F(QmlTest, FailsWhileTheClientIsBeingCreated) {
   Item item;
