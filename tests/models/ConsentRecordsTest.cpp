@@ -45,8 +45,10 @@ TEST(FullConsentTest, ConvertsToTheHostsConsent) {
     EXPECT_EQ(written(parsed<FullConsent>(payload).toBasicConsent()), consent);
 }
 
-TEST(ConsentCategoryTest, IsWrittenByItsName) {
+TEST(EnumerationsTest, AreWrittenByName) {
   EXPECT_EQ(written(parsed<ConsentCategory>("\"doNotSell\"")), "\"doNotSell\"");
+  EXPECT_EQ(failure(JSONDecoder().decode<ConsentStatus>("\"Partial\"")),
+            "Data corrupted: no case is named \"Partial\"");
 }
 
 }  // namespace
