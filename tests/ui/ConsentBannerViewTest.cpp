@@ -64,8 +64,10 @@ TEST_F(ConsentBannerViewTest, PrintsAnUnknownComponentOnce) {
 }
 
 TEST_F(ConsentBannerViewTest, OpensLinks) {
-  site.urls = URLs{{"dsrForm", "a.b/dsr"}, {"dsr", "https://x"}, {"big", "HTTP://A/b"},
-                   {"safe", "https://c"},  {"broken", "%zz"},    {"foo", ""}};
+  site.urls =
+      URLs{{"dsrForm", "a.b/dsr"},    {"dsr", "https://x"}, {"big", "HTTP://A/b"},  {"safe", "https://c"},
+           {"broken", "%zz"},         {"foo", ""},          {"space", "a/b c?\"é"}, {"letters", "ä.b"},
+           {"words", "see our site"}, {"host", "a<b/c"}};
   const auto table = tableOf<3>("banner/links.txt");
   for (const auto& [link, opened, line] : table) {
     banner().handleLinkAction(link);
