@@ -3,7 +3,6 @@
 // The card that every screen of the banner is drawn on, and how a list of components fills it.
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,7 +37,7 @@ class CardScreen {
   /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
   /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a
   /// text, its lines stop short of the close control. If it has controls, all content starts below the close
-  /// control.
+  /// control. A list without a way out gets a close control, too.
   void addComponents(const Items& items, const TabsRenderer& renderTabs = nullptr);
 
   /// The card with its margin to the edges of the screen.
@@ -54,8 +53,8 @@ class CardScreen {
   const Palette palette_;
   std::vector<view::AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
-  std::optional<BannerCustomization::ComponentItem> closeButton_;
-  bool isBelowClose_ = false;  // whether all content starts below the close control
+  bool hasClose_ = true;         // a screen without components has nothing else to leave it by
+  bool isBelowClose_ = false;    // whether all content starts below the close control
 };
 
 }  // namespace TalvoConsentSDK

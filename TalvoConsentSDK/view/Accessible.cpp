@@ -24,6 +24,8 @@ std::string texts(const Element& element) {
 
 class Collector {
  public:
+  explicit Collector(double controlScale) : target_(minTarget * controlScale) {}
+
   void add(const Element& element, bool isEnabled) {
     std::visit([&](const auto& content) { collect(element, content, isEnabled); },
                element.view.node().content);
@@ -49,7 +51,7 @@ class Collector {
 
   AccessibleElement& appendControl(const Element& element, Role role, std::string name, bool isEnabled) {
     AccessibleElement& added = append(element, role, std::move(name), isEnabled);
-    added.frame = element.frame.grownTo({minTarget, minTarget});
+    added.frame = element.frame.grownTo({target_, target_});
     added.control = AccessibleControl{element.view, element.frame};
     return added;
   }
@@ -97,6 +99,7 @@ class Collector {
     addChildren(element, isEnabled);
   }
 
+  const double target_;
   std::vector<AccessibleElement> elements_;
 };
 
@@ -112,8 +115,8 @@ double distance(const Rect& frame, Point p) {
 
 }  // namespace
 
-std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree) {
-  Collector collector;
+std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree, double controlScale) {
+  Collector collector(controlScale);
   collector.add(tree.root(), true);
   return std::move(collector).take();
 }

@@ -62,9 +62,9 @@ const std::vector<AccessibleElement>& HostingController::accessibleElements(Layo
   if (rows == Layout::Rows::nearby || isUpdating_) return accessible_;
   if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
-    allAccessible_ = collectAccessibleElements(tree_);
+    allAccessible_ = collectAccessibleElements(tree_, environment_.controlScale());
     layout_.run(keptElements());  // removes the distant rows again, but now their heights are known
-    accessible_ = collectAccessibleElements(tree_);
+    accessible_ = collectAccessibleElements(tree_, environment_.controlScale());
     requestFrame();
   }
   return *allAccessible_;
@@ -94,7 +94,7 @@ void HostingController::update() {
   }
   if (std::exchange(layoutIsStale_, false)) {
     layout_.run(keptElements());
-    accessible_ = collectAccessibleElements(tree_);
+    accessible_ = collectAccessibleElements(tree_, environment_.controlScale());
     allAccessible_.reset();
     ++accessibleRevision_;
     settleFocus();

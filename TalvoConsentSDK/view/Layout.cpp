@@ -116,10 +116,16 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
             return environment_.textMeasurer->measure(text.text, text.font,
                                                       proposal.width.value_or(infinity));
           },
-          [](const node::Symbol& symbol) { return Size{symbol.size, symbol.size}; },
+          [&](const node::Symbol& symbol) {
+            const double side = symbol.size * environment_.controlScale();
+            return Size{side, side};
+          },
           [&](const node::AsyncImage& image) { return measureImage(element, image, proposal); },
           [&](const node::Shape&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
-          [](const node::Toggle&) { return toggleSize; },
+          [&](const node::Toggle&) {
+            const double scale = environment_.controlScale();
+            return Size{toggleSize.width * scale, toggleSize.height * scale};
+          },
           [&](const node::Stack& stack) { return measureStack(element, stack, proposal); },
           [&](const node::Divider&) { return Size{proposal.width.value_or(0), dividerHeight}; },
           [&](const node::Scroll&) {
@@ -224,8 +230,8 @@ double Layout::measureMinContentWidth(const Element& element) const {
   return std::visit(
       Overloaded{
           [&](const node::Text& text) { return environment_.textMeasurer->widestWord(text.text, text.font); },
-          [](const node::Symbol& symbol) { return symbol.size; },
-          [](const node::Toggle&) { return toggleSize.width; },
+          [&](const node::Symbol& symbol) { return symbol.size * environment_.controlScale(); },
+          [&](const node::Toggle&) { return toggleSize.width * environment_.controlScale(); },
           [&](const node::Stack& stack) {
             if (stack.axis != node::Axis::horizontal || stack.overflow != Overflow::compress) {
               return widestChild();

@@ -71,12 +71,17 @@ void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame,
     for (const auto& child : element.children) placeAligned(*child, frame, stack.alignment, proposal);
     return;
   }
-  const auto placeItems = [&](const std::vector<StackItem>& items, Axis axis, const Rect& area) {
+  const auto placeItems = [&](std::vector<StackItem> items, Axis axis, const Rect& area) {
     const double share = axis == Axis::horizontal ? shareBefore(stack.alignment.vertical)
                                                   : shareBefore(stack.alignment.horizontal);
     const double breadth = across(axis, area.size());
     double start = axis == Axis::horizontal ? area.x : area.y;
-    for (const StackItem& item : items) {
+    for (StackItem& item : items) {
+      // In a row, a child that takes the height it is offered becomes as high as the highest one.
+      if (axis == Axis::horizontal && item.size.height < breadth) {
+        item.proposal.height = breadth;
+        item.size = size(*item.element, item.proposal);
+      }
       const double offset = (breadth - across(axis, item.size)) * share;
       place(*item.element,
             axis == Axis::horizontal ? Rect{start, area.y + offset, item.size.width, item.size.height}

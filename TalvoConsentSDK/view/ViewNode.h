@@ -48,7 +48,7 @@ struct Text {
   friend bool operator==(const Text&, const Text&) = default;
 };
 
-/// A symbol in a square of `size` points.
+/// A symbol in a square of `size` points, which grows with the text.
 struct Symbol {
   Glyph glyph = Glyph::xmark;
   double size = 0;
@@ -58,7 +58,8 @@ struct Symbol {
   friend bool operator==(const Symbol&, const Symbol&) = default;
 };
 
-/// A picture from the network, `height` points high. It is empty while it loads and if loading fails.
+/// A picture from the network in a frame that is `height` points high. It keeps its proportions if it is too
+/// wide for the frame. It is empty while it loads and if loading fails.
 struct AsyncImage {
   URL url;
   double height = 0;

@@ -86,7 +86,12 @@ class Flattener {
 
   void draw(const Element& element, const node::AsyncImage& image, double opacity, bool) {
     const auto& loaded = memory_.get<LoadedImage>(element.id, [] { return LoadedImage(); });
-    if (loaded.image && loaded.url == image.url) pushMain(element, opacity, visual::Picture{loaded.image});
+    if (!loaded.image || loaded.url != image.url) return;
+    const Size natural = loaded.image->size();
+    const double height =
+        std::min(element.frame.height, element.frame.width * natural.height / natural.width);
+    const Rect shown{element.frame.x, element.frame.center().y - height / 2, element.frame.width, height};
+    push(element.id, mainPart, shown, element.clip, opacity, visual::Picture{loaded.image});
   }
 
   void draw(const Element& element, const node::Shape& shape, double opacity, bool) {

@@ -78,7 +78,8 @@ QColor mixed(const Color& from, const Color& to, double share) {
 }
 
 void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& size) {
-  constexpr double inset = 2;
+  const double unit = size.height() / 31;  // the height at text scale 1
+  const double inset = 2 * unit;
   const double knob = size.height() - 2 * inset;
   const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
   const double x = inset + (size.width() - 2 * inset - knob) * position;
@@ -89,8 +90,8 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   painter.setPen(Qt::NoPen);
   painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
   painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
-  disc(0.5, 1.5, QColor(0, 0, 0, 18));
-  disc(0, 1, QColor(0, 0, 0, 40));
+  disc(0.5 * unit, 1.5 * unit, QColor(0, 0, 0, 18));
+  disc(0, unit, QColor(0, 0, 0, 40));
   disc(0, 0, toQColor(toggle.knobColor));
 }
 

@@ -54,6 +54,26 @@ TEST_F(HostingControllerTest, KeepsControlsInReach) {
   }
 }
 
+TEST_F(HostingControllerTest, CanLeaveEveryScreen) {
+  const auto table = tableOf<3>("banner/exits.txt");
+  for (const auto& [screenName, listed, expected] : table) {
+    site = customization(screenName == "main" ? listed : "", listed);
+    if (listed == "-") site.components.reset();
+    const ConsentBannerView view = banner();
+    if (screenName != "main") view.handleMainAction("preferences");
+    if (screenName == "vendor") view.showVendorDetail(vendors.groupedByVendor("marketing").front());
+    TestScreen screen(view.view());
+    const Rect card = find(screen, "dialog").frame;
+    Texts found;
+    for (const auto& each : screen.accessibleElements()) {
+      if (!each.isControl() || each.role == Role::toggle) continue;
+      found.push_back(each.name);
+      EXPECT_EQ(each.control->frame.intersection(card), each.control->frame) << screenName << listed;
+    }
+    EXPECT_EQ(joined(found), expected) << screenName << listed;
+  }
+}
+
 TEST_F(HostingControllerTest, HitsTheNearestControl) {
   const AnyView clipped =
       scrollView(recordingButton("clip", 20, 200)).frame({.minHeight = 20, .maxHeight = 20});
