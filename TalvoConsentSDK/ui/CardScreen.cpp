@@ -6,6 +6,7 @@
 
 #include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/BannerActions.h"
+#include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
 #include "TalvoConsentSDK/view/Views.h"
 
@@ -40,23 +41,28 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
   return lowercased(customization.settings.positioning) == "top";
 }
 
-void CardScreen::add(AnyView view) {
-  views_.push_back(std::move(view));
-  actionsFrom_ = views_.size();
+void CardScreen::setHeader(AnyView control, std::string title) {
+  control_ = std::move(control);
+  title_ = TitleComponentRenderer(std::move(title), context_.customization).render();
 }
 
 void CardScreen::addText(std::string text) {
-  add(view::text(std::move(text), {.color = palette_.font}));
+  views_.push_back(view::text(std::move(text), {.color = palette_.font}));
+  actionsFrom_ = views_.size();
 }
 
 void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTabs) {
-  const auto close = std::ranges::find(items, "closeButton", &BannerCustomization::ComponentItem::id);
-  if (close != items.end()) closeButton_ = *close;
+  hasClose_ = std::ranges::find(items, "closeButton", &BannerCustomization::ComponentItem::id) != items.end();
   for (const auto& item : items) {
     if (item.id == "closeButton") continue;
     AnyView view = componentView(item, renderTabs);
     if (view.isEmpty()) continue;
-    if (closeButton_ && views_.empty()) {
+    const bool isFirst = title_.isEmpty() && views_.empty();
+    if (isFirst && item.id == "title") {
+      title_ = view;
+      continue;
+    }
+    if (isFirst && hasClose_) {
       if (isText(item)) view = view.padding({.trailing = roomForClose});
       isBelowClose_ = hasControls(item);
     }
@@ -95,20 +101,26 @@ AnyView CardScreen::content() const {
     return verticalStack({.alignment = HorizontalAlignment::leading}, std::vector<AnyView>(first, last));
   };
   const auto actions = views_.begin() + static_cast<std::ptrdiff_t>(actionsFrom_);
-  if (views_.empty()) return {};
-  const double room = closeButton_ ? roomForClose : 0;
-  const AnyView all =
-      pinnedFooter(stack(views_.begin(), actions), stack(actions, views_.end()), isBelowClose_ ? 0 : room);
-  return isBelowClose_ ? all.padding({.top = room}) : all;
+  const AnyView rest = stack(views_.begin(), actions);
+  return pinnedEnds({.growsUp = !isAtTop(context_.customization)},
+                    {
+                        control_,
+                        title_.isEmpty() || !hasClose_ ? title_ : title_.padding({.trailing = roomForClose}),
+                        isBelowClose_ ? rest.padding({.top = roomForClose}) : rest,
+                        stack(actions, views_.end()),
+                    });
 }
 
+// Content that scrolls below the cross is hidden by its background.
 AnyView CardScreen::closeControl() const {
-  if (!closeButton_) return {};
-  ScreenContext context = context_;
-  context.onButtonAction = [report = context_.onButtonAction](const std::string&) {
+  if (!hasClose_) return {};
+  const auto close = [report = context_.onButtonAction](const std::string&) {
     report(std::string(closeAction));
   };
-  return ComponentRenderable(*closeButton_, context).render().padding(Insets::all(closeInset));
+  return CloseButtonRenderer(context_.customization, close)
+      .render()
+      .background({.color = palette_.background, .cornerRadius = closeSize / 2})
+      .padding(Insets::all(closeInset));
 }
 
 }  // namespace TalvoConsentSDK

@@ -45,7 +45,10 @@ AnyView CategoryRow::body(const State<bool>& isExpanded) const {
                                               .stacked = HorizontalAlignment::trailing},
                                              {header(isExpanded), switchView()})
                                  .padding(Insets::vertical(12))};
-  if (hasVendors() && isExpanded.get()) parts.push_back(vendors().padding({.bottom = 8}).key("vendors"));
+  if (hasVendors()) {
+    parts.push_back(
+        disclosure(isExpanded.get(), isExpanded.get() ? vendors().padding({.bottom = 8}) : AnyView()));
+  }
   return verticalStack({.alignment = HorizontalAlignment::leading}, parts);
 }
 
