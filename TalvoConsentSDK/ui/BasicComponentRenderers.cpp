@@ -54,7 +54,9 @@ AnyView BackButtonRenderer::render() const {
                   .color = palette_.font}),
           text(localized("Back"), {.font = {TextStyle::body, FontWeight::medium}, .color = palette_.font}),
       });
-  return button(label.padding(Insets::vertical(4)), onAction_).padding({.bottom = 4});
+  return button(label.padding(Insets::vertical(4)), onAction_)
+      .padding({.bottom = 4})
+      .accessibility({.isDismissal = true});
 }
 
 }  // namespace TalvoConsentSDK

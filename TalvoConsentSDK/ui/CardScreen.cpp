@@ -54,13 +54,14 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
   return lowercased(customization.settings.positioning) == "top";
 }
 
-void CardScreen::add(AnyView view) {
-  views_.push_back(std::move(view));
-  actionsFrom_ = views_.size();
+void CardScreen::setHeader(AnyView control, std::string title) {
+  control_ = std::move(control);
+  title_ = TitleComponentRenderer(std::move(title), context_.customization).render();
 }
 
 void CardScreen::addText(std::string text) {
-  add(view::text(std::move(text), {.color = palette_.font}).padding({.trailing = roomForClose}));
+  views_.push_back(view::text(std::move(text), {.color = palette_.font}).padding({.trailing = roomForClose}));
+  actionsFrom_ = views_.size();
 }
 
 void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTabs) {
@@ -70,7 +71,12 @@ void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTab
     if (item.id == "closeButton") continue;
     AnyView view = componentView(item, renderTabs);
     if (view.isEmpty()) continue;
-    if (hasClose_ && views_.empty()) {
+    const bool isFirst = title_.isEmpty() && views_.empty();
+    if (isFirst && item.id == "title") {
+      title_ = view;
+      continue;
+    }
+    if (isFirst && hasClose_) {
       if (isText(item)) view = view.padding({.trailing = roomForClose});
       isBelowClose_ = hasControls(item);
     }
@@ -109,19 +115,28 @@ AnyView CardScreen::content() const {
     return verticalStack({.alignment = HorizontalAlignment::leading}, std::vector<AnyView>(first, last));
   };
   const auto actions = views_.begin() + static_cast<std::ptrdiff_t>(actionsFrom_);
-  const double room = hasClose_ ? roomForClose : 0;
-  if (views_.empty()) return AnyView().frame({.minHeight = room});
-  const AnyView all =
-      pinnedFooter(stack(views_.begin(), actions), stack(actions, views_.end()), isBelowClose_ ? 0 : room);
-  return isBelowClose_ ? all.padding({.top = room}) : all;
+  if (title_.isEmpty() && control_.isEmpty() && views_.empty())
+    return AnyView().frame({.minHeight = hasClose_ ? roomForClose : 0});
+  const AnyView rest = stack(views_.begin(), actions);
+  return pinnedEnds({.growsUp = !isAtTop(context_.customization)},
+                    {
+                        control_,
+                        title_.isEmpty() || !hasClose_ ? title_ : title_.padding({.trailing = roomForClose}),
+                        isBelowClose_ ? rest.padding({.top = roomForClose}) : rest,
+                        stack(actions, views_.end()),
+                    });
 }
 
+// Content that scrolls below the cross is hidden by its background.
 AnyView CardScreen::closeControl() const {
   if (!hasClose_) return {};
   const auto close = [report = context_.onButtonAction](const std::string&) {
     report(std::string(closeAction));
   };
-  return CloseButtonRenderer(context_.customization, close).render().padding(Insets::all(closeInset));
+  return CloseButtonRenderer(context_.customization, close)
+      .render()
+      .background({.color = palette_.background, .cornerRadius = closeSize / 2})
+      .padding(Insets::all(closeInset));
 }
 
 }  // namespace TalvoConsentSDK

@@ -46,8 +46,10 @@ AnyView CategoryRow::body(const State<bool>& isExpanded) const {
                                  .color = palette_.secondaryFont()})
                         .padding({.top = 3}));
   }
-  if (hasVendors() && isExpanded.get())
-    parts.push_back(vendors().padding({.leading = vendorInset}).key("vendors"));
+  if (hasVendors()) {
+    parts.push_back(disclosure(isExpanded.get(),
+                               isExpanded.get() ? vendors().padding({.leading = vendorInset}) : AnyView()));
+  }
   return verticalStack({.alignment = HorizontalAlignment::leading}, parts).padding(Insets::vertical(12));
 }
 

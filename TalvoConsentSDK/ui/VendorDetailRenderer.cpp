@@ -70,7 +70,6 @@ AnyView VendorDetailRenderer::render() const {
   const auto& details = vendorGroup_.details;
   const AnyView name =
       text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette_.font})
-          .accessibility({.role = Role::heading})
           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
 
   std::vector<AnyView> views{

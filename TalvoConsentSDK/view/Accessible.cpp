@@ -72,6 +72,10 @@ class Collector {
     addChildren(element, isEnabled && !disabled.isDisabled);
   }
 
+  void collect(const Element& element, const node::Disclosure& disclosure, bool isEnabled) {
+    if (disclosure.isOpen) addChildren(element, isEnabled);
+  }
+
   // A dialog becomes an element, followed by its content. For any other role, the properties in `own` apply
   // to the first element inside the view; if there is none, a view with a label becomes an element itself.
   void collect(const Element& element, const node::Accessibility& own, bool isEnabled) {
@@ -92,6 +96,7 @@ class Collector {
     if (!own.value.empty()) subject.value = own.value;
     if (!own.description.empty()) subject.description = own.description;
     subject.isDismissal = own.isDismissal;
+    elements_.back().focusRequests = own.focusRequests;
   }
 
   template <class Other>

@@ -34,6 +34,7 @@ struct AccessibleElement {
   bool isEnabled = true;
   bool isModal = false;
   bool isDismissal = false;
+  int focusRequests = 0;     // see node::Accessibility
   Rect frame;                // in window coordinates; for a control, its hit area
   std::optional<Rect> clip;  // the part of the window in which it is visible
   std::optional<AccessibleControl> control;

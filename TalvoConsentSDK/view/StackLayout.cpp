@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <map>
 #include <utility>
 
 #include "TalvoConsentSDK/view/Layout.h"
@@ -117,20 +117,15 @@ std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack&
     return items;
   }
 
-  std::vector<std::size_t> order(items.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::vector<double> flexibilities;
-  for (const StackItem& item : items) flexibilities.push_back(flexibility(*item.element, axis, proposal));
-  std::ranges::sort(order, {}, [&](std::size_t i) { return std::pair(flexibilities[i], i); });
+  std::multimap<double, StackItem*> byFlexibility;  // keeps the order of equally flexible ones
+  for (StackItem& item : items) byFlexibility.emplace(flexibility(*item.element, axis, proposal), &item);
 
   double left = *offered - stack.spacing * static_cast<double>(items.empty() ? 0 : items.size() - 1);
   auto sharers = static_cast<double>(items.size());
-  for (const std::size_t i : order) {
-    StackItem& item = items[i];
-    const double share = std::max(0.0, left / sharers);
-    item.proposal = withAlong(axis, proposal, share);
-    item.size = size(*item.element, item.proposal);
-    left -= along(axis, item.size);
+  for (const auto& [unused, item] : byFlexibility) {
+    item->proposal = withAlong(axis, proposal, std::max(0.0, left / sharers));
+    item->size = size(*item->element, item->proposal);
+    left -= along(axis, item->size);
     --sharers;
   }
   return items;

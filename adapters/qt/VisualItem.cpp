@@ -95,6 +95,17 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   disc(0, 0, toQColor(toggle.knobColor));
 }
 
+// A column of pixels in which a box's colour fades away, without a visible start.
+QImage fadeColumn(const visual::Box& box, int height) {
+  QImage column(1, height, QImage::Format_ARGB32);
+  for (int y = 0; y < height; ++y) {
+    const double passed = (y + 0.5) / height;
+    const double t = box.fade > 0 ? 1 - passed : passed;
+    column.setPixelColor(0, y, toQColor(box.color.withAlpha(box.color.alpha * t * t * (3 - 2 * t))));
+  }
+  return column;
+}
+
 // Creates the node that draws a visual, in the item's size; has one overload per kind of visual.
 struct NodeMaker {
   QQuickWindow& window;
@@ -110,6 +121,7 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Box& box) const {
+    if (box.fade != 0) return imageNode(fadeColumn(box, std::max(1, qRound(size.height() * ratio()))));
     if (box.cornerRadius > 0) return patchNode(boxPatch(box.color, box.cornerRadius, ratio()));
     QSGRectangleNode* node = window.createRectangleNode();
     node->setColor(toQColor(box.color));
@@ -125,12 +137,7 @@ struct NodeMaker {
     const auto* image = dynamic_cast<const QtImage*>(picture.image.get());
     if (!image) return nullptr;
     const QSize pixels = (size * ratio()).toSize();
-    const QImage scaled = image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    QSGImageNode* node = window.createImageNode();
-    node->setTexture(window.createTextureFromImage(scaled, QQuickWindow::TextureHasAlphaChannel));
-    node->setOwnsTexture(true);
-    node->setRect(QRectF(QPointF(0, 0), size));
-    return node;
+    return imageNode(image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   }
 
   QSGNode* operator()(const visual::Switch& toggle) const {
@@ -139,6 +146,14 @@ struct NodeMaker {
 
   QSGNode* operator()(const visual::FocusRing& ring) const {
     return patchNode(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+  }
+
+  QSGNode* imageNode(const QImage& image) const {
+    QSGImageNode* node = window.createImageNode();
+    node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
+    node->setOwnsTexture(true);
+    node->setRect(QRectF(QPointF(0, 0), size));
+    return node;
   }
 
   // Adds a margin of 2 points for shadows and strokes that extend beyond the item.

@@ -96,12 +96,33 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
             "box 0 0 200 100; box 150 64 20 10; ab 128 58 17 22");
 }
 
-// Scrolled content ends in a hairline, which is listed as a box.
-TEST(LayoutTest, PinsTheFooter) {
-  const auto table = tableOf<4>("banner/footer.txt");
-  for (const auto& [content, height, scale, expected] : table) {
-    const AnyView view = pinnedFooter(box(100, std::stod(content)), box(100, 40), 28);
-    EXPECT_EQ(TestScreen(view, {100, std::stod(height)}, {}, {}, std::stod(scale)).drawn(), expected);
+// The bar is 20 points wide and 30 high, the title as high as the table says, and the footer 100 by 40. The
+// edges of what scrolls are listed as boxes, too.
+TEST(LayoutTest, PinsTheTitleAndTheFooter) {
+  const auto table = tableOf<5>("banner/pinned.txt");
+  for (const auto& [title, content, height, scale, expected] : table) {
+    const bool hasBar = title.ends_with(" bar");
+    const AnyView bar = hasBar ? text("bar", {}).frame({.minHeight = 30}) : AnyView();
+    const AnyView name =
+        title == "none" ? AnyView() : text("title", {}).frame({.minHeight = std::stod(title)});
+    const AnyView view = pinnedEnds({}, {bar, name, box(100, std::stod(content)), box(100, 40)});
+    TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
+                      std::stod(scale));
+    EXPECT_EQ(screen.drawn(), expected) << title << " " << content << " " << height << " " << scale;
+  }
+}
+
+// Where the content would seem to end, between two texts, it is cut off within the text before.
+TEST(LayoutTest, CutsATextAtTheLowerEdge) {
+  for (int height = 250; height < 350; ++height) {
+    std::vector<AnyView> texts(20, text("text", {}).padding({.bottom = 28}));
+    TestScreen screen(pinnedEnds({}, {{}, {}, verticalStack({}, texts), box(100, 40)}),
+                      {100, static_cast<double>(height)});
+    const auto& elements = screen.accessibleElements();
+    const bool isCut = std::ranges::any_of(elements, [](const AccessibleElement& each) {
+      return each.frame.y < each.clip->bottom() - 6 && each.frame.bottom() > each.clip->bottom() + 2;
+    });
+    EXPECT_TRUE(isCut) << height;
   }
 }
 
