@@ -5,6 +5,7 @@
 
 #include "TalvoConsentSDK/base/Version.h"
 #include "TalvoConsentSDK/core/BannerHandlers.h"
+#include "TalvoConsentSDK/core/BannerOptions.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
 #include "TalvoConsentSDK/core/ConsentGate.h"
 #include "TalvoConsentSDK/core/CookiesSDK.h"

@@ -1,5 +1,6 @@
-// Compares a request with the same request on bare libcurl, and a submission with its two parts, a POST and a
-// durable write. Everything uses the loopback address.
+// Compares a request with the same request on bare libcurl, a reply from the cache with a request, and a
+// submission with its two parts, a POST and a durable write. Everything uses the loopback address. The
+// session has the cache of the ready-made platforms in front of it.
 
 #include <chrono>
 #include <condition_variable>
@@ -15,6 +16,7 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/curl/CurlURLSession.h"
+#include "adapters/posix/CachedSession.h"
 #include "adapters/posix/PosixPlatform.h"
 
 #include "benchmarks/BareCurl.h"
@@ -117,13 +119,42 @@ void measurePair(State& state, Ours ours, Bare bare) {
 void requests(State& state, const std::string& body) {
   const auto inFlight = static_cast<int>(state.range(0));
   const QuickServer server;
-  CurlURLSession session;
-  Stream stream(session, server.url(), body);
+  const auto session =
+      cachedSession(std::make_shared<CurlURLSession>(), scratchFolder() + "/requests.sqlite", 10'000'000);
+  Stream stream(*session, server.url(), body);
   BareCurl curl(server.url(), body);
   stream.run(warmUpCount, inFlight);
   curl.run(warmUpCount, inFlight);
   const auto ours = [&] { stream.run(requestCount, inFlight); };
   const auto bare = [&] { curl.run(requestCount, inFlight); };
+  measurePair(state, ours, bare);
+}
+
+// Lets the cache keep what the server sends.
+class KeptReplies : public URLSession {
+ public:
+  void run(URLRequest request, Completion completion) override {
+    curl_.run(std::move(request), [completion = std::move(completion)](Result<URLResponse> outcome) {
+      if (outcome) outcome->headers["Cache-Control"] = "max-age=86400";
+      completion(std::move(outcome));
+    });
+  }
+
+ private:
+  CurlURLSession curl_;
+};
+
+void hits(State& state) {
+  const auto inFlight = static_cast<int>(state.range(0));
+  const QuickServer server;
+  CurlURLSession session;
+  const auto cached =
+      cachedSession(std::make_shared<KeptReplies>(), scratchFolder() + "/hits.sqlite", 10'000'000);
+  Stream kept(*cached, server.url(), ""), requested(session, server.url(), "");
+  kept.run(warmUpCount, 1);
+  requested.run(warmUpCount, inFlight);
+  const auto ours = [&] { kept.run(requestCount, inFlight); };
+  const auto bare = [&] { requested.run(requestCount, inFlight); };
   measurePair(state, ours, bare);
 }
 
@@ -156,6 +187,7 @@ void submission(State& state) {
 
 BENCHMARK_CAPTURE(requests, get, "")->Name("requests/GET")->Arg(1)->Arg(32)->Iterations(1);
 BENCHMARK_CAPTURE(requests, post, consentBody())->Name("requests/POST")->Arg(1)->Arg(32)->Iterations(1);
+BENCHMARK(hits)->Arg(1)->Arg(32)->Iterations(1);
 BENCHMARK(submission)->Name("submission")->Iterations(50);
 
 }  // namespace

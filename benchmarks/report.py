@@ -156,6 +156,10 @@ def transport(table, quick, env):
             pair = figures[f"requests/{method}/{flight}"]
             table.add(f"1,000 {method} requests, {flight} in flight", pair["ours"], limit=pair["bare"], ratio=pair["ratio"],
                       limit_name="bare libcurl multi", budget=within(pair["ratio"], 1.2))
+    for flight, figures in pairs.items():
+        pair = figures[f"hits/{flight}"]
+        table.add(f"1,000 replies from the cache, {flight} in flight", pair["ours"], limit=pair["bare"], ratio=pair["ratio"],
+                  limit_name="the same requests", budget=("<= 1/3", pair["ratio"] <= 1 / 3))
     pair = pairs[32]["submission"]
     table.add("submission on loopback", pair["ours"], limit=pair["bare"], ratio=pair["ratio"],
               limit_name="bare libcurl + SQLite")

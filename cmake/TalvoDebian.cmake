@@ -10,7 +10,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-  ${PROJECT_BINARY_DIR}/TalvoConsentSDK ${PROJECT_BINARY_DIR}/adapters/curl ${PROJECT_BINARY_DIR}/testing/fakes
+  ${PROJECT_BINARY_DIR}/TalvoConsentSDK ${PROJECT_BINARY_DIR}/adapters/cache ${PROJECT_BINARY_DIR}/adapters/curl
+  ${PROJECT_BINARY_DIR}/testing/fakes
   ${PROJECT_BINARY_DIR}/adapters/posix ${PROJECT_BINARY_DIR}/adapters/qt ${PROJECT_BINARY_DIR}/adapters/sqlite
   ${PROJECT_BINARY_DIR}/adapters/threads ${PROJECT_BINARY_DIR}/bindings/c)
 # Tells Debian's tools which package a program linked with the libraries depends on.

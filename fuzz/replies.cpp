@@ -1,6 +1,9 @@
-// Passes outcomes of a session through the transport. Every request must end exactly once, with the error
-// that fits the outcome. Parts: the body; the status, or "-" for a reply without a body, or "?" for one
-// without a status; the error's text.
+// Passes outcomes of a session through the transport and through the cache. Every request must end exactly
+// once, with the error that fits the outcome. The cache must not change an outcome. The input has five parts:
+// the body; the status, or "-" for a reply without a body, or "?" for a reply without a status; the error's
+// text; the header fields of the reply, one in a line; the header fields of the request.
+
+#include <sstream>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/models/ConsentResponse.h"
@@ -10,7 +13,11 @@
 #include "TalvoConsentSDK/network/URLSessionHTTPClient.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
 
+#include "adapters/cache/CachingURLSession.h"
+#include "adapters/cache/MemoryCacheStorage.h"
+
 #include "fuzz/Fuzzing.h"
+#include "testing/fakes/ManualExecutor.h"
 
 using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::platform;
@@ -29,11 +36,25 @@ class OneOutcome : public URLSession {
   const Result<URLResponse> outcome_;
 };
 
+const char* const address = "https://service.example/x";
+
+HTTPHeaders headersOf(const std::string& lines) {
+  HTTPHeaders headers;
+  std::istringstream stream(lines);
+  for (std::string line; std::getline(stream, line);) {
+    const auto colon = line.find(':');
+    if (colon != line.npos) headers[line.substr(0, colon)] = line.substr(colon + 1);
+  }
+  return headers;
+}
+
 Result<URLResponse> outcomeOf(Input& input) {
   URLResponse response;
   response.body = input.text();
   const std::string status = input.text();
   const std::string error = input.text();
+  response.headers = headersOf(input.text());
+  response.url = URL::parse(address);
   if (!error.empty()) return PlatformError("net", 1, error);
   if (status == "-") response.body.reset();
   if (status != "?") response.statusCode = status.empty() || status == "-" ? 200 : std::atoi(status.c_str());
@@ -80,12 +101,35 @@ void checkUntyped(URLSessionHTTPClient& client, const Result<URLResponse>& outco
   require(ends == 1, "a request ends once");
 }
 
+void checkCached(const Result<URLResponse>& outcome, const HTTPHeaders& headers) {
+  const auto executor = std::make_shared<ManualExecutor>();
+  CachingURLSession session(std::make_shared<OneOutcome>(outcome), std::make_shared<MemoryCacheStorage>(),
+                            executor);
+  int ends = 0, hits = 0;
+  for (int request = 0; request < 3; ++request) {
+    URLRequest get(*URL::parse(address));
+    get.headers = headers;
+    session.run(std::move(get), [&](const Result<URLResponse>& reply) {
+      ++ends;
+      require(reply.has_value() == outcome.has_value(), "the cache keeps no errors");
+      if (!reply) return;
+      hits += reply->source != ReplySource::network;
+      const bool isConfirmed = reply->source == ReplySource::validatedCache;
+      require(isConfirmed || reply->body == outcome->body, "the cache changes no body");
+      require(isConfirmed || reply->statusCode == outcome->statusCode, "the cache changes no status");
+    });
+    executor->runAll();
+  }
+  require(ends == 3, "each request ends once");
+  require(hits == 0 || outcome->statusCode == 200, "only replies with status 200 are kept");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Input input(data, size);
   const auto outcome = outcomeOf(input);
-  const URL url = *URL::parse("https://service.example/x");
+  const URL url = *URL::parse(address);
   URLSessionHTTPClient client(std::make_shared<OneOutcome>(outcome));
   checkTyped<BannerCustomization>(client, outcome, url);
   checkTyped<ConsentResponse>(client, outcome, url);
@@ -93,5 +137,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   checkTyped<Services>(client, outcome, url);
   checkTyped<SiteConfiguration>(client, outcome, url);
   checkUntyped(client, outcome, url);
+  checkCached(outcome, headersOf(input.text()));
   return 0;
 }

@@ -2,16 +2,22 @@
 
 // Real servers for the conformance tests of URL sessions.
 
+#include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "TalvoConsentSDK/platform/URLSession.h"
 
+#include "testing/FullListener.h"
 #include "testing/LoopbackServer.h"
+#include "testing/URLSessionConformance.h"
 
 namespace TalvoConsentSDK {
 
@@ -27,18 +33,45 @@ class LoopbackBackend {
  public:
   platform::URLSession& session() { return session_; }
 
-  URL serve(const std::string& method, const std::string& path, int status, std::string body) {
-    return answer(method, path, [status, body](auto& connection) { connection.reply(status, body); });
+  URL serve(const std::string& method, const std::string& path, int status, std::string body,
+            const HeaderLines& headers = {}) {
+    std::string lines;
+    for (const auto& [name, value] : headers) lines += name + ": " + value + "\r\n";
+    return answer(method, path, [status, body, lines](auto& connection) {
+      connection.reply(status, body, lines);
+      if (!identity()) connection.close();  // simple clients wait for the end of the connection
+    });
   }
 
   URL redirect(const std::string& method, const std::string& path, int status) {
-    const std::string location = "Location: " + url(elsewhere_, "/").text() + "\r\n";
-    return answer(method, path,
-                  [status, location](auto& connection) { connection.reply(status, "", location); });
+    return serve(method, path, status, "", {{"Location", url(elsewhere_.port(), "/").text()}});
   }
 
   URL breakOff(const std::string& method, const std::string& path) {
     return answer(method, path, [](auto& connection) { connection.reset(); });
+  }
+
+  URL stall(const std::string& method, const std::string& path, Stall where) {
+    if (where == Stall::connecting) {
+      noteStall();
+      return url(full_.port(), path);
+    }
+    return answer(method, path, [this, where](auto& connection) {
+      if (where != Stall::beforeHead) connection.begin("x");
+      noteStall();
+      for (int left = 40; where == Stall::inBodyWithBytes && left > 0 && !connection.ends(); --left) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        connection.more("x");
+      }
+    });
+  }
+
+  void awaitStall() {
+    std::unique_lock guard(lock_);
+    if (!hasStalled_.wait_for(guard, std::chrono::seconds(30), [this] { return stalls_ > 0; })) {
+      throw std::runtime_error("The request has not arrived");
+    }
+    --stalls_;
   }
 
   // Returns the URL of a server that has been destroyed, so nothing listens on its port.
@@ -51,26 +84,35 @@ class LoopbackBackend {
  private:
   using Connection = LoopbackServer::Connection;
   using Answer = std::function<void(Connection&)>;
-  static URL url(const LoopbackServer& server, const std::string& path) {
-    return URL::parse(server.url(path, identity() ? "localhost" : "127.0.0.1")).value();
+  static URL url(int port, const std::string& path) {
+    const std::string origin = identity() ? "https://localhost:" : "http://127.0.0.1:";
+    return URL::parse(origin + std::to_string(port) + path).value();
   }
 
   URL answer(const std::string& method, const std::string& path, Answer answer) {
     const std::scoped_lock guard(lock_);
     answers_[method + " " + path] = std::move(answer);
-    return url(server_, path);
+    return url(server_.port(), path);
   }
 
-  void handle(const LoopbackServer::Request& request, Connection& connection) {
+  Answer answerTo(const LoopbackServer::Request& request) {
     const std::scoped_lock guard(lock_);
-    answers_.at(request.method + " " + request.target)(connection);
-    if (!identity()) connection.close();  // simple clients wait for the end of the connection
+    return answers_.at(request.method + " " + request.target);
+  }
+
+  void noteStall() {
+    const std::scoped_lock guard(lock_);
+    ++stalls_;
+    hasStalled_.notify_all();
   }
 
   std::mutex lock_;
+  std::condition_variable hasStalled_;
+  int stalls_ = 0;
   std::map<std::string, Answer> answers_;
-  LoopbackServer server_{[this](auto& request, auto& connection) { handle(request, connection); }, identity(),
-                         0, LoopbackServer::http2};
+  FullListener full_;
+  LoopbackServer server_{[this](auto& request, auto& connection) { answerTo(request)(connection); },
+                         identity(), 0, LoopbackServer::http2};
   LoopbackServer elsewhere_{[](auto&, auto& connection) { connection.reply(200); }, identity(), 0,
                             LoopbackServer::http2};
   Session session_;

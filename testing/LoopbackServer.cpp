@@ -123,6 +123,20 @@ void LoopbackServer::Connection::reply(int status, std::string_view body, std::s
   send(head + "\r\n" + std::string(body));
 }
 
+void LoopbackServer::Connection::begin(std::string_view part) {
+  if (isHTTP2_)
+    send(HTTP2Frame{HTTP2Frame::headers, HTTP2Frame::endsHeaders, stream_, headerBlock({{":status", "200"}})}
+             .bytes());
+  else
+    send("HTTP/1.1 200 Status\r\nContent-Length: 1000000\r\n\r\n");
+  more(part);
+}
+
+void LoopbackServer::Connection::more(std::string_view part) {
+  if (isHTTP2_) return send(HTTP2Frame{HTTP2Frame::data, 0, stream_, std::string(part)}.bytes());
+  send(part);
+}
+
 void LoopbackServer::Connection::play(const std::string& script) {
   std::optional<HTTP2Frame> frame;  // the next text becomes its payload
   for (std::size_t at = 0; (at = script.find_first_not_of(' ', at)) != std::string::npos && !ends_;) {
@@ -230,12 +244,18 @@ std::string LoopbackServer::Connection::take(std::size_t count) {
   return taken;
 }
 
+LoopbackServer::Request LoopbackServer::Connection::newRequest() const {
+  Request request;
+  request.connection = number_;
+  request.hasResumedSession = tls_ && SSL_session_reused(tls_) == 1;
+  return request;
+}
+
 std::optional<LoopbackServer::Request> LoopbackServer::Connection::receive() {
   std::size_t end = 0;
   if (!readUntil([&] { return (end = unread_.find("\r\n\r\n")) != std::string::npos; })) return std::nullopt;
 
-  Request request;
-  request.connection = number_;
+  Request request = newRequest();
   const std::string head = take(end + 4).substr(0, end + 2);
   const std::size_t line = head.find("\r\n");
   const std::size_t space = head.find(' ');
@@ -263,8 +283,7 @@ std::optional<LoopbackServer::Request> LoopbackServer::Connection::receiveHTTP2(
     const HTTP2Frame frame = HTTP2Frame::read(take(size));
     if (frame.type == HTTP2Frame::settings && !(frame.flags & HTTP2Frame::ack)) play(R"(SETTINGS:1:0 "")");
     if (frame.type == HTTP2Frame::headers) {
-      Request request;
-      request.connection = number_;
+      Request request = newRequest();
       for (auto& [name, value] : headers_.read(frame)) {
         (name == ":method" ? request.method
          : name == ":path" ? request.target
@@ -315,6 +334,8 @@ LoopbackServer::~LoopbackServer() {
   shutdown(listener_, SHUT_RDWR);
   acceptor_.join();
   ::close(listener_);
+  connections_ = minConnections_ = 0;
+  connections_.notify_all();
   {
     const std::scoped_lock guard(lock_);
     for (const int socket : open_) shutdown(socket, SHUT_RDWR);
@@ -357,6 +378,7 @@ void LoopbackServer::accept() {
     const std::scoped_lock guard(lock_);
     open_.push_back(socket);
     threads_.emplace_back([this, socket, number = ++connections_] { serve(socket, number); });
+    connections_.notify_all();
   }
 }
 
@@ -366,6 +388,7 @@ void LoopbackServer::serve(int socket, int number) {
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
 
+  for (int now = connections_; now < minConnections_; now = connections_) connections_.wait(now);
   Connection connection;
   connection.server_ = this;
   connection.number_ = number;

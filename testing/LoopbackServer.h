@@ -47,7 +47,8 @@ class LoopbackServer {
   struct Request {
     std::string method, target, body;
     platform::HTTPHeaders headers;
-    int connection = 0;  // counted from 1
+    int connection = 0;              // counted from 1
+    bool hasResumedSession = false;  // of TLS
   };
 
   class Connection {
@@ -55,6 +56,10 @@ class LoopbackServer {
     void send(std::string_view bytes);
     /// `headers` are complete lines with line ends. Content-Length is added, except for status 204 and 304.
     void reply(int status, std::string_view body = "", std::string_view headers = "");
+    /// Sends the header of a reply with status 200 and the first part of its body. `more` sends another part.
+    /// The reply never ends.
+    void begin(std::string_view part);
+    void more(std::string_view part);
     /// Runs a script of words separated by spaces. `"text"` sends the text, `"text"*9` sends it nine times,
     /// and `"text"*` repeats it until the peer has gone. `pause` waits for 50 ms. `close` and `reset` call
     /// the functions below, and `stall` calls `waitForPeer`. In a text, `\n` is an HTTP line end (CR LF) and
@@ -66,11 +71,14 @@ class LoopbackServer {
     void close() { ends_ = true; }
     /// Makes the peer see "connection reset" once the handler returns.
     void reset();
+    /// Whether the connection ends once the handler returns, for example because the peer has gone.
+    bool ends() const { return ends_; }
     /// Waits until the peer has gone or the server stops.
     void waitForPeer();
 
    private:
     friend class LoopbackServer;
+    Request newRequest() const;
     std::optional<Request> receive();
     std::optional<Request> receiveHTTP2();
     HTTP2Frame frame(const std::string& word) const;
@@ -110,6 +118,8 @@ class LoopbackServer {
       R"(SETTINGS:0:0 "\x00\x04\x7f\xff\xff\xff" WINDOW_UPDATE:0:0 "\x7f\xff\x00\x00")";
 
   int connections() const { return connections_; }
+  /// From now on, serves connections only once there have been `count` of them in total.
+  void holdUntilConnections(int count) { minConnections_ = count; }
   /// All requests whose header has arrived; their bodies may still be arriving.
   std::vector<Request> requests() const;
   /// How often a text has arrived, on any connection.
@@ -126,6 +136,7 @@ class LoopbackServer {
   int listener_ = -1;
   int port_ = 0;
   std::atomic<int> connections_ = 0;
+  std::atomic<int> minConnections_ = 0;
   mutable std::mutex lock_;
   std::vector<Request> requests_;
   std::map<int, std::string> received_;  // all bytes received, by connection

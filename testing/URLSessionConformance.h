@@ -2,17 +2,18 @@
 
 // Tests that every URLSession must pass. A backend is default-constructible and has
 //   URLSession& session();
-//   URL serve(std::string method, std::string path, int status, std::string body): prepares this answer;
-//   URL redirect(std::string method, std::string path, int status): prepares a redirect to another origin;
+//   URL serve(std::string method, std::string path, int status, std::string body, HeaderLines headers = {}):
+//     prepares this answer;
+//   URL redirect(std::string method, std::string path, int status): prepares a redirect to another origin,
+//     with a header Location;
+//   URL stall(std::string method, std::string path, Stall where): prepares an answer that never ends;
+//   void awaitStall(): waits until one more request has come to the place where its answer stalls;
 //   URL breakOff(std::string method, std::string path): prepares a reset of the connection;
 //   URL unreachable(): a URL for which every request fails;
 //   std::size_t seen(std::string text): how often a text has arrived, at any origin.
 
 #include <chrono>
-#include <condition_variable>
-#include <functional>
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -23,57 +24,16 @@
 
 #include "TalvoConsentSDK/platform/URLSession.h"
 
+#include "testing/Outcomes.h"
+
 namespace TalvoConsentSDK {
 
-inline platform::URLRequest makeRequest(std::string method, const std::string& url) {
-  platform::URLRequest request(URL::parse(url).value());
-  request.method = std::move(method);
-  return request;
-}
+/// The lines of a header, in order. Names may be repeated.
+using HeaderLines = std::vector<std::pair<std::string, std::string>>;
 
-/// Collects the outcomes that its completions receive. All copies of an object share the outcomes.
-class Outcomes {
- public:
-  using Value = std::pair<Result<platform::URLResponse>, std::thread::id>;  // and the thread that reported it
-
-  /// `then` runs inside the completion.
-  platform::URLSession::Completion completion(std::function<void()> then = [] {}) {
-    return [shared = shared_, then = std::move(then)](Result<platform::URLResponse> outcome) {
-      {
-        const std::scoped_lock guard(shared->lock);
-        shared->values.emplace_back(std::move(outcome), std::this_thread::get_id());
-        shared->changed.notify_all();
-      }
-      then();
-    };
-  }
-
-  /// Waits until there are at least `count` outcomes and returns all of them. Throws after 30 seconds.
-  std::vector<Value> wait(std::size_t count) const {
-    std::unique_lock guard(shared_->lock);
-    if (!shared_->changed.wait_for(guard, std::chrono::seconds(30),
-                                   [&] { return shared_->values.size() >= count; })) {
-      throw std::runtime_error("A completion was not called");
-    }
-    return shared_->values;
-  }
-
- private:
-  struct Shared {
-    std::mutex lock;
-    std::condition_variable changed;
-    std::vector<Value> values;
-  };
-
-  std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
-};
-
-/// Runs one request and waits for its outcome. Throws after 30 seconds.
-inline Result<platform::URLResponse> await(platform::URLSession& session, platform::URLRequest request) {
-  Outcomes outcomes;
-  session.run(std::move(request), outcomes.completion());
-  return outcomes.wait(1).front().first;
-}
+/// Where an answer stalls: nothing happens from then on, except that `inBodyWithBytes` goes on sending a byte
+/// now and then.
+enum class Stall { connecting, beforeHead, inBody, inBodyWithBytes };
 
 template <class Backend>
 class URLSessionConformance : public ::testing::Test {
@@ -186,8 +146,112 @@ TYPED_TEST_P(URLSessionConformance, SurvivesCompletionsThatThrowOrStartRequests)
   for (const auto& [outcome, thread] : outcomes.wait(4)) EXPECT_TRUE(outcome);
 }
 
+TYPED_TEST_P(URLSessionConformance, ReportsHeadersAndURLOfTheFinalReply) {
+  const URL url =
+      this->backend.serve("GET", "/headers", 200, "x", {{"X-Part", "a"}, {"ETag", "\"v\""}, {"x-part", "b"}});
+  const auto outcome = await(this->backend.session(), makeRequest("GET", url.text()));
+  ASSERT_TRUE(outcome) << outcome.error().what();
+  for (const auto& [name, value] : HeaderLines{{"X-PART", "a, b"}, {"etag", "\"v\""}}) {
+    const auto found = outcome->headers.find(name);
+    EXPECT_TRUE(found != outcome->headers.end() && found->second == value) << name;
+  }
+  EXPECT_EQ(outcome->url.value_or(url), url);
+
+  const URL away = this->backend.redirect("GET", "/away", 302);
+  const auto last = await(this->backend.session(), makeRequest("GET", away.text()));
+  ASSERT_TRUE(last) << last.error().what();
+  const bool isFollowed = last->statusCode != 302;
+  EXPECT_EQ(last->headers.contains("location"), !isFollowed);
+  EXPECT_TRUE(!last->url || (*last->url != away) == isFollowed);
+}
+
+TYPED_TEST_P(URLSessionConformance, EndsCancelledRequestsOnceAndNoOthers) {
+  platform::URLSession& session = this->backend.session();
+  const auto cancellable = [](const char* method, const URL& url) {
+    auto request = makeRequest(method, url.text());
+    request.cancellation = std::make_shared<platform::Cancellation>();
+    if (request.method != "GET") request.body = "body of " + url.text();
+    return request;
+  };
+  const auto good = cancellable("GET", this->backend.serve("GET", "/good", 200, "x"));
+  Outcomes others;
+  Outcomes cancelled;
+  std::size_t count = 0;
+  const auto expectCancelled = [&](const char* when) {
+    SCOPED_TRACE(when);
+    EXPECT_TRUE(isCancelled(cancelled.wait(++count).back().first));
+    EXPECT_TRUE(await(session, good)) << "the session is still usable";
+  };
+  for (const auto where : {Stall::connecting, Stall::beforeHead, Stall::inBody}) {
+    for (const char* method : {"GET", "POST"}) {
+      const std::string path = "/stalls/" + std::to_string(count);
+      const auto stalling = cancellable(method, this->backend.stall(method, path, where));
+      session.run(good, others.completion());
+      session.run(stalling, cancelled.completion());
+      session.run(good, others.completion());
+      this->backend.awaitStall();
+      stalling.cancellation->cancel();
+      stalling.cancellation->cancel();
+      expectCancelled(path.c_str());
+      EXPECT_LE(this->backend.seen(stalling.body.value_or("no body")), 1U);
+    }
+  }
+  auto late = cancellable("GET", good.url);
+  late.cancellation->cancel();
+  session.run(late, cancelled.completion());
+  expectCancelled("before it is run");
+
+  const auto stalling = cancellable("GET", this->backend.stall("GET", "/stalls", Stall::beforeHead));
+  session.run(good, others.completion([stalling] { stalling.cancellation->cancel(); }));
+  session.run(stalling, cancelled.completion());
+  expectCancelled("from another request's completion");
+
+  late = cancellable("GET", good.url);
+  EXPECT_TRUE(await(session, late));
+  late.cancellation->cancel();
+  for (const auto& [outcome, thread] : others.wait(2 * 6 + 1)) EXPECT_TRUE(outcome && outcome->body == "x");
+  EXPECT_EQ(cancelled.wait(count).size(), count);
+}
+
+TYPED_TEST_P(URLSessionConformance, MayBeDestroyedBeforeACancellation) {
+  auto destroyed = std::make_unique<TypeParam>();
+  auto request = makeRequest("GET", destroyed->serve("GET", "/good", 200, "x").text());
+  request.cancellation = std::make_shared<platform::Cancellation>();
+  Outcomes outcomes;
+  destroyed->session().run(request, outcomes.completion());
+  EXPECT_TRUE(outcomes.wait(1).front().first);
+  destroyed = nullptr;
+  request.cancellation->cancel();
+  EXPECT_EQ(outcomes.wait(1).size(), 1U);
+}
+
+TYPED_TEST_P(URLSessionConformance, LimitsTheWholeTime) {
+  platform::URLSession& session = this->backend.session();
+  auto good = makeRequest("GET", this->backend.serve("GET", "/good", 200, "x").text());
+  good.totalTimeout = std::chrono::hours(24 * 365 * 100);
+  using std::chrono::milliseconds;
+  const std::pair<Stall, milliseconds> cases[] = {
+      {Stall::connecting, milliseconds(300)}, {Stall::beforeHead, milliseconds(300)},
+      {Stall::inBody, milliseconds(300)},     {Stall::inBodyWithBytes, milliseconds(300)},
+      {Stall::beforeHead, milliseconds(0)},   {Stall::beforeHead, milliseconds(-1)},
+  };
+  for (const auto& [where, limit] : cases) {
+    const std::string path = "/slow/" + std::to_string(static_cast<int>(where));
+    SCOPED_TRACE(path + " " + std::to_string(limit.count()));
+    auto request = makeRequest("GET", this->backend.stall("GET", path, where).text());
+    request.totalTimeout = limit;
+    const auto start = std::chrono::steady_clock::now();
+    const auto outcome = await(session, request);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_TRUE(!outcome && !isCancelled(outcome));
+    EXPECT_TRUE(await(session, good)) << "the session is still usable";
+  }
+}
+
 REGISTER_TYPED_TEST_SUITE_P(URLSessionConformance, ReportsStatusAndBodyUnchanged,
                             ReportsEveryRequestOnceOnAThreadOfItsOwn, ReportsAFailureOnceAndStaysUsable,
-                            SendsABodyOnceAndToOneOrigin, SurvivesCompletionsThatThrowOrStartRequests);
+                            SendsABodyOnceAndToOneOrigin, SurvivesCompletionsThatThrowOrStartRequests,
+                            ReportsHeadersAndURLOfTheFinalReply, EndsCancelledRequestsOnceAndNoOthers,
+                            MayBeDestroyedBeforeACancellation, LimitsTheWholeTime);
 
 }  // namespace TalvoConsentSDK

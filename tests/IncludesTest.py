@@ -28,6 +28,8 @@ adapters/curl/CurlHeader.h           class StoreConnection;
 adapters/sqlite/StoreFile.cpp        #include "TalvoConsentSDK/models/FullConsent.h"
 adapters/qt/ViewWindow.cpp           #include "adapters/curl/CurlURLSession.h"
 adapters/threads/MainQueue.cpp       #include "adapters/posix/PosixPlatform.h"
+adapters/cache/CacheRules.cpp        #include "adapters/threads/BackgroundThread.h"
+adapters/sqlite/SQLiteCacheStorage.h #include "adapters/cache/CacheRules.h"
 bindings/c/Boundary.cpp              #include "adapters/curl/CurlURLSession.h"
 testing/LoopbackServer.cpp           #include "adapters/curl/CurlURLSession.h"
 apps/host/Script.cpp                 #include "TalvoConsentSDK/models/json/JSONNode.h"

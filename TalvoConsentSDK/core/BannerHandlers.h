@@ -31,7 +31,8 @@ struct BannerHandlers {
   std::function<void()> onClosed{};
   std::function<void()> onReplaced{};
   std::function<void()> onNotShown{};
-  std::function<void(Error)> onError{};  // the banner could not be fetched, or the decision not be submitted
+  /// The banner could not be fetched, or not in time; or the decision could not be submitted.
+  std::function<void(Error)> onError{};
 
   /// The user asked for preferences on a screen that does not lead to the banner's own: the host shows its
   /// own. The banner stays.

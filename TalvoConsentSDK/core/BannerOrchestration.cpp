@@ -1,10 +1,15 @@
 // CookiesSDK::showBanner: gathers what the banner needs, shows it, and turns the decision into a stored and
 // submitted consent.
 
+#include <array>
+#include <atomic>
+#include <chrono>
 #include <utility>
 
+#include "TalvoConsentSDK/base/Deadline.h"
 #include "TalvoConsentSDK/core/ConsentFlow.h"
 #include "TalvoConsentSDK/core/CookiesSDKState.h"
+#include "TalvoConsentSDK/network/HTTPClientError.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
 #include "TalvoConsentSDK/ui/ConsentBannerView.h"
@@ -28,6 +33,16 @@ HandlersPointer releasedOn(const std::shared_ptr<Executor>& mainActor, BannerHan
           }};
 }
 
+// The documents that a banner needs. If several are missing, the failure of the first one is reported.
+enum Part : std::size_t { customizationPart, servicesPart, configurationPart, partCount };
+
+// The fetch of one document. It ends on the main actor, or on another thread if the main actor refuses a job.
+struct Fetch {
+  RequestOptions options;
+  std::optional<Error> failure;  // set before hasEnded
+  std::atomic<bool> hasEnded = false;
+};
+
 /// The data of one showBanner call. The document, the services and the configuration are copied from the
 /// instance's caches, and fetched if they were not cached.
 struct BannerRequest {
@@ -38,7 +53,10 @@ struct BannerRequest {
   std::optional<Services> services;
   std::optional<SiteConfiguration> configuration;
   std::string language;
+  std::chrono::steady_clock::time_point deadline;
   std::optional<BasicConsent> initialConsent{};
+  std::array<Fetch, partCount> fetches{};
+  std::atomic<bool> isJudged = false;
 
   void report(const Error& error) const {
     callHost([&] {
@@ -94,31 +112,8 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
   };
 }
 
-Task<void> presentBanner(BannerRequestPointer request) {
+void presentBanner(const BannerRequestPointer& request) {
   try {
-    request->initialConsent = request->site->ledger->consent();
-
-    if (!request->document) {
-      auto fetch = request->site->apiClient->fetchBannerCustomization(request->language);
-      BannerCustomization document = co_await std::move(fetch);
-      request->document.emplace(std::move(document));
-    }
-    if (!request->document->customization) {
-      throw Error(PlatformError("TalvoConsentSDK", -5, "No customization data in response"));
-    }
-    if (drawsTooMuch(*request->document->customization)) {
-      throw Error(PlatformError("TalvoConsentSDK", -6, "The banner would draw more than 4 MB of text"));
-    }
-    if (!request->services) {
-      auto fetch = request->site->apiClient->fetchServices(request->language);
-      Services services = co_await std::move(fetch);
-      request->services.emplace(std::move(services));
-    }
-    if (!request->configuration) {
-      auto fetch = request->site->apiClient->fetchConfiguration();
-      request->configuration = co_await std::move(fetch);
-    }
-
     const auto& customization = *request->document->customization;
     const ConsentBannerView view(customization, std::move(request->services), request->configuration,
                                  request->initialConsent, callbacks(request));
@@ -130,23 +125,87 @@ Task<void> presentBanner(BannerRequestPointer request) {
   }
 }
 
+// Fetches one document, unless it was cached. Throws if it cannot be fetched, or if it is a customization
+// that no banner can be made from.
+Task<void> fetchPart(BannerRequestPointer request, Part part) {
+  const APIClient& api = *request->site->apiClient;
+  const RequestOptions& options = request->fetches[part].options;
+  if (part == customizationPart) {
+    request->initialConsent = request->site->ledger->consent();
+    if (!request->document) {
+      auto fetch = api.fetchBannerCustomization(request->language, options);
+      BannerCustomization document = co_await std::move(fetch);
+      request->document.emplace(std::move(document));
+    }
+    if (!request->document->customization) {
+      throw Error(PlatformError("TalvoConsentSDK", -5, "No customization data in response"));
+    }
+    if (drawsTooMuch(*request->document->customization)) {
+      throw Error(PlatformError("TalvoConsentSDK", -6, "The banner would draw more than 4 MB of text"));
+    }
+  } else if (part == servicesPart && !request->services) {
+    auto fetch = api.fetchServices(request->language, options);
+    Services services = co_await std::move(fetch);
+    request->services.emplace(std::move(services));
+  } else if (part == configurationPart && !request->configuration) {
+    auto fetch = api.fetchConfiguration(options);
+    request->configuration = co_await std::move(fetch);
+  }
+}
+
+// Called when the fetch of `part` has ended. Shows the banner if all documents are there. Reports the failure
+// of a document as soon as all documents before it are there; then nothing that arrives later counts.
+void judge(const BannerRequestPointer& request, Part part, const Result<void>& outcome) {
+  Fetch& fetch = request->fetches[part];
+  if (!outcome) {
+    fetch.failure = outcome.error();
+  } else if (std::chrono::steady_clock::now() > request->deadline) {
+    fetch.failure = HTTPClientError::networkError(
+        PlatformError("TalvoConsentSDK", -9, "The time limit for the banner has passed"));
+  }
+  if (fetch.failure) {  // the later documents no longer matter; the earlier ones may still fail first
+    for (std::size_t later = part + 1; later < partCount; ++later)
+      request->fetches[later].options.cancellation->cancel();
+  }
+  fetch.hasEnded = true;
+  const Error* failure = nullptr;
+  for (const Fetch& each : request->fetches) {
+    if (!each.hasEnded) return;
+    if (each.failure) {
+      failure = &*each.failure;
+      break;
+    }
+  }
+  if (request->isJudged.exchange(true)) return;
+  if (!failure) return presentBanner(request);
+  request->report(*failure);
+  request->host = nullptr;  // releases the host's closures now: the other fetches may take long to end
+}
+
 }  // namespace
 
-void CookiesSDK::showBanner(BannerHandlers handlers) {
+void CookiesSDK::showBanner(BannerHandlers handlers, BannerOptions options) {
+  using Clock = std::chrono::steady_clock;
+  const auto deadline = options.timeLimit ? deadlineAfter(*options.timeLimit) : Clock::time_point::max();
   State& state = *state_;
   const SitePointer& site = state.site;
   const HandlersPointer host = releasedOn(site->mainActor, std::move(handlers));
-  const ConsentLedger::Decision asked = site->ledger->beginDecision();
+  const ConsentLedger::Decision asked = site->ledger->beginDecision();  // may wait for the store
   BannerRequestPointer request;
   {
     const std::scoped_lock guard(state.lock);
     request =
         std::make_shared<BannerRequest>(site, asked, host, state.cachedCustomization, state.cachedServices,
-                                        state.cachedConfiguration, state.language);
+                                        state.cachedConfiguration, state.language, deadline);
   }
-  spawn<void>(site->mainActor, presentBanner(request), [request](const Result<void>& end) {
-    if (!end) request->report(end.error());  // the task could not be started
-  });
+  for (Fetch& each : request->fetches) {
+    each.options.cancellation = std::make_shared<Cancellation>();
+    each.options.totalTimeout = options.timeLimit;
+  }
+  for (const Part part : {customizationPart, servicesPart, configurationPart}) {
+    spawn<void>(site->mainActor, fetchPart(request, part),
+                [request, part](const Result<void>& outcome) { judge(request, part, outcome); });
+  }
 }
 
 }  // namespace TalvoConsentSDK

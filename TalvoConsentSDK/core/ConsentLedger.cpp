@@ -145,7 +145,7 @@ bool ConsentLedger::erase() {
   changeIdentity({IdentityChange::End::erasure, std::nullopt});
   const Turn turn(*this);
   if (!turn) print("⚠️ Failed to remove consent from UserDefaults: The store is in use");
-  return applyPending(turn).isWritten;
+  return applyPending(turn).isDurable;
 }
 
 std::optional<ConsentLedger::Login> ConsentLedger::storedLogin() {
@@ -171,15 +171,7 @@ void ConsentLedger::fileIdentified(const Login& login, const BasicConsent& conse
   }
   auto data = storage_->saveConsentIfStill(atLogin, consent);
   if (!data && implicit) data = storage_->saveConsentIfStill(implicit, consent);
-  if (!data) return;
-  {
-    const std::scoped_lock guard(lock_);
-    if (pending_.end == IdentityChange::End::none) {
-      hasUserDecided_ = true;
-      learn(&consent, data);
-    }
-  }
-  applyWhatArrived(turn);
+  if (data) learnStored(turn, consent, *data, false);
 }
 
 std::optional<ConsentLedger::Implicit> ConsentLedger::beginImplicit(bool mayReplace) {
@@ -201,20 +193,12 @@ void ConsentLedger::fileImplicit(const Implicit& implicit, const BasicConsent& c
     if (decisions_ != implicit.decisions) return;
   }
   const auto data = storage_->saveConsentIfStill(implicit.replaced, consent);
-  if (!data) return;
-  {
-    const std::scoped_lock guard(lock_);
-    if (pending_.end == IdentityChange::End::none) {
-      implicit_ = data;
-      learn(&consent, data);
-    }
-  }
-  applyWhatArrived(turn);
+  if (data) learnStored(turn, consent, *data, true);
 }
 
 bool ConsentLedger::isAllWritten() {
   const std::scoped_lock guard(lock_);
-  return !pending_ && !beingWritten_ && !mayNeedRestoring_;
+  return !pending_ && !beingWritten_ && !mayNeedRestoring_ && !storage_->owesSynchronizing();
 }
 
 // Loads the stored values, applies the pending login or logout to them, then `step`, and writes the result.
@@ -224,6 +208,21 @@ ConsentLedger::Applied ConsentLedger::applyPending(const Turn& turn, const Step&
   if (!turn || !applied.isOvertaken) return applied;
   Applied next = applyOnce(turn, nullptr);
   return step ? applied : next;
+}
+
+// Takes over a consent that was just stored, the service's or an implicit one. It does not count if a logout
+// or an erasure has arrived meanwhile.
+void ConsentLedger::learnStored(const Turn& turn, const BasicConsent& consent, const Data& data,
+                                bool isImplicit) {
+  {
+    const std::scoped_lock guard(lock_);
+    if (pending_.end == IdentityChange::End::none) {
+      if (isImplicit) implicit_ = data;
+      hasUserDecided_ = hasUserDecided_ || !isImplicit;
+      learn(&consent, data);
+    }
+  }
+  applyWhatArrived(turn);
 }
 
 // Writes a login or logout that arrived during a write that has succeeded, and got no turn of its own.
@@ -255,15 +254,24 @@ ConsentLedger::Applied ConsentLedger::applyOnce(const Turn& turn, const Step& st
   const bool isRestored = before.original.value && !after.original.value;
   KeptConsent initial = after.consent;
   if (step) step(after);
-  applied.isWritten = storage_->save(before, after);
-  settle(due, applied, std::move(initial), isRestored);
+  const ConsentStorage::Saved saved = storage_->save(before, after);
+  applied.isWritten = saved != ConsentStorage::Saved::no;
+  applied.isDurable = saved == ConsentStorage::Saved::durably;
+  KeptConsent current = after.consent;
+  if (!applied.isWritten) {  // the store may have made some of the changes all the same
+    KeptValues stored = storage_->load();
+    due.applyTo(stored);
+    current = std::move(stored.consent);
+  }
+  settle(due, applied, current, std::move(initial), isRestored);
   return applied;
 }
 
 // Takes over what applyOnce has done with the login or logout `due`: what should now be stored, the consent
-// before the step, and whether an original was restored. Notes whether a login or logout arrived meanwhile.
-void ConsentLedger::settle(const IdentityChange& due, Applied& applied, KeptConsent initial,
-                           bool isRestored) {
+// that counts now, the consent before the step, and whether an original was restored. Notes whether a login
+// or logout arrived meanwhile.
+void ConsentLedger::settle(const IdentityChange& due, Applied& applied, const KeptConsent& current,
+                           KeptConsent initial, bool isRestored) {
   const std::scoped_lock guard(lock_);
   const KeptValues& after = applied.values;
   const IdentityChange later = std::exchange(pending_, {});
@@ -274,7 +282,6 @@ void ConsentLedger::settle(const IdentityChange& due, Applied& applied, KeptCons
   ++turns_;
   applied.isOvertaken = static_cast<bool>(later);
   if (later.end != IdentityChange::End::none) return;
-  const KeptConsent& current = applied.isWritten ? after.consent : initial;
   const bool isWithdrawn = current.isUnknown && due.end != IdentityChange::End::none;
   isWithdrawn ? learn(nullptr, std::nullopt) : learn(current);
   if (later) return;

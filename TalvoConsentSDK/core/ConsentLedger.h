@@ -20,8 +20,9 @@ namespace TalvoConsentSDK {
 /// One site's consents and its identified user, kept in the device's store. Safe from any thread. The consent
 /// that is set aside at a login is called the original; a logout restores it. If the store fails to write a
 /// login, a logout or a restored original, every later operation first tries again; until the write succeeds,
-/// this process behaves as if the login or logout had been written. Nothing throws; each failure of the store
-/// prints a line.
+/// this process behaves as if the login or logout had been written. If the store has written a change but
+/// could not make it durable, later operations only try to make it durable. Nothing throws; each failure of
+/// the store prints a line.
 ///
 /// An operation waits at most 250 ms for other threads or processes that use the store. Only `fileDecision`,
 /// which is for background threads, waits longer: up to an hour for other threads, and for other processes up
@@ -83,7 +84,7 @@ class ConsentLedger {
   void logOut();
 
   /// Forgets the user and removes everything that is stored. Requests under way can no longer store anything.
-  /// Returns whether the store has removed it; otherwise later operations try again.
+  /// Returns whether the store has removed it durably; otherwise later operations try again.
   bool erase();
 
   /// Takes over what the store holds, and returns the stored user, if any.
@@ -124,6 +125,7 @@ class ConsentLedger {
   struct Applied {
     KeptValues values;         // what the store should now hold
     bool isWritten = false;    // whether the store holds them
+    bool isDurable = false;    // whether the store has also made them durable
     bool isOvertaken = false;  // a login or logout arrived meanwhile
   };
 
@@ -133,9 +135,12 @@ class ConsentLedger {
   Applied applyPending(const Turn& turn, const Step& step = nullptr);
   Applied applyOnce(const Turn& turn, const Step& step);
   void applyWhatArrived(const Turn& turn);
+  void learnStored(const Turn& turn, const BasicConsent& consent, const platform::Data& data,
+                   bool isImplicit);
   Login changeIdentity(const IdentityChange& change);
   void adopt(const KeptUser& stored);
-  void settle(const IdentityChange& due, Applied& applied, KeptConsent initial, bool isRestored);
+  void settle(const IdentityChange& due, Applied& applied, const KeptConsent& current, KeptConsent initial,
+              bool isRestored);
   void learn(const BasicConsent* consent, std::optional<platform::Data> data);
   void learn(const KeptConsent& consent);
   void notifyOfChange();

@@ -10,6 +10,7 @@
 #include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/base/Result.h"
 #include "TalvoConsentSDK/core/BannerHandlers.h"
+#include "TalvoConsentSDK/core/BannerOptions.h"
 #include "TalvoConsentSDK/core/ConsentEventCallback.h"
 #include "TalvoConsentSDK/core/ConsentGate.h"
 #include "TalvoConsentSDK/core/Subscription.h"
@@ -28,7 +29,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// installed when it is created or, if none are, those of the first platform installed later.
 ///
 /// Operations are safe from any thread; concurrent calls take effect in an unspecified order. Background work
-/// that fails prints one line to standard output and changes nothing. A failing store prints one line too,
+/// that fails prints one line and changes nothing. A failing store prints one line too,
 /// and no callback reports it. If a callback throws, the exception is caught and printed. No operation makes
 /// its caller wait more than 250 ms for other threads or processes that use the store: a login or logout that
 /// has not been written by then takes effect in this process, and is written before the next operation.
@@ -126,13 +127,13 @@ class CookiesSDK {
   void showBanner(std::function<void()> onAcceptAll, std::function<void()> onRejectAll,
                   std::function<void()> onManagePreferences, std::function<void(Error)> onError);
 
-  /// The same with a closure for each way in which the banner ends.
-  void showBanner(BannerHandlers handlers);
+  /// The same with a closure for each way in which the banner ends, and with options.
+  void showBanner(BannerHandlers handlers, BannerOptions options = {});
 
   /// The same as a task, which shows the banner when it is awaited, and returns how the banner ended or
   /// throws the Error. The awaiter resumes on its own executor, or on the main actor if it has none. Dropping
   /// the task or destroying the awaiter does not take the banner away.
-  Task<BannerOutcome> showBanner();
+  Task<BannerOutcome> showBanner(BannerOptions options = {});
 
   /// Registers a listener after those that the event already has, and holds it until it is removed.
   void addEventListener(ConsentEvent event, std::shared_ptr<ConsentEventCallback> callback);

@@ -40,9 +40,9 @@ inline void CookiesSDK::showBanner(std::function<void()> onAcceptAll, std::funct
                             .onManagePreferences = std::move(managePreferences)});
 }
 
-inline Task<BannerOutcome> CookiesSDK::showBanner() {
+inline Task<BannerOutcome> CookiesSDK::showBanner(BannerOptions options) {
   using Report = std::function<void(Result<BannerOutcome>)>;
-  CallbackAwaiter<Result<BannerOutcome>> end([this](const Report& report) {
+  CallbackAwaiter<Result<BannerOutcome>> end([this, options](const Report& report) {
     const auto reporting = [&report](BannerOutcome outcome) {
       return [report, outcome] { report(outcome); };
     };
@@ -52,7 +52,8 @@ inline Task<BannerOutcome> CookiesSDK::showBanner() {
                               .onClosed = reporting(BannerOutcome::closed),
                               .onReplaced = reporting(BannerOutcome::replaced),
                               .onNotShown = reporting(BannerOutcome::notShown),
-                              .onError = report});
+                              .onError = report},
+               options);
   });
   Result<BannerOutcome> result = co_await std::move(end);
   co_return std::move(result).value();

@@ -9,16 +9,17 @@ namespace TalvoConsentSDK {
 APIClient::APIClient(std::string baseUrl, std::string siteId, std::shared_ptr<HTTPClient> httpClient)
     : baseUrl_(std::move(baseUrl)), siteId_(std::move(siteId)), httpClient_(std::move(httpClient)) {}
 
-Task<SiteConfiguration> APIClient::fetchConfiguration() const {
-  return get<SiteConfiguration>("/cookies/" + siteId_ + "/configurations");
+Task<SiteConfiguration> APIClient::fetchConfiguration(const RequestOptions& options) const {
+  return get<SiteConfiguration>("/cookies/" + siteId_ + "/configurations", options);
 }
 
-Task<BannerCustomization> APIClient::fetchBannerCustomization(std::string language) const {
-  return get<BannerCustomization>("/banner-customization/" + siteId_ + "?lng=" + language);
+Task<BannerCustomization> APIClient::fetchBannerCustomization(std::string language,
+                                                              const RequestOptions& options) const {
+  return get<BannerCustomization>("/banner-customization/" + siteId_ + "?lng=" + language, options);
 }
 
-Task<Services> APIClient::fetchServices(std::string language) const {
-  return get<Services>("/cookies/" + siteId_ + "?lng=" + language);
+Task<Services> APIClient::fetchServices(std::string language, const RequestOptions& options) const {
+  return get<Services>("/cookies/" + siteId_ + "?lng=" + language, options);
 }
 
 Task<ConsentResponse> APIClient::createConsent(FullConsent payload) const {
@@ -36,7 +37,8 @@ Task<std::optional<FullConsent>> APIClient::fetchIdentifiedConsent(
     const std::string path = "/cookie-consent/" + siteId_ + "/identified/" + userId;
     url = endpointURL(baseUrl_, consentId ? path + "?consentId=" + *consentId : path);
   }
-  return httpClient_->get<std::optional<FullConsent>>(std::move(url), endpointHeaders());
+  return httpClient_->get<std::optional<FullConsent>>(std::move(url), endpointHeaders(),
+                                                      {.isPersonal = true});
 }
 
 std::optional<URL> APIClient::consentURL() const {
@@ -44,8 +46,8 @@ std::optional<URL> APIClient::consentURL() const {
 }
 
 template <class Reply>
-Task<Reply> APIClient::get(const std::string& path) const {
-  return httpClient_->get<Reply>(endpointURL(baseUrl_, path), endpointHeaders());
+Task<Reply> APIClient::get(const std::string& path, const RequestOptions& options) const {
+  return httpClient_->get<Reply>(endpointURL(baseUrl_, path), endpointHeaders(), options);
 }
 
 }  // namespace TalvoConsentSDK

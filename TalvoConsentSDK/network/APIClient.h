@@ -22,9 +22,10 @@ class APIClient {
  public:
   APIClient(std::string baseUrl, std::string siteId, std::shared_ptr<HTTPClient> httpClient);
 
-  Task<SiteConfiguration> fetchConfiguration() const;
-  Task<BannerCustomization> fetchBannerCustomization(std::string language) const;
-  Task<Services> fetchServices(std::string language) const;
+  Task<SiteConfiguration> fetchConfiguration(const RequestOptions& options = {}) const;
+  Task<BannerCustomization> fetchBannerCustomization(std::string language,
+                                                     const RequestOptions& options = {}) const;
+  Task<Services> fetchServices(std::string language, const RequestOptions& options = {}) const;
 
   Task<ConsentResponse> createConsent(FullConsent payload) const;
   Task<ConsentResponse> updateConsent(FullConsent payload) const;
@@ -38,7 +39,7 @@ class APIClient {
   std::optional<URL> consentURL() const;
 
   template <class Reply>
-  Task<Reply> get(const std::string& path) const;
+  Task<Reply> get(const std::string& path, const RequestOptions& options) const;
 
   const std::string baseUrl_;
   const std::string siteId_;

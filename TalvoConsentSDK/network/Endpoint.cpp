@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
 namespace TalvoConsentSDK {
 
 using namespace platform;
@@ -37,8 +39,10 @@ bool isOneSegment(std::string_view text) {
   return !name.empty() && name != "." && name != ".." && name.find_first_of("/?#") == name.npos;
 }
 
-HTTPHeaders endpointHeaders() {
-  return {{"X-Client-Name", "mobile-consent-sdk-ios"}};
+const HTTPHeaders& endpointHeaders() {
+  static const HTTPHeaders& headers =
+      neverDestroyed(HTTPHeaders{{"X-Client-Name", "mobile-consent-sdk-ios"}});
+  return headers;
 }
 
 }  // namespace TalvoConsentSDK

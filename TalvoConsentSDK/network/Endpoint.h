@@ -20,6 +20,6 @@ std::optional<URL> endpointURL(const std::string& baseUrl, const std::string& pa
 bool isOneSegment(std::string_view text);
 
 /// The headers of every request.
-platform::HTTPHeaders endpointHeaders();
+const platform::HTTPHeaders& endpointHeaders();
 
 }  // namespace TalvoConsentSDK

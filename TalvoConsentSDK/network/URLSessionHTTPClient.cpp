@@ -17,16 +17,6 @@ PlatformError transportError(int code, const char* description) {
   return {"HTTPClient", code, description};
 }
 
-URLRequest makeRequest(std::string method, URL url, std::optional<std::string> body,
-                       const HTTPHeaders& headers) {
-  URLRequest request(std::move(url));
-  request.method = std::move(method);
-  if (body) request.headers["Content-Type"] = "application/json";
-  request.body = std::move(body);
-  for (const auto& [name, value] : headers) request.headers[name] = value;
-  return request;
-}
-
 enum class MissingBody { isEmpty, isAnError };
 
 // The only place that decides whether a request succeeded. If several things are wrong, the first of these is
@@ -70,30 +60,23 @@ URLSessionHTTPClient::URLSessionHTTPClient(std::shared_ptr<URLSession> session,
                                            JSONEncoder encoder)
     : HTTPClient(decoder, encoder, std::move(decodingExecutor)), session_(std::move(session)) {}
 
-void URLSessionHTTPClient::postJSON(URL url, const JSONObject& body, HTTPHeaders headers,
+void URLSessionHTTPClient::postJSON(const URL& url, const JSONObject& body, const HTTPHeaders& headers,
                                     JSONCompletion completion) {
   Result<std::string> bytes = encoder().encode(body);
-  if (!bytes) {
+  Result<URLRequest> request = makeRequest("POST", url, &bytes, headers, {});
+  if (!request) {
     return report(completion, transportError(-1, "Failed to serialize JSON payload"));
   }
-  platform::runOnce(*session_, makeRequest("POST", std::move(url), *std::move(bytes), headers),
+  platform::runOnce(*session_, *std::move(request),
                     [decoder = decoder(), completion = std::move(completion)](Result<URLResponse> outcome) {
                       report(completion, acceptedObject(decoder, std::move(outcome)));
                     });
 }
 
-Task<std::string> URLSessionHTTPClient::exchange(std::string method, std::optional<URL> url,
-                                                 std::optional<Result<std::string>> body,
-                                                 HTTPHeaders headers) {
-  if (!url) throw Error(HTTPClientError::invalidURL());
-  if (body && !*body) throw Error(HTTPClientError::networkError(body->error()));
-  std::optional<std::string> bytes;
-  if (body) bytes = std::move(**body);
-
+Task<std::string> URLSessionHTTPClient::exchange(Result<URLRequest> request) {
   CallbackAwaiter<Result<URLResponse>> reply(
-      [session = session_, request = makeRequest(std::move(method), *std::move(url), std::move(bytes),
-                                                 headers)](URLSession::Completion completion) {
-        platform::runOnce(*session, request, std::move(completion));
+      [session = session_, &request](URLSession::Completion completion) {
+        platform::runOnce(*session, std::move(request).value(), std::move(completion));
       });
   Result<URLResponse> outcome = co_await std::move(reply);
   co_return acceptedBody(std::move(outcome), MissingBody::isEmpty).value();

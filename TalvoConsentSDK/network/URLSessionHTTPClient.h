@@ -15,12 +15,11 @@ class URLSessionHTTPClient : public HTTPClient {
                                 std::shared_ptr<platform::Executor> decodingExecutor = nullptr,
                                 JSONDecoder decoder = {}, JSONEncoder encoder = {});
 
-  void postJSON(URL url, const JSONObject& body, platform::HTTPHeaders headers,
+  void postJSON(const URL& url, const JSONObject& body, const platform::HTTPHeaders& headers,
                 JSONCompletion completion) override;
 
  protected:
-  Task<std::string> exchange(std::string method, std::optional<URL> url,
-                             std::optional<Result<std::string>> body, platform::HTTPHeaders headers) override;
+  Task<std::string> exchange(Result<platform::URLRequest> request) override;
 
  private:
   const std::shared_ptr<platform::URLSession> session_;

@@ -29,7 +29,7 @@ struct Platform {
 
   /// Calls listeners and the completions of submissions, which may block. Must run one job after the other,
   /// in the order posted. If null, which is the default, `background` makes these calls, and its other work
-  /// waits for them.
+  /// waits for them; it must then keep the order, too.
   std::shared_ptr<platform::Executor> callbacks;
 
   std::shared_ptr<platform::Application> application;

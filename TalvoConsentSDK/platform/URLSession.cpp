@@ -15,6 +15,10 @@ bool HeaderNameLess::operator()(std::string_view a, std::string_view b) const no
   return std::ranges::lexicographical_compare(a, b, {}, lower, lower);
 }
 
+PlatformError cancelledError() {
+  return {"URLSession", -1, "The request was cancelled"};
+}
+
 void runOnce(URLSession& session, URLRequest request, URLSession::Completion completion) {
   struct Report {
     URLSession::Completion completion;

@@ -35,8 +35,9 @@ struct StoreChange {
 };
 
 /// A device's key-value store. Safe to call from any thread. A new value is visible at once to every reader
-/// in the process, and durable once `synchronize` has returned. A failed operation changes nothing. The store
-/// is also called while a client is being created, so it must not create one.
+/// in the process, and durable once `synchronize` has returned without an error. After a failed
+/// `synchronize`, what was set stays visible. Any other failed operation changes nothing. The store is also
+/// called while a client is being created, so it must not create one.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;

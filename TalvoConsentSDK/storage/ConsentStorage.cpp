@@ -107,9 +107,9 @@ KeptValues ConsentStorage::load() const {
   return kept;
 }
 
-bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
+ConsentStorage::Saved ConsentStorage::save(const KeptValues& before, KeptValues& after) {
   if (!encodeData(after.consent, saveFailure) || !encodeData(after.original, saveOriginalFailure))
-    return false;
+    return Saved::no;
   const bool setsConsent = after.consent.data && differs(after.consent, before.consent);
   const bool removesConsent = after.isErased && !after.consent.data && differs(after.consent, before.consent);
   const bool changesOriginal = differs(after.original, before.original);
@@ -132,12 +132,15 @@ bool ConsentStorage::save(const KeptValues& before, KeptValues& after) {
   if (changesUser && newUser) changes.emplace_back(userIdKey_, *newUser);
   if (changesUser && !newUser) changes.emplace_back(userIdKey_, std::monostate());
   if (removesOriginal && !after.isErased) changes.emplace_back(originalConsentKey_, std::monostate());
-  if (changes.empty()) return true;
-  const char* const failure = after.isErased ? removeFailure
-                              : changesUser  ? newUser ? saveUserFailure : removeUserFailure
-                              : setsConsent  ? saveFailure
-                                             : saveOriginalFailure;
-  return commit(attempt([&] { return userDefaults_->commit(changes); }), failure);
+  if (changes.empty() && !owesSynchronizing_) return Saved::durably;
+  const bool savesOnlyOriginal = changesOriginal && !setsConsent;
+  const char* const failure = after.isErased      ? removeFailure
+                              : changesUser       ? newUser ? saveUserFailure : removeUserFailure
+                              : savesOnlyOriginal ? saveOriginalFailure
+                                                  : saveFailure;
+  if (!changes.empty() && !succeeded(attempt([&] { return userDefaults_->commit(changes); }), failure))
+    return Saved::no;
+  return synchronize(failure) ? Saved::durably : Saved::notDurably;
 }
 
 std::optional<Data> ConsentStorage::saveConsentIfStill(const std::optional<Data>& expected,
@@ -174,8 +177,12 @@ bool ConsentStorage::save(const std::string& key, const BasicConsent& consent, c
 }
 
 bool ConsentStorage::commit(const Result<void>& written, const char* failure) {
-  return succeeded(written, failure) &&
-         succeeded(attempt([&] { return userDefaults_->synchronize(); }), failure);
+  return succeeded(written, failure) && synchronize(failure);
+}
+
+bool ConsentStorage::synchronize(const char* failure) {
+  owesSynchronizing_ = !succeeded(attempt([&] { return userDefaults_->synchronize(); }), failure);
+  return !owesSynchronizing_;
 }
 
 }  // namespace TalvoConsentSDK

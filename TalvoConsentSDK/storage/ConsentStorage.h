@@ -3,6 +3,7 @@
 // The values stored on the device for one site: the consent, an original consent that is set aside while a
 // user is identified, and the user.
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -70,8 +71,13 @@ class ConsentStorage {
   /// unknown in `after` stay as they are. So does the stored consent if `after` has none, unless `after` is
   /// erased. In case a store without transactions is interrupted, the original is removed last, only after
   /// the consent has been written; but if it is erased, it goes first, so that it cannot be restored.
-  /// Returns whether the commit succeeded, and sets the data of new consents.
-  bool save(const KeptValues& before, KeptValues& after);
+  /// Sets the data of new consents. If an earlier write could not be made durable, this also tries that
+  /// again, even if there are no differences.
+  enum class Saved { no, notDurably, durably };
+  Saved save(const KeptValues& before, KeptValues& after);
+
+  /// Whether the last attempt to make the writes durable failed.
+  bool owesSynchronizing() const { return owesSynchronizing_; }
 
   /// Saves `consent` only if the stored data is still `expected`, so that it does not replace a consent
   /// chosen in the meantime. Returns the data it saved; nothing if it saved none.
@@ -83,11 +89,13 @@ class ConsentStorage {
   KeptUser loadUser() const;
   bool save(const std::string& key, const BasicConsent& consent, const char* failure);
   bool commit(const Result<void>& written, const char* failure);
+  bool synchronize(const char* failure);
 
   const std::shared_ptr<platform::UserDefaults> userDefaults_;
   const std::string storageKey_;
   const std::string userIdKey_;
   const std::string originalConsentKey_;
+  std::atomic<bool> owesSynchronizing_ = false;
 };
 
 }  // namespace TalvoConsentSDK

@@ -11,6 +11,8 @@
 
 namespace TalvoConsentSDK {
 
+using namespace platform;
+
 namespace {
 
 // Below libcurl's own limit, which some versions lack and which does not cover trailers.
@@ -23,6 +25,12 @@ std::string_view trimmed(std::string_view text) {
 }
 
 }  // namespace
+
+bool isHeaderName(std::string_view name) {
+  constexpr std::string_view allowed =
+      "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  return !name.empty() && name.find_first_not_of(allowed) == name.npos;
+}
 
 PlatformError curlError(int code, std::string text) {
   return {"CURL", code, std::move(text)};
@@ -58,8 +66,11 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
     status_ = 0;
     std::from_chars(status.data(), status.data() + status.size(), status_);
     length_.clear();
-  } else if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) {
-    hasLine_ = true;
+    headers_.clear();
+    last_ = nullptr;
+  } else {
+    keep(line);
+    if (bytes_ > line.size() && line.find_first_of(" \t\r\n") != 0) hasLine_ = true;
   }
   // A line of spaces or tabs continues the previous line, so it does not end the header.
   isAtStart_ = line.find_first_not_of("\r\n") == line.npos;
@@ -68,6 +79,21 @@ std::optional<PlatformError> CurlHeader::add(std::string_view line) {
   if (line.size() < name.size() || strncasecmp(line.data(), name.data(), name.size()) != 0)
     return std::nullopt;
   return checkLength(trimmed(line.substr(name.size())));
+}
+
+void CurlHeader::keep(std::string_view line) {
+  if (line.starts_with(' ') || line.starts_with('\t')) {
+    if (last_) last_->append(" ").append(trimmed(line));
+    return;
+  }
+  last_ = nullptr;
+  const std::size_t colon = line.find(':');
+  const auto name = trimmed(line.substr(0, colon));
+  if (colon == line.npos || !isHeaderName(name)) return;
+  const auto [header, isFirst] = headers_.try_emplace(std::string(name));
+  last_ = &header->second;
+  if (!isFirst) *last_ += ", ";
+  *last_ += trimmed(line.substr(colon + 1));
 }
 
 // When a reply declares two lengths, libcurl uses the second one, so part of a body could pass as the whole.

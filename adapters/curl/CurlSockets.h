@@ -6,6 +6,7 @@
 
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 namespace TalvoConsentSDK {
 
@@ -16,8 +17,23 @@ class CurlSockets {
  public:
   void add(int socket) { ports_[socket] = unknown; }
 
-  /// Whether the socket with this local port has input, or its peer has closed it. A closed socket's number
-  /// stays in this list and may by then belong to another file; at worst, a connection is not reused.
+  /// Closes a socket for libcurl.
+  int close(int socket) {
+    ports_.erase(socket);
+    return ::close(socket);
+  }
+
+  /// Whether a socket has this local port.
+  bool isOpen(int localPort) {
+    bool found = false;
+    for (auto& [socket, port] : ports_) {
+      if (port == unknown) port = portOf(socket);
+      found = found || port == localPort;
+    }
+    return found;
+  }
+
+  /// Whether the socket with this local port has input, or its peer has closed it.
   bool hasInput(int localPort) {
     for (auto& [socket, port] : ports_) {
       if (port == unknown) port = portOf(socket);

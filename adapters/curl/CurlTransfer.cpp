@@ -5,10 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include <arpa/inet.h>
 #include <curl/curl.h>
-#include <netinet/in.h>
-#include <strings.h>
 
 namespace TalvoConsentSDK {
 
@@ -23,24 +20,24 @@ constexpr int maxRedirects = 20;
 constexpr std::size_t alwaysDecompressed = 1'000'000;
 constexpr std::size_t maxDecompression = 50;
 
-std::chrono::milliseconds idleLimit(std::chrono::milliseconds timeout) {
+// Adding a limit to a time must not overflow.
+std::chrono::milliseconds idleLimit(const URLRequest& request, const CurlRules& rules) {
   using namespace std::chrono_literals;
-  return std::clamp<std::chrono::milliseconds>(timeout, 1ms, 24h);  // adding it to a time must not overflow
+  const auto limit = std::min(request.timeout, rules.maxTimeout.value_or(request.timeout));
+  return std::clamp<std::chrono::milliseconds>(limit, 1ms, 24h);
 }
 
-bool sameName(const std::string& a, const std::string& b) {
-  return strcasecmp(a.c_str(), b.c_str()) == 0;
+std::optional<std::chrono::milliseconds> totalLimit(const URLRequest& request, const CurlRules& rules) {
+  using namespace std::chrono_literals;
+  constexpr auto most = std::chrono::milliseconds::max();
+  const auto limit = std::min(request.totalTimeout.value_or(most), rules.maxTotalTimeout.value_or(most));
+  if (limit == most) return std::nullopt;
+  return std::clamp<std::chrono::milliseconds>(limit, 1ms, 24h * 365);
 }
 
 // Headers that are not sent after a redirect to another origin.
 bool isCredential(const std::string& name) {
-  return sameName(name, "Authorization") || sameName(name, "Proxy-Authorization") || sameName(name, "Cookie");
-}
-
-bool isToken(std::string_view name) {
-  constexpr std::string_view allowed =
-      "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-  return !name.empty() && name.find_first_not_of(allowed) == std::string_view::npos;
+  return sameText(name, "Authorization") || sameText(name, "Proxy-Authorization") || sameText(name, "Cookie");
 }
 
 bool mayHaveBody(const URLRequest& request) {
@@ -57,7 +54,7 @@ std::optional<PlatformError> refusal(const URLRequest& request) {
   if (request.body && !mayHaveBody(request))
     return refused("A " + request.method + " request cannot have a body");
   for (const auto& [name, value] : request.headers) {
-    if (!isToken(name)) return refused("A header has an invalid name");
+    if (!isHeaderName(name)) return refused("A header has an invalid name");
     if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos) {
       return refused("The value of the header " + name + " contains a line break or NUL");
     }
@@ -67,61 +64,30 @@ std::optional<PlatformError> refusal(const URLRequest& request) {
 
 }  // namespace
 
-void CurlHandleDeleter::operator()(void* handle) const noexcept {
-  curl_easy_cleanup(handle);
-}
-
 void CurlTransfer::ListDeleter::operator()(curl_slist* list) const noexcept {
   curl_slist_free_all(list);
 }
 
-std::optional<CurlTransfer::Target> CurlTransfer::Target::parse(const char* url) {
-  Target target;
-  target.url.reset(curl_url());
-  if (curl_url_set(target.url.get(), CURLUPART_URL, url,
-                   CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME | CURLU_PATH_AS_IS)) {
-    return std::nullopt;
-  }
-  target.scheme = target.part(CURLUPART_SCHEME);
-  target.host = target.part(CURLUPART_HOST);
-  return target;
-}
-
-void CurlTransfer::Target::Deleter::operator()(CURLU* parsed) const noexcept {
-  curl_url_cleanup(parsed);
-}
-
-std::string CurlTransfer::Target::part(int name) const {
-  char* text = nullptr;
-  if (curl_url_get(url.get(), static_cast<CURLUPart>(name), &text, CURLU_DEFAULT_PORT)) return {};
-  const std::unique_ptr<char, decltype(&curl_free)> owner(text, &curl_free);
-  return text;
-}
-
-bool CurlTransfer::Target::isLoopback() const {
-  if (sameName(host, "localhost") || host == "[::1]") return true;
-  in_addr address{};
-  return inet_pton(AF_INET, host.c_str(), &address) == 1 && ntohl(address.s_addr) >> 24U == IN_LOOPBACKNET;
-}
-
-bool CurlTransfer::Target::sharesOrigin(const Target& other) const {
-  return scheme == other.scheme && sameName(host, other.host) &&
-         part(CURLUPART_PORT) == other.part(CURLUPART_PORT);
-}
-
-CurlTransfer::CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, URLRequest request,
-                           CurlHandle handle)
-    : rules_(rules),
-      sockets_(sockets),
-      tls_(tls),
+CurlTransfer::CurlTransfer(CurlShared& shared, URLRequest request, Clock::time_point start, CurlHandle handle)
+    : shared_(shared),
+      rules_(shared.rules),
       request_(std::move(request)),
-      idleLimit_(idleLimit(request_.timeout)),
+      idleLimit_(idleLimit(request_, rules_)),
+      totalLimit_(totalLimit(request_, rules_)),
+      end_(totalLimit_ ? start + *totalLimit_ : Clock::time_point::max()),
       keepsOrigin_(mayHaveBody(request_)),
-      handle_(handle ? std::move(handle) : makeHandle(rules, tls)) {}
+      handle_(handle ? std::move(handle) : makeHandle(shared)) {}
+
+// libcurl may use a remembered handle until its connection is closed, and must not write an error's text to a
+// transfer that has been destroyed.
+CurlHandle CurlTransfer::takeHandle() {
+  curl_easy_setopt(handle(), CURLOPT_ERRORBUFFER, nullptr);
+  return std::move(handle_);
+}
 
 std::optional<PlatformError> CurlTransfer::prepare() {
   if (auto refused = refusal(request_)) return refused;
-  target_ = Target::parse(request_.url.text().c_str());
+  target_ = CurlTarget::parse(request_.url.text().c_str());
   if (!target_) return curlError(CURLE_URL_MALFORMAT, "The request's URL cannot be used");
   return configure();
 }
@@ -165,6 +131,8 @@ std::optional<CurlTransfer::Outcome> CurlTransfer::finish(int code) {
   URLResponse response;
   response.statusCode = static_cast<int>(status);
   try {
+    response.headers = header_.takeHeaders();
+    response.url = redirects_ == 0 ? request_.url : URL::parse(target_->part(CURLUPART_URL));
     if (request_.method != "HEAD" && status != 204 && status != 304) response.body = body_.take();
   } catch (const std::bad_alloc&) {
     return curlError(CURLE_OUT_OF_MEMORY, "There is not enough memory for the reply");
@@ -177,7 +145,7 @@ std::optional<PlatformError> CurlTransfer::follow(int status, const char* locati
     return curlError(CURLE_TOO_MANY_REDIRECTS,
                      "More than " + std::to_string(maxRedirects) + " redirects in a row");
   }
-  auto next = Target::parse(location);
+  auto next = CurlTarget::parse(location);
   if (!next) return curlError(CURLE_URL_MALFORMAT, "A redirect's URL cannot be used");
   if (target_->scheme == "https" && next->scheme != "https") {
     return curlError(CURLE_UNSUPPORTED_PROTOCOL, "A redirect from https to " + next->scheme + " is refused");
@@ -208,7 +176,7 @@ std::optional<PlatformError> CurlTransfer::configure() {
   body_ = {};
   header_ = CurlHeader(request_.method == "HEAD" ? std::nullopt : std::optional(rules_.maxReply));
   localPort_ = 0;
-  isNewConnection_ = isConnected_ = isSecondAttempt_ = isStaleConnection_ = false;
+  isNewConnection_ = isConnected_ = isHTTP2_ = isSecondAttempt_ = isStaleConnection_ = false;
   rejection_.reset();
   errorText_.front() = '\0';
   progress_ = {};
@@ -219,7 +187,8 @@ std::optional<PlatformError> CurlTransfer::configure() {
 }
 
 // Makes a handle with the options that all transfers of a session share. The others are set before each run.
-CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
+CurlHandle CurlTransfer::makeHandle(CurlShared& shared) {
+  const CurlRules& rules = shared.rules;
   CurlHandle handle(curl_easy_init());
   if (!handle) throw std::bad_alloc();
   CURL* const easy = handle.get();
@@ -240,8 +209,9 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
       return CURLE_OK;
     };
     curl_easy_setopt(easy, CURLOPT_SSL_CTX_FUNCTION, static_cast<curl_ssl_ctx_callback>(made));
-    curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &tls);
+    curl_easy_setopt(easy, CURLOPT_SSL_CTX_DATA, &shared.tls);
   }
+  curl_easy_setopt(easy, CURLOPT_SHARE, shared.tlsSessions.get());
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");  // every encoding that this libcurl can decode
   curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);  // they belong to the proxy
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
@@ -256,11 +226,16 @@ CurlHandle CurlTransfer::makeHandle(const CurlRules& rules, CurlTLS& tls) {
   };
   curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, static_cast<curl_write_callback>(receivedHeader));
   constexpr auto connects = [](void* self, curl_socket_t socket, curlsocktype) {
-    static_cast<CurlTransfer*>(self)->sockets_.add(socket);
+    static_cast<CurlTransfer*>(self)->shared_.sockets.add(socket);
     static_cast<CurlTransfer*>(self)->isNewConnection_ = true;
     return CURL_SOCKOPT_OK;
   };
   curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, static_cast<curl_sockopt_callback>(connects));
+  constexpr auto closes = [](void* sockets, curl_socket_t socket) {
+    return static_cast<CurlSockets*>(sockets)->close(socket);
+  };
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETFUNCTION, static_cast<curl_closesocket_callback>(closes));
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, &shared.sockets);
   constexpr auto isConnected = [](void* self, char*, char*, int, int localPort) {
     return static_cast<CurlTransfer*>(self)->maySend(localPort) ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
   };
@@ -282,10 +257,15 @@ void CurlTransfer::configureConnection() {
   // again.
   curl_easy_setopt(easy, CURLOPT_FRESH_CONNECT, mayHaveBody(request_) || avoidsPool_ ? 1L : 0L);
 
+  // A request waits for a connection to its origin that is being opened, and shares it over HTTP/2. Over
+  // plain http, it would wait for the reply to the first request.
+  const bool waits = target_->scheme == "https" && shared_.origins.mayShare(target_->origin());
+  curl_easy_setopt(easy, CURLOPT_PIPEWAIT, waits ? 1L : 0L);
+
   // Limits the time to connect; our own idle limit applies first. If a host has several addresses, libcurl
   // spends at most half of the remaining time on each address except the last, so an address that does not
   // answer leaves time for the next one.
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleLimit_).count();
+  const auto limit = std::min(idleLimit_, totalLimit_.value_or(idleLimit_)).count();
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(limit + limit / 2));
 
   for (const CURLoption data : {CURLOPT_WRITEDATA, CURLOPT_HEADERDATA, CURLOPT_SOCKOPTDATA,
@@ -339,8 +319,10 @@ bool CurlTransfer::maySend(int localPort) {
   isSecondAttempt_ = isRepeated && mayHaveBody(request_);
   // Over HTTP/2, frames may arrive at any time and are never mistaken for another stream's reply.
   const SSL* const tls = tlsConnection();
-  isStaleConnection_ = !isNewConnection_ && !CurlTLS::usesHTTP2(tls) &&
-                       (CurlTLS::hasInput(tls) || sockets_.hasInput(localPort));
+  isHTTP2_ = CurlTLS::usesHTTP2(tls);
+  if (tls) shared_.origins.note(target_->origin(), isHTTP2_);
+  isStaleConnection_ =
+      !isNewConnection_ && !isHTTP2_ && (CurlTLS::hasInput(tls) || shared_.sockets.hasInput(localPort));
   lastProgress_ = Clock::now();
   return !isSecondAttempt_ && !isStaleConnection_;
 }
@@ -354,8 +336,11 @@ const SSL* CurlTransfer::tlsConnection() const {
 }
 
 void CurlTransfer::remind() {
-  if (!isConnected_ || Clock::now() - lastProgress_ < reminder || !CurlTLS::usesHTTP2(tlsConnection()))
-    return;
+  if (Clock::now() - lastProgress_ >= reminder) wakeUp();
+}
+
+void CurlTransfer::wakeUp() {
+  if (!isHTTP2_) return;
   curl_easy_pause(handle(), CURLPAUSE_RECV);
   curl_easy_pause(handle(), CURLPAUSE_CONT);
 }
@@ -392,7 +377,7 @@ std::size_t CurlTransfer::refuse(PlatformError reason) {
 
 // Called with the pieces of the header lines first, then with the body.
 std::size_t CurlTransfer::receive(std::string_view bytes) {
-  tls_.noteReply();
+  shared_.tls.noteReply();
   if (!header_.isWhole()) {
     if (header_.allows(bytes)) return bytes.size();
     return refuse(curlError(CURLE_WEIRD_SERVER_REPLY, "The reply's header cannot be read"));
@@ -428,9 +413,15 @@ std::size_t CurlTransfer::receiveHeader(std::string_view line) {
   return line.size();
 }
 
-PlatformError CurlTransfer::idleError() const {
-  const auto limit = std::chrono::duration_cast<std::chrono::milliseconds>(idleLimit_);
-  return curlError(CURLE_OPERATION_TIMEDOUT, "No progress for " + std::to_string(limit.count()) + " ms");
+PlatformError CurlTransfer::timeoutError() const {
+  const bool isWhole = totalLimit_ && end_ <= lastProgress_ + idleLimit_;
+  return curlError(CURLE_OPERATION_TIMEDOUT,
+                   isWhole ? "No reply within " + std::to_string(totalLimit_->count()) + " ms"
+                           : "No progress for " + std::to_string(idleLimit_.count()) + " ms");
+}
+
+void CurlTransfer::noteWaitInVain() {
+  if (!isConnected_) shared_.origins.note(target_->origin(), false);
 }
 
 }  // namespace TalvoConsentSDK

@@ -3,6 +3,7 @@
 // One request on its way through libcurl, including redirects. It decides what may be sent where and what
 // counts as an answer; it knows nothing about threads or other requests.
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -17,29 +18,12 @@
 
 #include "adapters/curl/CurlBody.h"
 #include "adapters/curl/CurlHeader.h"
-#include "adapters/curl/CurlSockets.h"
-#include "adapters/curl/CurlTLS.h"
+#include "adapters/curl/CurlShared.h"
+#include "adapters/curl/CurlTarget.h"
 
 struct curl_slist;
-struct Curl_URL;
 
 namespace TalvoConsentSDK {
-
-/// A session's rules for its transfers.
-struct CurlRules {
-  bool allowsPlainHTTP = false;
-  std::size_t maxReply = 0;
-  std::string certificates;         // PEM text of the authorities to trust; empty for the system's
-  bool hasCertificateFile = false;  // the system keeps its authorities in one file
-  bool usesOpenSSL = false;         // libcurl uses it for TLS
-  bool mayForgetReplies = false;    // libcurl before 8.0, over HTTP/2; see `remind`
-};
-
-/// A libcurl easy handle.
-struct CurlHandleDeleter {
-  void operator()(void* handle) const noexcept;
-};
-using CurlHandle = std::unique_ptr<void, CurlHandleDeleter>;
 
 /// A request and its libcurl easy handle. Not thread-safe.
 class CurlTransfer {
@@ -47,17 +31,23 @@ class CurlTransfer {
   using Clock = std::chrono::steady_clock;
   using Outcome = Result<platform::URLResponse>;
 
-  /// `rules`, `sockets` and `tls` must outlive the transfer. `handle` is the handle of an earlier transfer of
-  /// the same session, to be reused, or null.
-  CurlTransfer(const CurlRules& rules, CurlSockets& sockets, CurlTLS& tls, platform::URLRequest request,
-               CurlHandle handle);
+  /// The total limit of `request` counts from `start`. `handle` is the handle of an earlier transfer of the
+  /// same session, to be reused, or null.
+  CurlTransfer(CurlShared& shared, platform::URLRequest request, Clock::time_point start, CurlHandle handle);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
 
   void* handle() const noexcept { return handle_.get(); }
 
-  /// Moves the handle out once the transfer has ended; null if it must not be reused.
-  CurlHandle takeHandle() { return wasRepeated_ ? nullptr : std::move(handle_); }
+  /// Moves the handle out once the transfer has ended.
+  CurlHandle takeHandle();
+
+  /// Whether another transfer may use the handle.
+  bool isHandleReusable() const noexcept { return !wasRepeated_ && !isHandleRemembered(); }
+
+  /// Whether the handle must not be freed before its connection is closed. If an HTTP/2 request ends before
+  /// its reply begins, it may still wait to be sent. libcurl 7.88 then keeps a pointer to its handle.
+  bool isHandleRemembered() const noexcept { return isHTTP2_ && header_.bytes() == 0; }
 
   /// Prepares the handle for its run. Returns an error if the request is refused.
   std::optional<PlatformError> prepare();
@@ -73,11 +63,23 @@ class CurlTransfer {
   void remind();
   static constexpr std::chrono::milliseconds reminder{500};
 
+  /// Makes libcurl look for input at once and send what it has buffered, if the transfer uses HTTP/2.
+  void wakeUp();
+
+  bool isCancelled() const { return request_.cancellation && request_.cancellation->isCancelled(); }
+
+  /// Whether there has been no progress for so long that the connection may be dead.
+  bool isSilent() const { return Clock::now() - lastProgress_ >= std::chrono::seconds(2); }
+
   /// The time at which the transfer times out if it makes no progress until then.
-  Clock::time_point deadline() const noexcept { return lastProgress_ + idleLimit_; }
+  Clock::time_point deadline() const noexcept { return std::min(lastProgress_ + idleLimit_, end_); }
 
   /// The error to report when the deadline has passed.
-  PlatformError idleError() const;
+  PlatformError timeoutError() const;
+
+  /// Call this when the deadline has passed. If the transfer still has no connection, it may have waited for
+  /// one that another request began to open and that hangs. The next requests to its origin then do not wait.
+  void noteWaitInVain();
 
   /// The local port of the current run's latest connection; 0 before the run has one.
   int localPort() const noexcept { return localPort_; }
@@ -85,20 +87,6 @@ class CurlTransfer {
  private:
   struct ListDeleter {
     void operator()(curl_slist* list) const noexcept;
-  };
-
-  // A URL as parsed by libcurl, so that the checked host is the host that libcurl contacts.
-  struct Target {
-    struct Deleter {
-      void operator()(Curl_URL* parsed) const noexcept;
-    };
-    std::unique_ptr<Curl_URL, Deleter> url;
-    std::string scheme, host;
-
-    std::string part(int name) const;  // a CURLUPart
-    static std::optional<Target> parse(const char* url);
-    bool isLoopback() const;
-    bool sharesOrigin(const Target& other) const;
   };
 
   // Any change to these values counts as progress.
@@ -110,7 +98,7 @@ class CurlTransfer {
     bool operator==(const Progress&) const = default;
   };
 
-  static CurlHandle makeHandle(const CurlRules& rules, CurlTLS& tls);
+  static CurlHandle makeHandle(CurlShared& shared);
 
   std::optional<PlatformError> follow(int status, const char* location);
   std::optional<PlatformError> configure();
@@ -125,15 +113,16 @@ class CurlTransfer {
   bool isCompressedTooWell(std::size_t size, std::size_t uncounted) const;
   std::size_t receiveHeader(std::string_view line);
 
+  CurlShared& shared_;
   const CurlRules& rules_;
-  CurlSockets& sockets_;
-  CurlTLS& tls_;
   platform::URLRequest request_;
-  const Clock::duration idleLimit_;
+  const std::chrono::milliseconds idleLimit_;
+  const std::optional<std::chrono::milliseconds> totalLimit_;
+  const Clock::time_point end_;
   const bool keepsOrigin_;  // it began as a POST or PUT, so no redirect may lead to another origin
   CurlHandle handle_;
 
-  std::optional<Target> target_;
+  std::optional<CurlTarget> target_;
   int redirects_ = 0;
   bool leftOrigin_ = false;
   bool avoidsPool_ = false;
@@ -147,6 +136,7 @@ class CurlTransfer {
   int localPort_ = 0;
   bool isNewConnection_ = false;
   bool isConnected_ = false;
+  bool isHTTP2_ = false;
   bool isSecondAttempt_ = false;
   bool isStaleConnection_ = false;
   std::optional<PlatformError> rejection_;  // why the reply is refused

@@ -9,6 +9,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include "adapters/posix/CachedSession.h"
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 #include "adapters/threads/BackgroundThread.h"
 
@@ -52,9 +53,9 @@ fs::path defaultStoreFile() {
 }
 
 Platform makePosixPlatform(std::shared_ptr<MainQueue> mainQueue, const fs::path& store,
-                           const CurlOptions& options) {
+                           const CurlOptions& options, std::size_t maxCacheBytes) {
   Platform platform;
-  platform.urlSession = std::make_shared<CurlURLSession>(options);
+  platform.urlSession = cachedSession(std::make_shared<CurlURLSession>(options), store, maxCacheBytes);
   platform.userDefaults = std::make_shared<SQLiteUserDefaults>(store);
   platform.mainActor = std::move(mainQueue);
   platform.background = std::make_shared<BackgroundThread>();

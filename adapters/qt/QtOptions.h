@@ -2,6 +2,7 @@
 
 // The host's options for the banner on Qt.
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 
@@ -30,6 +31,10 @@ struct QtOptions {
   /// Returns the parts of a host window that the system's own bars and notches cover, in points. If absent,
   /// nothing is covered.
   std::function<platform::Insets(const QWindow&)> safeArea = {};
+
+  /// How large the file of the HTTP cache may be, in bytes. 0 switches the cache off. Not used by
+  /// `addQtWindows`.
+  std::size_t maxCacheBytes = 10'000'000;
 
   /// Opens a URL outside the host. If absent, Qt opens it.
   std::function<void(const URL&)> openURL = {};

@@ -1,6 +1,7 @@
 #include "adapters/qt/QtPlatform.h"
 
 #include "adapters/curl/CurlURLSession.h"
+#include "adapters/posix/CachedSession.h"
 #include "adapters/qt/QtApplication.h"
 #include "adapters/qt/QtImageLoader.h"
 #include "adapters/qt/QtMainActor.h"
@@ -11,7 +12,7 @@ namespace TalvoConsentSDK {
 
 Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options) {
   Platform platform;
-  platform.urlSession = std::make_shared<CurlURLSession>();
+  platform.urlSession = cachedSession(std::make_shared<CurlURLSession>(), store, options.maxCacheBytes);
   platform.userDefaults = std::make_shared<SQLiteUserDefaults>(store);
   platform.mainActor = std::make_shared<QtMainActor>();
   platform.background = std::make_shared<BackgroundThread>();

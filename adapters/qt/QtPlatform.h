@@ -13,7 +13,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// Creates a platform for Qt hosts: `Platform::install(makeQtPlatform(store))`. Create the QGuiApplication
 /// first, and call this on its thread. `store` is the file for the consents; it is created when it is first
-/// needed.
+/// needed. Replies are kept, as far as their headers allow, in a file beside it whose name is that of `store`
+/// with ".cache" appended (`QtOptions::maxCacheBytes`).
 TALVO_EXPORT Platform makeQtPlatform(const std::filesystem::path& store, const QtOptions& options = {});
 
 /// Adds Qt's windows to a platform whose other parts the host chooses itself. They load pictures with the

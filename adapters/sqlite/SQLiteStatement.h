@@ -3,6 +3,7 @@
 // Wraps the part of SQLite's C interface that this project needs; failures become exceptions. Not installed.
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -84,6 +85,9 @@ class SQLiteStatement {
                  : std::string();
   }
 
+  /// The number in a column of the current row; 0 if the column holds no number.
+  std::int64_t number(int index) { return sqlite3_column_int64(statement_.get(), index); }
+
  private:
   struct Reset {
     sqlite3_stmt* statement;
@@ -98,6 +102,8 @@ class SQLiteStatement {
   }
 
   int bind(int index, bool flag) { return sqlite3_bind_int(statement_.get(), index, flag); }
+
+  int bind(int index, std::int64_t number) { return sqlite3_bind_int64(statement_.get(), index, number); }
 
   int bind(int index, const SQLiteText& parameter) {
     const std::string_view text = parameter.text.value_or(std::string_view());

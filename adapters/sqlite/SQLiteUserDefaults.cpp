@@ -82,6 +82,7 @@ void SQLiteUserDefaults::Access::run(Kind kind, const Operation& operation) {
   bool isDone = false;
   for (int attempt = 1; attempt <= maxAttempts; ++attempt) {
     try {
+      if (kind == Kind::change && current && current->isReadOnly()) current = nullptr;  // may be writable now
       connect(end, alone.has_value(), isDone);
       if (isDone) return current->wipeIfOwed();
       operation(*current);

@@ -1,11 +1,8 @@
 #include "adapters/sqlite/StoreConnection.h"
 
 #include <algorithm>
-#include <array>
+#include <chrono>
 #include <cstdint>
-#include <set>
-#include <system_error>
-#include <thread>
 #include <utility>
 #include <variant>
 
@@ -15,7 +12,6 @@ using namespace platform;
 
 namespace {
 
-namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
@@ -30,147 +26,18 @@ constexpr std::int64_t wiped = 0x54616C76;
 // How long wiping may wait for other connections. The change itself is already on the disk by then.
 constexpr milliseconds wipingWait{50};
 
-int waitForOthers(void* end, int attempt) {
-  const auto left = *static_cast<const StoreWaitEnd*>(end) - steady_clock::now();
-  if (left <= left.zero()) return 0;
-  std::this_thread::sleep_for(
-      std::min<steady_clock::duration>(left, milliseconds(std::min(attempt + 1, 10))));
-  return 1;
-}
-
-// If a writer stops while it is publishing a change, SQLite sleeps for ten seconds in total without calling
-// the busy handler. So these sleeps also end at the deadline of the calling thread's operation.
-thread_local StoreWaitEnd sleepsEnd;
-
-const char* fileSystem() {
-  static sqlite3_vfs* const system = sqlite3_vfs_find(nullptr);
-  static sqlite3_vfs impatient = [] {
-    sqlite3_vfs copy = *system;
-    copy.zName = "TalvoConsentSDK";
-    copy.xSleep = [](sqlite3_vfs*, int microseconds) {
-      using std::chrono::duration_cast;
-      const auto left = duration_cast<std::chrono::microseconds>(sleepsEnd - steady_clock::now()).count();
-      return system->xSleep(system, static_cast<int>(std::clamp<std::int64_t>(left, 0, microseconds)));
-    };
-    return copy;
-  }();
-  static const int registration = sqlite3_vfs_register(&impatient, 0);
-  return registration == SQLITE_OK ? impatient.zName : nullptr;
-}
-
-SQLiteHandle opened(const fs::path& file, const StoreWaitEnd& end) {
-  sleepsEnd = end;
-  sqlite3* connection = nullptr;
-  const int code =
-      sqlite3_open_v2(reinterpret_cast<const char*>(file.u8string().c_str()), &connection,
-                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE, fileSystem());
-  SQLiteHandle handle(connection);
-  if (code != SQLITE_OK) throw lastFailure(connection);
-  sqlite3_busy_handler(connection, waitForOthers, const_cast<StoreWaitEnd*>(&end));
-  return handle;
-}
-
-// Sets whether closing moves the content of the write-ahead log to the file.
-void setMovesLogOnClose(const SQLiteHandle& connection, bool moves) {
-  sqlite3_db_config(connection.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, moves ? 0 : 1, nullptr);
-}
-
-std::int64_t number(const SQLiteHandle& connection, const char* sql) {
-  return std::stoll(SQLiteStatement(connection, sql).run().value_or("0"));
-}
-
-// The database or the log of a connection, read through SQLite's own descriptor. A log that SQLite has not
-// opened counts as empty.
-class OpenFile {
- public:
-  OpenFile(const SQLiteHandle& connection, int which) {
-    sqlite3_file_control(connection.get(), "main", which, static_cast<void*>(&file_));
-    if (file_ && !file_->pMethods) file_ = nullptr;
-  }
-
-  std::int64_t size() const {
-    sqlite3_int64 size = 0;
-    if (file_) check(file_->pMethods->xFileSize(file_, &size));
-    return size;
-  }
-
-  // Returns false if the file ends before `bytes` is full.
-  template <std::size_t count>
-  bool read(std::int64_t at, std::array<unsigned char, count>& bytes) const {
-    const int code = file_ ? file_->pMethods->xRead(file_, bytes.data(), count, at) : SQLITE_IOERR_SHORT_READ;
-    if (code != SQLITE_IOERR_SHORT_READ) check(code);
-    return code == SQLITE_OK;
-  }
-
- private:
-  static void check(int code) {
-    if (code != SQLITE_OK) throw storeFailure(code);
-  }
-
-  sqlite3_file* file_ = nullptr;
-};
-
-// The numbers of the pages in the write-ahead log. The format is a header of 32 bytes, and before each page a
-// header of 24 bytes that begins with the page's number. All headers hold the same salt; the first page with
-// another salt, and everything after it, is left over from an earlier use of the log.
-std::set<std::int64_t> pagesIn(const OpenFile& log, std::int64_t pageSize) {
-  std::set<std::int64_t> pages;
-  std::array<unsigned char, 32> head{};
-  std::array<unsigned char, 24> frame{};
-  if (!log.read(0, head)) return pages;
-  const std::int64_t last = log.size() - pageSize - std::ssize(frame);
-  for (std::int64_t at = head.size(); at <= last && log.read(at, frame); at += std::ssize(frame) + pageSize) {
-    if (!std::equal(&frame[8], &frame[16], &head[16])) break;
-    std::int64_t page = 0;
-    for (std::size_t byte = 0; byte < 4; ++byte) page = page << 8 | frame[byte];
-    pages.insert(page);
-  }
-  return pages;
-}
-
-// SQLite notices if whole pages are missing at the end of the file. But it reads zeros where part of the last
-// page is missing, or where pages are missing and there is a write-ahead log. The transaction keeps other
-// processes from moving pages out of the log, and from shortening the file, between these checks. The checks
-// use the descriptors that SQLite has open: the path may lead elsewhere by now, and the process may have no
-// descriptors left.
-void requireAllPages(const SQLiteHandle& connection) {
-  execute(connection, "BEGIN");
-  const std::int64_t count = number(connection, "PRAGMA page_count");
-  const std::int64_t size = number(connection, "PRAGMA page_size");
-  const std::int64_t whole = OpenFile(connection, SQLITE_FCNTL_FILE_POINTER).size() / size;
-  if (whole < count) {
-    const auto logged = pagesIn(OpenFile(connection, SQLITE_FCNTL_JOURNAL_POINTER), size);
-    for (std::int64_t page = whole + 1; page <= count; ++page) {
-      if (!logged.contains(page)) throw storeFailure(SQLITE_CORRUPT);
-    }
-  }
-  execute(connection, "COMMIT");
-}
-
-// Switching the journal mode briefly needs exclusive access to the file. Unlike other statements, the switch
-// does not wait for that, so this tries again until `end`.
-void useWriteAheadLog(const SQLiteHandle& connection, const StoreWaitEnd& end) {
-  for (;; std::this_thread::sleep_for(milliseconds(1))) {
-    try {
-      return execute(connection, "PRAGMA journal_mode = WAL");
-    } catch (const PlatformError& error) {
-      if (!isBusy(error) || steady_clock::now() > end) throw;
-    }
-  }
-}
-
 void setWipingOwed(const SQLiteHandle& connection, std::int64_t owed) {
   execute(connection, "PRAGMA application_id = " + std::to_string(owed));
 }
 
 bool hasTable(const SQLiteHandle& connection) {
-  return number(connection, "SELECT count(*) FROM sqlite_master WHERE name = 'defaults'") == 1;
+  return numberOf(connection, "SELECT count(*) FROM sqlite_master WHERE name = 'defaults'") == 1;
 }
 
 void createTable(const SQLiteHandle& connection) {
   SQLiteTransaction transaction(connection);
   if (!hasTable(connection)) {
-    if (number(connection, "PRAGMA page_count") <= 1) setWipingOwed(connection, wiped);
+    if (numberOf(connection, "PRAGMA page_count") <= 1) setWipingOwed(connection, wiped);
     execute(
         connection,
         "CREATE TABLE defaults(key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT NULL, value BLOB NOT NULL)"
@@ -180,85 +47,22 @@ void createTable(const SQLiteHandle& connection) {
   transaction.commit();
 }
 
-PlatformError noFile() {
-  return storeFailure(SQLITE_CANTOPEN, "the path does not name a file");
-}
-
-// SQLite discards a log beside an empty file, although the log may hold the latest changes.
-void requireFileOfLog(const fs::path& file) {
-  const fs::path log = file.native() + "-wal";
-  if (sizeOf(log) > 0 && sizeOf(file) == 0) throw storeFailure(SQLITE_CORRUPT);
-}
-
-SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end) {
-  if (file.native().find('\0') != file.native().npos) throw noFile();  // the system would cut the path there
-  makePrivateFile(file);
-  requireFileOfLog(file);
-  SQLiteHandle handle = opened(file, end);
-  setMovesLogOnClose(handle, false);  // leave a damaged file as it was found
-  const std::string version = SQLiteStatement(handle, "PRAGMA user_version").run().value_or("");
-  if (version != "0" && version != schemaVersion) {
-    throw storeFailure(SQLITE_ERROR, "unknown schema version " + version);
-  }
-  requireAllPages(handle);
-  useWriteAheadLog(handle, end);
-  execute(handle, "PRAGMA synchronous = FULL; PRAGMA temp_store = MEMORY");
-  if (version == "0" || !hasTable(handle)) createTable(handle);
-  setMovesLogOnClose(handle, true);
-  return handle;
-}
-
-bool isUnmoved(const SQLiteHandle& connection) {
-  int hasMoved = 0;
-  sqlite3_file_control(connection.get(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
-  return !hasMoved;
+void prepare(const SQLiteHandle& connection) {
+  execute(connection, "PRAGMA synchronous = FULL");
+  if (numberOf(connection, "PRAGMA user_version") == 0 || !hasTable(connection)) createTable(connection);
 }
 
 }  // namespace
 
-StoreConnection::StoreConnection(const fs::path& named, StoreWaitEnd end)
-    : named_(named),
-      file_(withoutLinks(named)),
-      waitEnd_(end),
-      handle_(prepared(file_, waitEnd_)),
-      identity_(identityOf(file_)),
-      log_(identityOf(log())),
-      index_(identityOf(index())) {
-  const bool isMoved = !isUnmoved(handle_);
-  if (!isMoved && identityOf(named_)) return;
-  abandon();
-  throw isMoved ? storeFailure(SQLITE_BUSY, "the file was replaced while it was being opened")
-                : noFile();  // e.g. if the path ends in a slash
-}
-
-void StoreConnection::waitUntil(StoreWaitEnd end) {
-  waitEnd_ = end;
-  sleepsEnd = end;
-}
-
-// Closing deletes the log by name, so this holds the folder's lock: no other process may set the file aside
-// meanwhile.
-StoreConnection::~StoreConnection() {
-  if (isAbandoned_) return;
-  try {
-    closing_.emplace(file_.parent_path(), FolderLock::Kind::shared, steady_clock::now());
-    if (!isInPlace()) moveLogToFile();
-  } catch (const PlatformError&) {
-    abandon();
-  }
-}
-
-void StoreConnection::abandon() {
-  isAbandoned_ = true;
-  setMovesLogOnClose(handle_, false);
-}
+StoreConnection::StoreConnection(const std::filesystem::path& named, StoreWaitEnd end)
+    : DatabaseFile(named, end, schemaVersion, prepare) {}
 
 std::optional<std::string> StoreConnection::read(std::string_view key, bool isData) {
   return read_.run(key, isData);
 }
 
 void StoreConnection::commit(const std::vector<StoreChange>& changes) {
-  SQLiteTransaction transaction(handle_);
+  SQLiteTransaction transaction(handle());
   commit(transaction, make(changes));
 }
 
@@ -276,28 +80,28 @@ bool StoreConnection::make(const std::vector<StoreChange>& changes) {
       write_.run(key, false, std::string_view(*text));
     } else {
       erase_.run(key);
-      mustWipe |= sqlite3_changes(handle_.get()) > 0;
+      mustWipe |= sqlite3_changes(handle().get()) > 0;
     }
   }
   return mustWipe;
 }
 
 bool StoreConnection::replace(std::string_view key, const std::optional<Data>& expected, const Data& value) {
-  SQLiteTransaction transaction(handle_);
+  SQLiteTransaction transaction(handle());
   const std::string_view bytes = value.bytes;
   if (expected) {
     writeWhereData_.run(key, bytes, std::string_view(expected->bytes));
   } else {
     writeWhereNoData_.run(key, bytes);
   }
-  const bool isReplaced = sqlite3_changes(handle_.get()) == 1;
+  const bool isReplaced = sqlite3_changes(handle().get()) == 1;
   commit(transaction, false);
   return isReplaced;
 }
 
 void StoreConnection::commit(SQLiteTransaction& transaction, bool mustWipe) {
   const std::int64_t owed = wipingOwed();
-  if (mustWipe) setWipingOwed(handle_, owed == wiped ? 1 : owed + 1);
+  if (mustWipe) setWipingOwed(handle(), owed == wiped ? 1 : owed + 1);
   owesWiping_ = mustWipe || owed != wiped;
   transaction.commit();
 }
@@ -311,47 +115,23 @@ std::int64_t StoreConnection::wipingOwed() {
 // pages.
 void StoreConnection::wipeIfOwed() {
   if (!std::exchange(owesWiping_, false)) return;
-  waitUntil(std::min(waitEnd_, steady_clock::now() + wipingWait));
+  waitUntil(std::min(waitEnd(), steady_clock::now() + wipingWait));
   try {
     const std::int64_t owed = wipingOwed();
-    execute(handle_, "VACUUM");
-    if (number(handle_, "PRAGMA wal_checkpoint(TRUNCATE)") != 0) return;
-    SQLiteTransaction transaction(handle_);
-    if (wipingOwed() == owed) setWipingOwed(handle_, wiped);
+    execute(handle(), "VACUUM");
+    if (numberOf(handle(), "PRAGMA wal_checkpoint(TRUNCATE)") != 0) return;
+    SQLiteTransaction transaction(handle());
+    if (wipingOwed() == owed) setWipingOwed(handle(), wiped);
     transaction.commit();
   } catch (const PlatformError&) {
     // The change itself is on the disk, and the file records that it must still be wiped.
   }
 }
 
-bool StoreConnection::isInPlace() const {
-  return fileIsInPlace() && log_ == identityOf(log()) && index_ == identityOf(index());
-}
-
-bool StoreConnection::fileIsInPlace() const {
-  return identity_ && identity_ == identityOf(named_);
-}
-
-bool StoreConnection::moveLogToFile() {
-  abandon();
-  const bool hasNewLog = sizeOf(log()) > 0;
-  if (!fileIsInPlace() || hasNewLog) return false;
-  if (number(handle_, "PRAGMA wal_checkpoint(FULL)") != 0) throw storeFailure(SQLITE_BUSY);
-  return true;
-}
-
-void StoreConnection::deleteOldLog() {
-  abandon();
-  if (identityOf(file_) == identity_) return;  // only a symbolic link has changed
-  std::error_code isMissing;
-  if (log_ == identityOf(log())) fs::remove(log(), isMissing);
-  if (index_ == identityOf(index())) fs::remove(index(), isMissing);
-}
-
 bool StoreConnection::copyValuesFrom(StoreConnection& other) {
   std::vector<StoreChange> values;
   try {
-    SQLiteStatement all(other.handle_, "SELECT key, value, isData FROM defaults");
+    SQLiteStatement all(other.handle(), "SELECT key, value, isData FROM defaults");
     all.forEachRow([&] {
       if (all.column(2) == "1") {
         values.emplace_back(all.column(0), Data(all.column(1)));
@@ -362,8 +142,8 @@ bool StoreConnection::copyValuesFrom(StoreConnection& other) {
   } catch (const PlatformError&) {  // the old file can no longer be read
     return false;
   }
-  SQLiteTransaction transaction(handle_);
-  if (number(handle_, "SELECT count(*) FROM defaults") != 0) return false;
+  SQLiteTransaction transaction(handle());
+  if (numberOf(handle(), "SELECT count(*) FROM defaults") != 0) return false;
   commit(transaction, make(values));
   return true;
 }

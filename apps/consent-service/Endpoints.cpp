@@ -5,6 +5,7 @@
 
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
+#include "Caching.h"
 #include "Identifier.h"
 #include "Submissions.h"
 
@@ -20,12 +21,8 @@ Reply unknownSite(const Call& call) {
   return errorReply(404, "unknown site: " + call.site);
 }
 
-Reply document(const Call& call, std::string text) {
-  return jsonReply(withBase(std::move(text), call.base));
-}
-
 Reply keptConsent(const Result<std::string>& id) {
-  return id ? jsonReply(JSONObject{{"id", *id}}) : refusal(500, id.error());
+  return id ? personal(jsonReply(JSONObject{{"id", *id}})) : refusal(500, id.error());
 }
 
 }  // namespace
@@ -41,7 +38,11 @@ Reply Endpoints::siteFile(const Call& call) const {
   if (!content) return errorReply(404, "no such file");
   Reply reply = jsonReply(*std::move(content));
   reply.contentType = contentTypeOf(call.rest);
-  return reply;
+  return cacheable(std::move(reply), sites_.keepFor(call.site));
+}
+
+Reply Endpoints::document(const Call& call, std::string text) const {
+  return cacheable(jsonReply(withBase(std::move(text), call.base)), sites_.keepFor(call.site));
 }
 
 Reply Endpoints::configuration(const Call& call) const {
@@ -79,17 +80,17 @@ Reply Endpoints::identifiedConsent(const Call& call) const {
   if (!sites_.has(call.site)) return unknownSite(call);
   const auto consent = store_->newest(call.site, call.rest);
   if (!consent) return refusal(500, consent.error());
-  return jsonReply(JSONEncoder().encode(*consent).value());
+  return personal(jsonReply(JSONEncoder().encode(*consent).value()));
 }
 
 Reply Endpoints::submitTopics(const Call& call) const {
   const auto submission = parseTopics(call.body);
   if (!submission) return refusal(400, submission.error());
-  return jsonReply(JSONObject{
+  return personal(jsonReply(JSONObject{
       {"receiptId", newIdentifier()},
       {"collectionPointId", submission->collectionPointId},
       {"topics", static_cast<std::int64_t>(submission->topics)},
-  });
+  }));
 }
 
 }  // namespace TalvoConsentSDK::service

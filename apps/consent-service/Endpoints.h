@@ -39,6 +39,8 @@ class Endpoints {
   Reply submitTopics(const Call& call) const;
 
  private:
+  Reply document(const Call& call, std::string text) const;
+
   Sites sites_;
   std::unique_ptr<ConsentStore> store_;
 };

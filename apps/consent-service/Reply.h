@@ -27,6 +27,8 @@ struct Reply {
   int status = 200;
   std::string body;
   std::string contentType = std::string(jsonType);
+  std::string cacheControl;  // the header Cache-Control; empty: none
+  std::string entityTag;     // the header ETag; empty: none
   Delivery delivery = Delivery::whole;
 
   /// The status that the client sees, if any.

@@ -12,6 +12,7 @@
 #include <openssl/ssl.h>
 #include <sys/socket.h>
 
+#include "Caching.h"
 #include "Connection.h"
 #include "Connections.h"
 #include "Endpoints.h"
@@ -29,6 +30,16 @@ constexpr std::size_t maxPath = 2048;  // bytes; pattern matching recurses once 
 
 PlatformError failure(const std::string& reason) {
   return {"Server", 1, reason};
+}
+
+// The values of a header that is given several times are joined.
+std::string headerOf(const Request& request, const char* name) {
+  std::string value;
+  for (std::size_t i = 0; i < request.get_header_value_count(name); ++i) {
+    if (i > 0) value += ", ";
+    value += request.get_header_value(name, i);
+  }
+  return value;
 }
 
 // The Host header of the request, or nothing if JSON would have to escape it.
@@ -96,6 +107,7 @@ class BoundedServer : public Base {
       }
       const bool isAnswered = this->process_request(connection, false, isLast, [&](Request& request) {
         request.ranges.clear();  // a short header can request the same document a thousand times
+        request.headers.erase("Accept-Encoding");  // an ETag names the bytes of an uncompressed body
         connection.isAtNextRequest = !hasBody(request);
       });
       if (!isAnswered || !connection.isAtNextRequest) break;
@@ -199,7 +211,8 @@ void Server::State::answer(Endpoint endpoint, const Request& request, const std:
     return errorReply(404, "no such endpoint: " + request.method + " " + request.path);
   };
   const Fault* fault = findFault(options.faults, request.method + " " + request.target);
-  const Reply reply = fault ? fault->reply(trueReply) : trueReply();
+  const Reply reply =
+      fault ? fault->reply(trueReply) : validated(trueReply(), headerOf(request, "If-None-Match"));
   if (options.delay.count() > 0) isStopRequestedWithin(options.delay);
 
   RequestLogEntry entry;
@@ -221,7 +234,8 @@ Call Server::State::callFrom(const Request& request, const std::string& body) co
   call.language = request.get_param_value("lng");
   call.body = body;
   const std::string host = hostOf(request);
-  call.base = host.empty() ? url : scheme + "://" + host;
+  const bool isForwarded = request.get_header_value("X-Forwarded-Proto") == "https";
+  call.base = host.empty() ? url : (isForwarded ? "https" : scheme) + "://" + host;
   return call;
 }
 
@@ -232,8 +246,10 @@ bool Server::State::isStopRequestedWithin(std::chrono::milliseconds time) {
 
 void Server::State::deliver(const Reply& reply, Response& response) {
   response.status = reply.status;
+  if (!reply.cacheControl.empty()) response.set_header("Cache-Control", reply.cacheControl);
+  if (!reply.entityTag.empty()) response.set_header("ETag", reply.entityTag);
   if (reply.delivery == Delivery::whole) {
-    response.set_content(reply.body, reply.contentType);
+    if (reply.status != 304) response.set_content(reply.body, reply.contentType);
   } else if (reply.delivery == Delivery::truncated) {
     const auto half = reply.body.size() / 2;
     response.set_content_provider(
@@ -289,6 +305,7 @@ Result<void> Server::State::makeServer() {
   });
   http->set_post_routing_handler([](const Request&, Response& response) {
     if (!Connection::current().isAtNextRequest) response.set_header("Connection", "close");
+    if (response.status == 304) response.headers.erase("Content-Length");  // it would be that of the document
   });
   http->set_error_handler([](const Request&, Response& response) {  // errors of the library
     if (!response.body.empty() || response.has_header("Content-Type")) return;

@@ -40,6 +40,12 @@ struct ServerOptions {
 ///   POST /public/consent                        accepts choices on topics; {"receiptId": ...}
 ///   GET /sites/SITE/FILE                        a file of the site, such as its logo
 /// In a site's documents, the text {{base}} is replaced by the URL at which the client reached the service.
+/// If another server in front of the service terminates TLS, it must pass on the header Host and add the
+/// header "X-Forwarded-Proto: https".
+///
+/// Documents and files have an ETag. If a request's If-None-Match names it, the reply is a 304. Documents and
+/// files have the Cache-Control "no-cache", or "max-age=SECONDS" if site.json has keepFor. The reply to a
+/// consent or to topics, and the consent of a user, have "no-store".
 class Server {
  public:
   /// Opens the files and listens. An error's text names the file or address that failed.

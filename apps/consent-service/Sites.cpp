@@ -56,6 +56,15 @@ std::string Sites::services(std::string_view site, std::string_view language) co
   return std::move(document).value_or("{}");
 }
 
+std::optional<std::chrono::seconds> Sites::keepFor(std::string_view site) const {
+  const auto settings = JSONDecoder().decode<JSONValue>(file(site, "site.json").value_or("{}"));
+  const JSONObject* object = settings ? settings->object() : nullptr;
+  if (!object || !object->contains("keepFor")) return std::nullopt;
+  const std::int64_t* seconds = object->at("keepFor").integer();
+  if (!seconds || *seconds < 1 || *seconds > 31'536'000) return std::nullopt;
+  return std::chrono::seconds(*seconds);
+}
+
 std::optional<std::string> Sites::file(std::string_view site, std::string_view name) const {
   if (!has(site) || !isPlainName(name)) return std::nullopt;
   const fs::path path = folder_ / site / name;

@@ -2,6 +2,7 @@
 
 // The sites of the service: one folder per site, with the documents that the service serves.
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -14,7 +15,8 @@ namespace TalvoConsentSDK::service {
 ///   configuration.json           its switches; without the file, {}
 ///   customization.LANGUAGE.json  its banner, one file per language
 ///   services.LANGUAGE.json       its catalogue, or services.json for all languages; without either, {}
-///   site.json                    {"languages": [...]}, default first; without the file, the default is "en"
+///   site.json                    {"languages": [...], "keepFor": SECONDS}: the default language comes first;
+///                                without the file, it is "en". For keepFor see `Sites::keepFor`
 /// and any other files, such as a logo. Files are read again for each request, so that edits take effect at
 /// once. Thread-safe.
 class Sites {
@@ -32,6 +34,10 @@ class Sites {
   std::string configuration(std::string_view site) const;
   std::optional<std::string> customization(std::string_view site, std::string_view language) const;
   std::string services(std::string_view site, std::string_view language) const;
+
+  /// How long clients may use documents and files of a site without asking whether they are current. Nothing
+  /// if site.json has no `keepFor`, or if that is not a whole number from 1 to 31,536,000 (a year).
+  std::optional<std::chrono::seconds> keepFor(std::string_view site) const;
 
   /// The content of any file of a site; nothing if there is no file of that name.
   std::optional<std::string> file(std::string_view site, std::string_view name) const;

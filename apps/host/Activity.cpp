@@ -32,26 +32,44 @@ class CountingExecutor : public Executor {
 
 class CountingSession : public URLSession {
  public:
-  CountingSession(std::shared_ptr<URLSession> inner, Counter counter)
-      : inner_(std::move(inner)), counter_(std::move(counter)) {}
+  CountingSession(std::shared_ptr<URLSession> inner, Counter counter, std::shared_ptr<LoadedReplies> loaded)
+      : inner_(std::move(inner)), counter_(std::move(counter)), loaded_(std::move(loaded)) {}
 
   void run(URLRequest request, Completion completion) override {
-    inner_->run(std::move(request), [completion = std::move(completion), token = counted(counter_)](
-                                        Result<URLResponse> outcome) { completion(std::move(outcome)); });
+    const std::string url = request.method == "GET" ? request.url.text() : "";
+    inner_->run(std::move(request), [completion = std::move(completion), token = counted(counter_), url,
+                                     loaded = loaded_](Result<URLResponse> outcome) {
+      if (outcome && !url.empty()) loaded->add(url, outcome->source);
+      completion(std::move(outcome));
+    });
   }
 
  private:
   const std::shared_ptr<URLSession> inner_;
   const Counter counter_;
+  const std::shared_ptr<LoadedReplies> loaded_;
 };
 
 }  // namespace
+
+void LoadedReplies::add(std::string url, ReplySource source) {
+  const char* const from = source == ReplySource::network ? "network"
+                           : source == ReplySource::cache ? "cache"
+                                                          : "revalidated";
+  const std::scoped_lock guard(lock_);
+  replies_.emplace_back(std::move(url), from);
+}
+
+std::vector<std::pair<std::string, std::string>> LoadedReplies::take() {
+  const std::scoped_lock guard(lock_);
+  return std::exchange(replies_, {});
+}
 
 void Activity::watch(Platform& platform) {
   platform.mainActor = std::make_shared<CountingExecutor>(platform.mainActor, count_);
   platform.background = std::make_shared<CountingExecutor>(platform.background, count_);
   platform.callbacks = std::make_shared<CountingExecutor>(platform.callbacks, count_);
-  platform.urlSession = std::make_shared<CountingSession>(platform.urlSession, count_);
+  platform.urlSession = std::make_shared<CountingSession>(platform.urlSession, count_, loaded_);
 }
 
 }  // namespace TalvoConsentHost

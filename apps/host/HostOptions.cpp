@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 namespace TalvoConsentHost {
 
@@ -69,6 +70,9 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("site", "Identifier of the site.", "ID", defaults.site);
   add("language", "Language of the banner.", "CODE", defaults.language);
   add("store", "File for the stored consents.", "FILE");
+  add("cache", "Size in bytes of the HTTP cache beside the stored consents; 0 switches it off.", "BYTES",
+      std::to_string(defaults.maxCacheBytes));
+  add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");
   add("scale", "Pixels per point.", "N");
   add("text-scale", "Factor for the size of text.", "F", "1");
@@ -81,6 +85,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   addSwitch("high-contrast", "Draw the banner with solid lines and outlines.");
   addSwitch("reduced-motion", "Draw the banner without animations.");
   addSwitch("hidden", "Stay in the background, without a window.");
+  addSwitch("empty", "Draw an empty window before the client is created.");
   parser.addHelpOption();
 
   if (!parser.parse(arguments)) fail(parser.errorText());
@@ -98,6 +103,10 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.site = text("site");
   options.language = text("language");
   options.store = text("store");
+  options.maxCacheBytes = static_cast<std::size_t>(number(parser, QStringLiteral("cache"), 0, 1e12));
+  options.certificates = text("ca");
+  if (!options.certificates.empty() && !std::ifstream(options.certificates))
+    fail(QStringLiteral("--ca takes a file that can be read"));
   options.size = size(parser.value(QStringLiteral("size")));
   if (parser.isSet(QStringLiteral("scale")))
     options.pixelRatio = number(parser, QStringLiteral("scale"), 0.5, 8);
@@ -112,6 +121,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.highContrast = parser.isSet(QStringLiteral("high-contrast"));
   options.reducesMotion = parser.isSet(QStringLiteral("reduced-motion"));
   options.isHidden = parser.isSet(QStringLiteral("hidden"));
+  options.isEmpty = parser.isSet(QStringLiteral("empty"));
   return options;
 }
 

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QPointer>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <fstream>
 #include <future>
@@ -111,6 +112,7 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"screenshot", &Script::screenshot},
       {"settle", &Script::settle},
       {"topics", &Script::topics},
+      {"loaded", &Script::loaded},
       {"timing", &Script::timing},
       {"quit", &Script::quit},
   };
@@ -211,16 +213,27 @@ void Script::listen(const std::string&) {
   printObject({{"done", "listen"}});
 }
 
-void Script::banner(const std::string&) {
+// banner [MILLISECONDS]
+void Script::banner(const std::string& timeLimit) {
+  BannerOptions options;
+  if (!timeLimit.empty()) {
+    std::int64_t limit = 0;
+    if (!(std::istringstream(timeLimit) >> limit)) return fail("banner takes a time limit in milliseconds");
+    options.timeLimit = std::chrono::milliseconds(limit);
+  }
   const QPointer<ViewWindow> before = driver_.banner();
   const auto error = std::make_shared<std::optional<Error>>();
   Timing::bannerRequested();
-  sdk_->showBanner(
-      reporting("onAcceptAll"), reporting("onRejectAll"), reporting("onManagePreferences"),
-      [error](const Error& reason) {
-        *error = reason;
-        printObject({{"callback", "onError"}, {"error", toJSON(reason)}, {"thread", threadName()}});
-      });
+  const auto reportError = [error](const Error& reason) {
+    *error = reason;
+    printObject({{"callback", "onError"}, {"error", toJSON(reason)}, {"thread", threadName()}});
+  };
+  sdk_->showBanner(BannerHandlers{.onAcceptAll = reporting("onAcceptAll"),
+                                  .onRejectAll = reporting("onRejectAll"),
+                                  .onSaved = reporting("onManagePreferences"),
+                                  .onError = reportError,
+                                  .onManagePreferences = reporting("onManagePreferences")},
+                   options);
   if (!waitUntil([this] { return isSettled(); })) return fail("The banner did not become idle");
   const ViewWindow* const shown = driver_.banner();
   if (*error) {
@@ -282,6 +295,13 @@ void Script::topics(const std::string& arguments) {
       done(reply ? JSONObject{{"reply", *reply}} : JSONObject{{"error", toJSON(reply.error())}});
     });
   });
+}
+
+void Script::loaded(const std::string&) {
+  JSONArray replies;
+  for (const auto& [url, from] : activity_.loaded().take())
+    replies.push_back(JSONObject{{"url", url}, {"from", from}});
+  printObject({{"loaded", replies}});
 }
 
 void Script::timing(const std::string&) {

@@ -43,13 +43,14 @@ class Script : public std::enable_shared_from_this<Script> {
   void gate(const std::string& categoryAndVendor);
   void language(const std::string& code);
   void listen(const std::string&);
-  void banner(const std::string&);
+  void banner(const std::string& timeLimit);
   void view(const std::string&);
   void tap(const std::string& target);
   void key(const std::string& name);
   void screenshot(const std::string& file);
   void settle(const std::string&);
   void topics(const std::string& arguments);
+  void loaded(const std::string&);
   void timing(const std::string&);
   void quit(const std::string&);
 

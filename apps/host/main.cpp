@@ -7,13 +7,16 @@
 #include <memory>
 
 #include "TalvoConsentSDK/models/JSONCoding.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 #include "adapters/curl/CurlURLSession.h"
+#include "adapters/posix/CachedSession.h"
 #include "adapters/qt/QtMainActor.h"
 #include "adapters/qt/QtPlatform.h"
 #include "adapters/qt/ViewWindow.h"
 
 #include "apps/host/Activity.h"
+#include "apps/host/EventLoop.h"
 #include "apps/host/HostOptions.h"
 #include "apps/host/HostScreen.h"
 #include "apps/host/Output.h"
@@ -33,6 +36,7 @@ QtOptions qtOptions(const HostOptions& options) {
   qt.layoutDirection = options.layoutDirection;
   if (options.highContrast) qt.highContrast = true;
   qt.reducesMotion = options.reducesMotion;
+  qt.maxCacheBytes = options.maxCacheBytes;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
   return qt;
@@ -153,6 +157,12 @@ int main(int argc, char* argv[]) {
 
   const QtOptions qt = qtOptions(options);
   Platform platform = makeQtPlatform(storeFile(options), qt);
+  if (!options.certificates.empty()) {
+    CurlOptions curl;
+    curl.certificates = options.certificates;
+    platform.urlSession =
+        cachedSession(std::make_shared<CurlURLSession>(curl), storeFile(options), options.maxCacheBytes);
+  }
   Activity activity;
   activity.watch(platform);
   addQtWindows(platform, qt);
@@ -160,21 +170,26 @@ int main(int argc, char* argv[]) {
   Platform::install(platform);
   Timing::watchBanners();
 
-  const auto sdk = CookiesSDK::createInstance(options.apiUrl, options.site);
-  sdk->setLanguage(options.language);
-
-  HostModel model(sdk, platform.mainActor, options.apiUrl);
   ViewWindow window(qt.text);
   window.setTitle(QStringLiteral("Aurora Daily"));
   window.resize(options.size);
   ViewEnvironment environment;
   environment.textMeasurer = std::make_shared<QtTextMeasurer>(qt.text);
   environment.safeArea = options.safeArea;
-  window.setController(
-      std::make_shared<HostingController>(hostScreen(model.content(), model.operations()),
-                                          options.layoutDirection.value_or(LayoutDirection::leftToRight)),
-      environment);
-  if (!options.isHidden) window.show();
+  const auto show = [&](const AnyView& screen) {
+    const LayoutDirection direction = options.layoutDirection.value_or(LayoutDirection::leftToRight);
+    window.setController(std::make_shared<HostingController>(screen, direction), environment);
+    if (!options.isHidden) window.show();
+  };
+  if (options.isEmpty) {
+    show(verticalStack({}, {}));
+    waitUntil([&] { return window.isExposed() && !window.isBusy(); });
+  }
+
+  const auto sdk = CookiesSDK::createInstance(options.apiUrl, options.site);
+  sdk->setLanguage(options.language);
+  HostModel model(sdk, platform.mainActor, options.apiUrl);
+  if (!options.isEmpty) show(hostScreen(model.content(), model.operations()));
 
   const auto script = std::make_shared<Script>(sdk, options.apiUrl, activity, window);
   if (options.script) script->start(*options.script);

@@ -1,6 +1,7 @@
 // Finds what is missing in a site's folder, files that the service would not read, and faults of site.json.
 
 #include <algorithm>
+#include <cstdint>
 #include <set>
 
 #include "TalvoConsentSDK/models/JSONCoding.h"
@@ -60,16 +61,19 @@ class FolderCheck {
     }
     std::vector<std::string> unknown;
     for (const auto& [key, value] : *object) {
-      if (key != "languages") unknown.push_back(key);
+      if (key != "languages" && key != "keepFor") unknown.push_back(key);
     }
     for (const std::string& key : unknown) {
-      const bool isMeant = !object->contains("languages") && closest(key, {"languages", "language"});
-      if (isMeant) {
+      if (!object->contains("languages") && closest(key, {"languages", "language"})) {
         renameKey(*object, key, "languages", "", document.name, report_);
+      } else if (!object->contains("keepFor") && closest(key, {"keepFor"})) {
+        renameKey(*object, key, "keepFor", "", document.name, report_);
       } else {
-        report_.warning(document.name, key, "the service reads no such key, only \"languages\": remove it");
+        report_.warning(document.name, key,
+                        R"(the service reads no such key, only "languages" and "keepFor": remove it)");
       }
     }
+    if (object->contains("keepFor")) checkKeepFor(document.name, object->at("keepFor"));
     const auto languages = object->find("languages");
     if (languages == object->end()) {
       report_.error(
@@ -78,6 +82,15 @@ class FolderCheck {
     } else {
       checkList(document.name, languages->second);
     }
+  }
+
+  void checkKeepFor(const std::string& name, const JSONValue& keepFor) {
+    const std::int64_t* seconds = keepFor.integer();
+    if (seconds && *seconds >= 1 && *seconds <= 31'536'000) return;
+    report_.error(
+        name, "keepFor",
+        "write for how many seconds clients may keep the site's documents, as a whole number from 1 to "
+        "31536000 (a year), or remove this key");
   }
 
   void checkList(const std::string& name, const JSONValue& list) {

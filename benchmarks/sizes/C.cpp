@@ -7,6 +7,9 @@ int main() {
   talvo_cookies* const sdk = talvo_cookies_create("https://consent.example.com", "my-site");
   const auto say = [](void* text) { std::puts(static_cast<const char*>(text)); };
   char decided[] = "decided";
-  const talvo_banner_callbacks callbacks{say, say, say, nullptr, decided, nullptr};
+  talvo_banner_callbacks callbacks{};
+  callbacks.size = sizeof callbacks;
+  callbacks.on_accept_all = callbacks.on_reject_all = callbacks.on_saved = say;
+  callbacks.user_data = decided;
   talvo_cookies_show_banner(sdk, &callbacks);
 }

@@ -1,5 +1,8 @@
 // The C interface, implemented on top of the C++ one.
 
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -23,6 +26,7 @@ namespace {
 struct MainLoop {
   std::mutex lock;
   std::shared_ptr<MainQueue> queue;
+  std::size_t maxCacheBytes = 10'000'000;
 
   static MainLoop& shared() {
     static MainLoop& loop = neverDestroyed<MainLoop>();
@@ -86,6 +90,13 @@ talvo_subscription* handed(Subscription subscription) {
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
+// The structure as version 1.0.0 has it, which is the least that a host gives.
+constexpr std::size_t firstSize =
+    offsetof(talvo_banner_callbacks, time_limit) + sizeof(talvo_banner_callbacks::time_limit);
+
+// Without padding at the end, a field added there always makes the structure larger, and `size` shows it.
+static_assert(sizeof(talvo_banner_callbacks) == firstSize);
+
 }  // namespace
 
 const char* talvo_version(void) {
@@ -106,8 +117,18 @@ talvo_status talvo_install(const char* store, talvo_callback wake, void* user_da
     MainLoop& loop = MainLoop::shared();
     const std::scoped_lock guard(loop.lock);
     if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile()));
+    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile(), {},
+                                        loop.maxCacheBytes));
     loop.queue = queue;
+  });
+}
+
+talvo_status talvo_set_cache_size(size_t bytes) {
+  return guarded([&] {
+    MainLoop& loop = MainLoop::shared();
+    const std::scoped_lock guard(loop.lock);
+    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
+    loop.maxCacheBytes = bytes;
   });
 }
 
@@ -209,19 +230,26 @@ talvo_status talvo_cookies_remove_identity(talvo_cookies* client) {
 talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner_callbacks* callbacks) {
   return guarded([&] {
     CookiesSDK& sdk = cookies(client);
-    const talvo_banner_callbacks host = required(callbacks, "callbacks");
+    talvo_banner_callbacks host{};
+    const std::size_t size = required(callbacks, "callbacks").size;
+    if (size < firstSize) throw Error(InvalidArgument("callbacks->size is too small"));
+    std::memcpy(&host, callbacks, std::min(size, sizeof host));  // either side may know more fields
     const auto userData = owned(host.user_data, host.release);
     const auto fail = [onError = host.on_error, userData](const Error& error) {
       const talvo_error described = describe(error);
       if (onError) onError(&described, userData.get());
     };
-    const auto manage = closure(host.on_manage_preferences, userData);
+    BannerOptions options;
+    if (host.time_limit > 0) options.timeLimit = std::chrono::milliseconds(host.time_limit);
     sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
                                   .onRejectAll = closure(host.on_reject_all, userData),
-                                  .onSaved = manage,
+                                  .onSaved = closure(host.on_saved, userData),
+                                  .onClosed = closure(host.on_closed, userData),
+                                  .onReplaced = closure(host.on_replaced, userData),
                                   .onNotShown = [fail] { fail(Error(NotShown())); },
                                   .onError = fail,
-                                  .onManagePreferences = manage});
+                                  .onManagePreferences = closure(host.on_manage_preferences, userData)},
+                   options);
   });
 }
 

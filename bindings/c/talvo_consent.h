@@ -10,10 +10,10 @@
  * it returns. There is one client of each kind per process, created on first use and never freed.
  *
  * The main thread is the one that calls talvo_drain. Call every function on it, unless its comment says
- * otherwise. Callbacks must not throw or jump out. `user_data` must stay valid until its callback has been
- * called or, if there is a `release`, until that has been called; both may be called on another thread, and
- * `release` may be null. If a function does not return TALVO_OK, it calls neither. Once the process has begun
- * to exit, callbacks may no longer be called.
+ * otherwise. Callbacks must not throw or jump out. If a function takes a `release`, `user_data` must stay
+ * valid until `release` has been called, otherwise until the callback has been called. Both may be called on
+ * another thread, and `release` may be null. If a function does not return TALVO_OK, it calls neither. Once
+ * the process has begun to exit, callbacks may no longer be called.
  */
 
 #include <stddef.h>
@@ -93,6 +93,13 @@ TALVO_API void talvo_free(char* text);
  */
 TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data);
 
+/*
+ * Call it before talvo_install. Replies of the service are kept, as far as their headers allow, in a file
+ * beside the store whose name ends in ".cache". The file takes at most `bytes`. Without this call it takes at
+ * most 10000000 bytes. 0 switches the cache off.
+ */
+TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
+
 /* Runs the jobs that wait for the main thread, among them the banner's callbacks. Returns how many it ran. */
 TALVO_API size_t talvo_drain(void);
 
@@ -162,24 +169,33 @@ TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char*
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);
 
 /*
- * What to call, on the main thread. `on_error` is called when the banner could not be shown or the user's
- * decision could not be submitted; the other functions are called when the service has accepted the decision,
- * and `on_manage_preferences` also when the user asks for preferences that the host must show itself. Any of
- * the functions may be null.
+ * How a banner ends: exactly one of the first six functions is called, once, on the main thread. The first
+ * three are called when the service has accepted the user's decision. Any function may be null. Later
+ * versions may add fields at the end; `size` says which fields the host knows.
  */
 typedef struct talvo_banner_callbacks {
+  size_t size; /* sizeof(talvo_banner_callbacks) */
   talvo_callback on_accept_all;
   talvo_callback on_reject_all;
+  talvo_callback on_saved;
+  talvo_callback on_closed;      /* without a decision */
+  talvo_callback on_replaced;    /* by another banner */
+  talvo_error_callback on_error; /* the banner could not be shown, or the decision could not be submitted */
+  /* Called besides those: the user asks for preferences that the host must show itself. */
   talvo_callback on_manage_preferences;
-  talvo_error_callback on_error;
   void* user_data;
   talvo_callback release; /* called when none of the others will be called any more */
+
+  /* Milliseconds within which the banner must be shown, otherwise `on_error` receives TALVO_NETWORK_ERROR and
+   * it is not shown; 0 or less for no limit. */
+  long time_limit;
 } talvo_banner_callbacks;
 
 /*
  * Fetches what the banner needs and shows it. The banner needs a platform with windows, which a C++ part of
  * the host must install instead of calling talvo_install. On any other platform, and while the host has no
- * window in the foreground, `on_error` receives TALVO_NOT_SHOWN.
+ * window in the foreground, `on_error` receives TALVO_NOT_SHOWN once everything has been fetched. A host
+ * without windows asks the user in its own way instead, and calls talvo_cookies_submit_consent.
  */
 TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);

@@ -5,7 +5,11 @@
 #include <QPointer>
 #include <QStandardPaths>
 #include <QtQml>
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <stdexcept>
+#include <utility>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
@@ -54,6 +58,7 @@ void ConsentSdk::componentComplete() try {
     QtOptions options;
     options.text.scale = textScale_;
     options.reducesMotion = reducesMotion_;
+    options.maxCacheBytes = static_cast<std::size_t>(std::max(0, maxCacheBytes_));
     if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }
@@ -90,15 +95,17 @@ QVariant ConsentSdk::consent() const {
   return QJsonDocument::fromJson(QByteArray::fromStdString(*json)).object().toVariantMap();
 }
 
-void ConsentSdk::showBanner() {
+void ConsentSdk::showBanner(int timeLimit) {
   if (!sdk()) return;
+  BannerOptions options;
+  if (timeLimit > 0) options.timeLimit = std::chrono::milliseconds(timeLimit);
   const auto run = onGuiThread(this);
   const auto ended = [run](const char* outcome) {
     return [run, outcome] {
       run([outcome](ConsentSdk& self) { emit self.bannerEnded(QString::fromLatin1(outcome)); });
     };
   };
-  sdk_->showBanner(BannerHandlers{
+  BannerHandlers handlers{
       .onAcceptAll = ended("accepted"),
       .onRejectAll = ended("rejected"),
       .onSaved = ended("saved"),
@@ -106,7 +113,8 @@ void ConsentSdk::showBanner() {
       .onReplaced = ended("replaced"),
       .onNotShown = ended("notShown"),
       .onError = [run](const Error& error) { run([error](ConsentSdk& self) { self.report(error); }); },
-  });
+  };
+  sdk_->showBanner(std::move(handlers), options);
 }
 
 void ConsentSdk::submitConsent(const QVariantMap& consent) {

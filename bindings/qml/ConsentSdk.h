@@ -23,9 +23,9 @@ TALVO_EXPORT void registerQmlTypes();
 
 /// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. Its
 /// properties are read once, when the component is complete; only `language` can change later. If the host
-/// has installed a platform, that platform is used, and `store` and the settings of the banner are ignored.
-/// If no language is set, the process's client keeps the one it has. Use it on the GUI thread, where every
-/// signal is emitted.
+/// has installed a platform, that platform is used, and `store`, `maxCacheBytes` and the settings of the
+/// banner are ignored. If no language is set, the process's client keeps the one it has. Use it on the GUI
+/// thread, where every signal is emitted.
 class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_OBJECT
   Q_INTERFACES(QQmlParserStatus)
@@ -35,6 +35,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(double textScale MEMBER textScale_)  // the factor by which text is larger than usual
   Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
   Q_PROPERTY(QVariant highContrast MEMBER highContrast_)  // a bool; undefined: what the system asks for
+  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)     // of the HTTP cache beside the store; 0: no cache
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
   /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null if there is none. Read
@@ -49,8 +50,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void setLanguage(const QString& language);
   QVariant consent() const;
 
-  /// Shows the banner. `bannerEnded` or `failed` follows.
-  Q_INVOKABLE void showBanner();
+  /// Shows the banner. `bannerEnded` or `failed` follows. `timeLimit` is how many milliseconds it may take
+  /// until the banner is shown; if it takes longer, `failed` follows. 0: as long as the requests may take.
+  Q_INVOKABLE void showBanner(int timeLimit = 0);
   Q_INVOKABLE void submitConsent(const QVariantMap& consent);
   Q_INVOKABLE void acceptAll();
   Q_INVOKABLE void rejectAll();
@@ -82,6 +84,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void bannerEnded(const QString& outcome);
 
   /// The stored consent has changed, whatever changed it: a decision, an implicit consent or an identity.
+  /// Also emitted once when the component is complete, because `consent` can be read from then on.
   void consentChanged();
 
   /// One of the SDK's events was raised. `event` is its name, such as "ConsentSent".
@@ -100,6 +103,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   double textScale_ = 1;
   bool reducesMotion_ = false;
   QVariant highContrast_;
+  int maxCacheBytes_ = 10'000'000;
   QString language_ = QStringLiteral("en");
   bool hasLanguage_ = false;  // whether it has been set
   std::shared_ptr<CookiesSDK> sdk_;

@@ -23,6 +23,7 @@ class FailingUserDefaults : public platform::UserDefaults {
 
   std::atomic<bool> failsToRead = false;
   std::atomic<bool> failsToWrite = false;
+  std::atomic<bool> failsToSynchronize = false;
   std::atomic<bool> throws = false;
 
   /// Called before every operation on a key; may change what fails and what is stored.
@@ -69,7 +70,7 @@ class FailingUserDefaults : public platform::UserDefaults {
     return inner_->commit(changes);
   }
   Result<void> synchronize() override {
-    if (failsToWrite) return failure();
+    if (failsToWrite || failsToSynchronize) return failure();
     return inner_->synchronize();
   }
 

@@ -1,4 +1,9 @@
-// Runs the conformance suite on the libcurl session and the example's session, with a real server.
+// Runs the conformance suite with a real server: on the libcurl session, on this session behind the cache,
+// and on the session of the example.
+
+#include "adapters/cache/CachingURLSession.h"
+#include "adapters/cache/MemoryCacheStorage.h"
+#include "adapters/threads/BackgroundThread.h"
 
 #include "examples/own-platform/OwnSession.h"
 #include "testing/LoopbackBackend.h"
@@ -8,9 +13,15 @@
 namespace TalvoConsentSDK {
 namespace {
 
+struct CachedCurlURLSession : CachingURLSession {
+  CachedCurlURLSession()
+      : CachingURLSession(std::make_shared<CurlURLSession>(), std::make_shared<MemoryCacheStorage>(),
+                          std::make_shared<BackgroundThread>()) {}
+};
+
 using Backends = ::testing::Types<LoopbackBackend<CurlURLSession>,
                                   LoopbackBackend<SecureCurlURLSession, &SecureCurlURLSession::identity>,
-                                  LoopbackBackend<own::OwnSession>>;
+                                  LoopbackBackend<CachedCurlURLSession>, LoopbackBackend<own::OwnSession>>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Loopback, URLSessionConformance, Backends);
 
 }  // namespace

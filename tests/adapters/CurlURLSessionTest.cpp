@@ -133,6 +133,50 @@ TEST(CurlURLSession, SendsPlainHTTPToTheLoopbackHostOnly) {
             "http://consent.example/x");
 }
 
+TEST(CurlURLSession, ReportsTheFinalReplysHeadersAndURL) {
+  const struct {
+    const char* script;
+    HTTPHeaders headers;
+    int end;  // the case whose URL answers
+  } cases[] = {
+      {R"("HTTP/1.1 200 OK\nVary: A\ncache-control:no-cache\nVARY:  B \nX-Empty:\nContent-Length: 0\n\n")",
+       {{"Vary", "A, B"}, {"cache-control", "no-cache"}, {"X-Empty", ""}, {"Content-Length", "0"}},
+       0},
+      {R"("HTTP/1.1 103 Early Hints\nLink: a\n\nHTTP/1.1 200 OK\nContent-Length: 0\nETag: x\n\n")",
+       {{"ETag", "x"}, {"Content-Length", "0"}},
+       1},
+      {R"("HTTP/1.1 200 OK\nVary : A,\n \x09B\nX A: b\n c\nTransfer-Encoding: chunked\n\n0\nETag: late\n\n")",
+       {{"Vary", "A, B"}, {"Transfer-Encoding", "chunked"}},
+       2},
+      {R"("HTTP/1.1 304 Not Modified\nETag: y\n\n")", {{"ETag", "y"}}, 3},
+      {R"("HTTP/1.1 302 Found\nETag: z\nLocation: /1/%7e?q=./x\nContent-Length: 0\n\n")",
+       {{"ETag", "x"}, {"Content-Length", "0"}},
+       1},
+  };
+  const LoopbackServer server([&](const Received& request, Connection& connection) {
+    connection.play(cases[std::stoul(request.target.substr(1))].script);
+  });
+  const LoopbackServer http2(
+      [](auto&, auto& connection) {
+        connection.play(R"(HEADERS:4 "\x08\x03103\x00\x04link\x01a")");
+        connection.reply(200, "", "ETag: x\r\nVary: A\r\nVary: B\r\n");
+      },
+      SecureCurlURLSession::identity(), 0, LoopbackServer::http2);
+  SecureCurlURLSession session;
+  for (std::size_t number = 0; number < std::size(cases); ++number) {
+    const auto urlOf = [&](std::size_t each) {
+      return server.url("/" + std::to_string(each) + "/%7e?q=./x");
+    };
+    const auto outcome = await(session, makeRequest("GET", urlOf(number)));
+    ASSERT_TRUE(outcome) << failure(outcome);
+    EXPECT_THAT(outcome->headers, ::testing::ContainerEq(cases[number].headers)) << number;
+    EXPECT_EQ(outcome->url->text(), urlOf(static_cast<std::size_t>(cases[number].end)));
+  }
+  const auto outcome = await(session, makeRequest("GET", http2.url("/", "localhost")));
+  ASSERT_TRUE(outcome) << failure(outcome);
+  EXPECT_EQ(outcome->headers, (HTTPHeaders{{"etag", "x"}, {"vary", "A, B"}, {"content-length", "0"}}));
+}
+
 TEST(CurlURLSession, FollowsRedirectsAsTheirStatusSays) {
   LoopbackServer server([](const Received& request, Connection& connection) {
     const std::string status = request.target.substr(1, request.target.find('/', 1) - 1);

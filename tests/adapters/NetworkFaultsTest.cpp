@@ -63,7 +63,7 @@ URLRequest requestWithBody(const char* method, const std::string& url) {
   return request;
 }
 
-TEST(NetworkFaults, OverHTTP2EndInTheirErrorAndSendABodyOnce) {
+TEST(NetworkFaults, OverHTTP2EndInTheListedErrorAndSendABodyOnce) {
   const TestCertificate identity("localhost");
   CurlOptions options;
   options.certificates = identity.certificate();
@@ -99,7 +99,7 @@ TEST(NetworkFaults, OverHTTP2EndInTheirErrorAndSendABodyOnce) {
   std::cout << "grew by at most " << maxGrown << " KiB in rows that keep no body\n";
 }
 
-TEST(NetworkFaults, EndInTheirErrorInBoundedTimeAndMemory) {
+TEST(NetworkFaults, EndInTheListedErrorInBoundedTimeAndMemory) {
   std::map<std::string, std::string> scripts, urls;
   const auto play = [&](const LoopbackServer::Request& request, LoopbackServer::Connection& connection) {
     if (request.target == "/good") return connection.reply(200, "good");

@@ -1,15 +1,10 @@
 // The SQLite store with damaged files and on faulty disks.
 
-#include <algorithm>
 #include <chrono>
-#include <csignal>
-#include <utility>
-
-#include <sys/resource.h>
 
 #include "adapters/sqlite/SQLiteUserDefaults.h"
 
-#include "tests/adapters/SQLiteTest.h"
+#include "tests/adapters/FileFaults.h"
 
 namespace TalvoConsentSDK {
 
@@ -38,66 +33,18 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
       store.set(key, Data(old)).value();
       for (const std::string& each : others) store.set(each, filler).value();
     }
-    sound = contentOf(file);
+    faults.sound = contentOf(file);
     SQLiteUserDefaults store(file);
     store.set(key, Data(inJournal)).value();
     for (const char* each : {"a3", "z3"}) store.set(each, filler).value();
-    journal = contentOf(file.string() + "-wal");
+    faults.journal = contentOf(faults.journalFile);
   }
 
   void begin(const std::string& fault) {
-    fs::remove_all(parent);
-    write(file, sound);
-    for (const std::string& step : split(fault, ',')) {
-      const Texts parts = words(step);
-      const std::string &verb = parts.front(), &object = parts.back();
-      const std::string sql = step.substr(std::min(step.size(), verb.size() + 1));
-      if (verb == "text") write(file, std::string(std::stoul(object), 'x'));
-      if (verb == "fill") write(file, sound.substr(0, std::stoul(object)) + std::string(20'000, '\x7F'));
-      if (verb == "cut") fs::resize_file(file, std::stoul(object));
-      if (verb == "journal") write(journalFile, journal);
-      if (verb == "journal-cut") fs::resize_file(journalFile, std::stoul(object));
-      if (verb == "sql") OtherConnection(file).execute(sql.c_str());
-      if (verb == "lock") (other = std::make_unique<OtherConnection>(file))->execute(sql.c_str());
-      if (verb == "file" || verb == "directory") fs::remove_all(parent);
-      if (verb == "file") write(parent, "x");
-      if (verb == "directory") fs::create_directories(file / "x");
-      if (verb == "mode")
-        fs::permissions(object == "file" ? file : parent, fs::perms(std::stoi(parts[1], nullptr, 8)));
-      if (verb == "become") becomeOrdinary();
-      if (verb == "full") limitFiles(std::stoul(object));
-    }
-    isReplaced = fault == "file" || fault == "directory" || fault.ends_with("user_version = 2");
+    faults.begin(fault);
     std::error_code hidden;
     damaged = fs::is_regular_file(file, hidden) ? contentOf(file) : "";
-    damagedJournal = contentOf(journalFile);
-  }
-
-  // Undoes the fault, except for damage, which cannot be undone.
-  void end() {
-    other.reset();
-    limitFiles(RLIM_INFINITY);
-    ASSERT_EQ(::setresuid(user, user, user), 0);
-    if (std::exchange(isReplaced, false)) fs::remove_all(parent), write(file, sound);
-    fs::permissions(parent, fs::perms(0700));
-    fs::permissions(file, fs::perms(0600));
-  }
-
-  // Root ignores permissions, so the process gives up its rights.
-  void becomeOrdinary() {
-    if (user != 0) return;
-    constexpr uid_t nobody = 65534;
-    for (const fs::path& each : {parent.parent_path(), parent, file})
-      ASSERT_EQ(::chown(each.c_str(), nobody, nobody), 0);
-    ASSERT_EQ(::setresuid(nobody, nobody, 0), 0);
-  }
-
-  static void limitFiles(rlim_t bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    rlimit limit{};
-    ::getrlimit(RLIMIT_FSIZE, &limit);
-    limit.rlim_cur = std::min(bytes, limit.rlim_max);
-    ::setrlimit(RLIMIT_FSIZE, &limit);
+    damagedJournal = contentOf(faults.journalFile);
   }
 
   // Returns what the store reads. Checks that no value is lost: each is in the store or in a file set aside.
@@ -130,7 +77,7 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     EXPECT_THAT(described(store.commit({{"a1", Data("changed")}, {key, large}})), StartsWith(save));
     EXPECT_TRUE(fault.starts_with("full") || described(store.remove("nothing")).starts_with(save));
     EXPECT_TRUE(save == "saved" || damaged.empty() || contentOf(file) == damaged);
-    end();
+    faults.end();
     EXPECT_TRUE(store.data(key).value() == (save == "saved" ? large : Data(old)));
     EXPECT_TRUE(store.data("a1").value() == (save == "saved" ? Data("changed") : filler));
     EXPECT_TRUE(store.replace(key, store.data(key).value(), Data("last")).value());
@@ -155,18 +102,15 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
       client->submitConsent(parsed<BasicConsent>(consent),
                             [&](const auto& reply) { sent += reply.has_value(); });
       platform.settle();
-      end();
+      faults.end();
     }
     EXPECT_EQ(sent, 2);
     EXPECT_EQ(SQLiteUserDefaults(file).data(key).value(), Data(R"({"marketing":false})"));
   }
 
-  const uid_t user = ::getuid();
-  const fs::path parent = file.parent_path(), journalFile = file.string() + "-wal";
+  FileFaults faults{file};
   const std::string aside = file.string() + ".damaged-1";
-  std::string sound, journal, damaged, damagedJournal;
-  bool isReplaced = false;
-  std::unique_ptr<OtherConnection> other;
+  std::string damaged, damagedJournal;
 };
 
 TEST_F(StoreFaultsTest, KeepTheOldValueOrSetTheFileAside) {
@@ -177,13 +121,7 @@ TEST_F(StoreFaultsTest, KeepTheOldValueOrSetTheFileAside) {
   };
   for (const auto& [name, fault, read, save] : tableOf<4>("store/faults.txt")) {
     SCOPED_TRACE(name);
-    if (!fault.ends_with("*")) {
-      holds(fault, read, save);
-      continue;
-    }
-    const std::string::size_type size = (fault.find("journal-cut") == fault.npos ? sound : journal).size();
-    for (std::size_t at = 1024; at < size; at += 1024)
-      holds(fault.substr(0, fault.size() - 1) + std::to_string(at), read, save);
+    for (const std::string& each : faults.all(fault)) holds(each, read, save);
   }
 }
 

@@ -106,6 +106,40 @@ TEST(ConsentService, ServesHTTPS) {
   const auto reply = service.client()->Get("/public/banner-customization/demo");
   ASSERT_TRUE(reply);
   EXPECT_THAT(reply->body, HasSubstr(service.url() + "/sites/"));
+
+  const ConsentServiceProcess behindAnother;
+  const auto forwarded =
+      behindAnother.client()->Get("/public/banner-customization/demo", {{"X-Forwarded-Proto", "https"}});
+  ASSERT_TRUE(forwarded);
+  EXPECT_THAT(forwarded->body, HasSubstr("https" + behindAnother.url().substr(4) + "/sites/"));
+}
+
+// The table is tests/golden/service/caching.txt.
+TEST(ConsentService, SaysWhatMayBeKeptAndConfirmsWhatIsCurrent) {
+  const ConsentServiceProcess service({"--sites", TALVO_TEST_DATA "/../docs/sites"});
+  std::map<std::string, std::string> bodies;  // by ETag
+  const auto table = tableOf<4>("service/caching.txt");
+  for (const auto& [line, condition, status, cacheControl] : table) {
+    SCOPED_TRACE(line + " | " + condition);
+    httplib::Request request;
+    std::istringstream(line) >> request.method >> request.path >> request.body;
+    request.set_header("Content-Type", "application/json");
+    const auto first = service.client()->send(request);
+    ASSERT_TRUE(first);
+    const std::string tag = first->get_header_value("ETag");
+    EXPECT_EQ(tag.empty(), cacheControl.empty() || cacheControl == "no-store");
+    if (!tag.empty() && request.method == "GET") {
+      EXPECT_EQ(bodies.emplace(tag, first->body).first->second, first->body);
+    }
+    request.set_header("If-None-Match", filled(condition, {{"TAG", tag}}));
+    const auto reply = service.client()->send(request);
+    ASSERT_TRUE(reply);
+    EXPECT_EQ(std::to_string(reply->status), status);
+    EXPECT_EQ(reply->get_header_value("Cache-Control"), cacheControl);
+    EXPECT_EQ(reply->get_header_value("ETag"), tag);
+    EXPECT_EQ(reply->body.empty(), status == "304");
+    EXPECT_EQ(reply->has_header("Content-Length"), status != "304");
+  }
 }
 
 TEST(ConsentService, EndsCleanlyWithConnectionsOpenAndRequestsUnanswered) {

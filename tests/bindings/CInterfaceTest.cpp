@@ -63,8 +63,10 @@ std::filesystem::path storeFile() {
 TEST(CInterface, IsInstalledOnce) {
   EXPECT_EQ(talvo_drain(), 0U);
   EXPECT_THAT(talvo_last_error(), HasSubstr("talvo_install"));
+  EXPECT_EQ(talvo_set_cache_size(0), TALVO_OK);
   ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
   EXPECT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_INVALID_ARGUMENT);
+  EXPECT_EQ(talvo_set_cache_size(1), TALVO_INVALID_ARGUMENT);
   EXPECT_EQ(talvo_cookies_create(nullptr, "site"), nullptr);
   EXPECT_THAT(talvo_last_error(), StartsWith("api_url"));
   EXPECT_NE(talvo_cookies_create("http://127.0.0.1:1", "site"), nullptr);
@@ -76,6 +78,7 @@ TEST(CInterface, IsInstalledOnce) {
 class CInterfaceTest : public ::testing::Test {
  protected:
   void SetUp() override {
+    ASSERT_EQ(talvo_set_cache_size(0), TALVO_OK);
     ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
     sdk = talvo_cookies_create(server.url("").c_str(), "site");
     ASSERT_NE(sdk, nullptr);
@@ -87,11 +90,16 @@ class CInterfaceTest : public ::testing::Test {
   void TearDown() override {
     talvo_cookies_remove_all_listeners(sdk);
     std::filesystem::remove(storeFile());
+    EXPECT_FALSE(std::filesystem::exists(storeFile() += ".cache")) << "the cache is off";
   }
 
   std::atomic<bool> isDown = false;
+  std::string customization = "{}";
+  std::atomic<std::chrono::milliseconds> delay{};
   LoopbackServer server{[this](const auto& request, auto& connection) {
     if (isDown) return connection.reply(503, "closed for today");
+    if (request.target.find("banner-customization") != request.target.npos)
+      return std::this_thread::sleep_for(delay.load()), connection.reply(200, customization);
     connection.reply(200, request.method == "GET" ? "{}" : R"({"id":"c1"})");
   }};
   talvo_cookies* sdk = nullptr;
@@ -99,6 +107,7 @@ class CInterfaceTest : public ::testing::Test {
 };
 
 TEST_F(CInterfaceTest, RefusesBadArguments) {
+  const talvo_banner_callbacks withoutSize{};
   const struct {
     talvo_status status;
     std::string what;
@@ -113,6 +122,7 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
       {talvo_gate_is_allowed(sdk, "statistics", nullptr, nullptr), "allowed is null"},
       {talvo_cookies_get_consent(sdk, nullptr), "json is null"},
       {talvo_cookies_show_banner(sdk, nullptr), "callbacks is null"},
+      {talvo_cookies_show_banner(sdk, &withoutSize), "callbacks->size is too small"},
       {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
   };
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
@@ -188,6 +198,7 @@ TEST_F(CInterfaceTest, ReleasesUserDataAfterTheLastCall) {
 
   // The service has no banner. The callbacks are released after the error has been reported.
   talvo_banner_callbacks banner{};
+  banner.size = sizeof banner;
   banner.on_error = [](const talvo_error*, void* other) { ++static_cast<Heard*>(other)->replies; };
   banner.user_data = &heard;
   banner.release = [](void* other) {
@@ -202,6 +213,26 @@ TEST_F(CInterfaceTest, ReleasesUserDataAfterTheLastCall) {
   EXPECT_EQ(heard.releases, 9);
   EXPECT_EQ(heard.replies, 1);
   EXPECT_STREQ(talvo_last_error(), "") << "talvo_drain did not fail";
+}
+
+TEST_F(CInterfaceTest, LimitsHowLongABannerMayTake) {
+  customization = R"({"bannerType": "popup", "customization": {
+      "colors": {"background": "FFFFFF", "buttonBackground": "2F9E8A", "buttonFontColor": "10201D", "font": "0"},
+      "settings": {"positioning": "bottom", "showBlurBackground": true, "showPoweredBy": false},
+      "messages": {"bannerMessages": {"acceptButton": "A", "rejectButton": "R", "title": "T", "mainMessage": "M"}}}})";
+  talvo_banner_callbacks banner{};
+  banner.on_error = [](const talvo_error* error, void* data) { Heard::reply(error, nullptr, data); };
+  banner.user_data = &heard;
+  banner.size = sizeof banner;
+  banner.time_limit = 1;
+  delay = std::chrono::milliseconds(100);
+  ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
+  heard.await(1);
+  EXPECT_EQ(heard.status, TALVO_NETWORK_ERROR);
+  banner.time_limit = 60'000;
+  ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
+  heard.await(2);
+  EXPECT_EQ(heard.status, TALVO_NOT_SHOWN);
 }
 
 }  // namespace

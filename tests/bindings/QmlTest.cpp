@@ -89,6 +89,19 @@ TEST_F(QmlTest, GatesACategoryOrAVendor) {
   EXPECT_EQ(reports, QStringList("-statistics"));
 }
 
+TEST_F(QmlTest, LimitsHowLongABannerMayTake) {
+  for (const char* path : {"banner-customization/s?lng=en", "cookies/s?lng=en", "cookies/s/configurations"})
+    answer("GET", path, 500, "");
+  Item sdk;
+  sdk.componentComplete();
+  sdk.showBanner();
+  platform.settle();
+  EXPECT_EQ(platform.session->requests().back().totalTimeout, std::nullopt);
+  sdk.showBanner(1500);
+  platform.settle();
+  EXPECT_EQ(platform.session->requests().back().totalTimeout, std::chrono::milliseconds(1500));
+}
+
 // This happens if a host's store or printer runs an event loop that loads the QML.
 TEST_F(QmlTest, FailsWhileTheClientIsBeingCreated) {
   Item item;

@@ -1,7 +1,9 @@
-// Runs the conformance suite on the in-memory sessions.
+// Runs the conformance suite on the in-memory sessions, and on the cache in front of one.
 
 #include <algorithm>
 
+#include "adapters/cache/CachingURLSession.h"
+#include "adapters/cache/MemoryCacheStorage.h"
 #include "adapters/threads/BackgroundThread.h"
 
 #include "testing/URLSessionConformance.h"
@@ -18,18 +20,29 @@ class FakeBackend {
  public:
   URLSession& session() { return *fake_; }
 
-  URL serve(const std::string& method, const std::string& path, int status, std::string body) {
+  URL serve(const std::string& method, const std::string& path, int status, std::string body,
+            const HeaderLines& headers = {}) {
     URLResponse response;
     response.statusCode = status;
+    for (const auto& [name, value] : headers) {
+      std::string& joined = response.headers[name];
+      joined += (joined.empty() ? "" : ", ") + value;
+    }
     if (method != "HEAD" && status != 204 && status != 304) response.body = std::move(body);
     fake_->answer(method, base_ + path, std::move(response));
     return URL::parse(base_ + path).value();
   }
 
   URL redirect(const std::string& method, const std::string& path, int status) {
-    return serve(method, path, status, "");
+    return serve(method, path, status, "", {{"Location", base_}});
   }
   URL breakOff(const std::string&, const std::string&) { return unreachable(); }
+
+  URL stall(const std::string& method, const std::string& path, Stall) {
+    fake_->stall(method, base_ + path);
+    return URL::parse(base_ + path).value();
+  }
+  void awaitStall() {}
 
   std::size_t seen(const std::string& text) const {
     const auto requests = fake_->requests();
@@ -52,7 +65,16 @@ class FailingBackend : public FakeBackend {
   FailingURLSession failing_{fake_, thread_};
 };
 
-using Backends = ::testing::Types<FakeBackend, FailingBackend>;
+class CachingBackend : public FakeBackend {
+ public:
+  CachingURLSession& session() { return caching_; }
+
+ private:
+  CachingURLSession caching_{fake_, std::make_shared<MemoryCacheStorage>(),
+                             std::make_shared<BackgroundThread>()};
+};
+
+using Backends = ::testing::Types<FakeBackend, FailingBackend, CachingBackend>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Memory, URLSessionConformance, Backends);
 
 }  // namespace

@@ -2,10 +2,11 @@
 // each restart, and compares the stored values and what gates run with a model. The steps: "decide:x" and
 // "refused:x" submit x, which the service accepts or refuses; "ask:x" submits x and leaves the request
 // unanswered; "identify:u", "forget", "erase" and "restart"; "yes:n" and "no:n" answer an open request, and
-// "replies" accepts all open requests; "store:fine", "store:fixed" (cannot be written) and "store:broken" set
-// the state of the store; "die:n" ends the process at its n-th operation on the store after this step. Two
-// words apply to the whole sequence: with "implicit" the site has implicit consent, and with "one-by-one" the
-// store makes the changes of a commit one after the other.
+// "replies" accepts all open requests; "store:fine", "store:fixed" (cannot be written), "store:volatile"
+// (cannot make anything durable) and "store:broken" set the state of the store; "die:n" ends the process at
+// its n-th operation on the store after this step. Two words apply to the whole sequence: with "implicit" the
+// site has implicit consent, and with "one-by-one" the store makes the changes of a commit one after the
+// other.
 
 #include <map>
 #include <random>
@@ -256,7 +257,9 @@ class ClientProcess {
     if (verb == "erase") {
       model_.erase();
       const bool isEmpty = model_.isReadable && before_.kept == Kept();
-      if (client_->eraseConsent() != (model_.isFine || isEmpty)) fail("erased");
+      const bool mayOweSynchronizing = isEmpty && has("store:volatile");
+      const bool isRemoved = shared_.store != std::string("volatile") && (model_.isFine || isEmpty);
+      if (client_->eraseConsent() != isRemoved && !mayOweSynchronizing) fail("erased");
     }
     if (verb == "decide" || verb == "ask" || verb == "refused") {
       model_.submit(object);
@@ -295,9 +298,10 @@ class ClientProcess {
 
   void setStore(const std::string& how) {
     SharedMemory::put(shared_.store, how);
-    platform_.userDefaults->failsToWrite = how != "fine";
     platform_.userDefaults->failsToRead = how == "broken";
-    model_.isFine = how == "fine";
+    platform_.userDefaults->failsToWrite = how == "broken" || how == "fixed";
+    platform_.userDefaults->failsToSynchronize = how == "volatile";
+    model_.isFine = how == "fine" || how == "volatile";
     model_.isReadable = how != "broken";
   }
 
@@ -389,7 +393,7 @@ Texts randomSteps(unsigned seed) {
   const Texts verbs = words(
       "decide:x decide:y decide:z ask:x ask:y ask:z refused:z identify:ann identify:ben identify:new "
       "identify:ann forget forget erase yes:0 yes:1 yes:2 no:0 restart store:fine store:fine "
-      "store:fixed store:broken die:1 die:4 die:7 die:9");
+      "store:fixed store:broken store:volatile die:1 die:4 die:7 die:9");
   Texts steps;
   if (random() % 2) steps.push_back("implicit");
   if (random() % 2) steps.push_back("one-by-one");

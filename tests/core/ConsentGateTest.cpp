@@ -174,6 +174,30 @@ TEST_F(ConsentGateTest, StaysAsItIsWhileTheStoreFailsAndClosesAtALogout) {
   EXPECT_EQ(stored("basicConsent"), "none") << "erased by the next operation";
 }
 
+TEST_F(ConsentGateTest, FollowsAStoreThatCannotSynchronize) {
+  begin(R"({"statistics":true})");
+  const Subscription subscription = watched();
+  platform.settle();
+  platform.userDefaults->failsToSynchronize = true;
+  submit("{}");
+  submit(R"({"id":"n","statistics":true})");
+  EXPECT_THAT(taken(), ElementsAre("start on main", "stop on main", "start on main"));
+
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  client->identify("u");
+  client->removeIdentity();
+  platform.settle();
+  EXPECT_EQ(consent(), R"({"statistics":true,"id":"n"})") << "the logout is made once";
+  EXPECT_FALSE(client->eraseConsent());
+  submit("{}");
+  EXPECT_EQ(consent(), "{}") << "the erasure is made once";
+  const int synchronizations = platform.store->synchronizations();
+  platform.userDefaults->failsToSynchronize = false;
+  consent(), consent();
+  EXPECT_EQ(platform.store->synchronizations(), synchronizations + 1);
+  EXPECT_TRUE(client->eraseConsent());
+}
+
 // A login, a logout or an erasure that arrives while a consent is being stored gets no turn of its own.
 TEST_F(ConsentGateTest, FollowsWhatArrivesDuringAWrite) {
   begin(R"({"statistics":true})");

@@ -46,7 +46,7 @@ TEST_F(ClientTest, SendsTheImplicitPayload) {
                           "typeConsent":"implicit","siteId":"s"})"));
 }
 
-TEST_F(ClientTest, WarmsUpForANewLanguage) {
+TEST_F(ClientTest, PrefetchesDocumentsForANewLanguage) {
   for (const char* language : {"de", "en"}) {
     answer("GET", "banner-customization/s?lng="s + language, 200, R"({"bannerType":"x"})");
     answer("GET", "cookies/s?lng="s + language, 200, language == "de"s ? "{}" : "[]");

@@ -138,7 +138,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
   int reads = 0, failingRead = 0;      // reads of the consent, counted from 1
 };
 
-TEST_P(PrecedenceTest, Holds) {
+TEST_P(PrecedenceTest, KeepsTheRightChoice) {
   const auto& [name, before, steps, requested, after, reported] = GetParam();
   const Texts keys{"basicConsent", "originalConsent", "userId"};
   const auto state = [&] {

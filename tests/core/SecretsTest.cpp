@@ -14,7 +14,7 @@ class Answering : public URLSession {
 };
 
 // No printed line and no error contains the user's identifier, whatever fails.
-TEST(SecretsTest, AreNotPrintedOrReported) {
+TEST(SecretsTest, PrintsAndReportsNoSecrets) {
   MemoryPlatform fakes;
   fakes.install();
   Platform platform = Platform::current();

@@ -70,6 +70,7 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
 TEST_F(ClientTest, EndsOnceIfExecutorsRefuseJobs) {
   for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
   answer("GET", "banner-customization/s?lng=en", 500, "down");
+  answer("GET", "cookies/s?lng=en", 200, "{}");
   answer("GET", "cookie-consent/s/identified/u", 200, "null");
   Platform installed = Platform::current();
   std::vector<std::shared_ptr<FailingExecutor>> executors;

@@ -10,7 +10,7 @@ namespace {
 
 class TopicsTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {};
 
-TEST_P(TopicsTest, SendsThem) {
+TEST_P(TopicsTest, SendsTopics) {
   const auto& [name, token, service, choices, url, members] = GetParam();
   const auto ifAny = [](const std::string& text) {
     return text == "none" ? std::nullopt : std::optional(text);

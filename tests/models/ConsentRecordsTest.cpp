@@ -10,7 +10,7 @@ using namespace view;
 
 namespace {
 
-TEST(ConsentValueTest, FollowsItsSelection) {
+TEST(ConsentValueTest, IsBuiltFromASelection) {
   for (const auto& [selection, count, json] : tableOf<3>("models/selections.txt")) {
     const Texts selected = words(selection);
     const ConsentValue value = ConsentValue::fromSelection(selected, std::stoi(count));

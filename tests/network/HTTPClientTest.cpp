@@ -55,7 +55,7 @@ class HTTPClientTest : public ::testing::Test {
   FullConsent record;
 };
 
-TEST_F(HTTPClientTest, JudgesEveryOutcome) {
+TEST_F(HTTPClientTest, MapsEveryOutcomeToItsResult) {
   const auto expectEnd = [](const std::string& actual, const std::string& expected) {
     EXPECT_THAT(actual, StartsWith(expected));
     EXPECT_TRUE(actual == expected || expected.ends_with("valid JSON")) << actual;
@@ -80,7 +80,8 @@ TEST_F(HTTPClientTest, SendsWhatItWasGiven) {
   for (const char* method : {"GET", "POST", "PUT"})
     platform.session->answer(method, address, 200, R"({"id":"1"})");
   record.siteId = "s";
-  end(client.get<ConsentResponse>(url, {{"A", "b"}}));
+  const RequestOptions options{std::make_shared<Cancellation>(), std::chrono::seconds(5), false};
+  end(client.get<ConsentResponse>(url, {{"A", "b"}}, options));
   end(client.post<ConsentResponse>(url, record, {{"A", "b"}}));
   end(client.put<ConsentResponse>(url, record, {{"content-type", "text/plain"}}));
   end({{"a", 1}});
@@ -89,6 +90,9 @@ TEST_F(HTTPClientTest, SendsWhatItWasGiven) {
     sent.push_back(request.method + " " + request.body.value_or("-"));
     for (const auto& [name, value] : request.headers) sent.back() += " " + name + "=" + value;
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
+    EXPECT_EQ(request.cancellation, sent.size() == 1 ? options.cancellation : nullptr);
+    EXPECT_EQ(request.totalTimeout, sent.size() == 1 ? options.totalTimeout : std::nullopt);
+    EXPECT_EQ(request.isPersonal, sent.size() != 1);
   }
   EXPECT_THAT(sent, ElementsAre("GET - A=b", R"(POST {"siteId":"s"} A=b Content-Type=application/json)",
                                 R"(PUT {"siteId":"s"} Content-Type=text/plain)",
@@ -114,6 +118,7 @@ TEST_F(HTTPClientTest, RequestsOnlyTheNamedUser) {
     platform.session->answer("GET", "https://service.example/" + path, 200, "null");
     EXPECT_EQ(end(api.fetchIdentifiedConsent(user, "c/d?e")), isNamed == "yes" ? "" : "Invalid URL") << user;
     EXPECT_EQ(platform.session->requests().size(), isNamed == "yes" ? ++sent : sent);
+    EXPECT_TRUE(sent == 0 || platform.session->requests().back().isPersonal);
   }
 }
 

@@ -33,7 +33,7 @@ const struct Image {
 class BannerImagesTest : public TestWithParam<Image> {};
 INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
 
-TEST_P(BannerImagesTest, MatchTheKeptPictures) {
+TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
   const auto& [name, site, language, tapped, tabs, options] = GetParam();
   ShownBanner banner(siteFile(site + "/customization" + language),
                      site == "demo" ? siteFile("demo/services" + language) : "{}", options);

@@ -30,7 +30,7 @@ std::string orderOf(ConsentStorage& storage, const Texts& values, FailingUserDef
   if (values[2] != "none") after.user.value = values[2];
   Texts order;
   store.before = [&](std::string_view key) { order.push_back(split(std::string(key), '.').at(3)); };
-  EXPECT_TRUE(storage.save(before, after));
+  EXPECT_EQ(storage.save(before, after), ConsentStorage::Saved::durably);
   store.before = [](auto) {};
   return joined(order, " ");
 }

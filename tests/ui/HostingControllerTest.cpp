@@ -90,7 +90,7 @@ TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
   EXPECT_EQ(takeTrace(), "tap");
 }
 
-TEST_F(HostingControllerTest, CallsTheNewestHandlerOfWhatIsEnabled) {
+TEST_F(HostingControllerTest, ActivatesOnlyEnabledControlsWithTheirNewestHandler) {
   TestScreen screen(component("counter", [this](RenderContext& context) {
     const State<int> count = context.state<int>(0);
     const State<std::string> suffix = context.state<std::string>("");  // a component has one state per type

@@ -112,19 +112,21 @@ TEST_F(ShowBannerTest, ReportsWhatCannotBeFetchedAndShowsNothing) {
   const Texts tooLong = words("title description links:doNotSell buttons:acceptAll tabs:statistics unknown");
   Texts wrong{"500", "{}", R"({"bannerType":"popup"})"};
   for (const std::string& item : tooLong) wrong.push_back(documentWithMany(item));
-  prepare({{wrong, {"500", "[]"}, {"{}", "500"}}});
+  Texts services(wrong.size(), documents[1]), configurations(wrong.size() + 3, documents[2]);
+  services.insert(services.end(), {"500", "[]"});
+  configurations.push_back("500");
+  prepare({wrong, services, configurations});
   const auto client = created();
-  const std::string first = "GET " + paths[0] + " ", second = "GET " + paths[0] + "; GET " + paths[1] + " ";
-  EXPECT_EQ(show(*client), first + "HTTP error 500: 500 on main");
-  EXPECT_EQ(show(*client), first + "Failed to decode response: Missing key at bannerType on main");
-  EXPECT_EQ(show(*client), first + "No customization data in response on main");
+  EXPECT_EQ(show(*client), fetched + " HTTP error 500: 500 on main");
+  EXPECT_EQ(show(*client), fetched + " Failed to decode response: Missing key at bannerType on main");
+  EXPECT_EQ(show(*client), fetched + " No customization data in response on main");
   const auto* missing = reported ? reported->as<PlatformError>() : nullptr;
   ASSERT_TRUE(missing && missing->domain() == "TalvoConsentSDK" && missing->code() == -5);
   EXPECT_THAT(missing->userInfo(), ElementsAre(Pair("NSLocalizedDescription", missing->what())));
   for (const std::string& item : tooLong)
-    EXPECT_EQ(show(*client), first + "The banner would draw more than 4 MB of text on main") << item;
-  EXPECT_EQ(show(*client), second + "HTTP error 500: 500 on main");
-  EXPECT_THAT(show(*client), StartsWith(second + "Failed to decode response: Type mismatch: "));
+    EXPECT_EQ(show(*client), fetched + " The banner would draw more than 4 MB of text on main") << item;
+  EXPECT_EQ(show(*client), fetched + " HTTP error 500: 500 on main");
+  EXPECT_THAT(show(*client), StartsWith(fetched + " Failed to decode response: Type mismatch: "));
   EXPECT_EQ(show(*client), fetched + " HTTP error 500: 500 on main");
   EXPECT_TRUE(platform.scene->windows().empty() && platform.store->values().empty());
   EXPECT_EQ(show(*client), fetched + " ");
@@ -195,7 +197,7 @@ struct Throwing : FakeApplication, Localization {
   std::string text(std::string_view) override { throw WithoutText(); }
 };
 
-TEST_F(ShowBannerTest, WorksOnIfTheHostsSeamsThrow) {
+TEST_F(ShowBannerTest, ContinuesIfTheHostsSeamsThrow) {
   prepare();
   answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
   const auto throwing = std::make_shared<Throwing>();
