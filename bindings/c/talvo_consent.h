@@ -112,9 +112,9 @@ TALVO_API talvo_status talvo_translate_texts(talvo_text_callback own, void* user
                                              talvo_callback release);
 
 /*
- * Runs the jobs that wait for the main thread, among them the callbacks of gates and of the banner. Returns how
- * many it ran. What these jobs post waits for the next call: before a program prints its state or ends, it calls
- * this until it returns 0.
+ * Runs the jobs that wait for the main thread, among them the callbacks of gates and of the banner. Returns
+ * how many it ran. What these jobs post waits for the next call: before a program prints its state or ends,
+ * it calls this until it returns 0.
  */
 TALVO_API size_t talvo_drain(void);
 
