@@ -111,7 +111,11 @@ typedef const char* (*talvo_text_callback)(const char* key, void* user_data);
 TALVO_API talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data,
                                              talvo_callback release);
 
-/* Runs the jobs that wait for the main thread, among them the banner's callbacks. Returns how many it ran. */
+/*
+ * Runs the jobs that wait for the main thread, among them the callbacks of gates and of the banner. Returns
+ * how many it ran. What these jobs post waits for the next call: before a program prints its state or ends,
+ * it calls this until it returns 0.
+ */
 TALVO_API size_t talvo_drain(void);
 
 /* Waits at most this long for something to drain. Returns 1 if there is something, otherwise 0. */
@@ -154,7 +158,7 @@ TALVO_API talvo_subscription* talvo_cookies_observe_consent(talvo_cookies* clien
                                                             talvo_consent_callback callback, void* user_data,
                                                             talvo_callback release);
 
-/* Sets `json` to the consent stored now, or to null if there is none. */
+/* Sets `json` to the consent stored now, or to null if there is none or the store cannot be read. */
 TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json);
 
 /*
