@@ -14,7 +14,6 @@ namespace {
 
 constexpr double touchSlop = 10;  // points; a finger that moves farther drags instead of tapping
 constexpr double arrowStep = 40;  // points that an arrow key scrolls
-constexpr double revealMargin = 12;
 
 }  // namespace
 
@@ -117,11 +116,9 @@ void HostingController::reveal(const AccessibleElement& element) {
   const Rect frame = element.frame;
   const ScrollRegion* region = regionAt(clip.center());
   if (!region) return;
-  if (frame.y < clip.y) {
-    scrollBy(region->id, frame.y - clip.y - revealMargin);
-  } else if (frame.bottom() > clip.bottom()) {
-    scrollBy(region->id, frame.bottom() - clip.bottom() + revealMargin);
-  }
+  const double above = frame.y - clip.y - ScrollRegion::fadedEdge;
+  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge;
+  scrollBy(region->id, std::min(above, std::max(0.0, below)));
 }
 
 std::optional<ElementId> HostingController::focused() {
