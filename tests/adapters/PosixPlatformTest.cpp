@@ -34,8 +34,8 @@ TEST(PosixPlatform, KeepsConsentsInThePersonsOwnFolder) {
 }
 
 TEST(PosixPlatformCache, IsBesideTheStoreUnlessItIsOff) {
-  const TemporaryFolder folder;
-  const fs::path store = folder.file(), cache = store.string() + ".cache";
+  const TemporaryStore temporary;
+  const fs::path store = temporary.file, cache = store.string() + ".cache";
   const LoopbackServer server([](const auto&, auto& connection) {
     connection.reply(200, "{}", "Content-Type: application/json\r\nCache-Control: max-age=60\r\n");
   });

@@ -7,9 +7,6 @@
 #include "tests/adapters/FileFaults.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-
 namespace {
 
 const std::string key = "com.talvo.consent.basicConsent.s";

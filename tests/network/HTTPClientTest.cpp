@@ -13,10 +13,6 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
 
 const std::string address = "https://service.example/x";
