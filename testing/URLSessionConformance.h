@@ -249,12 +249,12 @@ TYPED_TEST_P(URLSessionConformance, TakesCancellationsAtAnyTimeFromAnyThread) {
 }
 
 TYPED_TEST_P(URLSessionConformance, MayBeDestroyedBeforeACancellation) {
-  auto backend = std::make_unique<TypeParam>();
-  const auto request = makeCancellable("GET", backend->serve("GET", "/good", 200, "x").text());
+  auto destroyed = std::make_unique<TypeParam>();
+  const auto request = makeCancellable("GET", destroyed->serve("GET", "/good", 200, "x").text());
   Outcomes outcomes;
-  backend->session().run(request, outcomes.completion());
+  destroyed->session().run(request, outcomes.completion());
   EXPECT_TRUE(outcomes.wait(1).front().first);
-  backend = nullptr;
+  destroyed = nullptr;
   request.cancellation->cancel();
   EXPECT_EQ(outcomes.wait(1).size(), 1U);
 }

@@ -41,6 +41,7 @@ class CacheHistory : private URLSession {
       : open_(std::move(open)), random_(seed), isFlaky_(seed % 4 == 0) {
     restart();
   }
+  ~CacheHistory() { executor_->runAll(); }  // a request that is still to be looked up keeps its executor
 
   void play(int steps) {
     for (int step = 0; step < steps; ++step) {
