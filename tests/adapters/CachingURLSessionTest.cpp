@@ -153,6 +153,7 @@ TEST_F(CachingURLSessionTest, ReportsNo304OfItsOwnConditionsToACancelledRequest)
     reply.headers = {{"Content-Type", "application/json"}, {"ETag", "\"1\""}};
     held->completion(reply);
   }
+  executor->runAll();
   EXPECT_EQ(outcomes.wait(2).at(1).first.value().body, "one");
 }
 
