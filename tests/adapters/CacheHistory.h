@@ -19,7 +19,7 @@
 namespace TalvoConsentSDK {
 
 /// Is also the service that the cache asks.
-class CacheHistory : private URLSession {
+class CacheHistory : public URLSession {
  public:
   /// Plays one history for each seed, and expects that the caches are used often enough. `open` opens the
   /// storage of the history with this seed, again after each restart.
@@ -99,7 +99,7 @@ class CacheHistory : private URLSession {
         storage->failsAfterwards = below(8) == 0;
       };
     }
-    const std::shared_ptr<URLSession> service(std::shared_ptr<void>(), this);
+    const std::shared_ptr<URLSession> service(this, [](URLSession*) {});  // does not own this object
     session_ = std::make_unique<CachingURLSession>(service, failing, executor_, clock_.cacheClock());
     ++run_;
   }
