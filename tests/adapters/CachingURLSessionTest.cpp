@@ -170,6 +170,15 @@ TEST_F(CachingURLSessionTest, RemovesWhatOthersHaveKeptSinceTheLastChange) {
   EXPECT_EQ(reportedTo(makeRequest("GET", url)), "cache");
 }
 
+TEST_F(CachingURLSessionTest, RemovesWhatItCouldNotChange) {
+  EXPECT_EQ(reportedTo(makeRequest("GET", url)), "network");
+  storage->fails = true;
+  for (const char* const method : {"POST", "GET"}) EXPECT_EQ(reportedTo(makeRequest(method, url)), "network");
+  storage->fails = false;
+  for (const char* const expected : {"network", "cache"})
+    EXPECT_EQ(reportedTo(makeRequest("GET", url)), expected);
+}
+
 TEST_F(CachingURLSessionTest, EndsRequestsThatItHasNotPassedOnWhenItIsDestroyed) {
   run(makeRequest("GET", url));
   session = nullptr;
