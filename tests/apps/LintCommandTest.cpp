@@ -65,8 +65,7 @@ TEST(LintCommand, SaysOneThingAboutATypicalMistake) {
 
 TEST(LintCommand, EstimatesTheWidthsOfEveryScript) {
   for (const auto& [title, finding] : tableOf<2>("lint/scripts.txt")) {
-    const std::string printed =
-        ChangedSite("minimal/customization.en.json", "May we count your visits?", title).findings();
+    const std::string printed = findings("minimal/customization.en.json", "May we count your visits?", title);
     EXPECT_EQ(printed.empty(), finding.empty()) << printed;
     EXPECT_THAT(printed, HasSubstr(finding));
   }
