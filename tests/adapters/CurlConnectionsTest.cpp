@@ -21,7 +21,7 @@ void waitUntil(const std::function<bool()>& condition) {
 }
 
 struct Protocol {
-  const char* name;
+  std::string name;
   const TestCertificate* identity;
   const char* greeting;
 
@@ -30,29 +30,26 @@ struct Protocol {
   }
 };
 const Protocol plainHTTP{"http", nullptr, ""};
-const Protocol secureHTTP1{"HTTP/1.1 over TLS", SecureCurlURLSession::identity(), ""};
-const Protocol secureHTTP2{"HTTP/2 over TLS", SecureCurlURLSession::identity(), LoopbackServer::http2};
+const Protocol secureHTTP1{"https", SecureCurlURLSession::identity(), ""};
+const Protocol secureHTTP2{"http2", SecureCurlURLSession::identity(), LoopbackServer::http2};
+
+const Protocol& protocolOf(const std::string& name) {
+  return name == "http" ? plainHTTP : name == "https" ? secureHTTP1 : secureHTTP2;
+}
 
 TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
-  const char* const stays = "X-A: 1\r\n";
-  const char* const closes = "Connection: close\r\n";
-  const struct {
-    Protocol protocol;
-    const char* first;  // headers of an earlier reply, or null
-    int connections;
-  } cases[] = {
-      {plainHTTP, nullptr, 3},  {plainHTTP, stays, 3},     {secureHTTP1, stays, 3},
-      {secureHTTP1, closes, 4}, {secureHTTP2, nullptr, 1}, {secureHTTP2, stays, 1},
-  };
-  for (const auto& [protocol, first, connections] : cases) {
-    SCOPED_TRACE(std::string(protocol.name) + " " + (first ? first : ""));
+  for (const auto& [protocol, first, opened] : tableOf<3>("network/connections.txt")) {
+    SCOPED_TRACE(protocol + " " + first);
+    const int connections = std::stoi(opened);
+    const bool hasFirst = first != "none";
     std::atomic<bool> holds = false;
-    LoopbackServer server = protocol.serve([&, headers = first](auto& request, auto& connection) {
-      holds.wait(true);
-      connection.reply(200, "", request.target == "/first" ? headers : "");
-    });
+    LoopbackServer server =
+        protocolOf(protocol).serve([&, closes = first == "closes"](auto& request, auto& connection) {
+          holds.wait(true);
+          connection.reply(200, "", closes && request.target == "/first" ? "Connection: close\r\n" : "");
+        });
     SecureCurlURLSession session;
-    if (first) {
+    if (hasFirst) {
       EXPECT_EQ(described(await(session, makeRequest("GET", server.url("/first", "localhost")))), "200");
     }
     holds = connections > 1;  // so that no connection is free again before all three requests have arrived
@@ -60,7 +57,7 @@ TEST(CurlConnections, AreSharedOverHTTP2AndOpenedAtOnceOtherwise) {
     Outcomes outcomes;
     for (int count = 0; count < 3; ++count)
       session.run(makeRequest("GET", server.url("/", "localhost")), outcomes.completion());
-    waitUntil([&] { return server.requests().size() == (first ? 4U : 3U); });
+    waitUntil([&] { return server.requests().size() == (hasFirst ? 4U : 3U); });
     holds = false;
     holds.notify_all();
     for (const auto& [outcome, thread] : outcomes.wait(3)) EXPECT_EQ(described(outcome), "200");
@@ -86,7 +83,7 @@ TEST(CurlConnections, AreNotWaitedForAfterARequestHasWaitedInVain) {
 TEST(CurlConnections, ResumeTLSSessionsAndAreFreshForABody) {
   for (const Protocol& protocol : {secureHTTP1, secureHTTP2}) {
     for (const char* method : {"POST", "PUT"}) {
-      SCOPED_TRACE(std::string(protocol.name) + " " + method);
+      SCOPED_TRACE(protocol.name + " " + method);
       LoopbackServer server = protocol.serve([](const Received& request, Connection& connection) {
         if (request.target != "/stalls") connection.reply(200);
       });
@@ -107,24 +104,15 @@ TEST(CurlConnections, ResumeTLSSessionsAndAreFreshForABody) {
 }
 
 TEST(CurlConnections, SurviveACancelledRequestOnlyOverHTTP2) {
-  const struct {
-    Protocol protocol;
-    const char *method, *script;
-    int connections;  // after the next GET
-  } cases[] = {
-      {plainHTTP, "GET", "", 2},    {plainHTTP, "GET", R"("HTTP/1.1 200 OK\nContent-Length: 2\n\nx")", 2},
-      {plainHTTP, "POST", "", 2},   {secureHTTP1, "GET", R"("HTTP/1.1 200 OK\nContent-Length: 2\n\nx")", 2},
-      {secureHTTP2, "GET", "", 1},  {secureHTTP2, "GET", R"(HEADERS:4 "\x88" DATA:0 "x"^16384*64)", 1},
-      {secureHTTP2, "POST", "", 2},
-  };
-  for (const auto& [protocol, method, script, connections] : cases) {
-    SCOPED_TRACE(std::string(protocol.name) + " " + method + " " + script);
+  for (const auto& [protocol, method, script, connections] : tableOf<4>("network/cancelled.txt")) {
+    SCOPED_TRACE(protocol + " " + method + " " + script);
     std::atomic<bool> isPlayed = false;
-    LoopbackServer server = protocol.serve([&](const Received& request, Connection& connection) {
-      if (request.target != "/cancelled") return connection.reply(200);
-      connection.play(script);
-      isPlayed = true;
-    });
+    LoopbackServer server =
+        protocolOf(protocol).serve([&, &played = script](const Received& request, Connection& connection) {
+          if (request.target != "/cancelled") return connection.reply(200);
+          connection.play(played);
+          isPlayed = true;
+        });
     SecureCurlURLSession session;
     const auto next = makeRequest("GET", server.url("/", "localhost"));
     EXPECT_EQ(described(await(session, next)), "200");
@@ -135,7 +123,7 @@ TEST(CurlConnections, SurviveACancelledRequestOnlyOverHTTP2) {
     request.cancellation->cancel();
     EXPECT_EQ(described(outcomes), "cancelled");
     EXPECT_EQ(described(await(session, next)), "200");
-    EXPECT_EQ(server.connections(), connections);
+    EXPECT_EQ(std::to_string(server.connections()), connections);
     EXPECT_EQ(std::ranges::count(server.requests(), "/cancelled", &Received::target), 1);
     EXPECT_EQ(outcomes.wait(1).size(), 1U);
   }
