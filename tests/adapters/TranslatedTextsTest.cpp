@@ -132,23 +132,7 @@ TEST_F(BannerTextsTest, AreReplacedByTheHosts) {
 }
 
 TEST(TranslatedTexts, FindTheLanguage) {
-  for (const auto& [language, text] : rows<2>(R"(
-      de | Schließen
-      DE | Schließen
-      de-AT | Schließen
-      nb_NO | Lukk
-      nn | Lukk
-      iw | סגירה
-      in-ID | Tutup
-      zh | 关闭
-      zh-CN | 关闭
-      zh-Hans-HK | 关闭
-      zh_TW | 關閉
-      zh-Hant | 關閉
-      zh-Hant-CN | 關閉
-      tlh | Close
-      d | Close
-      - | Close)")) {
+  for (const auto& [language, text] : tableOf<2>("texts/languages.txt")) {
     EXPECT_EQ(translated(language, "Close"), text) << language;
   }
   EXPECT_EQ(translated("", "Close"), "Close");

@@ -2,19 +2,16 @@
 // receives. Each file in tests/endtoend/visits is one visit: options, a script, and the expected output.
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <regex>
 
-#include <unistd.h>
-
 #include "tests/apps/ConsentServiceProcess.h"
 #include "tests/support/Golden.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace TalvoConsentSDK::testing {
 namespace {
 
-namespace fs = std::filesystem;
 using std::regex;
 
 // Removes what differs between runs from a line, and reduces a view to its switches and their values. Returns
@@ -40,9 +37,6 @@ std::string inShort(const std::string& line) {
 // A separate folder for each test, with a store that its hosts share and the service's log.
 class Visits : public TestWithParam<std::string> {
  protected:
-  Visits() { fs::create_directory(folder); }
-  ~Visits() override { fs::remove_all(folder); }
-
   // Runs a host until its script ends. Returns its output, and its exit status if that is not 0. If an option
   // is given twice, the last one counts. URL in an option stands for the service's URL.
   Texts run(const ConsentServiceProcess& service, const Texts& options, const std::string& script) const {
@@ -76,7 +70,8 @@ class Visits : public TestWithParam<std::string> {
     return lines;
   }
 
-  const fs::path folder = fs::path(::testing::TempDir()) / ("talvo-visit-" + std::to_string(getpid()));
+  const TemporaryFolder temporary;
+  const fs::path& folder = temporary.path;
 };
 
 Texts visitFiles() {

@@ -12,9 +12,6 @@
 #include "tests/support/Golden.h"
 
 namespace TalvoConsentSDK {
-
-using namespace view;
-
 namespace {
 
 Texts events;  // such as "Focus: Title"

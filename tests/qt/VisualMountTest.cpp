@@ -11,10 +11,6 @@
 #include "tests/qt/QtTesting.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
 
 // A picture whose pixel a test can change without a notification, so that a repaint is visible.

@@ -1,7 +1,8 @@
 #pragma once
 
 // Tests that every storage of a cache must pass. A backend is default-constructible and has
-//   std::shared_ptr<CacheStorage> open(std::size_t maxBytes)
+//   std::shared_ptr<CacheStorage> open(std::size_t maxBytes):
+//     opens an empty storage that takes at most this much room, and keeps no entry larger than half of it.
 
 #include <cstddef>
 #include <memory>
@@ -14,7 +15,7 @@
 namespace TalvoConsentSDK {
 
 template <class Backend>
-class CacheStorageSuite : public ::testing::Test {
+class CacheStorageConformance : public ::testing::Test {
  protected:
   static std::string url(int number) { return "https://service.example/" + std::to_string(number); }
   static platform::CacheEntry entry(int number, std::size_t size = 10) {
@@ -24,9 +25,9 @@ class CacheStorageSuite : public ::testing::Test {
   Backend backend;
 };
 
-TYPED_TEST_SUITE_P(CacheStorageSuite);
+TYPED_TEST_SUITE_P(CacheStorageConformance);
 
-TYPED_TEST_P(CacheStorageSuite, KeepsReplacesAndRemoves) {
+TYPED_TEST_P(CacheStorageConformance, KeepsReplacesAndRemoves) {
   using platform::CacheEntry;
   const auto storage = this->backend.open(1'000'000);
   const std::string any("\0\xff'\n", 4);
@@ -48,7 +49,7 @@ TYPED_TEST_P(CacheStorageSuite, KeepsReplacesAndRemoves) {
   EXPECT_TRUE(storage->read(any).value());
 }
 
-TYPED_TEST_P(CacheStorageSuite, ForgetsWhatWasNotUsedForLongest) {
+TYPED_TEST_P(CacheStorageConformance, ForgetsWhatWasNotUsedForLongest) {
   const auto storage = this->backend.open(1'000'000);
   for (int i = 0; i < 20; ++i) storage->write(this->url(i), this->entry(i, 40'000)).value();
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(storage->read(this->url(i)).value());
@@ -61,7 +62,7 @@ TYPED_TEST_P(CacheStorageSuite, ForgetsWhatWasNotUsedForLongest) {
   }
 }
 
-TYPED_TEST_P(CacheStorageSuite, KeepsNothingThatIsTooLarge) {
+TYPED_TEST_P(CacheStorageConformance, KeepsNothingThatIsTooLarge) {
   const auto storage = this->backend.open(1'000'000);
   storage->write("other", this->entry(1)).value();
   storage->write("k", this->entry(2)).value();
@@ -70,8 +71,8 @@ TYPED_TEST_P(CacheStorageSuite, KeepsNothingThatIsTooLarge) {
   EXPECT_TRUE(storage->read("other").value());
 }
 
-// A storage in a file checks its size when the backend is destroyed.
-TYPED_TEST_P(CacheStorageSuite, MakesRoomForHeadsThatGrow) {
+// The backend of a storage in a file can check the size of the file in its destructor.
+TYPED_TEST_P(CacheStorageConformance, MakesRoomForHeadsThatGrow) {
   const auto storage = this->backend.open(1'000'000);
   const std::string longer(2'000, 'h');
   for (int i = 0; i < 3'000; ++i) storage->write(this->url(i), this->entry(i)).value();
@@ -85,7 +86,7 @@ TYPED_TEST_P(CacheStorageSuite, MakesRoomForHeadsThatGrow) {
   EXPECT_GT(grown, 100);
 }
 
-TYPED_TEST_P(CacheStorageSuite, KeepsTheLatestOfTenThousand) {
+TYPED_TEST_P(CacheStorageConformance, KeepsTheLatestOfTenThousand) {
   const auto storage = this->backend.open(10'000'000);
   for (int i = 0; i < 10'000; ++i) storage->write(this->url(i), this->entry(i, 2'000)).value();
   int kept = 0;
@@ -98,7 +99,7 @@ TYPED_TEST_P(CacheStorageSuite, KeepsTheLatestOfTenThousand) {
   EXPECT_LT(kept, 5'000);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(CacheStorageSuite, KeepsReplacesAndRemoves, ForgetsWhatWasNotUsedForLongest,
+REGISTER_TYPED_TEST_SUITE_P(CacheStorageConformance, KeepsReplacesAndRemoves, ForgetsWhatWasNotUsedForLongest,
                             KeepsNothingThatIsTooLarge, MakesRoomForHeadsThatGrow,
                             KeepsTheLatestOfTenThousand);
 
