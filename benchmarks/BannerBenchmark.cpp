@@ -42,7 +42,7 @@ struct Stages {
     environment.reducesMotion = true;
     tree.render(root);
     layout.run({});
-    for (const AccessibleElement& each : collectAccessibleElements(tree)) {
+    for (const AccessibleElement& each : collectAccessibleElements(tree, environment.controlScale())) {
       if (each.role == Role::expander && each.name == "Marketing") performAction(*each.control);
     }
     tree.render(root);
