@@ -65,8 +65,8 @@ bool ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
                                   std::function<void()> onReplaced) {
   const auto scene = foregroundScene();
   if (!scene) return false;
-  if (const std::string unseen = Palette::unseenColors(customization.colors); !unseen.empty()) {
-    print("⚠️ Text that could not be seen is drawn in black or white: " + unseen);
+  if (const std::string_view unseen = Palette::unseenColors(customization); !unseen.empty()) {
+    print("⚠️ Text that could not be seen is drawn in black or white: " + std::string(unseen));
   }
 
   const auto isOver = std::make_shared<bool>(false);

@@ -21,6 +21,11 @@ Color visibleOn(const Color& behind, const Color& color) {
   return brightness > 0.5 ? Color::black() : Color{1, 1, 1, 1};
 }
 
+bool hasLinks(const std::optional<std::vector<BannerCustomization::ComponentItem>>& screen) {
+  return screen &&
+         std::ranges::find(*screen, "links", &BannerCustomization::ComponentItem::id) != screen->end();
+}
+
 }  // namespace
 
 Palette::Palette(const BannerCustomization::Colors& colors)
@@ -32,14 +37,15 @@ Palette::Palette(const BannerCustomization::Colors& colors)
   buttonFont = visibleOn(buttonBackground.alpha < 0.5 ? background : buttonBackground, buttonFont);
 }
 
-std::string Palette::unseenColors(const BannerCustomization::Colors& colors) {
-  const Palette palette(colors);
-  std::string keys;
-  if (palette.font != colorFromText(colors.font)) keys += "font ";
-  const Color own = colorFromText(colors.buttonFontColor);
-  if (palette.buttonFont != own || palette.link != own) keys += "buttonFontColor ";
-  if (!keys.empty()) keys.pop_back();
-  return keys;
+std::string_view Palette::unseenColors(const BannerCustomization::Customization& customization) {
+  const auto& components = customization.components;
+  const Palette palette(customization.colors);
+  const Color own = colorFromText(customization.colors.buttonFontColor);
+  const bool showsLinks =
+      components && (hasLinks(components->mainScreen) || hasLinks(components->secondaryScreen));
+  const bool isFontUnseen = palette.font != colorFromText(customization.colors.font);
+  if (palette.buttonFont == own && (!showsLinks || palette.link == own)) return isFontUnseen ? "font" : "";
+  return isFontUnseen ? "font buttonFontColor" : "buttonFontColor";
 }
 
 }  // namespace TalvoConsentSDK

@@ -2,7 +2,7 @@
 
 // The colours of one banner: the customization's four, parsed once, and the few derived from them.
 
-#include <string>
+#include <string_view>
 
 #include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
@@ -20,8 +20,9 @@ struct Palette {
   platform::Color link;
   platform::Color font;
 
-  /// The keys of the colours that were replaced because text in them could not be seen.
-  static std::string unseenColors(const BannerCustomization::Colors& colors);
+  /// The keys of the colours that were replaced because text in them could not be seen. The colour of links
+  /// counts only if a screen has links.
+  static std::string_view unseenColors(const BannerCustomization::Customization& customization);
 
   /// For less important text: descriptions and labels.
   platform::Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }
