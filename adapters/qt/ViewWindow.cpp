@@ -33,6 +33,7 @@ std::optional<Key> toKey(const QKeyEvent& event) {
       return Key::space;
     case Qt::Key_Return:
     case Qt::Key_Enter:
+    case Qt::Key_Select:
       return Key::enter;
     case Qt::Key_Escape:
     case Qt::Key_Back:
@@ -41,6 +42,10 @@ std::optional<Key> toKey(const QKeyEvent& event) {
       return Key::up;
     case Qt::Key_Down:
       return Key::down;
+    case Qt::Key_Left:
+      return Key::left;
+    case Qt::Key_Right:
+      return Key::right;
     case Qt::Key_PageUp:
       return Key::pageUp;
     case Qt::Key_PageDown:

@@ -60,6 +60,10 @@ std::optional<Qt::Key> toQtKey(const std::string& key) {
   if (key == "Escape") return Qt::Key_Escape;
   if (key == "Up") return Qt::Key_Up;
   if (key == "Down") return Qt::Key_Down;
+  if (key == "Left") return Qt::Key_Left;
+  if (key == "Right") return Qt::Key_Right;
+  if (key == "Select") return Qt::Key_Select;
+  if (key == "Back") return Qt::Key_Back;
   return std::nullopt;
 }
 
