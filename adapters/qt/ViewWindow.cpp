@@ -61,7 +61,7 @@ std::optional<Key> toKey(const QKeyEvent& event) {
 
 }  // namespace
 
-ViewWindow::ViewWindow(const TextSettings& settings) : mount_(stage_, settings), accessible_(*this) {
+ViewWindow::ViewWindow() : mount_(stage_), accessible_(*this) {
   stage_.setParentItem(contentItem());
   timer_.setTimerType(Qt::PreciseTimer);
   timer_.setSingleShot(true);
@@ -77,9 +77,14 @@ ViewWindow::~ViewWindow() {
 void ViewWindow::setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment) {
   if (controller_) controller_->setOnNeedsFrame(nullptr);
   controller_ = std::move(controller);
-  environment_ = std::move(environment);
   controller_->setOnNeedsFrame([this] { scheduleFrame(); });
   accessible_.controllerChanged();
+  setEnvironment(std::move(environment));
+}
+
+void ViewWindow::setEnvironment(ViewEnvironment environment) {
+  environment_ = std::move(environment);
+  mount_.setTextSettings({environment_.textScale});
   resized();
 }
 

@@ -32,10 +32,10 @@ namespace {
 
 QtOptions qtOptions(const HostOptions& options) {
   QtOptions qt;
-  qt.text.scale = options.textScale;
+  qt.textScale = options.textScale;
   qt.layoutDirection = options.layoutDirection;
   if (options.highContrast) qt.highContrast = true;
-  qt.reducesMotion = options.reducesMotion;
+  if (options.reducesMotion) qt.reducesMotion = true;
   qt.maxCacheBytes = options.maxCacheBytes;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
@@ -170,11 +170,12 @@ int main(int argc, char* argv[]) {
   Platform::install(platform);
   Timing::watchBanners();
 
-  ViewWindow window(qt.text);
+  ViewWindow window;
   window.setTitle(QStringLiteral("Aurora Daily"));
   window.resize(options.size);
   ViewEnvironment environment;
-  environment.textMeasurer = std::make_shared<QtTextMeasurer>(qt.text);
+  environment.textScale = options.textScale.value_or(1);
+  environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings{environment.textScale});
   environment.safeArea = options.safeArea;
   const auto show = [&](const AnyView& screen) {
     const LayoutDirection direction = options.layoutDirection.value_or(LayoutDirection::leftToRight);

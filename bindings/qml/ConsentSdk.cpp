@@ -56,10 +56,10 @@ ConsentSdk::~ConsentSdk() = default;
 void ConsentSdk::componentComplete() try {
   if (!Platform::isInstalled()) {
     QtOptions options;
-    options.text.scale = textScale_;
-    options.reducesMotion = reducesMotion_;
     options.maxCacheBytes = static_cast<std::size_t>(std::max(0, maxCacheBytes_));
+    if (textScale_.isValid()) options.textScale = textScale_.toDouble();
     if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
+    if (reducesMotion_.isValid()) options.reducesMotion = reducesMotion_.toBool();
     Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
   }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());

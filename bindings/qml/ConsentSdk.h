@@ -32,10 +32,13 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QString apiUrl MEMBER apiUrl_)
   Q_PROPERTY(QString siteId MEMBER siteId_)
   Q_PROPERTY(QString store MEMBER store_)  // the file for consents; empty: a file in the app's data folder
-  Q_PROPERTY(double textScale MEMBER textScale_)  // the factor by which text is larger than usual
-  Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
-  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)  // a bool; undefined: what the system asks for
-  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)     // of the HTTP cache beside the store; 0: no cache
+
+  /// What the system asks for, if undefined: the factor by which text is larger than usual, and two bools.
+  Q_PROPERTY(QVariant textScale MEMBER textScale_)
+  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)
+  Q_PROPERTY(QVariant reducesMotion MEMBER reducesMotion_)
+
+  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)  // of the HTTP cache beside the store; 0: no cache
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
   /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null if there is none. Read
@@ -100,9 +103,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   QString apiUrl_;
   QString siteId_;
   QString store_;
-  double textScale_ = 1;
-  bool reducesMotion_ = false;
+  QVariant textScale_;
   QVariant highContrast_;
+  QVariant reducesMotion_;
   int maxCacheBytes_ = 10'000'000;
   QString language_ = QStringLiteral("en");
   bool hasLanguage_ = false;  // whether it has been set

@@ -27,7 +27,7 @@ const struct Image {
     {"preferences_en", "demo", ".en.json", "Manage preferences"},
     {"minimal", "minimal", ".en.json"},
     {"contrast", "demo", ".en.json", "Manage preferences", 2, {.highContrast = true}},
-    {"large_de", "demo", ".de.json", "Einstellungen verwalten", 0, {.text = {.scale = 3.1}}},
+    {"large_de", "demo", ".de.json", "Einstellungen verwalten", 0, {.textScale = 3.1}},
 };
 
 class BannerImagesTest : public TestWithParam<Image> {};
