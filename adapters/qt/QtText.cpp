@@ -1,9 +1,9 @@
 #include "adapters/qt/QtText.h"
 
-#include <QFontDatabase>
 #include <algorithm>
 #include <cmath>
 
+#include "adapters/qt/ScriptFonts.h"
 #include "adapters/qt/WrappedText.h"
 
 namespace TalvoConsentSDK {
@@ -26,20 +26,6 @@ QFont::Weight toQtWeight(FontWeight weight) {
   return QFont::Normal;
 }
 
-// Inter, then fonts that match Inter for the scripts that it lacks, then the system's fonts. Leaves out fonts
-// that are not installed.
-const QStringList& families() {
-  static const QStringList list = [] {
-    const QStringList installed = QFontDatabase::families();
-    QStringList found;
-    for (const char* wanted : {"Inter", "Noto Sans Arabic", "Noto Sans Hebrew"}) {
-      if (installed.contains(QLatin1String(wanted))) found << QLatin1String(wanted);
-    }
-    return found << QFontDatabase::systemFont(QFontDatabase::GeneralFont).families();
-  }();
-  return list;
-}
-
 }  // namespace
 
 QString toQString(std::string_view utf8) {
@@ -47,7 +33,7 @@ QString toQString(std::string_view utf8) {
 }
 
 QFont toQFont(const Font& font, const TextSettings& settings) {
-  QFont result(families());
+  QFont result(generalFamilies());
   result.setPixelSize(std::max(1, static_cast<int>(std::lround(font.size() * settings.scale))));
   result.setWeight(toQtWeight(font.weight));
   result.setHintingPreference(QFont::PreferNoHinting);

@@ -78,7 +78,8 @@ QColor mixed(const Color& from, const Color& to, double share) {
 }
 
 void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& size) {
-  constexpr double inset = 2;
+  const double unit = size.height() / 31;  // the height at text scale 1
+  const double inset = 2 * unit;
   const double knob = size.height() - 2 * inset;
   const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
   const double x = inset + (size.width() - 2 * inset - knob) * position;
@@ -89,9 +90,20 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   painter.setPen(Qt::NoPen);
   painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
   painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
-  disc(0.5, 1.5, QColor(0, 0, 0, 18));
-  disc(0, 1, QColor(0, 0, 0, 40));
+  disc(0.5 * unit, 1.5 * unit, QColor(0, 0, 0, 18));
+  disc(0, unit, QColor(0, 0, 0, 40));
   disc(0, 0, toQColor(toggle.knobColor));
+}
+
+// A column of pixels in which a box's colour fades away, without a visible start.
+QImage fadeColumn(const visual::Box& box, int height) {
+  QImage column(1, height, QImage::Format_ARGB32);
+  for (int y = 0; y < height; ++y) {
+    const double passed = (y + 0.5) / height;
+    const double t = box.fade > 0 ? 1 - passed : passed;
+    column.setPixelColor(0, y, toQColor(box.color.withAlpha(box.color.alpha * t * t * (3 - 2 * t))));
+  }
+  return column;
 }
 
 // Creates the node that draws a visual, in the item's size; has one overload per kind of visual.
@@ -109,6 +121,7 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Box& box) const {
+    if (box.fade != 0) return imageNode(fadeColumn(box, std::max(1, qRound(size.height() * ratio()))));
     if (box.cornerRadius > 0) return patchNode(boxPatch(box.color, box.cornerRadius, ratio()));
     QSGRectangleNode* node = window.createRectangleNode();
     node->setColor(toQColor(box.color));
@@ -124,12 +137,7 @@ struct NodeMaker {
     const auto* image = dynamic_cast<const QtImage*>(picture.image.get());
     if (!image) return nullptr;
     const QSize pixels = (size * ratio()).toSize();
-    const QImage scaled = image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    QSGImageNode* node = window.createImageNode();
-    node->setTexture(window.createTextureFromImage(scaled, QQuickWindow::TextureHasAlphaChannel));
-    node->setOwnsTexture(true);
-    node->setRect(QRectF(QPointF(0, 0), size));
-    return node;
+    return imageNode(image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   }
 
   QSGNode* operator()(const visual::Switch& toggle) const {
@@ -138,6 +146,14 @@ struct NodeMaker {
 
   QSGNode* operator()(const visual::FocusRing& ring) const {
     return patchNode(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+  }
+
+  QSGNode* imageNode(const QImage& image) const {
+    QSGImageNode* node = window.createImageNode();
+    node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
+    node->setOwnsTexture(true);
+    node->setRect(QRectF(QPointF(0, 0), size));
+    return node;
   }
 
   // Adds a margin of 2 points for shadows and strokes that extend beyond the item.

@@ -1,5 +1,6 @@
 // The C interface, implemented on top of the C++ one.
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
@@ -13,6 +14,7 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/posix/PosixPlatform.h"
+#include "adapters/texts/TranslatedTexts.h"
 
 #include "bindings/ConsentText.h"
 #include "bindings/c/Boundary.h"
@@ -87,11 +89,31 @@ talvo_subscription* handed(Subscription subscription) {
   return reinterpret_cast<talvo_subscription*>(new Subscription(std::move(subscription)));
 }
 
+// The texts that a host in C replaces.
+class OwnTexts : public platform::Localization {
+ public:
+  OwnTexts(talvo_text_callback lookUp, std::shared_ptr<void> userData)
+      : lookUp_(lookUp), userData_(std::move(userData)) {}
+
+  std::string text(std::string_view key) override {
+    const std::string copy(key);
+    const char* const own = lookUp_ ? lookUp_(copy.c_str(), userData_.get()) : nullptr;
+    return own ? own : copy;
+  }
+
+ private:
+  const talvo_text_callback lookUp_;
+  const std::shared_ptr<void> userData_;
+};
+
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
+// The structure as version 1.0.0 has it, which is the least that a host gives.
+constexpr std::size_t firstSize =
+    offsetof(talvo_banner_callbacks, time_limit) + sizeof(talvo_banner_callbacks::time_limit);
+
 // Without padding at the end, a field added there always makes the structure larger, and `size` shows it.
-static_assert(sizeof(talvo_banner_callbacks) ==
-              offsetof(talvo_banner_callbacks, time_limit) + sizeof(talvo_banner_callbacks::time_limit));
+static_assert(sizeof(talvo_banner_callbacks) == firstSize);
 
 }  // namespace
 
@@ -125,6 +147,16 @@ talvo_status talvo_set_cache_size(size_t bytes) {
     const std::scoped_lock guard(loop.lock);
     if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
     loop.maxCacheBytes = bytes;
+  });
+}
+
+talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data, talvo_callback release) {
+  return guarded([&] {
+    if (!Platform::isInstalled()) throw Error(InvalidArgument("no platform is installed"));
+    Platform platform = Platform::current();
+    platform.localization =
+        std::make_shared<TranslatedTexts>(std::make_shared<OwnTexts>(own, owned(user_data, release)));
+    Platform::install(std::move(platform));
   });
 }
 
@@ -228,8 +260,8 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
     CookiesSDK& sdk = cookies(client);
     talvo_banner_callbacks host{};
     const std::size_t size = required(callbacks, "callbacks").size;
-    if (size < sizeof host) throw Error(InvalidArgument("callbacks->size is too small"));
-    std::memcpy(&host, callbacks, sizeof host);  // the host may know more fields than this library
+    if (size < firstSize) throw Error(InvalidArgument("callbacks->size is too small"));
+    std::memcpy(&host, callbacks, std::min(size, sizeof host));  // either side may know more fields
     const auto userData = owned(host.user_data, host.release);
     const auto fail = [onError = host.on_error, userData](const Error& error) {
       const talvo_error described = describe(error);
