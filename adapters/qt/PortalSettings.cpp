@@ -5,6 +5,7 @@
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QFile>
 #include <QGuiApplication>
@@ -41,16 +42,10 @@ class PortalSettings : public SystemSettings {
     qDBusRegisterMetaType<Namespaces>();
     bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
-    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
-    call << QStringList{appearance, desktop, accessibility};
-    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-      const QDBusPendingReply<Namespaces> reply = *watcher;
-      watcher->deleteLater();
-      if (reply.isError()) return;
-      values_ = reply.value();
-      publish();
-    });
+    auto* const starts =
+        new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
+    connect(starts, &QDBusServiceWatcher::serviceRegistered, this, &PortalSettings::read);
+    read();
   }
 
  private slots:
@@ -65,6 +60,19 @@ class PortalSettings : public SystemSettings {
   std::optional<T> value(const QString& space, const char* key) const {
     const QVariant found = values_.value(space).value(QLatin1String(key));
     return found.metaType() == QMetaType::fromType<T>() ? std::optional(found.value<T>()) : std::nullopt;
+  }
+
+  void read() {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
+    call << QStringList{appearance, desktop, accessibility};
+    auto* const watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+      const QDBusPendingReply<Namespaces> reply = *watcher;
+      watcher->deleteLater();
+      if (reply.isError()) return;
+      values_ = reply.value();
+      publish();
+    });
   }
 
   void publish() {
