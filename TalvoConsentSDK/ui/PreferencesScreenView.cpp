@@ -12,7 +12,7 @@ AnyView PreferencesScreenView::body() const {
   CardScreen screen(context_);
   const auto& components = context_.customization.components;
   if (!components || !components->secondaryScreen) {
-    screen.addText(localized("No preferences available"));
+    screen.addText("No preferences available");
     return screen.render();
   }
   screen.addComponents(*components->secondaryScreen, [this](const CardScreen::Tabs& tabs) {

@@ -40,7 +40,7 @@ AnyView VendorDetailScreenView::body() const {
                    vendorGroup_.vendor);
   const auto& components = context_.customization.components;
   if (!components || !components->secondaryScreen) {
-    screen.addText(localized("No vendor details available"));
+    screen.addText("No vendor details available");
     return screen.render();
   }
 

@@ -104,10 +104,8 @@ bool HostingController::activateFocused() {
   return current && !isOutOfSight(*current) && activate(current->id);
 }
 
-const AccessibleElement* HostingController::focusedElement() const {
-  const auto found =
-      std::ranges::find_if(accessible_, [this](const auto& each) { return each.id == focused_; });
-  return found == accessible_.end() ? nullptr : &*found;
+const AccessibleElement* HostingController::focusedElement() {
+  return focused_ ? findElement(*focused_) : nullptr;
 }
 
 }  // namespace view

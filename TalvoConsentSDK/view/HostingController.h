@@ -106,7 +106,7 @@ class HostingController : public RootViewController {
   void moveFocus(int step);
   bool moveFocus(double Rect::* start, double Rect::* length, int step);
   bool activateFocused();
-  const AccessibleElement* focusedElement() const;
+  const AccessibleElement* focusedElement();
   void settleFocus();
 
   const AnyView rootView_;

@@ -131,6 +131,7 @@ void ConsentSdk::showBanner(int timeLimit) {
       .onReplaced = ended("replaced"),
       .onNotShown = ended("notShown"),
       .onError = [run](const Error& error) { run([error](ConsentSdk& self) { self.report(error); }); },
+      .onShown = [run] { run([](ConsentSdk& self) { emit self.bannerShown(); }); },
   };
   sdk_->showBanner(std::move(handlers), options);
 }

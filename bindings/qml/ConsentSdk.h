@@ -37,7 +37,7 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QVariant highContrast MEMBER highContrast_)
   Q_PROPERTY(QVariant reducesMotion MEMBER reducesMotion_)
 
-  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)  // of the HTTP cache beside the store; 0: no cache
+  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)       // of the HTTP cache beside the store; 0: no cache
   Q_PROPERTY(bool translatesTexts MEMBER translatesTexts_)  // the banner's own texts are in its language
   Q_PROPERTY(QVariantMap ownTexts MEMBER ownTexts_)         // by key, instead of the library's
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
@@ -54,8 +54,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void setLanguage(const QString& language);
   QVariant consent() const;
 
-  /// Shows the banner. `bannerEnded` or `failed` follows. `timeLimit` is how many milliseconds it may take
-  /// until the banner is shown; if it takes longer, `failed` follows. 0: as long as the requests may take.
+  /// Shows the banner. `bannerShown` follows if it can be shown, and in any case `bannerEnded` or `failed`.
+  /// `timeLimit` is how many milliseconds it may take until the banner is shown; if it takes longer, `failed`
+  /// follows. 0: as long as the requests may take.
   Q_INVOKABLE void showBanner(int timeLimit = 0);
   Q_INVOKABLE void submitConsent(const QVariantMap& consent);
   Q_INVOKABLE void acceptAll();
@@ -83,6 +84,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
 
   /// The component is complete.
   void completed();
+
+  /// The banner is on screen and begins to fade in.
+  void bannerShown();
 
   /// How the banner ended: "accepted", "rejected", "saved", "closed", "replaced" or "notShown".
   void bannerEnded(const QString& outcome);

@@ -18,6 +18,7 @@ const char* const closed = "closed";
 const char* const replaced = "replaced";
 const char* const managed = "managed";
 const char* const released = "released";
+const char* const shown = "shown";
 
 TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   BannerCustomization document;
@@ -38,6 +39,7 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   banner.on_closed = add<closed>;
   banner.on_replaced = add<replaced>;
   banner.on_manage_preferences = add<managed>;
+  banner.on_shown = add<shown>;
   banner.on_error = [](const talvo_error* error, void* other) {
     static_cast<Texts*>(other)->push_back(std::to_string(error->status));
   };
@@ -47,11 +49,11 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
     std::string taps;
     Texts ends;
   } ways[] = {
-      {"button Accept", {"accepted", "released"}},
-      {"button Reject", {"rejected", "released"}},
-      {"button Manage; button Manage; button Save", {"managed", "saved", "released"}},
-      {"button Close", {"closed", "released"}},
-      {"another", {"replaced", "released"}},
+      {"button Accept", {"shown", "accepted", "released"}},
+      {"button Reject", {"shown", "rejected", "released"}},
+      {"button Manage; button Manage; button Save", {"shown", "managed", "saved", "released"}},
+      {"button Close", {"shown", "closed", "released"}},
+      {"another", {"shown", "replaced", "released"}},
       {"nowhere", {std::to_string(TALVO_NOT_SHOWN), "released"}},
   };
   for (const auto& way : ways) {
@@ -94,7 +96,9 @@ TEST_F(ClientTest, TranslatesTheBannersTextsInC) {
               TALVO_OK);
     ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
     platform.settle();
-    EXPECT_NO_THROW(find(*platform.scene->windows().back()->controller, "button " + host.name));
+    auto& controller = *platform.scene->windows().back()->controller;
+    EXPECT_EQ(controller.accessibleElements().front().language, "de");
+    EXPECT_EQ(find(controller, "button " + host.name).language, "de");
   }
   EXPECT_EQ(releases, 1) << "of the table that was replaced";
 }
