@@ -77,7 +77,7 @@ class PortalSettings : public SystemSettings {
 
   void publish() {
     DisplayPreferences now;
-    // On X11 this factor is part of the resolution of fonts, by which Qt has already scaled the whole window.
+    // On X11, desktops multiply the resolution of fonts by this factor, and Qt scales the whole window by it.
     if (QGuiApplication::platformName() != QLatin1String("xcb"))
       now.textScale = value<double>(desktop, "text-scaling-factor");
     now.highContrast = value<bool>(accessibility, "high-contrast");
