@@ -58,7 +58,7 @@ AnyView BackButtonRenderer::render() const {
           text(localized("Back"), {.font = {TextStyle::body, FontWeight::medium}, .color = palette_.font}),
       });
   return button(label.padding(Insets::vertical(4)), onAction_)
-      .padding({.bottom = 4})
+      .padding({.top = -4, .bottom = 8})  // its text is on the same line as a title beside it
       .accessibility({.language = localizedLanguage(), .isDismissal = true});
 }
 

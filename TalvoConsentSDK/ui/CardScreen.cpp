@@ -55,9 +55,9 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
   return lowercased(customization.settings.positioning) == "top";
 }
 
-void CardScreen::setHeader(AnyView control, std::string title) {
+void CardScreen::setHeader(AnyView control, AnyView title) {
   control_ = std::move(control);
-  title_ = TitleComponentRenderer(std::move(title), context_.customization).render();
+  title_ = std::move(title);
 }
 
 void CardScreen::addText(std::string_view key) {
@@ -119,10 +119,10 @@ AnyView CardScreen::content() const {
   if (title_.isEmpty() && control_.isEmpty() && views_.empty())
     return AnyView().frame({.minHeight = hasClose_ ? roomForClose : 0});
   const AnyView rest = stack(views_.begin(), actions);
-  return pinnedEnds({.growsUp = !isAtTop(context_.customization)},
+  return pinnedEnds({.closeRoom = hasClose_ ? roomForClose : 0, .growsUp = !isAtTop(context_.customization)},
                     {
                         control_,
-                        title_.isEmpty() || !hasClose_ ? title_ : title_.padding({.trailing = roomForClose}),
+                        title_,
                         isBelowClose_ ? rest.padding({.top = roomForClose}) : rest,
                         stack(actions, views_.end()),
                     });

@@ -33,7 +33,7 @@ class CardScreen {
       : context_(context), palette_(context.customization.colors) {}
 
   /// Puts a control and a title on the first line, instead of a title among the components.
-  void setHeader(view::AnyView control, std::string title);
+  void setHeader(view::AnyView control, view::AnyView title);
 
   void addText(std::string_view key);
 

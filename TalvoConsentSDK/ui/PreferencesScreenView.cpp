@@ -1,7 +1,6 @@
 #include "TalvoConsentSDK/ui/PreferencesScreenView.h"
 
 #include "TalvoConsentSDK/ui/CardScreen.h"
-#include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
 
 namespace TalvoConsentSDK {

@@ -66,15 +66,19 @@ AnyView serviceView(const Services::Service& service, const Palette& palette) {
 
 }  // namespace
 
-AnyView VendorDetailRenderer::render() const {
-  const auto& details = vendorGroup_.details;
+AnyView VendorDetailRenderer::title() const {
   const AnyView name =
       text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette_.font})
-          .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
+          .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}})
+          .accessibility({.role = Role::heading});
+  return titleLine(name,
+                   vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_))
+      .padding({.top = -4, .bottom = 16});
+}
 
-  std::vector<AnyView> views{
-      titleLine(name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_))
-          .padding({.top = 4, .bottom = 16})};
+AnyView VendorDetailRenderer::render() const {
+  const auto& details = vendorGroup_.details;
+  std::vector<AnyView> views;
   const auto add = [&](const char* label, const Text& value) {
     if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette_), palette_));
   };

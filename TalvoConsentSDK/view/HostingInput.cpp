@@ -13,7 +13,6 @@ namespace view {
 namespace {
 
 constexpr double touchSlop = 10;  // points; a finger that moves farther drags instead of tapping
-constexpr double revealMargin = 12;
 
 }  // namespace
 
@@ -119,12 +118,9 @@ void HostingController::reveal(const AccessibleElement& element) {
   const Rect frame = element.frame;
   const ScrollRegion* region = regionAt(clip.center());
   if (!region) return;
-  if (frame.y < clip.y) {
-    scrollBy(region->id, frame.y - clip.y - revealMargin);
-  } else if (frame.bottom() > clip.bottom()) {
-    const double toTop = frame.y - clip.y;  // of what does not fit, the beginning is shown
-    scrollBy(region->id, std::min(toTop, frame.bottom() - clip.bottom() + revealMargin));
-  }
+  const double above = frame.y - clip.y - ScrollRegion::fadedEdge;
+  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge;
+  scrollBy(region->id, std::min(above, std::max(0.0, below)));
 }
 
 std::optional<ElementId> HostingController::focused() {

@@ -75,7 +75,7 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
                   std::max(0.0, window.height - safe.height())};
   isOpening_ = false;
   // Repeats while lazy rows turn out taller or shorter than expected, and if a list that opens was moved.
-  constexpr int maxPasses = 4;
+  constexpr int maxPasses = 8;
   for (int pass = 0; pass < maxPasses && (pass == 0 || needsAnotherPass_); ++pass) {
     scrollRegions_.clear();
     moving_.clear();

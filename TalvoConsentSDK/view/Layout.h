@@ -80,6 +80,7 @@ class Layout {
   struct PinnedParts {
     Size size;
     Proposal title;
+    double barY = 0;
     double titleX = 0;
     double titleY = 0;
     double top = 0;         // of the part that scrolls
@@ -92,6 +93,7 @@ class Layout {
   PinnedParts pinnedParts(Element& element, const node::PinnedEnds& pinned, const Proposal& proposal);
   void placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                    const Proposal& proposal);
+  double endOfLine(Element& element, double limit);
   ScrollOffset& scrollOffset(const Element& region);
   double placeScroller(Element& element, const Rect& region, double contentHeight);
 

@@ -1,6 +1,7 @@
 // How scrolling regions, what stays around them, disclosures and lazy rows are laid out.
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "TalvoConsentSDK/view/Layout.h"
@@ -10,24 +11,14 @@ namespace view {
 
 namespace {
 
-constexpr double titleGap = 12;   // between a bar and the title beside it
-constexpr double fadedEdge = 16;  // points at the upper edge of a scrolling part in which texts are faded
-constexpr double maxCut = 48;
+constexpr double titleGap = 12;   // on both sides of a title that is beside a bar
+constexpr double maxCut = 48;     // of a scrolling part
+constexpr double hiddenPart = 6;  // of the line that the lower edge cuts
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
   bool isDone;
 };
-
-// Returns the lowest end of the texts and switches that begin above `limit`.
-double endOfLast(const Element& element, double limit) {
-  const auto& content = element.view.node().content;
-  const bool isLeaf =
-      std::holds_alternative<node::Text>(content) || std::holds_alternative<node::Toggle>(content);
-  double end = isLeaf && element.frame.y < limit ? element.frame.bottom() : 0;
-  forEachChild(element, [&](const Element& child) { end = std::max(end, endOfLast(child, limit)); });
-  return end;
-}
 
 }  // namespace
 
@@ -57,16 +48,20 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
   PinnedParts parts;
   parts.title = natural;
   parts.titleY = bar.height;
-  if (bar.width > 0 && proposal.width) {
-    const double left = *proposal.width - bar.width - titleGap;
-    if (minContentWidth(titleElement) <= left) {
+  if (proposal.width) {
+    const double left = *proposal.width - pinned.closeRoom;
+    const double besideBar = left - bar.width - 2 * titleGap;
+    if (bar.width == 0) {
       parts.title.width = left;
+    } else if (size(titleElement, {}).width <= besideBar) {
+      parts.title.width = besideBar;
       parts.titleX = bar.width + titleGap;
       parts.titleY = 0;
     }
   }
   const Size title = size(titleElement, parts.title);
   const double header = std::max(bar.height, parts.titleY + title.height);
+  if (parts.titleX > 0) parts.barY = std::max(0.0, (title.height - bar.height - pinned.overlap) / 2);
   const double all = header + content.height + footer.height;
 
   ScrollOffset& offset = scrollOffset(element);
@@ -90,9 +85,9 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
   parts.scrolled += footer.height;
   if (leaves(0) || title.height == 0) return parts;
   parts.scrollsTitle = true;
-  parts.title = natural;
+  if (bar.width > 0) parts.title = natural;
   parts.top = parts.contentTop = bar.height;
-  parts.scrolled = size(titleElement, natural).height + content.height + footer.height;
+  parts.scrolled = size(titleElement, parts.title).height + content.height + footer.height;
   return parts;
 }
 
@@ -114,32 +109,50 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
     place(child, {frame.x + x, y, own.width, own.height}, offered);
     return y + own.height;
   };
-  placeAt(*element.children[0], 0, frame.y, {});
+  placeAt(*element.children[0], 0, frame.y + parts.barY, {});
   Element& title = *element.children[1];
   if (!parts.scrollsTitle) placeAt(title, parts.titleX, frame.y + parts.titleY, parts.title);
   const double footerTop = frame.bottom() - size(footer, natural).height;
-  const bool scrolls = parts.scrolled > 0;
-  const double end = parts.scrollsFooter ? frame.bottom() : footerTop - (scrolls ? pinned.gap : 0);
-  if (!scrolls) offset.cut = 0;
+  const double end = parts.scrollsFooter ? frame.bottom() : footerTop;
 
   const Viewport outer = viewport_;
   const double top = frame.y + parts.top;
-  const Rect region{frame.x, top, frame.width, std::max(0.0, end - cut - top)};
-  double y =
-      placeScroller(element, region, scrolls ? parts.scrolled : region.height) + parts.contentTop - parts.top;
-  if (parts.scrollsTitle) y = placeAt(title, 0, y, natural);
+  const double height = std::max(0.0, end - top);
+  const double scrolled = parts.scrolled > 0 ? parts.scrolled : height;
+  // At the end of the content, nothing is cut off.
+  const double shownCut = std::clamp(scrolled - height - offset.y, 0.0, std::min(cut, height));
+  double y = placeScroller(element, {frame.x, top, frame.width, height - shownCut}, scrolled - shownCut) +
+             parts.contentTop - parts.top;
+  if (parts.scrollsTitle) y = placeAt(title, 0, y, parts.title);
   y = placeAt(content, 0, y, natural);
   if (parts.scrollsFooter) placeAt(footer, 0, y, natural);
   viewport_ = outer;
   if (!parts.scrollsFooter) placeAt(footer, 0, footerTop, natural);
 
-  // A cut between two texts would look like the end of the content. Not done while scrolled, held or moving,
+  // A cut between two lines would look like the end of the content. Not done while scrolled, held or moving,
   // so that the edge stays.
-  if (!scrolls || offset.y > 0 || offset.held < infinity || !moving_.empty()) return;
-  const double last = endOfLast(content, end - 8);
-  const double wanted = end - last + 8;
-  const double newCut = last > end + 2 || wanted > maxCut ? 0 : wanted;
+  if (offset.y > 0 || offset.held < infinity || !moving_.empty()) return;
+  const double gap = parts.scrollsFooter ? 0 : pinned.gap;
+  const double wanted = end - endOfLine(content, end - gap - hiddenPart) + hiddenPart;
+  const double newCut = wanted > maxCut || parts.scrolled == 0 ? gap : std::max(gap, wanted);
   if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
+}
+
+// Returns the end of the last line or switch that begins above `limit`.
+double Layout::endOfLine(Element& element, double limit) {
+  const Rect& frame = element.frame;
+  const auto& content = element.view.node().content;
+  double end = 0;
+  forEachChild(element, [&](Element& child) { end = std::max(end, endOfLine(child, limit)); });
+  if (frame.y >= limit) return end;
+  const auto* text = std::get_if<node::Text>(&content);
+  if (text || std::holds_alternative<node::Toggle>(content)) end = frame.bottom();
+  if (text && end > limit) {
+    const auto newlines = static_cast<double>(std::ranges::count(text->text, '\n'));
+    const double line = size(element, {infinity, std::nullopt}).height / (newlines + 1);
+    end = frame.y + std::ceil((limit - frame.y) / line) * line;
+  }
+  return end;
 }
 
 // How much of an opened list must be seen: three and a half vendors.
@@ -177,7 +190,7 @@ void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosur
     // The row that opens stays in sight, too.
     const double distance =
         std::min(frame.y + wanted - outer.visible.bottom(),
-                 element.parent->frame.y - outer.visible.y - fadedEdge + outer.offset->growth);
+                 element.parent->frame.y - outer.visible.y - ScrollRegion::fadedEdge + outer.offset->growth);
     if (distance > 0.5) {
       outer.offset->moveUp(distance);
       forgetSizes(element);

@@ -19,6 +19,9 @@ struct ScrollRegion {
   Rect frame;
   double contentHeight = 0;
 
+  /// The height of the part at each edge in which content fades, if there is more of it.
+  static constexpr double fadedEdge = 20;
+
   double maxOffset() const { return std::max(0.0, contentHeight - frame.height); }
 };
 
@@ -32,7 +35,7 @@ struct ScrollOffset {
   double height = 0;       // at the last layout
   double held = infinity;  // the height that is kept
   double growth = 0;       // how much taller it could be than `held`
-  double cut = 0;          // how much of the bottom is left empty, so that the end cuts a text
+  double cut = 0;          // how much of the bottom is left empty, so that the edge cuts a line
 
   /// Moves the content up: by growing as long as possible, then by scrolling.
   void moveUp(double distance) {

@@ -108,7 +108,7 @@ struct Scroll {
   friend bool operator==(const Scroll&, const Scroll&) = default;
 };
 
-/// Four children: a bar and a title on one line, or the title below the bar if a word would be split
+/// Four children: a bar and a title on one line, or the title below the bar if it would need several lines
 /// otherwise; the content below them; and a footer. If they do not fit, the content scrolls and the others
 /// stay. If that would leave less than `minMiddle` points for what scrolls, the footer scrolls, too, and if
 /// that is not enough, the title as well. The bar always stays. `minMiddle` grows with text scales above 1.
@@ -116,6 +116,7 @@ struct PinnedEnds {
   double minMiddle = 120;
   double overlap = 12;   // how far content scrolls under the title's bottom padding
   double gap = 8;        // between scrolling content and a footer that stays
+  double closeRoom = 0;  // width at the trailing end of the first line that the title leaves free
   bool growsUp = false;  // whether the bottom edge stays in place when the height changes
   friend bool operator==(const PinnedEnds&, const PinnedEnds&) = default;
 };

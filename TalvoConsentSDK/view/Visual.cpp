@@ -12,7 +12,6 @@ namespace {
 
 constexpr double pressedOpacity = 0.6;
 constexpr double disabledOpacity = 0.45;
-constexpr double edgeHeight = 28;
 constexpr double switchOutlineReach = 2;  // keeps the outline clear of the knob
 constexpr double boxOutlineReach = 1;     // half the stroke, so that the outline covers the box's edge
 
@@ -89,7 +88,7 @@ class Flattener {
       if (region.id != element.id) continue;
       const double y = memory_.get<ScrollOffset>(element.id, [] { return ScrollOffset(); }).y;
       const Rect& f = region.frame;
-      const double height = std::min(edgeHeight, f.height / 4);
+      const double height = std::min(ScrollRegion::fadedEdge, f.height / 4);
       const auto edge = [&](Part part, double top, double hidden, int fade) {
         if (hidden < 0.5) return;
         const double share = std::min(1.0, hidden / height);
