@@ -93,7 +93,7 @@ void mount(benchmark::State& state) {
   const std::vector<Visual> all = stages.flatten();
   QQuickWindow window;
   for (auto _ : state) {
-    VisualMount visualMount(*window.contentItem(), TextSettings());
+    VisualMount visualMount(*window.contentItem());
     visualMount.update(all);
   }
 }

@@ -13,7 +13,7 @@ using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::platform;
 using namespace TalvoConsentSDK::view;
 
-BannerScene::BannerScene(std::size_t vendorCount, bool reducesMotion) : window_(TextSettings()) {
+BannerScene::BannerScene(std::size_t vendorCount, bool reducesMotion) {
   const ConsentBannerView banner = makeBanner(vendorCount);
   controller_ = std::make_shared<HostingController>(bannerComposition(banner.view(), banner.customization()));
   QObject::connect(

@@ -24,6 +24,11 @@ foreach(part IN ITEMS curl:libcurl sqlite:SQLite qt:Qt)
     list(GET part 1 talvo_lacks_${component})
   endif()
 endforeach()
+# Qt's modules with which a static library of the Qt adapter is linked besides Quick.
+set(TALVO_QT_PRIVATE_MODULES "")
+if(UNIX AND NOT APPLE AND NOT ANDROID)
+  set(TALVO_QT_PRIVATE_MODULES DBus)
+endif()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/TalvoConsentSDKConfig.cmake.in
   ${PROJECT_BINARY_DIR}/TalvoConsentSDKConfig.cmake INSTALL_DESTINATION ${TALVO_INSTALL_CMAKEDIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/TalvoConsentSDKConfigVersion.cmake

@@ -91,6 +91,8 @@ function(talvo_add_library target alias)
     if(UNIX AND NOT APPLE)
       target_link_options(${target} PRIVATE
         LINKER:--version-script=${exports} LINKER:--gc-sections LINKER:-O1
+        # Calls within a library are direct. No program replaces one of its functions.
+        LINKER:-Bsymbolic-functions
         # App stores require these; scripts/check-libraries checks the result. Phones may have memory pages of 16 KB.
         LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack
         $<$<EQUAL:${CMAKE_SIZEOF_VOID_P},8>:LINKER:-z,max-page-size=16384,-z,common-page-size=16384>

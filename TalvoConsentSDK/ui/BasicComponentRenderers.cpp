@@ -41,7 +41,10 @@ AnyView CloseButtonRenderer::render() const {
       symbol({.glyph = Glyph::xmark, .size = 10, .weight = FontWeight::medium, .color = palette_.font});
   return button(cross.frame({.minWidth = 32, .maxWidth = 32, .minHeight = 32, .maxHeight = 32}),
                 [onAction = onAction_] { onAction("close"); })
-      .accessibility({.role = Role::button, .label = localized("Close"), .isDismissal = true});
+      .accessibility({.role = Role::button,
+                      .label = localized("Close"),
+                      .language = localizedLanguage(),
+                      .isDismissal = true});
 }
 
 AnyView BackButtonRenderer::render() const {
@@ -56,7 +59,7 @@ AnyView BackButtonRenderer::render() const {
       });
   return button(label.padding(Insets::vertical(4)), onAction_)
       .padding({.top = -4, .bottom = 8})  // its text is on the same line as a title beside it
-      .accessibility({.isDismissal = true});
+      .accessibility({.language = localizedLanguage(), .isDismissal = true});
 }
 
 }  // namespace TalvoConsentSDK

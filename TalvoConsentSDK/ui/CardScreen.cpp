@@ -8,6 +8,7 @@
 #include "TalvoConsentSDK/ui/BannerActions.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -59,8 +60,8 @@ void CardScreen::setHeader(AnyView control, AnyView title) {
   title_ = std::move(title);
 }
 
-void CardScreen::addText(std::string text) {
-  views_.push_back(view::text(std::move(text), {.color = palette_.font}).padding({.trailing = roomForClose}));
+void CardScreen::addText(std::string_view key) {
+  views_.push_back(localizedText(key, {.color = palette_.font}).padding({.trailing = roomForClose}));
   actionsFrom_ = views_.size();
 }
 

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
@@ -34,7 +35,7 @@ class CardScreen {
   /// Puts a control and a title on the first line, instead of a title among the components.
   void setHeader(view::AnyView control, view::AnyView title);
 
-  void addText(std::string text);
+  void addText(std::string_view key);
 
   /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
   /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a

@@ -100,12 +100,14 @@ bool startsWithPreferences(const StoredConsent& consent,
 ConsentBannerView::ConsentBannerView(BannerCustomization::Customization customization,
                                      std::optional<Services> services,
                                      std::optional<SiteConfiguration> siteConfiguration,
-                                     std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks)
+                                     std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks,
+                                     std::string language)
     : inputs_(std::make_shared<const Inputs>(Inputs{
           std::move(customization),
           services ? std::make_shared<const VendorCatalogue>(*std::move(services)) : nullptr,
           siteConfiguration,
           std::move(initialConsent),
+          std::move(language),
       })),
       callbacks_(std::make_shared<const BannerCallbacks>(std::move(callbacks))),
       currentScreen_(startsWithPreferences(inputs_->initialConsent, inputs_->siteConfiguration)
@@ -122,11 +124,13 @@ ConsentBannerView ConsentBannerView::withCallbacks(BannerCallbacks callbacks) co
 }
 
 AnyView ConsentBannerView::view() const {
-  return component("banner", [banner = *this](RenderContext& context) {
-    context.observe(banner.currentScreen_, banner.categoryStates_, banner.vendorStates_,
-                    banner.doNotSellEnabled_);
-    return banner.body();
-  });
+  return component("banner",
+                   [banner = *this](RenderContext& context) {
+                     context.observe(banner.currentScreen_, banner.categoryStates_, banner.vendorStates_,
+                                     banner.doNotSellEnabled_);
+                     return banner.body();
+                   })
+      .accessibility({.language = inputs_->language});
 }
 
 AnyView ConsentBannerView::body() const {

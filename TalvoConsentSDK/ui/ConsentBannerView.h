@@ -37,7 +37,8 @@ class ConsentBannerView {
 
   ConsentBannerView(BannerCustomization::Customization customization, std::optional<Services> services,
                     std::optional<SiteConfiguration> siteConfiguration,
-                    std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks);
+                    std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks,
+                    std::string language = {});
 
   /// Returns the same banner with other callbacks.
   ConsentBannerView withCallbacks(BannerCallbacks callbacks) const;
@@ -72,6 +73,7 @@ class ConsentBannerView {
     VendorCataloguePointer services;  // null if it could not be fetched
     std::optional<SiteConfiguration> siteConfiguration;
     std::optional<BasicConsent> initialConsent;
+    std::string language;
   };
 
   void performCommonAction(const std::string& action) const;

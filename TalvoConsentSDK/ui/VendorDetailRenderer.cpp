@@ -25,8 +25,8 @@ bool hasValue(const Text& value) {
 AnyView labelled(const char* label, const AnyView& value, const Palette& palette) {
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 2},
                        {
-                           text(localized(label), {.font = {TextStyle::footnote, FontWeight::semibold},
-                                                   .color = palette.secondaryFont()}),
+                           localizedText(label, {.font = {TextStyle::footnote, FontWeight::semibold},
+                                                 .color = palette.secondaryFont()}),
                            value,
                        })
       .padding({.bottom = 12});
@@ -91,8 +91,8 @@ AnyView VendorDetailRenderer::render() const {
   }
   add("Description", details.description);
 
-  views.push_back(text(localized("Stored Information"),
-                       {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})
+  views.push_back(localizedText("Stored Information",
+                                {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})
                       .accessibility({.role = Role::heading})
                       .padding({.top = 8, .bottom = 4}));
   views.push_back(divider(palette_.line()));

@@ -7,7 +7,6 @@
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
-#include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
 
 namespace TalvoConsentSDK {
@@ -45,7 +44,7 @@ AnyView VendorDetailScreenView::body() const {
   CardScreen screen(context_);
   screen.setHeader(BackButtonRenderer(context_.customization, onBack_).render(), details.title());
   if (!hasComponents) {
-    screen.addText(localized("No vendor details available"));
+    screen.addText("No vendor details available");
     return screen.render();
   }
 

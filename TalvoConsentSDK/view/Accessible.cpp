@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "TalvoConsentSDK/view/ViewNode.h"
@@ -43,6 +44,7 @@ class Collector {
     added.id = element.id;
     added.role = role;
     added.name = std::move(name);
+    added.language = language_;
     added.isEnabled = isEnabled;
     added.frame = element.frame;
     added.clip = element.clip;
@@ -79,6 +81,13 @@ class Collector {
   // A dialog becomes an element, followed by its content. For any other role, the properties in `own` apply
   // to the first element inside the view; if there is none, a view with a label becomes an element itself.
   void collect(const Element& element, const node::Accessibility& own, bool isEnabled) {
+    const std::string_view surroundings = language_;
+    if (!own.language.empty()) language_ = own.language;
+    collectInLanguage(element, own, isEnabled);
+    language_ = surroundings;
+  }
+
+  void collectInLanguage(const Element& element, const node::Accessibility& own, bool isEnabled) {
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;
       addChildren(element, isEnabled);
@@ -95,8 +104,8 @@ class Collector {
     if (!own.label.empty()) subject.name = own.label;
     if (!own.value.empty()) subject.value = own.value;
     if (!own.description.empty()) subject.description = own.description;
-    subject.isDismissal = own.isDismissal;
-    elements_.back().focusRequests = own.focusRequests;
+    if (own.isDismissal) subject.isDismissal = true;
+    if (own.focusRequests > 0) elements_.back().focusRequests = own.focusRequests;
   }
 
   template <class Other>
@@ -105,6 +114,7 @@ class Collector {
   }
 
   const double target_;
+  std::string_view language_;
   std::vector<AccessibleElement> elements_;
 };
 

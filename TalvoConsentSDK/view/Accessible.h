@@ -31,6 +31,7 @@ struct AccessibleElement {
   std::string name;
   std::string value;  // "on" or "off" for a switch, "expanded" or "collapsed" for an expander
   std::string description;
+  std::string language;  // of the name, such as "de-AT"; empty if it is unknown
   bool isEnabled = true;
   bool isModal = false;
   bool isDismissal = false;

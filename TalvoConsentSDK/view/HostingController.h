@@ -26,8 +26,9 @@
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
 
-/// The keys that a banner responds to.
-enum class Key { tab, backtab, space, enter, escape, up, down, pageUp, pageDown, home, end };
+/// The keys that a banner responds to. `enter` is also the key of a remote that selects, and `escape` the one
+/// that leads back.
+enum class Key { tab, backtab, space, enter, escape, up, down, left, right, pageUp, pageDown, home, end };
 
 /// One root view and its state. Main thread only.
 class HostingController : public RootViewController {
@@ -99,10 +100,13 @@ class HostingController : public RootViewController {
   void loadImages(Element& element);
   void requestFrame();
   bool applyScroll(ElementId region, double distance);
-  void scrollBy(ElementId region, double distance);
+  bool scrollBy(ElementId region, double distance);
   const ScrollRegion* regionAt(Point point) const;
   const AccessibleElement* findElement(ElementId id);
   void moveFocus(int step);
+  bool moveFocus(double Rect::* start, double Rect::* length, int step);
+  bool activateFocused();
+  const AccessibleElement* focusedElement();
   void settleFocus();
 
   const AnyView rootView_;

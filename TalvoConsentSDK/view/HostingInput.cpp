@@ -13,7 +13,6 @@ namespace view {
 namespace {
 
 constexpr double touchSlop = 10;  // points; a finger that moves farther drags instead of tapping
-constexpr double arrowStep = 40;  // points that an arrow key scrolls
 
 }  // namespace
 
@@ -75,8 +74,7 @@ bool HostingController::press(Key key) {
   update();
   const auto& regions = layout_.scrollRegions();
   const auto scrollFirst = [&](double distance) {
-    if (!regions.empty()) scrollBy(regions.front().id, distance);
-    return !regions.empty();
+    return !regions.empty() && scrollBy(regions.front().id, distance);
   };
   const double page = regions.empty() ? 0 : regions.front().frame.height * 0.9;
   switch (key) {
@@ -88,16 +86,20 @@ bool HostingController::press(Key key) {
       return true;
     case Key::space:
     case Key::enter:
-      return focused_ && activate(*focused_);
+      return activateFocused() || scrollFirst(page);
     case Key::escape: {
       const auto& elements = accessibleElements();
       const auto dismissal = std::ranges::find_if(elements, &AccessibleElement::isDismissal);
       return dismissal != elements.end() && activate(dismissal->id);
     }
     case Key::up:
-      return scrollFirst(-arrowStep);
+      return moveFocus(&Rect::y, &Rect::height, -1);
     case Key::down:
-      return scrollFirst(arrowStep);
+      return moveFocus(&Rect::y, &Rect::height, 1);
+    case Key::left:
+      return moveFocus(&Rect::x, &Rect::width, -1);
+    case Key::right:
+      return moveFocus(&Rect::x, &Rect::width, 1);
     case Key::pageUp:
       return scrollFirst(-page);
     case Key::pageDown:
@@ -155,8 +157,10 @@ bool HostingController::applyScroll(ElementId region, double distance) {
   return true;
 }
 
-void HostingController::scrollBy(ElementId region, double distance) {
-  if (applyScroll(region, distance)) requestFrame();
+bool HostingController::scrollBy(ElementId region, double distance) {
+  const bool scrolls = applyScroll(region, distance);
+  if (scrolls) requestFrame();
+  return scrolls;
 }
 
 const ScrollRegion* HostingController::regionAt(Point point) const {

@@ -187,9 +187,10 @@ struct Accessibility {
   std::string label = {};  // empty leaves the child's own texts
   std::string value = {};
   std::string description = {};
-  bool isModal = false;      // for a dialog: the user cannot reach what is below
-  bool isDismissal = false;  // for a button: the Escape key activates it
-  int focusRequests = 0;     // each time that this grows, the last element inside gets the focus
+  std::string language = {};  // of all names inside, such as "de-AT"; empty leaves that of the surroundings
+  bool isModal = false;       // for a dialog: the user cannot reach what is below
+  bool isDismissal = false;   // for a button: the Escape key activates it
+  int focusRequests = 0;      // each time that this grows, the last element inside gets the focus
   friend bool operator==(const Accessibility&, const Accessibility&) = default;
 };
 

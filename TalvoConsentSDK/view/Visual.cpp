@@ -168,16 +168,21 @@ class Flattener {
   }
 
   // Draws an outline around an element. Inside a scrolling list the outline may extend beyond the list's
-  // sides, and a focus ring also beyond its top and bottom.
+  // sides, and a focus ring also beyond its top and bottom. If the focused element is scrolled out of sight,
+  // the ring surrounds the list.
   void pushAround(const Element& element, Part part, double reach, double opacity, visual::FocusRing ring) {
     auto clip = element.clip;
-    if (clip && !element.frame.intersects(*clip)) return;
+    Rect frame = element.frame;
+    if (clip && !frame.intersects(*clip)) {
+      if (part != ringPart) return;
+      frame = *clip;
+    }
     if (clip) {
       const Rect grown = clip->grownBy(reach);
       clip = part == ringPart ? grown : Rect{grown.x, clip->y, grown.width, clip->height};
     }
     ring.cornerRadius += reach;
-    push(element.id, part, element.frame.grownBy(reach), clip, opacity, ring);
+    push(element.id, part, frame.grownBy(reach), clip, opacity, ring);
   }
 
   void pushMain(const Element& element, double opacity, visual::Content content) {

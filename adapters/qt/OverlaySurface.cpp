@@ -53,7 +53,7 @@ QImage pictureOf(QWindow& window) {
 }  // namespace
 
 OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options, OverlayKind kind)
-    : ViewWindow(options.text), host_(host), options_(options), kind_(kind) {
+    : host_(host), options_(options), kind_(kind) {
   setProperty(overlayProperty, true);
   setColor(Qt::transparent);
   QSurfaceFormat surfaceFormat = format();

@@ -47,7 +47,8 @@ class Film {
   Film(const ConsentBannerView& banner, const Size& size, double textScale)
       : controller_(bannerComposition(banner.view(), banner.customization()),
                     dominantDirection(banner.customization().messages.bannerMessages.mainMessage)),
-        mount_(*window_.contentItem(), TextSettings{textScale}) {
+        mount_(*window_.contentItem()) {
+    mount_.setTextSettings({textScale});
     window_.resize(static_cast<int>(size.width), static_cast<int>(size.height));
     window_.setColor(Qt::lightGray);
     window_.show();

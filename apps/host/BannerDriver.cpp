@@ -10,6 +10,7 @@
 
 #include "adapters/qt/OverlaySurface.h"
 
+#include "apps/host/HostScreen.h"
 #include "apps/host/Timing.h"
 
 namespace TalvoConsentHost {
@@ -34,7 +35,7 @@ Target parse(const std::string& text) {
   return {std::nullopt, text};
 }
 
-JSONObject describe(const AccessibleElement& element) {
+JSONObject describe(const AccessibleElement& element, const std::string& bannersLanguage) {
   const Rect& f = element.frame;
   JSONObject object{{"role", std::string(rawValue(element.role))},
                     {"name", element.name},
@@ -42,6 +43,7 @@ JSONObject describe(const AccessibleElement& element) {
                     {"rect", JSONArray{f.x, f.y, f.width, f.height}}};
   if (!element.value.empty()) object["value"] = element.value;
   if (!element.description.empty()) object["description"] = element.description;
+  if (element.language != bannersLanguage) object["language"] = element.language;
   return object;
 }
 
@@ -60,6 +62,10 @@ std::optional<Qt::Key> toQtKey(const std::string& key) {
   if (key == "Escape") return Qt::Key_Escape;
   if (key == "Up") return Qt::Key_Up;
   if (key == "Down") return Qt::Key_Down;
+  if (key == "Left") return Qt::Key_Left;
+  if (key == "Right") return Qt::Key_Right;
+  if (key == "Select") return Qt::Key_Select;
+  if (key == "Back") return Qt::Key_Back;
   return std::nullopt;
 }
 
@@ -98,8 +104,8 @@ JSONArray BannerDriver::view() {
   JSONArray array;
   const ViewWindow* shown = banner();
   if (!shown) return array;
-  for (const auto& element : shown->controller()->accessibleElements(Layout::Rows::all))
-    array.push_back(describe(element));
+  const auto& elements = shown->controller()->accessibleElements(Layout::Rows::all);
+  for (const auto& element : elements) array.push_back(describe(element, elements.front().language));
   return array;
 }
 
@@ -118,6 +124,14 @@ std::optional<std::string> BannerDriver::tap(const std::string& text) {
   touch(shown, (near->clip ? frame.intersection(*near->clip) : frame).center(), near->role == Role::toggle);
   waitForFrames();
   return target.name;
+}
+
+JSONArray BannerDriver::busy() {
+  JSONArray names;
+  for (const auto& element : host_.controller()->accessibleElements()) {
+    if (element.description == busyDescription) names.push_back(element.name);
+  }
+  return names;
 }
 
 bool BannerDriver::press(const std::string& key) {

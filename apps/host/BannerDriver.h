@@ -35,6 +35,9 @@ class BannerDriver {
   /// in the host's own window. Returns the control's name, or nothing if there is no such control.
   std::optional<std::string> tap(const std::string& target);
 
+  /// The names of the host's own controls that show a busy indicator.
+  TalvoConsentSDK::JSONArray busy();
+
   /// Presses the key with this name in the banner; without a banner, has no effect. Returns false if there is
   /// no such key.
   bool press(const std::string& key);

@@ -75,7 +75,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");
   add("scale", "Pixels per point.", "N");
-  add("text-scale", "Factor for the size of text.", "F", "1");
+  add("text-scale", "Factor for the size of text, instead of the system's.", "F");
   add("layout", "Direction of the layout, regardless of the language.", "rtl|ltr");
   add("safe-area", "Insets of the window that the system covers, in points.", "T,L,B,R");
   add("script", "Commands to run, one per line; - reads them from standard input.", "FILE");
@@ -110,7 +110,8 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.size = size(parser.value(QStringLiteral("size")));
   if (parser.isSet(QStringLiteral("scale")))
     options.pixelRatio = number(parser, QStringLiteral("scale"), 0.5, 8);
-  options.textScale = number(parser, QStringLiteral("text-scale"), 0.5, 4);
+  if (parser.isSet(QStringLiteral("text-scale")))
+    options.textScale = number(parser, QStringLiteral("text-scale"), 0.5, 4);
   if (parser.isSet(QStringLiteral("layout"))) {
     options.layoutDirection = direction(parser.value(QStringLiteral("layout")));
   }

@@ -108,6 +108,7 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"banner", &Script::banner},
       {"view", &Script::view},
       {"tap", &Script::tap},
+      {"busy", &Script::busy},
       {"key", &Script::key},
       {"screenshot", &Script::screenshot},
       {"settle", &Script::settle},
@@ -252,6 +253,10 @@ void Script::tap(const std::string& target) {
   const auto name = driver_.tap(target);
   if (!name) return fail("No control is named: " + target);
   printObject({{"tapped", *name}});
+}
+
+void Script::busy(const std::string&) {
+  printObject({{"busy", driver_.busy()}});
 }
 
 void Script::key(const std::string& name) {

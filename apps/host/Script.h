@@ -46,6 +46,7 @@ class Script : public std::enable_shared_from_this<Script> {
   void banner(const std::string& timeLimit);
   void view(const std::string&);
   void tap(const std::string& target);
+  void busy(const std::string&);
   void key(const std::string& name);
   void screenshot(const std::string& file);
   void settle(const std::string&);

@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <QSurfaceFormat>
+#include <QTimer>
 #include <cstdlib>
 #include <memory>
 
@@ -21,6 +22,7 @@
 #include "apps/host/HostOptions.h"
 #include "apps/host/HostScreen.h"
 #include "apps/host/Output.h"
+#include "apps/host/PrivacyEntry.h"
 #include "apps/host/Script.h"
 #include "apps/host/Timing.h"
 
@@ -33,10 +35,10 @@ namespace {
 
 QtOptions qtOptions(const HostOptions& options) {
   QtOptions qt;
-  qt.text.scale = options.textScale;
+  qt.textScale = options.textScale;
   qt.layoutDirection = options.layoutDirection;
   if (options.highContrast) qt.highContrast = true;
-  qt.reducesMotion = options.reducesMotion;
+  if (options.reducesMotion) qt.reducesMotion = true;
   qt.maxCacheBytes = options.maxCacheBytes;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
@@ -56,6 +58,10 @@ class HostModel {
       : sdk_(sdk),
         apiUrl_(std::move(apiUrl)),
         log_{std::move(sdk), std::move(mainActor), State(HostContent())} {
+    constexpr int busyInterval = 300;  // milliseconds between the steps of the indicator
+    busyTimer_.setInterval(busyInterval);
+    busyTimer_.callOnTimeout(
+        [content = log_.content] { content.update([](HostContent& shown) { ++*shown.busyStep; }); });
     for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
       sdk_->addEventListener(
           event, std::make_shared<ConsentEventClosureCallback>(noting("Event " + std::string(raw)), [] {}));
@@ -72,7 +78,7 @@ class HostModel {
       });
     };
     return {
-        {"Privacy settings", [this] { showBanner(); }},
+        {"Privacy settings", [this] { showBanner(); }, true},
         {"Accept all", [submit] { submit(BasicConsent::acceptAll()); }},
         {"Reject all", [submit] { submit(BasicConsent::rejectAll()); }},
         {"Identify demo-user",
@@ -126,10 +132,21 @@ class HostModel {
   }
 
   void showBanner() {
-    sdk_->showBanner(noting("Host callback onAcceptAll"), noting("Host callback onRejectAll"),
-                     noting("Host callback onManagePreferences"), [log = log_](const Error& error) {
-                       log.note(std::string("Host callback onError: ") + error.what());
-                     });
+    const auto failed = [log = log_](const Error& error) {
+      log.note(std::string("Host callback onError: ") + error.what());
+    };
+    entry_->tapped(*sdk_, {.onAcceptAll = noting("Host callback onAcceptAll"),
+                           .onRejectAll = noting("Host callback onRejectAll"),
+                           .onSaved = noting("Host callback onSaved"),
+                           .onError = failed,
+                           .onManagePreferences = noting("Host callback onManagePreferences")});
+  }
+
+  void showBusy(bool isBusy) {
+    log_.content.update(
+        [&](HostContent& shown) { shown.busyStep = isBusy ? std::optional(0U) : std::nullopt; });
+    const bool moves = isBusy && !Platform::current().application->reducesMotion();
+    moves ? busyTimer_.start() : busyTimer_.stop();
   }
 
   void submitTopics() {
@@ -143,6 +160,9 @@ class HostModel {
   const std::shared_ptr<CookiesSDK> sdk_;
   const std::string apiUrl_;
   const Log log_;
+  QTimer busyTimer_;
+  const std::shared_ptr<PrivacyEntry> entry_ =
+      std::make_shared<PrivacyEntry>([this](bool isBusy) { showBusy(isBusy); });
 };
 
 }  // namespace
@@ -172,11 +192,12 @@ int main(int argc, char* argv[]) {
   Platform::install(platform);
   Timing::watchBanners();
 
-  ViewWindow window(qt.text);
+  ViewWindow window;
   window.setTitle(QStringLiteral("Aurora Daily"));
   window.resize(options.size);
   ViewEnvironment environment;
-  environment.textMeasurer = std::make_shared<QtTextMeasurer>(qt.text);
+  environment.textScale = options.textScale.value_or(1);
+  environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings{environment.textScale});
   environment.safeArea = options.safeArea;
   const auto show = [&](const AnyView& screen) {
     const LayoutDirection direction = options.layoutDirection.value_or(LayoutDirection::leftToRight);

@@ -276,7 +276,8 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
                                   .onReplaced = closure(host.on_replaced, userData),
                                   .onNotShown = [fail] { fail(Error(NotShown())); },
                                   .onError = fail,
-                                  .onManagePreferences = closure(host.on_manage_preferences, userData)},
+                                  .onManagePreferences = closure(host.on_manage_preferences, userData),
+                                  .onShown = closure(host.on_shown, userData)},
                    options);
   });
 }

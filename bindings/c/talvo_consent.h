@@ -198,6 +198,7 @@ typedef struct talvo_banner_callbacks {
   talvo_error_callback on_error; /* the banner could not be shown, or the decision could not be submitted */
   /* Called besides those: the user asks for preferences that the host must show itself. */
   talvo_callback on_manage_preferences;
+  talvo_callback on_shown; /* called besides those, too: the banner is on screen and begins to fade in */
   void* user_data;
   talvo_callback release; /* called when none of the others will be called any more */
 

@@ -228,7 +228,8 @@ struct WrapperText {
   std::string operator()(const node::IgnoresSafeArea&) const { return "ignores safe area"; }
   std::string operator()(const node::Accessibility& own) const {
     std::string text = "as " + std::string(rawValue(own.role)) + optionally("named", own.label) +
-                       optionally("value", own.value) + optionally("description", own.description);
+                       optionally("in", own.language) + optionally("value", own.value) +
+                       optionally("description", own.description);
     if (own.isModal) text += " modal";
     if (own.isDismissal) text += " dismissal";
     if (own.focusRequests > 0) text += " asking for the focus";

@@ -32,6 +32,7 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   banner.on_closed = [](void* to) { add(to, "closed"); };
   banner.on_replaced = [](void* to) { add(to, "replaced"); };
   banner.on_manage_preferences = [](void* to) { add(to, "managed"); };
+  banner.on_shown = [](void* to) { add(to, "shown"); };
   banner.on_error = [](const talvo_error* error, void* to) {
     add(to, error->status == TALVO_NOT_SHOWN ? "not shown" : error->description);
   };

@@ -88,7 +88,8 @@ INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visitFiles()),
 TEST_P(Visits, PrintWhatIsRecorded) {
   std::string head = contentOf(GetParam());
   head.erase(head.find("\nprints:"));
-  for (const char* sites : {TALVO_SHIPPED_SITES, TALVO_TEST_DATA "/../docs/sites"})
+  for (const char* sites :
+       {TALVO_SHIPPED_SITES, TALVO_TEST_DATA "/../docs/sites", TALVO_TEST_DATA "/endtoend/sites"})
     fs::copy(sites, folder / "sites", fs::copy_options::recursive);
   Texts serviceOptions{"--log", folder / "log", "--sites", folder / "sites"};
   Texts hostOptions;

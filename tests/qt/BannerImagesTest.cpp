@@ -47,7 +47,7 @@ INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(tableOf<7>("images/bann
 TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
   const auto& [name, site, language, tapped, tabs, scale, contrast] = GetParam();
   QtOptions options;
-  options.text.scale = std::stod(scale);
+  options.textScale = std::stod(scale);
   options.highContrast = contrast == "high";
   ShownBanner banner(siteFile(site + "/customization." + language + ".json"),
                      site == "demo" ? siteFile("demo/services." + language + ".json") : "{}", options);

@@ -32,7 +32,7 @@ class VisualMountTest : public ::testing::Test {
   QColor at(int x, int y) { return colorAt(window, {x, y}); }
 
   QQuickWindow window;
-  VisualMount mount{*window.contentItem(), {}};
+  VisualMount mount{*window.contentItem()};
 };
 
 TEST_F(VisualMountTest, RepaintsOnlyWhatHasChanged) {
@@ -102,7 +102,7 @@ QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
   target.setDevicePixelRatio(ratio);
   window.setRenderTarget(target);
   window.resize(100, 100);
-  VisualMount mount(*window.contentItem(), {});
+  VisualMount mount(*window.contentItem());
   mount.update(visuals);
   control.polishItems();
   control.sync();

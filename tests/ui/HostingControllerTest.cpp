@@ -142,7 +142,7 @@ TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
     }
     return all;
   };
-  EXPECT_EQ(press({enter, down}), "Title! Title! ");
+  EXPECT_EQ(press({enter}), "Title! ");
   EXPECT_EQ(press({tab, tab, backtab, space}), "Accept Reject Accept Acceptaccept ");
   EXPECT_EQ(press({escape, backtab, enter, tab}), "Acceptclose Close Closeclose Accept ");
   EXPECT_EQ(press({backtab, backtab, enter}), "Close Manage Title ") << "a new screen focuses its title";
@@ -199,8 +199,8 @@ TEST_F(ScrollingTest, FollowsAFingerAndCoasts) {
 
 TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
   using enum Key;
-  const Key keys[] = {down, up, up, pageDown, pageUp, end, home, backtab, tab};
-  const double offsets[] = {40, 0, 0, 270, 0, 2700, 0, 2700, 0};
+  const Key keys[] = {down, down, up, pageDown, pageUp, end, home, backtab, tab};
+  const double offsets[] = {0, 100, 0, 270, 0, 2700, 0, 2700, 0};
   for (std::size_t i = 0; i < std::size(keys); ++i) {
     EXPECT_TRUE(screen.press(keys[i]));
     EXPECT_EQ(offset(), offsets[i]);

@@ -141,7 +141,8 @@ TEST_F(ShowBannerTest, EndsInOneWay) {
                           .onReplaced = recording("replaced"),
                           .onNotShown = recording("not shown"),
                           .onError = [this, host](const Error& error) { note(error.what()); },
-                          .onManagePreferences = recording("managed")};
+                          .onManagePreferences = recording("managed"),
+                          .onShown = recording("shown")};
   };
   const auto awaitOne = [](CookiesSDK& sdk) -> Task<std::string> {
     const Texts names{"accepted", "rejected", "saved", "closed", "replaced", "not shown"};
