@@ -4,11 +4,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "TalvoConsentSDK/view/Look.h"
+
 #include "adapters/qt/WrappedText.h"
 
 namespace TalvoConsentSDK {
 
 using namespace platform;
+using namespace view;
 
 namespace {
 
@@ -26,14 +29,13 @@ QFont::Weight toQtWeight(FontWeight weight) {
   return QFont::Normal;
 }
 
-// Inter, then fonts that match Inter for the scripts that it lacks, then the system's fonts. Leaves out fonts
-// that are not installed.
+// The banner's own families, then the system's. Leaves out families that are not installed.
 const QStringList& families() {
   static const QStringList list = [] {
     const QStringList installed = QFontDatabase::families();
     QStringList found;
-    for (const char* wanted : {"Inter", "Noto Sans Arabic", "Noto Sans Hebrew"}) {
-      if (installed.contains(QLatin1String(wanted))) found << QLatin1String(wanted);
+    for (const std::string_view family : look::fontFamilies) {
+      if (const QString wanted = toQString(family); installed.contains(wanted)) found << wanted;
     }
     return found << QFontDatabase::systemFont(QFontDatabase::GeneralFont).families();
   }();
