@@ -18,13 +18,13 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 
 /// The area in which a host shows the banner. Main thread only. Positions are in pixels from the top left.
 ///
-///     const auto surface = std::make_shared<ConsentSurface>(SurfaceOptions{.size = {1170, 2532, 3}});
+///     ConsentSurface surface({.size = {1170, 2532, 3}});
 ///     Platform platform = makePosixPlatform(mainQueue);
-///     surface->addTo(platform);
+///     surface.addTo(platform);
 ///     Platform::install(platform);
 ///
 /// Then, for each frame, drain the main queue and draw what `frame` returns above everything else.
-class ConsentSurface : public std::enable_shared_from_this<ConsentSurface> {
+class ConsentSurface {
  public:
   explicit ConsentSurface(SurfaceOptions options);
   ConsentSurface(const ConsentSurface&) = delete;
@@ -32,7 +32,8 @@ class ConsentSurface : public std::enable_shared_from_this<ConsentSurface> {
   ~ConsentSurface();
 
   /// Makes this surface the application of `platform`. Its pictures are loaded with the session and the
-  /// executors that `platform` has at the time of the call. The surface must be owned by a shared_ptr.
+  /// executors that `platform` has at the time of the call. Once the surface
+  /// is gone, no banner is shown.
   void addTo(Platform& platform);
 
   void resize(const SurfaceSize& size);
@@ -64,7 +65,7 @@ class ConsentSurface : public std::enable_shared_from_this<ConsentSurface> {
   bool mousePressed(MouseButton button, double x, double y);
   bool mouseReleased(MouseButton button, double x, double y);
 
-  /// Scrolls down by `pixels`, as trackpads report it, or by notches of a wheel.
+  /// Scrolls down by `pixels`, as trackpads report it, or by notches of a wheel; up if they are negative.
   bool scrolled(double x, double y, double pixels);
   bool wheelTurned(double x, double y, double notches);
 

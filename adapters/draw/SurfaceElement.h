@@ -18,7 +18,7 @@ enum class SurfaceAction : std::uint32_t {
   reveal = 4,    // scroll it into view
 };
 
-/// Something that the user can read or operate, in reading order. The first element is the dialog.
+/// Something that the user can read or operate.
 struct SurfaceElement {
   std::uint64_t id = 0;
   view::Role role = view::Role::none;
