@@ -214,13 +214,13 @@ TYPED_TEST_P(URLSessionConformance, EndsCancelledRequestsOnceAndNoOthers) {
 }
 
 TYPED_TEST_P(URLSessionConformance, MayBeDestroyedBeforeACancellation) {
-  auto backend = std::make_unique<TypeParam>();
-  auto request = makeRequest("GET", backend->serve("GET", "/good", 200, "x").text());
+  auto destroyed = std::make_unique<TypeParam>();
+  auto request = makeRequest("GET", destroyed->serve("GET", "/good", 200, "x").text());
   request.cancellation = std::make_shared<platform::Cancellation>();
   Outcomes outcomes;
-  backend->session().run(request, outcomes.completion());
+  destroyed->session().run(request, outcomes.completion());
   EXPECT_TRUE(outcomes.wait(1).front().first);
-  backend = nullptr;
+  destroyed = nullptr;
   request.cancellation->cancel();
   EXPECT_EQ(outcomes.wait(1).size(), 1U);
 }

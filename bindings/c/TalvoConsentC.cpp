@@ -1,5 +1,6 @@
 // The C interface, implemented on top of the C++ one.
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
@@ -89,9 +90,12 @@ talvo_subscription* handed(Subscription subscription) {
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
+// The structure as version 1.0.0 has it, which is the least that a host gives.
+constexpr std::size_t firstSize =
+    offsetof(talvo_banner_callbacks, time_limit) + sizeof(talvo_banner_callbacks::time_limit);
+
 // Without padding at the end, a field added there always makes the structure larger, and `size` shows it.
-static_assert(sizeof(talvo_banner_callbacks) ==
-              offsetof(talvo_banner_callbacks, time_limit) + sizeof(talvo_banner_callbacks::time_limit));
+static_assert(sizeof(talvo_banner_callbacks) == firstSize);
 
 }  // namespace
 
@@ -228,8 +232,8 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
     CookiesSDK& sdk = cookies(client);
     talvo_banner_callbacks host{};
     const std::size_t size = required(callbacks, "callbacks").size;
-    if (size < sizeof host) throw Error(InvalidArgument("callbacks->size is too small"));
-    std::memcpy(&host, callbacks, sizeof host);  // the host may know more fields than this library
+    if (size < firstSize) throw Error(InvalidArgument("callbacks->size is too small"));
+    std::memcpy(&host, callbacks, std::min(size, sizeof host));  // either side may know more fields
     const auto userData = owned(host.user_data, host.release);
     const auto fail = [onError = host.on_error, userData](const Error& error) {
       const talvo_error described = describe(error);

@@ -221,7 +221,7 @@ TEST_F(CInterfaceTest, LimitsHowLongABannerMayTake) {
       "settings": {"positioning": "bottom", "showBlurBackground": true, "showPoweredBy": false},
       "messages": {"bannerMessages": {"acceptButton": "A", "rejectButton": "R", "title": "T", "mainMessage": "M"}}}})";
   talvo_banner_callbacks banner{};
-  banner.on_error = [](const talvo_error* error, void* heard) { Heard::reply(error, nullptr, heard); };
+  banner.on_error = [](const talvo_error* error, void* data) { Heard::reply(error, nullptr, data); };
   banner.user_data = &heard;
   banner.size = sizeof banner;
   banner.time_limit = 1;
