@@ -119,6 +119,10 @@ void FontFace::readMetrics() {
   descent = std::clamp(-metric(HB_OT_METRICS_TAG_HORIZONTAL_DESCENDER, -0.2), 0.0, 4.0);
   underlinePosition = std::clamp(-metric(HB_OT_METRICS_TAG_UNDERLINE_OFFSET, -0.1), 0.0, 1.0);
   underlineThickness = std::clamp(metric(HB_OT_METRICS_TAG_UNDERLINE_SIZE, 0.05), 0.0, 0.5);
+  hb_codepoint_t space = 0;
+  if (hb_font_get_nominal_glyph(shaper_, ' ', &space) != 0) {
+    spaceWidth = std::clamp(hb_font_get_glyph_h_advance(shaper_, space) * unit, 0.0, 4.0);
+  }
 }
 
 FontFace::~FontFace() {

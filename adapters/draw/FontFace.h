@@ -55,6 +55,7 @@ class FontFace {
   double descent = 0;
   double underlinePosition = 0;
   double underlineThickness = 0;
+  double spaceWidth = 0;
 
  private:
   FontFace() = default;

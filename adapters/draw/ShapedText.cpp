@@ -58,6 +58,7 @@ ShapedText::ShapedText(std::string_view utf8, FontWeight weight, FontSet& fonts,
     : text_(charactersOf(utf8)),
       language_(language),
       font_(fonts.first(weight)),
+      space_(font_ ? font_->spaceWidth : 0),
       breaks_(lineBreaks(utf8, text_, language, breaker)),
       isStart_(text_.codes.size(), true) {
   const std::vector<std::int8_t> levels = bidiLevels(text_.codes, dominantDirection(utf8));
@@ -147,9 +148,11 @@ ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size
   const hb_glyph_position_t* const places = hb_buffer_get_glyph_positions(buffer, &count);
   result.glyphs.reserve(count);
   for (unsigned i = 0; i < count; ++i) {
-    // A damaged font may have letters of any width.
-    const double advance = std::clamp(places[i].x_advance * run.face->unit, 0.0, 20.0);
     const std::size_t character = std::clamp<std::size_t>(infos[i].cluster, begin, end - 1);
+    // Blanks are equally wide in all scripts, so that a line of several scripts is even.
+    const bool isSpace = text_.codes[character] == ' ' && places[i].x_advance > 0 && run.face != font_;
+    // A damaged font may have letters of any width.
+    const double advance = isSpace ? space_ : std::clamp(places[i].x_advance * run.face->unit, 0.0, 20.0);
     result.glyphs.push_back({infos[i].codepoint, character, places[i].x_offset * run.face->unit,
                              -places[i].y_offset * run.face->unit, advance});
   }

@@ -77,6 +77,7 @@ class ShapedText {
   const Characters text_;
   const std::string language_;
   const FontFace* const font_;
+  const double space_;  // the width of a blank
   std::vector<LineBreak> breaks_;
   std::vector<Run> runs_;
   std::vector<bool> isStart_;
