@@ -14,7 +14,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/adapters/draw
   ${PROJECT_BINARY_DIR}/testing/fakes
   ${PROJECT_BINARY_DIR}/adapters/posix ${PROJECT_BINARY_DIR}/adapters/qt ${PROJECT_BINARY_DIR}/adapters/sqlite
-  ${PROJECT_BINARY_DIR}/adapters/threads ${PROJECT_BINARY_DIR}/bindings/c)
+  ${PROJECT_BINARY_DIR}/adapters/texts ${PROJECT_BINARY_DIR}/adapters/threads ${PROJECT_BINARY_DIR}/bindings/c)
 # Tells Debian's tools which package a program linked with the libraries depends on.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
@@ -80,7 +80,7 @@ ${about}
 .
 This package contains the libraries that apps on Qt run with: the banner's windows, and the QML type."
       DEPENDS "${library} ${same}"
-      SUGGESTS "fonts-inter, fonts-noto-core")
+      SUGGESTS "fonts-inter, fonts-noto-core, fonts-noto-cjk, fonts-noto-color-emoji")
   endif()
   talvo_debian_package(development_qt libtalvoconsentsdk-qt-dev libdevel
     "cookie and tracking consent for apps - development files for Qt

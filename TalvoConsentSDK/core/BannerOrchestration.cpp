@@ -10,6 +10,7 @@
 #include "TalvoConsentSDK/core/ConsentFlow.h"
 #include "TalvoConsentSDK/core/CookiesSDKState.h"
 #include "TalvoConsentSDK/network/HTTPClientError.h"
+#include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/Spawn.h"
 #include "TalvoConsentSDK/ui/ConsentBannerPresenter.h"
 #include "TalvoConsentSDK/ui/ConsentBannerView.h"
@@ -115,6 +116,7 @@ BannerCallbacks callbacks(const BannerRequestPointer& request) {
 void presentBanner(const BannerRequestPointer& request) {
   try {
     const auto& customization = *request->document->customization;
+    Platform::current().localization->setLanguage(request->language);
     const ConsentBannerView view(customization, std::move(request->services), request->configuration,
                                  request->initialConsent, callbacks(request));
     const bool isShown = ConsentBannerPresenter::shared()->show(

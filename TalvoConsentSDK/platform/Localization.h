@@ -10,13 +10,18 @@
 namespace TalvoConsentSDK {
 namespace platform TALVO_EXPORT {
 
-/// Looks texts up by key. This default knows no texts and returns the key itself.
+/// Looks texts up by key. This default knows no texts and returns the key itself. `TranslatedTexts` in
+/// adapters/texts knows them in many languages.
 class Localization {
  public:
   virtual ~Localization() = default;
 
-  /// Returns the text for `key` in the user's language, or the key.
+  /// Returns the text for `key`, or the key. The key is the text in English. The key of a number of vendors
+  /// begins with the number: `1 vendor`, `12 vendors`.
   virtual std::string text(std::string_view key) { return std::string(key); }
+
+  /// Called before a banner is shown, with the language in which its documents were fetched.
+  virtual void setLanguage(const std::string&) {}
 };
 
 }  // namespace platform

@@ -105,7 +105,8 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
                                   .color = palette_.secondaryFont(),
                                   .turns = isExpanded.get() ? 0.25 : 0});
   // Assistive technology sees the header as one control and does not read the texts in it: repeat them here.
-  std::string spoken = std::to_string(services_->groups(categoryId_).size()) + " " + localized("vendors");
+  const std::size_t count = services_->groups(categoryId_).size();
+  std::string spoken = localized(std::to_string(count) + (count == 1 ? " vendor" : " vendors"));
   for (const std::string& more : {vendorsOn, description}) {
     if (!more.empty()) spoken += ". " + more;
   }

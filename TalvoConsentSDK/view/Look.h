@@ -81,8 +81,8 @@ constexpr double symbolStroke(FontWeight weight) {
 
 /// The families of fonts in order of preference, each for the scripts that those before it lack. The system's
 /// own fonts come last.
-inline constexpr std::array<std::string_view, 3> fontFamilies{"Inter", "Noto Sans Arabic",
-                                                              "Noto Sans Hebrew"};
+inline constexpr std::array<std::string_view, 4> fontFamilies{"Inter", "Noto Sans Arabic",
+                                                              "Noto Sans Hebrew", "Noto Color Emoji"};
 
 /// A text shrinks, down to this share of its font size, if that avoids splitting a word.
 inline constexpr double minTextShare = 2.0 / 3;

@@ -43,16 +43,25 @@ URLResponse answer(StoredReply kept, const URLRequest& request, ReplySource sour
   return response;
 }
 
+/// The storage, which is used on the executor only. The jobs that change it do not keep the executor: it
+/// drops jobs when the process exits, and then nothing would free either.
+struct Kept {
+  explicit Kept(std::shared_ptr<CacheStorage> cacheStorage) : storage(std::move(cacheStorage)) {}
+
+  const std::shared_ptr<CacheStorage> storage;
+  std::unordered_set<std::string> suspects;  // keys whose latest change failed: remove before reading
+};
+
 }  // namespace
 
-/// What the session, its requests under way and its jobs share. `storage_` and `suspects_` are used on the
-/// executor only, everything else on any thread.
+/// What the session and its requests under way share. `kept_` is used on the executor only, everything else
+/// on any thread.
 class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
  public:
   Cache(std::weak_ptr<URLSession> inner, std::shared_ptr<CacheStorage> storage,
         std::shared_ptr<Executor> executor, std::shared_ptr<CacheClock> clock)
       : inner_(std::move(inner)),
-        storage_(std::move(storage)),
+        kept_(std::make_shared<Kept>(std::move(storage))),
         executor_(std::move(executor)),
         clock_(std::move(clock)) {}
 
@@ -76,10 +85,9 @@ class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
   void remove(const std::string& key);
 
   const std::weak_ptr<URLSession> inner_;  // weak: destroying a CachingURLSession must end its requests
-  const std::shared_ptr<CacheStorage> storage_;
+  const std::shared_ptr<Kept> kept_;
   const std::shared_ptr<Executor> executor_;
   const std::shared_ptr<CacheClock> clock_;
-  std::unordered_set<std::string> suspects_;  // keys whose latest change failed: remove before reading
   std::mutex underWayLock_;
   std::unordered_set<Exchange*> underWay_;
   std::mutex changesLock_;  // held while a change is posted: `unkept_` is what the storage will not hold
@@ -117,7 +125,8 @@ struct CachingURLSession::Cache::Exchange {
   std::string keptHead;  // as it is in the storage
   bool isConditional = false;
   CacheTime sent;
-  std::atomic<bool> isOutdated = false;  // its URL was changed since it was asked for
+  // Whether its URL was changed since it was asked for.
+  const std::shared_ptr<std::atomic<bool>> isOutdated = std::make_shared<std::atomic<bool>>(false);
 };
 
 void CachingURLSession::Cache::get(URLRequest request, Completion completion) {
@@ -143,15 +152,15 @@ void CachingURLSession::Cache::lookUp(const ExchangePointer& exchange) try {
 }
 
 void CachingURLSession::Cache::findKept(Exchange& exchange) try {
-  if (suspects_.contains(exchange.key)) {
-    if (!storage_->remove(exchange.key)) return;
-    suspects_.erase(exchange.key);
+  if (kept_->suspects.contains(exchange.key)) {
+    if (!kept_->storage->remove(exchange.key)) return;
+    kept_->suspects.erase(exchange.key);
   }
-  auto entry = storage_->read(exchange.key);
+  auto entry = kept_->storage->read(exchange.key);
   if (!entry || !*entry) return;
   exchange.keptHead = (*entry)->head;
   exchange.kept = decodedReply(**std::move(entry));
-  const bool isUsable = exchange.kept && matches(*exchange.kept, exchange.request) && !exchange.isOutdated;
+  const bool isUsable = exchange.kept && matches(*exchange.kept, exchange.request) && !*exchange.isOutdated;
   if (!isUsable) exchange.kept.reset();
 } catch (...) {
   exchange.kept.reset();  // the same as if nothing were kept
@@ -159,7 +168,7 @@ void CachingURLSession::Cache::findKept(Exchange& exchange) try {
 
 // Whether the kept reply may take the place of an error.
 bool CachingURLSession::Cache::hasSubstitute(const Exchange& exchange, const CacheTime& now) {
-  return exchange.kept && !exchange.isOutdated && !demandsValidation(exchange.request) &&
+  return exchange.kept && !*exchange.isOutdated && !demandsValidation(exchange.request) &&
          mayReplaceError(*exchange.kept, now);
 }
 
@@ -236,10 +245,10 @@ void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Resul
     const std::scoped_lock guard(changesLock_);
     unkept_.erase(key);
     return change(key,
-                  [exchange, head = encodedHead(reply),
+                  [key, isOutdated = exchange->isOutdated, head = encodedHead(reply),
                    body = std::move(reply.body)](CacheStorage& storage) -> Result<void> {
-                    if (exchange->isOutdated) return {};
-                    return storage.write(exchange->key, {head, body});
+                    if (*isOutdated) return {};
+                    return storage.write(key, {head, body});
                   });
   }
   const bool isGone = status == 404 || status == 410;
@@ -252,7 +261,7 @@ void CachingURLSession::Cache::forgetWhatChanged(const URL& requested, const Res
   for (const std::string& key : changedKeys(requested, *outcome)) {
     std::unique_lock guard(underWayLock_);
     for (Exchange* const exchange : underWay_)
-      if (exchange->key == key) exchange->isOutdated = true;
+      if (exchange->key == key) *exchange->isOutdated = true;
     guard.unlock();
     remove(key);
   }
@@ -273,10 +282,10 @@ void CachingURLSession::Cache::remove(const std::string& key) {
 
 void CachingURLSession::Cache::change(const std::string& key,
                                       std::function<Result<void>(CacheStorage&)> change) {
-  postOrRun(executor_, [self = shared_from_this(), key, change = std::move(change)] {
+  postOrRun(executor_, [kept = kept_, key, change = std::move(change)] {
     bool isDone = false;
-    callHost([&] { isDone = change(*self->storage_).has_value(); });
-    if (!isDone) self->suspects_.insert(key);
+    callHost([&] { isDone = change(*kept->storage).has_value(); });
+    if (!isDone) kept->suspects.insert(key);
   });
 }
 

@@ -1,11 +1,9 @@
 #include "adapters/qt/QtText.h"
 
-#include <QFontDatabase>
 #include <algorithm>
 #include <cmath>
 
-#include "TalvoConsentSDK/view/Look.h"
-
+#include "adapters/qt/ScriptFonts.h"
 #include "adapters/qt/WrappedText.h"
 
 namespace TalvoConsentSDK {
@@ -29,19 +27,6 @@ QFont::Weight toQtWeight(FontWeight weight) {
   return QFont::Normal;
 }
 
-// The banner's own families, then the system's. Leaves out families that are not installed.
-const QStringList& families() {
-  static const QStringList list = [] {
-    const QStringList installed = QFontDatabase::families();
-    QStringList found;
-    for (const std::string_view family : look::fontFamilies) {
-      if (const QString wanted = toQString(family); installed.contains(wanted)) found << wanted;
-    }
-    return found << QFontDatabase::systemFont(QFontDatabase::GeneralFont).families();
-  }();
-  return list;
-}
-
 }  // namespace
 
 QString toQString(std::string_view utf8) {
@@ -49,7 +34,7 @@ QString toQString(std::string_view utf8) {
 }
 
 QFont toQFont(const Font& font, const TextSettings& settings) {
-  QFont result(families());
+  QFont result(generalFamilies());
   result.setPixelSize(std::max(1, static_cast<int>(std::lround(font.size() * settings.scale))));
   result.setWeight(toQtWeight(font.weight));
   result.setHintingPreference(QFont::PreferNoHinting);

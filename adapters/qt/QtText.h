@@ -17,8 +17,8 @@ struct TextSettings {
 
 TALVO_EXPORT QString toQString(std::string_view utf8);
 
-/// Returns a font with these families, in order of preference: Inter, Noto Sans Arabic, Noto Sans Hebrew, the
-/// system's own. Families that are not installed are left out.
+/// Returns a font with these families, in order of preference: Inter, Noto Sans Arabic, Noto Sans Hebrew,
+/// Noto Color Emoji, the system's own. Families that are not installed are left out.
 TALVO_EXPORT QFont toQFont(const platform::Font& font, const TextSettings& settings);
 
 class QtTextMeasurer : public platform::TextMeasurer {

@@ -12,6 +12,8 @@
 #include "TalvoConsentSDK/view/Look.h"
 #include "TalvoConsentSDK/view/TextDirection.h"
 
+#include "adapters/qt/ScriptFonts.h"
+
 namespace TalvoConsentSDK {
 
 using namespace platform;
@@ -31,6 +33,16 @@ constexpr int unsettledLines = 2;  // the last lines of a layout, which may wrap
 constexpr qsizetype maxWordLength = 1000;
 constexpr double longestLine = 10'000;
 
+// Qt makes a line wider by what its last letter extends beyond its width. For a letter with a combining mark
+// it takes the glyph that is drawn first, which in scripts of India is a vowel sign that extends over the
+// letter: the line would be several points too wide. An invisible character at the end avoids that. The fonts
+// of these scripts contain it.
+QString withInvisibleEnd(QString text) {
+  constexpr QChar zeroWidthSpace(0x200B);
+  const bool endsInMark = !text.isEmpty() && text.back().isMark();
+  return endsInMark && !scriptFormats(text.back()).isEmpty() ? text + zeroWidthSpace : text;
+}
+
 bool continuesCharacter(QChar c) {
   return c.isLowSurrogate() || c.isMark();
 }
@@ -45,13 +57,12 @@ QTextOption textOption(LayoutDirection direction, Qt::Alignment alignment) {
 }  // namespace
 
 double widestUnbreakableRun(const QString& text, const QFont& font) {
-  const QFontMetricsF metrics(font);
   QTextBoundaryFinder finder(QTextBoundaryFinder::Line, text);
   double widest = 0;
   qsizetype begin = 0;
   for (qsizetype end = finder.toNextBoundary(); end >= 0; end = finder.toNextBoundary()) {
-    widest = std::max(
-        widest, metrics.horizontalAdvance(text.mid(begin, std::min(end - begin, maxWordLength)).trimmed()));
+    const QString word = text.mid(begin, std::min(end - begin, maxWordLength)).trimmed();
+    widest = std::max(widest, QFontMetricsF(fontFor(word, font)).horizontalAdvance(word));
     begin = end;
   }
   return std::ceil(widest);
@@ -80,7 +91,7 @@ class WrappedText::Cache {
 
 WrappedText::WrappedText(std::string_view text, const Font& font, const TextSettings& settings, double width,
                          Qt::Alignment alignment)
-    : content_(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator)) {
+    : content_(withInvisibleEnd(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator))) {
   const LayoutDirection direction = dominantDirection(text);
   layout_.setTextOption(textOption(direction, alignment));
   layout_.setCacheEnabled(true);
@@ -172,7 +183,10 @@ int WrappedText::layOut(const Lines& lines, const Piece& piece) const {
   if (isSameText && isSameFont && laidOutWidth_ == lines.width && laidOut_.begin == piece.begin) {
     return laidOutFirstLine_;
   }
-  if (!isSameText) layout_.setText(content_.mid(piece.layoutBegin, piece.layoutEnd - piece.layoutBegin));
+  if (!isSameText) {
+    layout_.setText(content_.mid(piece.layoutBegin, piece.layoutEnd - piece.layoutBegin));
+    layout_.setFormats(scriptFormats(layout_.text()));
+  }
   if (!isSameFont) layout_.setFont(lines.font);
   int firstLine = -1;
   layout_.beginLayout();

@@ -14,6 +14,7 @@
 #include "adapters/qt/QtMainActor.h"
 #include "adapters/qt/QtPlatform.h"
 #include "adapters/qt/ViewWindow.h"
+#include "adapters/texts/TranslatedTexts.h"
 
 #include "apps/host/Activity.h"
 #include "apps/host/EventLoop.h"
@@ -166,6 +167,7 @@ int main(int argc, char* argv[]) {
   Activity activity;
   activity.watch(platform);
   addQtWindows(platform, qt);
+  platform.localization = std::make_shared<TranslatedTexts>();
   if (options.script) platform.printer = std::make_shared<ObjectPrinter>();
   Platform::install(platform);
   Timing::watchBanners();

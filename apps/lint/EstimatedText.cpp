@@ -23,17 +23,99 @@ constexpr std::uint16_t asciiWidths[] = {
 
 constexpr char32_t softHyphen = 0xAD;
 constexpr char32_t zeroWidthSpace = 0x200B;
+constexpr char32_t zeroWidthJoiner = 0x200D;
 constexpr char32_t firstIdeograph = 0x2E80;  // from here on, lines break between any two characters
 
-double width(char32_t c) {
+// Widths in ems: averages over texts in the Noto Sans fonts, or estimates from the widths of all letters.
+struct Block {
+  char32_t first;
+  char32_t last;
+  double letter;
+  double mark = 0;      // a mark that takes up space
+  char32_t joiner = 0;  // joins the letter that follows it to the letter before
+  double joined = 0;    // a letter that is joined
+  bool hasBlanksBetweenWords = true;
+};
+
+constexpr Block blocks[] = {
+    {0x0000, 0x036F, 0.65},                           // Latin
+    {0x0590, 0x05FF, 0.72},                           // Hebrew
+    {0x0600, 0x08FF, 0.5},                            // Arabic, whose letters are joined
+    {0x0900, 0x097F, 0.63, 0.26, 0x094D, 0.35},       // Devanagari
+    {0x0980, 0x09FF, 0.68, 0.33, 0x09CD, 0.3},        // Bengali
+    {0x0A00, 0x0A7F, 0.67, 0.3, 0x0A4D, 0},           // Gurmukhi
+    {0x0A80, 0x0AFF, 0.72, 0.26, 0x0ACD, 0.35},       // Gujarati
+    {0x0B80, 0x0BFF, 0.9, 0.45},                      // Tamil
+    {0x0C00, 0x0C7F, 0.75, 0.4, 0x0C4D, 0.2},         // Telugu
+    {0x0C80, 0x0CFF, 0.78, 0.4, 0x0CCD, 0.2},         // Kannada
+    {0x0D00, 0x0D7F, 0.9, 0.6, 0x0D4D, 0.3},          // Malayalam
+    {0x0D80, 0x0DFF, 0.85, 0.55},                     // Sinhala
+    {0x0E00, 0x0EFF, 0.56, 0, 0, 0, false},           // Thai and Lao
+    {0x1000, 0x109F, 0.8, 0.35, 0x1039, 0, false},    // Burmese
+    {0x1780, 0x17FF, 0.65, 0.3, 0x17D2, 0, false},    // Khmer
+    {0x1E00, 0x1EFF, 0.65},                           // Latin
+    {0x2000, 0x206F, 0.4},                            // punctuation
+    {firstIdeograph, 0x1EFFF, 1},                     // Chinese, Japanese and Korean
+    {0x1F000, 0x1FAFF, 1.25, 0, zeroWidthJoiner, 0},  // emoji
+    {0x20000, 0x10FFFF, 1},
+};
+constexpr Block otherScripts{0, 0x10FFFF, 0.8};
+
+const Block& blockOf(char32_t c) {
+  const auto* const block = std::ranges::find_if(blocks, [&](const Block& each) { return c <= each.last; });
+  return block != std::end(blocks) && c >= block->first ? *block : otherScripts;
+}
+
+struct Marks {
+  char32_t first;
+  char32_t last;
+  bool isSpacing;
+};
+
+constexpr Marks allMarks[] = {
+#include "apps/lint/Marks.inc"
+};
+
+const Marks* marksWith(char32_t c) {
+  const auto* const found = std::ranges::lower_bound(allMarks, c, {}, &Marks::last);
+  return found != std::end(allMarks) && c >= found->first ? found : nullptr;
+}
+
+bool isInvisible(char32_t c) {
+  constexpr char32_t wordJoiner = 0x2060;
+  return c < ' ' || c == softHyphen || (c >= zeroWidthSpace && c <= 0x200F) || c == wordJoiner;
+}
+
+// The colour of the skin of the emoji before it.
+bool isEmojiModifier(char32_t c) {
+  return c >= 0x1F3FB && c <= 0x1F3FF;
+}
+
+double width(char32_t c, char32_t before) {
   if (c >= ' ' && c <= '~') return asciiWidths[c - ' '] / 1000.0;
-  if (c < ' ' || c == softHyphen || c == zeroWidthSpace) return 0;
-  if (c >= 0x300 && c < 0x370) return 0;                      // combining marks
-  if (c < 0x370 || (c >= 0x1E00 && c < 0x1F00)) return 0.65;  // Latin
-  if (c >= 0x590 && c < 0x600) return 0.72;                   // Hebrew
-  if (c >= 0x600 && c < 0x900) return 0.5;                    // Arabic, whose letters are joined
-  if (c >= 0x2000 && c < 0x2070) return 0.4;                  // punctuation
-  return c < firstIdeograph ? 0.8 : 1;
+  if (isInvisible(c) || isEmojiModifier(c)) return 0;
+  const Block& block = blockOf(c);
+  if (const Marks* marks = marksWith(c)) return marks->isSpacing ? block.mark : 0;
+  return block.joiner != 0 && before == block.joiner ? block.joined : block.letter;
+}
+
+// Thai and Lao write some vowels as letters before or after the consonant that they belong to.
+bool isLeadingVowel(char32_t c) {
+  return (c >= 0x0E40 && c <= 0x0E44) || (c >= 0x0EC0 && c <= 0x0EC4);
+}
+bool isTrailingVowel(char32_t c) {
+  return c == 0x0E2F || c == 0x0E30 || c == 0x0E32 || c == 0x0E33 || c == 0x0E45 || c == 0x0E46 ||
+         c == 0x0EAF || c == 0x0EB0 || c == 0x0EB2 || c == 0x0EB3 || c == 0x0EC6;
+}
+
+// Whether a line may break between two characters that have no blank between them. In scripts without blanks
+// between words, dictionaries tell where words end; here any syllable may end a word.
+bool mayBreak(char32_t before, char32_t c) {
+  const Block& block = blockOf(c);
+  if (marksWith(c) || isInvisible(c) || isEmojiModifier(c)) return false;
+  if (block.joiner != 0 && before == block.joiner) return false;
+  if (c >= firstIdeograph) return true;
+  return !block.hasBlanksBetweenWords && !isLeadingVowel(before) && !isTrailingVowel(c);
 }
 
 double weightFactor(FontWeight weight) {
@@ -64,14 +146,14 @@ struct Word {
 
 std::vector<Word> wordsOf(std::string_view text, double em) {
   std::vector<Word> words(1);
+  char32_t before = 0;
   for (std::size_t position = 0; position < text.size();) {
     const char32_t c = nextCharacter(text, position);
     const bool isSpace = c == ' ' || c == '\n';
     const bool startsWord = isSpace ? false : words.back().space > 0 || words.back().endsLine;
-    if (startsWord || (c >= firstIdeograph && words.back().width > 0)) {
-      words.emplace_back();
-    }
-    (isSpace ? words.back().space : words.back().width) += width(c) * em;
+    if (startsWord || (words.back().width > 0 && mayBreak(before, c))) words.emplace_back();
+    (isSpace ? words.back().space : words.back().width) += width(c, before) * em;
+    before = c;
     if (c == '\n') words.back().endsLine = true;
     if (endsWord(c)) words.emplace_back();
   }

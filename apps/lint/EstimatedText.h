@@ -9,8 +9,9 @@
 namespace TalvoConsentSDK {
 
 /// Takes the width of an ASCII character from the font Inter. Takes any other character to be as wide as the
-/// wide characters of its script are on average. Lines break at spaces and line feeds, after hyphens, dashes
-/// and slashes, at soft hyphens and zero-width spaces, and between ideographs.
+/// characters of its script are on average; most combining marks take up no space. Lines break at spaces and
+/// line feeds, after hyphens, dashes and slashes, at soft hyphens and zero-width spaces, and between
+/// ideographs. Thai, Lao, Burmese and Khmer, which have no blanks between words, break between syllables.
 class EstimatedText : public platform::TextMeasurer {
  public:
   explicit EstimatedText(double scale) : scale_(scale) {}

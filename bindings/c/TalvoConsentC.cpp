@@ -14,6 +14,7 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/posix/PosixPlatform.h"
+#include "adapters/texts/TranslatedTexts.h"
 
 #include "bindings/ConsentText.h"
 #include "bindings/c/Boundary.h"
@@ -88,6 +89,23 @@ talvo_subscription* handed(Subscription subscription) {
   return reinterpret_cast<talvo_subscription*>(new Subscription(std::move(subscription)));
 }
 
+// The texts that a host in C replaces.
+class OwnTexts : public platform::Localization {
+ public:
+  OwnTexts(talvo_text_callback lookUp, std::shared_ptr<void> userData)
+      : lookUp_(lookUp), userData_(std::move(userData)) {}
+
+  std::string text(std::string_view key) override {
+    const std::string copy(key);
+    const char* const own = lookUp_ ? lookUp_(copy.c_str(), userData_.get()) : nullptr;
+    return own ? own : copy;
+  }
+
+ private:
+  const talvo_text_callback lookUp_;
+  const std::shared_ptr<void> userData_;
+};
+
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
 // The structure as version 1.0.0 has it, which is the least that a host gives.
@@ -129,6 +147,16 @@ talvo_status talvo_set_cache_size(size_t bytes) {
     const std::scoped_lock guard(loop.lock);
     if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
     loop.maxCacheBytes = bytes;
+  });
+}
+
+talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data, talvo_callback release) {
+  return guarded([&] {
+    if (!Platform::isInstalled()) throw Error(InvalidArgument("no platform is installed"));
+    Platform platform = Platform::current();
+    platform.localization =
+        std::make_shared<TranslatedTexts>(std::make_shared<OwnTexts>(own, owned(user_data, release)));
+    Platform::install(std::move(platform));
   });
 }
 

@@ -100,7 +100,22 @@ TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, voi
  */
 TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
 
-/* Runs the jobs that wait for the main thread, among them the banner's callbacks. Returns how many it ran. */
+/* Returns the host's text for a key, or null. The text must stay valid until the next call. */
+typedef const char* (*talvo_text_callback)(const char* key, void* user_data);
+
+/*
+ * Translates the banner's own texts, such as "Back", into the banner's language; otherwise they are in
+ * English. Call it once a platform is installed. `own`, which may be null, is called on the main thread and
+ * may replace each text. The guide lists the keys.
+ */
+TALVO_API talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data,
+                                             talvo_callback release);
+
+/*
+ * Runs the jobs that wait for the main thread, among them the callbacks of gates and of the banner. Returns
+ * how many it ran. What these jobs post waits for the next call: before a program prints its state or ends,
+ * it calls this until it returns 0.
+ */
 TALVO_API size_t talvo_drain(void);
 
 /* Waits at most this long for something to drain. Returns 1 if there is something, otherwise 0. */
@@ -143,7 +158,7 @@ TALVO_API talvo_subscription* talvo_cookies_observe_consent(talvo_cookies* clien
                                                             talvo_consent_callback callback, void* user_data,
                                                             talvo_callback release);
 
-/* Sets `json` to the consent stored now, or to null if there is none. */
+/* Sets `json` to the consent stored now, or to null if there is none or the store cannot be read. */
 TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json);
 
 /*

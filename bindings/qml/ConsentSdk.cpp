@@ -15,6 +15,7 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
 #include "adapters/qt/QtPlatform.h"
+#include "adapters/texts/TranslatedTexts.h"
 
 #include "bindings/ConsentText.h"
 #include "bindings/qml/QmlConsentGate.h"
@@ -41,6 +42,20 @@ std::function<void(std::function<void(Object&)>)> onGuiThread(Object* object) {
   };
 }
 
+// The texts that the QML file replaces.
+class OwnTexts : public platform::Localization {
+ public:
+  explicit OwnTexts(QVariantMap texts) : texts_(std::move(texts)) {}
+
+  std::string text(std::string_view key) override {
+    const QString name = QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+    return texts_.value(name, name).toString().toStdString();
+  }
+
+ private:
+  const QVariantMap texts_;
+};
+
 }  // namespace
 
 void registerQmlTypes() {
@@ -60,7 +75,10 @@ void ConsentSdk::componentComplete() try {
     options.reducesMotion = reducesMotion_;
     options.maxCacheBytes = static_cast<std::size_t>(std::max(0, maxCacheBytes_));
     if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
-    Platform::install(makeQtPlatform(storeFile(store_).toStdString(), options));
+    Platform platform = makeQtPlatform(storeFile(store_).toStdString(), options);
+    platform.localization = std::make_shared<OwnTexts>(ownTexts_);
+    if (translatesTexts_) platform.localization = std::make_shared<TranslatedTexts>(platform.localization);
+    Platform::install(std::move(platform));
   }
   sdk_ = CookiesSDK::createInstance(apiUrl_.toStdString(), siteId_.toStdString());
   if (!sdk_)

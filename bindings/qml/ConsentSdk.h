@@ -24,8 +24,8 @@ TALVO_EXPORT void registerQmlTypes();
 /// The site's consent: `ConsentSdk { apiUrl: "https://consent.example.com"; siteId: "my-site" }`. Its
 /// properties are read once, when the component is complete; only `language` can change later. If the host
 /// has installed a platform, that platform is used, and `store`, `maxCacheBytes` and the settings of the
-/// banner are ignored. If no language is set, the process's client keeps the one it has. Use it on the GUI
-/// thread, where every signal is emitted.
+/// banner, its texts included, are ignored. If no language is set, the process's client keeps the one it has.
+/// Use it on the GUI thread, where every signal is emitted.
 class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_OBJECT
   Q_INTERFACES(QQmlParserStatus)
@@ -34,8 +34,10 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QString store MEMBER store_)  // the file for consents; empty: a file in the app's data folder
   Q_PROPERTY(double textScale MEMBER textScale_)  // the factor by which text is larger than usual
   Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
-  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)  // a bool; undefined: what the system asks for
-  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)     // of the HTTP cache beside the store; 0: no cache
+  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)    // a bool; undefined: what the system asks for
+  Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)       // of the HTTP cache beside the store; 0: no cache
+  Q_PROPERTY(bool translatesTexts MEMBER translatesTexts_)  // the banner's own texts are in its language
+  Q_PROPERTY(QVariantMap ownTexts MEMBER ownTexts_)         // by key, instead of the library's
   Q_PROPERTY(QString language READ language WRITE setLanguage NOTIFY languageChanged)
 
   /// The consent stored now, such as {preferences: true, marketing: ["vendor"]}; null if there is none. Read
@@ -104,6 +106,8 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   bool reducesMotion_ = false;
   QVariant highContrast_;
   int maxCacheBytes_ = 10'000'000;
+  bool translatesTexts_ = false;
+  QVariantMap ownTexts_;
   QString language_ = QStringLiteral("en");
   bool hasLanguage_ = false;  // whether it has been set
   std::shared_ptr<CookiesSDK> sdk_;

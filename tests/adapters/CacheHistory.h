@@ -62,7 +62,7 @@ class CacheHistory {
       : open_(std::move(open)), random_(seed), isFlaky_(seed % 4 == 0), flakySeed_(seed) {
     restart();
   }
-  ~CacheHistory() { executor_->runAll(); }  // its jobs keep the session's cache, which keeps the executor
+  ~CacheHistory() { executor_->runAll(); }  // a request that is still to be looked up keeps its executor
 
   void play(int steps) {
     for (int step = 0; step < steps; ++step) {

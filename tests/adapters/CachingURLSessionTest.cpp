@@ -199,7 +199,6 @@ TEST_F(CachingURLSessionTest, ReportsNo304OfItsOwnConditionsToACancelledRequest)
     reply.body = status == 200 ? std::optional<std::string>("one") : std::nullopt;
     held->completion(reply);
   }
-  executor->runAll();
   EXPECT_EQ(outcomes.wait(2).at(1).first.value().body, "one");
 }
 

@@ -80,6 +80,15 @@ TEST(LintCommand, SaysOneThingAboutATypicalMistake) {
   }
 }
 
+TEST(LintCommand, EstimatesTheWidthsOfEveryScript) {
+  for (const auto& [title, finding] : tableOf<2>("lint/scripts.txt")) {
+    const std::string printed =
+        ChangedSite("minimal/customization.en.json", "May we count your visits?", title).findings();
+    EXPECT_EQ(printed.empty(), finding.empty()) << printed;
+    EXPECT_THAT(printed, HasSubstr(finding));
+  }
+}
+
 TEST(LintCommand, FindsTheSitesInAFolder) {
   const fs::path sites = fs::path(::testing::TempDir()) / ("talvo-sites-" + std::to_string(getpid()));
   fs::create_directories(sites / "pictures");

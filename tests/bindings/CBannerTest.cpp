@@ -73,5 +73,31 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   }
 }
 
+TEST_F(ClientTest, TranslatesTheBannersTextsInC) {
+  BannerCustomization document;
+  document.customization = customization("closeButton", "closeButton");
+  answer("GET", "banner-customization/s?lng=de", 200, written(document));
+  answer("GET", "cookies/s?lng=de", 200, "{}");
+  created();
+  talvo_cookies* const sdk = talvo_cookies_create("", "");
+  ASSERT_EQ(talvo_cookies_set_language(sdk, "de"), TALVO_OK);
+  talvo_banner_callbacks banner{};
+  banner.size = sizeof banner;
+  const auto own = [](const char* key, void*) { return key == "Close"s ? "Weg damit" : nullptr; };
+  int releases = 0;
+  const struct {
+    talvo_text_callback own;
+    std::string name;
+  } hosts[] = {{own, "Weg damit"}, {nullptr, "Schließen"}};
+  for (const auto& host : hosts) {
+    ASSERT_EQ(talvo_translate_texts(host.own, &releases, [](void* count) { ++*static_cast<int*>(count); }),
+              TALVO_OK);
+    ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
+    platform.settle();
+    EXPECT_NO_THROW(find(*platform.scene->windows().back()->controller, "button " + host.name));
+  }
+  EXPECT_EQ(releases, 1) << "of the table that was replaced";
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

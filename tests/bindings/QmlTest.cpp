@@ -1,5 +1,8 @@
 // The QML type in a host that has its own platform and client.
 
+#include <QCoreApplication>
+#include <future>
+
 #include "bindings/qml/ConsentSdk.h"
 #include "bindings/qml/QmlConsentGate.h"
 #include "tests/core/ClientTest.h"
@@ -100,6 +103,29 @@ TEST_F(QmlTest, LimitsHowLongABannerMayTake) {
   sdk.showBanner(1500);
   platform.settle();
   EXPECT_EQ(platform.session->requests().back().totalTimeout, std::chrono::milliseconds(1500));
+}
+
+TEST(QmlTextsTest, TranslatesTheBannersTexts) {
+  const std::string store = ::testing::TempDir() + "qml-texts.sqlite";
+  ConsentSdk sdk;
+  sdk.setProperty("apiUrl", "not a URL");  // so that no request is sent
+  sdk.setProperty("store", QString::fromStdString(store));
+  sdk.setProperty("translatesTexts", true);
+  sdk.setProperty("ownTexts", QVariantMap{{"Close", "Weg damit"}});
+  sdk.componentComplete();
+  const auto texts = Platform::current().localization;
+  texts->setLanguage("de");
+  EXPECT_EQ(texts->text("Close"), "Weg damit");
+  EXPECT_EQ(texts->text("Back"), "Zurück");
+
+  // Ends the client's creation, which runs on both threads in turn: jobs dropped at exit would count as
+  // leaks.
+  for (int turn = 0; turn < 3; ++turn) {
+    QCoreApplication::processEvents();
+    std::promise<void> isIdle;
+    Platform::current().background->post([&] { isIdle.set_value(); });
+    isIdle.get_future().wait();
+  }
 }
 
 // This happens if a host's store or printer runs an event loop that loads the QML.

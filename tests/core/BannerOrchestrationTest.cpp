@@ -7,8 +7,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-
 namespace {
 
 // Keeps requests until the test reports their outcomes.

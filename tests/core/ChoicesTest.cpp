@@ -21,9 +21,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 // The stored values. A consent is written as its vendor, "-" for none and "all" for an implicit one.

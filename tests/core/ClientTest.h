@@ -10,9 +10,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 class ClientTest : public ::testing::Test {
  protected:
   ClientTest() { platform.install(); }

@@ -1,13 +1,11 @@
-// The gate: what it allows, when it calls the host, and what it does while the store fails or is in use. That
-// it follows every change of the stored consent is checked by PrecedenceTest and ChoicesTest.
+// When a gate calls the host, and that it answers while the store is in use. What it allows, and that it
+// follows every change of the stored consent, is checked by PrecedenceTest and ChoicesTest.
 
 #include <future>
 
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
 
 namespace {
 
@@ -28,43 +26,16 @@ class ConsentGateTest : public ClientTest {
   Subscription watched() {
     return client->gate().on(statistics, [this] { note("start"); }, [this] { note("stop"); });
   }
-  std::string consent() const {
-    const auto stored = client->getConsent();
-    return stored ? written(*stored) : "none";
-  }
   Texts taken() { return std::exchange(trace, {}); }
 
   std::shared_ptr<CookiesSDK> client;
 };
 
-TEST_F(ConsentGateTest, AllowsWhatTheStoredConsentAccepts) {
-  const struct {
-    std::string consent;
-    bool preferences, statistics, marketing, vendorA;  // vendorA: of marketing
-  } cases[] = {
-      {"{}", false, false, false, false},
-      {R"({"preferences":true,"statistics":false,"marketing":true})", true, false, true, true},
-      {R"({"marketing":["A","B"]})", false, false, false, true},
-      {R"({"marketing":["B"],"optedIn":true})", false, false, false, false},
-      {R"({"preferences":true,"statistics":true,"marketing":true,"optedIn":false})", false, false, false,
-       false},
-      {R"({"preferences":true,"marketing":["A"],"optedIn":false})", false, false, false, false},
-  };
+TEST_F(ConsentGateTest, RefusesCategoriesWithoutAGate) {
   begin("none");
-  const ConsentGate gate = client->gate();
-  EXPECT_FALSE(gate.isAllowed(statistics)) << "no consent";
-  for (const auto& [consent, ofPreferences, ofStatistics, ofMarketing, ofVendor] : cases) {
-    submit(consent);
-    EXPECT_TRUE(gate.isAllowed(necessary)) << consent;
-    EXPECT_TRUE(gate.isAllowed(necessary, "A")) << consent;
-    EXPECT_EQ(gate.isAllowed(preferences), ofPreferences) << consent;
-    EXPECT_EQ(gate.isAllowed(statistics), ofStatistics) << consent;
-    EXPECT_EQ(gate.isAllowed(marketing), ofMarketing) << consent;
-    EXPECT_EQ(gate.isAllowed(marketing, "A"), ofVendor) << consent;
-  }
   for (const ConsentCategory category : {unclassified, doNotSell}) {
-    EXPECT_THROW((void)gate.isAllowed(category), Error);
-    EXPECT_THROW((void)gate.on(category, nullptr, nullptr), Error);
+    EXPECT_THROW((void)client->gate().isAllowed(category), Error);
+    EXPECT_THROW((void)client->gate().on(category, nullptr, nullptr), Error);
   }
 }
 
@@ -121,133 +92,6 @@ TEST_F(ConsentGateTest, LetsClosuresDoAnything) {
   EXPECT_EQ(stored("basicConsent"), "none");
 }
 
-TEST_F(ConsentGateTest, ReportsEachChangeOfTheConsent) {
-  begin("none");
-  const Subscription observation = client->observeConsent(
-      [this](const std::optional<BasicConsent>& now) { note(now ? written(*now) : "none"); });
-  platform.settle();
-  EXPECT_THAT(taken(), IsEmpty()) << "no change yet";
-  const struct {
-    std::string change;
-    std::function<void()> make;
-    Texts reported;
-  } changes[] = {
-      {"a decision", [&] { submit(R"({"marketing":["A"]})"); }, {R"({"marketing":["A"]} on main)"}},
-      {"the same again", [&] { submit(R"({"marketing":["A"]})"); }, {}},
-      {"another process, unread", [&] { store("basicConsent", "{}"); }, {}},
-      {"another process, read", [&] { EXPECT_EQ(consent(), "{}"); }, {"{} on main"}},
-      {"damage",
-       [&] {
-         store("basicConsent", "damaged");
-         EXPECT_EQ(consent(), "none");
-       },
-       {"none on main"}},
-      {"a decision after it", [&] { submit(R"({"marketing":true})"); }, {R"({"marketing":true} on main)"}},
-      {"an erasure", [&] { EXPECT_TRUE(client->eraseConsent()); }, {"none on main"}},
-      {"another erasure", [&] { EXPECT_TRUE(client->eraseConsent()); }, {}},
-  };
-  for (const auto& [change, make, reported] : changes) {
-    make();
-    platform.settle();
-    EXPECT_EQ(taken(), reported) << change;
-  }
-}
-
-// ChoicesTest draws failures in any order; this shows the rule.
-TEST_F(ConsentGateTest, StaysAsItIsWhileTheStoreFailsAndClosesAtALogout) {
-  begin(R"({"statistics":true})");
-  const ConsentGate gate = client->gate();
-  platform.userDefaults->failsToRead = true;
-  EXPECT_EQ(consent(), "none");
-  EXPECT_TRUE(gate.isAllowed(statistics));
-  client->removeIdentity();
-  EXPECT_FALSE(gate.isAllowed(statistics));
-  platform.userDefaults->failsToRead = false;
-  EXPECT_EQ(consent(), R"({"statistics":true})");
-  EXPECT_TRUE(gate.isAllowed(statistics)) << "the consent was given while nobody was identified";
-  platform.userDefaults->failsToWrite = true;
-  EXPECT_FALSE(client->eraseConsent());
-  EXPECT_FALSE(gate.isAllowed(statistics));
-  EXPECT_NE(stored("basicConsent"), "none");
-  platform.userDefaults->failsToWrite = false;
-  EXPECT_EQ(consent(), "none");
-  EXPECT_EQ(stored("basicConsent"), "none") << "erased by the next operation";
-}
-
-TEST_F(ConsentGateTest, FollowsAStoreThatCannotSynchronize) {
-  begin(R"({"statistics":true})");
-  const Subscription subscription = watched();
-  platform.settle();
-  platform.userDefaults->failsToSynchronize = true;
-  submit("{}");
-  submit(R"({"id":"n","statistics":true})");
-  EXPECT_THAT(taken(), ElementsAre("start on main", "stop on main", "start on main"));
-
-  answer("GET", "cookie-consent/s/identified/u", 200, "null");
-  client->identify("u");
-  client->removeIdentity();
-  platform.settle();
-  EXPECT_EQ(consent(), R"({"statistics":true,"id":"n"})") << "the logout is made once";
-  EXPECT_FALSE(client->eraseConsent());
-  submit("{}");
-  EXPECT_EQ(consent(), "{}") << "the erasure is made once";
-  const int synchronizations = platform.store->synchronizations();
-  platform.userDefaults->failsToSynchronize = false;
-  consent(), consent();
-  EXPECT_EQ(platform.store->synchronizations(), synchronizations + 1);
-  EXPECT_TRUE(client->eraseConsent());
-}
-
-// A login, a logout or an erasure that arrives while a consent is being stored gets no turn of its own.
-TEST_F(ConsentGateTest, FollowsWhatArrivesDuringAWrite) {
-  begin(R"({"statistics":true})");
-  answer("GET", "cookie-consent/s/identified/u", 200, "null");
-  answer("GET", "cookie-consent/s/identified/known", 200, R"({"id":"k","categories":{"statistics":true}})");
-  const ConsentGate gate = client->gate();
-  const auto duringTheNextWrite = [&](const std::function<void()>& act) {
-    platform.userDefaults->before = [this, act, reads = 3](std::string_view) mutable {
-      if (reads-- > 0) return;
-      const auto now = act;
-      platform.userDefaults->before = [](auto) {};  // destroys this closure
-      now();
-    };
-  };
-  duringTheNextWrite([&] { client->identify("u"); });
-  submit(R"({"statistics":false})");
-  EXPECT_FALSE(gate.isAllowed(statistics)) << "the refusal was stored";
-  EXPECT_EQ(stored("userId"), "u");
-
-  client->identify("known");
-  duringTheNextWrite([&] { EXPECT_FALSE(client->eraseConsent()); });
-  platform.settle();
-  EXPECT_FALSE(gate.isAllowed(statistics));
-  EXPECT_EQ(stored("basicConsent") + stored("originalConsent") + stored("userId"), "nonenonenone");
-  EXPECT_THAT(platform.printer->take(), ElementsAre(HasSubstr("Failed to remove consent")));
-}
-
-TEST_F(ConsentGateTest, ReportsAnUnwritableConsentOnce) {
-  begin(R"({"statistics":true,"id":"c"})");
-  answer("GET", "cookie-consent/s/identified/u?consentId=c", 500, "down");
-  answer("GET", "cookie-consent/s/identified/u", 500, "down");
-  const Subscription observation = client->observeConsent([this](const auto&) {
-    note("changed");
-    consent();
-  });
-  platform.userDefaults->failsToWrite = true;
-  client->identify("u");
-  platform.settle();
-  EXPECT_THAT(taken(), ElementsAre("changed on main")) << "the identifier of the record is the person's own";
-}
-
-TEST_F(ConsentGateTest, GivesNoImplicitConsentAfterAnErasure) {
-  answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
-  client = create(R"({"implicitConsent":true})");
-  EXPECT_TRUE(client->eraseConsent());
-  platform.settle();
-  EXPECT_EQ(consent(), "none");
-  EXPECT_THAT(newRequests(), ElementsAre(HasSubstr("configurations")));
-}
-
 TEST_F(ConsentGateTest, CallsNothingInsideACallNorAfterItsEnd) {
   begin(R"({"statistics":true})");
   Subscription waiting, ended;
@@ -284,7 +128,7 @@ TEST_F(ConsentGateTest, AnswersWhileTheStoreIsBlocked) {
     released.get_future().wait();
     platform.userDefaults->before = [](auto) {};
   };
-  auto reading = std::async(std::launch::async, [&] { return consent(); });
+  auto reading = std::async(std::launch::async, [&] { return client->getConsent(); });
   blocked.get_future().wait();
   EXPECT_TRUE(gate.isAllowed(statistics));
   EXPECT_FALSE(gate.isAllowed(marketing, "A"));
@@ -292,7 +136,7 @@ TEST_F(ConsentGateTest, AnswersWhileTheStoreIsBlocked) {
   platform.mainActor->runAll();
   EXPECT_THAT(taken(), ElementsAre("start on main"));
   released.set_value();
-  EXPECT_EQ(reading.get(), R"({"statistics":true})");
+  EXPECT_EQ(written(reading.get().value()), R"({"statistics":true})");
 }
 
 }  // namespace

@@ -4,8 +4,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-
 namespace {
 
 const std::string configurations = "GET cookies/s/configurations";

@@ -10,8 +10,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 const std::string document = [] {
@@ -36,6 +34,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
       answer("GET", path + "broken" + query, 500, "down");
     }
     platform.userDefaults->before = [this](std::string_view key) {
+      if (untilInside > 0 && --untilInside == 0) take(inside);
       const auto fails = [&](const std::string& which) {
         return which == "all" || key == prefix + which + ".s";
       };
@@ -68,7 +67,16 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "await")
       spawn<void>(platform.mainActor, awaited(client->submitConsent(parsed<BasicConsent>(object))),
                   [this](const auto& end) { note(end ? "sent" : failure(end)); });
-    if (verb == "consent") note(written(client->getConsent().value()));
+    if (verb == "consent") note(textOf(client->getConsent()));
+    if (verb == "observe")
+      gates.push_back(client->observeConsent([this](const std::optional<BasicConsent>& now) {
+        note(textOf(now));
+        client->getConsent();  // may notice the next change
+      }));
+    if (verb == "gates") {
+      const std::string open = joined(Texts(checkedGates().begin(), running.end()), ", ");
+      note("runs " + (open.empty() ? "nothing" : open));
+    }
     if (verb == "show" || (verb == "tap" && platform.scene->windows().empty())) {
       client->showBanner([this] { note("accepted"); }, [this] { note("rejected"); },
                          [this] { note("saved"); }, [this](const Error& error) { note(error.what()); });
@@ -88,6 +96,12 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "unreadable") unreadable = object;
     if (verb == "unread") failingRead = std::stoi(object);
     if (verb == "unwritable") unwritable = object;
+    if (verb == "durable") platform.userDefaults->failsToSynchronize = object == "no";
+    if (verb == "synchronizations") note(std::to_string(platform.store->synchronizations()));
+    if (verb == "inside") {
+      untilInside = std::stoi(words(step).at(1));
+      inside = step.substr(step.find(':') + 2);
+    }
     if (verb == "stored") store("basicConsent", object);
     if (verb == "gone") platform.store->remove(prefix + object + ".s").value();
     if (verb == "until")  // runs jobs until a request with this method has been sent
@@ -98,12 +112,28 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
     if (verb == "settle") platform.settle();
   }
 
+  static std::string textOf(const std::optional<BasicConsent>& consent) {
+    return consent ? written(*consent) : "none";
+  }
+
   // Registers a gate that keeps `name` in `running` while it is open.
   Subscription watched(const std::string& name, ConsentCategory category, const std::string& vendor) {
     const auto start = [this, name] { EXPECT_TRUE(running.insert(name).second) << name << " started twice"; };
     const auto stop = [this, name] { EXPECT_EQ(running.erase(name), 1U) << name << " stopped twice"; };
     return vendor.empty() ? client->gate().on(category, start, stop)
                           : client->gate().on(category, vendor, start, stop);
+  }
+
+  // The names of the gates that are open, which must be those that the client reports as allowed.
+  const std::set<std::string>& checkedGates() {
+    platform.mainActor->runAll();
+    for (const auto& [name, category, vendor] : gated) {
+      const ConsentGate gate = client->gate();
+      const bool isAllowed = vendor.empty() ? gate.isAllowed(category) : gate.isAllowed(category, vendor);
+      EXPECT_EQ(running.contains(name), isAllowed) << name;
+      EXPECT_TRUE(gate.isAllowed(ConsentCategory::necessary));
+    }
+    return running;
   }
 
   // The names of the gates that are open under the consent that the client returns.
@@ -115,7 +145,7 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
                           : category == ConsentCategory::statistics ? consent.statistics
                                                                     : consent.marketing;
       const bool isListed = value && std::ranges::count(value->items(), vendor) > 0;
-      if (value && (value->isAll() || isListed)) names.insert(name);
+      if (value && consent.optedIn != false && (value->isAll() || isListed)) names.insert(name);
     }
     return names;
   }
@@ -136,6 +166,8 @@ class PrecedenceTest : public ClientTest, public ::testing::WithParamInterface<s
   std::shared_ptr<CookiesSDK> client;
   std::string unreadable, unwritable;  // the failing key, "all" or "nothing"
   int reads = 0, failingRead = 0;      // reads of the consent, counted from 1
+  std::string inside;                  // a step to take inside an operation of the store
+  int untilInside = 0;                 // the number of operations until then, or 0
 };
 
 TEST_P(PrecedenceTest, KeepsTheRightChoice) {
@@ -164,8 +196,7 @@ TEST_P(PrecedenceTest, KeepsTheRightChoice) {
   unreadable.clear();
   failingRead = 0;
   const std::set<std::string> allowed = open();  // reads what other processes have stored
-  platform.mainActor->runAll();
-  EXPECT_EQ(running, allowed) << "what runs is what is stored";
+  EXPECT_EQ(checkedGates(), allowed) << "what runs is what is stored";
 }
 
 INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(tableOf<6>("precedence.txt")),

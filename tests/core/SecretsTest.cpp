@@ -2,8 +2,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-
 namespace {
 
 class Answering : public URLSession {

@@ -1,27 +1,18 @@
+#include <future>
+#include <thread>
+
 #include "TalvoConsentSDK/platform/Spawn.h"
 
 #include "tests/core/ClientTest.h"
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
-// A host's own coroutine type, without an executor.
-struct Coroutine {
-  struct promise_type {
-    Coroutine get_return_object() { return {}; }
-    std::suspend_never initial_suspend() { return {}; }
-    std::suspend_never final_suspend() noexcept { return {}; }
-    void return_void() {}
-    void unhandled_exception() { std::terminate(); }
-  };
-};
-
-Coroutine awaitAndNote(Task<ConsentResponse> submission, std::function<void(std::string)> note) {
-  const ConsentResponse response = co_await std::move(submission);
-  note(response.id);
+// Awaits a submission without an executor, and notes its end.
+void awaitAndNote(Task<ConsentResponse> submission, const std::function<void(std::string)>& note) {
+  spawn<ConsentResponse>(nullptr, std::move(submission),
+                         [note](const Result<ConsentResponse>& end) { note(end->id); });
 }
 
 TEST_F(ClientTest, DecidesWhatToSendWhenAnAsynchronousSubmissionIsCalled) {
@@ -48,7 +39,7 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
   const auto client = created();
   noteEvents(*client);
   const auto listener = std::make_shared<ConsentEventClosureCallback>([this] { note("?"); }, [] {});
-  for (int times = 0; times < 2; ++times) client->addEventListener(ConsentEvent::rejectAll, listener);
+  for (const auto& each : {listener, {}, listener}) client->addEventListener(ConsentEvent::rejectAll, each);
   client->removeEventListener(ConsentEvent::rejectAll, listener);
   client->submitConsent(BasicConsent::rejectAll(), [this](const auto&) { note("first"); });
   awaitAndNote(client->submitConsent(BasicConsent::rejectAll()), [this](const auto&) { note("second"); });
@@ -64,6 +55,42 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
                                  "RejectAll elsewhere", "ConsentSent elsewhere", "between elsewhere"));
   platform.background->runAll();
   EXPECT_EQ(trace.back(), "second in background");
+}
+
+// A store whose first save blocks, as if waiting for another process, until the test releases it.
+struct WaitingStore : InMemoryUserDefaults {
+  Result<void> commit(const std::vector<StoreChange>& changes) override {
+    std::call_once(first, [this] {
+      entered.set_value();
+      released.get_future().wait();
+    });
+    return InMemoryUserDefaults::commit(changes);
+  }
+
+  std::once_flag first;
+  std::promise<void> entered, released;
+};
+
+TEST_F(ClientTest, ReturnsFromIdentifyWhileASaveWaitsAndRepeatsItAfterwards) {
+  answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
+  answer("GET", "cookie-consent/s/identified/u", 200, "null");
+  const auto waiting = std::make_shared<WaitingStore>();
+  platform.userDefaults = std::make_shared<FailingUserDefaults>(waiting);
+  platform.install();
+  const auto client = created();
+  client->submitConsent(BasicConsent::rejectAll(), nullptr);
+  std::thread saving([&] { platform.settle(); });
+  waiting->entered.get_future().wait();
+  client->identify("u");
+  client->removeIdentity();
+  client->identify("u");
+  EXPECT_TRUE(waiting->values().empty());
+  waiting->released.set_value();
+  saving.join();
+  // The thread that saved has also stored what arrived meanwhile.
+  EXPECT_EQ(waiting->string(prefix + "userId.s").value(), "u");
+  EXPECT_EQ(waiting->data(prefix + "originalConsent.s").value(), Data(written(BasicConsent::rejectAll())));
+  platform.settle();
 }
 
 // If the executors refuse jobs, each operation still ends exactly once, on the caller's thread.

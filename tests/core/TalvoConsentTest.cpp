@@ -4,8 +4,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 class TopicsTest : public ClientTest, public ::testing::WithParamInterface<std::array<std::string, 6>> {};

@@ -6,8 +6,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 TEST(ConsentValueTest, IsBuiltFromASelection) {
@@ -40,9 +38,6 @@ TEST(BasicConsentTest, HasAStatusAndRaisesEvents) {
   odd.statistics = ConsentValue::partial({});
   EXPECT_EQ(odd.status(), ConsentStatus::partial);
   EXPECT_THAT(odd.consentEvents(), ElementsAre(ConsentEvent::rejectAll));
-  EXPECT_EQ(written(BasicConsent::acceptAll()), R"({"preferences":true,"statistics":true,"marketing":true})");
-  EXPECT_EQ(written(BasicConsent::rejectAll()),
-            R"({"preferences":false,"statistics":false,"marketing":false})");
 }
 
 TEST(FullConsentTest, ConvertsToTheHostsConsent) {

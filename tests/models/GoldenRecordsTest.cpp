@@ -11,8 +11,6 @@
 // Compares the JSON of records, as sent and stored, with the documents in tests/golden.
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 std::string golden(const std::string& record, const std::string& name) {
@@ -21,43 +19,37 @@ std::string golden(const std::string& record, const std::string& name) {
 
 struct GoldenRecord {
   std::string name;
-  std::string wrongType;  // start of the error text for wrong-type.json
   std::function<Result<std::string>(const std::string&)> recode;
 };
 
 template <class Record>
-GoldenRecord record(const char* name, const char* wrongType) {
-  return {name, wrongType, [](const std::string& json) -> Result<std::string> {
+GoldenRecord record(const char* name) {
+  return {name, [](const std::string& json) -> Result<std::string> {
             const auto decoded = JSONDecoder().decode<Record>(json);
             return decoded ? JSONEncoder().encode(*decoded) : decoded.error();
           }};
 }
 
 const GoldenRecord records[] = {
-    record<BasicConsent>("BasicConsent", "Data corrupted at statistics: ConsentValue must be"),
-    record<FullConsent>("FullConsent",
-                        "Type mismatch at consentDataAnalytics.blurred: expected a boolean, found a s"),
-    record<ConsentResponse>("ConsentResponse", "Type mismatch at id: expected a string, found an integer"),
-    record<SiteConfiguration>("SiteConfiguration",
-                              "Type mismatch at implicitConsent: expected a boolean, found an in"),
-    record<BannerCustomization>(
-        "BannerCustomization",
-        "Type mismatch at customization.components.secondaryScreen[1].tabs[1].readOnly:"),
-    record<BannerCustomization::CategoryItem>("CategoryItem", "Type mismatch at enabled:"),
-    record<Services>("Services", "Type mismatch at libraries[1].version:"),
+    record<BasicConsent>("BasicConsent"),
+    record<FullConsent>("FullConsent"),
+    record<ConsentResponse>("ConsentResponse"),
+    record<SiteConfiguration>("SiteConfiguration"),
+    record<BannerCustomization>("BannerCustomization"),
+    record<BannerCustomization::CategoryItem>("CategoryItem"),
+    record<Services>("Services"),
 };
 
 class GoldenRecordsTest : public TestWithParam<GoldenRecord> {};
 
 TEST_P(GoldenRecordsTest, ReadsAndWritesTheFrozenForm) {
-  const auto& [name, wrongType, recode] = GetParam();
+  const auto& [name, recode] = GetParam();
   for (const char* document : {"normal", "minimal"}) {
     const std::string json = golden(name, document);
     EXPECT_EQ(canonical(recode(json).value()), canonical(json));
     EXPECT_EQ(recode(recode(json).value()).value(), recode(json).value());
   }
   EXPECT_EQ(recode(golden(name, "unknown-key")).value(), recode(golden(name, "normal")).value());
-  EXPECT_THAT(failure(recode(golden(name, "wrong-type"))), StartsWith(wrongType));
 }
 
 INSTANTIATE_TEST_SUITE_P(Records, GoldenRecordsTest, ValuesIn(records), byName);

@@ -14,8 +14,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 static_assert(std::is_convertible_v<std::nullptr_t, JSONValue> && std::is_convertible_v<char*, JSONValue> &&

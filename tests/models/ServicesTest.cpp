@@ -5,8 +5,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 const Services catalogue = parsed<Services>(contentOf(TALVO_TEST_DATA "/golden/models/catalogue.json"));

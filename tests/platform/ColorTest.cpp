@@ -4,9 +4,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 TEST(ColorTest, ReadsHexadecimalText) {

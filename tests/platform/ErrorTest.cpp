@@ -9,8 +9,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 Error caught(const std::function<void()>& work) {

@@ -9,9 +9,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 std::string times(int count, const std::string& text) {

@@ -30,24 +30,13 @@ const struct Image {
     {"large_de", "demo", ".de.json", "Einstellungen verwalten", 0, {.text = {.scale = 3.1}}},
 };
 
-class BannerImagesTest : public TestWithParam<Image> {};
-INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
-
-TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
-  const auto& [name, site, language, tapped, tabs, options] = GetParam();
-  ShownBanner banner(siteFile(site + "/customization" + language),
-                     site == "demo" ? siteFile("demo/services" + language) : "{}", options);
-  OverlaySurface& surface = banner.surface();
-  for (const auto& each : std::vector(surface.controller()->accessibleElements())) {
-    if (each.name == tapped) surface.controller()->activate(each.id);
-  }
-  for (int i = 0; i < tabs; ++i) surface.controller()->press(Key::tab);
-  EXPECT_TRUE(banner.isStill());
-  EXPECT_THAT(banner.session->unexpected(), IsEmpty());
+// Compares what is on screen with the picture of this name.
+void expectImage(OverlaySurface& surface, const std::string& name) {
   const QImage image =
       surface.grabWindow().scaled(imageSize, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 
-  const QString file = QStringLiteral(TALVO_TEST_DATA "/golden/images/%1.png").arg(QLatin1String(name));
+  const QString file =
+      QStringLiteral(TALVO_TEST_DATA "/golden/images/%1.png").arg(QString::fromStdString(name));
   if (std::getenv("TALVO_UPDATE_GOLDEN")) {
     EXPECT_TRUE(image.save(file));
     FAIL() << "rewritten: " << file.toStdString();
@@ -69,6 +58,43 @@ TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
   if (difference > 1 || unlike > 0.005) image.save(QString::fromStdString(actual));
   EXPECT_LE(difference, 1) << "see " << actual;
   EXPECT_LE(unlike, 0.005) << "see " << actual;
+}
+
+class BannerImagesTest : public TestWithParam<Image> {};
+INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
+
+TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
+  const auto& [name, site, language, tapped, tabs, options] = GetParam();
+  ShownBanner banner(siteFile(site + "/customization" + language),
+                     site == "demo" ? siteFile("demo/services" + language) : "{}", options);
+  OverlaySurface& surface = banner.surface();
+  for (const auto& each : std::vector(surface.controller()->accessibleElements())) {
+    if (each.name == tapped) surface.controller()->activate(each.id);
+  }
+  for (int i = 0; i < tabs; ++i) surface.controller()->press(Key::tab);
+  EXPECT_TRUE(banner.isStill());
+  EXPECT_THAT(banner.session->unexpected(), IsEmpty());
+  expectImage(surface, name);
+}
+
+class ScriptImagesTest : public TestWithParam<std::array<std::string, 9>> {};
+INSTANTIATE_TEST_SUITE_P(All, ScriptImagesTest, ValuesIn(tableOf<9>("texts/banners.txt")),
+                         [](const auto& each) { return each.param[0]; });
+
+TEST_P(ScriptImagesTest, MatchesTheGoldenImages) {
+  const auto& [name, title, message, accept, reject, manage, privacy, cookies, rights] = GetParam();
+  auto document = parsed<BannerCustomization>(siteFile("demo/customization.en.json"));
+  auto& messages = document.customization->messages.bannerMessages;
+  messages.title = title;
+  messages.mainMessage = message;
+  messages.acceptButton = accept;
+  messages.rejectButton = reject;
+  messages.preferencesButton = manage;
+  messages.privacyPolicyURLText = privacy;
+  messages.cookiePolicyURLText = cookies;
+  messages.dsrURLText = rights;
+  ShownBanner banner(written(document), "{}");
+  expectImage(banner.surface(), "main_" + name);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "adapters/qt/ScriptFonts.h"
 #include "adapters/qt/WrappedText.h"
 
 #include "tests/support/Cost.h"
@@ -20,14 +21,14 @@ constexpr double margin = 40;  // around the frame, to find what is drawn outsid
 // Draws a text in a frame and returns the rectangle of all coloured pixels, in points from the frame's
 // corner.
 QRectF ink(const std::string& text, const Font& font, double scale, const Size& frame,
-           Qt::Alignment alignment) {
+           Qt::Alignment alignment, bool isUnderlined = true) {
   QImage image((QSizeF(frame.width + 2 * margin, frame.height + 2 * margin) * ratio).toSize(),
                QImage::Format_Alpha8);
   image.setDevicePixelRatio(ratio);
   image.fill(0);
   QPainter painter(&image);
   painter.translate(margin, margin);
-  WrappedText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, true);
+  WrappedText(text, font, {scale}, frame.width, alignment).draw(painter, Qt::black, isUnderlined);
   painter.end();
   QRect found;
   for (int i = 0; i < image.width() * image.height(); ++i) {
@@ -45,7 +46,9 @@ INSTANTIATE_TEST_SUITE_P(
                       "We and our partners use cookies,\nremember your settings and measure what is read.",
                       "Datenschutzgrundverordnungskonformitätserklärung und mehr",
                       "אנחנו משתמשים בעוגיות כדי להפעיל את היישום", "ขอความยินยอมใช้คุกกี้ที่นี่ กี่ปู่",
-                      "我们使用 cookie 来运行此应用程序并衡量阅读内容。", "قبول الكل",
+                      "我们使用 cookie 来运行此应用程序并衡量阅读内容。", "قبول الكل", "निजता नीति",
+                      "হ্যাঁ, কুকি নীতি", "உங்கள் உரிமைகள்", "ភាពឯកជនរបស់អ្នក", "プライバシーの選択",
+                      "개인정보처리방침", "Accept 👩‍👩‍👧 👍🏽",
                       "تُظهر لنا ما يُقرأ وأين يتعثّر التطبيق لكي نحسّنه.", "f", " trailing spaces   ",
                       "https://example.test/a/very/long/path?with=query&and=more",
                       "line\n\nafter an empty one\n"));
@@ -73,6 +76,16 @@ TEST_P(QtTextTest, HasAsManyLinesAsWereMeasured) {
     const Size size = QtTextMeasurer({1}).measure(GetParam(), {TextStyle::footnote}, width);
     EXPECT_EQ(WrappedText(GetParam(), {TextStyle::footnote}, {1}, size.width).size().height, size.height)
         << width;
+  }
+}
+
+// Otherwise a link's line would be longer than its text.
+TEST(LinkTextTest, IsAsWideAsItsLetters) {
+  const Font font{TextStyle::footnote};
+  for (const char* text :
+       {"Privacy policy", "निजता नीति", "কুকি নীতি", "உங்கள் உரிமைகள்", "สิทธิของคุณ", "សិទ្ធិរបស់អ្នក"}) {
+    const Size size = QtTextMeasurer({1}).measure(text, font, std::numeric_limits<double>::infinity());
+    EXPECT_NEAR(ink(text, font, 1, size, Qt::AlignLeft, false).width(), size.width, 3) << text;
   }
 }
 
@@ -106,6 +119,7 @@ TEST(LongTextTest, LooksTheSameAsLaidOutAtOnce) {
       const bool isArabic = QString::fromUtf8(text.data(), 2) == QString::fromUtf8("ق");
       QTextLayout layout(toQString(text).replace(QLatin1Char('\n'), QChar::LineSeparator),
                          toQFont({TextStyle::footnote}, {}));
+      layout.setFormats(scriptFormats(layout.text()));
       QTextOption option(Qt::AlignLeft | Qt::AlignAbsolute);
       option.setTextDirection(isArabic ? Qt::RightToLeft : Qt::LeftToRight);
       option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);

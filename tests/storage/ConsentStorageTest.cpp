@@ -4,8 +4,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-
 namespace {
 
 std::string textOf(const std::optional<BasicConsent>& consent) {

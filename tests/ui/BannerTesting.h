@@ -12,9 +12,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 using namespace std::chrono_literals;
 using Customization = BannerCustomization::Customization;
 using URLs = decltype(Customization::urls)::value_type;

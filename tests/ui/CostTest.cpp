@@ -8,9 +8,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 // Repeats the part of a text in brackets `count` times. A "#" at the end of the part is replaced by the

@@ -5,9 +5,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 const auto body = [](const std::string& content) { return text(content, {}); };

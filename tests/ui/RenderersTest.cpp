@@ -5,8 +5,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace view;
-
 namespace {
 
 class RenderersTest : public BannerTest {
