@@ -178,16 +178,26 @@ def banner(table, quick, env):
     counts = (10, 200, 1_000, 10_000)
     for name, what in (("render", "render"), ("compare", "compare, nothing changed"), ("layout", "layout"),
                        ("mount", "mount"), ("firstFrame", "first frame"), ("openCategory", "open a category"),
+                       ("beginToOpen", "open a category, first frame of the motion"),
+                       ("goOnOpening", "open a category, five more frames"),
                        ("switchVendor", "one switch to frame"), ("switchCategory", "switch a category to frame"),
                        ("scrollHundredFrames", "scroll 100 frames")):
         for count in counts:
             work, of_ten = figures.processor[f"{name}/{count}"], figures.processor[f"{name}/10"]
             ratio, budget = work / of_ten, None
-            if name == "openCategory" and count == 1_000:
+            if name in ("openCategory", "beginToOpen") and count == 1_000:
                 budget = within(ratio, 3)
             if name == "switchVendor" and count == 10_000:
                 budget = ("grows < 1,000 x", ratio < 1_000)
             table.add(f"{what}, {count:,} vendors", work, ratio=ratio, budget=budget)
+            if name == "beginToOpen" and count == 1_000:
+                at_once = figures.processor[f"openCategory/{count}"]
+                table.add(f"{what}, {count:,} vendors", work, at_once, peer_name="without motion",
+                          budget=within(work / at_once, 1))
+            if name == "goOnOpening" and count == 1_000:
+                frame = figures.processor[f"scrollHundredFrames/{count}"] / 100
+                table.add("... each of them", work / 5, frame, peer_name="frame of scrolling",
+                          budget=within(work / 5 / frame, 2))
             if name == "switchVendor" and count == 1_000:
                 frame = figures.processor[f"scrollHundredFrames/{count}"] / 100
                 table.add(f"{what}, {count:,} vendors", work, frame, peer_name="frame of scrolling",

@@ -80,7 +80,7 @@ ${about}
 .
 This package contains the libraries that apps on Qt run with: the banner's windows, and the QML type."
       DEPENDS "${library} ${same}"
-      SUGGESTS "fonts-inter, fonts-noto-core, fonts-noto-cjk, fonts-noto-color-emoji")
+      SUGGESTS "fonts-inter, fonts-noto-core, fonts-noto-cjk, fonts-noto-color-emoji, libqt6svg6")
   endif()
   talvo_debian_package(development_qt libtalvoconsentsdk-qt-dev libdevel
     "cookie and tracking consent for apps - development files for Qt

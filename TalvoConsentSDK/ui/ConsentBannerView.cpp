@@ -148,7 +148,7 @@ AnyView ConsentBannerView::body() const {
         .key("vendor " + vendor->group.vendor);
   }
   return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail,
-                               *reportedComponents_)
+                               *reportedComponents_, std::get<PreferencesScreen>(screen).doNotSellRequests)
       .body()
       .key("preferences");
 }
@@ -179,7 +179,10 @@ void ConsentBannerView::performCommonAction(const std::string& action) const {
 }
 
 void ConsentBannerView::handleLinkAction(const std::string& link) const {
-  if (link == "doNotSellMyData") return currentScreen_.set(PreferencesScreen());
+  if (link == "doNotSellMyData") {
+    static int requests = 0;
+    return currentScreen_.set(PreferencesScreen{++requests});
+  }
   const std::string key = linkURLKey(link);
   if (const auto& urls = inputs_->customization.urls; urls && urls->contains(key)) {
     return openExternally(link, urls->find(key)->second);

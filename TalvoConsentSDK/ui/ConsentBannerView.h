@@ -29,7 +29,10 @@ class ConsentBannerView {
     Services::ServiceGroup group;
   };
   struct MainScreen {};
-  struct PreferencesScreen {};
+  struct PreferencesScreen {
+    int doNotSellRequests =
+        0;  // how often the link to the do-not-sell switch was tapped; 0 if another way led here
+  };
   using Screen = std::variant<VendorDetailScreen, MainScreen, PreferencesScreen>;
 
   ConsentBannerView(BannerCustomization::Customization customization, std::optional<Services> services,

@@ -18,7 +18,7 @@ AnyView PreferencesScreenView::body() const {
   screen.addComponents(*components->secondaryScreen, [this](const CardScreen::Tabs& tabs) {
     const auto& customization = context_.customization;
     return TabsComponentRenderer(tabs, customization, customization.messages.bannerMessages, services_,
-                                 bindings_, onVendorDetailTap_)
+                                 bindings_, onVendorDetailTap_, doNotSellRequests_)
         .render();
   });
   return screen.render();

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/Palette.h"
@@ -18,7 +19,7 @@ namespace {
 using Text = std::optional<std::string>;
 
 bool hasValue(const Text& value) {
-  return value && !value->empty();
+  return value && !isBlank(*value);
 }
 
 AnyView labelled(const char* label, const AnyView& value, const Palette& palette) {
@@ -50,11 +51,15 @@ AnyView serviceView(const Services::Service& service, const Palette& palette) {
     lines.push_back(
         text(*name, {.font = {TextStyle::subheadline, FontWeight::semibold}, .color = palette.font}));
   }
-  for (const Text* value : {&service.domain, &service.description, &service.version}) {
-    if (!hasValue(*value)) continue;
-    lines.push_back(text(
-        **value, {.font = {TextStyle::footnote, FontWeight::regular}, .color = palette.secondaryFont()}));
+  const auto add = [&](const std::string& line) {
+    lines.push_back(
+        text(line, {.font = {TextStyle::footnote, FontWeight::regular}, .color = palette.secondaryFont()}));
+  };
+  for (const Text* value : {&service.domain, &service.description}) {
+    if (hasValue(*value)) add(**value);
   }
+  if (hasValue(service.version)) add(localized("Version") + " " + *service.version);
+  if (lines.empty()) return {};
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 2}, lines)
       .padding(Insets::vertical(8));
 }
@@ -65,13 +70,10 @@ AnyView VendorDetailRenderer::render() const {
   const auto& details = vendorGroup_.details;
   const AnyView name =
       text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette_.font})
-          .accessibility({.role = Role::heading})
           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
 
   std::vector<AnyView> views{
-      horizontalStack(
-          {.spacing = 12, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
-          {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_)})
+      titleLine(name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_))
           .padding({.top = 4, .bottom = 16})};
   const auto add = [&](const char* label, const Text& value) {
     if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette_), palette_));
@@ -91,7 +93,9 @@ AnyView VendorDetailRenderer::render() const {
                       .padding({.top = 8, .bottom = 4}));
   views.push_back(divider(palette_.line()));
   for (const auto& service : vendorGroup_.services) {
-    views.push_back(serviceView(service, palette_));
+    const AnyView view = serviceView(service, palette_);
+    if (view.isEmpty()) continue;
+    views.push_back(view);
     views.push_back(divider(palette_.line()));
   }
   return verticalStack({.alignment = HorizontalAlignment::leading}, views).padding({.bottom = 12});

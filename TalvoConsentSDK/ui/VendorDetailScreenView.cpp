@@ -35,7 +35,9 @@ bool isReadOnly(const CardScreen::Items& components, const std::string& category
 
 AnyView VendorDetailScreenView::body() const {
   CardScreen screen(context_);
-  screen.add(BackButtonRenderer(context_.customization, onBack_).render());
+  // The text of the way back is raised to the same line as the name.
+  screen.setHeader(BackButtonRenderer(context_.customization, onBack_).render().padding({.top = -4}),
+                   vendorGroup_.vendor);
   const auto& components = context_.customization.components;
   if (!components || !components->secondaryScreen) {
     screen.addText(localized("No vendor details available"));

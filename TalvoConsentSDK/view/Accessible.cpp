@@ -24,6 +24,8 @@ std::string texts(const Element& element) {
 
 class Collector {
  public:
+  explicit Collector(double controlScale) : target_(minTarget * controlScale) {}
+
   void add(const Element& element, bool isEnabled) {
     std::visit([&](const auto& content) { collect(element, content, isEnabled); },
                element.view.node().content);
@@ -49,7 +51,7 @@ class Collector {
 
   AccessibleElement& appendControl(const Element& element, Role role, std::string name, bool isEnabled) {
     AccessibleElement& added = append(element, role, std::move(name), isEnabled);
-    added.frame = element.frame.grownTo({minTarget, minTarget});
+    added.frame = element.frame.grownTo({target_, target_});
     added.control = AccessibleControl{element.view, element.frame};
     return added;
   }
@@ -68,6 +70,10 @@ class Collector {
 
   void collect(const Element& element, const node::Disabled& disabled, bool isEnabled) {
     addChildren(element, isEnabled && !disabled.isDisabled);
+  }
+
+  void collect(const Element& element, const node::Disclosure& disclosure, bool isEnabled) {
+    if (disclosure.isOpen) addChildren(element, isEnabled);
   }
 
   // A dialog becomes an element, followed by its content. For any other role, the properties in `own` apply
@@ -90,6 +96,7 @@ class Collector {
     if (!own.value.empty()) subject.value = own.value;
     if (!own.description.empty()) subject.description = own.description;
     subject.isDismissal = own.isDismissal;
+    elements_.back().focusRequests = own.focusRequests;
   }
 
   template <class Other>
@@ -97,6 +104,7 @@ class Collector {
     addChildren(element, isEnabled);
   }
 
+  const double target_;
   std::vector<AccessibleElement> elements_;
 };
 
@@ -112,8 +120,8 @@ double distance(const Rect& frame, Point p) {
 
 }  // namespace
 
-std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree) {
-  Collector collector;
+std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree, double controlScale) {
+  Collector collector(controlScale);
   collector.add(tree.root(), true);
   return std::move(collector).take();
 }

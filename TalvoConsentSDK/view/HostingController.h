@@ -57,7 +57,7 @@ class HostingController : public RootViewController {
   const std::vector<Visual>& frame(Clock::time_point now);
 
   /// Whether something was still moving in the last frame, so that another frame is due.
-  bool isMoving() const { return animations_.isMoving() || motion_.isFlinging(); }
+  bool isMoving() const { return animations_.isMoving() || layout_.isMoving() || motion_.isFlinging(); }
 
   /// Whether a touch at `point` belongs to the banner rather than to the host.
   bool covers(Point point);
@@ -111,8 +111,8 @@ class HostingController : public RootViewController {
   ViewEnvironment environment_;
   std::function<void()> needsFrame_;
   ElementTree tree_;
-  Layout layout_;
   Animations animations_;
+  Layout layout_;
   ScrollMotion motion_;
   std::vector<Visual> visuals_;
   std::vector<AccessibleElement> accessible_;
@@ -127,6 +127,8 @@ class HostingController : public RootViewController {
   Point touchStart_;
   bool isDragging_ = false;
   std::optional<ElementId> focused_;
+  std::optional<ElementId> focusedBefore_;  // on the screen before this one
+  int focusRequests_ = 0;                   // how many were granted
   bool focusIsVisible_ = false;
 
   // Only the controller owns this. Requests for pictures hold a weak_ptr to it, so a picture that arrives

@@ -26,7 +26,9 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
   pressed_.reset();  // in case the end of the last touch got lost
   focusIsVisible_ = false;
   const AccessibleElement* control = controlAt(accessibleElements(), point);
-  if (control && control->isEnabled && !wasFlinging) pressed_ = control->id;
+  // While a list opens, its rows move below the finger: only what opens and closes lists can be tapped then.
+  const bool isStill = !wasFlinging && (!layout_.isMoving() || (control && control->role == Role::expander));
+  if (control && control->isEnabled && isStill) pressed_ = control->id;
   if (const ScrollRegion* region = regionAt(point)) motion_.grab(region->id, point.y, now);
   requestFrame();
 }
@@ -52,7 +54,9 @@ void HostingController::touchEnded(Point point, Clock::time_point now) {
   }
   isDragging_ = false;
   requestFrame();
-  if (tapped) activate(*tapped);
+  if (!tapped) return;
+  focused_ = tapped;
+  activate(*tapped);
 }
 
 void HostingController::touchCancelled() {
@@ -139,14 +143,17 @@ bool HostingController::applyScroll(ElementId region, double distance) {
   const auto& regions = layout_.scrollRegions();
   const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
   const double maxOffset = scrolled == regions.end() ? 0 : scrolled->maxOffset();
-  double& y = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); }).y;
-  const double from = std::min(y, maxOffset);
+  ScrollOffset& offset = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+  const double from = std::min(offset.y, maxOffset);
   const double target = std::clamp(from + distance, 0.0, maxOffset);
   if (target == from) {
     if (motion_.isFlinging()) motion_.stop();
     return false;
   }
-  y = target == maxOffset ? infinity : target;  // stays at the end, however tall unmeasured rows turn out
+  if (offset.growth > 0) forgetSizes(*scrolled->element);
+  offset.y = from;
+  offset.moveUp(target - from);
+  if (target == maxOffset) offset.y = infinity;  // stays at the end, however tall unmeasured rows turn out
   layoutIsStale_ = true;
   return true;
 }
@@ -180,10 +187,21 @@ void HostingController::moveFocus(int step) {
   }
 }
 
+// Keeps the focus on an element that is shown: on one that asks for it, or else on the focused one. If that
+// is gone, a screen that was shown before gets its focus back, and any other screen has it on its title.
 void HostingController::settleFocus() {
-  if (focused_ && std::ranges::find(accessible_, *focused_, &AccessibleElement::id) != accessible_.end()) {
-    return;
+  for (const AccessibleElement& each : accessible_) {
+    if (each.focusRequests <= focusRequests_) continue;
+    focusRequests_ = each.focusRequests;
+    focused_ = each.id;
+    reveal(each);
   }
+  const auto isShown = [&] {
+    return focused_ && std::ranges::find(accessible_, *focused_, &AccessibleElement::id) != accessible_.end();
+  };
+  if (isShown()) return;
+  std::swap(focused_, focusedBefore_);
+  if (isShown()) return;
   const auto title = std::ranges::find(accessible_, Role::heading, &AccessibleElement::role);
   focused_ = title == accessible_.end() ? std::nullopt : std::optional(title->id);
 }

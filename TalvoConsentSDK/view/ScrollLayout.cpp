@@ -1,65 +1,200 @@
-// How scrolling regions, pinned footers and lazy rows are laid out.
+// How scrolling regions, what stays around them, disclosures and lazy rows are laid out.
 
 #include <algorithm>
+#include <utility>
 
 #include "TalvoConsentSDK/view/Layout.h"
 
 namespace TalvoConsentSDK {
 namespace view {
 
-ScrollOffset& Layout::scrollOffset(ElementId region) {
-  return tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+namespace {
+
+constexpr double titleGap = 12;   // between a bar and the title beside it
+constexpr double fadedEdge = 16;  // points at the upper edge of a scrolling part in which texts are faded
+constexpr double maxCut = 48;
+
+/// Whether a disclosure has been placed fully open. Stored under its identity.
+struct Disclosed {
+  bool isDone;
+};
+
+// Returns the lowest end of the texts and switches that begin above `limit`.
+double endOfLast(const Element& element, double limit) {
+  const auto& content = element.view.node().content;
+  const bool isLeaf =
+      std::holds_alternative<node::Text>(content) || std::holds_alternative<node::Toggle>(content);
+  double end = isLeaf && element.frame.y < limit ? element.frame.bottom() : 0;
+  forEachChild(element, [&](const Element& child) { end = std::max(end, endOfLast(child, limit)); });
+  return end;
+}
+
+}  // namespace
+
+ScrollOffset& Layout::scrollOffset(const Element& region) {
+  return tree_.memory().get<ScrollOffset>(region.id, [] { return ScrollOffset(); });
 }
 
 // Registers a region, limits the viewport to it, and returns the y coordinate at which its content starts.
-double Layout::placeScroller(const Element& element, const Rect& region, double contentHeight) {
-  const ScrollRegion scroller{element.id, region, contentHeight};
+double Layout::placeScroller(Element& element, const Rect& region, double contentHeight) {
+  const ScrollRegion scroller{element.id, &element, region, contentHeight};
   scrollRegions_.push_back(scroller);
   auto& [visible, clip, offset] = viewport_;
   if (scroller.maxOffset() > 0) clip = clip ? clip->intersection(region) : region;
   visible = visible.intersection(region);
-  offset = &scrollOffset(element.id);
+  offset = &scrollOffset(element);
   return region.y - std::clamp(offset->y, 0.0, scroller.maxOffset());
 }
 
-Layout::PinnedHeights Layout::pinnedHeights(Element& element, const node::PinnedFooter& pinned,
-                                            const Proposal& proposal) {
+Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds& pinned,
+                                        const Proposal& proposal) {
+  Element& titleElement = *element.children[1];
   const Proposal natural{proposal.width, std::nullopt};
-  const double content = size(*element.children[0], natural).height;
-  const double footer = size(*element.children[1], natural).height;
+  const Size content = size(*element.children[2], natural);
+  const Size footer = size(*element.children[3], natural);
+  const Size bar = size(*element.children[0], {});
+
+  PinnedParts parts;
+  parts.title = natural;
+  parts.titleY = bar.height;
+  if (bar.width > 0 && proposal.width) {
+    const double left = *proposal.width - bar.width - titleGap;
+    if (minContentWidth(titleElement) <= left) {
+      parts.title.width = left;
+      parts.titleX = bar.width + titleGap;
+      parts.titleY = 0;
+    }
+  }
+  const Size title = size(titleElement, parts.title);
+  const double header = std::max(bar.height, parts.titleY + title.height);
+  const double all = header + content.height + footer.height;
+
+  ScrollOffset& offset = scrollOffset(element);
   const double room = proposal.height.value_or(infinity);
-  if (content + footer <= room) return {content, footer, 0, content, false};
-  const double middle = room - footer - pinned.gap - pinned.inset;
+  const bool canHold = pinned.growsUp && offset.held == infinity && offset.height < room;
+  if (isOpening_ && canHold) offset.held = offset.height;
+  const double height = std::min({all, room, offset.held});
+  parts.size = {std::max({parts.titleX + title.width, content.width, footer.width}), height};
+  parts.top = parts.contentTop = header;
+  if (height == all) return parts;
+
+  parts.growth = std::min(all, room) - height;
+  parts.top = std::max(0.0, header - pinned.overlap);
+  parts.scrolled = header - parts.top + content.height;
   const double minMiddle = pinned.minMiddle * std::max(1.0, environment_.textScale);
-  return {content, footer, pinned.inset, middle, middle < std::min(content, minMiddle)};
+  const auto leaves = [&](double rest) {
+    return room - parts.top - rest >= std::min(parts.scrolled, minMiddle);
+  };
+  if (leaves(footer.height + pinned.gap)) return parts;
+  parts.scrollsFooter = true;
+  parts.scrolled += footer.height;
+  if (leaves(0) || title.height == 0) return parts;
+  parts.scrollsTitle = true;
+  parts.title = natural;
+  parts.top = parts.contentTop = bar.height;
+  parts.scrolled = size(titleElement, natural).height + content.height + footer.height;
+  return parts;
 }
 
-void Layout::placePinned(Element& element, const node::PinnedFooter& pinned, const Rect& frame,
+void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                          const Proposal& proposal) {
   const Proposal natural{proposal.width, std::nullopt};
-  Element& content = *element.children[0];
-  Element& footer = *element.children[1];
-  const PinnedHeights heights = pinnedHeights(element, pinned, proposal);
-  const double footerTop = frame.bottom() - heights.footer;
+  Element& content = *element.children[2];
+  Element& footer = *element.children[3];
+  const PinnedParts parts = pinnedParts(element, pinned, proposal);
+  ScrollOffset& offset = scrollOffset(element);
+  const double cut = offset.height > 0 ? animations_.value(element.id, offset.cut) : offset.cut;
+  if (cut != offset.cut) moving_.push_back(&element);
+  offset.height = frame.height;
+  offset.growth = parts.growth;
+  if (parts.growth == 0) offset.held = infinity;
+
+  const auto placeAt = [&](Element& child, double x, double y, const Proposal& offered) {
+    const Size own = size(child, offered);
+    place(child, {frame.x + x, y, own.width, own.height}, offered);
+    return y + own.height;
+  };
+  placeAt(*element.children[0], 0, frame.y, {});
+  Element& title = *element.children[1];
+  if (!parts.scrollsTitle) placeAt(title, parts.titleX, frame.y + parts.titleY, parts.title);
+  const double footerTop = frame.bottom() - size(footer, natural).height;
+  const bool scrolls = parts.scrolled > 0;
+  const double end = parts.scrollsFooter ? frame.bottom() : footerTop - (scrolls ? pinned.gap : 0);
+  if (!scrolls) offset.cut = 0;
 
   const Viewport outer = viewport_;
-  const double height = heights.scrollsAll ? frame.height - heights.inset : heights.middle;
-  const Rect region{frame.x, frame.y + heights.inset, frame.width, std::max(0.0, height)};
-  const double all = heights.content + heights.footer;
-  const double top = placeScroller(element, region, heights.scrollsAll ? all : heights.content);
-
-  const auto placeAt = [&](Element& child, double y) {
-    const Size own = size(child, natural);
-    place(child, {frame.x, y, own.width, own.height}, natural);
-  };
-  placeAt(content, top);
-  if (heights.scrollsAll) placeAt(footer, top + heights.content);
+  const double top = frame.y + parts.top;
+  const Rect region{frame.x, top, frame.width, std::max(0.0, end - cut - top)};
+  double y =
+      placeScroller(element, region, scrolls ? parts.scrolled : region.height) + parts.contentTop - parts.top;
+  if (parts.scrollsTitle) y = placeAt(title, 0, y, natural);
+  y = placeAt(content, 0, y, natural);
+  if (parts.scrollsFooter) placeAt(footer, 0, y, natural);
   viewport_ = outer;
-  if (!heights.scrollsAll) placeAt(footer, footerTop);
+  if (!parts.scrollsFooter) placeAt(footer, 0, footerTop, natural);
+
+  // A cut between two texts would look like the end of the content. Not done while scrolled, held or moving,
+  // so that the edge stays.
+  if (!scrolls || offset.y > 0 || offset.held < infinity || !moving_.empty()) return;
+  const double last = endOfLast(content, end - 8);
+  const double wanted = end - last + 8;
+  const double newCut = last > end + 2 || wanted > maxCut ? 0 : wanted;
+  if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
+}
+
+// How much of an opened list must be seen: three and a half vendors.
+double Layout::firstHeight() const {
+  return 154 * std::max(1.0, environment_.textScale);
+}
+
+Size Layout::measureDisclosure(Element& element, const node::Disclosure& disclosure,
+                               const Proposal& proposal) {
+  const double shown = animations_.value(element.id, disclosure.isOpen ? 1 : 0);
+  Disclosed& before = tree_.memory().get<Disclosed>(element.id, [&] { return Disclosed{shown == 1}; });
+  if (!disclosure.isOpen) before.isDone = false;
+  if (shown == 0 && !disclosure.isOpen) element.children.clear();
+  if (element.children.empty()) return {};
+  if (!before.isDone && disclosure.isOpen) isOpening_ = true;
+  const Size content = size(*element.children.front(), {proposal.width, std::nullopt});
+  if (shown == 1) return content;
+  // What lies below the window's edge does not count: the motion would be too fast to see.
+  const double visible = std::max(firstHeight(), environment_.size.height - element.frame.y);
+  return {content.width, std::min(content.height, visible) * shown};
+}
+
+void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosure, const Rect& frame,
+                             const Proposal& proposal) {
+  const double shown = animations_.value(element.id, disclosure.isOpen ? 1 : 0);
+  if (shown != (disclosure.isOpen ? 1 : 0)) moving_.push_back(&element);
+  if (element.children.empty()) return;
+  const Proposal offered{proposal.width, std::nullopt};
+  const Size content = size(*element.children.front(), offered);
+
+  const Viewport outer = viewport_;
+  Disclosed& before = tree_.memory().get<Disclosed>(element.id, [] { return Disclosed{}; });
+  if (disclosure.isOpen && !before.isDone && outer.offset) {
+    const double wanted = std::min(content.height, firstHeight()) * shown;
+    // The row that opens stays in sight, too.
+    const double distance =
+        std::min(frame.y + wanted - outer.visible.bottom(),
+                 element.parent->frame.y - outer.visible.y - fadedEdge + outer.offset->growth);
+    if (distance > 0.5) {
+      outer.offset->moveUp(distance);
+      forgetSizes(element);
+      needsAnotherPass_ = true;
+    }
+  }
+  if (shown < 1) {
+    viewport_.clip = outer.clip ? outer.clip->intersection(frame) : frame;
+    viewport_.visible = outer.visible.intersection(frame);
+  }
+  before.isDone = shown == 1;
+  place(*element.children.front(), {frame.x, frame.y, content.width, content.height}, offered);
+  viewport_ = outer;
 }
 
 Size Layout::measureRows(Element& element, const Proposal& proposal) {
-  LazyRowsState& state = *element.lazyRows;
+  RowHeights& state = element.lazyRows->measured;
   if (state.heights.empty()) return {};
   const double width = proposal.width.value_or(environment_.size.width);
   const Proposal offered{width, std::nullopt};
@@ -78,32 +213,32 @@ Size Layout::measureRows(Element& element, const Proposal& proposal) {
 // a row above the visible part turns out taller or shorter than expected, the scroll offset changes by the
 // difference, so that the visible rows stay in place.
 void Layout::placeRows(Element& element, const Rect& frame) {
-  LazyRowsState& state = *element.lazyRows;
+  auto& [measured, rows] = *element.lazyRows;
   const Rect visible = viewport_.visible;
   const double margin = rows_ == Rows::all ? infinity : visible.height;
-  const Proposal offered{state.width, std::nullopt};
+  const Proposal offered{measured.width, std::nullopt};
   double top = frame.y;
-  for (std::size_t index = 0; index < state.heights.size(); ++index) {
-    double& height = state.heights[index];
-    const double expected = height < 0 ? state.estimate : height;
+  for (std::size_t index = 0; index < measured.heights.size(); ++index) {
+    double& height = measured.heights[index];
+    const double expected = height < 0 ? measured.estimate : height;
     const bool isFar = top + expected < visible.y - margin || top > visible.bottom() + margin;
-    if (isFar && index > 0 && index + 1 < state.heights.size()) {
-      const auto row = state.rows.find(index);
-      if (row == state.rows.end() || !holdsKept(*row->second)) {
-        if (row != state.rows.end()) state.rows.erase(row);
+    if (isFar && index > 0 && index + 1 < measured.heights.size()) {
+      const auto row = rows.find(index);
+      if (row == rows.end() || !holdsKept(*row->second)) {
+        if (row != rows.end()) rows.erase(row);
         top += expected;
         continue;
       }
     }
     Element& row = tree_.row(element, index);
     height = size(row, offered).height;
-    if (height != expected) rowsChanged_ = true;
+    if (height != expected) needsAnotherPass_ = true;
     place(row, {frame.x, top, frame.width, height}, offered);
     const bool isAbove = viewport_.offset && top + expected <= visible.y;
     if (isAbove) viewport_.offset->y += height - expected;
     top += isAbove ? expected : height;
   }
-  if (rowsChanged_) forgetSizes(element);
+  if (needsAnotherPass_) forgetSizes(element);
 }
 
 bool Layout::holdsKept(const Element& element) const {

@@ -55,7 +55,8 @@ QColor mixed(const Color& from, const Color& to, double share) {
 }
 
 void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& size) {
-  constexpr double inset = look::knobInset;
+  const double unit = size.height() / 31;  // the height at text scale 1
+  const double inset = look::knobInset * unit;
   const double knob = size.height() - 2 * inset;
   const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
   const double x = inset + (size.width() - 2 * inset - knob) * position;
@@ -67,9 +68,20 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
   painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
   for (const look::KnobShadow& shadow : look::knobShadows) {
-    disc(shadow.growth, shadow.offset, QColor::fromRgbF(0, 0, 0, static_cast<float>(shadow.alpha)));
+    disc(shadow.growth * unit, shadow.offset * unit, QColor::fromRgbF(0, 0, 0, static_cast<float>(shadow.alpha)));
   }
   disc(0, 0, toQColor(toggle.knobColor));
+}
+
+// A column of pixels in which a box's colour fades away, without a visible start.
+QImage fadeColumn(const visual::Box& box, int height) {
+  QImage column(1, height, QImage::Format_ARGB32);
+  for (int y = 0; y < height; ++y) {
+    const double passed = (y + 0.5) / height;
+    const double t = box.fade > 0 ? 1 - passed : passed;
+    column.setPixelColor(0, y, toQColor(box.color.withAlpha(box.color.alpha * t * t * (3 - 2 * t))));
+  }
+  return column;
 }
 
 // Creates the node that draws a visual, in the item's size; has one overload per kind of visual.
@@ -87,6 +99,7 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Box& box) const {
+    if (box.fade != 0) return imageNode(fadeColumn(box, std::max(1, qRound(size.height() * ratio()))));
     if (box.cornerRadius > 0) return patchNode(boxPatch(box.color, box.cornerRadius, ratio()));
     QSGRectangleNode* node = window.createRectangleNode();
     node->setColor(toQColor(box.color));
@@ -102,12 +115,7 @@ struct NodeMaker {
     const auto* image = dynamic_cast<const QtImage*>(picture.image.get());
     if (!image) return nullptr;
     const QSize pixels = (size * ratio()).toSize();
-    const QImage scaled = image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    QSGImageNode* node = window.createImageNode();
-    node->setTexture(window.createTextureFromImage(scaled, QQuickWindow::TextureHasAlphaChannel));
-    node->setOwnsTexture(true);
-    node->setRect(QRectF(QPointF(0, 0), size));
-    return node;
+    return imageNode(image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   }
 
   QSGNode* operator()(const visual::Switch& toggle) const {
@@ -116,6 +124,14 @@ struct NodeMaker {
 
   QSGNode* operator()(const visual::FocusRing& ring) const {
     return patchNode(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+  }
+
+  QSGNode* imageNode(const QImage& image) const {
+    QSGImageNode* node = window.createImageNode();
+    node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
+    node->setOwnsTexture(true);
+    node->setRect(QRectF(QPointF(0, 0), size));
+    return node;
   }
 
   // Adds a margin of 2 points for shadows and strokes that extend beyond the item.

@@ -88,8 +88,8 @@ AnyView hostScreen(const State<HostContent>& content, std::vector<HostOperation>
                                            })
                                  .padding(Insets::all(16));
     const Alignment top{HorizontalAlignment::center, VerticalAlignment::top};
-    return depthStack(top,
-                      {shape(page).ignoresSafeArea(), verticalStack({}, {header(), scrollView(sections)})});
+    return depthStack(top, {shape(page).ignoresSafeArea(),
+                            verticalStack({}, {header(), scrollView(sections)}).background({.color = page})});
   });
 }
 

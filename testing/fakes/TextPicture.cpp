@@ -171,7 +171,12 @@ struct OwnLine {
     return "divider " + hex(line.color);
   }
   std::optional<std::string> operator()(const node::Scroll&) const { return "scroll"; }
-  std::optional<std::string> operator()(const node::PinnedFooter&) const { return "pinned footer"; }
+  std::optional<std::string> operator()(const node::PinnedEnds& pinned) const {
+    return pinned.growsUp ? "pinned ends growing up" : "pinned ends";
+  }
+  std::optional<std::string> operator()(const node::Disclosure& disclosure) const {
+    return disclosure.isOpen ? "open" : "closed";
+  }
   std::optional<std::string> operator()(const node::LazyRows& rows) const {
     return "rows " + std::to_string(rows.count);
   }
@@ -226,6 +231,7 @@ struct WrapperText {
                        optionally("value", own.value) + optionally("description", own.description);
     if (own.isModal) text += " modal";
     if (own.isDismissal) text += " dismissal";
+    if (own.focusRequests > 0) text += " asking for the focus";
     return text;
   }
   template <class Other>

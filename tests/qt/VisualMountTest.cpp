@@ -114,6 +114,16 @@ QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
   return image;
 }
 
+TEST_F(VisualMountTest, FadesABoxFromEdgeToEdge) {
+  mount.update({{1, 0, {0, 0, 40, 40}, {}, 1, visual::Box{{0, 0, 1, 1}, 0, 1}},
+                {2, 0, {50, 0, 40, 40}, {}, 1, visual::Box{{0, 0, 1, 1}, 0, -1}}});
+  for (const int y : {1, 10, 20, 30, 38}) {
+    EXPECT_NEAR(at(20, y).red(), 255 - at(70, y).red(), 8) << y;
+    EXPECT_LT(at(20, y - 1).red(), at(20, y + 1).red()) << y;
+  }
+  EXPECT_EQ(at(20, 0), QColor(Qt::blue));
+}
+
 TEST_F(VisualMountTest, FillsTranslucentBoxesEvenly) {
   const QColor mixed(255 - 51, 255 - 102, 255);  // the box's colour at 40 % over white
   for (const double ratio : {1.0, 1.5, 2.0, 2.625}) {
