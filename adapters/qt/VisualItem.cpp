@@ -68,7 +68,8 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
   painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
   painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
   for (const look::KnobShadow& shadow : look::knobShadows) {
-    disc(shadow.growth * unit, shadow.offset * unit, QColor::fromRgbF(0, 0, 0, static_cast<float>(shadow.alpha)));
+    disc(shadow.growth * unit, shadow.offset * unit,
+         QColor::fromRgbF(0, 0, 0, static_cast<float>(shadow.alpha)));
   }
   disc(0, 0, toQColor(toggle.knobColor));
 }
