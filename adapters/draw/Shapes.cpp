@@ -71,12 +71,17 @@ ShapePicture ringCornerPicture(const CornerCurve& outer, const CornerCurve& inne
   });
 }
 
-ShapePicture symbolPicture(Glyph glyph, FontWeight weight, double side, int margin) {
+ShapePicture symbolPicture(Glyph glyph, FontWeight weight, double side, int margin, double turns,
+                           bool isMirrored) {
   const look::SymbolLines lines = look::symbolLines(glyph);
   const double radius = look::symbolStroke(weight) * side / 2;
   const int whole = static_cast<int>(std::ceil(side)) + 2 * margin;
+  const double sine = std::sin(turns * 2 * std::numbers::pi);
+  const double cosine = std::cos(turns * 2 * std::numbers::pi);
   return painted(whole, whole, [&](double x, double y) {
-    const Point p{(x - whole / 2.0) / side + 0.5, (y - whole / 2.0) / side + 0.5};
+    const double across = (isMirrored ? whole / 2.0 - x : x - whole / 2.0) / side;
+    const double down = (y - whole / 2.0) / side;
+    const Point p{across * cosine + down * sine + 0.5, down * cosine - across * sine + 0.5};
     double distance = whole;
     for (std::size_t i = 0; i < static_cast<std::size_t>(lines.lineCount); ++i) {
       const auto& [from, over, to] = lines.points[i];

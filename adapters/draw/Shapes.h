@@ -30,8 +30,10 @@ ShapePicture cornerPicture(const CornerCurve& curve, int side);
 /// The top left corner of a box without a smaller box in it, which lies `stroke` pixels from its edges.
 ShapePicture ringCornerPicture(const CornerCurve& outer, const CornerCurve& inner, double stroke, int side);
 
-/// A symbol in the middle of its picture, `side` pixels large and `margin` pixels from the edges.
-ShapePicture symbolPicture(view::Glyph glyph, platform::FontWeight weight, double side, int margin);
+/// A symbol in the middle of its picture, `side` pixels large and `margin` pixels from the edges. It is
+/// turned clockwise, and then mirrored.
+ShapePicture symbolPicture(view::Glyph glyph, platform::FontWeight weight, double side, int margin,
+                           double turns, bool isMirrored);
 
 /// A circle in the middle of its picture, which ends `margin` pixels beyond it.
 ShapePicture knobPicture(double diameter, int margin);

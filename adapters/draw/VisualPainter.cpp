@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <utility>
 
 #include "TalvoConsentSDK/view/Look.h"
@@ -28,7 +27,8 @@ enum Kind : std::uint32_t {
   pictureKind
 };
 
-constexpr int symbolMargin = 2;  // pixels; a symbol's lines extend beyond its square
+constexpr long symbolSteps = 256;  // directions of a symbol in a turn
+constexpr int symbolMargin = 2;    // pixels; a symbol's lines extend beyond its square
 constexpr Color opaqueWhite{1, 1, 1, 1};
 constexpr double shadowReach = 3;  // in standard deviations
 constexpr int shadowSteps = 12;    // of the grid that draws a shadow's corner
@@ -226,26 +226,19 @@ void VisualPainter::drawLine(const ShapedLine& line, double fontPixels, double x
 void VisualPainter::draw(const Visual& visual, const visual::Symbol& symbol) {
   const double side = visual.frame.width * size_.scale;
   if (side <= 0) return;
+  // Each direction is a picture of its own: some renderers are wrong by a pixel in pictures that are turned.
+  const long steps = std::lround(symbol.turns * symbolSteps);
+  const auto direction = static_cast<std::uint32_t>((steps % symbolSteps + symbolSteps) % symbolSteps * 2 +
+                                                    (symbol.isMirrored ? 1 : 0));
   const AtlasKey key{symbolKind, static_cast<std::uint32_t>(symbol.glyph),
-                     static_cast<std::uint32_t>(symbol.weight), sixteenths(side)};
-  const AtlasPlace picture =
-      shape(key, [&] { return symbolPicture(symbol.glyph, symbol.weight, side, symbolMargin); });
-  // The picture's edges are on whole pixels if the symbol is not turned.
+                     static_cast<std::uint32_t>(symbol.weight), sixteenths(side), direction};
+  const AtlasPlace picture = shape(key, [&] {
+    return symbolPicture(symbol.glyph, symbol.weight, side, symbolMargin,
+                         static_cast<double>(steps) / symbolSteps, symbol.isMirrored);
+  });
   const double half = picture.width / 2.0;
-  const Point center{std::round(visual.frame.center().x * size_.scale - half) + half,
-                     std::round(visual.frame.center().y * size_.scale - half) + half};
-  const double angle = symbol.turns * 2 * std::numbers::pi;
-  const auto turned = [&](double x, double y) {
-    const double across = x * std::cos(angle) - y * std::sin(angle);
-    return Point{center.x + (symbol.isMirrored ? -across : across),
-                 center.y + x * std::sin(angle) + y * std::cos(angle)};
-  };
-  const Rect from = sourceOf(picture);
-  triangles_.addQuad(
-      TextureFormat::alpha8,
-      {turned(-half, -half), turned(half, -half), turned(half, half), turned(-half, half)},
-      {{{from.x, from.y}, {from.right(), from.y}, {from.right(), from.bottom()}, {from.x, from.bottom()}}},
-      faded(symbol.color));
+  drawPicture(picture, std::round(visual.frame.center().x * size_.scale - half),
+              std::round(visual.frame.center().y * size_.scale - half), faded(symbol.color));
 }
 
 // Draws a corner's picture in all four corners, mirrored where needed.
