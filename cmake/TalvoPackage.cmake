@@ -16,7 +16,7 @@ if(library_type STREQUAL "STATIC_LIBRARY")
   set(TALVO_IS_STATIC ON)
 endif()
 # What a host is told if it asks for a component that was left out. Empty if nothing was.
-foreach(part IN ITEMS curl:libcurl draw:HarfBuzz sqlite:SQLite qt:Qt)
+foreach(part IN ITEMS curl:libcurl draw:HarfBuzz gles:OpenGL sdl:SDL sqlite:SQLite qt:Qt)
   string(REPLACE ":" ";" part ${part})
   list(GET part 0 component)
   string(TOUPPER ${component} option)

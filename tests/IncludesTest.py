@@ -26,7 +26,10 @@ TalvoConsentSDK/core/CookiesSDK.h    #include <simdjson.h>
 adapters/curl/CurlHeader.cpp         #include "adapters/sqlite/StoreFile.h"
 adapters/curl/CurlHeader.h           class StoreConnection;
 adapters/sqlite/StoreFile.cpp        #include "TalvoConsentSDK/models/FullConsent.h"
-adapters/draw/FontSet.cpp           #include "adapters/qt/QtText.h"
+adapters/draw/FontSet.cpp            #include "adapters/qt/QtText.h"
+adapters/gles/GLESRenderer.h         #include "adapters/draw/ConsentSurface.h"
+adapters/sdl/SDLInput.cpp            #include "adapters/threads/MainQueue.h"
+bindings/gles/TalvoGLES.cpp          #include "adapters/draw/ConsentSurface.h"
 adapters/qt/ViewWindow.cpp           #include "adapters/curl/CurlURLSession.h"
 adapters/threads/MainQueue.cpp       #include "adapters/posix/PosixPlatform.h"
 adapters/cache/CacheRules.cpp        #include "adapters/threads/BackgroundThread.h"

@@ -74,7 +74,7 @@ TEST(ConsentSurfaceTest, FadesByTheClock) {
   EXPECT_LT(opacity(), 40);
   EXPECT_GT(shown.settle(), 15) << "0.3 seconds";
   EXPECT_EQ(opacity(), 255);
-  ConsentBannerPresenter::shared()->dismiss();
+  shown.presenter->dismiss();
   EXPECT_TRUE(shown.surface.needsFrame());
   shown.settle();
   EXPECT_FALSE(shown.surface.isShowing());
@@ -179,7 +179,6 @@ TEST(ConsentSurfaceTest, OutlivesNothing) {
   mainActor->runAll();
   EXPECT_EQ(ended, 1) << "the completion of a fade is called once, even if the surface goes first";
   EXPECT_THAT(Platform::current().application->connectedScenes(), IsEmpty());
-  ConsentBannerPresenter::shared()->dismiss();
 }
 
 }  // namespace

@@ -27,6 +27,16 @@ inline std::string siteFile(const std::string& name) {
   return text;
 }
 
+/// Shows the banner of the demo site on the installed platform.
+inline void showSite(ConsentBannerPresenter& presenter, const std::string& language,
+                     const std::string& customization = {}) {
+  const auto document = parsed<BannerCustomization>(
+      customization.empty() ? siteFile("demo/customization." + language + ".json") : customization);
+  const ConsentBannerView banner(
+      *document.customization, parsed<Services>(siteFile("demo/services." + language + ".json")), {}, {}, {});
+  presenter.show(banner, *document.customization);
+}
+
 class ShownSurface {
  public:
   explicit ShownSurface(SurfaceOptions options = {}, const std::string& language = "en",
@@ -43,13 +53,7 @@ class ShownSurface {
     platform.printer = fakes.printer;
     surface.addTo(platform);
     Platform::install(platform);
-    const std::string document =
-        customization.empty() ? siteFile("demo/customization." + language + ".json") : customization;
-    const auto parsedDocument = parsed<BannerCustomization>(document);
-    const ConsentBannerView banner(*parsedDocument.customization,
-                                   parsed<Services>(siteFile("demo/services." + language + ".json")), {}, {},
-                                   {});
-    ConsentBannerPresenter::shared()->show(banner, *parsedDocument.customization);
+    showSite(*presenter, language, customization);
   }
 
   /// Draws frames until nothing moves, for at most two seconds of the surface's clock. Returns the number of
@@ -85,6 +89,7 @@ class ShownSurface {
   }
 
   MemoryPlatform fakes;
+  const std::shared_ptr<ConsentBannerPresenter> presenter = std::make_shared<ConsentBannerPresenter>();
   std::chrono::steady_clock::time_point time;
   ConsentSurface surface;
   Rasterizer screen;
