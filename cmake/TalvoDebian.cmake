@@ -14,7 +14,8 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/adapters/draw
   ${PROJECT_BINARY_DIR}/testing/fakes
   ${PROJECT_BINARY_DIR}/adapters/posix ${PROJECT_BINARY_DIR}/adapters/qt ${PROJECT_BINARY_DIR}/adapters/sqlite
-  ${PROJECT_BINARY_DIR}/adapters/texts ${PROJECT_BINARY_DIR}/adapters/threads ${PROJECT_BINARY_DIR}/bindings/c)
+  ${PROJECT_BINARY_DIR}/adapters/texts ${PROJECT_BINARY_DIR}/adapters/threads ${PROJECT_BINARY_DIR}/bindings/c
+  ${PROJECT_BINARY_DIR}/bindings/c/surface)
 # Tells Debian's tools which package a program linked with the libraries depends on.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")

@@ -36,6 +36,7 @@ adapters/cache/CacheRules.cpp        #include "adapters/threads/BackgroundThread
 adapters/sqlite/SQLiteCacheStorage.h #include "adapters/cache/CacheRules.h"
 adapters/texts/TranslatedTexts.cpp   #include "TalvoConsentSDK/view/TextDirection.h"
 bindings/c/Boundary.cpp              #include "adapters/curl/CurlURLSession.h"
+bindings/c/surface/Surface.cpp       #include "adapters/posix/PosixPlatform.h"
 testing/LoopbackServer.cpp           #include "adapters/curl/CurlURLSession.h"
 apps/host/Script.cpp                 #include "TalvoConsentSDK/models/json/JSONNode.h"
 """

@@ -52,11 +52,14 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
       {"button Manage; button Manage; button Save", {"managed", "saved", "released"}},
       {"button Close", {"closed", "released"}},
       {"another", {"replaced", "released"}},
-      {"nowhere", {std::to_string(TALVO_NOT_SHOWN), "released"}},
+      {"background", {std::to_string(TALVO_NOT_SHOWN), "released"}},
+      {"nowhere", {std::to_string(TALVO_NO_SURFACE), "released"}},
   };
   for (const auto& way : ways) {
     const auto scenes = platform.application->scenes;
     if (way.taps == "nowhere") platform.application->scenes.clear();
+    platform.scene->state =
+        way.taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
     ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
     platform.settle();
     platform.application->scenes = scenes;

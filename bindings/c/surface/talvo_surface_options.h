@@ -30,11 +30,11 @@ typedef struct talvo_surface_settings {
 
   double text_scale; /* multiplies every font size, from 1 to about 3; 0 for 1 */
 
-  /* What the system's bars and notches cover, in points. */
+  /* What the system's bars and notches cover, in points. Lines begin on the leading side. */
   double safe_area_top;
-  double safe_area_left;
+  double safe_area_leading;
   double safe_area_bottom;
-  double safe_area_right;
+  double safe_area_trailing;
 
   talvo_direction direction; /* of the whole banner */
   int high_contrast;
@@ -86,8 +86,7 @@ typedef struct talvo_surface_options {
 
   talvo_foreground_callback is_in_foreground; /* if null, the host always is */
   talvo_url_callback open_url;                /* if null, nothing is opened, and one line is printed */
-  talvo_callback
-      on_needs_frame; /* talvo_surface_needs_frame returns 1 from now on; must not call the surface */
+  talvo_callback on_needs_frame; /* talvo_surface_needs_frame returns 1 again; must not call the surface */
   talvo_line_break_callback break_lines; /* if null, lines in these scripts end between any two characters */
   void* user_data;                       /* for all of these callbacks */
   talvo_callback release; /* called once the surface is destroyed; none of the others is called after it */
