@@ -18,16 +18,6 @@
 
 namespace TalvoConsentSDK {
 
-inline void savePicture(const std::string& file, int width, int height,
-                        const std::vector<std::uint8_t>& bytes) {
-  png_image png{};
-  png.version = PNG_IMAGE_VERSION;
-  png.width = static_cast<png_uint_32>(width);
-  png.height = static_cast<png_uint_32>(height);
-  png.format = PNG_FORMAT_RGB;
-  EXPECT_NE(png_image_write_to_file(&png, file.c_str(), 0, bytes.data(), 0, nullptr), 0) << file;
-}
-
 class Rasterizer {
  public:
   using Pixel = std::array<double, 4>;  // from 0 to 1
@@ -60,17 +50,19 @@ class Rasterizer {
   Pixel at(int x, int y) const { return pixels_[static_cast<std::size_t>(y * width_ + x)]; }
   std::size_t textureCount() const { return textures_.size(); }
 
-  /// Red, green, blue of each pixel, from 0 to 255.
-  std::vector<std::uint8_t> bytes() const {
+  void save(const std::string& file) const {
     std::vector<std::uint8_t> bytes;
     for (const Pixel& pixel : pixels_) {
       for (std::size_t c = 0; c < 3; ++c)
         bytes.push_back(static_cast<std::uint8_t>(std::lround(pixel[c] * 255)));
     }
-    return bytes;
+    png_image png{};
+    png.version = PNG_IMAGE_VERSION;
+    png.width = static_cast<png_uint_32>(width_);
+    png.height = static_cast<png_uint_32>(height_);
+    png.format = PNG_FORMAT_RGB;
+    EXPECT_NE(png_image_write_to_file(&png, file.c_str(), 0, bytes.data(), 0, nullptr), 0) << file;
   }
-
-  void save(const std::string& file) const { savePicture(file, width_, height_, bytes()); }
 
  private:
   struct Texture {

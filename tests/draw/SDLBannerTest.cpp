@@ -7,6 +7,7 @@
 #include "adapters/sdl/SDLInput.h"
 #include "adapters/sdl/SDLPlatform.h"
 
+#include "tests/draw/SavedPicture.h"
 #include "tests/draw/ShownSurface.h"
 
 namespace TalvoConsentSDK {
@@ -208,7 +209,7 @@ TEST_F(SDLBannerTest, DrawsEverythingAgainAfterAResetAndAResize) {
     SDL_SetWindowSize(window.window, width, 1688);
     SDL_PumpEvents();
     const auto before = picture();
-    savePicture(::testing::TempDir() + "sdl_banner_" + std::to_string(width) + ".png", width, 1688, before);
+    savePicture("sdl_banner_" + std::to_string(width), width, 1688, before);
     std::size_t covered = 0;  // the frame behind the card has no green
     for (std::size_t i = 1; i < before.size(); i += 3) covered += before[i] > 10 ? 1 : 0;
     EXPECT_GT(static_cast<double>(covered) * 3 / static_cast<double>(before.size()), 0.3);
