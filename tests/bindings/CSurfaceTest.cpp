@@ -37,15 +37,15 @@ struct CSurfaceTest : ClientTest {
 
 TEST_F(CSurfaceTest, RefusesWhatItCannotUse) {
   const std::pair<const char*, std::function<void()>> mistakes[] = {
-      {"options->size", [&] { --options.size; }},
+      {"options has a size", [&] { --options.size; }},
       {"width", [&] { options.width = -1; }},
       {"scale", [&] { options.scale = std::nan(""); }},
       {"max_texture_size", [&] { options.max_texture_size = 511; }},
       {"fonts", [&] { options.font_count = 1; }},
-      {"settings->size", [&] { settings.size = 0; }},
+      {"settings has a size", [&] { settings.size = 0; }},
       {"text_scale", [&] { settings.text_scale = HUGE_VAL; }},
       {"safe_area_top", [&] { settings.safe_area_top = -1; }},
-      {"direction 9", [&] { settings.direction = 9; }},
+      {"direction", [&] { settings.direction = 9; }},
   };
   for (const auto& [named, make] : mistakes) {
     const auto good = std::pair(options, settings);
