@@ -6,7 +6,8 @@ get_property(components GLOBAL PROPERTY TALVO_COMPONENTS)
 list(REMOVE_DUPLICATES components)
 foreach(component IN LISTS components)
   talvo_package_suffix(${component})
-  install(EXPORT TalvoConsentSDK-${component}
+  # Each file includes all whose names begin with its own and "-". So the name of one must not begin that of another.
+  install(EXPORT TalvoConsentSDK-${component} FILE TalvoConsentSDK-${component}-targets.cmake
     NAMESPACE TalvoConsentSDK:: DESTINATION ${TALVO_INSTALL_CMAKEDIR} COMPONENT development${suffix})
 endforeach()
 

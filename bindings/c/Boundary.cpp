@@ -27,13 +27,13 @@ talvo_status statusOf(const HTTPClientError& error) {
 
 }  // namespace
 
-const char* InvalidArgument::what() const noexcept {
-  return description_.c_str();
-}
-
 const char* NotShown::what() const noexcept {
   return status_ == TALVO_NO_SURFACE ? "There is no surface for the banner: talvo_surface_create makes one"
                                      : "The host is not in the foreground";
+}
+
+void refuse(const char* name, const char* reason) {
+  throw Error(InvalidArgument(std::string(name) + " " + reason));
 }
 
 talvo_error describe(const Error& error) {

@@ -21,10 +21,10 @@
 namespace TalvoConsentSDK::c {
 
 /// An argument that cannot be used.
-class TALVO_EXPORT InvalidArgument : public std::exception {
+class InvalidArgument : public std::exception {
  public:
   explicit InvalidArgument(std::string description) : description_(std::move(description)) {}
-  const char* what() const noexcept override;
+  const char* what() const noexcept override { return description_.c_str(); }
 
  private:
   std::string description_;
@@ -51,10 +51,13 @@ TALVO_EXPORT talvo_status remember(const Error& error) noexcept;
 /// Clears the text that `remember` has kept.
 TALVO_EXPORT void forget() noexcept;
 
+/// Throws an InvalidArgument whose description is the name, a blank and the reason.
+[[noreturn]] TALVO_EXPORT void refuse(const char* name, const char* reason);
+
 /// Returns the argument. Throws an InvalidArgument if it is null.
 template <class T>
 T& required(T* argument, const char* name) {
-  if (!argument) throw Error(InvalidArgument(std::string(name) + " is null"));
+  if (!argument) refuse(name, "is null");
   return *argument;
 }
 inline std::string requiredText(const char* argument, const char* name) {
@@ -67,7 +70,7 @@ inline std::string requiredText(const char* argument, const char* name) {
 template <class T>
 T copied(const T* structure, std::size_t least, const char* name) {
   const std::size_t size = required(structure, name).size;
-  if (size < least) throw Error(InvalidArgument(std::string(name) + "->size is too small"));
+  if (size < least) refuse(name, "has a size that is too small");
   T copy{};
   std::memcpy(&copy, structure, std::min(size, sizeof copy));
   return copy;

@@ -41,7 +41,7 @@ std::optional<LayoutDirection> directionOf(talvo_direction direction) {
     case TALVO_RIGHT_TO_LEFT:
       return LayoutDirection::rightToLeft;
     default:
-      throw Error(InvalidArgument("There is no direction " + std::to_string(direction)));
+      refuse("direction", "is unknown");
   }
 }
 
@@ -63,9 +63,7 @@ std::vector<FontSource> fontsOf(const talvo_surface_options& options) {
 }  // namespace
 
 double inRange(double number, double least, double most, const char* name) {
-  if (!(number >= least && number <= most)) {  // false for NaN
-    throw Error(InvalidArgument(std::string(name) + " is out of range"));
-  }
+  if (!(number >= least && number <= most)) refuse(name, "is out of range");  // NaN, too
   return number;
 }
 

@@ -1,7 +1,6 @@
 // The C interface of surfaces: the user's input.
 
 #include <cmath>
-#include <string>
 
 #include "bindings/c/surface/Surface.h"
 #include "bindings/c/surface/talvo_surface_input.h"
@@ -16,7 +15,7 @@ static_assert(static_cast<int>(ControllerStick::right) == TALVO_STICK_RIGHT);
 namespace {
 
 double finite(double number, const char* name) {
-  if (!std::isfinite(number)) throw Error(InvalidArgument(std::string(name) + " is not finite"));
+  if (!std::isfinite(number)) refuse(name, "is not finite");
   return number;
 }
 
@@ -33,7 +32,7 @@ SurfaceKey keyOf(talvo_key key) {
 ControllerStick stickOf(talvo_stick stick) {
   if (stick == TALVO_STICK_LEFT) return ControllerStick::left;
   if (stick == TALVO_STICK_RIGHT) return ControllerStick::right;
-  throw Error(InvalidArgument("There is no stick " + std::to_string(stick)));
+  refuse("stick", "is unknown");
 }
 
 // Calls `body` with the surface, and returns its answer, if the position can be used.

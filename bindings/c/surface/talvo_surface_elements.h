@@ -44,7 +44,10 @@ typedef struct talvo_element {
   const char* language; /* from talvo_surface_settings */
 
   /* In pixels. For a control, the area that can be touched. May be scrolled out of sight. */
-  double x, y, width, height;
+  double x;
+  double y;
+  double width;
+  double height;
 
   int is_enabled;
   int is_focused;
