@@ -11,6 +11,7 @@
 #include <hb.h>
 
 #include FT_FREETYPE_H
+#include FT_MODULE_H
 #include FT_MULTIPLE_MASTERS_H
 #include FT_OUTLINE_H
 
@@ -32,6 +33,9 @@ std::shared_ptr<FT_LibraryRec_> freeType() {
   FT_Library made = nullptr;
   if (FT_Init_FreeType(&made) != 0) return nullptr;
   const std::shared_ptr<FT_LibraryRec_> library(made, FT_Done_FreeType);
+  // Small letters of OpenType fonts would be too thin.
+  const FT_Bool isThin = 0;
+  FT_Property_Set(made, "cff", "no-stem-darkening", &isThin);
   shared = library;
   return library;
 }

@@ -49,6 +49,10 @@ class FontFace {
   std::string family;
   int weight = 400;  // from 1 to 1000
 
+  /// Whether it is the font for a script (see view/Look.h). It then also draws the blanks, digits and
+  /// punctuation between the letters of this script.
+  bool isForScript = false;
+
   // In ems; y grows downwards, so that the underline's distance from the baseline is positive.
   double unit = 0;  // of the shaper's lengths
   double ascent = 0;

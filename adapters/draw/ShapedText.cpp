@@ -38,6 +38,14 @@ bool isInvisible(char32_t c) {
          category == HB_UNICODE_GENERAL_CATEGORY_FORMAT;
 }
 
+// Japanese draws some of the letters that it shares with Chinese differently.
+bool isJapanese(const std::u32string& text) {
+  return std::ranges::any_of(text, [](char32_t c) {
+    const hb_script_t script = hb_unicode_script(unicode(), c);
+    return script == HB_SCRIPT_HIRAGANA || script == HB_SCRIPT_KATAKANA;
+  });
+}
+
 bool hasOwnScript(hb_script_t script) {
   return script != HB_SCRIPT_COMMON && script != HB_SCRIPT_INHERITED && script != HB_SCRIPT_UNKNOWN;
 }
@@ -56,7 +64,7 @@ struct ShapedText::Shape {
 ShapedText::ShapedText(std::string_view utf8, FontWeight weight, FontSet& fonts, const std::string& language,
                        const LineBreaker& breaker)
     : text_(charactersOf(utf8)),
-      language_(language),
+      language_(isJapanese(text_.codes) ? "ja" : language),
       font_(fonts.first(weight)),
       space_(font_ ? font_->spaceWidth : 0),
       breaks_(lineBreaks(utf8, text_, language, breaker)),
@@ -85,7 +93,9 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
       const hb_script_t own = hb_unicode_script(unicode(), c);
       if (hasOwnScript(own)) script = own;
       const bool joins = run.face && (continuesCharacter(c) || isInvisible(c));
-      const FontFace* const face = joins ? run.face : fonts.faceFor(c, weight);
+      const bool keepsFont =
+          joins || (run.face && run.face->isForScript && !hasOwnScript(own) && run.face->has(c));
+      const FontFace* const face = keepsFont ? run.face : fonts.faceFor(c, weight);
       const bool isSame = run.face == face && run.script == static_cast<std::uint32_t>(script);
       if (run.end > run.begin && !isSame && !joins) {
         split.push_back(run);
@@ -149,8 +159,9 @@ ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size
   result.glyphs.reserve(count);
   for (unsigned i = 0; i < count; ++i) {
     const std::size_t character = std::clamp<std::size_t>(infos[i].cluster, begin, end - 1);
-    // Blanks are equally wide in all scripts, so that a line of several scripts is even.
-    const bool isSpace = text_.codes[character] == ' ' && places[i].x_advance > 0 && run.face != font_;
+    // A fallback for single letters does not change how wide blanks are.
+    const bool isSpace = text_.codes[character] == ' ' && places[i].x_advance > 0 && run.face != font_ &&
+                         !run.face->isForScript;
     // A damaged font may have letters of any width.
     const double advance = isSpace ? space_ : std::clamp(places[i].x_advance * run.face->unit, 0.0, 20.0);
     result.glyphs.push_back({infos[i].codepoint, character, places[i].x_offset * run.face->unit,

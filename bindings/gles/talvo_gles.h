@@ -28,7 +28,7 @@ TALVO_API void talvo_gles_destroy(talvo_gles* renderer);
  * there is not enough memory.
  */
 TALVO_API int talvo_gles_draw(talvo_gles* renderer, const talvo_draw_list* list, int32_t width,
-                                   int32_t height);
+                              int32_t height);
 
 /*
  * Call it if the context was lost, even if there is no new one yet. Call talvo_surface_forget_textures, too.

@@ -25,6 +25,17 @@ double difference(const Bytes& a, const Bytes& b) {
   return static_cast<double>(count) / static_cast<double>(a.size());
 }
 
+Bytes bytesOf(const Rasterizer& screen) {
+  Bytes bytes;
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      for (const float each : screen.at(x, y))
+        bytes.push_back(static_cast<std::uint8_t>(std::lround(each * 255)));
+    }
+  }
+  return bytes;
+}
+
 void press(ShownSurface& shown, const std::string& name) {
   const SurfaceElement* const button = shown.find(Role::button, name);
   ASSERT_TRUE(button);
@@ -71,12 +82,14 @@ const struct Screen {
   std::string language = "en";
   std::string tapped = "";
   SurfaceSettings settings = {};
+  double toleranceOfSDL = 0.001;
 } screens[] = {
     {"main"},
     {"main_ar", "ar"},
     {"preferences", "en", "Manage preferences"},
     {"preferences_ar", "ar", "إدارة التفضيلات"},
-    {"large_de", "de", "Einstellungen verwalten", {.textScale = 2}},
+    // SDL's software renderer rounds down in every step, which adds up where a list fades out.
+    {"large_de", "de", "Einstellungen verwalten", {.textScale = 2}, 0.003},
     {"contrast", "en", "Manage preferences", {.highContrast = true}},
 };
 
@@ -84,7 +97,7 @@ class RenderersTest : public TestWithParam<Screen> {};
 INSTANTIATE_TEST_SUITE_P(All, RenderersTest, ValuesIn(screens), byName);
 
 TEST_P(RenderersTest, DrawTheSamePicture) {
-  const auto& [name, language, tapped, settings] = GetParam();
+  const auto& [name, language, tapped, settings, toleranceOfSDL] = GetParam();
   ShownSurface shown({.settings = settings}, language);
   GLScreen gl(width, height);
   SDLScreen sdl;
@@ -103,7 +116,9 @@ TEST_P(RenderersTest, DrawTheSamePicture) {
   settle();
   savePicture("gles_"s + name, width, height, byGL);
   savePicture("sdl_"s + name, width, height, bySDL);
-  EXPECT_LE(difference(byGL, bySDL), 0.001);
+  shown.screen.draw(shown.list);
+  EXPECT_LE(difference(byGL, bytesOf(shown.screen)), 0.001);
+  EXPECT_LE(difference(byGL, bySDL), toleranceOfSDL);
 }
 
 TEST(GLESRendererTest, DrawsEverythingAgainInANewContext) {

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "adapters/draw/DrawTextMeasurer.h"
+#include "adapters/qt/ScriptFonts.h"
 
 #include "tests/qt/ShownBanner.h"
 
@@ -59,6 +60,7 @@ void compareWidths(const std::string& text, double textScale, FontSet& fonts) {
                                      platform::Font{TextStyle::footnote, FontWeight::medium},
                                      platform::Font{TextStyle::headline, FontWeight::bold}}) {
     QTextLayout layout(toQString(text), toQFont(font, {textScale}));
+    layout.setFormats(scriptFormats(layout.text()));
     layout.beginLayout();
     QTextLine line = layout.createLine();
     if (line.isValid()) line.setLineWidth(100'000);
@@ -82,10 +84,10 @@ TEST_P(DrawLayoutTest, AgreesWithQt) {
   HostingController& controller = *banner.surface().controller();
   const ViewEnvironment ofQt = controller.environment();
   ViewEnvironment ofDraw = ofQt;
-  const auto fonts = std::make_shared<FontSet>(std::vector<FontSource>{}, true);
   ofDraw.textMeasurer = std::make_shared<DrawTextMeasurer>(
       std::make_shared<Paragraphs>(std::make_shared<FontSet>(std::vector<FontSource>{}, true), nullptr),
       textScale);
+  const auto fonts = std::make_shared<FontSet>(std::vector<FontSource>{}, true);
   for (const bool isPreferences : {false, true}) {
     if (isPreferences) {
       const auto elements = controller.accessibleElements();
