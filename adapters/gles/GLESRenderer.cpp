@@ -7,7 +7,7 @@
 
 #include <GLES2/gl2.h>
 
-#include "adapters/gles/HostState.h"
+#include "adapters/gles/RenderingState.h"
 
 namespace TalvoConsentSDK {
 
@@ -57,9 +57,8 @@ bool GLESRenderer::prepare() {
     glAttachShader(program, shader);
     glDeleteShader(shader);  // lives as long as the program
   }
-  for (const auto& [index, name] : {std::pair(0U, "position"), {1U, "place"}, {2U, "color"}}) {
-    glBindAttribLocation(program, index, name);
-  }
+  GLuint index = 0;
+  for (const char* const name : {"position", "place", "color"}) glBindAttribLocation(program, index++, name);
   glLinkProgram(program);
   GLint isLinked = 0;
   glGetProgramiv(program, GL_LINK_STATUS, &isLinked);
@@ -99,8 +98,7 @@ void GLESRenderer::apply(const TextureUpload& upload) {
 
 bool GLESRenderer::draw(const DrawList& list, std::int32_t width, std::int32_t height) {
   if (list.commands.empty() && list.uploads.empty() && list.released.empty()) return true;
-  const HostState state;
-  glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
+  const RenderingState state;
   for (const TextureUpload& upload : list.uploads) apply(upload);
   if (!prepare()) return false;
   glUseProgram(program_);
@@ -123,11 +121,6 @@ bool GLESRenderer::draw(const DrawList& list, std::int32_t width, std::int32_t h
   attribute(0, 2, GL_FLOAT, offsetof(DrawVertex, x));
   attribute(1, 2, GL_FLOAT, offsetof(DrawVertex, u));
   attribute(2, 4, GL_UNSIGNED_BYTE, offsetof(DrawVertex, color));
-  for (const int name : {GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_DITHER})
-    glDisable(static_cast<GLenum>(name));
-  for (const int name : {GL_BLEND, GL_SCISSOR_TEST}) glEnable(static_cast<GLenum>(name));
-  glBlendEquation(GL_FUNC_ADD);
-  glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
   glViewport(0, 0, width, height);
   for (const DrawCommand& command : list.commands) {
     const Texture& texture = textures_[command.texture];

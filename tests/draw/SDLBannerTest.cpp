@@ -14,12 +14,9 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-class SDLWindow {
- public:
+struct SDLWindow {
   SDLWindow() {
-    EXPECT_EQ(SDL_Init(SDL_INIT_VIDEO), 0) << SDL_GetError();
-    EXPECT_EQ(SDL_CreateWindowAndRenderer(780, 1688, SDL_WINDOW_RESIZABLE, &window, &renderer), 0)
-        << SDL_GetError();
+    EXPECT_EQ(SDL_CreateWindowAndRenderer(780, 1688, SDL_WINDOW_RESIZABLE, &window, &renderer), 0);
   }
   ~SDLWindow() {
     SDL_DestroyRenderer(renderer);
@@ -27,56 +24,52 @@ class SDLWindow {
     SDL_Quit();
   }
 
-  SDL_Event event(Uint32 type) const {
-    SDL_Event made{};
-    made.type = type;
-    made.key.windowID = SDL_GetWindowID(window);  // at the same place in each kind of event used here
-    return made;
-  }
   SDL_Event mouse(Uint32 type, const Point& place) const {
-    SDL_Event made = event(type);
+    SDL_Event event{};
+    const auto x = static_cast<int>(place.x);
+    const auto y = static_cast<int>(place.y);
     if (type == SDL_MOUSEMOTION) {
-      made.motion.x = static_cast<int>(place.x);
-      made.motion.y = static_cast<int>(place.y);
+      event.motion = {type, 0, SDL_GetWindowID(window), 0, 0, x, y, 0, 0};
     } else {
-      made.button.button = SDL_BUTTON_LEFT;
-      made.button.x = static_cast<int>(place.x);
-      made.button.y = static_cast<int>(place.y);
+      event.button = {type, 0, SDL_GetWindowID(window), 0, SDL_BUTTON_LEFT, 0, 1, 0, x, y};
     }
-    return made;
+    return event;
   }
   SDL_Event finger(Uint32 type, const Point& place) const {
-    SDL_Event made{};
-    made.type = type;
-    made.tfinger.windowID = SDL_GetWindowID(window);
-    made.tfinger.fingerId = 3;
-    made.tfinger.x = static_cast<float>(place.x / 780);
-    made.tfinger.y = static_cast<float>(place.y / 1688);
-    return made;
+    SDL_Event event{};
+    event.tfinger = {type,
+                     0,
+                     1,
+                     3,
+                     static_cast<float>(place.x / 780),
+                     static_cast<float>(place.y / 1688),
+                     0,
+                     0,
+                     1,
+                     SDL_GetWindowID(window)};
+    return event;
   }
-  SDL_Event key(Uint32 type, SDL_Keycode code, int modifiers = 0) const {
-    SDL_Event made = event(type);
-    made.key.keysym.sym = code;
-    made.key.keysym.mod = static_cast<Uint16>(modifiers);
-    return made;
-  }
-  static SDL_Event button(Uint32 type, SDL_GameControllerButton code) {
-    SDL_Event made{};
-    made.type = type;
-    made.cbutton.button = static_cast<Uint8>(code);
-    return made;
-  }
-  static SDL_Event axis(SDL_GameControllerAxis code, int value) {
-    SDL_Event made{};
-    made.type = SDL_CONTROLLERAXISMOTION;
-    made.caxis.axis = static_cast<Uint8>(code);
-    made.caxis.value = static_cast<Sint16>(value);
-    return made;
+  SDL_Event key(Uint32 type, SDL_Keycode code, Uint16 modifiers = 0) const {
+    SDL_Event event{};
+    event.key = {type, 0, SDL_GetWindowID(window), 0, 0, 0, 0, {SDL_SCANCODE_UNKNOWN, code, modifiers, 0}};
+    return event;
   }
 
   SDL_Window* window = nullptr;
   SDL_Renderer* renderer = nullptr;
 };
+
+SDL_Event stick(Sint16 value) {
+  SDL_Event event{};
+  event.caxis = {SDL_CONTROLLERAXISMOTION, 0, 0, SDL_CONTROLLER_AXIS_LEFTY, 0, 0, 0, value, 0};
+  return event;
+}
+
+SDL_Event acceptButton(Uint32 type) {
+  SDL_Event event{};
+  event.cbutton = {type, 0, 0, SDL_CONTROLLER_BUTTON_A, 0, 0, 0};
+  return event;
+}
 
 using Events = std::vector<SDL_Event>;
 
@@ -95,16 +88,12 @@ const struct Way {
        return Events{w.finger(SDL_FINGERDOWN, place), w.finger(SDL_FINGERMOTION, place),
                      w.finger(SDL_FINGERUP, place)};
      }},
-    {"finger_and_mouse",  // as SDL reports the first finger
-     [](const SDLWindow& w, Point place) {
-       return Events{w.mouse(SDL_MOUSEBUTTONDOWN, place), w.finger(SDL_FINGERDOWN, place),
-                     w.mouse(SDL_MOUSEBUTTONUP, place), w.finger(SDL_FINGERUP, place)};
-     }},
-    {"mouse_in_a_logical_size",
+    {"finger_and_mouse_in_a_logical_size",  // as SDL reports the first finger
      [](const SDLWindow& w, Point place) {
        SDL_RenderSetLogicalSize(w.renderer, 390, 844);
        const Point half{place.x / 2, place.y / 2};
-       return Events{w.mouse(SDL_MOUSEBUTTONDOWN, half), w.mouse(SDL_MOUSEBUTTONUP, half)};
+       return Events{w.mouse(SDL_MOUSEBUTTONDOWN, half), w.finger(SDL_FINGERDOWN, place),
+                     w.mouse(SDL_MOUSEBUTTONUP, half), w.finger(SDL_FINGERUP, place)};
      }},
     {"finger_in_a_logical_size",
      [](const SDLWindow& w, Point place) {
@@ -113,22 +102,21 @@ const struct Way {
      }},
     {"keys",
      [](const SDLWindow& w, Point) {
-       Events events{w.key(SDL_KEYDOWN, SDLK_TAB), w.key(SDL_KEYUP, SDLK_TAB)};
-       events.push_back(w.key(SDL_KEYDOWN, SDLK_TAB, KMOD_LSHIFT));
-       events.push_back(w.key(SDL_KEYUP, SDLK_TAB, KMOD_LSHIFT));
-       events.push_back(w.key(SDL_KEYDOWN, SDLK_RETURN));
-       events.push_back(w.key(SDL_KEYUP, SDLK_RETURN));
-       return events;
+       return Events{w.key(SDL_KEYDOWN, SDLK_TAB),
+                     w.key(SDL_KEYUP, SDLK_TAB),
+                     w.key(SDL_KEYDOWN, SDLK_TAB, KMOD_LSHIFT),
+                     w.key(SDL_KEYUP, SDLK_TAB, KMOD_LSHIFT),
+                     w.key(SDL_KEYDOWN, SDLK_RETURN),
+                     w.key(SDL_KEYUP, SDLK_RETURN)};
      }},
     {"controller",
      [](const SDLWindow&, Point) {
-       Events events;
-       for (const int value : {-32768, 0, 32767, 0}) {
-         events.push_back(SDLWindow::axis(SDL_CONTROLLER_AXIS_LEFTY, value));
-       }
-       events.push_back(SDLWindow::button(SDL_CONTROLLERBUTTONDOWN, SDL_CONTROLLER_BUTTON_A));
-       events.push_back(SDLWindow::button(SDL_CONTROLLERBUTTONUP, SDL_CONTROLLER_BUTTON_A));
-       return events;
+       return Events{stick(-32768),
+                     stick(0),
+                     stick(32767),
+                     stick(0),
+                     acceptButton(SDL_CONTROLLERBUTTONDOWN),
+                     acceptButton(SDL_CONTROLLERBUTTONUP)};
      }},
 };
 
@@ -159,8 +147,8 @@ TEST(SDLInputTest, ScrollsWithTheWheelAndLeavesOtherWindowsAlone) {
   shown.settle();
   SDLInput input(shown.surface, window.window);
   const auto place = [&] { return shown.surface.accessibleElements()[2].frame.center(); };
-  SDL_Event wheel = window.event(SDL_MOUSEWHEEL);
-  wheel.wheel.preciseY = -1;
+  SDL_Event wheel{};
+  wheel.wheel = {SDL_MOUSEWHEEL, 0, SDL_GetWindowID(window.window), 0, 0, -1, 0, 0, -1, 0, 0};
   const Point before = place();
   EXPECT_TRUE(input.handle(window.mouse(SDL_MOUSEMOTION, {390, 900})));
   EXPECT_TRUE(input.handle(wheel));
@@ -183,14 +171,14 @@ class SDLBannerTest : public ::testing::Test {
   ~SDLBannerTest() override { banner.reset(); }
 
   // Red, green and blue of a frame, which the banner covers in part.
-  std::vector<std::uint8_t> picture() {
+  Bytes picture() const {
     int width = 0;
     int height = 0;
     SDL_GetRendererOutputSize(window.renderer, &width, &height);
     SDL_SetRenderDrawColor(window.renderer, 0, 0, 255, 255);
     SDL_RenderClear(window.renderer);
     EXPECT_TRUE(banner->draw()) << SDL_GetError();
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(width * height * 3));
+    Bytes bytes(static_cast<std::size_t>(width * height * 3));
     SDL_RenderReadPixels(window.renderer, nullptr, SDL_PIXELFORMAT_RGB24, bytes.data(), width * 3);
     return bytes;
   }
@@ -204,7 +192,8 @@ class SDLBannerTest : public ::testing::Test {
 };
 
 TEST_F(SDLBannerTest, DrawsEverythingAgainAfterAResetAndAResize) {
-  const SDL_Event reset = window.event(SDL_RENDER_DEVICE_RESET);
+  SDL_Event reset{};
+  reset.type = SDL_RENDER_DEVICE_RESET;
   for (const int width : {780, 600, 1000}) {
     SDL_SetWindowSize(window.window, width, 1688);
     SDL_PumpEvents();

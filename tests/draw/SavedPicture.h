@@ -1,6 +1,6 @@
 #pragma once
 
-// Saves the pictures of tests, so that they can be looked at.
+// Pictures as bytes: red, green and blue of each pixel.
 
 #include <cstdint>
 #include <string>
@@ -12,9 +12,10 @@
 
 namespace TalvoConsentSDK {
 
-/// Saves NAME.png in the tests' temporary folder. `bytes` are red, green and blue of each pixel.
-inline void savePicture(const std::string& name, int width, int height,
-                        const std::vector<std::uint8_t>& bytes) {
+using Bytes = std::vector<std::uint8_t>;
+
+/// Saves NAME.png in the tests' temporary folder, so that it can be looked at.
+inline void savePicture(const std::string& name, int width, int height, const Bytes& bytes) {
   png_image png{};
   png.version = PNG_IMAGE_VERSION;
   png.width = static_cast<png_uint_32>(width);

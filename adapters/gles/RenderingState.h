@@ -1,6 +1,6 @@
 #pragma once
 
-// Leaves an OpenGL ES 2 context as the host has set it.
+// What the renderer sets in an OpenGL ES 2 context.
 
 #include <cstddef>
 #include <utility>
@@ -9,20 +9,27 @@
 
 namespace TalvoConsentSDK {
 
-/// What the host has set in the current context. Restored at the end of the scope.
-class HostState {
+/// Sets what drawing a list needs in the current context. At the end of the scope, the context is again as
+/// the host has set it.
+class RenderingState {
  public:
-  HostState() {
+  RenderingState() {
     for (auto& [name, isEnabled] : enabled_) isEnabled = glIsEnabled(name);
     for (auto& [name, value] : integers_) glGetIntegerv(name, &value);
     glActiveTexture(GL_TEXTURE0);
     glGetIntegerv(GL_TEXTURE_BINDING_2D, &texture_);
     glGetIntegerv(GL_VIEWPORT, viewport_);
     glGetIntegerv(GL_SCISSOR_BOX, scissor_);
+    for (const auto& [name, isEnabled] : enabled_) {
+      (name == GL_BLEND || name == GL_SCISSOR_TEST ? glEnable : glDisable)(name);
+    }
+    glBlendEquation(GL_FUNC_ADD);
+    glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
   }
-  HostState(const HostState&) = delete;
-  HostState& operator=(const HostState&) = delete;
-  ~HostState() {
+  RenderingState(const RenderingState&) = delete;
+  RenderingState& operator=(const RenderingState&) = delete;
+  ~RenderingState() {
     for (const auto& [name, isEnabled] : enabled_) (isEnabled ? glEnable : glDisable)(name);
     const auto value = [this](std::size_t i) { return static_cast<GLuint>(integers_[i].second); };
     glUseProgram(value(0));
