@@ -17,6 +17,7 @@ namespace {
 struct SDLWindow {
   SDLWindow() {
     EXPECT_EQ(SDL_CreateWindowAndRenderer(780, 1688, SDL_WINDOW_RESIZABLE, &window, &renderer), 0);
+    id = SDL_GetWindowID(window);
   }
   ~SDLWindow() {
     SDL_DestroyRenderer(renderer);
@@ -24,121 +25,102 @@ struct SDLWindow {
     SDL_Quit();
   }
 
-  SDL_Event mouse(Uint32 type, const Point& place) const {
-    SDL_Event event{};
-    const auto x = static_cast<int>(place.x);
-    const auto y = static_cast<int>(place.y);
-    if (type == SDL_MOUSEMOTION) {
-      event.motion = {type, 0, SDL_GetWindowID(window), 0, 0, x, y, 0, 0};
-    } else {
-      event.button = {type, 0, SDL_GetWindowID(window), 0, SDL_BUTTON_LEFT, 0, 1, 0, x, y};
-    }
-    return event;
-  }
-  SDL_Event finger(Uint32 type, const Point& place) const {
-    SDL_Event event{};
-    event.tfinger = {type,
-                     0,
-                     1,
-                     3,
-                     static_cast<float>(place.x / 780),
-                     static_cast<float>(place.y / 1688),
-                     0,
-                     0,
-                     1,
-                     SDL_GetWindowID(window)};
-    return event;
-  }
-  SDL_Event key(Uint32 type, SDL_Keycode code, Uint16 modifiers = 0) const {
-    SDL_Event event{};
-    event.key = {type, 0, SDL_GetWindowID(window), 0, 0, 0, 0, {SDL_SCANCODE_UNKNOWN, code, modifiers, 0}};
-    return event;
-  }
-
   SDL_Window* window = nullptr;
   SDL_Renderer* renderer = nullptr;
+  Uint32 id = 0;
 };
 
-SDL_Event stick(Sint16 value) {
+// The members of an event that are not 0.
+struct Input {
+  Uint32 type;
+  int code = 0;  // the key, the button or the stick's position
+  Uint16 modifiers = 0;
+};
+
+SDL_Event made(const Input& input, Uint32 window, const Point& share, const Point& mouse) {
+  const int x = static_cast<int>(share.x * mouse.x);
+  const int y = static_cast<int>(share.y * mouse.y);
   SDL_Event event{};
-  event.caxis = {SDL_CONTROLLERAXISMOTION, 0, 0, SDL_CONTROLLER_AXIS_LEFTY, 0, 0, 0, value, 0};
+  switch (input.type) {
+    case SDL_KEYDOWN:
+    case SDL_KEYUP:
+      event.key = {0, 0, window, 0, 0, 0, 0, {SDL_SCANCODE_UNKNOWN, input.code, input.modifiers, 0}};
+      break;
+    case SDL_MOUSEMOTION:
+      event.motion = {0, 0, window, 0, 0, x, y, 0, 0};
+      break;
+    case SDL_MOUSEWHEEL:
+      event.wheel = {0, 0, window, 0, 0, input.code, 0, 0, static_cast<float>(input.code), 0, 0};
+      break;
+    case SDL_CONTROLLERAXISMOTION:
+      event.caxis = {0, 0, 0, SDL_CONTROLLER_AXIS_LEFTY, 0, 0, 0, static_cast<Sint16>(input.code), 0};
+      break;
+    case SDL_CONTROLLERBUTTONDOWN:
+    case SDL_CONTROLLERBUTTONUP:
+      event.cbutton = {0, 0, 0, SDL_CONTROLLER_BUTTON_A, 0, 0, 0};
+      break;
+    case SDL_MOUSEBUTTONDOWN:
+    case SDL_MOUSEBUTTONUP:
+      event.button = {0, 0, window, 0, SDL_BUTTON_LEFT, 0, 1, 0, x, y};
+      break;
+    default:
+      event.tfinger = {0, 0, 1, 3, static_cast<float>(share.x), static_cast<float>(share.y), 0, 0, 1, window};
+  }
+  event.type = input.type;
   return event;
 }
 
-SDL_Event acceptButton(Uint32 type) {
-  SDL_Event event{};
-  event.cbutton = {type, 0, 0, SDL_CONTROLLER_BUTTON_A, 0, 0, 0};
-  return event;
-}
-
-using Events = std::vector<SDL_Event>;
-
-// Each kind of input presses the button that is at `place` and has the focus.
+// Each way presses a button, which has the focus.
 const struct Way {
   const char* name;
-  Events (*events)(const SDLWindow& window, Point place);
+  std::vector<Input> inputs;
+  int logicalWidth = 0;
 } ways[] = {
-    {"mouse",
-     [](const SDLWindow& w, Point place) {
-       return Events{w.mouse(SDL_MOUSEMOTION, place), w.mouse(SDL_MOUSEBUTTONDOWN, place),
-                     w.mouse(SDL_MOUSEBUTTONUP, place)};
-     }},
-    {"finger",
-     [](const SDLWindow& w, Point place) {
-       return Events{w.finger(SDL_FINGERDOWN, place), w.finger(SDL_FINGERMOTION, place),
-                     w.finger(SDL_FINGERUP, place)};
-     }},
+    {"mouse", {{SDL_MOUSEMOTION}, {SDL_MOUSEBUTTONDOWN}, {SDL_MOUSEBUTTONUP}}},
+    {"finger", {{SDL_FINGERDOWN}, {SDL_FINGERMOTION}, {SDL_FINGERUP}}},
     {"finger_and_mouse_in_a_logical_size",  // as SDL reports the first finger
-     [](const SDLWindow& w, Point place) {
-       SDL_RenderSetLogicalSize(w.renderer, 390, 844);
-       const Point half{place.x / 2, place.y / 2};
-       return Events{w.mouse(SDL_MOUSEBUTTONDOWN, half), w.finger(SDL_FINGERDOWN, place),
-                     w.mouse(SDL_MOUSEBUTTONUP, half), w.finger(SDL_FINGERUP, place)};
-     }},
-    {"finger_in_a_logical_size",
-     [](const SDLWindow& w, Point place) {
-       SDL_RenderSetLogicalSize(w.renderer, 390, 844);
-       return Events{w.finger(SDL_FINGERDOWN, place), w.finger(SDL_FINGERUP, place)};
-     }},
+     {{SDL_MOUSEBUTTONDOWN}, {SDL_FINGERDOWN}, {SDL_MOUSEBUTTONUP}, {SDL_FINGERUP}},
+     390},
+    {"finger_in_a_logical_size", {{SDL_FINGERDOWN}, {SDL_FINGERUP}}, 390},
     {"keys",
-     [](const SDLWindow& w, Point) {
-       return Events{w.key(SDL_KEYDOWN, SDLK_TAB),
-                     w.key(SDL_KEYUP, SDLK_TAB),
-                     w.key(SDL_KEYDOWN, SDLK_TAB, KMOD_LSHIFT),
-                     w.key(SDL_KEYUP, SDLK_TAB, KMOD_LSHIFT),
-                     w.key(SDL_KEYDOWN, SDLK_RETURN),
-                     w.key(SDL_KEYUP, SDLK_RETURN)};
-     }},
+     {{SDL_KEYDOWN, SDLK_TAB},
+      {SDL_KEYUP, SDLK_TAB},
+      {SDL_KEYDOWN, SDLK_TAB, KMOD_LSHIFT},
+      {SDL_KEYUP, SDLK_TAB, KMOD_LSHIFT},
+      {SDL_KEYDOWN, SDLK_RETURN},
+      {SDL_KEYUP, SDLK_RETURN}}},
     {"controller",
-     [](const SDLWindow&, Point) {
-       return Events{stick(-32768),
-                     stick(0),
-                     stick(32767),
-                     stick(0),
-                     acceptButton(SDL_CONTROLLERBUTTONDOWN),
-                     acceptButton(SDL_CONTROLLERBUTTONUP)};
-     }},
+     {{SDL_CONTROLLERAXISMOTION, -32768},
+      {SDL_CONTROLLERAXISMOTION, 0},
+      {SDL_CONTROLLERAXISMOTION, 32767},
+      {SDL_CONTROLLERAXISMOTION, 0},
+      {SDL_CONTROLLERBUTTONDOWN},
+      {SDL_CONTROLLERBUTTONUP}}},
 };
 
 class SDLInputTest : public TestWithParam<Way> {};
 INSTANTIATE_TEST_SUITE_P(All, SDLInputTest, ValuesIn(ways), byName);
 
 TEST_P(SDLInputTest, OperatesTheBanner) {
+  const auto& [name, inputs, logicalWidth] = GetParam();
   const SDLWindow window;
+  SDL_RenderSetLogicalSize(window.renderer, logicalWidth, 844);
+  const Point units = logicalWidth > 0 ? Point{390, 844} : Point{780, 1688};  // of the mouse
   ShownSurface shown;
   shown.settle();
   const auto* const wanted = shown.find(Role::button, "Manage preferences");
   ASSERT_TRUE(wanted);
-  const Point place = wanted->frame.center();
+  const Point share{wanted->frame.center().x / 780, wanted->frame.center().y / 1688};
   EXPECT_TRUE(shown.surface.perform(wanted->id, SurfaceAction::focus));
   SDLInput input(shown.surface, window.window);
-  const Events events = GetParam().events(window, place);
-  for (const SDL_Event& each : events) EXPECT_TRUE(input.handle(each)) << each.type;
+  for (const Input& each : inputs)
+    EXPECT_TRUE(input.handle(made(each, window.id, share, units))) << each.type;
   EXPECT_FALSE(shown.find(Role::button, "Manage preferences")) << "the preferences are open";
 
   shown.presenter->dismiss();
   shown.settle();
-  for (const SDL_Event& each : events) EXPECT_FALSE(input.handle(each)) << each.type;
+  for (const Input& each : inputs)
+    EXPECT_FALSE(input.handle(made(each, window.id, share, units))) << each.type;
 }
 
 TEST(SDLInputTest, ScrollsWithTheWheelAndLeavesOtherWindowsAlone) {
@@ -146,16 +128,16 @@ TEST(SDLInputTest, ScrollsWithTheWheelAndLeavesOtherWindowsAlone) {
   ShownSurface shown({.settings = {.textScale = 3}});
   shown.settle();
   SDLInput input(shown.surface, window.window);
-  const auto place = [&] { return shown.surface.accessibleElements()[2].frame.center(); };
-  SDL_Event wheel{};
-  wheel.wheel = {SDL_MOUSEWHEEL, 0, SDL_GetWindowID(window.window), 0, 0, -1, 0, 0, -1, 0, 0};
-  const Point before = place();
-  EXPECT_TRUE(input.handle(window.mouse(SDL_MOUSEMOTION, {390, 900})));
-  EXPECT_TRUE(input.handle(wheel));
+  const auto top = [&] { return shown.surface.accessibleElements()[2].frame.y; };
+  const double before = top();
+  const auto handle = [&](const Input& each, Uint32 id) {
+    return input.handle(made(each, id, {0.5, 0.5}, {780, 1688}));
+  };
+  EXPECT_TRUE(handle({SDL_MOUSEMOTION}, window.id));
+  EXPECT_TRUE(handle({SDL_MOUSEWHEEL, -1}, window.id));
   shown.settle();
-  EXPECT_LT(place().y, before.y);
-  wheel.wheel.windowID += 1;
-  EXPECT_FALSE(input.handle(wheel));
+  EXPECT_LT(top(), before);
+  EXPECT_FALSE(handle({SDL_MOUSEWHEEL, -1}, window.id + 1));
 }
 
 class SDLBannerTest : public ::testing::Test {
