@@ -112,12 +112,14 @@ function(talvo_precompile target)
   endif()
 endfunction()
 
-# Sets `suffix` to what the names of a component's Debian packages end in. The Qt parts have packages of their own, so
-# that a host without Qt does not have to install it.
+# Sets `suffix` to what the names of a component's Debian packages end in. The parts for Qt, OpenGL
+# ES and SDL have packages of their own, so that a host without these does not have to install them.
 macro(talvo_package_suffix component)
   set(suffix "")
   if("${component}" MATCHES "^(qt|qml)$")
     set(suffix _qt)
+  elseif("${component}" MATCHES "^(gles|sdl)$")
+    set(suffix _${component})
   endif()
 endmacro()
 

@@ -1,6 +1,5 @@
 // The C interface, implemented on top of the C++ one.
 
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
@@ -105,6 +104,12 @@ class OwnTexts : public platform::Localization {
   const talvo_text_callback lookUp_;
   const std::shared_ptr<void> userData_;
 };
+
+talvo_status whyNotShown() {
+  const bool hasScene =
+      platform::askHost(true, [] { return !Platform::current().application->connectedScenes().empty(); });
+  return hasScene ? TALVO_NOT_SHOWN : TALVO_NO_SURFACE;
+}
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
@@ -258,10 +263,7 @@ talvo_status talvo_cookies_remove_identity(talvo_cookies* client) {
 talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner_callbacks* callbacks) {
   return guarded([&] {
     CookiesSDK& sdk = cookies(client);
-    talvo_banner_callbacks host{};
-    const std::size_t size = required(callbacks, "callbacks").size;
-    if (size < firstSize) throw Error(InvalidArgument("callbacks->size is too small"));
-    std::memcpy(&host, callbacks, std::min(size, sizeof host));  // either side may know more fields
+    const talvo_banner_callbacks host = copied(callbacks, firstSize, "callbacks");
     const auto userData = owned(host.user_data, host.release);
     const auto fail = [onError = host.on_error, userData](const Error& error) {
       const talvo_error described = describe(error);
@@ -274,7 +276,7 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
                                   .onSaved = closure(host.on_saved, userData),
                                   .onClosed = closure(host.on_closed, userData),
                                   .onReplaced = closure(host.on_replaced, userData),
-                                  .onNotShown = [fail] { fail(Error(NotShown())); },
+                                  .onNotShown = [fail] { fail(Error(NotShown(whyNotShown()))); },
                                   .onError = fail,
                                   .onManagePreferences = closure(host.on_manage_preferences, userData),
                                   .onShown = closure(host.on_shown, userData)},

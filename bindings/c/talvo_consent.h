@@ -40,7 +40,8 @@ enum {
   TALVO_INVALID_RESPONSE = 5, /* the answer was not an HTTP response */
   TALVO_PLATFORM_ERROR = 6,   /* any other failure, mostly of the device: see domain and code */
   TALVO_INVALID_ARGUMENT = 7, /* a null pointer, an unknown event or category, or text that is not a record */
-  TALVO_NOT_SHOWN = 8         /* the platform has no window in the foreground for the banner */
+  TALVO_NOT_SHOWN = 8,        /* the host is not in the foreground, so the banner was not shown */
+  TALVO_NO_SURFACE = 9        /* the platform has neither a surface nor a window for the banner */
 };
 
 /* Describes an error. Later versions may add fields at the end. */
@@ -208,10 +209,11 @@ typedef struct talvo_banner_callbacks {
 } talvo_banner_callbacks;
 
 /*
- * Fetches what the banner needs and shows it. The banner needs a platform with windows, which a C++ part of
- * the host must install instead of calling talvo_install. On any other platform, and while the host has no
- * window in the foreground, `on_error` receives TALVO_NOT_SHOWN once everything has been fetched. A host
- * without windows asks the user in its own way instead, and calls talvo_cookies_submit_consent.
+ * Fetches what the banner needs and shows it, on the surface that talvo_surface_create (talvo_surface.h) has
+ * made, or in a window of the toolkit if a C++ part of the host has installed a platform with windows instead
+ * of calling talvo_install. Once everything has been fetched, `on_error` receives TALVO_NO_SURFACE if there
+ * is neither, and TALVO_NOT_SHOWN if the host is not in the foreground. A host that cannot draw asks the user
+ * in its own way, and calls talvo_cookies_submit_consent.
  */
 TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);

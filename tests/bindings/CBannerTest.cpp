@@ -34,7 +34,9 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   banner.on_manage_preferences = [](void* to) { add(to, "managed"); };
   banner.on_shown = [](void* to) { add(to, "shown"); };
   banner.on_error = [](const talvo_error* error, void* to) {
-    add(to, error->status == TALVO_NOT_SHOWN ? "not shown" : error->description);
+    add(to, error->status == TALVO_NOT_SHOWN    ? "not shown"
+            : error->status == TALVO_NO_SURFACE ? "no surface"
+                                                : error->description);
   };
   banner.release = [](void* to) { add(to, "released"); };
   banner.user_data = &ends;
@@ -42,6 +44,8 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
     const auto scenes = platform.application->scenes;
     const bool isNowhere = taps == "nowhere";
     if (isNowhere) platform.application->scenes.clear();
+    platform.scene->state =
+        taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
     banner.time_limit = isNowhere ? 60'000 : 0;
     ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
     platform.settle();

@@ -119,7 +119,7 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
       {talvo_gate_is_allowed(sdk, "statistics", nullptr, nullptr), "allowed is null"},
       {talvo_cookies_get_consent(sdk, nullptr), "json is null"},
       {talvo_cookies_show_banner(sdk, nullptr), "callbacks is null"},
-      {talvo_cookies_show_banner(sdk, &withoutSize), "callbacks->size is too small"},
+      {talvo_cookies_show_banner(sdk, &withoutSize), "callbacks has a size that is too small"},
       {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
   };
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;

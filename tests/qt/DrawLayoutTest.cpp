@@ -1,0 +1,114 @@
+// The banner laid out with the texts of a surface, compared with the banner laid out with Qt's: the same line
+// breaks, and the same frames to half a point.
+
+#include <QTextLayout>
+#include <cmath>
+
+#include "adapters/draw/DrawTextMeasurer.h"
+#include "adapters/qt/ScriptFonts.h"
+
+#include "tests/qt/ShownBanner.h"
+
+namespace TalvoConsentSDK {
+
+namespace {
+
+// The demo site has no Hindi, so the English texts are replaced.
+std::string inHindi(std::string document) {
+  const std::pair<const char*, const char*> texts[] = {
+      {"Accept all", "सभी स्वीकार करें"},
+      {"Reject all", "सभी अस्वीकार करें"},
+      {"Manage preferences", "प्राथमिकताएँ प्रबंधित करें"},
+      {"Your privacy, your choice", "आपकी गोपनीयता, आपकी पसंद"},
+      {"We and our partners use cookies and similar technologies to run this app, remember your settings, "
+       "measure what "
+       "is read and fund our journalism with advertising. You decide what to allow, and you can change your "
+       "mind at any "
+       "time.",
+       "हम और हमारे साझेदार इस ऐप को चलाने, आपकी सेटिंग याद रखने, क्या पढ़ा जाता है यह मापने और विज्ञापन से अपनी "
+       "पत्रकारिता का खर्च उठाने के लिए कुकी का उपयोग करते हैं। आप तय करते हैं कि क्या अनुमति देनी है।"},
+      {"Privacy policy", "गोपनीयता नीति"},
+      {"Statistics", "आँकड़े"},
+      {"Shows us what is read and where the app fails, so that we can make it better.",
+       "हमें दिखाता है कि क्या पढ़ा जाता है और ऐप कहाँ विफल होता है, ताकि हम इसे बेहतर बना सकें।"},
+  };
+  for (const auto& [english, hindi] : texts) {
+    const std::string quoted = '"' + std::string(english) + '"';
+    const auto at = document.find(quoted);
+    EXPECT_NE(at, std::string::npos) << english;
+    if (at != std::string::npos) document.replace(at, quoted.size(), '"' + std::string(hindi) + '"');
+  }
+  return document;
+}
+
+const struct Comparison {
+  const char* name;
+  std::string language;
+  std::string button;  // opens the preferences
+  double textScale = 1;
+  bool isHindi = false;
+} comparisons[] = {
+    {"English", "en", "Manage preferences"},
+    {"German", "de", "Einstellungen verwalten"},
+    {"LargeGerman", "de", "Einstellungen verwalten", 1.35},
+    {"Arabic", "ar", "إدارة التفضيلات"},
+    {"Hindi", "en", "प्राथमिकताएँ प्रबंधित करें", 1, true},
+};
+
+void compareWidths(const std::string& text, double textScale, FontSet& fonts) {
+  for (const platform::Font& font : {platform::Font{TextStyle::body, FontWeight::regular},
+                                     platform::Font{TextStyle::footnote, FontWeight::medium},
+                                     platform::Font{TextStyle::headline, FontWeight::bold}}) {
+    QTextLayout layout(toQString(text), toQFont(font, {textScale}));
+    layout.setFormats(scriptFormats(layout.text()));
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    if (line.isValid()) line.setLineWidth(100'000);
+    layout.endLayout();
+    const double expected = line.isValid() ? line.horizontalAdvance() : 0;
+    const ShapedText shaped(text, font.weight, fonts, "", nullptr);
+    const double width = shaped.widthBefore(shaped.size()) * std::round(font.size() * textScale);
+    // Qt rounds each letter's width to 1/64 of a point.
+    EXPECT_NEAR(width, expected, 0.5 + static_cast<double>(shaped.size()) / 64) << text;
+  }
+}
+
+class DrawLayoutTest : public TestWithParam<Comparison> {};
+INSTANTIATE_TEST_SUITE_P(All, DrawLayoutTest, ValuesIn(comparisons), byName);
+
+TEST_P(DrawLayoutTest, AgreesWithQt) {
+  const auto& [name, language, button, textScale, isHindi] = GetParam();
+  std::string document = siteFile("demo/customization." + language + ".json");
+  if (isHindi) document = inHindi(std::move(document));
+  ShownBanner banner(document, siteFile("demo/services." + language + ".json"), {.text = {textScale}});
+  HostingController& controller = *banner.surface().controller();
+  const ViewEnvironment ofQt = controller.environment();
+  ViewEnvironment ofDraw = ofQt;
+  ofDraw.textMeasurer = std::make_shared<DrawTextMeasurer>(
+      std::make_shared<Paragraphs>(std::make_shared<FontSet>(std::vector<FontSource>{}, true), nullptr),
+      textScale);
+  const auto fonts = std::make_shared<FontSet>(std::vector<FontSource>{}, true);
+  for (const bool isPreferences : {false, true}) {
+    if (isPreferences) {
+      const auto elements = controller.accessibleElements();
+      const auto found = std::ranges::find(elements, button, &AccessibleElement::name);
+      ASSERT_NE(found, elements.end());
+      controller.activate(found->id);
+    }
+    controller.setEnvironment(ofQt);
+    const auto expected = controller.accessibleElements(Layout::Rows::all);
+    controller.setEnvironment(ofDraw);
+    const auto actual = controller.accessibleElements(Layout::Rows::all);
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+      const Rect& a = actual[i].frame;
+      const Rect& e = expected[i].frame;
+      const double apart = std::max(std::abs(a.y - e.y), std::abs(a.height - e.height));
+      EXPECT_LE(apart, 0.5) << actual[i].name;
+      compareWidths(actual[i].name, textScale, *fonts);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace TalvoConsentSDK
