@@ -27,6 +27,7 @@ struct MainLoop {
   std::mutex lock;
   std::shared_ptr<MainQueue> queue;
   std::size_t maxCacheBytes = 10'000'000;
+  CurlOptions options;
 
   static MainLoop& shared() {
     static MainLoop& loop = neverDestroyed<MainLoop>();
@@ -111,6 +112,36 @@ talvo_status whyNotShown() {
   return hasScene ? TALVO_NOT_SHOWN : TALVO_NO_SURFACE;
 }
 
+// Receives the lines that the library prints.
+class OwnPrinter : public platform::Printer {
+ public:
+  OwnPrinter(talvo_text_receiver print, std::shared_ptr<void> userData)
+      : print_(print), userData_(std::move(userData)) {}
+
+  void print(std::string_view line) override { print_(std::string(line).c_str(), userData_.get()); }
+
+ private:
+  const talvo_text_receiver print_;
+  const std::shared_ptr<void> userData_;
+};
+
+Platform installedPlatform() {
+  if (!Platform::isInstalled()) throw Error(InvalidArgument("no platform is installed"));
+  return Platform::current();
+}
+
+void beforeInstalling(const std::function<void(MainLoop&)>& change) {
+  MainLoop& loop = MainLoop::shared();
+  const std::scoped_lock guard(loop.lock);
+  if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
+  change(loop);
+}
+
+std::optional<std::chrono::milliseconds> timeLimit(long milliseconds) {
+  if (milliseconds <= 0) return std::nullopt;
+  return std::chrono::milliseconds(milliseconds);
+}
+
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
 // The structure as version 1.0.0 has it, which is the least that a host gives.
@@ -140,25 +171,36 @@ talvo_status talvo_install(const char* store, talvo_callback wake, void* user_da
     MainLoop& loop = MainLoop::shared();
     const std::scoped_lock guard(loop.lock);
     if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile(), {},
-                                        loop.maxCacheBytes));
+    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile(),
+                                        loop.options, loop.maxCacheBytes));
     loop.queue = queue;
   });
 }
 
 talvo_status talvo_set_cache_size(size_t bytes) {
+  return guarded([&] { beforeInstalling([&](MainLoop& loop) { loop.maxCacheBytes = bytes; }); });
+}
+
+talvo_status talvo_set_time_limits(long without_progress, long total) {
   return guarded([&] {
-    MainLoop& loop = MainLoop::shared();
-    const std::scoped_lock guard(loop.lock);
-    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    loop.maxCacheBytes = bytes;
+    beforeInstalling([&](MainLoop& loop) {
+      loop.options.maxTimeout = timeLimit(without_progress);
+      loop.options.maxTotalTimeout = timeLimit(total);
+    });
+  });
+}
+
+talvo_status talvo_set_printer(talvo_text_receiver print, void* user_data, talvo_callback release) {
+  return guarded([&] {
+    Platform platform = installedPlatform();
+    platform.printer = print ? std::make_shared<OwnPrinter>(print, owned(user_data, release)) : nullptr;
+    Platform::install(std::move(platform));
   });
 }
 
 talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data, talvo_callback release) {
   return guarded([&] {
-    if (!Platform::isInstalled()) throw Error(InvalidArgument("no platform is installed"));
-    Platform platform = Platform::current();
+    Platform platform = installedPlatform();
     platform.localization =
         std::make_shared<TranslatedTexts>(std::make_shared<OwnTexts>(own, owned(user_data, release)));
     Platform::install(std::move(platform));
@@ -193,7 +235,12 @@ talvo_status talvo_cookies_set_language(talvo_cookies* client, const char* langu
 talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json) {
   return guarded([&] {
     required(json, "json") = nullptr;
-    if (const auto consent = cookies(client).getConsent()) *json = copied(*JSONEncoder().encode(*consent));
+    if (const auto consent = cookies(client).getConsent()) {
+      *json = copied(*JSONEncoder().encode(*consent));
+    } else {
+      // Without a consent, a store that can be read returns an answer for any key.
+      static_cast<void>(Platform::current().userDefaults->data("com.talvo.consent.basicConsent").value());
+    }
   });
 }
 
@@ -270,7 +317,7 @@ talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner
       if (onError) onError(&described, userData.get());
     };
     BannerOptions options;
-    if (host.time_limit > 0) options.timeLimit = std::chrono::milliseconds(host.time_limit);
+    options.timeLimit = timeLimit(host.time_limit);
     sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
                                   .onRejectAll = closure(host.on_reject_all, userData),
                                   .onSaved = closure(host.on_saved, userData),
