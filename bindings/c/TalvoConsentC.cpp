@@ -1,19 +1,13 @@
-// The C interface, implemented on top of the C++ one.
+// The C interface of the clients.
 
-#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <new>
 #include <string_view>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
-#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
-
-#include "adapters/posix/PosixPlatform.h"
-#include "adapters/texts/TranslatedTexts.h"
 
 #include "bindings/ConsentText.h"
 #include "bindings/c/Boundary.h"
@@ -22,24 +16,6 @@ using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::c;
 
 namespace {
-
-struct MainLoop {
-  std::mutex lock;
-  std::shared_ptr<MainQueue> queue;
-  std::size_t maxCacheBytes = 10'000'000;
-  CurlOptions options;
-
-  static MainLoop& shared() {
-    static MainLoop& loop = neverDestroyed<MainLoop>();
-    return loop;
-  }
-
-  std::shared_ptr<MainQueue> installed() {
-    const std::scoped_lock guard(lock);
-    if (!queue) throw Error(InvalidArgument("talvo_install has not been called"));
-    return queue;
-  }
-};
 
 // A client's handle is its address, since clients live as long as the process.
 CookiesSDK& cookies(talvo_cookies* client) {
@@ -78,68 +54,15 @@ void answer(talvo_reply_callback callback, void* userData, const Result<std::str
   callback(&error, nullptr, userData);
 }
 
-std::function<void()> closure(talvo_callback callback, std::shared_ptr<void> userData) {
-  return [callback, userData = std::move(userData)] {
-    if (callback) callback(userData.get());
-  };
-}
-
 // Gives a subscription to C, which frees it.
 talvo_subscription* handed(Subscription subscription) {
   return reinterpret_cast<talvo_subscription*>(new Subscription(std::move(subscription)));
 }
 
-// The texts that a host in C replaces.
-class OwnTexts : public platform::Localization {
- public:
-  OwnTexts(talvo_text_callback lookUp, std::shared_ptr<void> userData)
-      : lookUp_(lookUp), userData_(std::move(userData)) {}
-
-  std::string text(std::string_view key) override {
-    const std::string copy(key);
-    const char* const own = lookUp_ ? lookUp_(copy.c_str(), userData_.get()) : nullptr;
-    return own ? own : copy;
-  }
-
- private:
-  const talvo_text_callback lookUp_;
-  const std::shared_ptr<void> userData_;
-};
-
 talvo_status whyNotShown() {
   const bool hasScene =
       platform::askHost(true, [] { return !Platform::current().application->connectedScenes().empty(); });
   return hasScene ? TALVO_NOT_SHOWN : TALVO_NO_SURFACE;
-}
-
-// Receives the lines that the library prints.
-class OwnPrinter : public platform::Printer {
- public:
-  OwnPrinter(talvo_text_receiver print, std::shared_ptr<void> userData)
-      : print_(print), userData_(std::move(userData)) {}
-
-  void print(std::string_view line) override { print_(std::string(line).c_str(), userData_.get()); }
-
- private:
-  const talvo_text_receiver print_;
-  const std::shared_ptr<void> userData_;
-};
-
-Platform installedPlatform() {
-  if (!Platform::isInstalled()) throw Error(InvalidArgument("no platform is installed"));
-  return Platform::current();
-}
-
-void beforeInstalling(const std::function<void(MainLoop&)>& change) {
-  MainLoop& loop = MainLoop::shared();
-  const std::scoped_lock guard(loop.lock);
-  if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-  change(loop);
-}
-
-std::optional<std::chrono::milliseconds> timeLimit(long milliseconds) {
-  if (milliseconds <= 0) return std::nullopt;
-  return std::chrono::milliseconds(milliseconds);
 }
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
@@ -163,60 +86,6 @@ void talvo_subscription_end(talvo_subscription* subscription) {
 
 void talvo_free(char* text) {
   std::free(text);
-}
-
-talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data) {
-  return guarded([&] {
-    const auto queue = std::make_shared<MainQueue>(closure(wake, owned(user_data, nullptr)));
-    MainLoop& loop = MainLoop::shared();
-    const std::scoped_lock guard(loop.lock);
-    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile(),
-                                        loop.options, loop.maxCacheBytes));
-    loop.queue = queue;
-  });
-}
-
-talvo_status talvo_set_cache_size(size_t bytes) {
-  return guarded([&] { beforeInstalling([&](MainLoop& loop) { loop.maxCacheBytes = bytes; }); });
-}
-
-talvo_status talvo_set_time_limits(long without_progress, long total) {
-  return guarded([&] {
-    beforeInstalling([&](MainLoop& loop) {
-      loop.options.maxTimeout = timeLimit(without_progress);
-      loop.options.maxTotalTimeout = timeLimit(total);
-    });
-  });
-}
-
-talvo_status talvo_set_printer(talvo_text_receiver print, void* user_data, talvo_callback release) {
-  return guarded([&] {
-    Platform platform = installedPlatform();
-    platform.printer = print ? std::make_shared<OwnPrinter>(print, owned(user_data, release)) : nullptr;
-    Platform::install(std::move(platform));
-  });
-}
-
-talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data, talvo_callback release) {
-  return guarded([&] {
-    Platform platform = installedPlatform();
-    platform.localization =
-        std::make_shared<TranslatedTexts>(std::make_shared<OwnTexts>(own, owned(user_data, release)));
-    Platform::install(std::move(platform));
-  });
-}
-
-size_t talvo_drain(void) {
-  size_t count = 0;
-  guarded([&] { count = MainLoop::shared().installed()->drain(); });
-  return count;
-}
-
-int talvo_wait(unsigned milliseconds) {
-  bool isReady = false;
-  guarded([&] { isReady = MainLoop::shared().installed()->wait(std::chrono::milliseconds(milliseconds)); });
-  return isReady ? 1 : 0;
 }
 
 talvo_cookies* talvo_cookies_create(const char* api_url, const char* site_id) {
