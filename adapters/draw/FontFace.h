@@ -40,14 +40,19 @@ class FontFace {
 
   bool has(char32_t character) const;
 
-  /// Draws a letter at a size in pixels, its origin moved to the right by `shift` pixels.
-  GlyphPicture draw(std::uint32_t glyph, double pixels, double shift) const;
+  /// Draws a letter at a size in points, with `scale` pixels in a point, its origin moved to the right by
+  /// `shift` pixels.
+  GlyphPicture draw(std::uint32_t glyph, double points, double scale, double shift) const;
 
   hb_font_t* shaper() const { return shaper_; }
 
   std::uint32_t id = 0;  // unique in the process
   std::string family;
   int weight = 400;  // from 1 to 1000
+
+  /// Whether it is the font for a script (see view/Look.h). It then also draws the blanks, digits and
+  /// punctuation between the letters of this script.
+  bool isForScript = false;
 
   // In ems; y grows downwards, so that the underline's distance from the baseline is positive.
   double unit = 0;  // of the shaper's lengths

@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <optional>
 #include <tuple>
 #include <utility>
+
+#include <hb.h>
 
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/view/Look.h"
@@ -31,6 +35,14 @@ int weightNumber(FontWeight weight) {
   return 400;
 }
 
+std::optional<std::string> familyForScript(char32_t character) {
+  const auto script = [](char32_t c) { return hb_unicode_script(hb_unicode_funcs_get_default(), c); };
+  const auto found = std::ranges::find(look::scriptFamilies, script(character),
+                                       [&](const look::ScriptFamily& each) { return script(each.letter); });
+  if (found == std::end(look::scriptFamilies)) return std::nullopt;
+  return std::string(found->family);
+}
+
 }  // namespace
 
 FontSet::FontSet(const std::vector<FontSource>& sources, bool usesSystemFonts) {
@@ -40,10 +52,13 @@ FontSet::FontSet(const std::vector<FontSource>& sources, bool usesSystemFonts) {
   pending_.assign(look::fontFamilies.begin(), look::fontFamilies.end());
 }
 
-void FontSet::add(const FontSource& source) {
+// Of a collection that contains a family with this name, adds only this family.
+void FontSet::add(const FontSource& source, const std::string& name) {
   auto faces = FontFace::open(source);
   if (faces.empty()) platform::print("A font of the banner cannot be read: " + source.path);
+  const bool isFound = std::ranges::any_of(faces, [&](const auto& face) { return face->family == name; });
   for (auto& face : faces) {
+    if (isFound && face->family != name) continue;
     const auto found =
         std::ranges::find(families_, face->family, [](const auto& each) { return each->name; });
     Family* family = found == families_.end() ? nullptr : found->get();
@@ -51,6 +66,8 @@ void FontSet::add(const FontSource& source) {
       families_.push_back(std::make_unique<Family>(Family{face->family, {}}));
       family = families_.back().get();
     }
+    face->isForScript = std::ranges::find(look::scriptFamilies, face->family, &look::ScriptFamily::family) !=
+                        std::end(look::scriptFamilies);
     family->faces.push_back(std::move(face));
   }
 }
@@ -58,7 +75,7 @@ void FontSet::add(const FontSource& source) {
 void FontSet::addFamily(const std::string& name) {
   if (std::ranges::find(families_, name, [](const auto& each) { return each->name; }) != families_.end())
     return;
-  for (const FontSource& source : system_->family(name)) add(source);
+  for (const FontSource& source : system_->family(name)) add(source, name);
 }
 
 const FontSet::Family* FontSet::find(char32_t character) {
@@ -75,6 +92,10 @@ const FontSet::Family* FontSet::find(char32_t character) {
   for (; !found && !pending_.empty(); search()) {
     addFamily(pending_.front());
     pending_.pop_front();
+  }
+  if (!found && system_) {
+    if (const auto family = familyForScript(character)) addFamily(*family);
+    search();
   }
   if (!found && system_) {
     if (const auto name = system_->familyWith(character)) addFamily(*name);

@@ -33,7 +33,7 @@ class FontSet {
     std::vector<std::unique_ptr<FontFace>> faces;
   };
 
-  void add(const FontSource& source);
+  void add(const FontSource& source, const std::string& name = {});
   void addFamily(const std::string& name);
   const Family* find(char32_t character);
 

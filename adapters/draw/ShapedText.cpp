@@ -1,7 +1,9 @@
 #include "adapters/draw/ShapedText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
+#include <utility>
 
 #include <hb.h>
 
@@ -13,8 +15,6 @@ using namespace platform;
 using namespace view;
 
 namespace {
-
-constexpr std::size_t maxWordLength = 1000;
 
 hb_unicode_funcs_t* unicode() {
   return hb_unicode_funcs_get_default();
@@ -38,6 +38,20 @@ bool isInvisible(char32_t c) {
          category == HB_UNICODE_GENERAL_CATEGORY_FORMAT;
 }
 
+// Japanese draws some of the letters that it shares with Chinese differently.
+bool isJapanese(const std::u32string& text) {
+  return std::ranges::any_of(text, [](char32_t c) {
+    const hb_script_t script = hb_unicode_script(unicode(), c);
+    return script == HB_SCRIPT_HIRAGANA || script == HB_SCRIPT_KATAKANA;
+  });
+}
+
+// Cuts a width in ems to 1/64 of a point.
+double cut(double width, double fontSize) {
+  constexpr double rounding = 1e-6;
+  return std::floor(width * fontSize * 64 + rounding) / 64 / fontSize;
+}
+
 bool hasOwnScript(hb_script_t script) {
   return script != HB_SCRIPT_COMMON && script != HB_SCRIPT_INHERITED && script != HB_SCRIPT_UNKNOWN;
 }
@@ -56,7 +70,7 @@ struct ShapedText::Shape {
 ShapedText::ShapedText(std::string_view utf8, FontWeight weight, FontSet& fonts, const std::string& language,
                        const LineBreaker& breaker)
     : text_(charactersOf(utf8)),
-      language_(language),
+      language_(isJapanese(text_.codes) ? "ja" : language),
       font_(fonts.first(weight)),
       space_(font_ ? font_->spaceWidth : 0),
       breaks_(lineBreaks(utf8, text_, language, breaker)),
@@ -85,7 +99,9 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
       const hb_script_t own = hb_unicode_script(unicode(), c);
       if (hasOwnScript(own)) script = own;
       const bool joins = run.face && (continuesCharacter(c) || isInvisible(c));
-      const FontFace* const face = joins ? run.face : fonts.faceFor(c, weight);
+      const bool keepsFont =
+          joins || (run.face && run.face->isForScript && !hasOwnScript(own) && run.face->has(c));
+      const FontFace* const face = keepsFont ? run.face : fonts.faceFor(c, weight);
       const bool isSame = run.face == face && run.script == static_cast<std::uint32_t>(script);
       if (run.end > run.begin && !isSame && !joins) {
         split.push_back(run);
@@ -101,30 +117,31 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
 }
 
 void ShapedText::measure() {
-  std::vector<double> advances(size(), 0);
+  advances_.assign(size(), 0);
   for (const Run& run : runs_) {
     std::fill(isStart_.begin() + static_cast<std::ptrdiff_t>(run.begin),
               isStart_.begin() + static_cast<std::ptrdiff_t>(run.end), false);
     for (const auto& glyph : shape(run, run.begin, run.end).glyphs) {
-      advances[glyph.character] += glyph.advance;
+      advances_[glyph.character] += glyph.advance;
       isStart_[glyph.character] = true;
     }
     isStart_[run.begin] = true;
   }
-  widths_.reserve(size() + 1);
-  widths_.push_back(0);
-  for (const double advance : advances) widths_.push_back(widths_.back() + advance);
   for (std::size_t i = 1; i < size(); ++i) {
     // The library for line breaks is older than the letters that are joined to one, such as families of
     // emoji.
     if (breaks_[i] == LineBreak::allowed && !isStart_[i]) breaks_[i] = LineBreak::none;
   }
-  for (std::size_t begin = 0, end = 0; begin < size(); begin = end) {
-    for (++end; end < size() && breaks_[end] == LineBreak::none;) ++end;
-    std::size_t last = std::min(end, begin + maxWordLength);
-    while (last > begin && isBlank(text_.codes[last - 1])) --last;
-    widestWord_ = std::max(widestWord_, widths_[last] - widths_[begin]);
-  }
+}
+
+std::shared_ptr<const std::vector<double>> ShapedText::edges(double fontSize) const {
+  if (edges_ && edgesSize_ == fontSize) return edges_;
+  auto found = std::make_shared<std::vector<double>>();
+  found->reserve(size() + 1);
+  found->push_back(0);
+  for (const double advance : advances_) found->push_back(found->back() + cut(advance, fontSize) * fontSize);
+  edgesSize_ = fontSize;
+  return edges_ = std::move(found);
 }
 
 ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size_t end) const {
@@ -149,8 +166,9 @@ ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size
   result.glyphs.reserve(count);
   for (unsigned i = 0; i < count; ++i) {
     const std::size_t character = std::clamp<std::size_t>(infos[i].cluster, begin, end - 1);
-    // Blanks are equally wide in all scripts, so that a line of several scripts is even.
-    const bool isSpace = text_.codes[character] == ' ' && places[i].x_advance > 0 && run.face != font_;
+    // A fallback for single letters does not change how wide blanks are.
+    const bool isSpace = text_.codes[character] == ' ' && places[i].x_advance > 0 && run.face != font_ &&
+                         !run.face->isForScript;
     // A damaged font may have letters of any width.
     const double advance = isSpace ? space_ : std::clamp(places[i].x_advance * run.face->unit, 0.0, 20.0);
     result.glyphs.push_back({infos[i].codepoint, character, places[i].x_offset * run.face->unit,
@@ -159,7 +177,7 @@ ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size
   return result;
 }
 
-ShapedLine ShapedText::line(std::size_t begin, std::size_t end) const {
+ShapedLine ShapedText::line(std::size_t begin, std::size_t end, double fontSize) const {
   ShapedLine line;
   if (font_) line = {{}, 0, font_->ascent, font_->descent};
   std::vector<Run> parts;
@@ -190,7 +208,7 @@ ShapedLine ShapedText::line(std::size_t begin, std::size_t end) const {
       if (!isInvisible(text_.codes[glyph.character])) {
         line.glyphs.push_back({part.face, glyph.glyph, line.width + glyph.x, glyph.y});
       }
-      line.width += glyph.advance;
+      line.width += cut(glyph.advance, fontSize);
     }
   }
   return line;

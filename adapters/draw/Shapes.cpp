@@ -93,14 +93,14 @@ ShapePicture knobPicture(double diameter, int margin) {
   });
 }
 
-ShapePicture knobShadowPicture(double diameter, int margin, double scale) {
+ShapePicture knobShadowPicture(double diameter, int margin, double unit) {
   const int whole = static_cast<int>(std::ceil(diameter)) + 2 * margin;
   return painted(whole, whole, [&](double x, double y) {
     const double center = whole / 2.0;
     double clear = 1;
     for (const look::KnobShadow& shadow : look::knobShadows) {
-      const double distance = std::hypot(x - center, y - center - shadow.offset * scale);
-      clear *= 1 - shadow.alpha * coverage(distance - diameter / 2 - shadow.growth * scale);
+      const double distance = std::hypot(x - center, y - center - shadow.offset * unit);
+      clear *= 1 - shadow.alpha * coverage(distance - diameter / 2 - shadow.growth * unit);
     }
     return (1 - clear) * (1 - coverage(std::hypot(x - center, y - center) - diameter / 2));
   });

@@ -37,8 +37,8 @@ ShapePicture symbolPicture(view::Glyph glyph, platform::FontWeight weight, doubl
 ShapePicture knobPicture(double diameter, int margin);
 
 /// The shadow around a switch's knob without the part that the knob covers, in a picture of the same size.
-/// `scale` is the number of pixels in a point.
-ShapePicture knobShadowPicture(double diameter, int margin, double scale);
+/// `unit` is the switch's, in pixels (see view/Look.h).
+ShapePicture knobShadowPicture(double diameter, int margin, double unit);
 
 /// A switch's background without the part that the knob covers, whose left edge is at `knobLeft`.
 ShapePicture trackPicture(int width, int height, double knobLeft, double knobTop, double diameter);

@@ -28,10 +28,12 @@ enum Kind : std::uint32_t {
   pictureKind
 };
 
-constexpr int symbolMargin = 2;  // pixels; a symbol's lines extend beyond its square
+constexpr int symbolMargin = 2;        // pixels; a symbol's lines extend beyond its square
+constexpr double rounding = 1.0 / 64;  // pixels; lengths that differ by less count as equal
 constexpr Color opaqueWhite{1, 1, 1, 1};
 constexpr double shadowReach = 3;  // in standard deviations
 constexpr int shadowSteps = 12;    // of the grid that draws a shadow's corner
+constexpr int fadeSteps = 12;      // of the grid that draws a fading box
 
 // Lengths in keys are in 1/16 of a pixel.
 std::uint32_t sixteenths(double pixels) {
@@ -145,10 +147,11 @@ AtlasPlace VisualPainter::shape(const AtlasKey& key, Make make) {
 
 VisualPainter::DrawnGlyph VisualPainter::glyph(const PlacedGlyph& glyph, double fontPixels, double shift,
                                                std::uint32_t step) {
-  const AtlasKey key{glyphKind, glyph.face->id, glyph.glyph, sixteenths(fontPixels), step};
+  const AtlasKey key{glyphKind, glyph.face->id, glyph.glyph, sixteenths(fontPixels),
+                     sixteenths(size_.scale) << 4U | step};
   if (const AtlasPlace* const known = alphas_.find(key)) return {TextureFormat::alpha8, *known};
   if (const AtlasPlace* const known = colors_.find(key)) return {TextureFormat::rgba8, *known};
-  const GlyphPicture picture = glyph.face->draw(glyph.glyph, fontPixels, shift);
+  const GlyphPicture picture = glyph.face->draw(glyph.glyph, fontPixels / size_.scale, size_.scale, shift);
   const AtlasPlace place{0, 0, picture.width, picture.height, picture.left, picture.top};
   if (picture.isColored) return {TextureFormat::rgba8, added(colors_, key, place, picture.bytes)};
   return {TextureFormat::alpha8, added(alphas_, key, place, picture.bytes)};
@@ -194,13 +197,14 @@ void VisualPainter::draw(const Visual& visual, const visual::Text& text) {
     double x = frame.x;
     if (text.alignment == visual::TextAlignment::center) x += room / 2;
     if (text.alignment == visual::TextAlignment::right) x += room;
-    const double height = (line.ascent + line.descent) * fontPixels;
-    const double baseline = std::round(lineTop + (linePixels - height) / 2 + line.ascent * fontPixels);
-    drawLine(line, fontPixels, x, baseline, color);
+    const double height = std::ceil((line.ascent + line.descent) * paragraph->fontSize() - rounding) * scale;
+    const double baseline = lineTop + (linePixels - height) / 2 + line.ascent * fontPixels;
+    drawLine(line, fontPixels, x, std::floor(baseline + rounding), color);
     const FontFace* const font = paragraph->text().font();
     if (!text.isUnderlined || !font) continue;
     const double thickness = std::round(std::max(scale, font->underlineThickness * fontPixels));
-    const double y = std::round(baseline + font->underlinePosition * fontPixels - thickness / 2);
+    const double y =
+        std::round(baseline + (font->underlinePosition + font->underlineThickness / 2) * fontPixels);
     fill({std::round(x), y, std::round(line.width * fontPixels), std::max(1.0, thickness)}, color);
   }
 }
@@ -277,7 +281,21 @@ void VisualPainter::fillBox(const Rect& box, const CornerCurve& curve, const Col
 
 void VisualPainter::draw(const Visual& visual, const visual::Box& box) {
   const Rect area = pixels(visual.frame);
+  if (box.fade != 0) return fillFading(area, box.fade, faded(box.color));
   fillBox(area, continuousCorner(box.cornerRadius * size_.scale, area), faded(box.color));
+}
+
+// In rows between which the renderer interpolates.
+void VisualPainter::fillFading(const Rect& area, int fade, const Color& color) {
+  if (area.width <= 0 || area.height <= 0) return;
+  std::vector<double> y;
+  std::vector<Color> colors;
+  for (int i = 0; i <= fadeSteps; ++i) {
+    const double passed = static_cast<double>(i) / fadeSteps;
+    y.push_back(area.y + area.height * passed);
+    colors.insert(colors.end(), 2, color.withAlpha(color.alpha * look::fadeOpacity(fade, passed)));
+  }
+  triangles_.addGrid({area.x, area.right()}, y, colors, white());
 }
 
 // A grid whose corners have the shadow's opacity there. Between them the renderer interpolates, which differs
@@ -349,11 +367,11 @@ void VisualPainter::draw(const Visual& visual, const visual::Picture& picture) {
 // picture of an opaque one.
 void VisualPainter::draw(const Visual& visual, const visual::Switch& toggle) {
   const Rect track = pixels(visual.frame);
-  const double scale = size_.scale;
-  const double inset = std::round(look::knobInset * scale);
+  const look::SwitchParts parts = look::switchParts(track.size());
+  const double inset = std::round(parts.inset);
   const double diameter = std::max(1.0, track.height - 2 * inset);
   const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
-  const double left = std::round(inset + (track.width - 2 * inset - diameter) * position);
+  const double left = std::round(inset + parts.travel * position);
   const Color color = faded(mixed(toggle.offColor, toggle.onColor, toggle.position));
   if (opacity_ < 1) {
     const int width = static_cast<int>(track.width);
@@ -365,11 +383,11 @@ void VisualPainter::draw(const Visual& visual, const visual::Switch& toggle) {
   } else {
     fillBox(track, {track.height / 2, true}, color);
   }
-  const int margin = static_cast<int>(std::ceil(2 * scale));
+  const int margin = static_cast<int>(std::ceil(2 * parts.unit));
   const double x = track.x + left - margin;
   const double y = track.y + inset - margin;
-  drawPicture(shape({knobShadowKind, sixteenths(diameter), sixteenths(scale)},
-                    [&] { return knobShadowPicture(diameter, margin, scale); }),
+  drawPicture(shape({knobShadowKind, sixteenths(diameter), sixteenths(parts.unit)},
+                    [&] { return knobShadowPicture(diameter, margin, parts.unit); }),
               x, y, faded(Color::black()));
   drawPicture(shape({knobKind, sixteenths(diameter), static_cast<std::uint32_t>(margin)},
                     [&] { return knobPicture(diameter, margin); }),

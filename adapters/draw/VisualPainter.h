@@ -57,6 +57,7 @@ class VisualPainter {
   void drawCorners(const platform::Rect& box, int side, const AtlasPlace& corner,
                    const platform::Color& color);
   void fillBox(const platform::Rect& pixels, const CornerCurve& curve, const platform::Color& color);
+  void fillFading(const platform::Rect& area, int fade, const platform::Color& color);
   void strokeBox(const platform::Rect& pixels, double cornerRadius, double stroke,
                  const platform::Color& color);
   void drawPicture(const AtlasPlace& place, double x, double y, const platform::Color& color);

@@ -9,7 +9,6 @@
 namespace TalvoConsentSDK {
 
 using namespace platform;
-using namespace view;
 
 namespace {
 

@@ -55,20 +55,18 @@ QColor mixed(const Color& from, const Color& to, double share) {
 }
 
 void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& size) {
-  const double unit = size.height() / 31;  // the height at text scale 1
-  const double inset = look::knobInset * unit;
-  const double knob = size.height() - 2 * inset;
-  const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
-  const double x = inset + (size.width() - 2 * inset - knob) * position;
+  const look::SwitchParts parts = look::switchParts({size.width(), size.height()});
+  const double x = parts.inset + parts.travel * (toggle.isMirrored ? 1 - toggle.position : toggle.position);
   const auto disc = [&](double grow, double dy, const QColor& color) {
+    const double side = parts.diameter + 2 * grow;
     painter.setBrush(color);
-    painter.drawEllipse(QRectF(x - grow, inset - grow + dy, knob + 2 * grow, knob + 2 * grow));
+    painter.drawEllipse(QRectF(x - grow, parts.inset - grow + dy, side, side));
   };
   painter.setPen(Qt::NoPen);
   painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
   painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
   for (const look::KnobShadow& shadow : look::knobShadows) {
-    disc(shadow.growth * unit, shadow.offset * unit,
+    disc(shadow.growth * parts.unit, shadow.offset * parts.unit,
          QColor::fromRgbF(0, 0, 0, static_cast<float>(shadow.alpha)));
   }
   disc(0, 0, toQColor(toggle.knobColor));
@@ -78,9 +76,8 @@ void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& 
 QImage fadeColumn(const visual::Box& box, int height) {
   QImage column(1, height, QImage::Format_ARGB32);
   for (int y = 0; y < height; ++y) {
-    const double passed = (y + 0.5) / height;
-    const double t = box.fade > 0 ? 1 - passed : passed;
-    column.setPixelColor(0, y, toQColor(box.color.withAlpha(box.color.alpha * t * t * (3 - 2 * t))));
+    const double share = look::fadeOpacity(box.fade, (y + 0.5) / height);
+    column.setPixelColor(0, y, toQColor(box.color.withAlpha(box.color.alpha * share)));
   }
   return column;
 }

@@ -1,6 +1,7 @@
 #include "apps/host/HostOptions.h"
 
 #include <QCommandLineParser>
+#include <QStandardPaths>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -54,6 +55,21 @@ LayoutDirection direction(const QString& text) {
   fail(QStringLiteral("--layout takes rtl or ltr"));
 }
 
+Toolkit toolkit(const QString& text) {
+  if (text == QLatin1String("qt")) return Toolkit::qt;
+#if defined(TALVO_HAS_DRAW)
+  if (text == QLatin1String("draw")) return Toolkit::draw;
+  fail(QStringLiteral("--toolkit takes qt or draw"));
+#else
+  fail(QStringLiteral("--toolkit takes qt; draw was not built in"));
+#endif
+}
+
+std::filesystem::path defaultStore() {
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+  return std::filesystem::path(folder.toStdString()) / "consent.sqlite";
+}
+
 }  // namespace
 
 HostOptions parseOptions(const QStringList& arguments) {
@@ -66,6 +82,7 @@ HostOptions parseOptions(const QStringList& arguments) {
     parser.addOption(
         {QLatin1String(name), QLatin1String(help), QLatin1String(value), QString::fromStdString(fallback)});
   };
+  add("toolkit", "What draws the banner: qt, or draw for draw lists without a display.", "qt|draw", "qt");
   add("api-url", "URL of the consent service.", "URL", defaults.apiUrl);
   add("site", "Identifier of the site.", "ID", defaults.site);
   add("language", "Language of the banner.", "CODE", defaults.language);
@@ -99,10 +116,12 @@ HostOptions parseOptions(const QStringList& arguments) {
 
   const auto text = [&](const char* name) { return parser.value(QLatin1String(name)).toStdString(); };
   HostOptions options;
+  options.toolkit = toolkit(parser.value(QStringLiteral("toolkit")));
   options.apiUrl = text("api-url");
   options.site = text("site");
   options.language = text("language");
-  options.store = text("store");
+  options.store =
+      parser.isSet(QStringLiteral("store")) ? std::filesystem::path(text("store")) : defaultStore();
   options.maxCacheBytes = static_cast<std::size_t>(number(parser, QStringLiteral("cache"), 0, 1e12));
   options.certificates = text("ca");
   if (!options.certificates.empty() && !std::ifstream(options.certificates))

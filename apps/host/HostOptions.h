@@ -14,11 +14,17 @@
 
 namespace TalvoConsentHost {
 
+enum class Toolkit {
+  qt,    // a window
+  draw,  // draw lists in memory, without a display
+};
+
 struct HostOptions {
+  Toolkit toolkit = Toolkit::qt;
   std::string apiUrl = "http://127.0.0.1:8787";
   std::string site = "demo";
   std::string language = "en";
-  std::filesystem::path store;         // empty: the default for the application
+  std::filesystem::path store;
   std::filesystem::path certificates;  // of authorities to trust; empty: only the system's
   QSize size{390, 844};
   double pixelRatio = 0;  // 0: that of the screen

@@ -33,7 +33,7 @@ TEST_P(ScreensTest, TakeFewCallsAndNothingWhileStill) {
   if (settings.highContrast) shown.surface.keyPressed(SurfaceKey::tab);
   shown.settle();
   shown.screen.draw(shown.list);
-  shown.screen.save(::testing::TempDir() + "draw_" + name + ".png");
+  EXPECT_TRUE(shown.screen.save(::testing::TempDir() + "draw_" + name + ".png"));
   EXPECT_GT(shown.list.vertices.size(), 500U);
   EXPECT_LE(shown.list.commands.size(), maxCommands + 2);
   EXPECT_EQ(shown.screen.textureCount(),
@@ -52,7 +52,7 @@ TEST(ConsentSurfaceTest, ShowsTheSamePictureAfterTheTexturesWereLost) {
   ShownSurface shown;
   shown.settle();
   shown.screen.draw(shown.list);
-  Rasterizer fresh(780, 1688, {0.8, 0.82, 0.84, 1});
+  Rasterizer fresh(780, 1688, {0.8F, 0.82F, 0.84F});
   shown.surface.forgetTextures();
   EXPECT_TRUE(shown.surface.needsFrame());
   const DrawList list = shown.surface.frame();

@@ -12,7 +12,7 @@
 
 #include "adapters/draw/ConsentSurface.h"
 
-#include "tests/draw/Rasterizer.h"
+#include "testing/draw/Rasterizer.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
@@ -33,7 +33,7 @@ class ShownSurface {
                         const std::string& customization = {})
       : time(std::chrono::hours(1)),
         surface(completed(std::move(options))),
-        screen(780, 1688, {0.8, 0.82, 0.84, 1}) {
+        screen(780, 1688, {0.8F, 0.82F, 0.84F}) {
     fakes.session->answer("GET", "https://service.example/sites/demo/logo.png", 200,
                           siteFile("demo/logo.png"));
     Platform platform;

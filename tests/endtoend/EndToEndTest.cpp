@@ -37,8 +37,13 @@ std::string inShort(const std::string& line) {
   return view;
 }
 
+struct Visit {
+  std::string file;
+  std::string toolkit;  // draws the banner
+};
+
 // A separate folder for each test, with a store that its hosts share and the service's log.
-class Visits : public TestWithParam<std::string> {
+class Visits : public TestWithParam<Visit> {
  protected:
   Visits() { fs::create_directory(folder); }
   ~Visits() override { fs::remove_all(folder); }
@@ -48,6 +53,7 @@ class Visits : public TestWithParam<std::string> {
   Texts run(const ConsentServiceProcess& service, const Texts& options, const std::string& script) const {
     std::ofstream(folder / "script") << script;
     std::string command = "cd '" + folder.string() + "'; '" TALVO_HOST "' --script script --store store";
+    command += " --toolkit " + GetParam().toolkit;
     command += " --api-url " + service.url();
     for (const std::string& each : options) {
       command += " '" + (each.starts_with("URL") ? service.url() + each.substr(3) : each) + '\'';
@@ -79,19 +85,21 @@ class Visits : public TestWithParam<std::string> {
   const fs::path folder = fs::path(::testing::TempDir()) / ("talvo-visit-" + std::to_string(getpid()));
 };
 
-Texts visitFiles() {
-  Texts files;
+std::vector<Visit> visits() {
+  std::vector<Visit> all;
   for (const auto& each : fs::directory_iterator(TALVO_TEST_DATA "/endtoend/visits")) {
-    files.push_back(each.path());
+    for (const std::string& toolkit : words(TALVO_TOOLKITS)) all.push_back({each.path(), toolkit});
   }
-  return files;
+  return all;
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visitFiles()),
-                         [](const auto& each) { return fs::path(each.param).stem().string(); });
+INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visits()), [](const auto& each) {
+  const std::string name = fs::path(each.param.file).stem().string();
+  return each.param.toolkit == "qt" ? name : name + "_on_" + each.param.toolkit;
+});
 
 TEST_P(Visits, PrintWhatIsRecorded) {
-  std::string head = contentOf(GetParam());
+  std::string head = contentOf(GetParam().file);
   head.erase(head.find("\nprints:"));
   for (const char* sites : {TALVO_SHIPPED_SITES, TALVO_TEST_DATA "/../docs/sites"})
     fs::copy(sites, folder / "sites", fs::copy_options::recursive);
@@ -124,7 +132,7 @@ TEST_P(Visits, PrintWhatIsRecorded) {
   static const regex failedBanner(R"re("callback":"onError"[^\n]*\n\{"error")re");
   const bool hasBannerFailed = std::regex_search(actual, failedBanner);
   for (const std::string& line : requests(hasBannerFailed)) actual += line + '\n';
-  expectGolden(GetParam(), actual);
+  expectGolden(GetParam().file, actual);
 }
 
 }  // namespace

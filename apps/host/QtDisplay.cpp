@@ -1,0 +1,263 @@
+#include "apps/host/QtDisplay.h"
+
+#include <QEvent>
+#include <QEventLoop>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPointingDevice>
+#include <QTimer>
+#include <QTouchEvent>
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "TalvoConsentSDK/base/NeverDestroyed.h"
+
+#include "adapters/curl/CurlURLSession.h"
+#include "adapters/posix/CachedSession.h"
+#include "adapters/qt/OverlaySurface.h"
+#include "adapters/qt/QtMainActor.h"
+#include "adapters/qt/QtPlatform.h"
+
+#include "apps/host/Output.h"
+#include "apps/host/Timing.h"
+
+namespace TalvoConsentHost {
+
+using namespace TalvoConsentSDK;
+using namespace TalvoConsentSDK::platform;
+using namespace TalvoConsentSDK::view;
+
+namespace {
+
+QtOptions qtOptions(const HostOptions& options) {
+  QtOptions qt;
+  qt.text.scale = options.textScale;
+  qt.layoutDirection = options.layoutDirection;
+  if (options.highContrast) qt.highContrast = true;
+  qt.reducesMotion = options.reducesMotion;
+  qt.maxCacheBytes = options.maxCacheBytes;
+  qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
+  if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
+  return qt;
+}
+
+// Qt reads the pixel ratio when the application object is created.
+int& withPixelRatio(const HostOptions& options, int& argc) {
+  if (options.pixelRatio > 0) qputenv("QT_SCALE_FACTOR", QByteArray::number(options.pixelRatio));
+  return argc;
+}
+
+// Calls Timing for each frame that a banner's window presents.
+class BannerWatcher : public QObject {
+ public:
+  using QObject::QObject;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() != QEvent::PlatformSurface && event->type() != QEvent::Show) return false;
+    auto* window = qobject_cast<QQuickWindow*>(watched);
+    if (!window || !OverlaySurface::isOverlay(*window) || window->property("timed").toBool()) return false;
+    window->setProperty("timed", true);
+    connect(window, &QQuickWindow::frameSwapped, this, &Timing::framePresented, Qt::DirectConnection);
+    return false;
+  }
+};
+
+const AccessibleElement* find(const std::vector<AccessibleElement>& elements, const std::string& name,
+                              std::optional<view::Role> role) {
+  const auto found = std::ranges::find_if(elements, [&](const AccessibleElement& each) {
+    return each.isControl() && each.name == name && (!role || each.role == *role);
+  });
+  return found == elements.end() ? nullptr : &*found;
+}
+
+Qt::Key toQtKey(view::Key key) {
+  switch (key) {
+    case view::Key::tab:
+      return Qt::Key_Tab;
+    case view::Key::backtab:
+      return Qt::Key_Backtab;
+    case view::Key::space:
+      return Qt::Key_Space;
+    case view::Key::enter:
+      return Qt::Key_Return;
+    case view::Key::escape:
+      return Qt::Key_Escape;
+    case view::Key::up:
+      return Qt::Key_Up;
+    case view::Key::down:
+      return Qt::Key_Down;
+    case view::Key::pageUp:
+      return Qt::Key_PageUp;
+    case view::Key::pageDown:
+      return Qt::Key_PageDown;
+    case view::Key::home:
+      return Qt::Key_Home;
+    case view::Key::end:
+      return Qt::Key_End;
+  }
+  return Qt::Key_unknown;
+}
+
+QPointingDevice& touchScreen() {
+  static QPointingDevice& device =
+      *new QPointingDevice(QStringLiteral("script"), 1, QInputDevice::DeviceType::TouchScreen,
+                           QPointingDevice::PointerType::Finger, QInputDevice::Capability::Position, 1, 0);
+  return device;
+}
+
+}  // namespace
+
+QtDisplay::QtDisplay(const HostOptions& options, int& argc, char** argv)
+    : application_(withPixelRatio(options, argc), argv),
+      options_(qtOptions(options)),
+      host_(options_.text),
+      isHidden_(options.isHidden) {
+  qApp->installEventFilter(new BannerWatcher(qApp));
+  host_.setTitle(QStringLiteral("Aurora Daily"));
+  host_.resize(options.size);
+  environment_.textMeasurer = std::make_shared<QtTextMeasurer>(options_.text);
+  environment_.safeArea = options.safeArea;
+}
+
+Platform QtDisplay::makePlatform(const HostOptions& options) {
+  Platform platform = makeQtPlatform(options.store, options_);
+  if (options.certificates.empty()) return platform;
+  CurlOptions curl;
+  curl.certificates = options.certificates;
+  platform.urlSession =
+      cachedSession(std::make_shared<CurlURLSession>(curl), options.store, options.maxCacheBytes);
+  return platform;
+}
+
+void QtDisplay::addWindows(Platform& platform) {
+  addQtWindows(platform, options_);
+}
+
+void QtDisplay::show(const AnyView& screen) {
+  const LayoutDirection direction = options_.layoutDirection.value_or(LayoutDirection::leftToRight);
+  host_.setController(std::make_shared<HostingController>(screen, direction), environment_);
+  if (!isHidden_) host_.show();
+}
+
+void QtDisplay::waitUntilShown() {
+  waitUntil([&] { return host_.isExposed() && !host_.isBusy(); });
+}
+
+bool QtDisplay::waitUntil(const Condition& condition) {
+  using namespace std::chrono_literals;
+  QEventLoop loop;
+  QTimer ticks;  // poll, since other threads may change the condition
+  QObject::connect(&ticks, &QTimer::timeout, &loop, [&] {
+    // With GLib's dispatcher, an inner loop may not deliver events posted before it began.
+    QCoreApplication::sendPostedEvents();
+    if (condition()) loop.quit();
+  });
+  ticks.start(2ms);
+  QTimer::singleShot(90s, &loop, [&] { loop.exit(1); });
+  return loop.exec() == 0;
+}
+
+int QtDisplay::run() {
+  return QGuiApplication::exec();
+}
+
+void QtDisplay::quit(int status) {
+  QCoreApplication::exit(status);
+}
+
+std::shared_ptr<Executor> QtDisplay::turns() {
+  // Threads that read scripts may outlive everything in main().
+  return {std::shared_ptr<void>(), &neverDestroyed<QtMainActor>()};
+}
+
+// Newest first.
+std::vector<ViewWindow*> QtDisplay::banners() const {
+  std::vector<ViewWindow*> shown;
+  for (QWindow* window : QGuiApplication::allWindows()) {
+    if (OverlaySurface::isOverlay(*window) && window->isVisible())
+      shown.push_back(static_cast<ViewWindow*>(window));
+  }
+  return shown;
+}
+
+ViewWindow* QtDisplay::banner() const {
+  const auto shown = banners();
+  return shown.empty() ? nullptr : shown.front();
+}
+
+bool QtDisplay::isMoving() const {
+  return host_.isBusy() || std::ranges::any_of(banners(), &ViewWindow::isBusy);
+}
+
+std::vector<ShownElement> QtDisplay::elements() {
+  std::vector<ShownElement> shown;
+  if (const ViewWindow* window = banner()) {
+    for (const auto& each : window->controller()->accessibleElements(Layout::Rows::all))
+      shown.push_back({each.role, each.name, each.value, each.description, each.isEnabled, each.frame});
+  }
+  return shown;
+}
+
+bool QtDisplay::tap(const std::string& name, std::optional<view::Role> role) {
+  ViewWindow* const newest = banner();
+  ViewWindow& shown = newest ? *newest : host_;
+  HostingController& controller = *shown.controller();
+  const AccessibleElement* far = find(controller.accessibleElements(Layout::Rows::all), name, role);
+  if (!far) return false;
+  controller.reveal(*far);
+  waitForFrames();
+  const AccessibleElement* near = find(controller.accessibleElements(), name, role);
+  if (!near) return false;
+  const Rect& frame = near->control->frame;
+  touch(shown, (near->clip ? frame.intersection(*near->clip) : frame).center(),
+        near->role == view::Role::toggle);
+  waitForFrames();
+  return true;
+}
+
+void QtDisplay::press(view::Key key) {
+  const Qt::KeyboardModifiers modifiers = key == view::Key::backtab ? Qt::ShiftModifier : Qt::NoModifier;
+  for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+    QKeyEvent event(type, toQtKey(key), modifiers);
+    if (ViewWindow* shown = banner()) QCoreApplication::sendEvent(shown, &event);
+  }
+  waitForFrames();
+}
+
+std::optional<std::string> QtDisplay::focus() {
+  const ViewWindow* shown = banner();
+  if (!shown) return std::nullopt;
+  HostingController& controller = *shown->controller();
+  const auto focused = controller.focused();
+  if (!focused) return std::nullopt;
+  const auto& elements = controller.accessibleElements();
+  const auto element = std::ranges::find(elements, *focused, &AccessibleElement::id);
+  return element == elements.end() ? std::nullopt : std::optional(element->name);
+}
+
+bool QtDisplay::screenshot(const std::string& file) {
+  waitForFrames();
+  QImage picture = host_.grabWindow().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  if (ViewWindow* shown = banner()) {
+    QPainter painter(&picture);
+    painter.drawImage(0, 0, shown->grabWindow());
+  }
+  return picture.save(toQString(file), "PNG");
+}
+
+void QtDisplay::touch(ViewWindow& window, Point point, bool isSwitch) {
+  const QPointF position(point.x, point.y);
+  const QPointF global = window.mapToGlobal(position);
+  const auto send = [&](QEvent::Type type, QEventPoint::State state) {
+    QTouchEvent event(type, &touchScreen(), Qt::NoModifier, {QEventPoint(1, state, position, global)});
+    QCoreApplication::sendEvent(&window, &event);
+  };
+  send(QEvent::TouchBegin, QEventPoint::Pressed);
+  waitForFrames();
+  if (isSwitch) Timing::switchTapped();
+  send(QEvent::TouchEnd, QEventPoint::Released);
+}
+
+}  // namespace TalvoConsentHost
