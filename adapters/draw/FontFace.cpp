@@ -33,7 +33,7 @@ std::shared_ptr<FT_LibraryRec_> freeType() {
   FT_Library made = nullptr;
   if (FT_Init_FreeType(&made) != 0) return nullptr;
   const std::shared_ptr<FT_LibraryRec_> library(made, FT_Done_FreeType);
-  // Small letters of OpenType fonts would be too thin.
+  // Otherwise small letters of OpenType fonts are too thin.
   const FT_Bool isThin = 0;
   FT_Property_Set(made, "cff", "no-stem-darkening", &isThin);
   shared = library;
@@ -140,13 +140,19 @@ bool FontFace::has(char32_t character) const {
   return hb_font_get_nominal_glyph(shaper_, character, &glyph) != 0;
 }
 
-GlyphPicture FontFace::draw(std::uint32_t glyph, double pixels, double shift) const {
+// Small letters are drawn with darker stems. How small a letter is depends on its size in points, not on the
+// display, so the outline is loaded in points.
+GlyphPicture FontFace::draw(std::uint32_t glyph, double points, double scale, double shift) const {
   GlyphPicture picture;
+  const double pixels = points * scale;
   double available = pixels;  // a colour font has pictures in few sizes
   if (FT_IS_SCALABLE(face_)) {
-    const double size = std::min(pixels, maxPixels);
+    const double size = std::min(points, maxPixels);
+    FT_Matrix matrix{0, 0, 0, 0};
+    matrix.xx = matrix.yy = std::lround(std::min(scale, maxPixels / size) * 0x10000);
     if (FT_Set_Char_Size(face_, 0, static_cast<FT_F26Dot6>(std::lround(size * 64)), 72, 72) != 0)
       return picture;
+    FT_Set_Transform(face_, &matrix, nullptr);
   } else {
     if (face_->num_fixed_sizes < 1 || FT_Select_Size(face_, face_->num_fixed_sizes - 1) != 0) return picture;
     available = static_cast<double>(face_->available_sizes[face_->num_fixed_sizes - 1].y_ppem) / 64;

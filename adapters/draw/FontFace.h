@@ -40,8 +40,9 @@ class FontFace {
 
   bool has(char32_t character) const;
 
-  /// Draws a letter at a size in pixels, its origin moved to the right by `shift` pixels.
-  GlyphPicture draw(std::uint32_t glyph, double pixels, double shift) const;
+  /// Draws a letter at a size in points, with `scale` pixels in a point, its origin moved to the right by
+  /// `shift` pixels.
+  GlyphPicture draw(std::uint32_t glyph, double points, double scale, double shift) const;
 
   hb_font_t* shaper() const { return shaper_; }
 
