@@ -3,8 +3,10 @@
 // One font in one weight: which letters it has, how HarfBuzz shapes them, and how FreeType draws them.
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adapters/draw/SurfaceOptions.h"
@@ -44,6 +46,9 @@ class FontFace {
   /// `shift` pixels.
   GlyphPicture draw(std::uint32_t glyph, double points, double scale, double shift) const;
 
+  /// How far a letter reaches beyond its width, in whole points.
+  double overhang(std::uint32_t glyph, double points) const;
+
   hb_font_t* shaper() const { return shaper_; }
 
   std::uint32_t id = 0;  // unique in the process
@@ -58,7 +63,7 @@ class FontFace {
   double unit = 0;  // of the shaper's lengths
   double ascent = 0;
   double descent = 0;
-  double underlinePosition = 0;
+  double underlinePosition = 0;  // of its upper edge
   double underlineThickness = 0;
   double spaceWidth = 0;
 
@@ -66,12 +71,14 @@ class FontFace {
   FontFace() = default;
   static std::unique_ptr<FontFace> open(hb_blob_t* blob, unsigned index, int wantedWeight);
   void readMetrics();
+  bool load(std::uint32_t glyph, double points, double scale) const;
   GlyphPicture scaledBitmap(double pixels, double available) const;
 
   hb_blob_t* blob_ = nullptr;
   hb_font_t* shaper_ = nullptr;
   FT_FaceRec_* face_ = nullptr;
   std::shared_ptr<FT_LibraryRec_> library_;
+  mutable std::map<std::pair<std::uint32_t, double>, double> overhangs_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -60,12 +60,17 @@ void Paragraph::breakLines(double width) {
   for (std::size_t begin = 0; begin < text_->size();) {
     const auto [line, next] = nextLine(begin, room);
     lines_.push_back(line);
-    widest_ = std::max(widest_, widthOf(line));
+    widest_ = std::max(widest_, reachOf(line));
     begin = next;
   }
   // A text that ends in a line break has an empty line after it.
   const std::size_t size = text_->size();
   if (size > 0 && text_->breakBefore(size) == LineBreak::mandatory) lines_.push_back({size, size});
+}
+
+// The width of a line together with what its last letter reaches beyond it.
+double Paragraph::reachOf(const Line& line) const {
+  return widthOf(line) + (line.end > line.begin ? text_->overhang(line.end - 1, fontSize_) : 0);
 }
 
 // Returns the line that begins at a character, and the first character of the line after it.
@@ -78,6 +83,9 @@ std::pair<Paragraph::Line, std::size_t> Paragraph::nextLine(std::size_t begin, d
     if (before == LineBreak::allowed) lastBreak = {{begin, end}, i};
     if (text_->isBlankAt(i)) continue;
     const bool isTooWide = widthOf({begin, i + 1}) > room;
+    const bool isWordEnd =
+        i + 1 == text_->size() || text_->isBlankAt(i + 1) || text_->breakBefore(i + 1) != LineBreak::none;
+    if (lastBreak && isWordEnd && !isTooWide && reachOf({begin, i + 1}) > room) return *lastBreak;
     if (i > begin && isTooWide && text_->isCharacterStart(i)) {
       if (lastBreak) return *lastBreak;
       splitsWord_ = true;

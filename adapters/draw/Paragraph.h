@@ -50,6 +50,7 @@ class Paragraph {
   void setFontSize(double size);
   double widthOf(const Line& line) const { return (*edges_)[line.end] - (*edges_)[line.begin]; }
   void breakLines(double width);
+  double reachOf(const Line& line) const;
   std::pair<Line, std::size_t> nextLine(std::size_t begin, double room);
 
   const std::shared_ptr<const ShapedText> text_;

@@ -118,11 +118,13 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
 
 void ShapedText::measure() {
   advances_.assign(size(), 0);
+  lastGlyphs_.assign(size(), 0);
   for (const Run& run : runs_) {
     std::fill(isStart_.begin() + static_cast<std::ptrdiff_t>(run.begin),
               isStart_.begin() + static_cast<std::ptrdiff_t>(run.end), false);
     for (const auto& glyph : shape(run, run.begin, run.end).glyphs) {
       advances_[glyph.character] += glyph.advance;
+      lastGlyphs_[glyph.character] = glyph.glyph;
       isStart_[glyph.character] = true;
     }
     isStart_[run.begin] = true;
@@ -142,6 +144,12 @@ std::shared_ptr<const std::vector<double>> ShapedText::edges(double fontSize) co
   for (const double advance : advances_) found->push_back(found->back() + cut(advance, fontSize) * fontSize);
   edgesSize_ = fontSize;
   return edges_ = std::move(found);
+}
+
+double ShapedText::overhang(std::size_t index, double fontSize) const {
+  const auto run = std::ranges::upper_bound(runs_, index, {}, &Run::end);
+  if (run == runs_.end() || !run->face || lastGlyphs_[index] == 0) return 0;
+  return run->face->overhang(lastGlyphs_[index], fontSize);
 }
 
 ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size_t end) const {

@@ -52,6 +52,9 @@ class ShapedText {
   /// The place of each character's left edge if all stand on one line, in points. The last one is the end.
   std::shared_ptr<const std::vector<double>> edges(double fontSize) const;
 
+  /// How far a character reaches beyond its own width, in whole points.
+  double overhang(std::size_t index, double fontSize) const;
+
   /// Shapes the characters from `begin` to `end` as a line of their own. They must contain no line break.
   ShapedLine line(std::size_t begin, std::size_t end, double fontSize) const;
 
@@ -80,7 +83,8 @@ class ShapedText {
   std::vector<Run> runs_;
   std::vector<bool> isStart_;
   std::vector<double> advances_;
-  mutable double edgesSize_ = 0;  // the font size for which the edges were asked for last
+  std::vector<std::uint32_t> lastGlyphs_;  // of each character
+  mutable double edgesSize_ = 0;           // the font size for which the edges were asked for last
   mutable std::shared_ptr<const std::vector<double>> edges_;
 };
 

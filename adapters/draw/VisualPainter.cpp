@@ -203,8 +203,7 @@ void VisualPainter::draw(const Visual& visual, const visual::Text& text) {
     const FontFace* const font = paragraph->text().font();
     if (!text.isUnderlined || !font) continue;
     const double thickness = std::round(std::max(scale, font->underlineThickness * fontPixels));
-    const double y =
-        std::round(baseline + (font->underlinePosition + font->underlineThickness / 2) * fontPixels);
+    const double y = std::round(baseline + font->underlinePosition * fontPixels);
     fill({std::round(x), y, std::round(line.width * fontPixels), std::max(1.0, thickness)}, color);
   }
 }
