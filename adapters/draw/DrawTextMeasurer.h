@@ -26,7 +26,7 @@ class DrawTextMeasurer : public platform::TextMeasurer {
 
   double widestWord(std::string_view text, const platform::Font& font) override {
     const auto paragraph = paragraphs_->wrapped(text, font, textScale_, view::infinity);
-    return std::ceil(paragraph->text().widestWord() * paragraph->fontSize());
+    return std::ceil(paragraph->widestWord());
   }
 
  private:

@@ -33,7 +33,7 @@ std::shared_ptr<FT_LibraryRec_> freeType() {
   FT_Library made = nullptr;
   if (FT_Init_FreeType(&made) != 0) return nullptr;
   const std::shared_ptr<FT_LibraryRec_> library(made, FT_Done_FreeType);
-  // Small letters of OpenType fonts would be too thin.
+  // Otherwise small letters of OpenType fonts are too thin.
   const FT_Bool isThin = 0;
   FT_Property_Set(made, "cff", "no-stem-darkening", &isThin);
   shared = library;
@@ -140,19 +140,48 @@ bool FontFace::has(char32_t character) const {
   return hb_font_get_nominal_glyph(shaper_, character, &glyph) != 0;
 }
 
-GlyphPicture FontFace::draw(std::uint32_t glyph, double pixels, double shift) const {
-  GlyphPicture picture;
-  double available = pixels;  // a colour font has pictures in few sizes
+// Loads a letter without rendering it. Small letters get darker stems. How small a letter is depends on its
+// size in points, not on the display, so the outline is loaded in points.
+bool FontFace::load(std::uint32_t glyph, double points, double scale) const {
   if (FT_IS_SCALABLE(face_)) {
-    const double size = std::min(pixels, maxPixels);
+    const double size = std::min(points, maxPixels);
+    FT_Matrix matrix{0, 0, 0, 0};
+    matrix.xx = matrix.yy = std::lround(std::min(scale, maxPixels / size) * 0x10000);
     if (FT_Set_Char_Size(face_, 0, static_cast<FT_F26Dot6>(std::lround(size * 64)), 72, 72) != 0)
-      return picture;
-  } else {
-    if (face_->num_fixed_sizes < 1 || FT_Select_Size(face_, face_->num_fixed_sizes - 1) != 0) return picture;
-    available = static_cast<double>(face_->available_sizes[face_->num_fixed_sizes - 1].y_ppem) / 64;
+      return false;
+    FT_Set_Transform(face_, &matrix, nullptr);
+  } else if (face_->num_fixed_sizes < 1 || FT_Select_Size(face_, face_->num_fixed_sizes - 1) != 0) {
+    return false;
   }
   const FT_Int32 flags = FT_LOAD_NO_HINTING | (FT_HAS_COLOR(face_) ? FT_LOAD_COLOR : FT_LOAD_NO_BITMAP);
-  if (FT_Load_Glyph(face_, glyph, flags) != 0) return picture;
+  return FT_Load_Glyph(face_, glyph, flags) == 0;
+}
+
+double FontFace::overhang(std::uint32_t glyph, double points) const {
+  constexpr std::size_t maxKnown = 1000;
+  if (!FT_IS_SCALABLE(face_)) return 0;
+  const auto known = overhangs_.find({glyph, points});
+  if (known != overhangs_.end()) return known->second;
+  if (overhangs_.size() >= maxKnown) overhangs_.clear();
+  double& found = overhangs_[{glyph, points}];
+  if (load(glyph, points, 1)) {
+    const auto inPoints = [](FT_Pos length) { return static_cast<double>(length) / 64; };
+    const FT_Glyph_Metrics& metrics = face_->glyph->metrics;
+    const double end = std::ceil(inPoints(metrics.horiBearingX + metrics.width));
+    found = std::clamp(end - std::round(inPoints(face_->glyph->advance.x)), 0.0, 4 * points);
+  }
+  return found;
+}
+
+GlyphPicture FontFace::draw(std::uint32_t glyph, double points, double scale, double shift) const {
+  GlyphPicture picture;
+  if (!load(glyph, points, scale)) return picture;
+  const double pixels = points * scale;
+  // A colour font has pictures in few sizes.
+  const double available =
+      FT_IS_SCALABLE(face_)
+          ? pixels
+          : static_cast<double>(face_->available_sizes[face_->num_fixed_sizes - 1].y_ppem) / 64;
   FT_GlyphSlot slot = face_->glyph;
   if (slot->format == FT_GLYPH_FORMAT_OUTLINE) {
     FT_BBox box;

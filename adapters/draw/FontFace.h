@@ -3,8 +3,10 @@
 // One font in one weight: which letters it has, how HarfBuzz shapes them, and how FreeType draws them.
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "adapters/draw/SurfaceOptions.h"
@@ -40,8 +42,12 @@ class FontFace {
 
   bool has(char32_t character) const;
 
-  /// Draws a letter at a size in pixels, its origin moved to the right by `shift` pixels.
-  GlyphPicture draw(std::uint32_t glyph, double pixels, double shift) const;
+  /// Draws a letter at a size in points, with `scale` pixels in a point, its origin moved to the right by
+  /// `shift` pixels.
+  GlyphPicture draw(std::uint32_t glyph, double points, double scale, double shift) const;
+
+  /// How far a letter reaches beyond its width, in whole points.
+  double overhang(std::uint32_t glyph, double points) const;
 
   hb_font_t* shaper() const { return shaper_; }
 
@@ -57,7 +63,7 @@ class FontFace {
   double unit = 0;  // of the shaper's lengths
   double ascent = 0;
   double descent = 0;
-  double underlinePosition = 0;
+  double underlinePosition = 0;  // of its upper edge
   double underlineThickness = 0;
   double spaceWidth = 0;
 
@@ -65,12 +71,14 @@ class FontFace {
   FontFace() = default;
   static std::unique_ptr<FontFace> open(hb_blob_t* blob, unsigned index, int wantedWeight);
   void readMetrics();
+  bool load(std::uint32_t glyph, double points, double scale) const;
   GlyphPicture scaledBitmap(double pixels, double available) const;
 
   hb_blob_t* blob_ = nullptr;
   hb_font_t* shaper_ = nullptr;
   FT_FaceRec_* face_ = nullptr;
   std::shared_ptr<FT_LibraryRec_> library_;
+  mutable std::map<std::pair<std::uint32_t, double>, double> overhangs_;
 };
 
 }  // namespace TalvoConsentSDK

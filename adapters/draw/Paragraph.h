@@ -28,6 +28,10 @@ class Paragraph {
   /// The size of the lines, in whole points.
   platform::Size size() const;
 
+  /// The width of the widest part without an allowed line break, such as a word. Only the first 1,000
+  /// characters of a part count.
+  double widestWord() const;
+
   double fontSize() const { return fontSize_; }      // in points
   double lineHeight() const { return lineHeight_; }  // in points
   std::size_t lineCount() const { return lines_.size(); }
@@ -43,11 +47,15 @@ class Paragraph {
     std::size_t end = 0;  // without the blanks after it
   };
 
+  void setFontSize(double size);
+  double widthOf(const Line& line) const { return (*edges_)[line.end] - (*edges_)[line.begin]; }
   void breakLines(double width);
+  double reachOf(const Line& line) const;
   std::pair<Line, std::size_t> nextLine(std::size_t begin, double room);
 
   const std::shared_ptr<const ShapedText> text_;
   double fontSize_ = 0;
+  std::shared_ptr<const std::vector<double>> edges_;  // of the characters, at this font size
   double lineHeight_ = 0;
   double minWidth_ = 0;
   double widest_ = 0;

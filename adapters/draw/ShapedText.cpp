@@ -1,7 +1,9 @@
 #include "adapters/draw/ShapedText.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
+#include <utility>
 
 #include <hb.h>
 
@@ -13,8 +15,6 @@ using namespace platform;
 using namespace view;
 
 namespace {
-
-constexpr std::size_t maxWordLength = 1000;
 
 hb_unicode_funcs_t* unicode() {
   return hb_unicode_funcs_get_default();
@@ -44,6 +44,12 @@ bool isJapanese(const std::u32string& text) {
     const hb_script_t script = hb_unicode_script(unicode(), c);
     return script == HB_SCRIPT_HIRAGANA || script == HB_SCRIPT_KATAKANA;
   });
+}
+
+// Cuts a width in ems to 1/64 of a point.
+double cut(double width, double fontSize) {
+  constexpr double rounding = 1e-6;
+  return std::floor(width * fontSize * 64 + rounding) / 64 / fontSize;
 }
 
 bool hasOwnScript(hb_script_t script) {
@@ -111,30 +117,39 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
 }
 
 void ShapedText::measure() {
-  std::vector<double> advances(size(), 0);
+  advances_.assign(size(), 0);
+  lastGlyphs_.assign(size(), 0);
   for (const Run& run : runs_) {
     std::fill(isStart_.begin() + static_cast<std::ptrdiff_t>(run.begin),
               isStart_.begin() + static_cast<std::ptrdiff_t>(run.end), false);
     for (const auto& glyph : shape(run, run.begin, run.end).glyphs) {
-      advances[glyph.character] += glyph.advance;
+      advances_[glyph.character] += glyph.advance;
+      lastGlyphs_[glyph.character] = glyph.glyph;
       isStart_[glyph.character] = true;
     }
     isStart_[run.begin] = true;
   }
-  widths_.reserve(size() + 1);
-  widths_.push_back(0);
-  for (const double advance : advances) widths_.push_back(widths_.back() + advance);
   for (std::size_t i = 1; i < size(); ++i) {
     // The library for line breaks is older than the letters that are joined to one, such as families of
     // emoji.
     if (breaks_[i] == LineBreak::allowed && !isStart_[i]) breaks_[i] = LineBreak::none;
   }
-  for (std::size_t begin = 0, end = 0; begin < size(); begin = end) {
-    for (++end; end < size() && breaks_[end] == LineBreak::none;) ++end;
-    std::size_t last = std::min(end, begin + maxWordLength);
-    while (last > begin && isBlank(text_.codes[last - 1])) --last;
-    widestWord_ = std::max(widestWord_, widths_[last] - widths_[begin]);
-  }
+}
+
+std::shared_ptr<const std::vector<double>> ShapedText::edges(double fontSize) const {
+  if (edges_ && edgesSize_ == fontSize) return edges_;
+  auto found = std::make_shared<std::vector<double>>();
+  found->reserve(size() + 1);
+  found->push_back(0);
+  for (const double advance : advances_) found->push_back(found->back() + cut(advance, fontSize) * fontSize);
+  edgesSize_ = fontSize;
+  return edges_ = std::move(found);
+}
+
+double ShapedText::overhang(std::size_t index, double fontSize) const {
+  const auto run = std::ranges::upper_bound(runs_, index, {}, &Run::end);
+  if (run == runs_.end() || !run->face || lastGlyphs_[index] == 0) return 0;
+  return run->face->overhang(lastGlyphs_[index], fontSize);
 }
 
 ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size_t end) const {
@@ -170,7 +185,7 @@ ShapedText::Shape ShapedText::shape(const Run& run, std::size_t begin, std::size
   return result;
 }
 
-ShapedLine ShapedText::line(std::size_t begin, std::size_t end) const {
+ShapedLine ShapedText::line(std::size_t begin, std::size_t end, double fontSize) const {
   ShapedLine line;
   if (font_) line = {{}, 0, font_->ascent, font_->descent};
   std::vector<Run> parts;
@@ -201,7 +216,7 @@ ShapedLine ShapedText::line(std::size_t begin, std::size_t end) const {
       if (!isInvisible(text_.codes[glyph.character])) {
         line.glyphs.push_back({part.face, glyph.glyph, line.width + glyph.x, glyph.y});
       }
-      line.width += glyph.advance;
+      line.width += cut(glyph.advance, fontSize);
     }
   }
   return line;

@@ -1,10 +1,12 @@
 #pragma once
 
 // A text as a sequence of letters in fonts, before it is wrapped into lines. Lengths are in ems, because
-// letters are not hinted: the same shape serves all sizes.
+// letters are not hinted: the same shape serves all sizes. At a size, the width of each letter is cut to 1/64
+// of a point, as other text engines do it: a text is then as wide as in a toolkit's window.
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,15 +49,14 @@ class ShapedText {
   /// Whether a line can begin here without splitting what users perceive as one character.
   bool isCharacterStart(std::size_t index) const { return index >= size() || isStart_[index]; }
 
-  /// The width of the characters before this one, if they all stand on one line.
-  double widthBefore(std::size_t index) const { return widths_[index]; }
+  /// The place of each character's left edge if all stand on one line, in points. The last one is the end.
+  std::shared_ptr<const std::vector<double>> edges(double fontSize) const;
 
-  /// The width of the widest part without an allowed line break, such as a word. Only the first 1,000
-  /// characters of a part count.
-  double widestWord() const { return widestWord_; }
+  /// How far a character reaches beyond its own width, in whole points.
+  double overhang(std::size_t index, double fontSize) const;
 
   /// Shapes the characters from `begin` to `end` as a line of their own. They must contain no line break.
-  ShapedLine line(std::size_t begin, std::size_t end) const;
+  ShapedLine line(std::size_t begin, std::size_t end, double fontSize) const;
 
   const FontFace* font() const { return font_; }
 
@@ -81,8 +82,10 @@ class ShapedText {
   std::vector<LineBreak> breaks_;
   std::vector<Run> runs_;
   std::vector<bool> isStart_;
-  std::vector<double> widths_;
-  double widestWord_ = 0;
+  std::vector<double> advances_;
+  std::vector<std::uint32_t> lastGlyphs_;  // of each character
+  mutable double edgesSize_ = 0;           // the font size for which the edges were asked for last
+  mutable std::shared_ptr<const std::vector<double>> edges_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -27,8 +27,9 @@ enum Kind : std::uint32_t {
   pictureKind
 };
 
-constexpr long symbolSteps = 256;  // directions of a symbol in a turn
-constexpr int symbolMargin = 2;    // pixels; a symbol's lines extend beyond its square
+constexpr long symbolSteps = 256;      // directions of a symbol in a turn
+constexpr int symbolMargin = 2;        // pixels; a symbol's lines extend beyond its square
+constexpr double rounding = 1.0 / 64;  // pixels; lengths that differ by less count as equal
 constexpr Color opaqueWhite{1, 1, 1, 1};
 constexpr double shadowReach = 3;  // in standard deviations
 constexpr int shadowSteps = 12;    // of the grid that draws a shadow's corner
@@ -146,10 +147,11 @@ AtlasPlace VisualPainter::shape(const AtlasKey& key, Make make) {
 
 VisualPainter::DrawnGlyph VisualPainter::glyph(const PlacedGlyph& glyph, double fontPixels, double shift,
                                                std::uint32_t step) {
-  const AtlasKey key{glyphKind, glyph.face->id, glyph.glyph, sixteenths(fontPixels), step};
+  const AtlasKey key{glyphKind, glyph.face->id, glyph.glyph, sixteenths(fontPixels),
+                     sixteenths(size_.scale) << 4U | step};
   if (const AtlasPlace* const known = alphas_.find(key)) return {TextureFormat::alpha8, *known};
   if (const AtlasPlace* const known = colors_.find(key)) return {TextureFormat::rgba8, *known};
-  const GlyphPicture picture = glyph.face->draw(glyph.glyph, fontPixels, shift);
+  const GlyphPicture picture = glyph.face->draw(glyph.glyph, fontPixels / size_.scale, size_.scale, shift);
   const AtlasPlace place{0, 0, picture.width, picture.height, picture.left, picture.top};
   if (picture.isColored) return {TextureFormat::rgba8, added(colors_, key, place, picture.bytes)};
   return {TextureFormat::alpha8, added(alphas_, key, place, picture.bytes)};
@@ -195,13 +197,13 @@ void VisualPainter::draw(const Visual& visual, const visual::Text& text) {
     double x = frame.x;
     if (text.alignment == visual::TextAlignment::center) x += room / 2;
     if (text.alignment == visual::TextAlignment::right) x += room;
-    const double height = (line.ascent + line.descent) * fontPixels;
-    const double baseline = std::round(lineTop + (linePixels - height) / 2 + line.ascent * fontPixels);
-    drawLine(line, fontPixels, x, baseline, color);
+    const double height = std::ceil((line.ascent + line.descent) * paragraph->fontSize() - rounding) * scale;
+    const double baseline = lineTop + (linePixels - height) / 2 + line.ascent * fontPixels;
+    drawLine(line, fontPixels, x, std::floor(baseline + rounding), color);
     const FontFace* const font = paragraph->text().font();
     if (!text.isUnderlined || !font) continue;
     const double thickness = std::round(std::max(scale, font->underlineThickness * fontPixels));
-    const double y = std::round(baseline + font->underlinePosition * fontPixels - thickness / 2);
+    const double y = std::round(baseline + font->underlinePosition * fontPixels);
     fill({std::round(x), y, std::round(line.width * fontPixels), std::max(1.0, thickness)}, color);
   }
 }

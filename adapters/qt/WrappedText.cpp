@@ -220,8 +220,15 @@ Size WrappedText::size() {
   // When Qt wraps a line, it includes the overhang of the last letter; naturalTextWidth does not.
   if (isLong()) return {std::min(lines_->width, std::ceil(lines_->widest + lines_->height)), height};
   Lines lines = *lines_;
+  const auto starts = [this] {
+    std::vector<int> found;
+    for (int i = 0; i < layout_.lineCount(); ++i) found.push_back(layout_.lineAt(i).textStart());
+    return found;
+  };
+  layOut(lines, lines.pieces.front());
+  const std::vector<int> wanted = starts();
   double widest = std::ceil(lines.widest);
-  for (breakLines(lines, widest); lines.count > count; breakLines(lines, widest)) ++widest;
+  for (breakLines(lines, widest); starts() != wanted; breakLines(lines, widest)) ++widest;
   lines_ = std::make_shared<const Lines>(std::move(lines));
   return {widest, height};
 }

@@ -25,6 +25,10 @@ SurfaceKey toKey(const SDL_Keysym& key) {
       return SurfaceKey::up;
     case SDLK_DOWN:
       return SurfaceKey::down;
+    case SDLK_LEFT:
+      return SurfaceKey::left;
+    case SDLK_RIGHT:
+      return SurfaceKey::right;
     case SDLK_PAGEUP:
       return SurfaceKey::pageUp;
     case SDLK_PAGEDOWN:

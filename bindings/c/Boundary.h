@@ -5,10 +5,13 @@
 // use.
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstring>
 #include <exception>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -96,6 +99,18 @@ inline std::shared_ptr<void> owned(void* userData, talvo_callback release) {
               if (release) release(pointer);
             });
           }};
+}
+
+inline std::function<void()> closure(talvo_callback callback, std::shared_ptr<void> userData) {
+  return [callback, userData = std::move(userData)] {
+    if (callback) callback(userData.get());
+  };
+}
+
+/// Returns a host's limit in milliseconds. 0 or less stand for no limit.
+inline std::optional<std::chrono::milliseconds> timeLimit(long milliseconds) {
+  if (milliseconds <= 0) return std::nullopt;
+  return std::chrono::milliseconds(milliseconds);
 }
 
 }  // namespace TalvoConsentSDK::c

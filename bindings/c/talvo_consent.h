@@ -101,6 +101,23 @@ TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, voi
  */
 TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
 
+/*
+ * Call it before talvo_install. A request ends with TALVO_NETWORK_ERROR after these times in milliseconds:
+ * without progress, and in total. Without this call, and for 0 or less, these are 60 seconds and no limit.
+ */
+TALVO_API talvo_status talvo_set_time_limits(long without_progress, long total);
+
+/* Receives a text, which is valid until it returns. */
+typedef void (*talvo_text_receiver)(const char* text, void* user_data);
+
+/*
+ * Call it once a platform is installed. `print` receives every line that the library would print on standard
+ * output, such as why an identification has failed: these lines are the only report of work in the background
+ * that has failed. It is called on any thread, and must not create a client. If it is null, lines are printed
+ * on standard output again.
+ */
+TALVO_API talvo_status talvo_set_printer(talvo_text_receiver print, void* user_data, talvo_callback release);
+
 /* Returns the host's text for a key, or null. The text must stay valid until the next call. */
 typedef const char* (*talvo_text_callback)(const char* key, void* user_data);
 
@@ -159,7 +176,10 @@ TALVO_API talvo_subscription* talvo_cookies_observe_consent(talvo_cookies* clien
                                                             talvo_consent_callback callback, void* user_data,
                                                             talvo_callback release);
 
-/* Sets `json` to the consent stored now, or to null if there is none or the store cannot be read. */
+/*
+ * Sets `json` to the consent stored now, or to null if there is none. If the store cannot be read, returns
+ * TALVO_PLATFORM_ERROR, and sets `json` to null.
+ */
 TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json);
 
 /*
@@ -179,7 +199,8 @@ TALVO_API talvo_status talvo_cookies_erase_consent(talvo_cookies* client);
 
 /*
  * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it.
- * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended.
+ * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended. If it has failed, one line is
+ * printed before that (talvo_set_printer).
  */
 TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id);
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);

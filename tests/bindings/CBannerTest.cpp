@@ -7,6 +7,8 @@
 namespace TalvoConsentSDK {
 namespace {
 
+using ::testing::Contains;
+
 void add(void* ends, const char* text) {
   static_cast<Texts*>(ends)->push_back(text);
 }
@@ -87,6 +89,27 @@ TEST_F(ClientTest, TranslatesTheBannersTextsInC) {
     EXPECT_NO_THROW(find(*platform.scene->windows().back()->controller, "button " + host.name));
   }
   EXPECT_EQ(releases, 1) << "of the table that was replaced";
+}
+
+TEST_F(ClientTest, ReportsFailuresOfTheBackgroundInC) {
+  created();
+  talvo_cookies* const sdk = talvo_cookies_create("", "");
+  char* json = nullptr;
+  EXPECT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK) << "there is no consent";
+  platform.userDefaults->failsToRead = true;
+  EXPECT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_PLATFORM_ERROR);
+  platform.userDefaults->failsToRead = false;
+
+  const auto note = [](const char* line, void* lines) { static_cast<Texts*>(lines)->push_back(line); };
+  Texts lines;
+  ASSERT_EQ(talvo_set_printer(note, &lines, add<released>), TALVO_OK);
+  answer("GET", "cookie-consent/s/identified/user", 500, "");
+  talvo_cookies_identify(sdk, "user");
+  platform.settle();
+  EXPECT_THAT(lines, Contains(StartsWith("Error fetching identified consent")));
+  lines.clear();
+  EXPECT_EQ(talvo_set_printer(nullptr, nullptr, nullptr), TALVO_OK);
+  EXPECT_THAT(lines, ElementsAre("released"));
 }
 
 }  // namespace

@@ -67,10 +67,26 @@ TEST(CInterface, IsInstalledOnce) {
   ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
   EXPECT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_INVALID_ARGUMENT);
   EXPECT_EQ(talvo_set_cache_size(1), TALVO_INVALID_ARGUMENT);
+  EXPECT_EQ(talvo_set_time_limits(1, 1), TALVO_INVALID_ARGUMENT);
   EXPECT_EQ(talvo_cookies_create(nullptr, "site"), nullptr);
   EXPECT_THAT(talvo_last_error(), StartsWith("api_url"));
   EXPECT_NE(talvo_cookies_create("http://127.0.0.1:1", "site"), nullptr);
   EXPECT_STREQ(talvo_last_error(), "");
+  std::filesystem::remove(storeFile());
+}
+
+TEST(CInterface, LimitsTheTimeOfRequests) {
+  LoopbackServer server([](const auto&, auto& connection) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    connection.reply(200, "{}");
+  });
+  Heard heard;
+  ASSERT_EQ(talvo_set_time_limits(0, 20), TALVO_OK);
+  ASSERT_EQ(talvo_install(storeFile().c_str(), nullptr, nullptr), TALVO_OK) << talvo_last_error();
+  talvo_cookies_submit_consent(talvo_cookies_create(server.url("").c_str(), "site"), "{}", Heard::reply,
+                               &heard);
+  heard.await(1);
+  EXPECT_EQ(heard.status, TALVO_NETWORK_ERROR);
   std::filesystem::remove(storeFile());
 }
 
@@ -123,6 +139,8 @@ TEST_F(CInterfaceTest, RefusesBadArguments) {
       {talvo_topics_submit(nullptr, "a@mail.example", nullptr, 0, nullptr, nullptr), "client is null"},
   };
   for (const auto& [status, what] : refusals) EXPECT_EQ(status, TALVO_INVALID_ARGUMENT) << what;
+  talvo_cookies_submit_consent(sdk, "{\n x", nullptr, nullptr);
+  EXPECT_THAT(talvo_last_error(), HasSubstr("line 2, column 2"));
   EXPECT_EQ(talvo_gate_on(sdk, "ads", nullptr, Heard::note, nullptr, &heard, Heard::release), nullptr);
   EXPECT_THAT(talvo_last_error(), HasSubstr("A gate has no category \"ads\""));
   EXPECT_EQ(talvo_cookies_observe_consent(sdk, nullptr, &heard, Heard::release), nullptr);

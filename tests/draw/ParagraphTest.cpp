@@ -64,7 +64,7 @@ TEST(ParagraphTest, OrdersDirectionsOnALine) {
   const auto letters = [&](const std::string& text) {
     const ShapedText shaped(text, FontWeight::regular, *fonts, "", nullptr);
     std::vector<std::uint32_t> glyphs;
-    for (const PlacedGlyph& each : shaped.line(0, shaped.size()).glyphs) glyphs.push_back(each.glyph);
+    for (const PlacedGlyph& each : shaped.line(0, shaped.size(), 17).glyphs) glyphs.push_back(each.glyph);
     return glyphs;
   };
   const auto joined = [](std::vector<std::uint32_t> first, const std::vector<std::uint32_t>& second) {
@@ -130,8 +130,8 @@ TEST(FontFaceTest, SurvivesDamagedFiles) {
       const FontSource source{"damaged", std::make_shared<const std::string>(damaged)};
       FontSet fonts({source}, false);
       const ShapedText shaped("Hamburg \u0633\u0644\u0627\u0645", FontWeight::bold, fonts, "", nullptr);
-      for (const PlacedGlyph& each : shaped.line(0, shaped.size()).glyphs) {
-        const GlyphPicture picture = each.face->draw(each.glyph, 34, 0.5);
+      for (const PlacedGlyph& each : shaped.line(0, shaped.size(), 17).glyphs) {
+        const GlyphPicture picture = each.face->draw(each.glyph, 17, 2, 0.5);
         EXPECT_EQ(picture.bytes.size(),
                   static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height));
       }

@@ -1,5 +1,5 @@
-// The banner laid out with the texts of a surface, compared with the banner laid out with Qt's: the same line
-// breaks, and the same frames to half a point.
+// The banner laid out with the texts of a surface, compared with the banner laid out with Qt's. Where lines
+// may break differently, see docs/architecture.md.
 
 #include <QTextLayout>
 #include <cmath>
@@ -67,9 +67,9 @@ void compareWidths(const std::string& text, double textScale, FontSet& fonts) {
     layout.endLayout();
     const double expected = line.isValid() ? line.horizontalAdvance() : 0;
     const ShapedText shaped(text, font.weight, fonts, "", nullptr);
-    const double width = shaped.widthBefore(shaped.size()) * std::round(font.size() * textScale);
-    // Qt rounds each letter's width to 1/64 of a point.
-    EXPECT_NEAR(width, expected, 0.5 + static_cast<double>(shaped.size()) / 64) << text;
+    const double width = shaped.edges(std::round(font.size() * textScale))->back();
+    // Qt rounds a letter's kerning, too, to 1/64 of a point.
+    EXPECT_NEAR(width, expected, 0.25 + static_cast<double>(shaped.size()) / 256) << text;
   }
 }
 
@@ -103,8 +103,10 @@ TEST_P(DrawLayoutTest, AgreesWithQt) {
     for (std::size_t i = 0; i < actual.size(); ++i) {
       const Rect& a = actual[i].frame;
       const Rect& e = expected[i].frame;
-      const double apart = std::max(std::abs(a.y - e.y), std::abs(a.height - e.height));
-      EXPECT_LE(apart, 0.5) << actual[i].name;
+      const double apart = std::max({std::abs(a.x - e.x), std::abs(a.y - e.y), std::abs(a.width - e.width),
+                                     std::abs(a.height - e.height)});
+      // The width of a long line, which is rounded up, may be another whole number.
+      EXPECT_LE(apart, actual[i].isControl() ? 0.5 : 1) << actual[i].name;
       compareWidths(actual[i].name, textScale, *fonts);
     }
   }

@@ -24,8 +24,9 @@ extern "C" {
 typedef struct talvo_surface talvo_surface;
 
 /*
- * Creates a surface. Banners are shown on the surface that was created last. What `options` points to is
- * copied. Returns null on failure: no platform is installed, or a field cannot be used.
+ * Creates a surface, and calls `on_needs_frame` for its first frame. Banners are shown on the surface that
+ * was created last. What `options` points to is copied. Returns null on failure: no platform is installed, or
+ * a field cannot be used. It then calls nothing.
  */
 TALVO_API talvo_surface* talvo_surface_create(const talvo_surface_options* options);
 

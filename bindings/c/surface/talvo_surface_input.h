@@ -52,7 +52,8 @@ enum {
   TALVO_KEY_PAGE_DOWN = 9,
   TALVO_KEY_HOME = 10,
   TALVO_KEY_END = 11,
-  TALVO_PAD_UP = 12, /* the arrows, like the D-pad, move the focus to the nearest control in their direction */
+  TALVO_PAD_UP =
+      12, /* the arrows, like the D-pad, move the focus to the nearest control in their direction */
   TALVO_PAD_DOWN = 13,
   TALVO_PAD_LEFT = 14,
   TALVO_PAD_RIGHT = 15,

@@ -86,7 +86,7 @@ typedef struct talvo_surface_options {
 
   talvo_foreground_callback is_in_foreground; /* if null, the host always is */
   talvo_url_callback open_url;                /* if null, nothing is opened, and one line is printed */
-  talvo_callback on_needs_frame; /* talvo_surface_needs_frame returns 1 again; must not call the surface */
+  talvo_callback on_needs_frame; /* talvo_surface_needs_frame returns 1 again; may only destroy the surface */
   talvo_line_break_callback break_lines; /* if null, lines in these scripts end between any two characters */
   void* user_data;                       /* for all of these callbacks */
   talvo_callback release; /* called once the surface is destroyed; none of the others is called after it */
