@@ -102,7 +102,7 @@ TEST_F(ClientTest, ReportsFailuresOfTheBackgroundInC) {
 
   const auto note = [](const char* line, void* lines) { static_cast<Texts*>(lines)->push_back(line); };
   Texts lines;
-  ASSERT_EQ(talvo_set_printer(note, &lines, add<released>), TALVO_OK);
+  ASSERT_EQ(talvo_set_printer(note, &lines, [](void* to) { add(to, "released"); }), TALVO_OK);
   answer("GET", "cookie-consent/s/identified/user", 500, "");
   talvo_cookies_identify(sdk, "user");
   platform.settle();
