@@ -135,7 +135,7 @@ int DrawDisplay::run() {
   return *status_;
 }
 
-std::vector<ShownElement> DrawDisplay::elements() {
+std::vector<ShownElement> DrawDisplay::accessibleElements() {
   std::vector<ShownElement> shown;
   if (!banner_.isShowing()) return shown;
   const double scale = options_.size.scale;
@@ -146,7 +146,10 @@ std::vector<ShownElement> DrawDisplay::elements() {
                      each.value,
                      each.description,
                      each.isEnabled,
-                     {f.x / scale, f.y / scale, f.width / scale, f.height / scale}});
+                     {f.x / scale, f.y / scale, f.width / scale, f.height / scale},
+                     each.isFocused,
+                     each.isModal,
+                     (each.actions & static_cast<std::uint32_t>(SurfaceAction::activate)) != 0});
   }
   return shown;
 }

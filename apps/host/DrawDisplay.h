@@ -30,7 +30,8 @@ class DrawDisplay : public HostDisplay {
   std::shared_ptr<TalvoConsentSDK::platform::Executor> turns() override { return queue_; }
   bool isBannerShown() const override { return banner_.isShowing(); }
   bool isMoving() const override { return host_.needsFrame() || banner_.needsFrame(); }
-  std::vector<ShownElement> elements() override;
+  std::vector<ShownElement> elements() override { return accessibleElements(); }
+  std::vector<ShownElement> accessibleElements() override;
   bool tap(const std::string& name, std::optional<TalvoConsentSDK::view::Role> role) override;
   void press(TalvoConsentSDK::view::Key key) override;
   std::optional<std::string> focus() override;

@@ -26,7 +26,10 @@ struct ShownElement {
   std::string value;
   std::string description;
   bool isEnabled = true;
-  TalvoConsentSDK::platform::Rect frame;
+  TalvoConsentSDK::platform::Rect frame = {};
+  bool isFocused = false;
+  bool isModal = false;
+  bool canBeActivated = false;
 };
 
 /// Main thread only. "The banner" is the newest one that is visible.
@@ -62,6 +65,9 @@ class HostDisplay {
 
   /// The banner's texts and controls in reading order, including those that are scrolled out of sight.
   virtual std::vector<ShownElement> elements() = 0;
+
+  /// What the display gives assistive technology about the banner, in its order.
+  virtual std::vector<ShownElement> accessibleElements() = 0;
 
   /// Scrolls the first control with this name, and this role if one is given, into view and taps its centre.
   /// Without a banner, looks in the host's own screen. Returns false if there is no such control.

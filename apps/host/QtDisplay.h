@@ -30,6 +30,7 @@ class QtDisplay : public HostDisplay {
   bool isBannerShown() const override { return banner() != nullptr; }
   bool isMoving() const override;
   std::vector<ShownElement> elements() override;
+  std::vector<ShownElement> accessibleElements() override;
   bool tap(const std::string& name, std::optional<TalvoConsentSDK::view::Role> role) override;
   void press(TalvoConsentSDK::view::Key key) override;
   std::optional<std::string> focus() override;

@@ -120,6 +120,7 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"listen", &Script::listen},
       {"banner", &Script::banner},
       {"view", &Script::view},
+      {"accessible", &Script::accessible},
       {"tap", &Script::tap},
       {"key", &Script::key},
       {"screenshot", &Script::screenshot},
@@ -259,6 +260,18 @@ void Script::view(const std::string&) {
   JSONArray elements;
   for (const ShownElement& each : display_.elements()) elements.push_back(describe(each));
   printObject({{"view", elements}});
+}
+
+void Script::accessible(const std::string&) {
+  JSONArray elements;
+  for (const ShownElement& each : display_.accessibleElements()) {
+    JSONObject object = describe(each);
+    object["focused"] = each.isFocused;
+    object["modal"] = each.isModal;
+    object["activates"] = each.canBeActivated;
+    elements.push_back(std::move(object));
+  }
+  printObject({{"accessible", elements}});
 }
 
 // tap [ROLE:]NAME
