@@ -31,9 +31,12 @@ void SurfaceStage::close() {
   options_.onNeedsFrame = nullptr;
   std::vector<std::function<void()>> completions;
   for (SurfaceWindow* window : windows_) window->takeCompletions(completions, std::nullopt);
+  // A completion may keep its window, and a window keeps the stage.
+  const auto mainActor = std::exchange(mainActor_, nullptr);
+  imageLoader_ = nullptr;
   for (auto& completion : completions) {
-    if (mainActor_) {
-      postOrRun(mainActor_, std::move(completion));
+    if (mainActor) {
+      postOrRun(mainActor, std::move(completion));
     } else {
       completion();
     }

@@ -58,8 +58,9 @@ Rect sourceOf(const AtlasPlace& place) {
           static_cast<double>(place.height)};
 }
 
+// A corner that is longer than half a side is cut off there, where it is nearly straight.
 CornerCurve continuousCorner(double radiusPixels, const Rect& box) {
-  return {std::max(0.0, std::min({radiusPixels * look::cornerReach, box.width / 2, box.height / 2}))};
+  return {std::max(0.0, std::min({radiusPixels, box.width / 2, box.height / 2})) * look::cornerReach};
 }
 
 }  // namespace

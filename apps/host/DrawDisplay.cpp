@@ -118,7 +118,7 @@ int DrawDisplay::run() {
   return *status_;
 }
 
-std::vector<ShownElement> DrawDisplay::elements() {
+std::vector<ShownElement> DrawDisplay::accessibleElements() {
   return banner_.isShowing() ? shownOn(banner_) : std::vector<ShownElement>();
 }
 
@@ -127,9 +127,16 @@ std::vector<ShownElement> DrawDisplay::shownOn(ConsentSurface& surface) const {
   const double scale = options_.size.scale;
   for (const SurfaceElement& each : surface.accessibleElements()) {
     const Rect& f = each.frame;
-    const Rect frame{f.x / scale, f.y / scale, f.width / scale, f.height / scale};
-    shown.push_back(
-        {each.role, each.name, each.value, each.description, each.language, each.isEnabled, frame});
+    shown.push_back({each.role,
+                     each.name,
+                     each.value,
+                     each.description,
+                     each.language,
+                     each.isEnabled,
+                     {f.x / scale, f.y / scale, f.width / scale, f.height / scale},
+                     each.isFocused,
+                     each.isModal,
+                     (each.actions & static_cast<std::uint32_t>(SurfaceAction::activate)) != 0});
   }
   return shown;
 }

@@ -30,8 +30,9 @@ class DrawDisplay : public HostDisplay {
   std::shared_ptr<TalvoConsentSDK::platform::Executor> turns() override { return queue_; }
   bool isBannerShown() const override { return banner_.isShowing(); }
   bool isMoving() const override { return host_.needsFrame() || banner_.needsFrame(); }
-  std::vector<ShownElement> elements() override;
+  std::vector<ShownElement> elements() override { return accessibleElements(); }
   std::vector<ShownElement> hostElements() override { return shownOn(host_); }
+  std::vector<ShownElement> accessibleElements() override;
   bool tap(const std::string& name, std::optional<TalvoConsentSDK::view::Role> role) override;
   bool press(const std::string& key) override;
   std::optional<std::string> focus() override;

@@ -27,7 +27,10 @@ struct ShownElement {
   std::string description;
   std::string language;
   bool isEnabled = true;
-  TalvoConsentSDK::platform::Rect frame;
+  TalvoConsentSDK::platform::Rect frame = {};
+  bool isFocused = false;
+  bool isModal = false;
+  bool canBeActivated = false;
 };
 
 /// Main thread only. "The banner" is the newest one that is visible.
@@ -66,6 +69,8 @@ class HostDisplay {
 
   /// Those of the host's own screen that are in sight.
   virtual std::vector<ShownElement> hostElements() = 0;
+  /// What the display gives assistive technology about the banner, in its order.
+  virtual std::vector<ShownElement> accessibleElements() = 0;
 
   /// Scrolls the first control with this name, and this role if one is given, into view and taps its centre.
   /// Without a banner, looks in the host's own screen. Returns false if there is no such control.

@@ -1,5 +1,6 @@
 #include "apps/host/QtDisplay.h"
 
+#include <QAccessible>
 #include <QEvent>
 #include <QEventLoop>
 #include <QKeyEvent>
@@ -9,6 +10,7 @@
 #include <QTouchEvent>
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -64,6 +66,46 @@ class BannerWatcher : public QObject {
     return false;
   }
 };
+
+view::Role roleOf(QAccessibleInterface& item) {
+  switch (item.role()) {
+    case QAccessible::StaticText:
+      return view::Role::text;
+    case QAccessible::Heading:
+      return view::Role::heading;
+    case QAccessible::Graphic:
+      return view::Role::image;
+    case QAccessible::Button:
+      return item.state().expandable ? view::Role::expander : view::Role::button;
+    case QAccessible::Link:
+      return view::Role::link;
+    case QAccessible::CheckBox:
+      return view::Role::toggle;
+    case QAccessible::Dialog:
+      return view::Role::dialog;
+    default:
+      return view::Role::none;
+  }
+}
+
+ShownElement describe(QAccessibleInterface& item, const QPoint& origin) {
+  const QAccessible::State state = item.state();
+  const QRectF area = item.rect().translated(-origin);
+  ShownElement shown;
+  shown.role = roleOf(item);
+  shown.name = item.text(QAccessible::Name).toStdString();
+  if (state.checkable) shown.value = state.checked ? "on" : "off";
+  if (state.expandable) shown.value = state.expanded ? "expanded" : "collapsed";
+  shown.description = item.text(QAccessible::Description).toStdString();
+  shown.isEnabled = !state.disabled;
+  shown.frame = {area.x(), area.y(), area.width(), area.height()};
+  shown.isFocused = state.focused;
+  shown.isModal = state.modal;
+  const QStringList actions = item.actionInterface() ? item.actionInterface()->actionNames() : QStringList();
+  shown.canBeActivated = actions.contains(QAccessibleActionInterface::pressAction()) ||
+                         actions.contains(QAccessibleActionInterface::toggleAction());
+  return shown;
+}
 
 const AccessibleElement* find(const std::vector<AccessibleElement>& elements, const std::string& name,
                               std::optional<view::Role> role) {
@@ -191,6 +233,22 @@ std::vector<ShownElement> QtDisplay::elements() {
 
 std::vector<ShownElement> QtDisplay::hostElements() {
   return shownBy(host_.controller()->accessibleElements());
+}
+
+std::vector<ShownElement> QtDisplay::accessibleElements() {
+  std::vector<ShownElement> shown;
+  const ViewWindow* window = banner();
+  if (!window) return shown;
+  const QPoint origin = window->mapToGlobal(QPoint(0, 0));
+  const std::function<void(QAccessibleInterface&)> addChildren = [&](QAccessibleInterface& parent) {
+    for (int i = 0; i < parent.childCount(); ++i) {
+      QAccessibleInterface& child = *parent.child(i);
+      shown.push_back(describe(child, origin));
+      addChildren(child);
+    }
+  };
+  addChildren(*window->accessibleRoot());
+  return shown;
 }
 
 bool QtDisplay::tap(const std::string& name, std::optional<view::Role> role) {

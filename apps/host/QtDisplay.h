@@ -31,6 +31,7 @@ class QtDisplay : public HostDisplay {
   bool isMoving() const override;
   std::vector<ShownElement> elements() override;
   std::vector<ShownElement> hostElements() override;
+  std::vector<ShownElement> accessibleElements() override;
   bool tap(const std::string& name, std::optional<TalvoConsentSDK::view::Role> role) override;
   bool press(const std::string& key) override;
   std::optional<std::string> focus() override;

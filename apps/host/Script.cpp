@@ -113,6 +113,7 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"listen", &Script::listen},
       {"banner", &Script::banner},
       {"view", &Script::view},
+      {"accessible", &Script::accessible},
       {"tap", &Script::tap},
       {"busy", &Script::busy},
       {"key", &Script::key},
@@ -254,6 +255,18 @@ void Script::view(const std::string&) {
   JSONArray objects;
   for (const ShownElement& each : elements) objects.push_back(describe(each, elements.front().language));
   printObject({{"view", objects}});
+}
+
+void Script::accessible(const std::string&) {
+  JSONArray elements;
+  for (const ShownElement& each : display_.accessibleElements()) {
+    JSONObject object = describe(each, each.language);
+    object["focused"] = each.isFocused;
+    object["modal"] = each.isModal;
+    object["activates"] = each.canBeActivated;
+    elements.push_back(std::move(object));
+  }
+  printObject({{"accessible", elements}});
 }
 
 // tap [ROLE:]NAME

@@ -45,6 +45,7 @@ class Script : public std::enable_shared_from_this<Script> {
   void listen(const std::string&);
   void banner(const std::string& timeLimit);
   void view(const std::string&);
+  void accessible(const std::string&);
   void tap(const std::string& target);
   void busy(const std::string&);
   void key(const std::string& name);

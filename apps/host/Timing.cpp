@@ -26,6 +26,7 @@ struct Moments {
   std::mutex lock;
   std::optional<Clock::time_point> requested;
   std::optional<Clock::time_point> firstFrame;      // of the first banner of the process
+  std::clock_t firstFrameWork = 0;                  // the processor time until then
   std::optional<Clock::time_point> requestedFrame;  // of the banner requested last
   std::optional<Clock::time_point> switchTap;
   std::optional<Clock::time_point> switchFrame;
@@ -76,7 +77,10 @@ void Timing::framePresented() {
   Moments& moments = Moments::instance();
   const std::scoped_lock guard(moments.lock);
   const auto now = Clock::now();
-  if (!moments.firstFrame) moments.firstFrame = now;
+  if (!moments.firstFrame) {
+    moments.firstFrame = now;
+    moments.firstFrameWork = std::clock();
+  }
   if (moments.requested && !moments.requestedFrame) moments.requestedFrame = now;
   if (moments.switchTap && !moments.switchFrame) moments.switchFrame = now;
 }
@@ -93,6 +97,7 @@ TalvoConsentSDK::JSONObject Timing::report() {
   const std::scoped_lock guard(moments.lock);
   return {
       {"process_to_first_frame_ms", milliseconds(processStart(), moments.firstFrame)},
+      {"first_frame_processor_ms", static_cast<double>(moments.firstFrameWork) * 1e3 / CLOCKS_PER_SEC},
       {"show_to_first_frame_ms", milliseconds(moments.requested, moments.requestedFrame)},
       {"last_switch_to_frame_ms", milliseconds(moments.switchTap, moments.switchFrame)},
   };

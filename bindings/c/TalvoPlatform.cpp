@@ -61,13 +61,13 @@ class OwnTexts : public platform::Localization {
 // Receives the lines that the library prints.
 class OwnPrinter : public platform::Printer {
  public:
-  OwnPrinter(talvo_text_receiver print, std::shared_ptr<void> userData)
-      : print_(print), userData_(std::move(userData)) {}
+  OwnPrinter(talvo_text_receiver receive, std::shared_ptr<void> userData)
+      : receive_(receive), userData_(std::move(userData)) {}
 
-  void print(std::string_view line) override { print_(std::string(line).c_str(), userData_.get()); }
+  void print(std::string_view line) override { receive_(std::string(line).c_str(), userData_.get()); }
 
  private:
-  const talvo_text_receiver print_;
+  const talvo_text_receiver receive_;
   const std::shared_ptr<void> userData_;
 };
 

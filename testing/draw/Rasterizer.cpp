@@ -112,6 +112,7 @@ void Rasterizer::fill(std::array<DrawVertex, 3> t, const PixelRect& clip, const 
   const double lastX = std::min<double>(clip.x + clip.width, std::ceil(right.x));
   const double firstY = std::max<double>(clip.y, std::floor(top.y));
   const double lastY = std::min<double>(clip.y + clip.height, std::ceil(bottom.y));
+  if (firstX >= lastX) return;
   // The weight of each corner belongs to the edge across from it. A pixel on an edge belongs to the triangle
   // whose upper or left edge it is.
   std::array<bool, 3> isTopOrLeft{};
@@ -129,7 +130,7 @@ void Rasterizer::fill(std::array<DrawVertex, 3> t, const PixelRect& clip, const 
       weight[i] = cross(t[(i + 1) % 3], t[(i + 2) % 3], firstX + 0.5, y + 0.5);
     Sample sample = Sample::of(t, weight, area);
     Pixel* target = &pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-                             static_cast<std::size_t>(std::max(0.0, firstX))];
+                             static_cast<std::size_t>(firstX)];
     for (double x = firstX; x < lastX; ++x, ++target) {
       bool isInside = true;
       for (std::size_t i = 0; i < 3; ++i) {

@@ -47,9 +47,9 @@ class Rasterizer {
   static std::array<float, 4> sample(const Texture& texture, double u, double v);
   static void blend(Pixel& target, const Sample& sample, const Texture& texture);
 
-  const int width_;
-  const int height_;
-  const Pixel background_;
+  int width_;
+  int height_;
+  Pixel background_;
   std::vector<Pixel> pixels_;
   std::map<TextureId, Texture> textures_;
 };
