@@ -128,7 +128,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   visit.surface().addTo(platform);
   Platform::install(platform);
   const auto presenter = std::make_shared<ConsentBannerPresenter>();
-  const ConsentBannerView banner(*document->customization, services, configuration, consent, {});
+  const ConsentBannerView banner(*document->customization, services, configuration, consent,
+                                 {[] {}, [] {}, [] {}, [](const BasicConsent&) {}, [] {}});
   presenter->show(banner, *document->customization);
   visit.frame();
   while (!choices.isAtEnd()) visit.step();

@@ -156,7 +156,7 @@ TEST_P(PicturesTest, AgreeWithQt) {
   for (const std::string toolkit : {"qt", "draw"}) {
     std::string script;
     for (std::size_t i = 0; i < steps.size(); ++i)
-      script += steps[i] + "\nscreenshot " + toolkit + std::to_string(i) + ".png\n";
+      script += steps[i] + "\nsettle\nscreenshot " + toolkit + std::to_string(i) + ".png\n";
     Texts all = words(options);
     std::ranges::copy(Texts{"--toolkit", toolkit, "--language", language, "--store", toolkit},
                       std::back_inserter(all));
