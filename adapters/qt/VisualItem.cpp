@@ -97,7 +97,11 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Box& box) const {
-    if (box.fade != 0) return imageNode(fadeColumn(box, std::max(1, qRound(size.height() * ratio()))));
+    if (box.fade != 0) {
+      // Longer by half a pixel at each end, because clips end at whole pixels and this may not.
+      const double half = 0.5 / ratio();
+      return imageNode(fadeColumn(box, std::max(1, qRound(size.height() * ratio()))), {0, half, 0, half});
+    }
     if (box.cornerRadius > 0) return patchNode(boxPatch(box.color, box.cornerRadius, ratio()));
     QSGRectangleNode* node = window.createRectangleNode();
     node->setColor(toQColor(box.color));
@@ -124,11 +128,11 @@ struct NodeMaker {
     return patchNode(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
   }
 
-  QSGNode* imageNode(const QImage& image) const {
+  QSGNode* imageNode(const QImage& image, const QMarginsF& margins = {}) const {
     QSGImageNode* node = window.createImageNode();
     node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
     node->setOwnsTexture(true);
-    node->setRect(QRectF(QPointF(0, 0), size));
+    node->setRect(QRectF(QPointF(0, 0), size).marginsAdded(margins));
     return node;
   }
 

@@ -32,7 +32,7 @@ TEST_P(ScreensTest, TakeFewCallsAndNothingWhileStill) {
   const auto& [name, language, tapped, settings, maxCommands] = GetParam();
   ShownSurface shown({.settings = settings}, language);
   shown.settle();
-  if (!tapped.empty()) EXPECT_TRUE(shown.tap(Role::button, tapped));
+  EXPECT_TRUE(tapped.empty() || shown.tap(Role::button, tapped));
   if (settings.highContrast) shown.surface.keyPressed(SurfaceKey::tab);
   shown.settle();
   shown.screen.draw(shown.list);
@@ -117,7 +117,7 @@ INSTANTIATE_TEST_SUITE_P(All, DisturbanceTest, ValuesIn(disturbances), byName);
 TEST_P(DisturbanceTest, ChangesNoLaterPicture) {
   const auto& [name, happen, changesLayout] = GetParam();
   const Rasterizer disturbed = openCategory(happen);
-  if (!changesLayout) EXPECT_EQ(unlikePixels(disturbed, openCategory([](ShownSurface&) {})), 0);
+  EXPECT_TRUE(changesLayout || unlikePixels(disturbed, openCategory([](ShownSurface&) {})) == 0);
 }
 
 TEST(ConsentSurfaceTest, FadesByTheClock) {

@@ -155,7 +155,9 @@ TEST_F(SystemSettingsTest, FollowsThePortal) {
   for (const auto& [change, expected] : table) {
     portal.change(change);
     EXPECT_TRUE(follows(expected)) << change << ": " << followed();
-    if (followed() == "1 contrast still") EXPECT_GT(large, inked() * 3 / 2) << "texts are drawn anew";
+    if (followed() == "1 contrast still") {
+      EXPECT_GT(large, inked() * 3 / 2) << "texts are drawn anew";
+    }
   }
 }
 
