@@ -157,7 +157,7 @@ double Layout::endOfLine(Element& element, double limit) {
 
 // How much of an opened list must be seen: three and a half vendors.
 double Layout::firstHeight() const {
-  return 154 * std::max(1.0, environment_.textScale);
+  return 178 * std::max(1.0, environment_.textScale);
 }
 
 Size Layout::measureDisclosure(Element& element, const node::Disclosure& disclosure,
