@@ -203,7 +203,8 @@ void QtDisplay::quit(int status) {
 
 std::shared_ptr<Executor> QtDisplay::turns() {
   // Threads that read scripts may outlive everything in main().
-  return {std::shared_ptr<void>(), &neverDestroyed<QtMainActor>()};
+  static QtMainActor& actor = neverDestroyed<QtMainActor>();
+  return {std::shared_ptr<void>(), &actor};
 }
 
 // Newest first.
