@@ -73,7 +73,7 @@ DrawDisplay::DrawDisplay(const HostOptions& options)
 Platform DrawDisplay::makePlatform(const HostOptions& options) {
   CurlOptions curl;
   if (!options.certificates.empty()) curl.certificates = options.certificates;
-  return makePosixPlatform(queue_, options.store, curl, options.maxCacheBytes);
+  return makePosixPlatform(queue_, options.store, curl, 0);
 }
 
 void DrawDisplay::addWindows(Platform& platform) {

@@ -40,7 +40,7 @@ class HostDisplay {
 
   virtual ~HostDisplay() = default;
 
-  /// Makes a platform without windows, and adds the windows to it.
+  /// Makes a platform without windows and without an HTTP cache, and adds the windows to it.
   virtual TalvoConsentSDK::Platform makePlatform(const HostOptions& options) = 0;
   virtual void addWindows(TalvoConsentSDK::Platform& platform) = 0;
 

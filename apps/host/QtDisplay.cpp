@@ -17,7 +17,6 @@
 #include "TalvoConsentSDK/base/NeverDestroyed.h"
 
 #include "adapters/curl/CurlURLSession.h"
-#include "adapters/posix/CachedSession.h"
 #include "adapters/qt/OverlaySurface.h"
 #include "adapters/qt/QtMainActor.h"
 #include "adapters/qt/QtPlatform.h"
@@ -39,7 +38,7 @@ QtOptions qtOptions(const HostOptions& options) {
   qt.layoutDirection = options.layoutDirection;
   if (options.highContrast) qt.highContrast = true;
   if (options.reducesMotion) qt.reducesMotion = true;
-  qt.maxCacheBytes = options.maxCacheBytes;
+  qt.maxCacheBytes = 0;
   qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
   if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
   return qt;
@@ -160,8 +159,7 @@ Platform QtDisplay::makePlatform(const HostOptions& options) {
   if (options.certificates.empty()) return platform;
   CurlOptions curl;
   curl.certificates = options.certificates;
-  platform.urlSession =
-      cachedSession(std::make_shared<CurlURLSession>(curl), options.store, options.maxCacheBytes);
+  platform.urlSession = std::make_shared<CurlURLSession>(curl);
   return platform;
 }
 

@@ -8,7 +8,9 @@
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/view/Views.h"
 
+#include "adapters/posix/CachedSession.h"
 #include "adapters/texts/TranslatedTexts.h"
+#include "adapters/threads/BackgroundThread.h"
 
 #include "apps/host/Activity.h"
 #include "apps/host/HostDisplay.h"
@@ -163,6 +165,9 @@ int main(int argc, char* argv[]) {
 
   Platform platform = display->makePlatform(options);
   Activity activity;
+  // With a cache whose work is counted, too, so that a script can wait until everything is kept.
+  platform.urlSession = cachedSession(platform.urlSession, options.store, options.maxCacheBytes,
+                                      activity.counting(std::make_shared<BackgroundThread>()));
   activity.watch(platform);
   display->addWindows(platform);
   platform.localization = std::make_shared<TranslatedTexts>();
