@@ -155,10 +155,9 @@ double Layout::endOfLine(Element& element, double limit) {
   return end;
 }
 
-// How much of an opened list must be seen: three vendors, and so much of a fourth that its name can be seen
-// to fade.
+// How much of an opened list must be seen: three and a half vendors.
 double Layout::firstHeight() const {
-  return 190 * std::max(1.0, environment_.textScale);
+  return 184 * std::max(1.0, environment_.textScale);
 }
 
 Size Layout::measureDisclosure(Element& element, const node::Disclosure& disclosure,
