@@ -17,39 +17,26 @@ struct Copy {
   std::vector<int> pixels;  // -1 where nothing was uploaded
 };
 
-const struct History {
-  const char* name;
-  int maxSize;
-  int kinds;  // of pictures; each list uses some of them
-  int perList;
-  int maxSide;
-  int finalSize;  // of the texture
-  bool fitsAlways;
-} histories[] = {
-    {"FewSmallPictures", 2048, 20, 10, 30, 256, true},
-    {"GrowsForOneList", 2048, 400, 400, 40, 1024, true},
-    {"ForgetsWhatIsNoLongerUsed", 512, 5000, 60, 40, 512, true},
-    {"LeavesOutWhatDoesNotFit", 512, 5000, 2000, 40, 512, false},
-};
-
-class AtlasTest : public TestWithParam<History> {};
-INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(histories), byName);
+class AtlasTest : public TestWithParam<std::array<std::string, 7>> {};
+INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<7>("draw/atlas.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(AtlasTest, ShowsEachPictureInUse) {
-  const History& history = GetParam();
+  const auto& [name, maxSize, kindCount, perList, maxSide, finalSize, fits] = GetParam();
+  const auto kinds = static_cast<std::uint32_t>(std::stoul(kindCount));
   std::mt19937 random(7);
-  Atlas atlas(TextureFormat::alpha8, history.maxSize);
+  Atlas atlas(TextureFormat::alpha8, std::stoi(maxSize));
   std::map<TextureId, Copy> copies;
   int leftOut = 0;
   for (int list = 0; list < 60; ++list) {
     atlas.beginList();
     std::map<std::uint32_t, AtlasPlace> used;
-    const auto first = static_cast<std::uint32_t>(random() % static_cast<unsigned>(history.kinds));
-    for (std::uint32_t i = 0; i < static_cast<std::uint32_t>(history.perList); ++i) {
-      const std::uint32_t kind = (first + i) % static_cast<std::uint32_t>(history.kinds);
+    const auto first = static_cast<std::uint32_t>(random() % kinds);
+    for (std::uint32_t i = 0; i < std::stoul(perList); ++i) {
+      const std::uint32_t kind = (first + i) % kinds;
       const AtlasKey key{kind};
       const AtlasPlace* place = atlas.find(key);
-      const int side = 1 + static_cast<int>(kind * 7919U % static_cast<unsigned>(history.maxSide));
+      const int side = 1 + static_cast<int>(kind * 7919U % std::stoul(maxSide));
       if (!place) {
         const std::vector<std::uint8_t> bytes(static_cast<std::size_t>(side * side),
                                               static_cast<std::uint8_t>(1 + kind % 255));
@@ -92,8 +79,8 @@ TEST_P(AtlasTest, ShowsEachPictureInUse) {
       }
     }
   }
-  EXPECT_EQ(atlas.size(), history.finalSize);
-  EXPECT_EQ(leftOut == 0, history.fitsAlways);
+  EXPECT_EQ(atlas.size(), std::stoi(finalSize));
+  EXPECT_EQ(leftOut == 0, fits == "fits");
 }
 
 }  // namespace

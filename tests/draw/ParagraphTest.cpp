@@ -19,43 +19,27 @@ std::shared_ptr<FontSet> systemFonts() {
   return std::make_shared<FontSet>(std::vector<FontSource>{}, true);
 }
 
-std::string repeated(const std::string& text, int count) {
-  std::string all;
-  for (int i = 0; i < count; ++i) all += text;
-  return all;
+// The text of a row: a beginning, and a part that is repeated.
+std::string textOf(const std::string& beginning, const std::string& part, const std::string& count) {
+  std::string text = unescaped(beginning);
+  for (int i = 0; i < std::stoi(count); ++i) text += unescaped(part);
+  return text;
 }
 
-const struct BrokenText {
-  const char* name;
-  std::string text;
-  double width;
-  std::size_t lines;
-  LineBreaker breaker = nullptr;
-} broken[] = {
-    {"Words", "one two three", 70, 2},
-    {"BlanksTakeNoRoomAtTheEnd", "one two" + std::string(50, ' '), 70, 1},
-    {"NewlinesAlways", "a\nb\r\nc\n", 1000, 4},
-    {"AWordThatShrinks", "Einwilligungseinstellungen", 180, 1},
-    {"AWordThatIsSplit", repeated("x", 100), 100, 10},
-    {"NoBreakSpaces", "one\u00A0two\u00A0three", 1000, 1},
-    {"AFamilyOfEmojiStaysWhole", "\U0001F468\u200D\U0001F469\u200D\U0001F467", 1, 1},
-    {"MarksStayWithTheirLetters", "e\u0301\u0302\u0303", 1, 1},
-    {"ThaiWithoutADictionary", repeated("\u0E01", 60), 100, 7},
-    {"ThaiByTheHost", repeated("\u0E01", 60), 1000, 1,
-     [](std::string_view, std::string_view) { return std::vector<std::size_t>{6}; }},
-    {"OffsetsOfTheHostThatAreWrong", repeated("\u0E01", 3), 1000, 1,
-     [](std::string_view, std::string_view) { return std::vector<std::size_t>{0, 1, 9, 10, SIZE_MAX}; }},
-};
-
-class LineBreakTest : public TestWithParam<BrokenText> {};
-INSTANTIATE_TEST_SUITE_P(All, LineBreakTest, ValuesIn(broken), byName);
+class LineBreakTest : public TestWithParam<std::array<std::string, 7>> {};
+INSTANTIATE_TEST_SUITE_P(All, LineBreakTest, ValuesIn(tableOf<7>("texts/breaks.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(LineBreakTest, BreaksAsExpected) {
-  const auto& [name, text, width, lines, breaker] = GetParam();
-  Paragraphs paragraphs(systemFonts(), breaker);
-  const auto paragraph = paragraphs.wrapped(text, body, 1, width);
-  EXPECT_EQ(paragraph->lineCount(), lines);
-  EXPECT_EQ(paragraph->size().height, static_cast<double>(lines) * paragraph->lineHeight());
+  const auto& [name, beginning, part, count, width, lines, breaks] = GetParam();
+  std::vector<std::size_t> offsets;
+  for (const std::string& each : words(breaks))
+    offsets.push_back(static_cast<std::size_t>(std::stoull(each)));
+  const auto breaker = [&](std::string_view, std::string_view) { return offsets; };
+  Paragraphs paragraphs(systemFonts(), breaks.empty() ? nullptr : LineBreaker(breaker));
+  const auto paragraph = paragraphs.wrapped(textOf(beginning, part, count), body, 1, std::stod(width));
+  EXPECT_EQ(paragraph->lineCount(), std::stoul(lines));
+  EXPECT_EQ(paragraph->size().height, std::stod(lines) * paragraph->lineHeight());
 }
 
 // The order in which letters are drawn, from left to right.
@@ -81,31 +65,15 @@ TEST(ParagraphTest, OrdersDirectionsOnALine) {
   EXPECT_EQ(letters("abcd " + hebrew), joined(letters("abcd "), letters(hebrew)));
 }
 
-const struct HostileText {
-  const char* name;
-  std::string text;
-} hostile[] = {
-    {"Empty", ""},
-    {"NotUTF8", "a\xFF\xC0\x80\xED\xA0\x80\xF8z"},
-    {"Zeros", std::string(100, '\0')},
-    {"Controls", "\x01\x02\x1B[31m\x7F\u0085\u2028\u2029"},
-    {"ManyMarks", "a" + repeated("\u0301", 20'000)},
-    {"ManyJoiners", repeated("\u200D", 20'000)},
-    {"DeepEmbeddings", repeated("\u202B\u202Aa", 5'000)},
-    {"ManyIsolates", repeated("\u2067(", 10'000)},
-    {"OneLongWord", repeated("x", 100'000)},
-    {"ManyNewlines", repeated("\n", 50'000)},
-    {"EveryPlane", "\uFFFE\uFFFF\U0001F600\U000E0001\U0010FFFF"},
-    {"OneLongArabicWord", repeated("\u0644\u0627", 30'000)},
-};
-
-class HostileTextTest : public TestWithParam<HostileText> {};
-INSTANTIATE_TEST_SUITE_P(All, HostileTextTest, ValuesIn(hostile), byName);
+class HostileTextTest : public TestWithParam<std::array<std::string, 4>> {};
+INSTANTIATE_TEST_SUITE_P(All, HostileTextTest, ValuesIn(tableOf<4>("texts/hostile.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(HostileTextTest, StaysInItsWidth) {
+  const auto& [name, beginning, part, count] = GetParam();
   Paragraphs paragraphs(systemFonts(), nullptr);
   for (const double width : {0.0, 1.0, 150.0, infinity}) {
-    const auto paragraph = paragraphs.wrapped(GetParam().text, body, 1, width);
+    const auto paragraph = paragraphs.wrapped(textOf(beginning, part, count), body, 1, width);
     const Size size = paragraph->size();
     EXPECT_TRUE(std::isfinite(size.width) && std::isfinite(size.height));
     EXPECT_LE(size.width, width >= 150 ? width : infinity);

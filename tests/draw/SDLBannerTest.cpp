@@ -1,5 +1,6 @@
 // The banner in a window of SDL: events, wake-ups and drawing.
 
+#include <map>
 #include <thread>
 
 #include <SDL.h>
@@ -30,30 +31,42 @@ struct SDLWindow {
   Uint32 id = 0;
 };
 
-// The members of an event that are not 0.
-struct Input {
-  Uint32 type;
-  int code = 0;  // the key, the button or the stick's position
-  Uint16 modifiers = 0;
-};
+const std::map<std::string, Uint32> types{{"key", SDL_KEYDOWN},
+                                          {"key-up", SDL_KEYUP},
+                                          {"motion", SDL_MOUSEMOTION},
+                                          {"mouse", SDL_MOUSEBUTTONDOWN},
+                                          {"mouse-up", SDL_MOUSEBUTTONUP},
+                                          {"wheel", SDL_MOUSEWHEEL},
+                                          {"finger", SDL_FINGERDOWN},
+                                          {"drag", SDL_FINGERMOTION},
+                                          {"finger-up", SDL_FINGERUP},
+                                          {"stick", SDL_CONTROLLERAXISMOTION},
+                                          {"pad", SDL_CONTROLLERBUTTONDOWN},
+                                          {"pad-up", SDL_CONTROLLERBUTTONUP}};
 
-SDL_Event made(const Input& input, Uint32 window, const Point& share, const Point& mouse) {
+// The event of a step such as "wheel -1", at a place that is a share of the window.
+SDL_Event made(const std::string& step, Uint32 window, const Point& share, const Point& mouse) {
+  const Texts parts = words(step + " 0 0");
+  const Uint32 type = types.at(parts[0]);
+  const bool isKey = type == SDL_KEYDOWN || type == SDL_KEYUP;
+  const int code = isKey ? SDL_GetKeyFromName(parts[1].c_str()) : std::stoi(parts[1]);
+  const auto modifiers = static_cast<Uint16>(parts[2] == "shift" ? KMOD_LSHIFT : KMOD_NONE);
   const int x = static_cast<int>(share.x * mouse.x);
   const int y = static_cast<int>(share.y * mouse.y);
   SDL_Event event{};
-  switch (input.type) {
+  switch (type) {
     case SDL_KEYDOWN:
     case SDL_KEYUP:
-      event.key = {0, 0, window, 0, 0, 0, 0, {SDL_SCANCODE_UNKNOWN, input.code, input.modifiers, 0}};
+      event.key = {0, 0, window, 0, 0, 0, 0, {SDL_SCANCODE_UNKNOWN, code, modifiers, 0}};
       break;
     case SDL_MOUSEMOTION:
       event.motion = {0, 0, window, 0, 0, x, y, 0, 0};
       break;
     case SDL_MOUSEWHEEL:
-      event.wheel = {0, 0, window, 0, 0, input.code, 0, 0, static_cast<float>(input.code), 0, 0};
+      event.wheel = {0, 0, window, 0, 0, code, 0, 0, static_cast<float>(code), 0, 0};
       break;
     case SDL_CONTROLLERAXISMOTION:
-      event.caxis = {0, 0, 0, SDL_CONTROLLER_AXIS_LEFTY, 0, 0, 0, static_cast<Sint16>(input.code), 0};
+      event.caxis = {0, 0, 0, SDL_CONTROLLER_AXIS_LEFTY, 0, 0, 0, static_cast<Sint16>(code), 0};
       break;
     case SDL_CONTROLLERBUTTONDOWN:
     case SDL_CONTROLLERBUTTONUP:
@@ -66,43 +79,17 @@ SDL_Event made(const Input& input, Uint32 window, const Point& share, const Poin
     default:
       event.tfinger = {0, 0, 1, 3, static_cast<float>(share.x), static_cast<float>(share.y), 0, 0, 1, window};
   }
-  event.type = input.type;
+  event.type = type;
   return event;
 }
 
-// Each way presses a button, which has the focus.
-const struct Way {
-  const char* name;
-  std::vector<Input> inputs;
-  int logicalWidth = 0;
-} ways[] = {
-    {"mouse", {{SDL_MOUSEMOTION}, {SDL_MOUSEBUTTONDOWN}, {SDL_MOUSEBUTTONUP}}},
-    {"finger", {{SDL_FINGERDOWN}, {SDL_FINGERMOTION}, {SDL_FINGERUP}}},
-    {"finger_and_mouse_in_a_logical_size",  // as SDL reports the first finger
-     {{SDL_MOUSEBUTTONDOWN}, {SDL_FINGERDOWN}, {SDL_MOUSEBUTTONUP}, {SDL_FINGERUP}},
-     390},
-    {"finger_in_a_logical_size", {{SDL_FINGERDOWN}, {SDL_FINGERUP}}, 390},
-    {"keys",
-     {{SDL_KEYDOWN, SDLK_TAB},
-      {SDL_KEYUP, SDLK_TAB},
-      {SDL_KEYDOWN, SDLK_TAB, KMOD_LSHIFT},
-      {SDL_KEYUP, SDLK_TAB, KMOD_LSHIFT},
-      {SDL_KEYDOWN, SDLK_RETURN},
-      {SDL_KEYUP, SDLK_RETURN}}},
-    {"controller",
-     {{SDL_CONTROLLERAXISMOTION, -32768},
-      {SDL_CONTROLLERAXISMOTION, 0},
-      {SDL_CONTROLLERAXISMOTION, 32767},
-      {SDL_CONTROLLERAXISMOTION, 0},
-      {SDL_CONTROLLERBUTTONDOWN},
-      {SDL_CONTROLLERBUTTONUP}}},
-};
-
-class SDLInputTest : public TestWithParam<Way> {};
-INSTANTIATE_TEST_SUITE_P(All, SDLInputTest, ValuesIn(ways), byName);
+class SDLInputTest : public TestWithParam<std::array<std::string, 3>> {};
+INSTANTIATE_TEST_SUITE_P(All, SDLInputTest, ValuesIn(tableOf<3>("draw/inputs.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(SDLInputTest, OperatesTheBanner) {
-  const auto& [name, inputs, logicalWidth] = GetParam();
+  const auto& [name, logical, steps] = GetParam();
+  const int logicalWidth = std::stoi(logical);
   const SDLWindow window;
   SDL_RenderSetLogicalSize(window.renderer, logicalWidth, 844);
   const Point units = logicalWidth > 0 ? Point{390, 844} : Point{780, 1688};  // of the mouse
@@ -113,14 +100,14 @@ TEST_P(SDLInputTest, OperatesTheBanner) {
   const Point share{wanted->frame.center().x / 780, wanted->frame.center().y / 1688};
   EXPECT_TRUE(shown.surface.perform(wanted->id, SurfaceAction::focus));
   SDLInput input(shown.surface, window.window);
-  for (const Input& each : inputs)
-    EXPECT_TRUE(input.handle(made(each, window.id, share, units))) << each.type;
+  for (const std::string& each : split(steps, ';'))
+    EXPECT_TRUE(input.handle(made(each, window.id, share, units))) << each;
   EXPECT_FALSE(shown.find(Role::button, "Manage preferences")) << "the preferences are open";
 
   shown.presenter->dismiss();
   shown.settle();
-  for (const Input& each : inputs)
-    EXPECT_FALSE(input.handle(made(each, window.id, share, units))) << each.type;
+  for (const std::string& each : split(steps, ';'))
+    EXPECT_FALSE(input.handle(made(each, window.id, share, units))) << each;
 }
 
 TEST(SDLInputTest, ScrollsWithTheWheelAndLeavesOtherWindowsAlone) {
@@ -130,14 +117,14 @@ TEST(SDLInputTest, ScrollsWithTheWheelAndLeavesOtherWindowsAlone) {
   SDLInput input(shown.surface, window.window);
   const auto top = [&] { return shown.surface.accessibleElements()[2].frame.y; };
   const double before = top();
-  const auto handle = [&](const Input& each, Uint32 id) {
+  const auto handle = [&](const std::string& each, Uint32 id) {
     return input.handle(made(each, id, {0.5, 0.5}, {780, 1688}));
   };
-  EXPECT_TRUE(handle({SDL_MOUSEMOTION}, window.id));
-  EXPECT_TRUE(handle({SDL_MOUSEWHEEL, -1}, window.id));
+  EXPECT_TRUE(handle("motion", window.id));
+  EXPECT_TRUE(handle("wheel -1", window.id));
   shown.settle();
   EXPECT_LT(top(), before);
-  EXPECT_FALSE(handle({SDL_MOUSEWHEEL, -1}, window.id + 1));
+  EXPECT_FALSE(handle("wheel -1", window.id + 1));
 }
 
 class SDLBannerTest : public ::testing::Test {

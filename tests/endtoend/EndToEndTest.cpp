@@ -74,18 +74,10 @@ INSTANTIATE_TEST_SUITE_P(All, Visits, ValuesIn(visits()), [](const auto& each) {
 
 TEST_P(Visits, PrintWhatIsRecorded) {
   const VisitFile visit(GetParam().file);
-  visit.edit(folder);
-  Texts serviceOptions = folder.serviceOptions();
-  std::ranges::copy(visit.serviceOptions, std::back_inserter(serviceOptions));
-  Texts hostOptions{"--toolkit", GetParam().toolkit};
-  std::ranges::copy(visit.hostOptions, std::back_inserter(hostOptions));
-  const ConsentServiceProcess service(serviceOptions);
   std::string actual = visit.head + "\nprints:\n";
-  for (const std::string& script : visit.scripts) {
-    for (const std::string& line : folder.run(service, hostOptions, script)) {
-      const std::string shortened = inShort(line);
-      if (!shortened.empty()) actual += shortened + '\n';
-    }
+  for (const std::string& line : visit.run(folder, GetParam().toolkit)) {
+    const std::string shortened = inShort(line);
+    if (!shortened.empty()) actual += shortened + '\n';
   }
   actual += "\nsends:\n";
   // A decision that failed also calls `onError`, but the command for it reports no error.

@@ -6,6 +6,7 @@
 
 #include <png.h>
 
+#include "tests/draw/SavedPicture.h"
 #include "tests/endtoend/VisitFile.h"
 
 namespace TalvoConsentSDK::testing {
@@ -24,19 +25,7 @@ std::string withoutRects(const std::string& line, std::vector<Rect>& rects) {
 class AccessibleElementsTest : public TestWithParam<fs::path> {
  protected:
   static Texts printed(const VisitFile& visit, const char* toolkit) {
-    const HostFolder folder;
-    visit.edit(folder);
-    Texts serviceOptions = folder.serviceOptions();
-    std::ranges::copy(visit.serviceOptions, std::back_inserter(serviceOptions));
-    Texts hostOptions{"--toolkit", toolkit};
-    std::ranges::copy(visit.hostOptions, std::back_inserter(hostOptions));
-    const ConsentServiceProcess service(serviceOptions);
-    Texts all;
-    for (const std::string& script : visit.scripts) {
-      std::string listing;
-      for (const std::string& line : split(script, '\n')) listing += line + "\naccessible\n";
-      std::ranges::copy(folder.run(service, hostOptions, listing), std::back_inserter(all));
-    }
+    Texts all = visit.run(HostFolder(), toolkit, "accessible\n");
     std::erase_if(all, [](const std::string& line) { return !line.starts_with("{\"accessible\""); });
     return all;
   }
@@ -68,7 +57,7 @@ TEST_P(AccessibleElementsTest, AreThoseOfQt) {
 struct Picture {
   int width = 0;
   int height = 0;
-  std::vector<png_byte> bytes;  // red, green, blue
+  Bytes bytes;  // red, green, blue
 
   static Picture read(const fs::path& file) {
     png_image png{};
@@ -81,24 +70,15 @@ struct Picture {
     return picture;
   }
 
-  void write(const fs::path& file) const {
-    png_image png{};
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(width);
-    png.height = static_cast<png_uint_32>(height);
-    png.format = PNG_FORMAT_RGB;
-    EXPECT_NE(png_image_write_to_file(&png, file.c_str(), 0, bytes.data(), 0, nullptr), 0) << file;
-  }
-
   png_byte& at(int x, int y, int channel) {
     return bytes[static_cast<std::size_t>((y * width + x) * 3 + channel)];
   }
 };
 
 // The differences of the means of blocks of 8 x 8 pixels, in 1/255. A letter that is drawn with other edges
-// hardly changes a mean. The pictures beside each other, with the differences of their pixels, are saved in
-// `file`.
-std::vector<double> differences(Picture& a, Picture& b, const fs::path& file) {
+// hardly changes a mean. The pictures beside each other, with the differences of their pixels, are saved
+// under `name`.
+std::vector<double> differences(Picture& a, Picture& b, const std::string& name) {
   constexpr int side = 8;
   Picture shown{3 * a.width, a.height, {}};
   shown.bytes.assign(static_cast<std::size_t>(shown.width * shown.height * 3), 0);
@@ -122,30 +102,13 @@ std::vector<double> differences(Picture& a, Picture& b, const fs::path& file) {
       found.push_back(most);
     }
   }
-  shown.write(file);
+  savePicture(name, shown.width, shown.height, shown.bytes);
   return found;
 }
 
-const struct Screens {
-  const char* name;
-  std::string options;
-  std::string language = "en";
-  std::string preferences = "Manage preferences";
-  std::string category = "Marketing";
-} screens[] = {
-    {"English", "--size 390x844 --scale 3 --safe-area 47,0,34,0"},
-    {"Arabic", "--size 390x844 --scale 3 --safe-area 47,0,34,0", "ar", "إدارة التفضيلات", "التسويق"},
-    {"German", "--size 390x844 --scale 2", "de", "Einstellungen verwalten"},
-    {"SmallPhone", "--size 320x568 --scale 2 --safe-area 20,0,0,0", "de", "Einstellungen verwalten"},
-    {"Sideways", "--size 844x390 --scale 2 --safe-area 0,47,21,47"},
-    {"LargeType", "--size 390x844 --scale 2 --text-scale 2", "de", "Einstellungen verwalten"},
-    {"HugeType", "--size 390x844 --scale 2 --text-scale 3.1"},
-    {"HighContrast", "--size 390x844 --scale 2 --high-contrast"},
-};
-
-class PicturesTest : public TestWithParam<Screens> {};
-INSTANTIATE_TEST_SUITE_P(All, PicturesTest, ValuesIn(screens),
-                         [](const auto& each) { return each.param.name; });
+class PicturesTest : public TestWithParam<std::array<std::string, 5>> {};
+INSTANTIATE_TEST_SUITE_P(All, PicturesTest, ValuesIn(tableOf<5>("draw/toolkits.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(PicturesTest, AgreeWithQt) {
   const auto& [name, options, language, preferences, category] = GetParam();
@@ -167,8 +130,7 @@ TEST_P(PicturesTest, AgreeWithQt) {
     Picture qt = Picture::read(folder.path / ("qt" + number + ".png"));
     Picture draw = Picture::read(folder.path / ("draw" + number + ".png"));
     ASSERT_EQ(std::pair(qt.width, qt.height), std::pair(draw.width, draw.height));
-    const fs::path file =
-        fs::path(::testing::TempDir()) / ("toolkits_" + std::string(name) + number + ".png");
+    const std::string file = "toolkits_" + name + number;
     const std::vector<double> found = differences(qt, draw, file);
     const auto unlike = std::ranges::count_if(found, [](double each) { return each > 32; });
     EXPECT_LE(static_cast<double>(unlike), 0.001 * static_cast<double>(found.size())) << file;

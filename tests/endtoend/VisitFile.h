@@ -60,6 +60,24 @@ struct VisitFile {
     }
   }
 
+  /// Changes the sites as the file says, runs the service and the hosts, and returns what the hosts print.
+  /// After each line of a script, the host is given `afterEach`.
+  Texts run(const HostFolder& folder, const std::string& toolkit, const std::string& afterEach = {}) const {
+    edit(folder);
+    Texts ofService = folder.serviceOptions();
+    std::ranges::copy(serviceOptions, std::back_inserter(ofService));
+    Texts ofHost{"--toolkit", toolkit};
+    std::ranges::copy(hostOptions, std::back_inserter(ofHost));
+    const ConsentServiceProcess service(ofService);
+    Texts all;
+    for (const std::string& script : scripts) {
+      std::string lines;
+      for (const std::string& line : split(script, '\n')) lines += line + '\n' + afterEach;
+      std::ranges::copy(folder.run(service, ofHost, lines), std::back_inserter(all));
+    }
+    return all;
+  }
+
   /// Changes the sites as the file says.
   void edit(const HostFolder& folder) const {
     for (const std::string& each : edits) {  // SITE/FILE|FROM|TO

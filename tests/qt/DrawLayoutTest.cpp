@@ -13,19 +13,6 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-const struct Comparison {
-  const char* name;
-  std::string language;
-  std::string button;  // opens the preferences
-  double textScale = 1;
-} comparisons[] = {
-    {"English", "en", "Manage preferences"},
-    {"German", "de", "Einstellungen verwalten"},
-    {"LargeGerman", "de", "Einstellungen verwalten", 1.35},
-    {"Arabic", "ar", "إدارة التفضيلات"},
-    {"Hindi", "hi", "प्राथमिकताएँ चुनें"},
-};
-
 void compareWidths(const std::string& text, double textScale, FontSet& fonts) {
   for (const platform::Font& font : {platform::Font{TextStyle::body, FontWeight::regular},
                                      platform::Font{TextStyle::footnote, FontWeight::medium},
@@ -44,11 +31,13 @@ void compareWidths(const std::string& text, double textScale, FontSet& fonts) {
   }
 }
 
-class DrawLayoutTest : public TestWithParam<Comparison> {};
-INSTANTIATE_TEST_SUITE_P(All, DrawLayoutTest, ValuesIn(comparisons), byName);
+class DrawLayoutTest : public TestWithParam<std::array<std::string, 4>> {};
+INSTANTIATE_TEST_SUITE_P(All, DrawLayoutTest, ValuesIn(tableOf<4>("draw/layouts.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(DrawLayoutTest, AgreesWithQt) {
-  const auto& [name, language, button, textScale] = GetParam();
+  const auto& [name, language, button, scale] = GetParam();
+  const double textScale = std::stod(scale);
   ShownBanner banner(siteFile("demo/customization." + language + ".json"),
                      siteFile("demo/services." + language + ".json"), {.textScale = textScale});
   HostingController& controller = *banner.surface().controller();

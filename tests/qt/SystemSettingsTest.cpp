@@ -138,21 +138,7 @@ TEST_F(SystemSettingsTest, FollowsThePortal) {
   show({});
   EXPECT_TRUE(follows("1.5 contrast still")) << followed();
   const int large = inked();
-  const std::pair<const char*, const char*> table[] = {
-      {"org.gnome.desktop.interface text-scaling-factor 1.0", "1 contrast still"},
-      {"org.gnome.desktop.interface enable-animations true", "1 contrast"},
-      {"org.gnome.desktop.a11y.interface high-contrast false", "1"},
-      {"org.freedesktop.appearance contrast 1", "1 contrast"},
-      {"org.freedesktop.appearance contrast 0", "1"},
-      {"org.freedesktop.appearance reduced-motion 1", "1 still"},
-      {"org.freedesktop.appearance reduced-motion 0", "1"},
-      {"org.gnome.desktop.interface text-scaling-factor 99.5", "3"},
-      {"org.gnome.desktop.interface text-scaling-factor large", "1"},
-      {"org.gnome.desktop.interface text-scaling-factor 0.1", "0.5"},
-      {"org.gnome.desktop.interface text-scaling-factor nan", "1"},
-      {"org.gnome.desktop.interface cursor-size 24", "1"},
-  };
-  for (const auto& [change, expected] : table) {
+  for (const auto& [change, expected] : tableOf<2>("platform/portal.txt")) {
     portal.change(change);
     EXPECT_TRUE(follows(expected)) << change << ": " << followed();
     if (followed() == "1 contrast still") {
