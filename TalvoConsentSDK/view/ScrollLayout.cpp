@@ -191,7 +191,7 @@ void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosur
     const double distance =
         std::min(frame.y + wanted - outer.visible.bottom(),
                  element.parent->frame.y - outer.visible.y - ScrollRegion::fadedEdge + outer.offset->growth);
-    if (distance > 0.5) {
+    if (distance > 0.01) {
       outer.offset->moveUp(distance);
       forgetSizes(element);
       needsAnotherPass_ = true;
