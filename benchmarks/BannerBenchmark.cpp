@@ -36,13 +36,13 @@ struct Stages {
   explicit Stages(std::size_t vendors)
       : banner(makeBanner(vendors)),
         root(bannerComposition(banner.view(), banner.customization())),
-        layout(tree, environment) {
+        layout(tree, environment, animations) {
     environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings());
     environment.size = {390, 844};
     environment.reducesMotion = true;
     tree.render(root);
     layout.run({});
-    for (const AccessibleElement& each : collectAccessibleElements(tree)) {
+    for (const AccessibleElement& each : collectAccessibleElements(tree, environment.controlScale())) {
       if (each.role == Role::expander && each.name == "Marketing") performAction(*each.control);
     }
     tree.render(root);
@@ -50,7 +50,8 @@ struct Stages {
   }
 
   std::vector<Visual> flatten() {
-    animations.begin(HostingController::Clock::time_point(), false);
+    animations.setHasMotion(false);
+    animations.beginFrame({});
     return visuals(tree, environment, {{}, {}, layout.scrollRegions()}, animations);
   }
 
@@ -58,8 +59,8 @@ struct Stages {
   const AnyView root;
   ViewEnvironment environment;
   ElementTree tree{[] {}};
+  Animations animations{tree.memory()};
   Layout layout;
-  Animations animations;
 };
 
 // Renders the views of the screen, including rows near the visible ones, into a new tree.
@@ -92,7 +93,7 @@ void mount(benchmark::State& state) {
   const std::vector<Visual> all = stages.flatten();
   QQuickWindow window;
   for (auto _ : state) {
-    VisualMount visualMount(*window.contentItem(), TextSettings());
+    VisualMount visualMount(*window.contentItem());
     visualMount.update(all);
   }
 }
@@ -105,17 +106,36 @@ void firstFrame(benchmark::State& state) {
   }
 }
 
-void openCategory(benchmark::State& state) {
-  BannerScene scene(vendorCount(state));
+// Opens a category and measures some frames after others that are not measured.
+void openFrames(benchmark::State& state, bool reducesMotion, int before, int measured) {
+  BannerScene scene(vendorCount(state), reducesMotion);
   for (auto _ : state) {
+    if (before > 0) state.PauseTiming();
     scene.use(Role::expander, "Marketing");
-    scene.presentFrame();
+    for (int i = 0; i < before; ++i) scene.presentFrame();
+    if (before > 0) state.ResumeTiming();
+    for (int i = 0; i < measured; ++i) scene.presentFrame();
     state.PauseTiming();
     scene.settle();
     scene.use(Role::expander, "Marketing");
     scene.settle();
     state.ResumeTiming();
   }
+}
+
+// Opens a category at once, up to the first frame.
+void openCategory(benchmark::State& state) {
+  openFrames(state, true, 0, 1);
+}
+
+// The first frame of the motion.
+void beginToOpen(benchmark::State& state) {
+  openFrames(state, false, 0, 1);
+}
+
+// The next five frames.
+void goOnOpening(benchmark::State& state) {
+  openFrames(state, false, 1, 5);
 }
 
 void switchVendor(benchmark::State& state) {
@@ -148,6 +168,8 @@ void scrollHundredFrames(benchmark::State& state) {
   BannerScene scene(vendorCount(state));
   scene.use(Role::expander, "Marketing");
   scene.settle();
+  scene.scroll(400);  // afterwards the card has its full height, and only the list moves
+  scene.settle();
   // Scroll up and down: at an end nothing would move, and no frame would be presented.
   constexpr int turn = 20;
   for (auto _ : state) {
@@ -179,6 +201,8 @@ BENCHMARK(layOut)->Name("layout")->Apply(&vendorCounts);
 BENCHMARK(mount)->Apply(&vendorCounts);
 BENCHMARK(firstFrame)->Apply(&vendorCounts);
 BENCHMARK(openCategory)->Apply(&vendorCounts);
+BENCHMARK(beginToOpen)->Apply(&vendorCounts);
+BENCHMARK(goOnOpening)->Apply(&vendorCounts);
 BENCHMARK(switchVendor)->Apply(&vendorCounts);
 BENCHMARK(switchCategory)->Apply(&vendorCounts);
 BENCHMARK(scrollHundredFrames)->Apply(&vendorCounts);

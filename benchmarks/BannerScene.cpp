@@ -13,7 +13,7 @@ using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::platform;
 using namespace TalvoConsentSDK::view;
 
-BannerScene::BannerScene(std::size_t vendorCount) : window_(TextSettings()) {
+BannerScene::BannerScene(std::size_t vendorCount, bool reducesMotion) {
   const ConsentBannerView banner = makeBanner(vendorCount);
   controller_ = std::make_shared<HostingController>(bannerComposition(banner.view(), banner.customization()));
   QObject::connect(
@@ -21,7 +21,7 @@ BannerScene::BannerScene(std::size_t vendorCount) : window_(TextSettings()) {
   window_.resize(390, 844);
   ViewEnvironment environment;
   environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings());
-  environment.reducesMotion = true;  // each measurement ends with the first frame
+  environment.reducesMotion = reducesMotion;
   window_.setController(controller_, environment);
   window_.show();
   presentFrame();

@@ -17,7 +17,7 @@ namespace TalvoConsentBenchmarks {
 /// demand.
 class BannerScene {
  public:
-  explicit BannerScene(std::size_t vendorCount);
+  explicit BannerScene(std::size_t vendorCount, bool reducesMotion = true);
 
   /// Runs the event loop until the next frame has been presented.
   void presentFrame();

@@ -178,16 +178,26 @@ def banner(table, quick, env):
     counts = (10, 200, 1_000, 10_000)
     for name, what in (("render", "render"), ("compare", "compare, nothing changed"), ("layout", "layout"),
                        ("mount", "mount"), ("firstFrame", "first frame"), ("openCategory", "open a category"),
+                       ("beginToOpen", "open a category, first frame of the motion"),
+                       ("goOnOpening", "open a category, five more frames"),
                        ("switchVendor", "one switch to frame"), ("switchCategory", "switch a category to frame"),
                        ("scrollHundredFrames", "scroll 100 frames")):
         for count in counts:
             work, of_ten = figures.processor[f"{name}/{count}"], figures.processor[f"{name}/10"]
             ratio, budget = work / of_ten, None
-            if name == "openCategory" and count == 1_000:
+            if name in ("openCategory", "beginToOpen") and count == 1_000:
                 budget = within(ratio, 3)
             if name == "switchVendor" and count == 10_000:
                 budget = ("grows < 1,000 x", ratio < 1_000)
             table.add(f"{what}, {count:,} vendors", work, ratio=ratio, budget=budget)
+            if name == "beginToOpen" and count == 1_000:
+                at_once = figures.processor[f"openCategory/{count}"]
+                table.add(f"{what}, {count:,} vendors", work, at_once, peer_name="without motion",
+                          budget=within(work / at_once, 1))
+            if name == "goOnOpening" and count == 1_000:
+                frame = figures.processor[f"scrollHundredFrames/{count}"] / 100
+                table.add("... each of them", work / 5, frame, peer_name="frame of scrolling",
+                          budget=within(work / 5 / frame, 2))
             if name == "switchVendor" and count == 1_000:
                 frame = figures.processor[f"scrollHundredFrames/{count}"] / 100
                 table.add(f"{what}, {count:,} vendors", work, frame, peer_name="frame of scrolling",
@@ -224,7 +234,8 @@ def banner_process(env, url, site):
             timing = next(reply for reply in map(json.loads, replies) if "timing" in reply)["timing"]
             used = memory(process)
             process.communicate("quit\n")
-    return timing["process_to_first_frame_ms"], timing["show_to_first_frame_ms"], used
+    return (timing["process_to_first_frame_ms"], timing["show_to_first_frame_ms"], used,
+            timing["first_frame_processor_ms"])
 
 
 def processes(table, quick, env):
@@ -248,6 +259,54 @@ def processes(table, quick, env):
                   peer_name="bare window")
         table.add(f"showBanner to first frame, {name} site", median(runs, 1) * 1e6)
         table.add(f"memory (PSS), {name} site", median(runs, 2), median(bare, 1), peer_name="bare window", show=megabytes)
+
+
+def draw_process(env, *arguments):
+    """One run of the program that shows a banner as draw lists, or no banner."""
+    with tempfile.TemporaryDirectory() as folder:
+        arguments = [*arguments, folder + "/store"] if arguments else []
+        with subprocess.Popen([BENCHMARKS / "draw_process", *arguments], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                              text=True, env={**env, "SDL_VIDEODRIVER": "dummy"}) as process:
+            figures = json.loads(process.stdout.readline())
+            figures["memory"] = memory(process)
+            process.communicate("\n")
+    return figures
+
+
+def draw(table, quick, env):
+    service = subprocess.Popen([RELEASE / "apps/consent-service/talvo-consent-service", "--port", "0"],
+                               stdout=subprocess.PIPE, text=True)
+    try:
+        url = service.stdout.readline().removeprefix("listening on ").strip()
+        bare, demo, large, qt = [], [], [], []
+        for _ in range(5 if quick else 15):
+            bare.append(draw_process(env))
+            demo.append(draw_process(env, url, "demo"))
+            large.append(draw_process(env, url, "large"))
+            qt.append(banner_process(env, url, "demo")[3])
+    finally:
+        service.terminate()
+        service.wait()
+    median = lambda runs, name: statistics.median(each[name] for each in runs)
+    ours, without = median(demo, "processor_ms") * 1e6, median(bare, "processor_ms") * 1e6
+    what = "processor time to the first draw list, demo site"
+    table.add(what, ours, without, peer_name="without banner", budget=within(ours / without, 1.6))
+    window = statistics.median(qt) * 1e6
+    table.add(what, ours, window, peer_name="Qt, first frame", budget=within(ours / window, 0.5))
+    megabytes = lambda kilobytes: f"{kilobytes / 1024:.1f} MB"
+    for name, runs, most in (("demo", demo, 6), ("large", large, 8)):
+        used, bare_used = median(runs, "memory"), median(bare, "memory")
+        table.add(f"memory (PSS) with draw lists, {name} site", used, bare_used, peer_name="without banner", show=megabytes,
+                  budget=(f"<= {most} MB more", used - bare_used <= most * 1024))
+    calls = max(each["draw_calls"] for each in demo)
+    table.add("draw calls of the first screen, one picture", calls, show=str, budget=("<= 6", calls <= 6))
+    for name, what in (("still_uploads", "uploads"), ("still_lists", "new lists")):
+        most = max(each[name] for each in demo + large)
+        table.add(f"{what} in 100 frames of a still banner", most, show=str, budget=("0", most == 0))
+    figures = Figures("draw_benchmark", quick, env)
+    ten, thousand = figures["listAfterSwitch/10"], figures["listAfterSwitch/1000"]
+    table.add("one switch to draw list, 10 vendors", ten)
+    table.add("one switch to draw list, 1,000 vendors", thousand, ten, peer_name="10 vendors", budget=within(thousand / ten, 3))
 
 
 def processor_time_of_children():
@@ -290,7 +349,9 @@ def sizes(table, quick, env):
     add_size(table)
     for library in sorted(SHARED.glob("**/libTalvoConsent*.so")):
         if library.name != "libTalvoConsentSDK.so":
-            table.add(f"stripped size of {library.name}", stripped_size(library), show=kilobytes)
+            size, most = stripped_size(library), {"libTalvoConsentDraw.so": 200_000}.get(library.name)
+            budget = (f"< {kilobytes(most)}", size < most) if most else None
+            table.add(f"stripped size of {library.name}", size, show=kilobytes, budget=budget)
         needed = len(re.findall(r"\(NEEDED\)", run(["readelf", "-d", library])))
         table.add(f"dynamic dependencies of {library.name}", needed, show=str)
     programs = {name: [] for name in ("linked", "unlinked")}
@@ -361,7 +422,7 @@ def costs():
     table.require_budgets()
 
 
-PARTS = (records, store, transport, events, banner, processes, sizes, counts)
+PARTS = (records, store, transport, events, banner, processes, draw, sizes, counts)
 
 
 def measure(arguments):

@@ -6,7 +6,8 @@ get_property(components GLOBAL PROPERTY TALVO_COMPONENTS)
 list(REMOVE_DUPLICATES components)
 foreach(component IN LISTS components)
   talvo_package_suffix(${component})
-  install(EXPORT TalvoConsentSDK-${component}
+  # Each file includes all whose names begin with its own and "-". So the name of one must not begin that of another.
+  install(EXPORT TalvoConsentSDK-${component} FILE TalvoConsentSDK-${component}-targets.cmake
     NAMESPACE TalvoConsentSDK:: DESTINATION ${TALVO_INSTALL_CMAKEDIR} COMPONENT development${suffix})
 endforeach()
 
@@ -16,7 +17,7 @@ if(library_type STREQUAL "STATIC_LIBRARY")
   set(TALVO_IS_STATIC ON)
 endif()
 # What a host is told if it asks for a component that was left out. Empty if nothing was.
-foreach(part IN ITEMS curl:libcurl sqlite:SQLite qt:Qt)
+foreach(part IN ITEMS curl:libcurl draw:HarfBuzz gles:OpenGL sdl:SDL sqlite:SQLite qt:Qt)
   string(REPLACE ":" ";" part ${part})
   list(GET part 0 component)
   string(TOUPPER ${component} option)
@@ -24,6 +25,11 @@ foreach(part IN ITEMS curl:libcurl sqlite:SQLite qt:Qt)
     list(GET part 1 talvo_lacks_${component})
   endif()
 endforeach()
+# Qt's modules with which a static library of the Qt adapter is linked besides Quick.
+set(TALVO_QT_PRIVATE_MODULES "")
+if(UNIX AND NOT APPLE AND NOT ANDROID)
+  set(TALVO_QT_PRIVATE_MODULES DBus)
+endif()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/TalvoConsentSDKConfig.cmake.in
   ${PROJECT_BINARY_DIR}/TalvoConsentSDKConfig.cmake INSTALL_DESTINATION ${TALVO_INSTALL_CMAKEDIR})
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/TalvoConsentSDKConfigVersion.cmake

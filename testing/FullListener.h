@@ -3,7 +3,11 @@
 // A port to which no further connection can be made.
 
 #include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
+#include <string>
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -35,6 +39,15 @@ class FullListener {
   FullListener& operator=(const FullListener&) = delete;
 
   int port() const { return port_; }
+
+  /// Whether a client is trying to connect to the port.
+  bool hasAttempt() const {
+    char ending[32];
+    std::snprintf(ending, sizeof ending, "0100007F:%04X 02", static_cast<unsigned>(port_));  // 02: SYN_SENT
+    std::ifstream connections("/proc/net/tcp");
+    const std::string all(std::istreambuf_iterator<char>(connections), {});
+    return all.find(ending) != std::string::npos;
+  }
 
  private:
   const int listener_ = socket(AF_INET, SOCK_STREAM, 0);

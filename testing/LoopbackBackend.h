@@ -2,8 +2,8 @@
 
 // Real servers for the conformance tests of URL sessions.
 
+#include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -52,13 +52,11 @@ class LoopbackBackend {
   }
 
   URL stall(const std::string& method, const std::string& path, Stall where) {
-    if (where == Stall::connecting) {
-      noteStall();
-      return url(full_.port(), path);
-    }
+    isConnectingNext_ = where == Stall::connecting;
+    if (isConnectingNext_) return url(full_.port(), path);
     return answer(method, path, [this, where](auto& connection) {
       if (where != Stall::beforeHead) connection.begin("x");
-      noteStall();
+      ++stalls_;
       for (int left = 40; where == Stall::inBodyWithBytes && left > 0 && !connection.ends(); --left) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         connection.more("x");
@@ -67,11 +65,12 @@ class LoopbackBackend {
   }
 
   void awaitStall() {
-    std::unique_lock guard(lock_);
-    if (!hasStalled_.wait_for(guard, std::chrono::seconds(30), [this] { return stalls_ > 0; })) {
-      throw std::runtime_error("The request has not arrived");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (isConnectingNext_ ? !full_.hasAttempt() : stalls_ == 0) {
+      if (std::chrono::steady_clock::now() > end) throw std::runtime_error("The request has not arrived");
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    --stalls_;
+    if (!isConnectingNext_) --stalls_;
   }
 
   // Returns the URL of a server that has been destroyed, so nothing listens on its port.
@@ -100,15 +99,9 @@ class LoopbackBackend {
     return answers_.at(request.method + " " + request.target);
   }
 
-  void noteStall() {
-    const std::scoped_lock guard(lock_);
-    ++stalls_;
-    hasStalled_.notify_all();
-  }
-
   std::mutex lock_;
-  std::condition_variable hasStalled_;
-  int stalls_ = 0;
+  std::atomic<int> stalls_ = 0;
+  bool isConnectingNext_ = false;  // the latest `stall` is about connecting
   std::map<std::string, Answer> answers_;
   FullListener full_;
   LoopbackServer server_{[this](auto& request, auto& connection) { answerTo(request)(connection); },

@@ -23,6 +23,12 @@ inline platform::URLRequest makeRequest(std::string method, const std::string& u
   return request;
 }
 
+inline platform::URLRequest makeCancellable(std::string method, const std::string& url) {
+  platform::URLRequest request = makeRequest(std::move(method), url);
+  request.cancellation = std::make_shared<platform::Cancellation>();
+  return request;
+}
+
 /// Collects the outcomes that its completions receive. All copies of an object share the outcomes.
 class Outcomes {
  public:

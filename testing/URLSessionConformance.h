@@ -7,11 +7,14 @@
 //   URL redirect(std::string method, std::string path, int status): prepares a redirect to another origin,
 //     with a header Location;
 //   URL stall(std::string method, std::string path, Stall where): prepares an answer that never ends;
-//   void awaitStall(): waits until one more request has come to the place where its answer stalls;
+//   void awaitStall(): waits until the latest request to an answer that stalls has come to the place where it
+//     stalls;
 //   URL breakOff(std::string method, std::string path): prepares a reset of the connection;
 //   URL unreachable(): a URL for which every request fails;
 //   std::size_t seen(std::string text): how often a text has arrived, at any origin.
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <memory>
 #include <stdexcept>
@@ -168,8 +171,7 @@ TYPED_TEST_P(URLSessionConformance, ReportsHeadersAndURLOfTheFinalReply) {
 TYPED_TEST_P(URLSessionConformance, EndsCancelledRequestsOnceAndNoOthers) {
   platform::URLSession& session = this->backend.session();
   const auto cancellable = [](const char* method, const URL& url) {
-    auto request = makeRequest(method, url.text());
-    request.cancellation = std::make_shared<platform::Cancellation>();
+    auto request = makeCancellable(method, url.text());
     if (request.method != "GET") request.body = "body of " + url.text();
     return request;
   };
@@ -196,10 +198,11 @@ TYPED_TEST_P(URLSessionConformance, EndsCancelledRequestsOnceAndNoOthers) {
       EXPECT_LE(this->backend.seen(stalling.body.value_or("no body")), 1U);
     }
   }
-  auto late = cancellable("GET", good.url);
+  auto late = cancellable("POST", this->backend.serve("POST", "/unsent", 200, "x"));
   late.cancellation->cancel();
   session.run(late, cancelled.completion());
   expectCancelled("before it is run");
+  EXPECT_EQ(this->backend.seen(*late.body), 0U);
 
   const auto stalling = cancellable("GET", this->backend.stall("GET", "/stalls", Stall::beforeHead));
   session.run(good, others.completion([stalling] { stalling.cancellation->cancel(); }));
@@ -213,10 +216,41 @@ TYPED_TEST_P(URLSessionConformance, EndsCancelledRequestsOnceAndNoOthers) {
   EXPECT_EQ(cancelled.wait(count).size(), count);
 }
 
+// Cancels every second request, half of which are never answered. Each request ends once, also if the session
+// runs one request after another.
+TYPED_TEST_P(URLSessionConformance, TakesCancellationsAtAnyTimeFromAnyThread) {
+  constexpr std::size_t count = 200;
+  platform::URLSession& session = this->backend.session();
+  const URL good = this->backend.serve("GET", "/good", 200, std::string(20'000, 'x'));
+  const URL stalling = this->backend.stall("GET", "/stalls", Stall::beforeHead);
+  std::vector<std::pair<platform::URLRequest, Outcomes>> all;
+  for (std::size_t number = 0; number < count; ++number)
+    all.emplace_back(makeCancellable("GET", (number % 4 == 0 ? stalling : good).text()), Outcomes());
+  std::atomic<std::size_t> started = 0;
+  std::thread canceller([&] {
+    for (std::size_t number = 0; number < count; number += 2) {
+      while (started < std::min(number + number % 3, count)) std::this_thread::yield();
+      all[number].first.cancellation->cancel();
+    }
+  });
+  for (auto& [request, outcomes] : all) {
+    session.run(request, outcomes.completion());
+    if (++started % 10 == 0) outcomes.wait(1);
+  }
+  canceller.join();
+  for (const auto& [request, outcomes] : all) outcomes.wait(1);
+  EXPECT_TRUE(await(session, makeRequest("GET", good.text())));
+  for (std::size_t number = 0; number < count; ++number) {
+    const auto reports = all[number].second.wait(1);
+    EXPECT_EQ(reports.size(), 1U);
+    const auto& outcome = reports.front().first;
+    EXPECT_TRUE(isCancelled(outcome) ? number % 2 == 0 : outcome && number % 4 != 0) << number;
+  }
+}
+
 TYPED_TEST_P(URLSessionConformance, MayBeDestroyedBeforeACancellation) {
   auto destroyed = std::make_unique<TypeParam>();
-  auto request = makeRequest("GET", destroyed->serve("GET", "/good", 200, "x").text());
-  request.cancellation = std::make_shared<platform::Cancellation>();
+  const auto request = makeCancellable("GET", destroyed->serve("GET", "/good", 200, "x").text());
   Outcomes outcomes;
   destroyed->session().run(request, outcomes.completion());
   EXPECT_TRUE(outcomes.wait(1).front().first);
@@ -252,6 +286,7 @@ REGISTER_TYPED_TEST_SUITE_P(URLSessionConformance, ReportsStatusAndBodyUnchanged
                             ReportsEveryRequestOnceOnAThreadOfItsOwn, ReportsAFailureOnceAndStaysUsable,
                             SendsABodyOnceAndToOneOrigin, SurvivesCompletionsThatThrowOrStartRequests,
                             ReportsHeadersAndURLOfTheFinalReply, EndsCancelledRequestsOnceAndNoOthers,
-                            MayBeDestroyedBeforeACancellation, LimitsTheWholeTime);
+                            TakesCancellationsAtAnyTimeFromAnyThread, MayBeDestroyedBeforeACancellation,
+                            LimitsTheWholeTime);
 
 }  // namespace TalvoConsentSDK

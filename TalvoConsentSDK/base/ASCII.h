@@ -1,6 +1,6 @@
 #pragma once
 
-// Lower case, independent of the locale.
+// ASCII letters and white space, independent of the locale.
 
 #include <algorithm>
 #include <string>
@@ -18,6 +18,11 @@ inline std::string lowercased(std::string_view text) {
   std::string lower(text);
   std::ranges::transform(lower, lower.begin(), [](char c) { return lowercased(c); });
   return lower;
+}
+
+/// Whether a text contains nothing but white space.
+constexpr bool isBlank(std::string_view text) noexcept {
+  return text.find_first_not_of(" \t\r\n") == text.npos;
 }
 
 }  // namespace TalvoConsentSDK

@@ -21,8 +21,8 @@ enum class BannerOutcome {
   notShown,  // the host has no window in the foreground
 };
 
-/// Closures for the ways in which a banner ends. Exactly one of them is called, once, on the main actor;
-/// `onManagePreferences` is extra and may be called any number of times before. None is called if the host
+/// Closures for the ways in which a banner ends. Exactly one of them is called, once, on the main actor.
+/// `onManagePreferences` and `onShown` are extra and may be called before. None is called if the host
 /// destroys the window under the banner. Each may be empty.
 struct BannerHandlers {
   std::function<void()> onAcceptAll{};
@@ -35,8 +35,11 @@ struct BannerHandlers {
   std::function<void(Error)> onError{};
 
   /// The user asked for preferences on a screen that does not lead to the banner's own: the host shows its
-  /// own. The banner stays.
+  /// own. The banner stays. May be called any number of times.
   std::function<void()> onManagePreferences{};
+
+  /// The banner's window has opened, and the banner begins to fade in.
+  std::function<void()> onShown{};
 };
 
 }  // namespace TalvoConsentSDK

@@ -118,10 +118,10 @@ void presentBanner(const BannerRequestPointer& request) {
     const auto& customization = *request->document->customization;
     Platform::current().localization->setLanguage(request->language);
     const ConsentBannerView view(customization, std::move(request->services), request->configuration,
-                                 request->initialConsent, callbacks(request));
+                                 request->initialConsent, callbacks(request), request->language);
     const bool isShown = ConsentBannerPresenter::shared()->show(
         view, customization, calling(request, &BannerHandlers::onReplaced));
-    if (!isShown) callHost(request->host->onNotShown);
+    callHost(isShown ? request->host->onShown : request->host->onNotShown);
   } catch (...) {
     request->report(Error::current());
   }

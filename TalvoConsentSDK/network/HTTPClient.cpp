@@ -23,6 +23,11 @@ Result<URLRequest> HTTPClient::makeRequest(const char* method, const std::option
   return made;
 }
 
+void HTTPClient::decode(std::string_view text, void* value, const json::Coding& coding) {
+  const Result<void> read = json::decode(text, value, coding);
+  if (!read) throw Error(HTTPClientError::decodingError(read.error()));
+}
+
 Task<std::string> HTTPClient::send(const char* method, const std::optional<URL>& url,
                                    Result<std::string>* body, const HTTPHeaders& headers,
                                    const RequestOptions& options) {

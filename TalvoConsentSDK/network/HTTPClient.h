@@ -79,6 +79,9 @@ class HTTPClient {
   const JSONEncoder& encoder() const noexcept { return encoder_; }
 
  private:
+  /// Reads `text` into a new value of `coding`'s type. Throws an `HTTPClientError`.
+  static void decode(std::string_view text, void* value, const json::Coding& coding);
+
   Task<std::string> send(const char* method, const std::optional<URL>& url, Result<std::string>* body,
                          const platform::HTTPHeaders& headers, const RequestOptions& options);
 
@@ -90,9 +93,9 @@ class HTTPClient {
   template <class Reply>
   Task<Reply> decoded(Task<std::string> body) {
     const std::string text = co_await std::move(body);
-    Result<Reply> reply = decoder_.decode<Reply>(text);
-    if (!reply) throw Error(HTTPClientError::decodingError(reply.error()));
-    co_return *std::move(reply);
+    Reply reply{};
+    decode(text, &reply, json::codingOf<Reply>());
+    co_return reply;
   }
 
   const JSONDecoder decoder_;

@@ -58,7 +58,12 @@ void report(const HTTPClient::JSONCompletion& completion, const Result<JSONObjec
 URLSessionHTTPClient::URLSessionHTTPClient(std::shared_ptr<URLSession> session,
                                            std::shared_ptr<Executor> decodingExecutor, JSONDecoder decoder,
                                            JSONEncoder encoder)
-    : HTTPClient(decoder, encoder, std::move(decodingExecutor)), session_(std::move(session)) {}
+    : HTTPClient(decoder, encoder, std::move(decodingExecutor)), session_(std::move(session)) {
+  // The JSON parser destroys its objects when the process exits, in the reverse order of their creation and
+  // of the registration of exit handlers. Creates them now, so that they outlive the threads that decode,
+  // whose handlers are registered with the first job.
+  static_cast<void>(isUTF8(""));
+}
 
 void URLSessionHTTPClient::postJSON(const URL& url, const JSONObject& body, const HTTPHeaders& headers,
                                     JSONCompletion completion) {

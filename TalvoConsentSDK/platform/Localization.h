@@ -17,7 +17,8 @@ class Localization {
   virtual ~Localization() = default;
 
   /// Returns the text for `key`, or the key. The key is the text in English. The key of a number of vendors
-  /// begins with the number: `1 vendor`, `12 vendors`.
+  /// begins with the number: `1 vendor`, `12 vendors`. The text for the key `en` is the code of the language
+  /// that the texts are in, such as `de`; it is told to assistive technology.
   virtual std::string text(std::string_view key) { return std::string(key); }
 
   /// Called before a banner is shown, with the language in which its documents were fetched.

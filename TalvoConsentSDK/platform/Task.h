@@ -62,7 +62,10 @@ template <class T>
 struct TaskResult {
   std::optional<T> value;
 
-  void return_value(T result) { value.emplace(std::move(result)); }
+  template <class U = T>
+  void return_value(U&& result) {
+    value.emplace(std::forward<U>(result));
+  }
   T take() { return std::move(*value); }
 };
 

@@ -6,7 +6,9 @@
 
 #include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/BannerActions.h"
+#include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/ComponentRenderer.h"
+#include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
@@ -17,6 +19,7 @@ using namespace view;
 namespace {
 
 constexpr double margin = 12;
+constexpr double maxWidth = 560 - 2 * margin;  // of the content, so that lines stay easy to read
 constexpr double cornerRadius = 16;
 constexpr double closeInset = 8;
 constexpr double closeSize = 32;
@@ -24,6 +27,18 @@ constexpr double roomForClose = closeInset + closeSize - margin;  // from the ed
 
 bool isAction(const BannerCustomization::ComponentItem& item) {
   return item.id == "buttons" || item.id == "links";
+}
+
+// Whether a user can leave the screen by one of its components. On the main screen, the button that opens the
+// preferences counts, because that screen always has a way out.
+bool hasWayOut(const CardScreen::Items& items, bool isMainScreen) {
+  return std::ranges::any_of(items, [=](const BannerCustomization::ComponentItem& item) {
+    return item.id == "buttons" && item.buttons &&
+           std::ranges::any_of(*item.buttons, [=](const auto& button) {
+             return button.id && isKnownAction(*button.id, isMainScreen) &&
+                    (isMainScreen || !opensPreferences(*button.id));
+           });
+  });
 }
 
 bool hasControls(const BannerCustomization::ComponentItem& item) {
@@ -40,23 +55,29 @@ bool isAtTop(const BannerCustomization::Customization& customization) {
   return lowercased(customization.settings.positioning) == "top";
 }
 
-void CardScreen::add(AnyView view) {
-  views_.push_back(std::move(view));
-  actionsFrom_ = views_.size();
+void CardScreen::setHeader(AnyView control, AnyView title) {
+  control_ = std::move(control);
+  title_ = std::move(title);
 }
 
-void CardScreen::addText(std::string text) {
-  add(view::text(std::move(text), {.color = palette_.font}));
+void CardScreen::addText(std::string_view key) {
+  views_.push_back(localizedText(key, {.color = palette_.font}).padding({.trailing = roomForClose}));
+  actionsFrom_ = views_.size();
 }
 
 void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTabs) {
   const auto close = std::ranges::find(items, "closeButton", &BannerCustomization::ComponentItem::id);
-  if (close != items.end()) closeButton_ = *close;
+  hasClose_ = close != items.end() || !hasWayOut(items, !renderTabs);
   for (const auto& item : items) {
     if (item.id == "closeButton") continue;
     AnyView view = componentView(item, renderTabs);
     if (view.isEmpty()) continue;
-    if (closeButton_ && views_.empty()) {
+    const bool isFirst = title_.isEmpty() && views_.empty();
+    if (isFirst && item.id == "title") {
+      title_ = view;
+      continue;
+    }
+    if (isFirst && hasClose_) {
       if (isText(item)) view = view.padding({.trailing = roomForClose});
       isBelowClose_ = hasControls(item);
     }
@@ -70,7 +91,7 @@ AnyView CardScreen::render() const {
   const bool isTop = isAtTop(customization);
   const Shadow shadow{Color::black().withAlpha(0.2), 10, 0, isTop ? 2.0 : -2.0};
   const AnyView card = content()
-                           .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}})
+                           .frame({.maxWidth = maxWidth, .alignment = {HorizontalAlignment::leading}})
                            .padding(Insets::all(margin))
                            .background({palette_.background, cornerRadius, shadow, palette_.font})
                            .overlay(closeControl(), {HorizontalAlignment::trailing, VerticalAlignment::top})
@@ -95,20 +116,28 @@ AnyView CardScreen::content() const {
     return verticalStack({.alignment = HorizontalAlignment::leading}, std::vector<AnyView>(first, last));
   };
   const auto actions = views_.begin() + static_cast<std::ptrdiff_t>(actionsFrom_);
-  if (views_.empty()) return {};
-  const double room = closeButton_ ? roomForClose : 0;
-  const AnyView all =
-      pinnedFooter(stack(views_.begin(), actions), stack(actions, views_.end()), isBelowClose_ ? 0 : room);
-  return isBelowClose_ ? all.padding({.top = room}) : all;
+  if (title_.isEmpty() && control_.isEmpty() && views_.empty())
+    return AnyView().frame({.minHeight = hasClose_ ? roomForClose : 0});
+  const AnyView rest = stack(views_.begin(), actions);
+  return pinnedEnds({.closeRoom = hasClose_ ? roomForClose : 0, .growsUp = !isAtTop(context_.customization)},
+                    {
+                        control_,
+                        title_,
+                        isBelowClose_ ? rest.padding({.top = roomForClose}) : rest,
+                        stack(actions, views_.end()),
+                    });
 }
 
+// Content that scrolls below the cross is hidden by its background.
 AnyView CardScreen::closeControl() const {
-  if (!closeButton_) return {};
-  ScreenContext context = context_;
-  context.onButtonAction = [report = context_.onButtonAction](const std::string&) {
+  if (!hasClose_) return {};
+  const auto close = [report = context_.onButtonAction](const std::string&) {
     report(std::string(closeAction));
   };
-  return ComponentRenderable(*closeButton_, context).render().padding(Insets::all(closeInset));
+  return CloseButtonRenderer(context_.customization, close)
+      .render()
+      .background({.color = palette_.background, .cornerRadius = closeSize / 2})
+      .padding(Insets::all(closeInset));
 }
 
 }  // namespace TalvoConsentSDK

@@ -3,8 +3,8 @@
 // The card that every screen of the banner is drawn on, and how a list of components fills it.
 
 #include <functional>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "TalvoConsentSDK/models/BannerCustomization.h"
@@ -17,8 +17,9 @@ namespace TalvoConsentSDK {
 /// Whether the banner sits at the top of the screen rather than at the bottom.
 bool isAtTop(const BannerCustomization::Customization& customization);
 
-/// Builds one screen from top to bottom. If the window is too small for the whole list, the buttons and links
-/// at its end stay visible and the rest scrolls. Assistive technology sees the card as the banner's dialog.
+/// Builds one screen from top to bottom. If the window is too small for the whole list, the title at its
+/// start and the buttons and links at its end stay visible, and the rest scrolls. Assistive technology sees
+/// the card as the banner's dialog.
 class CardScreen {
  public:
   using Items = std::vector<BannerCustomization::ComponentItem>;
@@ -31,14 +32,16 @@ class CardScreen {
   explicit CardScreen(const ScreenContext& context)
       : context_(context), palette_(context.customization.colors) {}
 
-  /// Adds a view that does not come from a component.
-  void add(view::AnyView view);
-  void addText(std::string text);
+  /// Puts a control and a title on the first line, instead of a title among the components.
+  void setHeader(view::AnyView control, view::AnyView title);
+
+  void addText(std::string_view key);
 
   /// Adds a view for each component that draws something. A "closeButton" takes no place in the list: it is
   /// drawn once, over the card's top trailing corner, and reports "closeButton". If the first component is a
-  /// text, its lines stop short of the close control. If it has controls, all content starts below the close
-  /// control.
+  /// title, it shares its line with the close control. If it is another text, its lines stop short of the
+  /// close control. If it has controls, it starts below the close control, but scrolls under it. A list
+  /// without a way out gets a close control, too.
   void addComponents(const Items& items, const TabsRenderer& renderTabs = nullptr);
 
   /// The card with its margin to the edges of the screen.
@@ -52,10 +55,12 @@ class CardScreen {
 
   const ScreenContext& context_;
   const Palette palette_;
+  view::AnyView control_;
+  view::AnyView title_;
   std::vector<view::AnyView> views_;
   std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
-  std::optional<BannerCustomization::ComponentItem> closeButton_;
-  bool isBelowClose_ = false;  // whether all content starts below the close control
+  bool hasClose_ = true;         // a screen without components has nothing else to leave it by
+  bool isBelowClose_ = false;    // whether the first component starts below the close control
 };
 
 }  // namespace TalvoConsentSDK

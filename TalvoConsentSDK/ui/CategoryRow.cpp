@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/VendorRow.h"
 #include "TalvoConsentSDK/view/Element.h"
@@ -14,9 +15,8 @@ using namespace view;
 
 namespace {
 
-constexpr double chevronSize = 14;
-constexpr double chevronGap = 10;
-constexpr double switchGap = 12;
+constexpr double chevronSize = 12;
+constexpr double vendorInset = 16;
 constexpr std::size_t maxRepeatedName = 1000;  // in bytes
 
 }  // namespace
@@ -40,13 +40,17 @@ AnyView CategoryRow::view() const {
 }
 
 AnyView CategoryRow::body(const State<bool>& isExpanded) const {
-  std::vector<AnyView> parts{horizontalStack({.spacing = switchGap,
-                                              .overflow = Overflow::stackAtBrokenWord,
-                                              .stacked = HorizontalAlignment::trailing},
-                                             {header(isExpanded), switchView()})
-                                 .padding(Insets::vertical(12))};
-  if (hasVendors() && isExpanded.get()) parts.push_back(vendors().padding({.bottom = 8}).key("vendors"));
-  return verticalStack({.alignment = HorizontalAlignment::leading}, parts);
+  std::vector<AnyView> parts{titleLine(header(isExpanded), switchView())};
+  if (const std::string below = description(); !isBlank(below) && below != label()) {
+    parts.push_back(text(below, {.font = {TextStyle::subheadline, FontWeight::regular},
+                                 .color = palette_.secondaryFont()})
+                        .padding({.top = 3}));
+  }
+  if (hasVendors()) {
+    parts.push_back(disclosure(isExpanded.get(),
+                               isExpanded.get() ? vendors().padding({.leading = vendorInset}) : AnyView()));
+  }
+  return verticalStack({.alignment = HorizontalAlignment::leading}, parts).padding(Insets::vertical(12));
 }
 
 bool CategoryRow::canSwitch() const {
@@ -59,6 +63,17 @@ bool CategoryRow::hasVendors() const {
   return services_ && !isDoNotSell() && !services_->groups(categoryId_).empty();
 }
 
+std::string CategoryRow::description() const {
+  return showCategoryDescription_ ? category_.description.value_or("") : "";
+}
+
+std::string CategoryRow::label() const {
+  for (const std::string& text : {category_.name.value_or(""), description()}) {
+    if (!isBlank(text)) return text;
+  }
+  return categoryId_;
+}
+
 AnyView CategoryRow::switchView() const {
   const bool isShown = category_.enabled.value_or(false);
   Binding<bool> isOn = Binding<bool>::constant(isShown);
@@ -67,7 +82,7 @@ AnyView CategoryRow::switchView() const {
   }
   return toggle(isOn, palette_.toggleColors())
       .disabled(!canSwitch())
-      .accessibility({.role = Role::toggle, .label = category_.name.value_or("")});
+      .accessibility({.role = Role::toggle, .label = label()});
 }
 
 std::string CategoryRow::vendorsOnText() const {
@@ -77,27 +92,17 @@ std::string CategoryRow::vendorsOnText() const {
   return on < groups.size() ? std::to_string(on) + " / " + std::to_string(groups.size()) : "";
 }
 
-AnyView CategoryRow::title(const std::string& vendorsOn) const {
-  std::vector<AnyView> parts{text(category_.name.value_or(""),
-                                  {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})};
+AnyView CategoryRow::header(const State<bool>& isExpanded) const {
+  const std::string vendorsOn = vendorsOnText();
+  std::vector<AnyView> parts{
+      text(label(), {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})};
   if (!vendorsOn.empty()) {
     parts.push_back(text(
         vendorsOn, {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
   }
-  return horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts);
-}
-
-AnyView CategoryRow::header(const State<bool>& isExpanded) const {
-  const std::string description = showCategoryDescription_ ? category_.description.value_or("") : "";
-  const std::string vendorsOn = vendorsOnText();
-  std::vector<AnyView> lines{title(vendorsOn)};
-  if (!description.empty()) {
-    lines.push_back(text(description, {.font = {TextStyle::subheadline, FontWeight::regular},
-                                       .color = palette_.secondaryFont()}));
-  }
-  const AnyView texts = verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 3}, lines)
+  const AnyView texts = horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts)
                             .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
-  if (!hasVendors()) return services_ ? texts.padding({.leading = chevronSize + chevronGap}) : texts;
+  if (!hasVendors()) return texts;
 
   const AnyView chevron = symbol({.glyph = Glyph::chevronRight,
                                   .size = chevronSize,
@@ -107,13 +112,11 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
   // Assistive technology sees the header as one control and does not read the texts in it: repeat them here.
   const std::size_t count = services_->groups(categoryId_).size();
   std::string spoken = localized(std::to_string(count) + (count == 1 ? " vendor" : " vendors"));
-  for (const std::string& more : {vendorsOn, description}) {
-    if (!more.empty()) spoken += ". " + more;
-  }
-  return button(horizontalStack({.spacing = chevronGap}, {chevron, texts}),
+  if (!vendorsOn.empty()) spoken += ". " + vendorsOn;
+  return button(horizontalStack({.spacing = 8}, {texts, chevron}),
                 [isExpanded] { isExpanded.set(!isExpanded.get()); })
       .accessibility({.role = Role::expander,
-                      .label = category_.name.value_or(""),
+                      .label = label(),
                       .value = isExpanded.get() ? "expanded" : "collapsed",
                       .description = spoken});
 }
@@ -123,15 +126,16 @@ AnyView CategoryRow::vendors() const {
   const bool isDisabled = !canSwitch();
   // Assistive technology reads the category's name with each vendor. Repeating a long name for every vendor
   // would take too much memory.
-  std::string name = category_.name.value_or("");
+  std::string name = label();
   if (name.size() > maxRepeatedName) name.clear();
   return lazyRows(groups.size(), [row = *this, name, isDisabled](std::size_t index) {
-    const std::shared_ptr<const Services::ServiceGroup> group(row.services_,
-                                                              &row.services_->groups(row.categoryId_)[index]);
-    return VendorRow(group, row.palette_, row.categoryId_, isDisabled, row.bindings_, row.onVendorDetailTap_)
-        .view(name)
-        .padding({.leading = chevronSize + chevronGap})
-        .key(group->vendor);
+    const auto& all = row.services_->groups(row.categoryId_);
+    const std::shared_ptr<const Services::ServiceGroup> group(row.services_, &all[index]);
+    std::vector<AnyView> views{
+        VendorRow(group, row.palette_, row.categoryId_, isDisabled, row.bindings_, row.onVendorDetailTap_)
+            .view(name)};
+    if (index + 1 < all.size()) views.push_back(divider(row.palette_.line()));
+    return verticalStack({}, views).key(group->vendor);
   });
 }
 

@@ -36,8 +36,12 @@ class CategoryRow {
   /// How many of the listed vendors are on, such as "1 / 2"; empty if all are on.
   std::string vendorsOnText() const;
 
+  std::string description() const;
+
+  /// The name. If it is blank, the description; if that is blank, too, the category's identifier.
+  std::string label() const;
+
   view::AnyView switchView() const;
-  view::AnyView title(const std::string& vendorsOn) const;
   view::AnyView header(const view::State<bool>& isExpanded) const;
   view::AnyView vendors() const;
 

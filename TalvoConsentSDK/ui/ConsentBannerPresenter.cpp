@@ -9,6 +9,7 @@
 #include "TalvoConsentSDK/platform/Platform.h"
 #include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
+#include "TalvoConsentSDK/ui/Palette.h"
 #include "TalvoConsentSDK/view/HostingController.h"
 #include "TalvoConsentSDK/view/TextDirection.h"
 #include "TalvoConsentSDK/view/Views.h"
@@ -64,6 +65,9 @@ bool ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
                                   std::function<void()> onReplaced) {
   const auto scene = foregroundScene();
   if (!scene) return false;
+  if (const std::string_view unseen = Palette::unseenColors(customization); !unseen.empty()) {
+    print("⚠️ Text that could not be seen is drawn in black or white: " + std::string(unseen));
+  }
 
   const auto isOver = std::make_shared<bool>(false);
   const auto controller = std::make_shared<HostingController>(

@@ -100,12 +100,14 @@ bool startsWithPreferences(const StoredConsent& consent,
 ConsentBannerView::ConsentBannerView(BannerCustomization::Customization customization,
                                      std::optional<Services> services,
                                      std::optional<SiteConfiguration> siteConfiguration,
-                                     std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks)
+                                     std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks,
+                                     std::string language)
     : inputs_(std::make_shared<const Inputs>(Inputs{
           std::move(customization),
           services ? std::make_shared<const VendorCatalogue>(*std::move(services)) : nullptr,
           siteConfiguration,
           std::move(initialConsent),
+          std::move(language),
       })),
       callbacks_(std::make_shared<const BannerCallbacks>(std::move(callbacks))),
       currentScreen_(startsWithPreferences(inputs_->initialConsent, inputs_->siteConfiguration)
@@ -122,11 +124,13 @@ ConsentBannerView ConsentBannerView::withCallbacks(BannerCallbacks callbacks) co
 }
 
 AnyView ConsentBannerView::view() const {
-  return component("banner", [banner = *this](RenderContext& context) {
-    context.observe(banner.currentScreen_, banner.categoryStates_, banner.vendorStates_,
-                    banner.doNotSellEnabled_);
-    return banner.body();
-  });
+  return component("banner",
+                   [banner = *this](RenderContext& context) {
+                     context.observe(banner.currentScreen_, banner.categoryStates_, banner.vendorStates_,
+                                     banner.doNotSellEnabled_);
+                     return banner.body();
+                   })
+      .accessibility({.language = inputs_->language});
 }
 
 AnyView ConsentBannerView::body() const {
@@ -148,7 +152,7 @@ AnyView ConsentBannerView::body() const {
         .key("vendor " + vendor->group.vendor);
   }
   return PreferencesScreenView(customization, inputs_->services, bindings(), action, link, detail,
-                               *reportedComponents_)
+                               *reportedComponents_, std::get<PreferencesScreen>(screen).doNotSellRequests)
       .body()
       .key("preferences");
 }
@@ -179,7 +183,10 @@ void ConsentBannerView::performCommonAction(const std::string& action) const {
 }
 
 void ConsentBannerView::handleLinkAction(const std::string& link) const {
-  if (link == "doNotSellMyData") return currentScreen_.set(PreferencesScreen());
+  if (link == "doNotSellMyData") {
+    static int requests = 0;
+    return currentScreen_.set(PreferencesScreen{++requests});
+  }
   const std::string key = linkURLKey(link);
   if (const auto& urls = inputs_->customization.urls; urls && urls->contains(key)) {
     return openExternally(link, urls->find(key)->second);

@@ -29,12 +29,16 @@ class ConsentBannerView {
     Services::ServiceGroup group;
   };
   struct MainScreen {};
-  struct PreferencesScreen {};
+  struct PreferencesScreen {
+    int doNotSellRequests =
+        0;  // how often the link to the do-not-sell switch was tapped; 0 if another way led here
+  };
   using Screen = std::variant<VendorDetailScreen, MainScreen, PreferencesScreen>;
 
   ConsentBannerView(BannerCustomization::Customization customization, std::optional<Services> services,
                     std::optional<SiteConfiguration> siteConfiguration,
-                    std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks);
+                    std::optional<BasicConsent> initialConsent, BannerCallbacks callbacks,
+                    std::string language = {});
 
   /// Returns the same banner with other callbacks.
   ConsentBannerView withCallbacks(BannerCallbacks callbacks) const;
@@ -69,6 +73,7 @@ class ConsentBannerView {
     VendorCataloguePointer services;  // null if it could not be fetched
     std::optional<SiteConfiguration> siteConfiguration;
     std::optional<BasicConsent> initialConsent;
+    std::string language;
   };
 
   void performCommonAction(const std::string& action) const;

@@ -26,9 +26,9 @@ bool LinksComponentRenderer::isVisible(const std::string& link,
 }
 
 AnyView LinksComponentRenderer::linkView(const std::string& link) const {
-  const AnyView label = text(linkLabel(link, messages_), {.font = {TextStyle::footnote, FontWeight::regular},
-                                                          .color = palette_.buttonFont,
-                                                          .isUnderlined = true});
+  const AnyView label = text(
+      linkLabel(link, messages_),
+      {.font = {TextStyle::footnote, FontWeight::regular}, .color = palette_.link, .isUnderlined = true});
   return button(label, [onAction = onAction_, link] { onAction(link); }).accessibility({.role = Role::link});
 }
 

@@ -5,15 +5,19 @@
 #include <string>
 #include <string_view>
 
-#include "TalvoConsentSDK/platform/Platform.h"
-#include "TalvoConsentSDK/platform/Printer.h"
+#include "TalvoConsentSDK/view/AnyView.h"
+#include "TalvoConsentSDK/view/Views.h"
 
 namespace TalvoConsentSDK {
 
 /// Returns the installed platform's text for a key. Returns the key, which is in English, if the platform has
 /// no text for it or throws.
-inline std::string localized(std::string_view key) {
-  return platform::askHost(std::string(key), [&] { return Platform::current().localization->text(key); });
-}
+std::string localized(std::string_view key);
+
+/// The language of these texts, which may differ from the banner's.
+std::string localizedLanguage();
+
+/// Shows a text whose language is told to assistive technology.
+view::AnyView localizedText(std::string_view key, const view::TextOptions& options);
 
 }  // namespace TalvoConsentSDK

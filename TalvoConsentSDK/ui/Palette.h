@@ -2,6 +2,8 @@
 
 // The colours of one banner: the customization's four, parsed once, and the few derived from them.
 
+#include <string_view>
+
 #include "TalvoConsentSDK/base/Color.h"
 #include "TalvoConsentSDK/models/BannerCustomization.h"
 #include "TalvoConsentSDK/view/Views.h"
@@ -9,16 +11,18 @@
 namespace TalvoConsentSDK {
 
 struct Palette {
-  explicit Palette(const BannerCustomization::Colors& colors)
-      : background(platform::colorFromText(colors.background)),
-        buttonBackground(platform::colorFromText(colors.buttonBackground)),
-        buttonFont(platform::colorFromText(colors.buttonFontColor)),
-        font(platform::colorFromText(colors.font)) {}
+  /// Text that could not be seen becomes black or white: text that is clear or has the colour behind it.
+  explicit Palette(const BannerCustomization::Colors& colors);
 
   platform::Color background;
   platform::Color buttonBackground;
   platform::Color buttonFont;
+  platform::Color link;
   platform::Color font;
+
+  /// The keys of the colours that were replaced because text in them could not be seen. The colour of links
+  /// counts only if a screen has links.
+  static std::string_view unseenColors(const BannerCustomization::Customization& customization);
 
   /// For less important text: descriptions and labels.
   platform::Color secondaryFont() const { return font.withAlpha(font.alpha * 0.75); }

@@ -1,7 +1,6 @@
 #include "TalvoConsentSDK/ui/PreferencesScreenView.h"
 
 #include "TalvoConsentSDK/ui/CardScreen.h"
-#include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/TabsComponentRenderer.h"
 
 namespace TalvoConsentSDK {
@@ -12,13 +11,13 @@ AnyView PreferencesScreenView::body() const {
   CardScreen screen(context_);
   const auto& components = context_.customization.components;
   if (!components || !components->secondaryScreen) {
-    screen.addText(localized("No preferences available"));
+    screen.addText("No preferences available");
     return screen.render();
   }
   screen.addComponents(*components->secondaryScreen, [this](const CardScreen::Tabs& tabs) {
     const auto& customization = context_.customization;
     return TabsComponentRenderer(tabs, customization, customization.messages.bannerMessages, services_,
-                                 bindings_, onVendorDetailTap_)
+                                 bindings_, onVendorDetailTap_, doNotSellRequests_)
         .render();
   });
   return screen.render();

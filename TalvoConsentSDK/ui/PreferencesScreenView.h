@@ -17,11 +17,13 @@ class PreferencesScreenView {
   PreferencesScreenView(const BannerCustomization::Customization& customization,
                         VendorCataloguePointer services, ConsentBindings bindings,
                         ActionHandler onButtonAction, ActionHandler onLinkAction,
-                        VendorDetailHandler onVendorDetailTap, ReportedComponents& reported)
+                        VendorDetailHandler onVendorDetailTap, ReportedComponents& reported,
+                        int doNotSellRequests)
       : context_{customization, std::move(onButtonAction), std::move(onLinkAction), reported},
         services_(std::move(services)),
         bindings_(std::move(bindings)),
-        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+        onVendorDetailTap_(std::move(onVendorDetailTap)),
+        doNotSellRequests_(doNotSellRequests) {}
 
   view::AnyView body() const;
 
@@ -30,6 +32,7 @@ class PreferencesScreenView {
   const VendorCataloguePointer services_;
   const ConsentBindings bindings_;
   const VendorDetailHandler onVendorDetailTap_;
+  const int doNotSellRequests_;
 };
 
 }  // namespace TalvoConsentSDK

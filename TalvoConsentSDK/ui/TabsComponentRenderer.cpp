@@ -66,10 +66,12 @@ AnyView TabsComponentRenderer::tabView(const BannerCustomization::TabItem& tab) 
   std::vector<AnyView> rows;
   for (const auto& item : categories(tab, messages_)) {
     if (!rows.empty()) rows.push_back(divider(palette_.line()).key("above " + *item.id));
-    rows.push_back(CategoryRow(item, palette_, tab.readOnly, tab.services ? services_ : nullptr,
-                               tab.showCategoryDescription, bindings_, *item.id, onVendorDetailTap_)
-                       .view()
-                       .key(*item.id));
+    const AnyView row = CategoryRow(item, palette_, tab.readOnly, tab.services ? services_ : nullptr,
+                                    tab.showCategoryDescription, bindings_, *item.id, onVendorDetailTap_)
+                            .view();
+    const bool isDoNotSell = *item.id == rawValue(ConsentCategory::doNotSell);
+    rows.push_back(
+        (isDoNotSell ? row.accessibility({.focusRequests = doNotSellRequests_}) : row).key(*item.id));
   }
   return verticalStack({.alignment = HorizontalAlignment::leading}, rows);
 }

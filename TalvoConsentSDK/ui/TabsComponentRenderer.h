@@ -11,20 +11,22 @@
 namespace TalvoConsentSDK {
 
 /// Draws the categories of all tabs one below the other; the user does not choose a tab. Without bindings the
-/// switches show the categories' defaults and are disabled.
+/// switches show the categories' defaults and are disabled. When `doNotSellRequests` grows, the do-not-sell
+/// switch gets the focus.
 class TabsComponentRenderer : public ComponentRenderer {
  public:
   TabsComponentRenderer(const std::vector<BannerCustomization::TabItem>& tabs,
                         const BannerCustomization::Customization& customization,
                         const BannerCustomization::BannerMessages& messages,
                         VendorCataloguePointer services = nullptr, ConsentBindings bindings = {},
-                        VendorDetailHandler onVendorDetailTap = nullptr)
+                        VendorDetailHandler onVendorDetailTap = nullptr, int doNotSellRequests = 0)
       : ComponentRenderer(customization),
         tabs_(tabs),
         messages_(messages),
         services_(std::move(services)),
         bindings_(std::move(bindings)),
-        onVendorDetailTap_(std::move(onVendorDetailTap)) {}
+        onVendorDetailTap_(std::move(onVendorDetailTap)),
+        doNotSellRequests_(doNotSellRequests) {}
 
   view::AnyView render() const override;
 
@@ -40,6 +42,7 @@ class TabsComponentRenderer : public ComponentRenderer {
   const VendorCataloguePointer services_;
   const ConsentBindings bindings_;
   const VendorDetailHandler onVendorDetailTap_;
+  const int doNotSellRequests_;
 };
 
 }  // namespace TalvoConsentSDK

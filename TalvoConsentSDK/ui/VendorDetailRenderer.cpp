@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "TalvoConsentSDK/base/ASCII.h"
 #include "TalvoConsentSDK/ui/ExternalLink.h"
 #include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/Palette.h"
@@ -18,14 +19,14 @@ namespace {
 using Text = std::optional<std::string>;
 
 bool hasValue(const Text& value) {
-  return value && !value->empty();
+  return value && !isBlank(*value);
 }
 
 AnyView labelled(const char* label, const AnyView& value, const Palette& palette) {
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 2},
                        {
-                           text(localized(label), {.font = {TextStyle::footnote, FontWeight::semibold},
-                                                   .color = palette.secondaryFont()}),
+                           localizedText(label, {.font = {TextStyle::footnote, FontWeight::semibold},
+                                                 .color = palette.secondaryFont()}),
                            value,
                        })
       .padding({.bottom = 12});
@@ -50,29 +51,34 @@ AnyView serviceView(const Services::Service& service, const Palette& palette) {
     lines.push_back(
         text(*name, {.font = {TextStyle::subheadline, FontWeight::semibold}, .color = palette.font}));
   }
-  for (const Text* value : {&service.domain, &service.description, &service.version}) {
-    if (!hasValue(*value)) continue;
-    lines.push_back(text(
-        **value, {.font = {TextStyle::footnote, FontWeight::regular}, .color = palette.secondaryFont()}));
+  const auto add = [&](const std::string& line) {
+    lines.push_back(
+        text(line, {.font = {TextStyle::footnote, FontWeight::regular}, .color = palette.secondaryFont()}));
+  };
+  for (const Text* value : {&service.domain, &service.description}) {
+    if (hasValue(*value)) add(**value);
   }
+  if (hasValue(service.version)) add(localized("Version") + " " + *service.version);
+  if (lines.empty()) return {};
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 2}, lines)
       .padding(Insets::vertical(8));
 }
 
 }  // namespace
 
-AnyView VendorDetailRenderer::render() const {
-  const auto& details = vendorGroup_.details;
+AnyView VendorDetailRenderer::title() const {
   const AnyView name =
       text(vendorGroup_.vendor, {.font = {TextStyle::headline, FontWeight::bold}, .color = palette_.font})
-          .accessibility({.role = Role::heading})
-          .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
+          .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}})
+          .accessibility({.role = Role::heading});
+  return titleLine(name,
+                   vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_))
+      .padding({.top = -4, .bottom = 16});
+}
 
-  std::vector<AnyView> views{
-      horizontalStack(
-          {.spacing = 12, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
-          {name, vendorSwitchView(vendorGroup_.vendor, categoryId_, "", palette_, readOnly_, bindings_)})
-          .padding({.top = 4, .bottom = 16})};
+AnyView VendorDetailRenderer::render() const {
+  const auto& details = vendorGroup_.details;
+  std::vector<AnyView> views;
   const auto add = [&](const char* label, const Text& value) {
     if (hasValue(value)) views.push_back(labelled(label, plain(*value, palette_), palette_));
   };
@@ -85,13 +91,15 @@ AnyView VendorDetailRenderer::render() const {
   }
   add("Description", details.description);
 
-  views.push_back(text(localized("Stored Information"),
-                       {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})
+  views.push_back(localizedText("Stored Information",
+                                {.font = {TextStyle::body, FontWeight::semibold}, .color = palette_.font})
                       .accessibility({.role = Role::heading})
                       .padding({.top = 8, .bottom = 4}));
   views.push_back(divider(palette_.line()));
   for (const auto& service : vendorGroup_.services) {
-    views.push_back(serviceView(service, palette_));
+    const AnyView view = serviceView(service, palette_);
+    if (view.isEmpty()) continue;
+    views.push_back(view);
     views.push_back(divider(palette_.line()));
   }
   return verticalStack({.alignment = HorizontalAlignment::leading}, views).padding({.bottom = 12});

@@ -1,6 +1,6 @@
 #pragma once
 
-// One vendor's details: its switch, the company behind it, and what each of its services stores.
+// One vendor's details: its name and switch, the company behind it, and what each of its services stores.
 
 #include <string>
 
@@ -22,6 +22,10 @@ class VendorDetailRenderer : public ComponentRenderer {
         readOnly_(readOnly),
         bindings_(std::move(bindings)) {}
 
+  /// The vendor's name as a heading, with the vendor's switch.
+  view::AnyView title() const;
+
+  /// The details, without the title.
   view::AnyView render() const override;
 
  private:

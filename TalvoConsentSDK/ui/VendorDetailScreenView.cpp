@@ -7,7 +7,6 @@
 #include "TalvoConsentSDK/models/ConsentVocabulary.h"
 #include "TalvoConsentSDK/ui/BasicComponentRenderers.h"
 #include "TalvoConsentSDK/ui/CardScreen.h"
-#include "TalvoConsentSDK/ui/Localized.h"
 #include "TalvoConsentSDK/ui/VendorDetailRenderer.h"
 
 namespace TalvoConsentSDK {
@@ -34,23 +33,24 @@ bool isReadOnly(const CardScreen::Items& components, const std::string& category
 }  // namespace
 
 AnyView VendorDetailScreenView::body() const {
-  CardScreen screen(context_);
-  screen.add(BackButtonRenderer(context_.customization, onBack_).render());
   const auto& components = context_.customization.components;
-  if (!components || !components->secondaryScreen) {
-    screen.addText(localized("No vendor details available"));
-    return screen.render();
-  }
-
+  const bool hasComponents = components && components->secondaryScreen;
   const std::string category = normalizedCategoryKey(vendorGroup_.services.front().category.value_or(""));
   const bool isRequired = category == rawValue(ConsentCategory::necessary);
   const bool isSwitchDisabled = isRequired || (bindings_.doNotSellState && bindings_.doNotSellState->get()) ||
-                                isReadOnly(*components->secondaryScreen, category);
+                                (hasComponents && isReadOnly(*components->secondaryScreen, category));
+  const VendorDetailRenderer details(vendorGroup_, category, context_.customization, isSwitchDisabled,
+                                     bindings_);
+  CardScreen screen(context_);
+  screen.setHeader(BackButtonRenderer(context_.customization, onBack_).render(), details.title());
+  if (!hasComponents) {
+    screen.addText("No vendor details available");
+    return screen.render();
+  }
+
   bool isDrawn = false;
   screen.addComponents(*components->secondaryScreen, [&](const CardScreen::Tabs&) {
-    if (std::exchange(isDrawn, true)) return AnyView();
-    return VendorDetailRenderer(vendorGroup_, category, context_.customization, isSwitchDisabled, bindings_)
-        .render();
+    return std::exchange(isDrawn, true) ? AnyView() : details.render();
   });
   return screen.render();
 }

@@ -27,18 +27,21 @@ AnyView VendorRow::view(const std::string& categoryName) const {
                                   .size = 10,
                                   .weight = FontWeight::medium,
                                   .color = palette_.secondaryFont()});
-  const AnyView label = horizontalStack({.spacing = 8}, {name, chevron}).padding(Insets::vertical(8));
   const auto showDetail = [onDetailTap = onDetailTap_, group = vendorGroup_] {
     if (onDetailTap) onDetailTap(*group);
   };
+  const AnyView title =
+      button(horizontalStack({.spacing = 8}, {name, chevron}), showDetail)
+          .accessibility({.role = Role::button, .label = vendorGroup_->vendor, .description = categoryName});
+  return titleLine(title, vendorSwitchView(vendorGroup_->vendor, categoryId_, categoryName, palette_,
+                                           readOnly_, bindings_))
+      .padding(Insets::vertical(10));
+}
+
+AnyView titleLine(const AnyView& title, const AnyView& toggle) {
   return horizontalStack(
-      {.spacing = 12, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
-      {
-          button(label.frame({.minHeight = 44}), showDetail)
-              .accessibility(
-                  {.role = Role::button, .label = vendorGroup_->vendor, .description = categoryName}),
-          vendorSwitchView(vendorGroup_->vendor, categoryId_, categoryName, palette_, readOnly_, bindings_),
-      });
+      {.spacing = 8, .overflow = Overflow::stackAtBrokenWord, .stacked = HorizontalAlignment::trailing},
+      {title, toggle.padding({.leading = 4})});  // keeps the focus ring clear of the switch
 }
 
 AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,

@@ -30,6 +30,10 @@ class VendorRow {
   const VendorDetailHandler onDetailTap_;
 };
 
+/// A title with its switch on the same line. The switch stands below the title if a word would be split
+/// otherwise.
+view::AnyView titleLine(const view::AnyView& title, const view::AnyView& toggle);
+
 /// A vendor's switch, with the vendor as its accessible name. Disabled if read-only or without
 /// `vendorStates`.
 view::AnyView vendorSwitchView(const std::string& vendor, const std::string& categoryId,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 #include <utility>
 
 #include "TalvoConsentSDK/view/ViewNode.h"
@@ -24,6 +25,8 @@ std::string texts(const Element& element) {
 
 class Collector {
  public:
+  explicit Collector(double controlScale) : target_(minTarget * controlScale) {}
+
   void add(const Element& element, bool isEnabled) {
     std::visit([&](const auto& content) { collect(element, content, isEnabled); },
                element.view.node().content);
@@ -41,6 +44,7 @@ class Collector {
     added.id = element.id;
     added.role = role;
     added.name = std::move(name);
+    added.language = language_;
     added.isEnabled = isEnabled;
     added.frame = element.frame;
     added.clip = element.clip;
@@ -49,7 +53,7 @@ class Collector {
 
   AccessibleElement& appendControl(const Element& element, Role role, std::string name, bool isEnabled) {
     AccessibleElement& added = append(element, role, std::move(name), isEnabled);
-    added.frame = element.frame.grownTo({minTarget, minTarget});
+    added.frame = element.frame.grownTo({target_, target_});
     added.control = AccessibleControl{element.view, element.frame};
     return added;
   }
@@ -70,9 +74,20 @@ class Collector {
     addChildren(element, isEnabled && !disabled.isDisabled);
   }
 
+  void collect(const Element& element, const node::Disclosure& disclosure, bool isEnabled) {
+    if (disclosure.isOpen) addChildren(element, isEnabled);
+  }
+
   // A dialog becomes an element, followed by its content. For any other role, the properties in `own` apply
   // to the first element inside the view; if there is none, a view with a label becomes an element itself.
   void collect(const Element& element, const node::Accessibility& own, bool isEnabled) {
+    const std::string_view surroundings = language_;
+    if (!own.language.empty()) language_ = own.language;
+    collectInLanguage(element, own, isEnabled);
+    language_ = surroundings;
+  }
+
+  void collectInLanguage(const Element& element, const node::Accessibility& own, bool isEnabled) {
     if (own.role == Role::dialog) {
       append(element, own.role, own.label, true).isModal = own.isModal;
       addChildren(element, isEnabled);
@@ -89,7 +104,8 @@ class Collector {
     if (!own.label.empty()) subject.name = own.label;
     if (!own.value.empty()) subject.value = own.value;
     if (!own.description.empty()) subject.description = own.description;
-    subject.isDismissal = own.isDismissal;
+    if (own.isDismissal) subject.isDismissal = true;
+    if (own.focusRequests > 0) elements_.back().focusRequests = own.focusRequests;
   }
 
   template <class Other>
@@ -97,6 +113,8 @@ class Collector {
     addChildren(element, isEnabled);
   }
 
+  const double target_;
+  std::string_view language_;
   std::vector<AccessibleElement> elements_;
 };
 
@@ -112,8 +130,8 @@ double distance(const Rect& frame, Point p) {
 
 }  // namespace
 
-std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree) {
-  Collector collector;
+std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree, double controlScale) {
+  Collector collector(controlScale);
   collector.add(tree.root(), true);
   return std::move(collector).take();
 }

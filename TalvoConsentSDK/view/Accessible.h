@@ -14,7 +14,8 @@
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
 
-/// The minimum width and height of a control's hit area, in points (WCAG 2.2, Target Size (Enhanced)).
+/// The minimum width and height of a control's hit area, in points (WCAG 2.2, Target Size (Enhanced)). Hit
+/// areas grow with the text, see `ViewEnvironment::controlScale`.
 inline constexpr double minTarget = 44;
 
 /// A button or switch. Stays valid after its element is gone.
@@ -30,9 +31,11 @@ struct AccessibleElement {
   std::string name;
   std::string value;  // "on" or "off" for a switch, "expanded" or "collapsed" for an expander
   std::string description;
+  std::string language;  // of the name, such as "de-AT"; empty if it is unknown
   bool isEnabled = true;
   bool isModal = false;
   bool isDismissal = false;
+  int focusRequests = 0;     // see node::Accessibility
   Rect frame;                // in window coordinates; for a control, its hit area
   std::optional<Rect> clip;  // the part of the window in which it is visible
   std::optional<AccessibleControl> control;
@@ -42,7 +45,8 @@ struct AccessibleElement {
 
 /// Returns all elements of a laid-out tree, including those that are scrolled out of sight. Leaves out lazy
 /// rows that do not exist yet.
-TALVO_EXPORT std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree);
+TALVO_EXPORT std::vector<AccessibleElement> collectAccessibleElements(const ElementTree& tree,
+                                                                      double controlScale);
 
 /// Returns the control that a touch at `point` is meant for: the topmost one drawn there, or else the nearest
 /// one whose hit area contains the point. Disabled controls count too, so that touching a disabled control

@@ -3,27 +3,36 @@
 // Numbers that move to a new value over time instead of jumping.
 
 #include <chrono>
-#include <cstdint>
-#include <unordered_map>
 
 #include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/view/Element.h"
 
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
 
-/// Animated numbers, at most one per element identity. The caller provides the time.
+/// Animated numbers, at most one per element identity. They are kept in the elements' memory. The caller
+/// provides the time.
 class Animations {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// Sets the current time for the calls that follow. Without motion, every number jumps to its target.
-  void begin(Clock::time_point now, bool hasMotion);
+  explicit Animations(ElementMemory& memory) : memory_(memory) {}
+
+  /// Without motion, every number jumps to its target.
+  void setHasMotion(bool hasMotion) { hasMotion_ = hasMotion; }
+
+  /// Begins a frame: sets the current time for the calls until `endFrame`.
+  void beginFrame(Clock::time_point now);
+
+  /// Between two frames, numbers keep their values, and a motion that begins there starts with the next
+  /// frame.
+  void endFrame() { isInFrame_ = false; }
 
   /// Returns the number's current value while it moves to `target`. The first call for an identity returns
   /// `target`.
-  double value(std::uint64_t identity, double target);
+  double value(ElementId identity, double target);
 
-  /// Whether any number that was read since `begin` is still moving.
+  /// Whether any number that was read since the last frame began is still moving.
   bool isMoving() const { return isMoving_; }
 
  private:
@@ -35,9 +44,10 @@ class Animations {
 
   double position(const Motion& motion) const;
 
-  std::unordered_map<std::uint64_t, Motion> motions_;
+  ElementMemory& memory_;
   Clock::time_point now_;
   bool hasMotion_ = true;
+  bool isInFrame_ = false;
   bool isMoving_ = false;
 };
 

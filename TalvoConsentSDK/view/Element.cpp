@@ -63,6 +63,8 @@ bool ElementTree::update(Element& element, const AnyView& view) {
 bool ElementTree::updateChildren(Element& element) {
   AnyView body;
   std::span<const AnyView> views = element.view.node().children;
+  const auto* disclosure = std::get_if<node::Disclosure>(&element.view.node().content);
+  if (disclosure && !disclosure->isOpen) return false;  // what closes stays as it was until layout removes it
   if (const auto* component = std::get_if<node::Component>(&element.view.node().content)) {
     RenderContext context(element.id, memory_, onChange_);
     body = component->body.run(context);
@@ -88,10 +90,13 @@ bool ElementTree::updateRows(Element& element) {
     element.lazyRows.reset();
     return false;
   }
-  if (!element.lazyRows) element.lazyRows = std::make_unique<LazyRowsState>();
+  if (!element.lazyRows) {
+    RowHeights& measured = memory_.get<RowHeights>(element.id, [] { return RowHeights(); });
+    element.lazyRows = std::make_unique<LazyRowsState>(measured);
+  }
   LazyRowsState& state = *element.lazyRows;
-  bool changed = state.heights.size() != rows->count;
-  state.heights.resize(rows->count, -1);
+  bool changed = state.measured.heights.size() != rows->count;
+  state.measured.heights.resize(rows->count, -1);
   state.rows.erase(state.rows.lower_bound(rows->count), state.rows.end());
   for (auto& [index, row] : state.rows) {
     const AnyView view = rows->row.run(index);
@@ -108,7 +113,7 @@ void forgetSizes(Element& element) {
 
 void forgetAllSizes(Element& element) {
   forgetOwnSizes(element);
-  if (element.lazyRows) element.lazyRows->width = -1;
+  if (element.lazyRows) element.lazyRows->measured.width = -1;
   forEachChild(element, [](Element& child) { forgetAllSizes(child); });
 }
 

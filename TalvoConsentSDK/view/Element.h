@@ -36,12 +36,18 @@ struct Proposal {
 
 struct Element;
 
+/// The heights of a LazyRows element's rows. Outlive it, so that a list that comes back is scrolled to the
+/// same row.
+struct RowHeights {
+  std::vector<double> heights;  // of all rows; negative until a row is measured
+  double width = -1;            // the width at which the heights were measured
+  double estimate = 0;          // assumed height of a row not yet measured
+};
+
 /// What a LazyRows element knows about its rows.
 struct LazyRowsState {
+  RowHeights& measured;
   std::map<std::size_t, std::unique_ptr<Element>> rows;  // the rows that exist now, by index
-  std::vector<double> heights;                           // of all rows; negative until a row is measured
-  double width = -1;                                     // the width at which the heights were measured
-  double estimate = 0;                                   // assumed height of a row not yet measured
 };
 
 struct Element {

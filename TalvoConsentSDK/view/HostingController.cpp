@@ -31,23 +31,27 @@ HostingController::HostingController(AnyView rootView, LayoutDirection direction
         renderIsStale_ = true;
         requestFrame();
       }),
-      layout_(tree_, environment_) {}
+      animations_(tree_.memory()),
+      layout_(tree_, environment_, animations_) {}
 
 void HostingController::setEnvironment(ViewEnvironment environment) {
   if (environment.textMeasurer != environment_.textMeasurer) sizesAreStale_ = true;
   environment_ = std::move(environment);
   environment_.layoutDirection = direction_;
+  animations_.setHasMotion(!environment_.reducesMotion);
   layoutIsStale_ = true;
   requestFrame();
 }
 
 const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
   if (isUpdating_) return visuals_;
+  animations_.beginFrame(now);
+  if (layout_.isMoving()) layoutIsStale_ = true;
   if (motion_.isFlinging()) applyScroll(*motion_.region(), motion_.step(now));
   update();
-  animations_.begin(now, !environment_.reducesMotion);
   const VisualState state{pressed_, focusIsVisible_ ? focused_ : std::nullopt, layout_.scrollRegions()};
   visuals_ = visuals(tree_, environment_, state, animations_);
+  animations_.endFrame();
   return visuals_;
 }
 
@@ -62,9 +66,9 @@ const std::vector<AccessibleElement>& HostingController::accessibleElements(Layo
   if (rows == Layout::Rows::nearby || isUpdating_) return accessible_;
   if (!allAccessible_) {
     layout_.run(keptElements(), Layout::Rows::all);
-    allAccessible_ = collectAccessibleElements(tree_);
+    allAccessible_ = collectAccessibleElements(tree_, environment_.controlScale());
     layout_.run(keptElements());  // removes the distant rows again, but now their heights are known
-    accessible_ = collectAccessibleElements(tree_);
+    accessible_ = collectAccessibleElements(tree_, environment_.controlScale());
     requestFrame();
   }
   return *allAccessible_;
@@ -92,9 +96,9 @@ void HostingController::update() {
     tree_.render(rootView_);
     layoutIsStale_ = true;
   }
-  if (std::exchange(layoutIsStale_, false)) {
+  while (std::exchange(layoutIsStale_, false)) {  // again if the focus moved to where the user has to scroll
     layout_.run(keptElements());
-    accessible_ = collectAccessibleElements(tree_);
+    accessible_ = collectAccessibleElements(tree_, environment_.controlScale());
     allAccessible_.reset();
     ++accessibleRevision_;
     settleFocus();

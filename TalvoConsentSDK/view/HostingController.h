@@ -26,8 +26,9 @@
 namespace TalvoConsentSDK {
 namespace view TALVO_EXPORT {
 
-/// The keys that a banner responds to.
-enum class Key { tab, backtab, space, enter, escape, up, down, pageUp, pageDown, home, end };
+/// The keys that a banner responds to. `enter` is also the key of a remote that selects, and `escape` the one
+/// that leads back.
+enum class Key { tab, backtab, space, enter, escape, up, down, left, right, pageUp, pageDown, home, end };
 
 /// One root view and its state. Main thread only.
 class HostingController : public RootViewController {
@@ -57,7 +58,7 @@ class HostingController : public RootViewController {
   const std::vector<Visual>& frame(Clock::time_point now);
 
   /// Whether something was still moving in the last frame, so that another frame is due.
-  bool isMoving() const { return animations_.isMoving() || motion_.isFlinging(); }
+  bool isMoving() const { return animations_.isMoving() || layout_.isMoving() || motion_.isFlinging(); }
 
   /// Whether a touch at `point` belongs to the banner rather than to the host.
   bool covers(Point point);
@@ -99,10 +100,13 @@ class HostingController : public RootViewController {
   void loadImages(Element& element);
   void requestFrame();
   bool applyScroll(ElementId region, double distance);
-  void scrollBy(ElementId region, double distance);
+  bool scrollBy(ElementId region, double distance);
   const ScrollRegion* regionAt(Point point) const;
   const AccessibleElement* findElement(ElementId id);
   void moveFocus(int step);
+  bool moveFocus(double Rect::* start, double Rect::* length, int step);
+  bool activateFocused();
+  const AccessibleElement* focusedElement();
   void settleFocus();
 
   const AnyView rootView_;
@@ -111,8 +115,8 @@ class HostingController : public RootViewController {
   ViewEnvironment environment_;
   std::function<void()> needsFrame_;
   ElementTree tree_;
-  Layout layout_;
   Animations animations_;
+  Layout layout_;
   ScrollMotion motion_;
   std::vector<Visual> visuals_;
   std::vector<AccessibleElement> accessible_;
@@ -127,6 +131,8 @@ class HostingController : public RootViewController {
   Point touchStart_;
   bool isDragging_ = false;
   std::optional<ElementId> focused_;
+  std::optional<ElementId> focusedBefore_;  // on the screen before this one
+  int focusRequests_ = 0;                   // how many were granted
   bool focusIsVisible_ = false;
 
   // Only the controller owns this. Requests for pictures hold a weak_ptr to it, so a picture that arrives

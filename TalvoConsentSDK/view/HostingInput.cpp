@@ -13,8 +13,6 @@ namespace view {
 namespace {
 
 constexpr double touchSlop = 10;  // points; a finger that moves farther drags instead of tapping
-constexpr double arrowStep = 40;  // points that an arrow key scrolls
-constexpr double revealMargin = 12;
 
 }  // namespace
 
@@ -26,7 +24,9 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
   pressed_.reset();  // in case the end of the last touch got lost
   focusIsVisible_ = false;
   const AccessibleElement* control = controlAt(accessibleElements(), point);
-  if (control && control->isEnabled && !wasFlinging) pressed_ = control->id;
+  // While a list opens, its rows move below the finger: only what opens and closes lists can be tapped then.
+  const bool isStill = !wasFlinging && (!layout_.isMoving() || (control && control->role == Role::expander));
+  if (control && control->isEnabled && isStill) pressed_ = control->id;
   if (const ScrollRegion* region = regionAt(point)) motion_.grab(region->id, point.y, now);
   requestFrame();
 }
@@ -52,7 +52,9 @@ void HostingController::touchEnded(Point point, Clock::time_point now) {
   }
   isDragging_ = false;
   requestFrame();
-  if (tapped) activate(*tapped);
+  if (!tapped) return;
+  focused_ = tapped;
+  activate(*tapped);
 }
 
 void HostingController::touchCancelled() {
@@ -72,8 +74,7 @@ bool HostingController::press(Key key) {
   update();
   const auto& regions = layout_.scrollRegions();
   const auto scrollFirst = [&](double distance) {
-    if (!regions.empty()) scrollBy(regions.front().id, distance);
-    return !regions.empty();
+    return !regions.empty() && scrollBy(regions.front().id, distance);
   };
   const double page = regions.empty() ? 0 : regions.front().frame.height * 0.9;
   switch (key) {
@@ -85,16 +86,20 @@ bool HostingController::press(Key key) {
       return true;
     case Key::space:
     case Key::enter:
-      return focused_ && activate(*focused_);
+      return activateFocused() || scrollFirst(page);
     case Key::escape: {
       const auto& elements = accessibleElements();
       const auto dismissal = std::ranges::find_if(elements, &AccessibleElement::isDismissal);
       return dismissal != elements.end() && activate(dismissal->id);
     }
     case Key::up:
-      return scrollFirst(-arrowStep);
+      return moveFocus(&Rect::y, &Rect::height, -1);
     case Key::down:
-      return scrollFirst(arrowStep);
+      return moveFocus(&Rect::y, &Rect::height, 1);
+    case Key::left:
+      return moveFocus(&Rect::x, &Rect::width, -1);
+    case Key::right:
+      return moveFocus(&Rect::x, &Rect::width, 1);
     case Key::pageUp:
       return scrollFirst(-page);
     case Key::pageDown:
@@ -113,11 +118,9 @@ void HostingController::reveal(const AccessibleElement& element) {
   const Rect frame = element.frame;
   const ScrollRegion* region = regionAt(clip.center());
   if (!region) return;
-  if (frame.y < clip.y) {
-    scrollBy(region->id, frame.y - clip.y - revealMargin);
-  } else if (frame.bottom() > clip.bottom()) {
-    scrollBy(region->id, frame.bottom() - clip.bottom() + revealMargin);
-  }
+  const double above = frame.y - clip.y - ScrollRegion::fadedEdge;
+  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge;
+  scrollBy(region->id, std::min(above, std::max(0.0, below)));
 }
 
 std::optional<ElementId> HostingController::focused() {
@@ -139,20 +142,25 @@ bool HostingController::applyScroll(ElementId region, double distance) {
   const auto& regions = layout_.scrollRegions();
   const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
   const double maxOffset = scrolled == regions.end() ? 0 : scrolled->maxOffset();
-  double& y = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); }).y;
-  const double from = std::min(y, maxOffset);
+  ScrollOffset& offset = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+  const double from = std::min(offset.y, maxOffset);
   const double target = std::clamp(from + distance, 0.0, maxOffset);
   if (target == from) {
     if (motion_.isFlinging()) motion_.stop();
     return false;
   }
-  y = target == maxOffset ? infinity : target;  // stays at the end, however tall unmeasured rows turn out
+  if (offset.growth > 0) forgetSizes(*scrolled->element);
+  offset.y = from;
+  offset.moveUp(target - from);
+  if (target == maxOffset) offset.y = infinity;  // stays at the end, however tall unmeasured rows turn out
   layoutIsStale_ = true;
   return true;
 }
 
-void HostingController::scrollBy(ElementId region, double distance) {
-  if (applyScroll(region, distance)) requestFrame();
+bool HostingController::scrollBy(ElementId region, double distance) {
+  const bool scrolls = applyScroll(region, distance);
+  if (scrolls) requestFrame();
+  return scrolls;
 }
 
 const ScrollRegion* HostingController::regionAt(Point point) const {
@@ -180,10 +188,21 @@ void HostingController::moveFocus(int step) {
   }
 }
 
+// Keeps the focus on an element that is shown: on one that asks for it, or else on the focused one. If that
+// is gone, a screen that was shown before gets its focus back, and any other screen has it on its title.
 void HostingController::settleFocus() {
-  if (focused_ && std::ranges::find(accessible_, *focused_, &AccessibleElement::id) != accessible_.end()) {
-    return;
+  for (const AccessibleElement& each : accessible_) {
+    if (each.focusRequests <= focusRequests_) continue;
+    focusRequests_ = each.focusRequests;
+    focused_ = each.id;
+    reveal(each);
   }
+  const auto isShown = [&] {
+    return focused_ && std::ranges::find(accessible_, *focused_, &AccessibleElement::id) != accessible_.end();
+  };
+  if (isShown()) return;
+  std::swap(focused_, focusedBefore_);
+  if (isShown()) return;
   const auto title = std::ranges::find(accessible_, Role::heading, &AccessibleElement::role);
   focused_ = title == accessible_.end() ? std::nullopt : std::optional(title->id);
 }

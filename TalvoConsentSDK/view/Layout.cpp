@@ -63,8 +63,8 @@ double shareBefore(VerticalAlignment alignment) {
   return 0;
 }
 
-Layout::Layout(ElementTree& tree, const ViewEnvironment& environment)
-    : tree_(tree), environment_(environment) {}
+Layout::Layout(ElementTree& tree, const ViewEnvironment& environment, Animations& animations)
+    : tree_(tree), environment_(environment), animations_(animations) {}
 
 void Layout::run(std::vector<ElementId> kept, Rows rows) {
   kept_ = std::move(kept);
@@ -73,18 +73,22 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   const Size window = environment_.size;
   const Rect area{safe.leading, safe.top, std::max(0.0, window.width - safe.width()),
                   std::max(0.0, window.height - safe.height())};
-  // Repeats while lazy rows turn out taller or shorter than expected.
-  constexpr int maxPasses = 4;
-  for (int pass = 0; pass < maxPasses && (pass == 0 || rowsChanged_); ++pass) {
+  isOpening_ = false;
+  // Repeats while lazy rows turn out taller or shorter than expected, and if a list that opens was moved.
+  constexpr int maxPasses = 8;
+  for (int pass = 0; pass < maxPasses && (pass == 0 || needsAnotherPass_); ++pass) {
     scrollRegions_.clear();
-    rowsChanged_ = false;
+    moving_.clear();
+    needsAnotherPass_ = false;
     viewport_ = {{0, 0, window.width, window.height}, std::nullopt, nullptr};
     placeAligned(tree_.root(), area, {}, {area.width, area.height});
   }
   for (const ScrollRegion& region : scrollRegions_) {
-    double& y = scrollOffset(region.id).y;
+    double& y = scrollOffset(*region.element).y;
     y = std::clamp(y, 0.0, region.maxOffset());
   }
+  isMoving_ = !moving_.empty();
+  for (Element* each : moving_) forgetSizes(*each);  // it will have another height in the next frame
   std::erase_if(scrollRegions_, [](const ScrollRegion& region) { return region.maxOffset() <= 0; });
   if (environment_.layoutDirection == LayoutDirection::rightToLeft) {
     mirror(tree_.root());
@@ -116,22 +120,25 @@ Size Layout::measure(Element& element, const Proposal& proposal) {
             return environment_.textMeasurer->measure(text.text, text.font,
                                                       proposal.width.value_or(infinity));
           },
-          [](const node::Symbol& symbol) { return Size{symbol.size, symbol.size}; },
+          [&](const node::Symbol& symbol) {
+            const double side = symbol.size * environment_.controlScale();
+            return Size{side, side};
+          },
           [&](const node::AsyncImage& image) { return measureImage(element, image, proposal); },
           [&](const node::Shape&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
-          [](const node::Toggle&) { return toggleSize; },
+          [&](const node::Toggle&) {
+            const double scale = environment_.controlScale();
+            return Size{toggleSize.width * scale, toggleSize.height * scale};
+          },
           [&](const node::Stack& stack) { return measureStack(element, stack, proposal); },
           [&](const node::Divider&) { return Size{proposal.width.value_or(0), dividerHeight}; },
           [&](const node::Scroll&) {
             const Size content = child(0, {proposal.width, std::nullopt});
             return Size{content.width, std::min(content.height, proposal.height.value_or(infinity))};
           },
-          [&](const node::PinnedFooter& pinned) {
-            const PinnedHeights heights = pinnedHeights(element, pinned, proposal);
-            const double width = std::max(child(0, {proposal.width, std::nullopt}).width,
-                                          child(1, {proposal.width, std::nullopt}).width);
-            const double all = heights.content + heights.footer;
-            return Size{width, std::min(all, proposal.height.value_or(infinity))};
+          [&](const node::PinnedEnds& pinned) { return pinnedParts(element, pinned, proposal).size; },
+          [&](const node::Disclosure& disclosure) {
+            return measureDisclosure(element, disclosure, proposal);
           },
           [&](const node::LazyRows&) { return measureRows(element, proposal); },
           [&](const node::Padding& padding) {
@@ -157,48 +164,49 @@ void Layout::place(Element& element, const Rect& frame, const Proposal& proposal
   element.frame = frame;
   element.clip = viewport_.clip;
   const auto child = [&](std::size_t index) -> Element& { return *element.children[index]; };
-  std::visit(Overloaded{
-                 [&](const node::Stack& stack) { placeStack(element, stack, frame, proposal); },
-                 [&](const node::Scroll&) {
-                   const Proposal offered{proposal.width, std::nullopt};
-                   const Size content = size(child(0), offered);
-                   const Viewport outer = viewport_;
-                   const double top = placeScroller(element, frame, content.height);
-                   place(child(0), {frame.x, top, content.width, content.height}, offered);
-                   viewport_ = outer;
-                 },
-                 [&](const node::PinnedFooter& pinned) { placePinned(element, pinned, frame, proposal); },
-                 [&](const node::LazyRows&) { placeRows(element, frame); },
-                 [&](const node::Padding& padding) {
-                   const Insets& insets = padding.insets;
-                   const Proposal offered{reduced(proposal.width, insets.width()),
-                                          reduced(proposal.height, insets.height())};
-                   const Size content = size(child(0), offered);
-                   place(child(0),
-                         {frame.x + insets.leading, frame.y + insets.top, content.width, content.height},
-                         offered);
-                 },
-                 [&](const node::Frame& bounds) {
-                   placeAligned(child(0), frame, bounds.alignment,
-                                {framed(proposal.width, bounds.minWidth, bounds.maxWidth),
-                                 framed(proposal.height, bounds.minHeight, bounds.maxHeight)});
-                 },
-                 [&](const node::Overlay& overlay) {
-                   place(child(0), frame, proposal);
-                   placeAligned(child(1), frame, overlay.alignment, {frame.width, frame.height});
-                 },
-                 [&](const node::IgnoresSafeArea&) {
-                   const Rect window{0, 0, environment_.size.width, environment_.size.height};
-                   place(child(0), window, {window.width, window.height});
-                 },
-                 [&]<node::OneOf<node::Button, node::Background, node::Disabled, node::Accessibility,
-                                 node::Component>
-                         Wrapper>(const Wrapper&) { place(child(0), frame, proposal); },
-                 []<node::OneOf<node::Empty, node::Text, node::Symbol, node::AsyncImage, node::Shape,
-                                node::Toggle, node::Divider>
-                        Leaf>(const Leaf&) {},
-             },
-             element.view.node().content);
+  std::visit(
+      Overloaded{
+          [&](const node::Stack& stack) { placeStack(element, stack, frame, proposal); },
+          [&](const node::Scroll&) {
+            const Proposal offered{proposal.width, std::nullopt};
+            const Size content = size(child(0), offered);
+            const Viewport outer = viewport_;
+            const double top = placeScroller(element, frame, content.height);
+            place(child(0), {frame.x, top, content.width, content.height}, offered);
+            viewport_ = outer;
+          },
+          [&](const node::PinnedEnds& pinned) { placePinned(element, pinned, frame, proposal); },
+          [&](const node::Disclosure& disclosure) { placeDisclosure(element, disclosure, frame, proposal); },
+          [&](const node::LazyRows&) { placeRows(element, frame); },
+          [&](const node::Padding& padding) {
+            const Insets& insets = padding.insets;
+            const Proposal offered{reduced(proposal.width, insets.width()),
+                                   reduced(proposal.height, insets.height())};
+            const Size content = size(child(0), offered);
+            place(child(0), {frame.x + insets.leading, frame.y + insets.top, content.width, content.height},
+                  offered);
+          },
+          [&](const node::Frame& bounds) {
+            placeAligned(child(0), frame, bounds.alignment,
+                         {framed(proposal.width, bounds.minWidth, bounds.maxWidth),
+                          framed(proposal.height, bounds.minHeight, bounds.maxHeight)});
+          },
+          [&](const node::Overlay& overlay) {
+            place(child(0), frame, proposal);
+            placeAligned(child(1), frame, overlay.alignment, {frame.width, frame.height});
+          },
+          [&](const node::IgnoresSafeArea&) {
+            const Rect window{0, 0, environment_.size.width, environment_.size.height};
+            place(child(0), window, {window.width, window.height});
+          },
+          [&]<node::OneOf<node::Button, node::Background, node::Disabled, node::Accessibility,
+                          node::Component>
+                  Wrapper>(const Wrapper&) { place(child(0), frame, proposal); },
+          []<node::OneOf<node::Empty, node::Text, node::Symbol, node::AsyncImage, node::Shape, node::Toggle,
+                         node::Divider>
+                 Leaf>(const Leaf&) {},
+      },
+      element.view.node().content);
 }
 
 void Layout::placeAligned(Element& element, const Rect& frame, Alignment alignment,
@@ -224,8 +232,8 @@ double Layout::measureMinContentWidth(const Element& element) const {
   return std::visit(
       Overloaded{
           [&](const node::Text& text) { return environment_.textMeasurer->widestWord(text.text, text.font); },
-          [](const node::Symbol& symbol) { return symbol.size; },
-          [](const node::Toggle&) { return toggleSize.width; },
+          [&](const node::Symbol& symbol) { return symbol.size * environment_.controlScale(); },
+          [&](const node::Toggle&) { return toggleSize.width * environment_.controlScale(); },
           [&](const node::Stack& stack) {
             if (stack.axis != node::Axis::horizontal || stack.overflow != Overflow::compress) {
               return widestChild();

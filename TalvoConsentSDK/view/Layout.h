@@ -6,27 +6,14 @@
 #include <optional>
 #include <vector>
 
+#include "TalvoConsentSDK/view/Animations.h"
 #include "TalvoConsentSDK/view/Element.h"
+#include "TalvoConsentSDK/view/ScrollRegion.h"
 #include "TalvoConsentSDK/view/ViewEnvironment.h"
 #include "TalvoConsentSDK/view/ViewNode.h"
 
 namespace TalvoConsentSDK {
 namespace view {
-
-/// A part of the window whose content scrolls.
-struct ScrollRegion {
-  ElementId id = 0;
-  Rect frame;
-  double contentHeight = 0;
-
-  double maxOffset() const { return std::max(0.0, contentHeight - frame.height); }
-};
-
-/// How far a region is scrolled, in points from the top. Stored under the region's identity. Layout reduces
-/// an offset that is past the end to the region's maximum.
-struct ScrollOffset {
-  double y = 0;
-};
 
 /// A picture that was requested. Stored under the identity of its view.
 struct LoadedImage {
@@ -42,7 +29,7 @@ double shareBefore(VerticalAlignment alignment);
 /// class.
 class Layout {
  public:
-  Layout(ElementTree& tree, const ViewEnvironment& environment);
+  Layout(ElementTree& tree, const ViewEnvironment& environment, Animations& animations);
 
   /// Which lazy rows to create: those near the visible part, or all.
   enum class Rows { nearby, all };
@@ -53,6 +40,9 @@ class Layout {
 
   /// The regions that scroll, outermost first.
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
+
+  /// Whether something was opening or closing, so that the next frame has to be laid out again.
+  bool isMoving() const { return isMoving_; }
 
  private:
   Size size(Element& element, Proposal proposal);
@@ -86,18 +76,31 @@ class Layout {
 
   Size measureImage(const Element& element, const node::AsyncImage& image, const Proposal& proposal);
 
-  struct PinnedHeights {
-    double content;
-    double footer;
-    double inset;
-    double middle;  // the height left for the content; equals `content` if everything fits
-    bool scrollsAll;
+  /// How a PinnedEnds view is divided.
+  struct PinnedParts {
+    Size size;
+    Proposal title;
+    double barY = 0;
+    double titleX = 0;
+    double titleY = 0;
+    double top = 0;         // of the part that scrolls
+    double contentTop = 0;  // where its content begins if it is not scrolled
+    double scrolled = 0;    // the height of what scrolls; 0 if everything fits
+    double growth = 0;      // see ScrollOffset
+    bool scrollsTitle = false;
+    bool scrollsFooter = false;
   };
-  PinnedHeights pinnedHeights(Element& element, const node::PinnedFooter& pinned, const Proposal& proposal);
-  void placePinned(Element& element, const node::PinnedFooter& pinned, const Rect& frame,
+  PinnedParts pinnedParts(Element& element, const node::PinnedEnds& pinned, const Proposal& proposal);
+  void placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                    const Proposal& proposal);
-  ScrollOffset& scrollOffset(ElementId region);
-  double placeScroller(const Element& element, const Rect& region, double contentHeight);
+  double endOfLine(Element& element, double limit);
+  ScrollOffset& scrollOffset(const Element& region);
+  double placeScroller(Element& element, const Rect& region, double contentHeight);
+
+  double firstHeight() const;
+  Size measureDisclosure(Element& element, const node::Disclosure& disclosure, const Proposal& proposal);
+  void placeDisclosure(Element& element, const node::Disclosure& disclosure, const Rect& frame,
+                       const Proposal& proposal);
 
   Size measureRows(Element& element, const Proposal& proposal);
   void placeRows(Element& element, const Rect& frame);
@@ -108,6 +111,7 @@ class Layout {
 
   ElementTree& tree_;
   const ViewEnvironment& environment_;
+  Animations& animations_;
   /// The part of the window in which the element being placed is visible, and what clips and scrolls it.
   struct Viewport {
     Rect visible;
@@ -119,7 +123,10 @@ class Layout {
   Viewport viewport_;
   std::vector<ElementId> kept_;
   Rows rows_ = Rows::nearby;
-  bool rowsChanged_ = false;
+  bool needsAnotherPass_ = false;
+  bool isOpening_ = false;  // whether a disclosure was found that has begun to open
+  bool isMoving_ = false;
+  std::vector<Element*> moving_;
 };
 
 }  // namespace view

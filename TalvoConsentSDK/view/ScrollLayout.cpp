@@ -1,65 +1,213 @@
-// How scrolling regions, pinned footers and lazy rows are laid out.
+// How scrolling regions, what stays around them, disclosures and lazy rows are laid out.
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 #include "TalvoConsentSDK/view/Layout.h"
 
 namespace TalvoConsentSDK {
 namespace view {
 
-ScrollOffset& Layout::scrollOffset(ElementId region) {
-  return tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+namespace {
+
+constexpr double titleGap = 12;   // on both sides of a title that is beside a bar
+constexpr double maxCut = 48;     // of a scrolling part
+constexpr double hiddenPart = 6;  // of the line that the lower edge cuts
+
+/// Whether a disclosure has been placed fully open. Stored under its identity.
+struct Disclosed {
+  bool isDone;
+};
+
+}  // namespace
+
+ScrollOffset& Layout::scrollOffset(const Element& region) {
+  return tree_.memory().get<ScrollOffset>(region.id, [] { return ScrollOffset(); });
 }
 
 // Registers a region, limits the viewport to it, and returns the y coordinate at which its content starts.
-double Layout::placeScroller(const Element& element, const Rect& region, double contentHeight) {
-  const ScrollRegion scroller{element.id, region, contentHeight};
+double Layout::placeScroller(Element& element, const Rect& region, double contentHeight) {
+  const ScrollRegion scroller{element.id, &element, region, contentHeight};
   scrollRegions_.push_back(scroller);
   auto& [visible, clip, offset] = viewport_;
   if (scroller.maxOffset() > 0) clip = clip ? clip->intersection(region) : region;
   visible = visible.intersection(region);
-  offset = &scrollOffset(element.id);
+  offset = &scrollOffset(element);
   return region.y - std::clamp(offset->y, 0.0, scroller.maxOffset());
 }
 
-Layout::PinnedHeights Layout::pinnedHeights(Element& element, const node::PinnedFooter& pinned,
-                                            const Proposal& proposal) {
+Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds& pinned,
+                                        const Proposal& proposal) {
+  Element& titleElement = *element.children[1];
   const Proposal natural{proposal.width, std::nullopt};
-  const double content = size(*element.children[0], natural).height;
-  const double footer = size(*element.children[1], natural).height;
+  const Size content = size(*element.children[2], natural);
+  const Size footer = size(*element.children[3], natural);
+  const Size bar = size(*element.children[0], {});
+
+  PinnedParts parts;
+  parts.title = natural;
+  parts.titleY = bar.height;
+  if (proposal.width) {
+    const double left = *proposal.width - pinned.closeRoom;
+    const double besideBar = left - bar.width - 2 * titleGap;
+    if (bar.width == 0) {
+      parts.title.width = left;
+    } else if (size(titleElement, {}).width <= besideBar) {
+      parts.title.width = besideBar;
+      parts.titleX = bar.width + titleGap;
+      parts.titleY = 0;
+    }
+  }
+  const Size title = size(titleElement, parts.title);
+  const double header = std::max(bar.height, parts.titleY + title.height);
+  if (parts.titleX > 0) parts.barY = std::max(0.0, (title.height - bar.height - pinned.overlap) / 2);
+  const double all = header + content.height + footer.height;
+
+  ScrollOffset& offset = scrollOffset(element);
   const double room = proposal.height.value_or(infinity);
-  if (content + footer <= room) return {content, footer, 0, content, false};
-  const double middle = room - footer - pinned.gap - pinned.inset;
+  const bool canHold = pinned.growsUp && offset.held == infinity && offset.height < room;
+  if (isOpening_ && canHold) offset.held = offset.height;
+  const double height = std::min({all, room, offset.held});
+  parts.size = {std::max({parts.titleX + title.width, content.width, footer.width}), height};
+  parts.top = parts.contentTop = header;
+  if (height == all) return parts;
+
+  parts.growth = std::min(all, room) - height;
+  parts.top = std::max(0.0, header - pinned.overlap);
+  parts.scrolled = header - parts.top + content.height;
   const double minMiddle = pinned.minMiddle * std::max(1.0, environment_.textScale);
-  return {content, footer, pinned.inset, middle, middle < std::min(content, minMiddle)};
+  const auto leaves = [&](double rest) {
+    return room - parts.top - rest >= std::min(parts.scrolled, minMiddle);
+  };
+  if (leaves(footer.height + pinned.gap)) return parts;
+  parts.scrollsFooter = true;
+  parts.scrolled += footer.height;
+  if (leaves(0) || title.height == 0) return parts;
+  parts.scrollsTitle = true;
+  if (bar.width > 0) parts.title = natural;
+  parts.top = parts.contentTop = bar.height;
+  parts.scrolled = size(titleElement, parts.title).height + content.height + footer.height;
+  return parts;
 }
 
-void Layout::placePinned(Element& element, const node::PinnedFooter& pinned, const Rect& frame,
+void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                          const Proposal& proposal) {
   const Proposal natural{proposal.width, std::nullopt};
-  Element& content = *element.children[0];
-  Element& footer = *element.children[1];
-  const PinnedHeights heights = pinnedHeights(element, pinned, proposal);
-  const double footerTop = frame.bottom() - heights.footer;
+  Element& content = *element.children[2];
+  Element& footer = *element.children[3];
+  const PinnedParts parts = pinnedParts(element, pinned, proposal);
+  ScrollOffset& offset = scrollOffset(element);
+  const double cut = offset.height > 0 ? animations_.value(element.id, offset.cut) : offset.cut;
+  if (cut != offset.cut) moving_.push_back(&element);
+  offset.height = frame.height;
+  offset.growth = parts.growth;
+  if (parts.growth == 0) offset.held = infinity;
+
+  const auto placeAt = [&](Element& child, double x, double y, const Proposal& offered) {
+    const Size own = size(child, offered);
+    place(child, {frame.x + x, y, own.width, own.height}, offered);
+    return y + own.height;
+  };
+  placeAt(*element.children[0], 0, frame.y + parts.barY, {});
+  Element& title = *element.children[1];
+  if (!parts.scrollsTitle) placeAt(title, parts.titleX, frame.y + parts.titleY, parts.title);
+  const double footerTop = frame.bottom() - size(footer, natural).height;
+  const double end = parts.scrollsFooter ? frame.bottom() : footerTop;
 
   const Viewport outer = viewport_;
-  const double height = heights.scrollsAll ? frame.height - heights.inset : heights.middle;
-  const Rect region{frame.x, frame.y + heights.inset, frame.width, std::max(0.0, height)};
-  const double all = heights.content + heights.footer;
-  const double top = placeScroller(element, region, heights.scrollsAll ? all : heights.content);
-
-  const auto placeAt = [&](Element& child, double y) {
-    const Size own = size(child, natural);
-    place(child, {frame.x, y, own.width, own.height}, natural);
-  };
-  placeAt(content, top);
-  if (heights.scrollsAll) placeAt(footer, top + heights.content);
+  const double top = frame.y + parts.top;
+  const double height = std::max(0.0, end - top);
+  const double scrolled = parts.scrolled > 0 ? parts.scrolled : height;
+  // At the end of the content, nothing is cut off.
+  const double shownCut = std::clamp(scrolled - height - offset.y, 0.0, std::min(cut, height));
+  double y = placeScroller(element, {frame.x, top, frame.width, height - shownCut}, scrolled - shownCut) +
+             parts.contentTop - parts.top;
+  if (parts.scrollsTitle) y = placeAt(title, 0, y, parts.title);
+  y = placeAt(content, 0, y, natural);
+  if (parts.scrollsFooter) placeAt(footer, 0, y, natural);
   viewport_ = outer;
-  if (!heights.scrollsAll) placeAt(footer, footerTop);
+  if (!parts.scrollsFooter) placeAt(footer, 0, footerTop, natural);
+
+  // A cut between two lines would look like the end of the content. Not done while scrolled, held or moving,
+  // so that the edge stays.
+  if (offset.y > 0 || offset.held < infinity || !moving_.empty()) return;
+  const double gap = parts.scrollsFooter ? 0 : pinned.gap;
+  const double wanted = end - endOfLine(content, end - gap - hiddenPart) + hiddenPart;
+  const double newCut = wanted > maxCut || parts.scrolled == 0 ? gap : std::max(gap, wanted);
+  if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
+}
+
+// Returns the end of the last line or switch that begins above `limit`.
+double Layout::endOfLine(Element& element, double limit) {
+  const Rect& frame = element.frame;
+  const auto& content = element.view.node().content;
+  double end = 0;
+  forEachChild(element, [&](Element& child) { end = std::max(end, endOfLine(child, limit)); });
+  if (frame.y >= limit) return end;
+  const auto* text = std::get_if<node::Text>(&content);
+  if (text || std::holds_alternative<node::Toggle>(content)) end = frame.bottom();
+  if (text && end > limit) {
+    const auto newlines = static_cast<double>(std::ranges::count(text->text, '\n'));
+    const double line = size(element, {infinity, std::nullopt}).height / (newlines + 1);
+    end = frame.y + std::ceil((limit - frame.y) / line) * line;
+  }
+  return end;
+}
+
+// How much of an opened list must be seen: three and a half vendors.
+double Layout::firstHeight() const {
+  return 184 * std::max(1.0, environment_.textScale);
+}
+
+Size Layout::measureDisclosure(Element& element, const node::Disclosure& disclosure,
+                               const Proposal& proposal) {
+  const double shown = animations_.value(element.id, disclosure.isOpen ? 1 : 0);
+  Disclosed& before = tree_.memory().get<Disclosed>(element.id, [&] { return Disclosed{shown == 1}; });
+  if (!disclosure.isOpen) before.isDone = false;
+  if (shown == 0 && !disclosure.isOpen) element.children.clear();
+  if (element.children.empty()) return {};
+  if (!before.isDone && disclosure.isOpen) isOpening_ = true;
+  const Size content = size(*element.children.front(), {proposal.width, std::nullopt});
+  if (shown == 1) return content;
+  // What lies below the window's edge does not count: the motion would be too fast to see.
+  const double visible = std::max(firstHeight(), environment_.size.height - element.frame.y);
+  return {content.width, std::min(content.height, visible) * shown};
+}
+
+void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosure, const Rect& frame,
+                             const Proposal& proposal) {
+  const double shown = animations_.value(element.id, disclosure.isOpen ? 1 : 0);
+  if (shown != (disclosure.isOpen ? 1 : 0)) moving_.push_back(&element);
+  if (element.children.empty()) return;
+  const Proposal offered{proposal.width, std::nullopt};
+  const Size content = size(*element.children.front(), offered);
+
+  const Viewport outer = viewport_;
+  Disclosed& before = tree_.memory().get<Disclosed>(element.id, [] { return Disclosed{}; });
+  if (disclosure.isOpen && !before.isDone && outer.offset) {
+    const double wanted = std::min(content.height, firstHeight()) * shown;
+    // The row that opens stays in sight, too.
+    const double distance =
+        std::min(frame.y + wanted - outer.visible.bottom(),
+                 element.parent->frame.y - outer.visible.y - ScrollRegion::fadedEdge + outer.offset->growth);
+    if (distance > 0.01) {
+      outer.offset->moveUp(distance);
+      forgetSizes(element);
+      needsAnotherPass_ = true;
+    }
+  }
+  if (shown < 1) {
+    viewport_.clip = outer.clip ? outer.clip->intersection(frame) : frame;
+    viewport_.visible = outer.visible.intersection(frame);
+  }
+  before.isDone = shown == 1;
+  place(*element.children.front(), {frame.x, frame.y, content.width, content.height}, offered);
+  viewport_ = outer;
 }
 
 Size Layout::measureRows(Element& element, const Proposal& proposal) {
-  LazyRowsState& state = *element.lazyRows;
+  RowHeights& state = element.lazyRows->measured;
   if (state.heights.empty()) return {};
   const double width = proposal.width.value_or(environment_.size.width);
   const Proposal offered{width, std::nullopt};
@@ -78,32 +226,32 @@ Size Layout::measureRows(Element& element, const Proposal& proposal) {
 // a row above the visible part turns out taller or shorter than expected, the scroll offset changes by the
 // difference, so that the visible rows stay in place.
 void Layout::placeRows(Element& element, const Rect& frame) {
-  LazyRowsState& state = *element.lazyRows;
+  auto& [measured, rows] = *element.lazyRows;
   const Rect visible = viewport_.visible;
   const double margin = rows_ == Rows::all ? infinity : visible.height;
-  const Proposal offered{state.width, std::nullopt};
+  const Proposal offered{measured.width, std::nullopt};
   double top = frame.y;
-  for (std::size_t index = 0; index < state.heights.size(); ++index) {
-    double& height = state.heights[index];
-    const double expected = height < 0 ? state.estimate : height;
+  for (std::size_t index = 0; index < measured.heights.size(); ++index) {
+    double& height = measured.heights[index];
+    const double expected = height < 0 ? measured.estimate : height;
     const bool isFar = top + expected < visible.y - margin || top > visible.bottom() + margin;
-    if (isFar && index > 0 && index + 1 < state.heights.size()) {
-      const auto row = state.rows.find(index);
-      if (row == state.rows.end() || !holdsKept(*row->second)) {
-        if (row != state.rows.end()) state.rows.erase(row);
+    if (isFar && index > 0 && index + 1 < measured.heights.size()) {
+      const auto row = rows.find(index);
+      if (row == rows.end() || !holdsKept(*row->second)) {
+        if (row != rows.end()) rows.erase(row);
         top += expected;
         continue;
       }
     }
     Element& row = tree_.row(element, index);
     height = size(row, offered).height;
-    if (height != expected) rowsChanged_ = true;
+    if (height != expected) needsAnotherPass_ = true;
     place(row, {frame.x, top, frame.width, height}, offered);
     const bool isAbove = viewport_.offset && top + expected <= visible.y;
     if (isAbove) viewport_.offset->y += height - expected;
     top += isAbove ? expected : height;
   }
-  if (rowsChanged_) forgetSizes(element);
+  if (needsAnotherPass_) forgetSizes(element);
 }
 
 bool Layout::holdsKept(const Element& element) const {

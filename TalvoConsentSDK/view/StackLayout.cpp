@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
+#include <map>
 #include <utility>
 
 #include "TalvoConsentSDK/view/Layout.h"
@@ -71,12 +71,17 @@ void Layout::placeStack(Element& element, const Stack& stack, const Rect& frame,
     for (const auto& child : element.children) placeAligned(*child, frame, stack.alignment, proposal);
     return;
   }
-  const auto placeItems = [&](const std::vector<StackItem>& items, Axis axis, const Rect& area) {
+  const auto placeItems = [&](std::vector<StackItem> items, Axis axis, const Rect& area) {
     const double share = axis == Axis::horizontal ? shareBefore(stack.alignment.vertical)
                                                   : shareBefore(stack.alignment.horizontal);
     const double breadth = across(axis, area.size());
     double start = axis == Axis::horizontal ? area.x : area.y;
-    for (const StackItem& item : items) {
+    for (StackItem& item : items) {
+      // In a row, a child that takes the height it is offered becomes as high as the highest one.
+      if (axis == Axis::horizontal && item.size.height < breadth) {
+        item.proposal.height = breadth;
+        item.size = size(*item.element, item.proposal);
+      }
       const double offset = (breadth - across(axis, item.size)) * share;
       place(*item.element,
             axis == Axis::horizontal ? Rect{start, area.y + offset, item.size.width, item.size.height}
@@ -112,20 +117,15 @@ std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack&
     return items;
   }
 
-  std::vector<std::size_t> order(items.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::vector<double> flexibilities;
-  for (const StackItem& item : items) flexibilities.push_back(flexibility(*item.element, axis, proposal));
-  std::ranges::sort(order, {}, [&](std::size_t i) { return std::pair(flexibilities[i], i); });
+  std::multimap<double, StackItem*> byFlexibility;  // keeps the order of equally flexible ones
+  for (StackItem& item : items) byFlexibility.emplace(flexibility(*item.element, axis, proposal), &item);
 
   double left = *offered - stack.spacing * static_cast<double>(items.empty() ? 0 : items.size() - 1);
   auto sharers = static_cast<double>(items.size());
-  for (const std::size_t i : order) {
-    StackItem& item = items[i];
-    const double share = std::max(0.0, left / sharers);
-    item.proposal = withAlong(axis, proposal, share);
-    item.size = size(*item.element, item.proposal);
-    left -= along(axis, item.size);
+  for (const auto& [unused, item] : byFlexibility) {
+    item->proposal = withAlong(axis, proposal, std::max(0.0, left / sharers));
+    item->size = size(*item->element, item->proposal);
+    left -= along(axis, item->size);
     --sharers;
   }
   return items;

@@ -2,6 +2,7 @@
 
 // What a window provides to the views in it.
 
+#include <algorithm>
 #include <memory>
 
 #include "TalvoConsentSDK/base/Export.h"
@@ -25,6 +26,10 @@ struct ViewEnvironment {
 
   /// Makes translucent texts, symbols, lines and backgrounds solid, and outlines controls.
   bool highContrast = false;
+
+  /// By how much symbols, switches and hit areas grow with the text: at most to twice their size, so that a
+  /// switch leaves room for its name on a small phone.
+  double controlScale() const { return std::clamp(textScale, 1.0, 2.0); }
 };
 
 }  // namespace view

@@ -48,7 +48,7 @@ struct Text {
   friend bool operator==(const Text&, const Text&) = default;
 };
 
-/// A symbol in a square of `size` points.
+/// A symbol in a square of `size` points, which grows with the text.
 struct Symbol {
   Glyph glyph = Glyph::xmark;
   double size = 0;
@@ -58,7 +58,8 @@ struct Symbol {
   friend bool operator==(const Symbol&, const Symbol&) = default;
 };
 
-/// A picture from the network, `height` points high. It is empty while it loads and if loading fails.
+/// A picture from the network in a frame that is `height` points high. It keeps its proportions if it is too
+/// wide for the frame. It is empty while it loads and if loading fails.
 struct AsyncImage {
   URL url;
   double height = 0;
@@ -107,15 +108,25 @@ struct Scroll {
   friend bool operator==(const Scroll&, const Scroll&) = default;
 };
 
-/// Two children: the content, and a footer below it. If they do not fit, the content scrolls and the footer
-/// stays. If that would leave less than `minMiddle` points for the content, both scroll together; `minMiddle`
-/// grows with text scales above 1. While anything scrolls, the top `inset` points stay free for a view drawn
-/// over them. `gap` separates scrolling content from a footer that stays.
-struct PinnedFooter {
-  double inset = 0;
+/// Four children: a bar and a title on one line, or the title below the bar if it would need several lines
+/// otherwise; the content below them; and a footer. If they do not fit, the content scrolls and the others
+/// stay. If that would leave less than `minMiddle` points for what scrolls, the footer scrolls, too, and if
+/// that is not enough, the title as well. The bar always stays. `minMiddle` grows with text scales above 1.
+struct PinnedEnds {
   double minMiddle = 120;
-  double gap = 8;
-  friend bool operator==(const PinnedFooter&, const PinnedFooter&) = default;
+  double overlap = 12;   // how far content scrolls under the title's bottom padding
+  double gap = 8;        // between scrolling content and a footer that stays
+  double closeRoom = 0;  // width at the trailing end of the first line that the title leaves free
+  bool growsUp = false;  // whether the bottom edge stays in place when the height changes
+  friend bool operator==(const PinnedEnds&, const PinnedEnds&) = default;
+};
+
+/// Shows its child if it is open. When it opens or closes, its height changes over time, and the child is cut
+/// off at the bottom. While it opens, the list around it scrolls as far as the start of the child needs to be
+/// seen.
+struct Disclosure {
+  bool isOpen = false;
+  friend bool operator==(const Disclosure&, const Disclosure&) = default;
 };
 
 /// A vertical stack whose rows are created when they come near the visible part.
@@ -176,8 +187,10 @@ struct Accessibility {
   std::string label = {};  // empty leaves the child's own texts
   std::string value = {};
   std::string description = {};
-  bool isModal = false;      // for a dialog: the user cannot reach what is below
-  bool isDismissal = false;  // for a button: the Escape key activates it
+  std::string language = {};  // of all names inside, such as "de-AT"; empty leaves that of the surroundings
+  bool isModal = false;       // for a dialog: the user cannot reach what is below
+  bool isDismissal = false;   // for a button: the Escape key activates it
+  int focusRequests = 0;      // each time that this grows, the last element inside gets the focus
   friend bool operator==(const Accessibility&, const Accessibility&) = default;
 };
 
@@ -189,7 +202,7 @@ struct Component {
 };
 
 using Content = std::variant<Empty, Text, Symbol, AsyncImage, Shape, Button, Toggle, Stack, Divider, Scroll,
-                             PinnedFooter, LazyRows, Padding, Frame, Background, Overlay, Disabled,
+                             PinnedEnds, Disclosure, LazyRows, Padding, Frame, Background, Overlay, Disabled,
                              IgnoresSafeArea, Accessibility, Component>;
 
 /// Restricts a visitor's case to the listed kinds. A visitor that lacks a case for some kind does not

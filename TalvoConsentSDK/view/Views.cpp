@@ -123,8 +123,12 @@ AnyView scrollView(const AnyView& content) {
   return make(node::Scroll{}, {content});
 }
 
-AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset) {
-  return make(node::PinnedFooter{.inset = inset}, {content, footer});
+AnyView pinnedEnds(const node::PinnedEnds& options, std::vector<AnyView> children) {
+  return make(options, std::move(children));
+}
+
+AnyView disclosure(bool isOpen, const AnyView& content) {
+  return make(node::Disclosure{isOpen}, isOpen ? std::vector{content} : std::vector<AnyView>());
 }
 
 AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row) {

@@ -58,8 +58,11 @@ TALVO_EXPORT AnyView depthStack(Alignment alignment, std::vector<AnyView> childr
 TALVO_EXPORT AnyView divider(Color color);
 TALVO_EXPORT AnyView scrollView(const AnyView& content);
 
-/// See `node::PinnedFooter`.
-TALVO_EXPORT AnyView pinnedFooter(const AnyView& content, const AnyView& footer, double inset = 0);
+/// See `node::PinnedEnds`. The children are the bar, the title, the content and the footer.
+TALVO_EXPORT AnyView pinnedEnds(const node::PinnedEnds& options, std::vector<AnyView> children);
+
+/// See `node::Disclosure`. `content` is not used unless it is open.
+TALVO_EXPORT AnyView disclosure(bool isOpen, const AnyView& content);
 
 /// See `node::LazyRows`. `row` returns the row at an index.
 TALVO_EXPORT AnyView lazyRows(std::size_t count, std::function<AnyView(std::size_t)> row);

@@ -35,20 +35,6 @@ class Flattener {
     if (state_.ringed == element.id) ring_ = &element;
   }
 
-  // Draws a hairline at each edge where scrolled content is cut off, to show that there is more.
-  void addScrollEdges() {
-    constexpr Color hairline{0.5, 0.5, 0.5, 0.45};
-    for (const ScrollRegion& region : state_.scrollRegions) {
-      const double y = memory_.get<ScrollOffset>(region.id, [] { return ScrollOffset(); }).y;
-      const Rect& f = region.frame;
-      const visual::Box line{solid(hairline)};
-      if (y > 0.5) push(region.id, upperEdgePart, {f.x, f.y, f.width, 0.5}, {}, 1, line);
-      if (y < region.maxOffset() - 0.5) {
-        push(region.id, lowerEdgePart, {f.x, f.bottom() - 0.5, f.width, 0.5}, {}, 1, line);
-      }
-    }
-  }
-
   void addRing() {
     if (!ring_) return;
     constexpr Color inner{1, 1, 1, 1};
@@ -86,7 +72,32 @@ class Flattener {
 
   void draw(const Element& element, const node::AsyncImage& image, double opacity, bool) {
     const auto& loaded = memory_.get<LoadedImage>(element.id, [] { return LoadedImage(); });
-    if (loaded.image && loaded.url == image.url) pushMain(element, opacity, visual::Picture{loaded.image});
+    if (!loaded.image || loaded.url != image.url) return;
+    const Size natural = loaded.image->size();
+    const double height =
+        std::min(element.frame.height, element.frame.width * natural.height / natural.width);
+    const Rect shown{element.frame.x, element.frame.center().y - height / 2, element.frame.width, height};
+    push(element.id, mainPart, shown, element.clip, opacity, visual::Picture{loaded.image});
+  }
+
+  // Scrolled content fades into the background at each edge where there is more of it.
+  template <node::OneOf<node::Scroll, node::PinnedEnds> Scroller>
+  void draw(const Element& element, const Scroller&, double opacity, bool isDisabled) {
+    addChildren(element, opacity, isDisabled);
+    for (const ScrollRegion& region : state_.scrollRegions) {
+      if (region.id != element.id) continue;
+      const double y = memory_.get<ScrollOffset>(element.id, [] { return ScrollOffset(); }).y;
+      const Rect& f = region.frame;
+      const double height = std::min(ScrollRegion::fadedEdge, f.height / 4);
+      const auto edge = [&](Part part, double top, double hidden, int fade) {
+        if (hidden < 0.5) return;
+        const double share = std::min(1.0, hidden / height);
+        push(element.id, part, {f.x, top, f.width, height}, {}, opacity * share,
+             visual::Box{backdrop_, 0, fade});
+      };
+      edge(upperEdgePart, f.y, y, 1);
+      edge(lowerEdgePart, f.bottom() - height, region.maxOffset() - y, -1);
+    }
   }
 
   void draw(const Element& element, const node::Shape& shape, double opacity, bool) {
@@ -114,7 +125,9 @@ class Flattener {
     if (background.outline) {
       addOutline(element, boxOutlineReach, opacity, *background.outline, background.cornerRadius);
     }
+    const Color outer = std::exchange(backdrop_, solid(background.color));
     addChildren(element, opacity, isDisabled);
+    backdrop_ = outer;
   }
 
   void draw(const Element& element, const node::Button&, double opacity, bool isDisabled) {
@@ -126,8 +139,8 @@ class Flattener {
   }
 
   template <
-      node::OneOf<node::Empty, node::Stack, node::Scroll, node::PinnedFooter, node::LazyRows, node::Padding,
-                  node::Frame, node::Overlay, node::IgnoresSafeArea, node::Accessibility, node::Component>
+      node::OneOf<node::Empty, node::Stack, node::Disclosure, node::LazyRows, node::Padding, node::Frame,
+                  node::Overlay, node::IgnoresSafeArea, node::Accessibility, node::Component>
           Container>
   void draw(const Element& element, const Container&, double opacity, bool isDisabled) {
     addChildren(element, opacity, isDisabled);
@@ -155,16 +168,21 @@ class Flattener {
   }
 
   // Draws an outline around an element. Inside a scrolling list the outline may extend beyond the list's
-  // sides, and a focus ring also beyond its top and bottom.
+  // sides, and a focus ring also beyond its top and bottom. If the focused element is scrolled out of sight,
+  // the ring surrounds the list.
   void pushAround(const Element& element, Part part, double reach, double opacity, visual::FocusRing ring) {
     auto clip = element.clip;
-    if (clip && !element.frame.intersects(*clip)) return;
+    Rect frame = element.frame;
+    if (clip && !frame.intersects(*clip)) {
+      if (part != ringPart) return;
+      frame = *clip;
+    }
     if (clip) {
       const Rect grown = clip->grownBy(reach);
       clip = part == ringPart ? grown : Rect{grown.x, clip->y, grown.width, clip->height};
     }
     ring.cornerRadius += reach;
-    push(element.id, part, element.frame.grownBy(reach), clip, opacity, ring);
+    push(element.id, part, frame.grownBy(reach), clip, opacity, ring);
   }
 
   void pushMain(const Element& element, double opacity, visual::Content content) {
@@ -196,6 +214,7 @@ class Flattener {
   const bool hasHighContrast_;
   const VisualState& state_;
   Animations& animations_;
+  Color backdrop_ = Color::clear();
   const Element* ring_ = nullptr;
   std::vector<Visual> visuals_;
 };
@@ -206,7 +225,6 @@ std::vector<Visual> visuals(ElementTree& tree, const ViewEnvironment& environmen
                             Animations& animations) {
   Flattener flattener(tree, environment, state, animations);
   flattener.add(tree.root(), 1, false);
-  flattener.addScrollEdges();
   flattener.addRing();
   return std::move(flattener).take();
 }

@@ -50,6 +50,7 @@ struct Symbol {
 struct Box {
   Color color;
   double cornerRadius = 0;
+  int fade = 0;  // 1: the colour is clear at the bottom, -1: at the top; changes smoothly from edge to edge
   friend bool operator==(const Box&, const Box&) = default;
 };
 

@@ -2,6 +2,7 @@
 
 #include <QAccessibleObject>
 #include <QGuiApplication>
+#include <algorithm>
 
 #include "TalvoConsentSDK/platform/Platform.h"
 
@@ -92,7 +93,22 @@ QAccessibleInterface* elementAt(AccessibleTree& tree, int index) {
   return tree.item(tree.elements()[static_cast<std::size_t>(index + firstChild(tree))]);
 }
 
-class Item : public QAccessibleInterface, public QAccessibleActionInterface {
+// Whether Qt's bridge on this system passes on the language of a text.
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN) && !defined(Q_OS_ANDROID)
+constexpr bool passesOnLanguages = true;
+#else
+constexpr bool passesOnLanguages = false;
+#endif
+
+// Returns a language code such as "de-AT", or an empty text if it has characters that no code has.
+QString languageOf(const AccessibleElement& element) {
+  const QString language = toQString(element.language).replace(u'_', u'-');
+  const bool isCode = std::ranges::all_of(
+      language, [](QChar c) { return (c.isLetterOrNumber() && c.unicode() < 128) || c == u'-'; });
+  return isCode ? language : QString();
+}
+
+class Item : public QAccessibleInterface, public QAccessibleActionInterface, public QAccessibleTextInterface {
  public:
   Item(AccessibleTree& tree, ElementId id) : tree_(tree), id_(id) {}
 
@@ -138,7 +154,10 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
   }
 
   void* interface_cast(QAccessible::InterfaceType type) override {
-    return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface*>(this) : nullptr;
+    if (type == QAccessible::ActionInterface) return static_cast<QAccessibleActionInterface*>(this);
+    const bool tellsLanguage = type == QAccessible::TextInterface && passesOnLanguages && element() &&
+                               element()->role != Role::dialog && !languageOf(*element()).isEmpty();
+    return tellsLanguage ? static_cast<QAccessibleTextInterface*>(this) : nullptr;
   }
 
   // Everything readable accepts the focus, so that the view scrolls along with the assistive cursor.
@@ -156,6 +175,26 @@ class Item : public QAccessibleInterface, public QAccessibleActionInterface {
   }
 
   QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+  // The name as a text that cannot be edited. Its only attribute is its language, in the form of
+  // IAccessible2.
+  QString attributes(int, int* start, int* end) const override {
+    *start = 0;
+    *end = characterCount();
+    return element() ? QStringLiteral("language:") + languageOf(*element()) : QString();
+  }
+  int characterCount() const override { return static_cast<int>(text(QAccessible::Name).size()); }
+  QString text(int start, int end) const override { return text(QAccessible::Name).mid(start, end - start); }
+  QRect characterRect(int) const override { return rect(); }
+  int offsetAtPoint(const QPoint& point) const override { return rect().contains(point) ? 0 : -1; }
+  void scrollToSubstring(int, int) override { tree_.focus(id_); }
+  int cursorPosition() const override { return 0; }
+  void setCursorPosition(int) override {}
+  int selectionCount() const override { return 0; }
+  void selection(int, int* start, int* end) const override { *start = *end = 0; }
+  void addSelection(int, int) override {}
+  void removeSelection(int) override {}
+  void setSelection(int, int, int) override {}
 
  private:
   const AccessibleElement* element() const { return tree_.find(id_); }

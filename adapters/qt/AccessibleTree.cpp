@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <algorithm>
+#include <map>
 #include <ranges>
 #include <unordered_set>
 #include <utility>
@@ -68,13 +69,15 @@ const std::vector<AccessibleElement>& AccessibleTree::elements() {
   std::vector<AccessibleElement> now = window_.controller()->accessibleElements(Layout::Rows::all);
   std::unordered_map<ElementId, std::size_t> indices;
   for (std::size_t i = 0; i < now.size(); ++i) indices[now[i].id] = i;
-  std::vector<QAccessible::Id> removed;
+  std::map<std::size_t, QAccessible::Id> removed;  // by their former place
   std::erase_if(known_, [&](const auto& each) {
     if (indices.contains(each.first)) return false;
-    removed.push_back(each.second.item);
+    const auto former = indices_.find(each.first);
+    removed.emplace(former == indices_.end() ? elements_.size() + each.first : former->second,
+                    each.second.item);
     return true;
   });
-  for (const QAccessible::Id each : removed) {  // announced while clients can still query the element
+  for (const auto& [place, each] : removed) {  // announced while clients can still query the element
     announce(QAccessible::accessibleInterface(each), QAccessible::ObjectHide);
     announce(QAccessible::accessibleInterface(each), QAccessible::ObjectDestroyed);
     removed_.push_back(each);

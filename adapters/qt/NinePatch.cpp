@@ -13,17 +13,14 @@
 #include <numbers>
 #include <vector>
 
+#include "TalvoConsentSDK/view/Look.h"
+
 namespace TalvoConsentSDK {
 
 using namespace platform;
 using namespace view;
 
 namespace {
-
-// A continuous corner extends along the sides by this multiple of its radius. With this exponent,
-// a superellipse of that extent passes through the middle of the circular corner.
-constexpr double reach = 1.528665;
-constexpr double exponent = 3.26;
 
 // Rounds a length in points up to whole pixels, so that corners end at the edge of a pixel.
 double roundedUpToPixels(double length, double pixelRatio) {
@@ -101,7 +98,7 @@ QColor toQColor(const Color& color) {
 
 QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
   QPainterPath path;
-  const double extent = std::min({cornerRadius * reach, rect.width() / 2, rect.height() / 2});
+  const double extent = std::min({cornerRadius * look::cornerReach, rect.width() / 2, rect.height() / 2});
   if (extent <= 0) {
     path.addRect(rect);
     return path;
@@ -111,8 +108,8 @@ QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
   std::array<QPointF, steps + 1> curve;
   for (int i = 0; i <= steps; ++i) {
     const double angle = std::numbers::pi / 2 * i / steps;
-    curve[static_cast<std::size_t>(i)] = {extent * (1 - std::pow(std::cos(angle), 2 / exponent)),
-                                          extent * (1 - std::pow(std::sin(angle), 2 / exponent))};
+    curve[static_cast<std::size_t>(i)] = {extent * (1 - std::pow(std::cos(angle), 2 / look::cornerExponent)),
+                                          extent * (1 - std::pow(std::sin(angle), 2 / look::cornerExponent))};
   }
   QPolygonF outline;
   for (const QPointF& p : curve) outline << QPointF(rect.left() + p.x(), rect.top() + p.y());
@@ -128,7 +125,7 @@ QPainterPath continuousRect(const QRectF& rect, double cornerRadius) {
 
 Patch boxPatch(const Color& color, double cornerRadius, double pixelRatio) {
   return cached({0, color.red, color.green, color.blue, color.alpha, cornerRadius, pixelRatio}, [&] {
-    const double corner = roundedUpToPixels(cornerRadius * reach, pixelRatio);
+    const double corner = roundedUpToPixels(cornerRadius * look::cornerReach, pixelRatio);
     const double side = 2 * corner + roundedUpToPixels(2, pixelRatio);
     QImage image = blankImage(side, pixelRatio);
     QPainter painter(&image);
@@ -143,9 +140,10 @@ Patch shadowPatch(const Shadow& shadow, double cornerRadius, double pixelRatio) 
   return cached(
       {1, color.red, color.green, color.blue, color.alpha, shadow.radius, cornerRadius, pixelRatio}, [&] {
         // Three box blurs approximate a Gaussian blur. Each one extends the shadow by its radius.
-        const int boxRadius = std::max(1, static_cast<int>(std::lround(shadow.radius * pixelRatio * 0.85)));
+        const int boxRadius =
+            std::max(1, static_cast<int>(std::lround(shadow.radius * pixelRatio * look::shadowDeviation)));
         const double overhang = 3 * boxRadius / pixelRatio;
-        const double corner = roundedUpToPixels(cornerRadius * reach, pixelRatio) + 2 * overhang;
+        const double corner = roundedUpToPixels(cornerRadius * look::cornerReach, pixelRatio) + 2 * overhang;
         const double side = 2 * corner + roundedUpToPixels(2, pixelRatio);
         QImage image = blankImage(side, pixelRatio);
         {
@@ -178,18 +176,18 @@ Patch ringPatch(const Color& inner, const Color& outer, double cornerRadius, dou
   const std::vector<double> key{2,           inner.red,  inner.green, inner.blue,   inner.alpha, outer.red,
                                 outer.green, outer.blue, outer.alpha, cornerRadius, pixelRatio};
   return cached(key, [&] {
-    const double corner = roundedUpToPixels(cornerRadius * reach + 2, pixelRatio);
+    const double corner = roundedUpToPixels(cornerRadius * look::cornerReach + look::ringStroke, pixelRatio);
     const double side = 2 * corner + roundedUpToPixels(2, pixelRatio);
     QImage image = blankImage(side, pixelRatio);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const auto stroke = [&](const Color& color, double inset) {
-      painter.setPen(QPen(toQColor(color), 2));
+      painter.setPen(QPen(toQColor(color), look::ringStroke));
       painter.drawPath(
           continuousRect({inset, inset, side - 2 * inset, side - 2 * inset}, cornerRadius - inset));
     };
-    stroke(outer, 1);
-    stroke(inner, 3);
+    stroke(outer, look::ringStroke / 2);
+    stroke(inner, look::ringStroke * 3 / 2);
     return Patch{image, corner, 0};
   });
 }

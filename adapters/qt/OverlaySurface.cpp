@@ -53,7 +53,7 @@ QImage pictureOf(QWindow& window) {
 }  // namespace
 
 OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options, OverlayKind kind)
-    : ViewWindow(options.text), host_(host), options_(options), kind_(kind) {
+    : host_(host), options_(options), kind_(kind) {
   setProperty(overlayProperty, true);
   setColor(Qt::transparent);
   QSurfaceFormat surfaceFormat = format();
@@ -182,10 +182,16 @@ Insets OverlaySurface::safeArea() const {
   return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
 }
 
-// Returns the keyboard focus to the host, which gives it to the item that had it before.
+// Returns the keyboard focus to the host, which gives it to the item that had it before. If another banner
+// has replaced this one, gives it the focus instead.
 void OverlaySurface::hideEvent(QHideEvent* event) {
   ViewWindow::hideEvent(event);
-  if (host_ && QGuiApplication::focusWindow() == this) host_->requestActivate();
+  if (!host_ || QGuiApplication::focusWindow() != this) return;
+  for (QWindow* window : QGuiApplication::topLevelWindows()) {
+    const bool isBanner = window != this && isOverlay(*window) && window->isVisible();
+    if (isBanner && static_cast<OverlaySurface*>(window)->host_ == host_) return window->requestActivate();
+  }
+  host_->requestActivate();
 }
 
 void OverlaySurface::followHost() {

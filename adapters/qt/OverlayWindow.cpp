@@ -9,6 +9,7 @@
 #endif
 
 #include "adapters/qt/NinePatch.h"
+#include "adapters/qt/QtText.h"
 
 namespace TalvoConsentSDK {
 
@@ -26,13 +27,33 @@ bool asksForHighContrast() {
 #endif
 }
 
+// The options of the host come before the system's settings.
+ViewEnvironment environmentFor(const QtOptions& options, const std::shared_ptr<ImageLoader>& imageLoader) {
+  const DisplayPreferences system =
+      options.systemSettings ? options.systemSettings->preferences() : DisplayPreferences();
+  ViewEnvironment environment;
+  environment.textScale = options.textScale.value_or(system.textScale.value_or(1));
+  environment.textMeasurer = std::make_shared<QtTextMeasurer>(TextSettings{environment.textScale});
+  environment.imageLoader = imageLoader;
+  environment.reducesMotion = options.reducesMotion.value_or(system.reducesMotion.value_or(false));
+  environment.highContrast =
+      options.highContrast.value_or(system.highContrast.value_or(asksForHighContrast()));
+  return environment;
+}
+
 }  // namespace
 
 OverlayWindow::OverlayWindow(QWindow* host, const QtOptions& options,
                              std::shared_ptr<ImageLoader> imageLoader, OverlayKind kind)
     : surface_(new OverlaySurface(host, options, kind)),
       options_(options),
-      imageLoader_(std::move(imageLoader)) {}
+      imageLoader_(std::move(imageLoader)) {
+  if (!options_.systemSettings) return;
+  QObject::connect(options_.systemSettings.get(), &SystemSettings::changed, surface_,
+                   [surface = surface_.data(), options = options_, loader = imageLoader_] {
+                     surface->setEnvironment(environmentFor(options, loader));
+                   });
+}
 
 OverlayWindow::~OverlayWindow() {
   if (!surface_) return;
@@ -41,13 +62,8 @@ OverlayWindow::~OverlayWindow() {
 }
 
 void OverlayWindow::setRootViewController(std::shared_ptr<RootViewController> controller) {
-  ViewEnvironment environment;
-  environment.textMeasurer = std::make_shared<QtTextMeasurer>(options_.text);
-  environment.textScale = options_.text.scale;
-  environment.imageLoader = imageLoader_;
-  environment.reducesMotion = options_.reducesMotion;
-  environment.highContrast = options_.highContrast.value_or(asksForHighContrast());
-  if (surface_) surface_->setController(HostingController::of(controller), std::move(environment));
+  if (surface_)
+    surface_->setController(HostingController::of(controller), environmentFor(options_, imageLoader_));
 }
 
 void OverlayWindow::setBackgroundColor(Color color) {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "adapters/qt/OverlayWindow.h"
+#include "adapters/qt/PortalSettings.h"
 
 namespace TalvoConsentSDK {
 
@@ -50,7 +51,9 @@ bool canShowBanner(const QWindow* window) {
 }  // namespace
 
 QtApplication::QtApplication(QtOptions options, std::shared_ptr<ImageLoader> imageLoader)
-    : options_(std::move(options)), imageLoader_(std::move(imageLoader)) {}
+    : options_(std::move(options)), imageLoader_(std::move(imageLoader)) {
+  if (!options_.systemSettings) options_.systemSettings = portalSettings();
+}
 
 std::vector<std::shared_ptr<Scene>> QtApplication::connectedScenes() {
   QWindowList windows = QGuiApplication::topLevelWindows();
@@ -63,6 +66,11 @@ std::vector<std::shared_ptr<Scene>> QtApplication::connectedScenes() {
     scenes.push_back(std::make_shared<QtScene>(*window, options_, imageLoader_));
   }
   return scenes;
+}
+
+bool QtApplication::reducesMotion() const {
+  return options_.reducesMotion.value_or(
+      options_.systemSettings->preferences().reducesMotion.value_or(false));
 }
 
 void QtApplication::open(const URL& url) {

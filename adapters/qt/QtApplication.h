@@ -26,10 +26,10 @@ class QtApplication : public platform::Application {
   std::optional<platform::LayoutDirection> layoutDirection() const override {
     return options_.layoutDirection;
   }
-  bool reducesMotion() const override { return options_.reducesMotion; }
+  bool reducesMotion() const override;
 
  private:
-  const QtOptions options_;
+  QtOptions options_;
   const std::shared_ptr<platform::ImageLoader> imageLoader_;
 };
 

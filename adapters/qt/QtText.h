@@ -13,6 +13,7 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// The user's settings for text.
 struct TextSettings {
   double scale = 1;  // multiplies every font size; from 1 to about 3
+  friend bool operator==(const TextSettings&, const TextSettings&) = default;
 };
 
 TALVO_EXPORT QString toQString(std::string_view utf8);

@@ -3,6 +3,9 @@
 #include <QFontDatabase>
 #include <QSet>
 #include <algorithm>
+#include <string_view>
+
+#include "TalvoConsentSDK/view/Look.h"
 
 namespace TalvoConsentSDK {
 
@@ -16,41 +19,18 @@ const QSet<QString>& installedFamilies() {
   return families;
 }
 
-struct ScriptFont {
-  QChar::Script script;
-  const char* family;
-};
-
-constexpr ScriptFont scriptFonts[] = {
-    {QChar::Script_Devanagari, "Noto Sans Devanagari"},
-    {QChar::Script_Bengali, "Noto Sans Bengali"},
-    {QChar::Script_Gurmukhi, "Noto Sans Gurmukhi"},
-    {QChar::Script_Gujarati, "Noto Sans Gujarati"},
-    {QChar::Script_Oriya, "Noto Sans Oriya"},
-    {QChar::Script_Tamil, "Noto Sans Tamil"},
-    {QChar::Script_Telugu, "Noto Sans Telugu"},
-    {QChar::Script_Kannada, "Noto Sans Kannada"},
-    {QChar::Script_Malayalam, "Noto Sans Malayalam"},
-    {QChar::Script_Sinhala, "Noto Sans Sinhala"},
-    {QChar::Script_Thai, "Noto Sans Thai"},
-    {QChar::Script_Lao, "Noto Sans Lao"},
-    {QChar::Script_Myanmar, "Noto Sans Myanmar"},
-    {QChar::Script_Khmer, "Noto Sans Khmer"},
-    {QChar::Script_Georgian, "Noto Sans Georgian"},
-    {QChar::Script_Armenian, "Noto Sans Armenian"},
-    {QChar::Script_Ethiopic, "Noto Sans Ethiopic"},
-    {QChar::Script_Hiragana, "Noto Sans CJK JP"},
-    {QChar::Script_Katakana, "Noto Sans CJK JP"},
-    {QChar::Script_Hangul, "Noto Sans CJK KR"},
-    {QChar::Script_Han, "Noto Sans CJK SC"},
-};
+QString toText(std::string_view name) {
+  return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
 
 // Returns an empty text if the script has no font of its own, or if this font is not installed.
 QString familyOf(QChar::Script script) {
-  const auto* const found = std::ranges::find(scriptFonts, script, &ScriptFont::script);
-  if (found == std::end(scriptFonts)) return {};
-  const QString family = QLatin1String(found->family);
-  return installedFamilies().contains(family) ? family : QString();
+  for (const auto& [letter, name] : view::look::scriptFamilies) {
+    if (QChar::script(letter) != script) continue;
+    const QString family = toText(name);
+    return installedFamilies().contains(family) ? family : QString();
+  }
+  return {};
 }
 
 // The scripts of a text's characters. Spaces, most punctuation and some combining marks belong to several.
@@ -86,8 +66,8 @@ class Scripts {
 const QStringList& generalFamilies() {
   static const QStringList list = [] {
     QStringList found;
-    for (const char* wanted : {"Inter", "Noto Sans Arabic", "Noto Sans Hebrew", "Noto Color Emoji"}) {
-      if (installedFamilies().contains(QLatin1String(wanted))) found << QLatin1String(wanted);
+    for (const std::string_view family : view::look::fontFamilies) {
+      if (installedFamilies().contains(toText(family))) found << toText(family);
     }
     return found << QFontDatabase::systemFont(QFontDatabase::GeneralFont).families();
   }();

@@ -33,6 +33,7 @@ std::optional<Key> toKey(const QKeyEvent& event) {
       return Key::space;
     case Qt::Key_Return:
     case Qt::Key_Enter:
+    case Qt::Key_Select:
       return Key::enter;
     case Qt::Key_Escape:
     case Qt::Key_Back:
@@ -41,6 +42,10 @@ std::optional<Key> toKey(const QKeyEvent& event) {
       return Key::up;
     case Qt::Key_Down:
       return Key::down;
+    case Qt::Key_Left:
+      return Key::left;
+    case Qt::Key_Right:
+      return Key::right;
     case Qt::Key_PageUp:
       return Key::pageUp;
     case Qt::Key_PageDown:
@@ -56,7 +61,7 @@ std::optional<Key> toKey(const QKeyEvent& event) {
 
 }  // namespace
 
-ViewWindow::ViewWindow(const TextSettings& settings) : mount_(stage_, settings), accessible_(*this) {
+ViewWindow::ViewWindow() : mount_(stage_), accessible_(*this) {
   stage_.setParentItem(contentItem());
   timer_.setTimerType(Qt::PreciseTimer);
   timer_.setSingleShot(true);
@@ -72,9 +77,14 @@ ViewWindow::~ViewWindow() {
 void ViewWindow::setController(std::shared_ptr<HostingController> controller, ViewEnvironment environment) {
   if (controller_) controller_->setOnNeedsFrame(nullptr);
   controller_ = std::move(controller);
-  environment_ = std::move(environment);
   controller_->setOnNeedsFrame([this] { scheduleFrame(); });
   accessible_.controllerChanged();
+  setEnvironment(std::move(environment));
+}
+
+void ViewWindow::setEnvironment(ViewEnvironment environment) {
+  environment_ = std::move(environment);
+  mount_.setTextSettings({environment_.textScale});
   resized();
 }
 

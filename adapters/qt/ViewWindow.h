@@ -19,11 +19,15 @@ namespace TalvoConsentSDK {
 /// Use it on the GUI thread. Draws a frame after each change, and one after another while something moves.
 class ViewWindow : public QQuickWindow {
  public:
-  explicit ViewWindow(const TextSettings& settings);
+  ViewWindow();
   ~ViewWindow() override;
 
   /// Sets the controller to show. Its environment is `environment` with the window's own size and safe area.
   void setController(std::shared_ptr<view::HostingController> controller, view::ViewEnvironment environment);
+
+  /// Changes the environment, except for the size and the safe area, which are the window's own.
+  void setEnvironment(view::ViewEnvironment environment);
+
   const std::shared_ptr<view::HostingController>& controller() const { return controller_; }
 
   /// The parent of all items that show the controller's visuals.

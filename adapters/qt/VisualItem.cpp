@@ -11,6 +11,8 @@
 #include <memory>
 #include <utility>
 
+#include "TalvoConsentSDK/view/Look.h"
+
 #include "adapters/qt/NinePatch.h"
 #include "adapters/qt/QtImageLoader.h"
 #include "adapters/qt/TextNode.h"
@@ -22,45 +24,20 @@ using namespace view;
 
 namespace {
 
-QPainterPath glyphPath(Glyph glyph) {  // in a square of side 1
+QPainterPath symbolPath(Glyph glyph) {  // in a square of side 1
+  const look::SymbolLines lines = look::symbolLines(glyph);
   QPainterPath path;
-  switch (glyph) {
-    case Glyph::xmark:
-      path.moveTo(0.06, 0.06);
-      path.lineTo(0.94, 0.94);
-      path.moveTo(0.94, 0.06);
-      path.lineTo(0.06, 0.94);
-      break;
-    case Glyph::chevronLeft:
-      path.moveTo(0.70, 0.08);
-      path.lineTo(0.28, 0.50);
-      path.lineTo(0.70, 0.92);
-      break;
-    case Glyph::chevronRight:
-      path.moveTo(0.30, 0.08);
-      path.lineTo(0.72, 0.50);
-      path.lineTo(0.30, 0.92);
-      break;
+  for (std::size_t i = 0; i < static_cast<std::size_t>(lines.lineCount); ++i) {
+    const auto& [from, over, to] = lines.points[i];
+    path.moveTo(from.x, from.y);
+    path.lineTo(over.x, over.y);
+    path.lineTo(to.x, to.y);
   }
   return path;
 }
 
-double strokeWidth(FontWeight weight) {  // in a square of side 1
-  switch (weight) {
-    case FontWeight::regular:
-      return 0.11;
-    case FontWeight::medium:
-      return 0.14;
-    case FontWeight::semibold:
-      return 0.17;
-    case FontWeight::bold:
-      return 0.20;
-  }
-  return 0.11;
-}
-
 void paintSymbol(QPainter& painter, const visual::Symbol& symbol, double side) {
-  QPen pen(toQColor(symbol.color), strokeWidth(symbol.weight));
+  QPen pen(toQColor(symbol.color), look::symbolStroke(symbol.weight));
   pen.setCapStyle(Qt::RoundCap);
   pen.setJoinStyle(Qt::RoundJoin);
   painter.scale(side, side);
@@ -68,7 +45,7 @@ void paintSymbol(QPainter& painter, const visual::Symbol& symbol, double side) {
   if (symbol.isMirrored) painter.scale(-1, 1);
   painter.rotate(symbol.turns * 360);
   painter.translate(-0.5, -0.5);
-  painter.strokePath(glyphPath(symbol.glyph), pen);
+  painter.strokePath(symbolPath(symbol.glyph), pen);
 }
 
 QColor mixed(const Color& from, const Color& to, double share) {
@@ -78,20 +55,31 @@ QColor mixed(const Color& from, const Color& to, double share) {
 }
 
 void paintSwitch(QPainter& painter, const visual::Switch& toggle, const QSizeF& size) {
-  constexpr double inset = 2;
-  const double knob = size.height() - 2 * inset;
-  const double position = toggle.isMirrored ? 1 - toggle.position : toggle.position;
-  const double x = inset + (size.width() - 2 * inset - knob) * position;
+  const look::SwitchParts parts = look::switchParts({size.width(), size.height()});
+  const double x = parts.inset + parts.travel * (toggle.isMirrored ? 1 - toggle.position : toggle.position);
   const auto disc = [&](double grow, double dy, const QColor& color) {
+    const double side = parts.diameter + 2 * grow;
     painter.setBrush(color);
-    painter.drawEllipse(QRectF(x - grow, inset - grow + dy, knob + 2 * grow, knob + 2 * grow));
+    painter.drawEllipse(QRectF(x - grow, parts.inset - grow + dy, side, side));
   };
   painter.setPen(Qt::NoPen);
   painter.setBrush(mixed(toggle.offColor, toggle.onColor, toggle.position));
   painter.drawRoundedRect(QRectF(QPointF(0, 0), size), size.height() / 2, size.height() / 2);
-  disc(0.5, 1.5, QColor(0, 0, 0, 18));
-  disc(0, 1, QColor(0, 0, 0, 40));
+  for (const look::KnobShadow& shadow : look::knobShadows) {
+    disc(shadow.growth * parts.unit, shadow.offset * parts.unit,
+         QColor::fromRgbF(0, 0, 0, static_cast<float>(shadow.alpha)));
+  }
   disc(0, 0, toQColor(toggle.knobColor));
+}
+
+// A column of pixels in which a box's colour fades away, without a visible start.
+QImage fadeColumn(const visual::Box& box, int height) {
+  QImage column(1, height, QImage::Format_ARGB32);
+  for (int y = 0; y < height; ++y) {
+    const double share = look::fadeOpacity(box.fade, (y + 0.5) / height);
+    column.setPixelColor(0, y, toQColor(box.color.withAlpha(box.color.alpha * share)));
+  }
+  return column;
 }
 
 // Creates the node that draws a visual, in the item's size; has one overload per kind of visual.
@@ -109,6 +97,11 @@ struct NodeMaker {
   }
 
   QSGNode* operator()(const visual::Box& box) const {
+    if (box.fade != 0) {
+      // Longer by half a pixel at each end, because clips end at whole pixels and this may not.
+      const double half = 0.5 / ratio();
+      return imageNode(fadeColumn(box, std::max(1, qRound(size.height() * ratio()))), {0, half, 0, half});
+    }
     if (box.cornerRadius > 0) return patchNode(boxPatch(box.color, box.cornerRadius, ratio()));
     QSGRectangleNode* node = window.createRectangleNode();
     node->setColor(toQColor(box.color));
@@ -124,12 +117,7 @@ struct NodeMaker {
     const auto* image = dynamic_cast<const QtImage*>(picture.image.get());
     if (!image) return nullptr;
     const QSize pixels = (size * ratio()).toSize();
-    const QImage scaled = image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    QSGImageNode* node = window.createImageNode();
-    node->setTexture(window.createTextureFromImage(scaled, QQuickWindow::TextureHasAlphaChannel));
-    node->setOwnsTexture(true);
-    node->setRect(QRectF(QPointF(0, 0), size));
-    return node;
+    return imageNode(image->content().scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
   }
 
   QSGNode* operator()(const visual::Switch& toggle) const {
@@ -138,6 +126,14 @@ struct NodeMaker {
 
   QSGNode* operator()(const visual::FocusRing& ring) const {
     return patchNode(ringPatch(ring.inner, ring.outer, ring.cornerRadius, ratio()));
+  }
+
+  QSGNode* imageNode(const QImage& image, const QMarginsF& margins = {}) const {
+    QSGImageNode* node = window.createImageNode();
+    node->setTexture(window.createTextureFromImage(image, QQuickWindow::TextureHasAlphaChannel));
+    node->setOwnsTexture(true);
+    node->setRect(QRectF(QPointF(0, 0), size).marginsAdded(margins));
+    return node;
   }
 
   // Adds a margin of 2 points for shadows and strokes that extend beyond the item.

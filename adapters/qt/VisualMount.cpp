@@ -7,7 +7,11 @@ namespace TalvoConsentSDK {
 using namespace platform;
 using namespace view;
 
-VisualMount::VisualMount(QQuickItem& root, const TextSettings& settings) : root_(root), settings_(settings) {}
+void VisualMount::setTextSettings(const TextSettings& settings) {
+  if (settings == settings_) return;
+  settings_ = settings;
+  items_.clear();
+}
 
 void VisualMount::update(const std::vector<Visual>& visuals) {
   std::map<Identity, std::unique_ptr<VisualItem>> kept;

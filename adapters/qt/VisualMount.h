@@ -17,7 +17,10 @@ namespace TalvoConsentSDK {
 /// Consecutive visuals with the same clip share a clipping item.
 class VisualMount {
  public:
-  VisualMount(QQuickItem& root, const TextSettings& settings);
+  explicit VisualMount(QQuickItem& root) : root_(root) {}
+
+  /// The settings with which texts are drawn from the next update on.
+  void setTextSettings(const TextSettings& settings);
 
   void update(const std::vector<view::Visual>& visuals);
 
@@ -27,7 +30,7 @@ class VisualMount {
   QQuickItem& group(std::size_t index, const std::optional<platform::Rect>& clip);
 
   QQuickItem& root_;
-  const TextSettings settings_;
+  TextSettings settings_;
   std::vector<std::unique_ptr<QQuickItem>> groups_;
   std::map<Identity, std::unique_ptr<VisualItem>> items_;  // declared last: destroyed before groups_
 };

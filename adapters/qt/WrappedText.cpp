@@ -9,6 +9,7 @@
 #include <mutex>
 #include <tuple>
 
+#include "TalvoConsentSDK/view/Look.h"
 #include "TalvoConsentSDK/view/TextDirection.h"
 
 #include "adapters/qt/ScriptFonts.h"
@@ -20,7 +21,6 @@ using namespace view;
 
 namespace {
 
-constexpr double minShare = 2.0 / 3;     // of the font size; a text that would shrink below it keeps its size
 constexpr double unlimited = 1'000'000;  // wider than any line; Qt's layouts do not accept infinity
 
 // Lengths are in UTF-16 units. If a text has no blanks at which a line can end, the time that Qt takes for
@@ -118,7 +118,7 @@ WrappedText::Lines WrappedText::wrap(const QFont& font, double lineHeight, doubl
   // Whole points, so that the text shrinks by the same amount when it is drawn in a frame of whole points.
   const double room = std::floor(width);
   const double share = room / widestUnbreakableRun(content_, lines.font);
-  if (share < minShare || share >= 1) return lines;
+  if (share < look::minTextShare || share >= 1) return lines;
   lines.font.setPixelSize(std::max(1, static_cast<int>(lines.font.pixelSize() * share)));
   lines.height *= share;
   lines.minWidth = room;
@@ -220,8 +220,15 @@ Size WrappedText::size() {
   // When Qt wraps a line, it includes the overhang of the last letter; naturalTextWidth does not.
   if (isLong()) return {std::min(lines_->width, std::ceil(lines_->widest + lines_->height)), height};
   Lines lines = *lines_;
+  const auto starts = [this] {
+    std::vector<int> found;
+    for (int i = 0; i < layout_.lineCount(); ++i) found.push_back(layout_.lineAt(i).textStart());
+    return found;
+  };
+  layOut(lines, lines.pieces.front());
+  const std::vector<int> wanted = starts();
   double widest = std::ceil(lines.widest);
-  for (breakLines(lines, widest); lines.count > count; breakLines(lines, widest)) ++widest;
+  for (breakLines(lines, widest); starts() != wanted; breakLines(lines, widest)) ++widest;
   lines_ = std::make_shared<const Lines>(std::move(lines));
   return {widest, height};
 }

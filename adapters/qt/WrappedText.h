@@ -31,8 +31,8 @@ class WrappedText {
               Qt::Alignment alignment = Qt::AlignLeft);
 
   /// Returns the size of the wrapped text. The width is in whole points, except if a text of more than
-  /// 4,096 characters takes up all of `width`. Wrapping the text to the returned width gives the same number
-  /// of lines, so drawing it in a frame of this size does not cut it off.
+  /// 4,096 characters takes up all of `width`. Wrapping the text to the returned width gives the same
+  /// lines, so drawing it in a frame of this size does not cut it off.
   platform::Size size();
 
   /// Draws the lines that are visible between `top` and `bottom`.

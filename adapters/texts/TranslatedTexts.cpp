@@ -38,6 +38,7 @@ std::string TranslatedTexts::text(std::string_view key) {
   }
   const Translation* translation = translation_;
   if (!translation) return std::string(key);
+  if (key == "en") return std::string(translation->language);
   if (const auto count = vendorCount(key)) return counted(translation->vendors, translation->rule, *count);
   const std::string_view text = translation->text(key);
   return std::string(text.empty() ? key : text);

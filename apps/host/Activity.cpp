@@ -66,10 +66,14 @@ std::vector<std::pair<std::string, std::string>> LoadedReplies::take() {
 }
 
 void Activity::watch(Platform& platform) {
-  platform.mainActor = std::make_shared<CountingExecutor>(platform.mainActor, count_);
-  platform.background = std::make_shared<CountingExecutor>(platform.background, count_);
-  platform.callbacks = std::make_shared<CountingExecutor>(platform.callbacks, count_);
+  platform.mainActor = counting(platform.mainActor);
+  platform.background = counting(platform.background);
+  platform.callbacks = counting(platform.callbacks);
   platform.urlSession = std::make_shared<CountingSession>(platform.urlSession, count_, loaded_);
+}
+
+std::shared_ptr<Executor> Activity::counting(std::shared_ptr<Executor> executor) const {
+  return std::make_shared<CountingExecutor>(std::move(executor), count_);
 }
 
 }  // namespace TalvoConsentHost

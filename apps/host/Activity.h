@@ -33,6 +33,10 @@ class Activity {
   /// Wraps a platform's executors and session so that this object counts their work.
   void watch(TalvoConsentSDK::Platform& platform);
 
+  /// Returns an executor that runs jobs on `executor` and counts them.
+  std::shared_ptr<TalvoConsentSDK::platform::Executor> counting(
+      std::shared_ptr<TalvoConsentSDK::platform::Executor> executor) const;
+
   bool isIdle() const { return *count_ == 0; }
 
   LoadedReplies& loaded() const { return *loaded_; }

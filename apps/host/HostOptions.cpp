@@ -1,6 +1,7 @@
 #include "apps/host/HostOptions.h"
 
 #include <QCommandLineParser>
+#include <QStandardPaths>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -54,6 +55,21 @@ LayoutDirection direction(const QString& text) {
   fail(QStringLiteral("--layout takes rtl or ltr"));
 }
 
+Toolkit toolkit(const QString& text) {
+  if (text == QLatin1String("qt")) return Toolkit::qt;
+#if defined(TALVO_HAS_DRAW)
+  if (text == QLatin1String("draw")) return Toolkit::draw;
+  fail(QStringLiteral("--toolkit takes qt or draw"));
+#else
+  fail(QStringLiteral("--toolkit takes qt; draw was not built in"));
+#endif
+}
+
+std::filesystem::path defaultStore() {
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+  return std::filesystem::path(folder.toStdString()) / "consent.sqlite";
+}
+
 }  // namespace
 
 HostOptions parseOptions(const QStringList& arguments) {
@@ -66,6 +82,7 @@ HostOptions parseOptions(const QStringList& arguments) {
     parser.addOption(
         {QLatin1String(name), QLatin1String(help), QLatin1String(value), QString::fromStdString(fallback)});
   };
+  add("toolkit", "What draws the banner: qt, or draw for draw lists without a display.", "qt|draw", "qt");
   add("api-url", "URL of the consent service.", "URL", defaults.apiUrl);
   add("site", "Identifier of the site.", "ID", defaults.site);
   add("language", "Language of the banner.", "CODE", defaults.language);
@@ -75,7 +92,7 @@ HostOptions parseOptions(const QStringList& arguments) {
   add("ca", "PEM file of certificate authorities to trust, besides the system's.", "FILE");
   add("size", "Size of the window in points.", "WxH", "390x844");
   add("scale", "Pixels per point.", "N");
-  add("text-scale", "Factor for the size of text.", "F", "1");
+  add("text-scale", "Factor for the size of text, instead of the system's.", "F");
   add("layout", "Direction of the layout, regardless of the language.", "rtl|ltr");
   add("safe-area", "Insets of the window that the system covers, in points.", "T,L,B,R");
   add("script", "Commands to run, one per line; - reads them from standard input.", "FILE");
@@ -99,10 +116,12 @@ HostOptions parseOptions(const QStringList& arguments) {
 
   const auto text = [&](const char* name) { return parser.value(QLatin1String(name)).toStdString(); };
   HostOptions options;
+  options.toolkit = toolkit(parser.value(QStringLiteral("toolkit")));
   options.apiUrl = text("api-url");
   options.site = text("site");
   options.language = text("language");
-  options.store = text("store");
+  options.store =
+      parser.isSet(QStringLiteral("store")) ? std::filesystem::path(text("store")) : defaultStore();
   options.maxCacheBytes = static_cast<std::size_t>(number(parser, QStringLiteral("cache"), 0, 1e12));
   options.certificates = text("ca");
   if (!options.certificates.empty() && !std::ifstream(options.certificates))
@@ -110,7 +129,8 @@ HostOptions parseOptions(const QStringList& arguments) {
   options.size = size(parser.value(QStringLiteral("size")));
   if (parser.isSet(QStringLiteral("scale")))
     options.pixelRatio = number(parser, QStringLiteral("scale"), 0.5, 8);
-  options.textScale = number(parser, QStringLiteral("text-scale"), 0.5, 4);
+  if (parser.isSet(QStringLiteral("text-scale")))
+    options.textScale = number(parser, QStringLiteral("text-scale"), 0.5, 4);
   if (parser.isSet(QStringLiteral("layout"))) {
     options.layoutDirection = direction(parser.value(QStringLiteral("layout")));
   }

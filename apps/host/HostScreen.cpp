@@ -41,21 +41,38 @@ AnyView section(const std::string& title, const AnyView& content) {
   return verticalStack({.alignment = HorizontalAlignment::leading, .spacing = 6}, {heading, box});
 }
 
-AnyView operationButton(const HostOperation& operation) {
+// Three dots, one of which is dark.
+AnyView busyIndicator(unsigned step) {
+  constexpr double size = 5;
+  std::vector<AnyView> dots;
+  for (unsigned i = 0; i < 3; ++i) {
+    dots.push_back(AnyView()
+                       .frame({.minWidth = size, .maxWidth = size, .minHeight = size, .maxHeight = size})
+                       .background({accent.withAlpha(step % 3 == i ? 1 : 0.3), size / 2}));
+  }
+  return horizontalStack({.spacing = 3}, dots);
+}
+
+AnyView operationButton(const HostOperation& operation, const std::optional<unsigned>& busyStep) {
   const AnyView label = text(operation.title, {.font = {TextStyle::subheadline, FontWeight::semibold},
                                                .color = accent,
                                                .alignment = HorizontalAlignment::center});
-  return button(label.frame({.maxWidth = infinity})
+  const bool isBusy = operation.showsBanner && busyStep;
+  const AnyView content = isBusy ? horizontalStack({.spacing = 6, .overflow = Overflow::stackAtBrokenWord},
+                                                   {label, busyIndicator(*busyStep)})
+                                 : label;
+  return button(content.frame({.maxWidth = infinity})
                     .padding(Insets::vertical(12))
                     .background({.color = tint, .cornerRadius = 10}),
-                operation.start);
+                operation.start)
+      .accessibility({.description = isBusy ? busyDescription : ""});
 }
 
-AnyView operationList(const std::vector<HostOperation>& operations) {
+AnyView operationList(const std::vector<HostOperation>& operations, const std::optional<unsigned>& busyStep) {
   std::vector<AnyView> rows;
   for (std::size_t i = 0; i < operations.size(); i += 2) {
-    std::vector<AnyView> row{operationButton(operations[i])};
-    if (i + 1 < operations.size()) row.push_back(operationButton(operations[i + 1]));
+    std::vector<AnyView> row{operationButton(operations[i], busyStep)};
+    if (i + 1 < operations.size()) row.push_back(operationButton(operations[i + 1], busyStep));
     rows.push_back(horizontalStack({.spacing = 8, .overflow = Overflow::stackAtBrokenWord}, row));
   }
   return verticalStack({.spacing = 8}, rows);
@@ -80,16 +97,17 @@ AnyView hostScreen(const State<HostContent>& content, std::vector<HostOperation>
     context.observe(content);
     const AnyView stored =
         text(content.get().stored, {.font = {TextStyle::subheadline, FontWeight::regular}, .color = ink});
-    const AnyView sections = verticalStack({.spacing = 18},
-                                           {
-                                               section("STORED CONSENT", stored),
-                                               section("OPERATIONS", operationList(operations)),
-                                               section("EVENTS", log(content.get().log)),
-                                           })
-                                 .padding(Insets::all(16));
+    const AnyView sections =
+        verticalStack({.spacing = 18},
+                      {
+                          section("STORED CONSENT", stored),
+                          section("OPERATIONS", operationList(operations, content.get().busyStep)),
+                          section("EVENTS", log(content.get().log)),
+                      })
+            .padding(Insets::all(16));
     const Alignment top{HorizontalAlignment::center, VerticalAlignment::top};
-    return depthStack(top,
-                      {shape(page).ignoresSafeArea(), verticalStack({}, {header(), scrollView(sections)})});
+    return depthStack(top, {shape(page).ignoresSafeArea(),
+                            verticalStack({}, {header(), scrollView(sections)}).background({.color = page})});
   });
 }
 

@@ -1,7 +1,6 @@
 #include "apps/host/Script.h"
 
-#include <QCoreApplication>
-#include <QPointer>
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -13,13 +12,9 @@
 #include <thread>
 #include <utility>
 
-#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
 
-#include "adapters/qt/QtMainActor.h"
-#include "adapters/qt/ViewWindow.h"
-
-#include "apps/host/EventLoop.h"
+#include "apps/host/HostScreen.h"
 #include "apps/host/Output.h"
 #include "apps/host/Timing.h"
 
@@ -58,6 +53,18 @@ HostCoroutine awaitSubmission(Task<ConsentResponse> submission, std::function<vo
   done(answer(*result));
 }
 
+JSONObject describe(const ShownElement& element, const std::string& bannersLanguage) {
+  const Rect& f = element.frame;
+  JSONObject object{{"role", std::string(rawValue(element.role))},
+                    {"name", element.name},
+                    {"enabled", element.isEnabled},
+                    {"rect", JSONArray{f.x, f.y, f.width, f.height}}};
+  if (!element.value.empty()) object["value"] = element.value;
+  if (!element.description.empty()) object["description"] = element.description;
+  if (element.language != bannersLanguage) object["language"] = element.language;
+  return object;
+}
+
 std::function<void()> reporting(const char* callback) {
   return [callback] { printObject({{"callback", callback}, {"thread", threadName()}}); };
 }
@@ -65,20 +72,19 @@ std::function<void()> reporting(const char* callback) {
 }  // namespace
 
 Script::Script(std::shared_ptr<CookiesSDK> sdk, std::string apiUrl, const Activity& activity,
-               ViewWindow& host)
-    : sdk_(std::move(sdk)), apiUrl_(std::move(apiUrl)), activity_(activity), driver_(host, &waitUntil) {}
+               HostDisplay& display)
+    : sdk_(std::move(sdk)), apiUrl_(std::move(apiUrl)), activity_(activity), display_(display) {}
 
 void Script::start(const std::string& file) {
   // Reads lines on a separate thread, so that events are handled while there is no input. The thread may
   // outlive everything in main().
-  static QtMainActor& turns = neverDestroyed<QtMainActor>();
-  std::thread([self = weak_from_this(), file] {
+  std::thread([self = weak_from_this(), turns = display_.turns(), file] {
     std::ifstream opened;
     if (file != "-") opened.open(file);
     std::istream& input = file == "-" ? std::cin : opened;
     for (std::string line; std::getline(input, line);) {
       const auto goesOn = std::make_shared<std::promise<bool>>();
-      turns.post([self, line, goesOn] {
+      turns->post([self, line, goesOn] {
         const auto script = self.lock();
         if (script) script->run(line);
         goesOn->set_value(script && !script->isOver_);
@@ -86,7 +92,7 @@ void Script::start(const std::string& file) {
       if (!goesOn->get_future().get()) return;
     }
     const bool isMissing = file != "-" && !opened.is_open();
-    turns.post([self, isMissing] {
+    turns->post([self, isMissing] {
       const auto script = self.lock();
       if (script && isMissing) script->fail("The script cannot be read");
       if (script) script->finish();
@@ -107,7 +113,9 @@ const std::map<std::string, Script::Command>& Script::commands() {
       {"listen", &Script::listen},
       {"banner", &Script::banner},
       {"view", &Script::view},
+      {"accessible", &Script::accessible},
       {"tap", &Script::tap},
+      {"busy", &Script::busy},
       {"key", &Script::key},
       {"screenshot", &Script::screenshot},
       {"settle", &Script::settle},
@@ -131,7 +139,7 @@ void Script::run(std::string line) {
 
 void Script::finish() {
   isOver_ = true;
-  QCoreApplication::exit(hasFailed_ ? 1 : 0);
+  display_.quit(hasFailed_ ? 1 : 0);
 }
 
 void Script::consent(const std::string&) {
@@ -164,7 +172,7 @@ void Script::waitForAnswer(const std::function<void(const Answer&)>& send) {
     printObject(reply);
     *isDone = reply.contains("error") ? 2 : 1;
   });
-  if (!waitUntil([isDone] { return *isDone != 0; })) return fail("No answer arrived");
+  if (!display_.waitUntil([isDone] { return *isDone != 0; })) return fail("No answer arrived");
   hasFailed_ = hasFailed_ || *isDone != 1;
 }
 
@@ -221,7 +229,6 @@ void Script::banner(const std::string& timeLimit) {
     if (!(std::istringstream(timeLimit) >> limit)) return fail("banner takes a time limit in milliseconds");
     options.timeLimit = std::chrono::milliseconds(limit);
   }
-  const QPointer<ViewWindow> before = driver_.banner();
   const auto error = std::make_shared<std::optional<Error>>();
   Timing::bannerRequested();
   const auto reportError = [error](const Error& reason) {
@@ -234,39 +241,70 @@ void Script::banner(const std::string& timeLimit) {
                                   .onError = reportError,
                                   .onManagePreferences = reporting("onManagePreferences")},
                    options);
-  if (!waitUntil([this] { return isSettled(); })) return fail("The banner did not become idle");
-  const ViewWindow* const shown = driver_.banner();
+  if (!display_.waitUntil([this] { return isSettled(); })) return fail("The banner did not become idle");
   if (*error) {
     hasFailed_ = true;
     printObject({{"error", toJSON(**error)}});
   } else {
-    printObject({{"banner", shown && shown != before ? "shown" : "none"}});
+    printObject({{"banner", display_.isBannerShown() ? "shown" : "none"}});
   }
 }
 
 void Script::view(const std::string&) {
-  printObject({{"view", driver_.view()}});
+  const std::vector<ShownElement> elements = display_.elements();
+  JSONArray objects;
+  for (const ShownElement& each : elements) objects.push_back(describe(each, elements.front().language));
+  printObject({{"view", objects}});
 }
 
+void Script::accessible(const std::string&) {
+  JSONArray elements;
+  for (const ShownElement& each : display_.accessibleElements()) {
+    JSONObject object = describe(each, each.language);
+    object["focused"] = each.isFocused;
+    object["modal"] = each.isModal;
+    object["activates"] = each.canBeActivated;
+    elements.push_back(std::move(object));
+  }
+  printObject({{"accessible", elements}});
+}
+
+// tap [ROLE:]NAME
 void Script::tap(const std::string& target) {
-  const auto name = driver_.tap(target);
-  if (!name) return fail("No control is named: " + target);
-  printObject({{"tapped", *name}});
+  std::optional<view::Role> role;
+  std::string name = target;
+  for (const view::Role each :
+       {view::Role::button, view::Role::link, view::Role::toggle, view::Role::expander}) {
+    const std::string prefix = std::string(rawValue(each)) + ":";
+    if (!target.starts_with(prefix)) continue;
+    role = each;
+    name = target.substr(prefix.size());
+  }
+  if (!display_.tap(name, role)) return fail("No control is named: " + target);
+  printObject({{"tapped", name}});
+}
+
+void Script::busy(const std::string&) {
+  JSONArray names;
+  for (const ShownElement& each : display_.hostElements()) {
+    if (each.description == busyDescription) names.push_back(each.name);
+  }
+  printObject({{"busy", names}});
 }
 
 void Script::key(const std::string& name) {
-  if (!driver_.press(name)) return fail("Unknown key: " + name);
-  const auto focus = driver_.focus();
+  if (!display_.press(name)) return fail("Unknown key: " + name);
+  const auto focus = display_.focus();
   printObject({{"key", name}, {"focus", focus ? JSONValue(*focus) : JSONValue()}});
 }
 
 void Script::screenshot(const std::string& file) {
-  if (!driver_.screenshot(file)) return fail("The picture cannot be written: " + file);
+  if (!display_.screenshot(file)) return fail("The picture cannot be written: " + file);
   printObject({{"screenshot", file}});
 }
 
 void Script::settle(const std::string&) {
-  if (!waitUntil([this] { return isSettled(); })) return fail("The SDK is still busy");
+  if (!display_.waitUntil([this] { return isSettled(); })) return fail("The SDK is still busy");
   printObject({{"settled", true}});
 }
 
@@ -318,7 +356,7 @@ void Script::fail(const std::string& description) {
 }
 
 bool Script::isSettled() const {
-  return activity_.isIdle() && !driver_.isMoving();
+  return activity_.isIdle() && !display_.isMoving();
 }
 
 }  // namespace TalvoConsentHost

@@ -12,16 +12,16 @@
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 
 #include "apps/host/Activity.h"
-#include "apps/host/BannerDriver.h"
+#include "apps/host/HostDisplay.h"
 
 namespace TalvoConsentHost {
 
-/// Runs commands one after another on the GUI thread. A command ends when its answer has been printed. Events
-/// and host callbacks are printed as they arrive.
+/// Runs commands one after another on the main thread. A command ends when its answer has been printed.
+/// Events and host callbacks are printed as they arrive.
 class Script : public std::enable_shared_from_this<Script> {
  public:
   Script(std::shared_ptr<TalvoConsentSDK::CookiesSDK> sdk, std::string apiUrl, const Activity& activity,
-         TalvoConsentSDK::ViewWindow& host);
+         HostDisplay& display);
 
   /// Runs the commands in a file, or from standard input for "-", then ends the application. The exit status
   /// is 1 if a command failed or was unknown.
@@ -45,7 +45,9 @@ class Script : public std::enable_shared_from_this<Script> {
   void listen(const std::string&);
   void banner(const std::string& timeLimit);
   void view(const std::string&);
+  void accessible(const std::string&);
   void tap(const std::string& target);
+  void busy(const std::string&);
   void key(const std::string& name);
   void screenshot(const std::string& file);
   void settle(const std::string&);
@@ -65,7 +67,7 @@ class Script : public std::enable_shared_from_this<Script> {
   const std::shared_ptr<TalvoConsentSDK::CookiesSDK> sdk_;
   const std::string apiUrl_;
   const Activity& activity_;
-  BannerDriver driver_;
+  HostDisplay& display_;
   bool hasFailed_ = false;
   bool isOver_ = false;
   std::vector<TalvoConsentSDK::Subscription> gates_;

@@ -1,9 +1,5 @@
 #include "apps/host/Timing.h"
 
-#include <QCoreApplication>
-#include <QEvent>
-#include <QObject>
-#include <QQuickWindow>
 #include <chrono>
 #include <ctime>
 #include <fstream>
@@ -18,8 +14,6 @@
 
 #include "TalvoConsentSDK/base/NeverDestroyed.h"
 
-#include "adapters/qt/OverlaySurface.h"
-
 namespace TalvoConsentHost {
 
 namespace {
@@ -27,14 +21,12 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using TalvoConsentSDK::JSONValue;
 using TalvoConsentSDK::neverDestroyed;
-using TalvoConsentSDK::OverlaySurface;
 
-// Locked, because frames are presented on a render thread.
 struct Moments {
   std::mutex lock;
-  std::optional<Clock::time_point> processStart;
   std::optional<Clock::time_point> requested;
   std::optional<Clock::time_point> firstFrame;      // of the first banner of the process
+  std::clock_t firstFrameWork = 0;                  // the processor time until then
   std::optional<Clock::time_point> requestedFrame;  // of the banner requested last
   std::optional<Clock::time_point> switchTap;
   std::optional<Clock::time_point> switchFrame;
@@ -65,30 +57,6 @@ std::optional<Clock::time_point> processStart() {
 #endif
 }
 
-void framePresented() {
-  Moments& moments = Moments::instance();
-  const std::scoped_lock guard(moments.lock);
-  const auto now = Clock::now();
-  if (!moments.firstFrame) moments.firstFrame = now;
-  if (moments.requested && !moments.requestedFrame) moments.requestedFrame = now;
-  if (moments.switchTap && !moments.switchFrame) moments.switchFrame = now;
-}
-
-class BannerWatcher : public QObject {
- public:
-  using QObject::QObject;
-
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (event->type() != QEvent::PlatformSurface && event->type() != QEvent::Show) return false;
-    auto* window = qobject_cast<QQuickWindow*>(watched);
-    if (!window || !OverlaySurface::isOverlay(*window) || window->property("timed").toBool()) return false;
-    window->setProperty("timed", true);
-    connect(window, &QQuickWindow::frameSwapped, this, &framePresented, Qt::DirectConnection);
-    return false;
-  }
-};
-
 JSONValue milliseconds(const std::optional<Clock::time_point>& from,
                        const std::optional<Clock::time_point>& to) {
   if (!from || !to || *to < *from) return {};
@@ -104,9 +72,17 @@ void Timing::bannerRequested() {
   moments.requestedFrame.reset();
 }
 
-void Timing::watchBanners() {
-  Moments::instance().processStart = processStart();
-  qApp->installEventFilter(new BannerWatcher(qApp));
+// Frames may be presented on a render thread.
+void Timing::framePresented() {
+  Moments& moments = Moments::instance();
+  const std::scoped_lock guard(moments.lock);
+  const auto now = Clock::now();
+  if (!moments.firstFrame) {
+    moments.firstFrame = now;
+    moments.firstFrameWork = std::clock();
+  }
+  if (moments.requested && !moments.requestedFrame) moments.requestedFrame = now;
+  if (moments.switchTap && !moments.switchFrame) moments.switchFrame = now;
 }
 
 void Timing::switchTapped() {
@@ -120,7 +96,8 @@ TalvoConsentSDK::JSONObject Timing::report() {
   Moments& moments = Moments::instance();
   const std::scoped_lock guard(moments.lock);
   return {
-      {"process_to_first_frame_ms", milliseconds(moments.processStart, moments.firstFrame)},
+      {"process_to_first_frame_ms", milliseconds(processStart(), moments.firstFrame)},
+      {"first_frame_processor_ms", static_cast<double>(moments.firstFrameWork) * 1e3 / CLOCKS_PER_SEC},
       {"show_to_first_frame_ms", milliseconds(moments.requested, moments.requestedFrame)},
       {"last_switch_to_frame_ms", milliseconds(moments.switchTap, moments.switchFrame)},
   };

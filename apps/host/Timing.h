@@ -7,14 +7,14 @@
 namespace TalvoConsentHost {
 
 /// The times of the process's first banner, of the last banner requested, and of the last switch tapped. Call
-/// these functions on the GUI thread.
+/// these functions on the main thread, unless they say otherwise.
 class Timing {
  public:
   /// Call this right before showBanner.
   static void bannerRequested();
 
-  /// From now on, records when the windows of banners present frames.
-  static void watchBanners();
+  /// Call this whenever a frame with a banner has been presented. Thread-safe.
+  static void framePresented();
 
   /// Call this right before tapping a switch.
   static void switchTapped();

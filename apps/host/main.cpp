@@ -1,28 +1,28 @@
 // The sample host: an app window that uses the SDK, for people to try and for scripts to drive.
 
-#include <QGuiApplication>
-#include <QStandardPaths>
-#include <QSurfaceFormat>
-#include <cstdlib>
+#include <QCoreApplication>
+#include <QStringList>
+#include <QTimer>
 #include <memory>
 
 #include "TalvoConsentSDK/models/JSONCoding.h"
 #include "TalvoConsentSDK/view/Views.h"
 
-#include "adapters/curl/CurlURLSession.h"
 #include "adapters/posix/CachedSession.h"
-#include "adapters/qt/QtMainActor.h"
-#include "adapters/qt/QtPlatform.h"
-#include "adapters/qt/ViewWindow.h"
 #include "adapters/texts/TranslatedTexts.h"
+#include "adapters/threads/BackgroundThread.h"
 
 #include "apps/host/Activity.h"
-#include "apps/host/EventLoop.h"
+#include "apps/host/HostDisplay.h"
+#if defined(TALVO_HAS_DRAW)
+#include "apps/host/DrawDisplay.h"
+#endif
 #include "apps/host/HostOptions.h"
 #include "apps/host/HostScreen.h"
 #include "apps/host/Output.h"
+#include "apps/host/PrivacyEntry.h"
+#include "apps/host/QtDisplay.h"
 #include "apps/host/Script.h"
-#include "apps/host/Timing.h"
 
 using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::platform;
@@ -31,22 +31,11 @@ using namespace TalvoConsentHost;
 
 namespace {
 
-QtOptions qtOptions(const HostOptions& options) {
-  QtOptions qt;
-  qt.text.scale = options.textScale;
-  qt.layoutDirection = options.layoutDirection;
-  if (options.highContrast) qt.highContrast = true;
-  qt.reducesMotion = options.reducesMotion;
-  qt.maxCacheBytes = options.maxCacheBytes;
-  qt.safeArea = [insets = options.safeArea](const QWindow&) { return insets; };
-  if (options.script) qt.openURL = [](const URL& url) { printObject({{"opened", url.text()}}); };
-  return qt;
-}
-
-std::filesystem::path storeFile(const HostOptions& options) {
-  if (!options.store.empty()) return options.store;
-  const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-  return std::filesystem::path(folder.toStdString()) / "consent.sqlite";
+std::unique_ptr<HostDisplay> makeDisplay(const HostOptions& options, int& argc, char* argv[]) {
+#if defined(TALVO_HAS_DRAW)
+  if (options.toolkit == Toolkit::draw) return std::make_unique<DrawDisplay>(options);
+#endif
+  return std::make_unique<QtDisplay>(options, argc, argv);
 }
 
 /// Updates the screen's content when the SDK stores a consent or reports an event.
@@ -56,6 +45,10 @@ class HostModel {
       : sdk_(sdk),
         apiUrl_(std::move(apiUrl)),
         log_{std::move(sdk), std::move(mainActor), State(HostContent())} {
+    constexpr int busyInterval = 300;  // milliseconds between the steps of the indicator
+    busyTimer_.setInterval(busyInterval);
+    busyTimer_.callOnTimeout(
+        [content = log_.content] { content.update([](HostContent& shown) { ++*shown.busyStep; }); });
     for (const auto& [event, raw] : RawValues<ConsentEvent>::table) {
       sdk_->addEventListener(
           event, std::make_shared<ConsentEventClosureCallback>(noting("Event " + std::string(raw)), [] {}));
@@ -72,7 +65,7 @@ class HostModel {
       });
     };
     return {
-        {"Privacy settings", [this] { showBanner(); }},
+        {"Privacy settings", [this] { showBanner(); }, true},
         {"Accept all", [submit] { submit(BasicConsent::acceptAll()); }},
         {"Reject all", [submit] { submit(BasicConsent::rejectAll()); }},
         {"Identify demo-user",
@@ -126,10 +119,22 @@ class HostModel {
   }
 
   void showBanner() {
-    sdk_->showBanner(noting("Host callback onAcceptAll"), noting("Host callback onRejectAll"),
-                     noting("Host callback onManagePreferences"), [log = log_](const Error& error) {
-                       log.note(std::string("Host callback onError: ") + error.what());
-                     });
+    const auto failed = [log = log_](const Error& error) {
+      log.note(std::string("Host callback onError: ") + error.what());
+    };
+    entry_->tapped(*sdk_, {.onAcceptAll = noting("Host callback onAcceptAll"),
+                           .onRejectAll = noting("Host callback onRejectAll"),
+                           .onSaved = noting("Host callback onSaved"),
+                           .onError = failed,
+                           .onManagePreferences = noting("Host callback onManagePreferences")});
+  }
+
+  void showBusy(bool isBusy) {
+    log_.content.update(
+        [&](HostContent& shown) { shown.busyStep = isBusy ? std::optional(0U) : std::nullopt; });
+    const bool hasTimers = QCoreApplication::instance() != nullptr;  // not on draw lists
+    const bool moves = isBusy && hasTimers && !Platform::current().application->reducesMotion();
+    moves ? busyTimer_.start() : busyTimer_.stop();
   }
 
   void submitTopics() {
@@ -143,6 +148,9 @@ class HostModel {
   const std::shared_ptr<CookiesSDK> sdk_;
   const std::string apiUrl_;
   const Log log_;
+  QTimer busyTimer_;
+  const std::shared_ptr<PrivacyEntry> entry_ =
+      std::make_shared<PrivacyEntry>([this](bool isBusy) { showBusy(isBusy); });
 };
 
 }  // namespace
@@ -153,47 +161,29 @@ int main(int argc, char* argv[]) {
   for (int i = 0; i < argc; ++i) arguments << QString::fromLocal8Bit(argv[i]);
   QCoreApplication::setApplicationName(QStringLiteral("talvo-host"));
   const HostOptions options = parseOptions(arguments);
-  if (options.pixelRatio > 0) qputenv("QT_SCALE_FACTOR", QByteArray::number(options.pixelRatio));
-  const QGuiApplication application(argc, argv);
+  const std::unique_ptr<HostDisplay> display = makeDisplay(options, argc, argv);
 
-  const QtOptions qt = qtOptions(options);
-  Platform platform = makeQtPlatform(storeFile(options), qt);
-  if (!options.certificates.empty()) {
-    CurlOptions curl;
-    curl.certificates = options.certificates;
-    platform.urlSession =
-        cachedSession(std::make_shared<CurlURLSession>(curl), storeFile(options), options.maxCacheBytes);
-  }
+  Platform platform = display->makePlatform(options);
   Activity activity;
+  // With a cache whose work is counted, too, so that a script can wait until everything is kept.
+  platform.urlSession = cachedSession(platform.urlSession, options.store, options.maxCacheBytes,
+                                      activity.counting(std::make_shared<BackgroundThread>()));
   activity.watch(platform);
-  addQtWindows(platform, qt);
+  display->addWindows(platform);
   platform.localization = std::make_shared<TranslatedTexts>();
   if (options.script) platform.printer = std::make_shared<ObjectPrinter>();
   Platform::install(platform);
-  Timing::watchBanners();
-
-  ViewWindow window(qt.text);
-  window.setTitle(QStringLiteral("Aurora Daily"));
-  window.resize(options.size);
-  ViewEnvironment environment;
-  environment.textMeasurer = std::make_shared<QtTextMeasurer>(qt.text);
-  environment.safeArea = options.safeArea;
-  const auto show = [&](const AnyView& screen) {
-    const LayoutDirection direction = options.layoutDirection.value_or(LayoutDirection::leftToRight);
-    window.setController(std::make_shared<HostingController>(screen, direction), environment);
-    if (!options.isHidden) window.show();
-  };
   if (options.isEmpty) {
-    show(verticalStack({}, {}));
-    waitUntil([&] { return window.isExposed() && !window.isBusy(); });
+    display->show(verticalStack({}, {}));
+    display->waitUntilShown();
   }
 
   const auto sdk = CookiesSDK::createInstance(options.apiUrl, options.site);
   sdk->setLanguage(options.language);
   HostModel model(sdk, platform.mainActor, options.apiUrl);
-  if (!options.isEmpty) show(hostScreen(model.content(), model.operations()));
+  if (!options.isEmpty) display->show(hostScreen(model.content(), model.operations()));
 
-  const auto script = std::make_shared<Script>(sdk, options.apiUrl, activity, window);
+  const auto script = std::make_shared<Script>(sdk, options.apiUrl, activity, *display);
   if (options.script) script->start(*options.script);
-  return QGuiApplication::exec();
+  return display->run();
 }

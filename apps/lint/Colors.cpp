@@ -88,7 +88,9 @@ class ColorCheck {
   }
 
   void checkContrasts() {
-    const Palette palette(customization_.colors);
+    Palette palette(customization_.colors);
+    palette.font = colorFromText(customization_.colors.font);  // measures the site's own colours
+    palette.buttonFont = colorFromText(customization_.colors.buttonFontColor);
     const Color& card = palette.background;
     require(minContrastOfText, "font", "texts on the card", palette.font, {card});
     require(minContrastOfText, "font", "descriptions, which are drawn fainter, on the card",

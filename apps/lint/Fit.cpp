@@ -67,7 +67,8 @@ class FitCheck {
       if (!screen.isMain) banner_.handleMainAction(std::string(manageAction));
       ElementTree tree([] {});
       tree.render(banner_.view());
-      Layout(tree, environment_).run({});
+      Animations animations(tree.memory());
+      Layout(tree, environment_, animations).run({});
       checkTexts(tree.root());
     }
   }

@@ -27,6 +27,15 @@ talvo_status statusOf(const HTTPClientError& error) {
 
 }  // namespace
 
+const char* NotShown::what() const noexcept {
+  return status_ == TALVO_NO_SURFACE ? "There is no surface for the banner: talvo_surface_create makes one"
+                                     : "The host is not in the foreground";
+}
+
+void refuse(const char* name, const char* reason) {
+  throw Error(InvalidArgument(std::string(name) + " " + reason));
+}
+
 talvo_error describe(const Error& error) {
   talvo_error described{TALVO_PLATFORM_ERROR, 0, "", 0, error.what()};
   if (const auto* http = error.as<HTTPClientError>()) {
@@ -37,8 +46,8 @@ talvo_error describe(const Error& error) {
     described.code = platform->code();
   } else if (error.as<InvalidArgument>() || error.as<CodingError>()) {
     described.status = TALVO_INVALID_ARGUMENT;
-  } else if (error.as<NotShown>()) {
-    described.status = TALVO_NOT_SHOWN;
+  } else if (const auto* notShown = error.as<NotShown>()) {
+    described.status = notShown->status();
   }
   return described;
 }

@@ -1,20 +1,13 @@
-// The C interface, implemented on top of the C++ one.
+// The C interface of the clients.
 
-#include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 #include <new>
 #include <string_view>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
-#include "TalvoConsentSDK/base/NeverDestroyed.h"
 #include "TalvoConsentSDK/models/JSONCoding.h"
-
-#include "adapters/posix/PosixPlatform.h"
-#include "adapters/texts/TranslatedTexts.h"
 
 #include "bindings/ConsentText.h"
 #include "bindings/c/Boundary.h"
@@ -23,23 +16,6 @@ using namespace TalvoConsentSDK;
 using namespace TalvoConsentSDK::c;
 
 namespace {
-
-struct MainLoop {
-  std::mutex lock;
-  std::shared_ptr<MainQueue> queue;
-  std::size_t maxCacheBytes = 10'000'000;
-
-  static MainLoop& shared() {
-    static MainLoop& loop = neverDestroyed<MainLoop>();
-    return loop;
-  }
-
-  std::shared_ptr<MainQueue> installed() {
-    const std::scoped_lock guard(lock);
-    if (!queue) throw Error(InvalidArgument("talvo_install has not been called"));
-    return queue;
-  }
-};
 
 // A client's handle is its address, since clients live as long as the process.
 CookiesSDK& cookies(talvo_cookies* client) {
@@ -78,33 +54,16 @@ void answer(talvo_reply_callback callback, void* userData, const Result<std::str
   callback(&error, nullptr, userData);
 }
 
-std::function<void()> closure(talvo_callback callback, std::shared_ptr<void> userData) {
-  return [callback, userData = std::move(userData)] {
-    if (callback) callback(userData.get());
-  };
-}
-
 // Gives a subscription to C, which frees it.
 talvo_subscription* handed(Subscription subscription) {
   return reinterpret_cast<talvo_subscription*>(new Subscription(std::move(subscription)));
 }
 
-// The texts that a host in C replaces.
-class OwnTexts : public platform::Localization {
- public:
-  OwnTexts(talvo_text_callback lookUp, std::shared_ptr<void> userData)
-      : lookUp_(lookUp), userData_(std::move(userData)) {}
-
-  std::string text(std::string_view key) override {
-    const std::string copy(key);
-    const char* const own = lookUp_ ? lookUp_(copy.c_str(), userData_.get()) : nullptr;
-    return own ? own : copy;
-  }
-
- private:
-  const talvo_text_callback lookUp_;
-  const std::shared_ptr<void> userData_;
-};
+talvo_status whyNotShown() {
+  const bool hasScene =
+      platform::askHost(true, [] { return !Platform::current().application->connectedScenes().empty(); });
+  return hasScene ? TALVO_NOT_SHOWN : TALVO_NO_SURFACE;
+}
 
 static_assert(std::string_view(TALVO_VERSION) == TALVO_CONSENT_SDK_VERSION_TEXT);
 
@@ -129,49 +88,6 @@ void talvo_free(char* text) {
   std::free(text);
 }
 
-talvo_status talvo_install(const char* store, talvo_callback wake, void* user_data) {
-  return guarded([&] {
-    const auto queue = std::make_shared<MainQueue>(closure(wake, owned(user_data, nullptr)));
-    MainLoop& loop = MainLoop::shared();
-    const std::scoped_lock guard(loop.lock);
-    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    Platform::install(makePosixPlatform(queue, store ? std::filesystem::path(store) : defaultStoreFile(), {},
-                                        loop.maxCacheBytes));
-    loop.queue = queue;
-  });
-}
-
-talvo_status talvo_set_cache_size(size_t bytes) {
-  return guarded([&] {
-    MainLoop& loop = MainLoop::shared();
-    const std::scoped_lock guard(loop.lock);
-    if (loop.queue) throw Error(InvalidArgument("talvo_install has been called before"));
-    loop.maxCacheBytes = bytes;
-  });
-}
-
-talvo_status talvo_translate_texts(talvo_text_callback own, void* user_data, talvo_callback release) {
-  return guarded([&] {
-    if (!Platform::isInstalled()) throw Error(InvalidArgument("no platform is installed"));
-    Platform platform = Platform::current();
-    platform.localization =
-        std::make_shared<TranslatedTexts>(std::make_shared<OwnTexts>(own, owned(user_data, release)));
-    Platform::install(std::move(platform));
-  });
-}
-
-size_t talvo_drain(void) {
-  size_t count = 0;
-  guarded([&] { count = MainLoop::shared().installed()->drain(); });
-  return count;
-}
-
-int talvo_wait(unsigned milliseconds) {
-  bool isReady = false;
-  guarded([&] { isReady = MainLoop::shared().installed()->wait(std::chrono::milliseconds(milliseconds)); });
-  return isReady ? 1 : 0;
-}
-
 talvo_cookies* talvo_cookies_create(const char* api_url, const char* site_id) {
   CookiesSDK* client = nullptr;
   guarded([&] {
@@ -188,7 +104,12 @@ talvo_status talvo_cookies_set_language(talvo_cookies* client, const char* langu
 talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json) {
   return guarded([&] {
     required(json, "json") = nullptr;
-    if (const auto consent = cookies(client).getConsent()) *json = copied(*JSONEncoder().encode(*consent));
+    if (const auto consent = cookies(client).getConsent()) {
+      *json = copied(*JSONEncoder().encode(*consent));
+    } else {
+      // Without a consent, a store that can be read returns an answer for any key.
+      static_cast<void>(Platform::current().userDefaults->data("com.talvo.consent.basicConsent").value());
+    }
   });
 }
 
@@ -258,25 +179,23 @@ talvo_status talvo_cookies_remove_identity(talvo_cookies* client) {
 talvo_status talvo_cookies_show_banner(talvo_cookies* client, const talvo_banner_callbacks* callbacks) {
   return guarded([&] {
     CookiesSDK& sdk = cookies(client);
-    talvo_banner_callbacks host{};
-    const std::size_t size = required(callbacks, "callbacks").size;
-    if (size < firstSize) throw Error(InvalidArgument("callbacks->size is too small"));
-    std::memcpy(&host, callbacks, std::min(size, sizeof host));  // either side may know more fields
+    const talvo_banner_callbacks host = copied(callbacks, firstSize, "callbacks");
     const auto userData = owned(host.user_data, host.release);
     const auto fail = [onError = host.on_error, userData](const Error& error) {
       const talvo_error described = describe(error);
       if (onError) onError(&described, userData.get());
     };
     BannerOptions options;
-    if (host.time_limit > 0) options.timeLimit = std::chrono::milliseconds(host.time_limit);
+    options.timeLimit = timeLimit(host.time_limit);
     sdk.showBanner(BannerHandlers{.onAcceptAll = closure(host.on_accept_all, userData),
                                   .onRejectAll = closure(host.on_reject_all, userData),
                                   .onSaved = closure(host.on_saved, userData),
                                   .onClosed = closure(host.on_closed, userData),
                                   .onReplaced = closure(host.on_replaced, userData),
-                                  .onNotShown = [fail] { fail(Error(NotShown())); },
+                                  .onNotShown = [fail] { fail(Error(NotShown(whyNotShown()))); },
                                   .onError = fail,
-                                  .onManagePreferences = closure(host.on_manage_preferences, userData)},
+                                  .onManagePreferences = closure(host.on_manage_preferences, userData),
+                                  .onShown = closure(host.on_shown, userData)},
                    options);
   });
 }

@@ -40,7 +40,8 @@ enum {
   TALVO_INVALID_RESPONSE = 5, /* the answer was not an HTTP response */
   TALVO_PLATFORM_ERROR = 6,   /* any other failure, mostly of the device: see domain and code */
   TALVO_INVALID_ARGUMENT = 7, /* a null pointer, an unknown event or category, or text that is not a record */
-  TALVO_NOT_SHOWN = 8         /* the platform has no window in the foreground for the banner */
+  TALVO_NOT_SHOWN = 8,        /* the host is not in the foreground, so the banner was not shown */
+  TALVO_NO_SURFACE = 9        /* the platform has neither a surface nor a window for the banner */
 };
 
 /* Describes an error. Later versions may add fields at the end. */
@@ -100,6 +101,23 @@ TALVO_API talvo_status talvo_install(const char* store, talvo_callback wake, voi
  */
 TALVO_API talvo_status talvo_set_cache_size(size_t bytes);
 
+/*
+ * Call it before talvo_install. A request ends with TALVO_NETWORK_ERROR after these times in milliseconds:
+ * without progress, and in total. Without this call, and for 0 or less, these are 60 seconds and no limit.
+ */
+TALVO_API talvo_status talvo_set_time_limits(long without_progress, long total);
+
+/* Receives a text, which is valid until it returns. */
+typedef void (*talvo_text_receiver)(const char* text, void* user_data);
+
+/*
+ * Call it once a platform is installed. `print` receives every line that the library would print on standard
+ * output, such as why an identification has failed: these lines are the only report of work in the background
+ * that has failed. It is called on any thread, and must not create a client. If it is null, lines are printed
+ * on standard output again.
+ */
+TALVO_API talvo_status talvo_set_printer(talvo_text_receiver print, void* user_data, talvo_callback release);
+
 /* Returns the host's text for a key, or null. The text must stay valid until the next call. */
 typedef const char* (*talvo_text_callback)(const char* key, void* user_data);
 
@@ -158,7 +176,10 @@ TALVO_API talvo_subscription* talvo_cookies_observe_consent(talvo_cookies* clien
                                                             talvo_consent_callback callback, void* user_data,
                                                             talvo_callback release);
 
-/* Sets `json` to the consent stored now, or to null if there is none or the store cannot be read. */
+/*
+ * Sets `json` to the consent stored now, or to null if there is none. If the store cannot be read, returns
+ * TALVO_PLATFORM_ERROR, and sets `json` to null.
+ */
 TALVO_API talvo_status talvo_cookies_get_consent(talvo_cookies* client, char** json);
 
 /*
@@ -178,7 +199,8 @@ TALVO_API talvo_status talvo_cookies_erase_consent(talvo_cookies* client);
 
 /*
  * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it.
- * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended.
+ * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended. If it has failed, one line is
+ * printed before that (talvo_set_printer).
  */
 TALVO_API talvo_status talvo_cookies_identify(talvo_cookies* client, const char* user_id);
 TALVO_API talvo_status talvo_cookies_remove_identity(talvo_cookies* client);
@@ -198,6 +220,7 @@ typedef struct talvo_banner_callbacks {
   talvo_error_callback on_error; /* the banner could not be shown, or the decision could not be submitted */
   /* Called besides those: the user asks for preferences that the host must show itself. */
   talvo_callback on_manage_preferences;
+  talvo_callback on_shown; /* called besides those, too: the banner is on screen and begins to fade in */
   void* user_data;
   talvo_callback release; /* called when none of the others will be called any more */
 
@@ -207,10 +230,11 @@ typedef struct talvo_banner_callbacks {
 } talvo_banner_callbacks;
 
 /*
- * Fetches what the banner needs and shows it. The banner needs a platform with windows, which a C++ part of
- * the host must install instead of calling talvo_install. On any other platform, and while the host has no
- * window in the foreground, `on_error` receives TALVO_NOT_SHOWN once everything has been fetched. A host
- * without windows asks the user in its own way instead, and calls talvo_cookies_submit_consent.
+ * Fetches what the banner needs and shows it, on the surface that talvo_surface_create (talvo_surface.h) has
+ * made, or in a window of the toolkit if a C++ part of the host has installed a platform with windows instead
+ * of calling talvo_install. Once everything has been fetched, `on_error` receives TALVO_NO_SURFACE if there
+ * is neither, and TALVO_NOT_SHOWN if the host is not in the foreground. A host that cannot draw asks the user
+ * in its own way, and calls talvo_cookies_submit_consent.
  */
 TALVO_API talvo_status talvo_cookies_show_banner(talvo_cookies* client,
                                                  const talvo_banner_callbacks* callbacks);

@@ -71,10 +71,10 @@ ConsentSdk::~ConsentSdk() = default;
 void ConsentSdk::componentComplete() try {
   if (!Platform::isInstalled()) {
     QtOptions options;
-    options.text.scale = textScale_;
-    options.reducesMotion = reducesMotion_;
     options.maxCacheBytes = static_cast<std::size_t>(std::max(0, maxCacheBytes_));
+    if (textScale_.isValid()) options.textScale = textScale_.toDouble();
     if (highContrast_.isValid()) options.highContrast = highContrast_.toBool();
+    if (reducesMotion_.isValid()) options.reducesMotion = reducesMotion_.toBool();
     Platform platform = makeQtPlatform(storeFile(store_).toStdString(), options);
     platform.localization = std::make_shared<OwnTexts>(ownTexts_);
     if (translatesTexts_) platform.localization = std::make_shared<TranslatedTexts>(platform.localization);
@@ -131,6 +131,7 @@ void ConsentSdk::showBanner(int timeLimit) {
       .onReplaced = ended("replaced"),
       .onNotShown = ended("notShown"),
       .onError = [run](const Error& error) { run([error](ConsentSdk& self) { self.report(error); }); },
+      .onShown = [run] { run([](ConsentSdk& self) { emit self.bannerShown(); }); },
   };
   sdk_->showBanner(std::move(handlers), options);
 }

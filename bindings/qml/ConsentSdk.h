@@ -32,9 +32,11 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   Q_PROPERTY(QString apiUrl MEMBER apiUrl_)
   Q_PROPERTY(QString siteId MEMBER siteId_)
   Q_PROPERTY(QString store MEMBER store_)  // the file for consents; empty: a file in the app's data folder
-  Q_PROPERTY(double textScale MEMBER textScale_)  // the factor by which text is larger than usual
-  Q_PROPERTY(bool reducesMotion MEMBER reducesMotion_)
-  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)    // a bool; undefined: what the system asks for
+  /// What the system asks for, if undefined: the factor by which text is larger than usual, and two bools.
+  Q_PROPERTY(QVariant textScale MEMBER textScale_)
+  Q_PROPERTY(QVariant highContrast MEMBER highContrast_)
+  Q_PROPERTY(QVariant reducesMotion MEMBER reducesMotion_)
+
   Q_PROPERTY(int maxCacheBytes MEMBER maxCacheBytes_)       // of the HTTP cache beside the store; 0: no cache
   Q_PROPERTY(bool translatesTexts MEMBER translatesTexts_)  // the banner's own texts are in its language
   Q_PROPERTY(QVariantMap ownTexts MEMBER ownTexts_)         // by key, instead of the library's
@@ -52,8 +54,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   void setLanguage(const QString& language);
   QVariant consent() const;
 
-  /// Shows the banner. `bannerEnded` or `failed` follows. `timeLimit` is how many milliseconds it may take
-  /// until the banner is shown; if it takes longer, `failed` follows. 0: as long as the requests may take.
+  /// Shows the banner. `bannerShown` follows if it can be shown, and in any case `bannerEnded` or `failed`.
+  /// `timeLimit` is how many milliseconds it may take until the banner is shown; if it takes longer, `failed`
+  /// follows. 0: as long as the requests may take.
   Q_INVOKABLE void showBanner(int timeLimit = 0);
   Q_INVOKABLE void submitConsent(const QVariantMap& consent);
   Q_INVOKABLE void acceptAll();
@@ -82,6 +85,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   /// The component is complete.
   void completed();
 
+  /// The banner is on screen and begins to fade in.
+  void bannerShown();
+
   /// How the banner ended: "accepted", "rejected", "saved", "closed", "replaced" or "notShown".
   void bannerEnded(const QString& outcome);
 
@@ -102,9 +108,9 @@ class ConsentSdk : public QObject, public QQmlParserStatus {
   QString apiUrl_;
   QString siteId_;
   QString store_;
-  double textScale_ = 1;
-  bool reducesMotion_ = false;
+  QVariant textScale_;
   QVariant highContrast_;
+  QVariant reducesMotion_;
   int maxCacheBytes_ = 10'000'000;
   bool translatesTexts_ = false;
   QVariantMap ownTexts_;

@@ -5,10 +5,12 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "TalvoConsentSDK/base/Export.h"
+#include "TalvoConsentSDK/platform/CacheStorage.h"
 #include "TalvoConsentSDK/platform/Executor.h"
 #include "TalvoConsentSDK/platform/URLSession.h"
 #include "TalvoConsentSDK/platform/UserDefaults.h"
@@ -82,6 +84,44 @@ class FailingUserDefaults : public platform::UserDefaults {
   }
 
   const std::shared_ptr<platform::UserDefaults> inner_;
+};
+
+/// A cache's storage whose operations can be made to fail, before or after they have done their work.
+class FailingCacheStorage : public platform::CacheStorage {
+ public:
+  explicit FailingCacheStorage(std::shared_ptr<platform::CacheStorage> inner) : inner_(std::move(inner)) {}
+
+  std::atomic<bool> fails = false;
+  std::atomic<bool> failsAfterwards = false;
+
+  /// Called before every operation; may change what fails.
+  std::function<void()> before = [] {};
+
+  Result<std::optional<platform::CacheEntry>> read(std::string_view key) override {
+    return run([&] { return inner_->read(key); });
+  }
+  Result<void> write(std::string_view key, const platform::CacheEntry& entry) override {
+    return run([&] { return inner_->write(key, entry); });
+  }
+  Result<void> replaceHead(std::string_view key, std::string_view former, std::string_view head) override {
+    return run([&] { return inner_->replaceHead(key, former, head); });
+  }
+  Result<void> remove(std::string_view key) override {
+    return run([&] { return inner_->remove(key); });
+  }
+
+ private:
+  template <class Operation>
+  std::invoke_result_t<Operation> run(const Operation& operation) {
+    const PlatformError error("FailingCacheStorage", 1, "The storage is out of order");
+    before();
+    if (fails) return error;
+    auto outcome = operation();
+    if (failsAfterwards) return error;
+    return outcome;
+  }
+
+  const std::shared_ptr<platform::CacheStorage> inner_;
 };
 
 /// A URL session that can fail every request, as on a device without a network. It reports these failures on

@@ -171,7 +171,12 @@ struct OwnLine {
     return "divider " + hex(line.color);
   }
   std::optional<std::string> operator()(const node::Scroll&) const { return "scroll"; }
-  std::optional<std::string> operator()(const node::PinnedFooter&) const { return "pinned footer"; }
+  std::optional<std::string> operator()(const node::PinnedEnds& pinned) const {
+    return pinned.growsUp ? "pinned ends growing up" : "pinned ends";
+  }
+  std::optional<std::string> operator()(const node::Disclosure& disclosure) const {
+    return disclosure.isOpen ? "open" : "closed";
+  }
   std::optional<std::string> operator()(const node::LazyRows& rows) const {
     return "rows " + std::to_string(rows.count);
   }
@@ -223,9 +228,11 @@ struct WrapperText {
   std::string operator()(const node::IgnoresSafeArea&) const { return "ignores safe area"; }
   std::string operator()(const node::Accessibility& own) const {
     std::string text = "as " + std::string(rawValue(own.role)) + optionally("named", own.label) +
-                       optionally("value", own.value) + optionally("description", own.description);
+                       optionally("in", own.language) + optionally("value", own.value) +
+                       optionally("description", own.description);
     if (own.isModal) text += " modal";
     if (own.isDismissal) text += " dismissal";
+    if (own.focusRequests > 0) text += " asking for the focus";
     return text;
   }
   template <class Other>

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Uses the sample host only through the platform's accessibility bus, as a screen reader would: reads and operates
-the banner, and receives its events. The arguments are the host's command."""
+the banner, and receives its events. The arguments are the host's command and `--then` with further arguments for a second run."""
 
 import json
 import subprocess
@@ -10,10 +10,14 @@ import time
 import pyatspi
 from gi.repository import GLib
 
-LANGUAGES = {  # by the label of the host's language button: the names of the banner's elements
-    "English": ("Your privacy, your choice", "Accept all", "Reject all", "Manage preferences", "Marketing",
-                "Save choices"),
-    "العربية": ("خصوصيتك، خيارك", "قبول الكل", "رفض الكل", "إدارة التفضيلات", "التسويق", "حفظ الاختيارات"),
+# By language: the label of the host's language button, if it has one, and the names of the banner's elements.
+LANGUAGES = {
+    "en": ("English", "Your privacy, your choice", "Accept all", "Reject all", "Manage preferences", "Marketing",
+           "4 vendors", "Back", "Close", "Save choices"),
+    "ar": ("العربية", "خصوصيتك، خيارك", "قبول الكل", "رفض الكل", "إدارة التفضيلات", "التسويق", "4 مورّدين", "رجوع", "إغلاق",
+           "حفظ الاختيارات"),
+    "hi": (None, "आपकी निजता, आपका चुनाव", "सभी स्वीकार करें", "सभी अस्वीकार करें", "प्राथमिकताएँ प्रबंधित करें", "विपणन",
+           "3 प्रदाता", "वापस", "बंद करें", "चुनाव सहेजें"),
 }
 heard = []
 
@@ -78,7 +82,7 @@ class Visit:
         hears("window:activate", "Aurora Daily")
 
 
-def go(visit, title, accept, reject, manage, marketing, save):
+def go(visit, language, title, accept, reject, manage, marketing, vendors, back, close, save):
     every = lambda choice: dict(marketing=choice, preferences=choice, statistics=choice)
     for name, choice in ((accept, True), (reject, False)):
         visit.opens(title)
@@ -87,9 +91,11 @@ def go(visit, title, accept, reject, manage, marketing, save):
 
     visit.opens(title)
     visit.press(manage)
-    visit.find("push button", marketing, "collapsed", description="4 vendors")
-    visit.press(marketing, description="4 vendors")
-    visit.find("push button", marketing, "expanded", description="4 vendors")
+    for element in (visit.find("heading", title), visit.find("push button", save)):
+        assert element.queryText().getAttributes(0)[0] == f"language:{language}", element.name
+    visit.find("push button", marketing, "collapsed", description=vendors)
+    visit.press(marketing, description=vendors)
+    visit.find("push button", marketing, "expanded", description=vendors)
     for vendor in ("Adlantern", "Echotrail"):
         visit.use("Toggle", "check box", vendor, description=marketing)
         visit.find("check box", vendor, "checked", description=marketing)
@@ -97,28 +103,36 @@ def go(visit, title, accept, reject, manage, marketing, save):
     visit.press("Adlantern", description=marketing)
     visit.find("heading", "Adlantern")
     visit.find("label", "Adlantern Inc.")
-    visit.press("Back")
+    visit.press(back)
     visit.press(save)
     visit.ends_with(every(False) | dict(marketing=["Adlantern", "Echotrail"], optedIn=True))
 
     visit.opens(title)
-    visit.press("Close")
+    visit.press(close)
     visit.ends_with(every(False) | dict(marketing=["Adlantern", "Echotrail"], optedIn=True))
+
+
+def run(command, *languages):
+    with subprocess.Popen(command) as host:
+        try:
+            visit = Visit(host)
+            for language in languages:
+                button, *names = LANGUAGES[language]
+                if button:
+                    visit.press(button, inside=visit.app)
+                go(visit, language, *names)
+                print(f"{language}: accepted, rejected, saved a choice, read a vendor's detail, closed")
+        finally:
+            host.terminate()
 
 
 def main():
     for event in ("window:activate", "object:state-changed:checked"):
         pyatspi.Registry.registerEventListener(
             lambda each: heard.append((each.type, each.source.name if each.source else "")), event)
-    with subprocess.Popen(sys.argv[1:]) as host:
-        try:
-            visit = Visit(host)
-            for language, names in LANGUAGES.items():
-                visit.press(language, inside=visit.app)
-                go(visit, *names)
-                print(f"{language}: accepted, rejected, saved a choice, read a vendor's detail, closed")
-        finally:
-            host.terminate()
+    first, second = sys.argv[1:sys.argv.index("--then")], sys.argv[sys.argv.index("--then") + 1:]
+    run(first, "en", "ar")
+    run(first + second, "hi")
 
 
 main()

@@ -9,22 +9,20 @@
 #include "adapters/threads/BackgroundThread.h"
 
 #include "testing/LoopbackServer.h"
-#include "testing/URLSessionConformance.h"
+#include "testing/Outcomes.h"
 #include "tests/adapters/CacheTest.h"
 
 namespace TalvoConsentSDK {
 namespace {
 
-using std::chrono::seconds;
+using Fields = std::vector<std::pair<std::string, std::string>>;
 
 struct Reply {
-  enum class Kind { whole, unframed, cut, redirect };
   int status = 200;
   std::string body;
   Fields fields;
-  Kind kind = Kind::whole;
+  std::string verb;  // of the step that prepared it
 };
-using Kind = Reply::Kind;
 
 struct Step {
   explicit Step(std::string text) {
@@ -49,9 +47,12 @@ struct Step {
   Fields fields;
 };
 
-class CacheRulesTest : public ::testing::Test {
+// A row of the table: name, section, steps.
+using Row = std::array<std::string, 3>;
+
+class CacheRules : public TestWithParam<Row> {
  protected:
-  CacheRulesTest() { restart(); }
+  CacheRules() { restart(); }
 
   void restart() { session = std::make_unique<CachingURLSession>(curl, storage, thread, clock.cacheClock()); }
 
@@ -68,16 +69,16 @@ class CacheRulesTest : public ::testing::Test {
     const std::scoped_lock guard(lock);
     if (verb == "serve") {
       isConfirming = false;
-      replies[step.path] = {std::stoi(step.parts.at(0)), step.parts.at(1), step.fields};
+      replies[step.path] = {std::stoi(step.parts.at(0)), step.parts.at(1), step.fields, verb};
     } else if (verb == "unframed" || verb == "cut") {
-      replies[step.path] = {200, step.parts.at(0), step.fields, verb == "cut" ? Kind::cut : Kind::unframed};
+      replies[step.path] = {200, step.parts.at(0), step.fields, verb};
     } else if (verb == "redirect") {
-      replies[step.path] = {302, "", {{"Location", step.parts.at(0)}}, Kind::redirect};
+      replies[step.path] = {302, "", {{"Location", step.parts.at(0)}}, verb};
     } else if (verb == "confirm") {
       isConfirming = true;
-      confirmation = {304, "", step.fields};
+      confirmation = {304, "", step.fields, verb};
     } else if (verb == "accept") {
-      acceptance = {std::stoi(step.parts.at(0)), "", step.fields};
+      acceptance = {std::stoi(step.parts.at(0)), "", step.fields, verb};
     } else if (verb == "down" || verb == "up") {
       isDown = verb == "down";
     } else if (verb == "slow") {
@@ -101,7 +102,7 @@ class CacheRulesTest : public ::testing::Test {
 
   void get(const Step& step) {
     URLRequest request = makeRequest("GET", server.url(step.path));
-    request.headers = headersOf(step.fields);
+    request.headers = HTTPHeaders(step.fields.begin(), step.fields.end());
     request.isPersonal = step.verb == "personal";
     const auto outcome = await(*session, request);
     const std::string& source = step.parts.at(0);
@@ -145,15 +146,15 @@ class CacheRulesTest : public ::testing::Test {
     const bool isConditional =
         request.headers.contains("If-None-Match") || request.headers.contains("If-Modified-Since");
     Reply reply = isGet ? replies[request.target] : acceptance;
-    if (isGet && isConditional && isConfirming && reply.kind != Kind::redirect) reply = confirmation;
+    if (isGet && isConditional && isConfirming && reply.verb != "redirect") reply = confirmation;
     std::string lines;
     for (const auto& [name, value] : reply.fields)
       if (!value.empty()) lines += name + ": " + value + "\r\n";
     const bool hasType = std::ranges::count(reply.fields, "Content-Type", &Fields::value_type::first) > 0;
     if (!hasType && reply.status != 304) lines += "Content-Type: application/json\r\n";
-    if (reply.kind == Kind::whole || reply.kind == Kind::redirect)
+    if (reply.verb != "unframed" && reply.verb != "cut")
       return connection.reply(reply.status, reply.body, lines);
-    if (reply.kind == Kind::cut) lines += "Content-Length: " + std::to_string(2 * reply.body.size()) + "\r\n";
+    if (reply.verb == "cut") lines += "Content-Length: " + std::to_string(2 * reply.body.size()) + "\r\n";
     connection.send("HTTP/1.1 200 OK\r\n" + lines + "\r\n" + reply.body);
     connection.close();
   }
@@ -173,26 +174,15 @@ class CacheRulesTest : public ::testing::Test {
   HTTPHeaders latest;
 };
 
-struct Row {
-  std::string name, section, steps;
-};
-
-class CacheRules : public CacheRulesTest, public ::testing::WithParamInterface<Row> {};
-
 TEST_P(CacheRules, Hold) {
-  for (const std::string& step : split(GetParam().steps, '>')) {
-    SCOPED_TRACE(GetParam().section + ": " + step);
+  const auto& [name, section, steps] = GetParam();
+  for (const std::string& step : split(steps, '>')) {
+    SCOPED_TRACE(section + ": " + step);
     play(Step(step));
   }
 }
-
-std::vector<Row> allRows() {
-  std::vector<Row> all;
-  for (const auto& [name, section, steps] : tableOf<3>("cache/rules.txt"))
-    all.push_back({name, section, steps});
-  return all;
-}
-INSTANTIATE_TEST_SUITE_P(Table, CacheRules, ValuesIn(allRows()), byName);
+INSTANTIATE_TEST_SUITE_P(Table, CacheRules, ValuesIn(tableOf<3>("cache/rules.txt")),
+                         [](const auto& row) { return row.param[0]; });
 
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -3,14 +3,14 @@
 
 #include <thread>
 
-#include "adapters/cache/CachingURLSession.h"
 #include "adapters/cache/MemoryCacheStorage.h"
 
-#include "testing/URLSessionConformance.h"
+#include "testing/CacheStorageConformance.h"
+#include "testing/Outcomes.h"
+#include "testing/fakes/FailingSeams.h"
 #include "testing/fakes/FakeURLSession.h"
 #include "testing/fakes/ManualExecutor.h"
 #include "tests/adapters/CacheHistory.h"
-#include "tests/adapters/CacheStorageSuite.h"
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
@@ -21,54 +21,33 @@ struct InMemory {
     return std::make_shared<MemoryCacheStorage>(maxBytes);
   }
 };
-INSTANTIATE_TYPED_TEST_SUITE_P(Memory, CacheStorageSuite, InMemory);
+INSTANTIATE_TYPED_TEST_SUITE_P(Memory, CacheStorageConformance, InMemory);
 
 TEST(CachingURLSession, HoldsInRandomHistories) {
-  int hits = 0, confirmed = 0;
-  const int seeds = repetitions("TALVO_TEST_HISTORIES", 50);
-  for (int seed = 1; seed <= seeds && !::testing::Test::HasFailure(); ++seed) {
-    SCOPED_TRACE(seed);
-    const auto storage = std::make_shared<MemoryCacheStorage>(seed % 3 == 0 ? 2'000 : 100'000);
-    CacheHistory history(static_cast<std::uint32_t>(seed), [&] { return storage; });
-    history.play(300);
-    hits += history.hits();
-    confirmed += history.confirmed();
-  }
-  EXPECT_GT(hits - confirmed, seeds) << "the histories try too little";
-  EXPECT_GT(confirmed, seeds);
+  std::map<int, std::shared_ptr<CacheStorage>> storages;  // by seed
+  CacheHistory::playAll(repetitions("TALVO_TEST_HISTORIES", 50), 300, [&](int seed) {
+    auto& storage = storages[seed];
+    if (!storage) storage = std::make_shared<MemoryCacheStorage>(seed % 3 == 0 ? 2'000 : 100'000);
+    return storage;
+  });
 }
-
-// Fails if it is used on another thread than the executor's.
-class GuardedStorage : public MemoryCacheStorage {
- public:
-  explicit GuardedStorage(const ManualExecutor& executor) : executor_(executor) {}
-  Result<std::optional<CacheEntry>> read(std::string_view key) override {
-    EXPECT_TRUE(executor_.isCurrent());
-    return MemoryCacheStorage::read(key);
-  }
-  Result<void> write(std::string_view key, const CacheEntry& entry) override {
-    EXPECT_TRUE(executor_.isCurrent());
-    return MemoryCacheStorage::write(key, entry);
-  }
-  Result<void> remove(std::string_view key) override {
-    EXPECT_TRUE(executor_.isCurrent());
-    return MemoryCacheStorage::remove(key);
-  }
-
- private:
-  const ManualExecutor& executor_;
-};
 
 class CachingURLSessionTest : public ::testing::Test {
  protected:
   CachingURLSessionTest() {
-    URLResponse reply;
-    reply.statusCode = 200;
-    reply.body = "one";
-    reply.url = URL::parse(url);
-    reply.headers = {{"Content-Type", "application/json"}, {"Cache-Control", "max-age=60"}};
-    inner->answer("GET", url, reply);
+    storage->before = [this] { EXPECT_TRUE(executor->isCurrent()); };
+    answer("max-age=60");
     inner->answer("POST", url, 204, "");
+  }
+
+  void answer(const std::string& cacheControl, const std::string& query = "") {
+    URLResponse reply = replyOf("200", "one");
+    reply.headers = {{"Content-Type", "application/json"}, {"Cache-Control", cacheControl}};
+    inner->answer("GET", url + query, reply);
+  }
+
+  std::unique_ptr<CachingURLSession> newSession() {
+    return std::make_unique<CachingURLSession>(inner, storage, executor, clock.cacheClock());
   }
 
   void run(URLRequest request) {
@@ -89,46 +68,44 @@ class CachingURLSessionTest : public ::testing::Test {
     return outcome->source == ReplySource::cache ? "cache" : "network";
   }
 
+  std::string reportedTo(URLRequest request) {
+    run(std::move(request));
+    return reported();
+  }
+
   const std::string url = "https://service.example/a";
   const std::shared_ptr<ManualExecutor> executor = std::make_shared<ManualExecutor>();
   const std::shared_ptr<ManualExecutor> thread = std::make_shared<ManualExecutor>();
   std::shared_ptr<FakeURLSession> inner = std::make_shared<FakeURLSession>(thread);
   TestClock clock;
-  std::unique_ptr<CachingURLSession> session = std::make_unique<CachingURLSession>(
-      inner, std::make_shared<GuardedStorage>(*executor), executor, clock.cacheClock());
+  std::shared_ptr<FailingCacheStorage> storage =
+      std::make_shared<FailingCacheStorage>(std::make_shared<MemoryCacheStorage>());
+  std::unique_ptr<CachingURLSession> session = newSession();
   Outcomes outcomes;
   std::size_t reports = 0;
 };
 
 TEST_F(CachingURLSessionTest, ReportsLaterAndUsesTheStorageOnItsExecutor) {
-  for (const char* const expected : {"network", "cache", "cache"}) {
-    run(makeRequest("GET", url));
-    EXPECT_EQ(reported(), expected);
-  }
-  run(makeRequest("POST", url));
-  EXPECT_EQ(reported(), "network");
-  run(makeRequest("GET", url));
-  EXPECT_EQ(reported(), "network");
+  const std::pair<const char*, const char*> steps[] = {
+      {"GET", "network"}, {"GET", "cache"}, {"POST", "network"}, {"GET", "network"}};
+  for (const auto& [method, expected] : steps) EXPECT_EQ(reportedTo(makeRequest(method, url)), expected);
 }
 
 TEST_F(CachingURLSessionTest, ReportsACancelledRequestOnceAndSendsNothing) {
   for (const bool isKept : {false, true}) {
-    auto request = makeRequest("GET", url);
-    request.cancellation = std::make_shared<Cancellation>();
+    const auto request = makeCancellable("GET", url);
     run(request);
     request.cancellation->cancel();
     EXPECT_EQ(reported(), cancelledError().what());
     EXPECT_EQ(inner->requests().size(), isKept ? 1U : 0U);
-    run(makeRequest("GET", url));
-    EXPECT_EQ(reported(), isKept ? "cache" : "network");
+    EXPECT_EQ(reportedTo(makeRequest("GET", url)), isKept ? "cache" : "network");
   }
 }
 
 TEST_F(CachingURLSessionTest, PassesOnCancellationAndWhatIsLeftOfLimits) {
   constexpr std::chrono::milliseconds wait(20), limit(60'000);
-  auto request = makeRequest("GET", url);
-  request.cancellation = std::make_shared<Cancellation>();
-  request.timeout = std::chrono::seconds(7);
+  auto request = makeCancellable("GET", url);
+  request.timeout = seconds(7);
   request.totalTimeout = limit;
   run(request);
   std::this_thread::sleep_for(wait);
@@ -141,34 +118,15 @@ TEST_F(CachingURLSessionTest, PassesOnCancellationAndWhatIsLeftOfLimits) {
   EXPECT_GT(*sent.totalTimeout, limit * 11 / 12);
 }
 
-TEST_F(CachingURLSessionTest, LeavesTimeForTheReplyThatReplacesAnError) {
-  URLResponse reply;
-  reply.statusCode = 200;
-  reply.body = "one";
-  reply.headers = {{"Content-Type", "application/json"}, {"Cache-Control", "stale-if-error=60"}};
-  inner->answer("GET", url + "?d", reply);
-  auto request = makeRequest("GET", url + "?d");
-  request.totalTimeout = std::chrono::seconds(80);
-  run(request);
-  EXPECT_EQ(reported(), "network");
-  inner->stall("GET", url + "?d");
-  run(request);
-  EXPECT_EQ(reported(), "cache");
-  EXPECT_LE(inner->requests().at(1).totalTimeout, std::chrono::seconds(70));
-}
-
-TEST_F(CachingURLSessionTest, DoesNotReplaceACancelledRequest) {
-  URLResponse reply;
-  reply.statusCode = 200;
-  reply.body = "one";
-  reply.url = URL::parse(url + "?b");
-  reply.headers = {{"Content-Type", "application/json"}, {"Cache-Control", "stale-if-error=60"}};
-  inner->answer("GET", url + "?b", reply);
-  inner->answer("GET", url + "?b", cancelledError());
-  run(makeRequest("GET", url + "?b"));
-  EXPECT_EQ(reported(), "network");
-  auto request = makeRequest("GET", url + "?b");
-  request.cancellation = std::make_shared<Cancellation>();
+TEST_F(CachingURLSessionTest, ReplacesAnErrorInTimeButNotACancellation) {
+  answer("stale-if-error=60", "?stale");
+  auto request = makeCancellable("GET", url + "?stale");
+  request.totalTimeout = seconds(80);
+  EXPECT_EQ(reportedTo(request), "network");
+  inner->stall("GET", url + "?stale");
+  EXPECT_EQ(reportedTo(request), "cache");
+  EXPECT_LE(inner->requests().at(1).totalTimeout, seconds(70)) << "time is left for the kept reply";
+  request.totalTimeout.reset();
   run(request);
   executor->runAll();
   request.cancellation->cancel();
@@ -184,44 +142,41 @@ struct HeldSession : URLSession {
 // The reply may arrive although the request was cancelled. Whoever cancelled it had set no condition.
 TEST_F(CachingURLSessionTest, ReportsNo304OfItsOwnConditionsToACancelledRequest) {
   const auto held = std::make_shared<HeldSession>();
-  session = std::make_unique<CachingURLSession>(held, std::make_shared<MemoryCacheStorage>(), executor,
-                                                clock.cacheClock());
-  auto request = makeRequest("GET", url);
-  request.cancellation = std::make_shared<Cancellation>();
-  URLResponse reply;
-  reply.url = request.url;
-  reply.headers = {{"Content-Type", "application/json"}, {"ETag", "\"1\""}};
-  for (const int status : {200, 304}) {
+  session = std::make_unique<CachingURLSession>(held, storage, executor, clock.cacheClock());
+  const auto request = makeCancellable("GET", url);
+  for (const char* const status : {"200", "304"}) {
     run(request);
     executor->runAll();
-    if (status == 304) request.cancellation->cancel();
-    reply.statusCode = status;
-    reply.body = status == 200 ? std::optional<std::string>("one") : std::nullopt;
+    if (status == "304"s) request.cancellation->cancel();
+    URLResponse reply = replyOf(status, status == "200"s ? "one" : "nothing");
+    reply.url = request.url;
+    reply.headers = {{"Content-Type", "application/json"}, {"ETag", "\"1\""}};
     held->completion(reply);
   }
+  executor->runAll();
   EXPECT_EQ(outcomes.wait(2).at(1).first.value().body, "one");
 }
 
 // Two sessions with one storage, as in two processes.
 TEST_F(CachingURLSessionTest, RemovesWhatOthersHaveKeptSinceTheLastChange) {
-  const auto storage = std::make_shared<MemoryCacheStorage>();
-  const auto ask = [&](const char* method) {
-    run(makeRequest(method, url));
-    return reported();
-  };
-  const auto started = [&] {
-    return std::make_unique<CachingURLSession>(inner, storage, executor, clock.cacheClock());
-  };
-  session = started();
-  auto other = started();
-  EXPECT_EQ(ask("POST"), "network");
+  auto other = newSession();
+  EXPECT_EQ(reportedTo(makeRequest("POST", url)), "network");
   session.swap(other);
-  EXPECT_EQ(ask("GET"), "network");
+  EXPECT_EQ(reportedTo(makeRequest("GET", url)), "network");
   session.swap(other);
-  EXPECT_EQ(ask("POST"), "network");
-  session = started();
-  EXPECT_EQ(ask("GET"), "network");
-  EXPECT_EQ(ask("GET"), "cache");
+  EXPECT_EQ(reportedTo(makeRequest("POST", url)), "network");
+  session = newSession();
+  EXPECT_EQ(reportedTo(makeRequest("GET", url)), "network");
+  EXPECT_EQ(reportedTo(makeRequest("GET", url)), "cache");
+}
+
+TEST_F(CachingURLSessionTest, RemovesWhatItCouldNotChange) {
+  EXPECT_EQ(reportedTo(makeRequest("GET", url)), "network");
+  storage->fails = true;
+  for (const char* const method : {"POST", "GET"}) EXPECT_EQ(reportedTo(makeRequest(method, url)), "network");
+  storage->fails = false;
+  for (const char* const expected : {"network", "cache"})
+    EXPECT_EQ(reportedTo(makeRequest("GET", url)), expected);
 }
 
 TEST_F(CachingURLSessionTest, EndsRequestsThatItHasNotPassedOnWhenItIsDestroyed) {
@@ -231,17 +186,11 @@ TEST_F(CachingURLSessionTest, EndsRequestsThatItHasNotPassedOnWhenItIsDestroyed)
   EXPECT_EQ(reported(), "The session was closed");
 }
 
-struct RefusingExecutor : Executor {
-  void post(std::function<void()>) override { throw std::runtime_error("full"); }
-};
-
 TEST_F(CachingURLSessionTest, AsksTheServiceIfItsExecutorRefusesWork) {
-  session = std::make_unique<CachingURLSession>(inner, std::make_shared<MemoryCacheStorage>(),
-                                                std::make_shared<RefusingExecutor>());
-  for (int i = 0; i < 2; ++i) {
-    run(makeRequest("GET", url));
-    EXPECT_EQ(reported(), "network");
-  }
+  const auto refusing = std::make_shared<FailingExecutor>(executor);
+  refusing->refuses = true;
+  session = std::make_unique<CachingURLSession>(inner, std::make_shared<MemoryCacheStorage>(), refusing);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(reportedTo(makeRequest("GET", url)), "network");
 }
 
 }  // namespace

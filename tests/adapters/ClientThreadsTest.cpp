@@ -1,11 +1,7 @@
 // Calls every operation of both clients from many threads at once, with the real session, store and threads.
 
 #include <atomic>
-#include <filesystem>
 #include <thread>
-
-#include <gmock/gmock.h>
-#include <unistd.h>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 
@@ -15,12 +11,10 @@
 #include "testing/fakes/CapturingPrinter.h"
 #include "testing/fakes/FakeApplication.h"
 #include "tests/support/Repetitions.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -47,14 +41,13 @@ TEST(ClientThreads, SixteenThreadsUseEverythingAtOnce) {
     const bool isBanner = request.target.find("banner") != std::string::npos;
     connection.reply(200, isBanner ? banner : request.method == "GET" ? "{}" : R"({"id":"c"})");
   });
-  const auto folder = std::filesystem::temp_directory_path() / ("threads-" + std::to_string(getpid()));
-  std::filesystem::create_directory(folder);
+  const TemporaryFolder folder;
   const auto mainQueue = std::make_shared<MainQueue>();
   const auto application = std::make_shared<FakeApplication>();
   const auto scene = std::make_shared<CountingScene>();
   application->scenes = {scene};
   const auto printer = std::make_shared<CapturingPrinter>();
-  Platform platform = makePosixPlatform(mainQueue, folder / "consent.sqlite");
+  Platform platform = makePosixPlatform(mainQueue, folder.path / "consent.sqlite");
   platform.application = application;
   platform.printer = printer;
   Platform::install(platform);
@@ -114,13 +107,12 @@ TEST(ClientThreads, SixteenThreadsUseEverythingAtOnce) {
   for (const auto& window : scene->windows()) window->finishAnimations();
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(answered, 2 * submissions) << "each is answered once";
-  EXPECT_EQ(submitted, submissions) << testing::PrintToString(printer->take());
+  EXPECT_EQ(submitted, submissions) << ::testing::PrintToString(printer->take());
   EXPECT_EQ(received, submissions);
   EXPECT_EQ(scene->banners, submissions);
   const auto stored = CookiesSDK::getInstance()->getConsent();
   mainQueue->drain();
   EXPECT_EQ(isRunning, stored && stored->marketing && stored->marketing->isAll());
-  std::filesystem::remove_all(folder);
 }
 
 }  // namespace

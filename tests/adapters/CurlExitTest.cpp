@@ -1,30 +1,22 @@
 // A process that exits while its requests are in flight.
 
 #include <iostream>
-#include <memory>
-#include <thread>
-
-#include <gtest/gtest.h>
-
-#include "adapters/curl/CurlURLSession.h"
+#include <list>
 
 #include "testing/ChildProcess.h"
-#include "testing/LoopbackServer.h"
+#include "tests/adapters/CurlTest.h"
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-
 namespace {
 
 // A server in a separate process, so that its threads play no part in the exit that is tested.
 class ServerProcess {
  public:
-  explicit ServerProcess(const TestCertificate* identity)
+  ServerProcess(const TestCertificate* identity, const char* greeting)
       : url(identity ? "https://localhost:" : "http://localhost:"),
         process_([=](const ProcessChannel& parent) {
-          const LoopbackServer server([](auto&, auto& connection) { connection.reply(200, "{}"); }, identity);
+          const LoopbackServer server(replyGood, identity, 0, greeting);
           parent.send(server.port());
           parent.receive<bool>();  // until the parent ends
         }) {
@@ -37,31 +29,32 @@ class ServerProcess {
   ChildProcess process_;
 };
 
-// Sends one request after another, without end.
+// Sends one request after another, without end. Cancels every PUT.
 void keepAsking(CurlURLSession& session, const std::string& url, const char* method) {
-  URLRequest request(*URL::parse(url));
-  request.method = method;
-  session.run(request,
-              [&session, url, method](const Result<URLResponse>&) { keepAsking(session, url, method); });
+  const auto request = makeCancellable(method, url);
+  session.run(request, [&session, url, method](const auto&) { keepAsking(session, url, method); });
+  if (method == "PUT"s) request.cancellation->cancel();
 }
 
 TEST(CurlExitTest, EndsWithoutACrash) {
-  const TestCertificate identity("localhost");
-  const int exits = repetitions("TALVO_TEST_EXITS", 10);
-  std::unique_ptr<ServerProcess> plain, safe;
+  const TestCertificate identity("localhost");  // local, so that no child removes it when it exits
+  CurlOptions options;
+  options.certificates = identity.certificate();
+  const int exits = repetitions("TALVO_TEST_EXITS", 12);
+  std::list<ServerProcess> servers;
   for (int run = 0; run < exits; ++run) {
     if (run % 100 == 0) {
-      plain = std::make_unique<ServerProcess>(nullptr);
-      safe = std::make_unique<ServerProcess>(&identity);
+      servers.clear();
+      servers.emplace_back(nullptr, "");
+      servers.emplace_back(&identity, "");
+      servers.emplace_back(&identity, LoopbackServer::http2);
     }
+    servers.splice(servers.end(), servers, servers.begin());  // takes turns
     ChildProcess child([&](const ProcessChannel&) {
-      CurlOptions options;
-      options.certificates = identity.certificate();
       // Never destroyed, like the session of a process-wide platform.
       static auto& session = *new CurlURLSession(options);
-      for (const char* method : {"GET", "GET", "GET", "POST"}) {
-        keepAsking(session, (run % 2 == 0 ? plain : safe)->url, method);
-      }
+      for (const char* method : {"GET", "GET", "POST", "PUT"})
+        keepAsking(session, servers.front().url, method);
       std::this_thread::sleep_for(std::chrono::microseconds(run * 7919 % 60'000));
       std::exit(0);
     });

@@ -1,4 +1,4 @@
-// Runs the conformance suite with a real server: on the libcurl session, on this session behind the cache,
+// Runs the conformance suites with real servers: on the libcurl session, on this session behind the cache,
 // and on the session of the example.
 
 #include "adapters/cache/CachingURLSession.h"
@@ -7,8 +7,9 @@
 
 #include "examples/own-platform/OwnSession.h"
 #include "testing/LoopbackBackend.h"
+#include "testing/RedirectConformance.h"
 #include "testing/URLSessionConformance.h"
-#include "tests/adapters/SecureCurlURLSession.h"
+#include "tests/adapters/CurlTest.h"
 
 namespace TalvoConsentSDK {
 namespace {
@@ -23,6 +24,9 @@ using Backends = ::testing::Types<LoopbackBackend<CurlURLSession>,
                                   LoopbackBackend<SecureCurlURLSession, &SecureCurlURLSession::identity>,
                                   LoopbackBackend<CachedCurlURLSession>, LoopbackBackend<own::OwnSession>>;
 INSTANTIATE_TYPED_TEST_SUITE_P(Loopback, URLSessionConformance, Backends);
+
+using FollowRedirects = ::testing::Types<CurlURLSession, CachedCurlURLSession>;
+INSTANTIATE_TYPED_TEST_SUITE_P(Loopback, RedirectConformance, FollowRedirects);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -1,40 +1,17 @@
 // Faults of networks, servers and certificates, through the real libcurl session. The tables are
 // tests/golden/network/faults.txt and http2.txt, whose headers explain the columns.
 
-#include <chrono>
+#include <iostream>
 #include <list>
 #include <map>
 
 #include <openssl/ssl.h>
 
-#include "adapters/curl/CurlURLSession.h"
-
-#include "testing/LoopbackServer.h"
-#include "testing/URLSessionConformance.h"
+#include "tests/adapters/CurlTest.h"
 #include "tests/support/ResidentMemory.h"
-#include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
-
-using namespace std::chrono_literals;
-
-// "STATUS BODY" or "error CODE TEXT".
-std::string described(const Result<URLResponse>& outcome) {
-  if (!outcome) {
-    const auto* error = outcome.error().as<PlatformError>();
-    EXPECT_TRUE(error && error->domain() == "CURL");
-    EXPECT_THAT(outcome.error().what(), Not(HasSubstr("secret")));
-    return "error " + std::to_string(error->code()) + " " + error->what();
-  }
-  const std::string body = outcome->body.value_or("");
-  return std::to_string(outcome->statusCode.value_or(0)) + " " +
-         (body.size() < 100 ? body : std::to_string(body.size()) + " bytes");
-}
 
 // One row: the fault, the outcome that must follow soon, and by how much the process may grow meanwhile.
 struct Fault {
@@ -47,7 +24,7 @@ struct Fault {
     request.timeout = stalls || pauses || end == "error" ? 250ms : 5000ms;
     const long before = startOfPeak();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_THAT(described(await(session, request)), AllOf(StartsWith(end + " "), HasSubstr(text)));
+    EXPECT_THAT(described(await(session, request)) + " ", AllOf(StartsWith(end + " "), HasSubstr(text)));
     const auto took = std::chrono::steady_clock::now() - start;
     EXPECT_TRUE(took < 10s && took >= (stalls ? 250ms : 0ms));
     const long grown = residentMemory("VmHWM:") - before;
@@ -57,95 +34,78 @@ struct Fault {
   }
 };
 
-URLRequest requestWithBody(const char* method, const std::string& url) {
-  auto request = makeRequest(method, url);
-  if (*method == 'P') request.body = "body of " + url;
-  return request;
-}
-
-TEST(NetworkFaults, OverHTTP2EndInTheListedErrorAndSendABodyOnce) {
-  const TestCertificate identity("localhost");
-  CurlOptions options;
-  options.certificates = identity.certificate();
-  std::map<std::string, std::string> scripts;
-  std::map<std::string, std::unique_ptr<LoopbackServer>> servers;
-  const auto table = tableOf<8>("network/http2.txt");
-  for (const auto& [name, method, greeting, script, mebibytes, end, text, seen] : table) {
-    scripts["/" + name] = script;
-    auto& server = servers[greeting];
-    if (server) continue;
-    const auto play = [&](const LoopbackServer::Request& request, LoopbackServer::Connection& connection) {
-      if (request.target == "/good") return connection.reply(200, "good");
-      connection.play(scripts.at(request.target));
-    };
-    server = std::make_unique<LoopbackServer>(play, &identity, 0,
-                                              greeting.empty() ? LoopbackServer::http2 : greeting);
-  }
-  CurlURLSession session(options);
-  long maxGrown = 0;
-  for (const auto& [name, method, greeting, script, mebibytes, end, text, seen] : table) {
-    SCOPED_TRACE(name);
-    const auto& server = *servers.at(greeting);
-    const auto request = requestWithBody(method.c_str(), server.url("/" + name, "localhost"));
-    maxGrown = std::max(maxGrown, Fault{name, script, mebibytes, end, text}.run(session, request));
-    const auto arrived = std::ranges::count(server.requests(), "/" + name, &LoopbackServer::Request::target);
-    const auto maxSeen = words(seen);
-    EXPECT_LE(arrived, std::stol(maxSeen[0]));
-    EXPECT_LE(server.seen(request.body.value_or("no body")), std::stoul(maxSeen[1]));
-    auto next = makeRequest("GET", servers[""]->url("/good", "localhost"));
-    next.timeout = 5s;
-    EXPECT_EQ(described(await(session, next)), "200 good");
-  }
-  std::cout << "grew by at most " << maxGrown << " KiB in rows that keep no body\n";
-}
-
-TEST(NetworkFaults, EndInTheListedErrorInBoundedTimeAndMemory) {
-  std::map<std::string, std::string> scripts, urls;
-  const auto play = [&](const LoopbackServer::Request& request, LoopbackServer::Connection& connection) {
+// Plays the rows of a table.
+void expectListedEnds(const std::string& file) {
+  std::map<std::string, std::string> scripts;  // by the path of a request
+  const auto play = [&](const Received& request, Connection& connection) {
     if (request.target == "/good") return connection.reply(200, "good");
     connection.play(scripts.at(request.target));
   };
-  const LoopbackServer plain(play);
-  urls["nobody"] = LoopbackServer(play).url("");
-  urls["nowhere"] = "https://" + std::string(64, 'a') + ".example";
-  urls["plain"] = plain.url("");
-  urls["https-at-plain"] = "https" + plain.url("").substr(4);
   std::list<TestCertificate> certificates;
-  std::list<LoopbackServer> servers;
+  std::map<std::string, LoopbackServer> servers;
+  servers.try_emplace("plain", play);
+  std::map<std::string, std::string> urls{
+      {"nobody", LoopbackServer(play).url("")},
+      {"nowhere", "https://" + std::string(64, 'a') + ".example"},
+      {"plain", servers.at("plain").url("")},
+      {"https-at-plain", "https" + servers.at("plain").url("").substr(4)}};
   CurlOptions options;
   std::ofstream trusted;
-  const auto table = tableOf<6>("network/faults.txt");
-  for (const auto& [name, server, script, mebibytes, end, text] : table) {
+  const auto table = tableOf<8>(file);
+  for (const auto& [name, server, method, script, mebibytes, end, text, seen] : table) {
     scripts["/" + name] = script;
     if (const auto at = script.find("PLAIN"); at != script.npos)
-      scripts["/" + name].replace(at, 5, plain.url(""));
-    if (!server.starts_with("tls") || urls.contains(server)) continue;
-    const Texts parts = words(server);
+      scripts["/" + name].replace(at, 5, urls["plain"]);
+    if (urls.contains(server)) continue;
+    const bool isHTTP2 = server.starts_with("http2");
+    const std::string greeting = server.substr(std::min(server.size(), isHTTP2 ? 6 : server.size()));
+    const Texts parts = isHTTP2 ? words("tls localhost 0 2") : words(server);
     const std::string& kind = parts.back();
-    const auto& file =
+    const auto& certificate =
         certificates.emplace_back(parts[1], std::stoi(parts[2]), std::stoi(parts[3]), kind != "stranger")
             .certificate();
-    if (!options.certificates) trusted.open(*(options.certificates = file.string() + ".trusted"));
-    if (kind != "stranger" && kind != "self-signed") trusted << std::ifstream(file).rdbuf() << std::flush;
+    if (!options.certificates) trusted.open(*(options.certificates = certificate.string() + ".trusted"));
+    if (kind != "stranger" && kind != "self-signed")
+      trusted << std::ifstream(certificate).rdbuf() << std::flush;
     const int onlyTLS = kind == "tls1" ? TLS1_VERSION : kind == "tls1_1" ? TLS1_1_VERSION : 0;
-    urls[server] = servers.emplace_back(play, &certificates.back(), onlyTLS).url("", "localhost");
+    const auto& started = servers
+                              .try_emplace(server, play, &certificates.back(), onlyTLS,
+                                           isHTTP2 && greeting.empty() ? LoopbackServer::http2 : greeting)
+                              .first->second;
+    urls[server] = started.url("", "localhost");
     const std::string client =
         "openssl s_client -cipher DEFAULT@SECLEVEL=0 </dev/null >/dev/null 2>&1 -connect 127.0.0.1:";
     EXPECT_TRUE(onlyTLS == 0 ||
-                std::system((client + std::to_string(servers.back().port()) + " -" + kind).c_str()) == 0)
+                std::system((client + std::to_string(started.port()) + " -" + kind).c_str()) == 0)
         << "a client that allows it can use the version";
   }
   CurlURLSession session(options);
   long maxGrown = 0;
-  for (const auto& [name, server, script, mebibytes, end, text] : table) {
-    const auto& url = urls.at(server);
-    const Fault fault{name, script, mebibytes, end, text};
-    maxGrown = std::max(maxGrown, fault.run(session, makeRequest("GET", url + "/" + name)));
+  for (const auto& [name, server, method, script, mebibytes, end, text, seen] : table) {
     SCOPED_TRACE(name);
-    for (const char* next : {"plain", "tls localhost 0 2"})
-      EXPECT_EQ(described(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
+    auto request = makeRequest(method, urls.at(server) + "/" + name);
+    if (method != "GET") request.body = "body of " + name + ".";
+    maxGrown = std::max(maxGrown, Fault{name, script, mebibytes, end, text}.run(session, request));
+    if (const Texts most = words(seen); !most.empty()) {
+      const LoopbackServer& asked = servers.at(server);
+      EXPECT_LE(std::ranges::count(asked.requests(), "/" + name, &Received::target), std::stol(most[0]));
+      EXPECT_LE(asked.seen(request.body.value_or("no body")), std::stoul(most[1]));
+    }
+    for (const char* const next : {"plain", "tls localhost 0 2", "http2"}) {
+      if (urls.contains(next)) {
+        EXPECT_EQ(described(await(session, makeRequest("GET", urls[next] + "/good"))), "200 good");
+      }
+    }
   }
   std::cout << "grew by at most " << maxGrown << " KiB in rows that keep no large body\n";
+}
+
+TEST(NetworkFaults, EndInTheListedErrorInBoundedTimeAndMemory) {
+  expectListedEnds("network/faults.txt");
+}
+
+TEST(NetworkFaults, OverHTTP2EndInTheListedErrorAndSendABodyOnce) {
+  expectListedEnds("network/http2.txt");
 }
 
 }  // namespace

@@ -13,18 +13,11 @@ namespace TalvoConsentSDK {
 namespace {
 
 TEST(PosixPlatform, KeepsConsentsInThePersonsOwnFolder) {
-  const struct {
-    const char *xdg, *home, *expected;
-  } cases[] = {
-      {"/data", "/home/me", "/data/adapter_tests/consent.sqlite"},
-      {"", "/home/me", "/home/me/.local/share/adapter_tests/consent.sqlite"},
-      {"relative", "/home/me", "/home/me/.local/share/adapter_tests/consent.sqlite"},
-  };
   const bool isCopy = std::getenv("COPY_OF_THE_TEST");
   if (isCopy) std::filesystem::remove(std::filesystem::read_symlink("/proc/self/exe"));
-  for (const auto& [xdg, home, expected] : cases) {
-    setenv("XDG_DATA_HOME", xdg, 1);
-    setenv("HOME", home, 1);
+  for (const auto& [xdg, home, expected] : tableOf<3>("platform/folders.txt")) {
+    setenv("XDG_DATA_HOME", xdg.c_str(), 1);
+    setenv("HOME", home.c_str(), 1);
     EXPECT_EQ(defaultStoreFile(), expected);
   }
   const auto runCopy =
@@ -34,8 +27,8 @@ TEST(PosixPlatform, KeepsConsentsInThePersonsOwnFolder) {
 }
 
 TEST(PosixPlatformCache, IsBesideTheStoreUnlessItIsOff) {
-  const TemporaryFolder folder;
-  const fs::path store = folder.file(), cache = store.string() + ".cache";
+  const TemporaryStore temporary;
+  const fs::path store = temporary.file, cache = store.string() + ".cache";
   const LoopbackServer server([](const auto&, auto& connection) {
     connection.reply(200, "{}", "Content-Type: application/json\r\nCache-Control: max-age=60\r\n");
   });

@@ -1,36 +1,25 @@
 #pragma once
 
-// Helpers for tests of the SQLite store: a temporary folder, another connection to a file, and a fixture.
+// Helpers for tests of the SQLite store: another connection to a file, and a fixture.
 
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include "TalvoConsentSDK/TalvoConsentSDK.h"
 
 #include "testing/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
 
-namespace fs = std::filesystem;
-
-class TemporaryFolder {
- public:
-  TemporaryFolder() : path_(::mkdtemp(pattern_.data())) {}
-  ~TemporaryFolder() { fs::remove_all(path_); }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-
-  fs::path file() const { return path_ / "app" / "store.db"; }
-
- private:
-  std::string pattern_ = (fs::temp_directory_path() / "store-XXXXXX").string();
-  fs::path path_;
+/// The file of a store, in a folder that does not exist yet.
+struct TemporaryStore : TemporaryFolder {
+  const fs::path file = path / "app" / "store.db";
 };
 
 inline void write(const fs::path& file, const std::string& content) {
@@ -66,8 +55,13 @@ class SQLiteUserDefaultsTest : public ::testing::Test {
     Platform::install(platform);
   }
 
-  TemporaryFolder folder;
-  fs::path file = folder.file();
+  /// Runs a shell command in the folder `root`.
+  void shell(const std::string& command) const {
+    EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
+  }
+
+  const TemporaryStore temporary;
+  const fs::path root = temporary.path, file = temporary.file;
   std::shared_ptr<CapturingPrinter> printer = std::make_shared<CapturingPrinter>();
 };
 

@@ -22,9 +22,6 @@
 #include "tests/support/Repetitions.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-
 namespace {
 
 // Opens a store whose timeout suffices for many threads and processes that take turns on a busy machine.
@@ -33,13 +30,13 @@ std::shared_ptr<UserDefaults> openWithLongTimeout(const fs::path& file) {
 }
 
 struct InSQLite {
-  TemporaryFolder folder;
-  std::shared_ptr<UserDefaults> open() { return openWithLongTimeout(folder.file()); }
+  TemporaryStore temporary;
+  std::shared_ptr<UserDefaults> open() { return openWithLongTimeout(temporary.file); }
   static int kills() { return repetitions("TALVO_TEST_KILLS", 50); }
   static int saves() { return repetitions("TALVO_TEST_SAVES", 10); }
   ~InSQLite() {
-    for (const auto& left : fs::directory_iterator(folder.file().parent_path()))
-      EXPECT_EQ(left.path(), folder.file());
+    for (const auto& left : fs::directory_iterator(temporary.file.parent_path()))
+      EXPECT_EQ(left.path(), temporary.file);
   }
 };
 INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, UserDefaultsConformance, InSQLite);
@@ -47,13 +44,13 @@ INSTANTIATE_TYPED_TEST_SUITE_P(SQLite, DurabilityConformance, InSQLite);
 
 // Begins with a damaged file, which one of the processes sets aside.
 struct InDamagedSQLite {
-  TemporaryFolder folder;
-  InDamagedSQLite() { write(folder.file(), std::string(20'000, 'x')); }
-  std::shared_ptr<UserDefaults> open() { return openWithLongTimeout(folder.file()); }
+  TemporaryStore temporary;
+  InDamagedSQLite() { write(temporary.file, std::string(20'000, 'x')); }
+  std::shared_ptr<UserDefaults> open() { return openWithLongTimeout(temporary.file); }
   static int saves() { return InSQLite::saves(); }
   ~InDamagedSQLite() {
-    EXPECT_EQ(contentOf(folder.file().string() + ".damaged-1").size(), 20'000u);
-    EXPECT_FALSE(fs::exists(folder.file().string() + ".damaged-2"));
+    EXPECT_EQ(contentOf(temporary.file.string() + ".damaged-1").size(), 20'000u);
+    EXPECT_FALSE(fs::exists(temporary.file.string() + ".damaged-2"));
   }
 };
 using Shared = ::testing::Types<InSQLite, InDamagedSQLite>;
@@ -111,10 +108,6 @@ TEST_F(SQLiteUserDefaultsTest, WaitsForAnotherWriterUntilTheDeadline) {
 // One process has the store open, and others open it afterwards. None of these was forked while its parent
 // had the store open.
 TEST_F(SQLiteUserDefaultsTest, NoticesWhenItsFileIsReplaced) {
-  const fs::path root = file.parent_path().parent_path();
-  const auto shell = [&](const std::string& command) {
-    EXPECT_EQ(std::system(("cd " + root.string() + " && { " + command + "; }").c_str()), 0);
-  };
   const auto hold = [&](const ProcessChannel& parent) {
     const auto letParentAct = [&] { EXPECT_TRUE(parent.send(true) && parent.receive<bool>()); };
     SQLiteUserDefaults store(file);

@@ -7,9 +7,6 @@
 #include "tests/adapters/FileFaults.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-
 namespace {
 
 const std::string key = "com.talvo.consent.basicConsent.s";
@@ -90,10 +87,10 @@ class StoreFaultsTest : public SQLiteUserDefaultsTest {
     MemoryPlatform platform;
     platform.userDefaults = std::make_shared<FailingUserDefaults>(
         std::make_shared<SQLiteUserDefaults>(file, std::chrono::milliseconds(20)));
-    const std::string root = "https://service.example/public/";
-    platform.session->answer("GET", root + "cookies/s/configurations", 200, "{}");
+    const std::string service = "https://service.example/public/";
+    platform.session->answer("GET", service + "cookies/s/configurations", 200, "{}");
     for (const char* method : {"POST", "PUT"})
-      platform.session->answer(method, root + "cookie-consent/s", 200, R"({"id":"c"})");
+      platform.session->answer(method, service + "cookie-consent/s", 200, R"({"id":"c"})");
     platform.install();
     const auto client = CookiesSDK::createInstance("https://service.example/", "s");
     int sent = 0;

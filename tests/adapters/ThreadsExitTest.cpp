@@ -1,28 +1,33 @@
+// A process that exits while its background thread is busy.
+
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <functional>
 #include <future>
 #include <list>
-#include <memory>
-#include <string>
 #include <system_error>
 #include <thread>
-
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "TalvoConsentSDK/base/NeverDestroyed.h"
 
 #include "adapters/threads/BackgroundThread.h"
 
 #include "testing/ChildProcess.h"
+#include "tests/support/Testing.h"
 
-// A process that exits while its background thread is busy.
 namespace TalvoConsentSDK {
 namespace {
 
-// Posts 100 jobs, each of which posts itself again whenever it runs. Returns once the thread runs jobs.
+// Posts a job and waits until the thread runs it.
+void start(BackgroundThread& thread, const std::function<void()>& job) {
+  const auto running = std::make_shared<std::promise<void>>();
+  thread.post([=] {
+    running->set_value();
+    job();
+  });
+  running->get_future().wait();
+}
+
+// Posts 100 jobs, each of which posts itself again whenever it runs.
 void keepBusy(const std::shared_ptr<BackgroundThread>& thread) {
   struct Again {
     std::weak_ptr<BackgroundThread> thread;
@@ -32,16 +37,9 @@ void keepBusy(const std::shared_ptr<BackgroundThread>& thread) {
       if (const auto alive = thread.lock()) alive->post(*this);
     }
   };
-  std::promise<void> running;
-  thread->post([&] { running.set_value(); });
+  start(*thread, [] {});
   for (int job = 0; job < 100; ++job) thread->post(Again{thread});
-  running.get_future().wait();
 }
-
-struct Ending {
-  const char* name;
-  std::function<void()> leave;
-};
 
 // A new thread that is never destroyed, like the threads of a process-wide platform.
 std::shared_ptr<BackgroundThread>& leaked() {
@@ -49,56 +47,41 @@ std::shared_ptr<BackgroundThread>& leaked() {
   return threads.emplace_back(std::make_shared<BackgroundThread>());
 }
 
-class ThreadsExitTest : public ::testing::TestWithParam<Ending> {};
-
-TEST_P(ThreadsExitTest, EndsQuicklyAndWithoutACrash) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (int run = 0; run < 5; ++run) {
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EXIT(GetParam().leave(), ::testing::ExitedWithCode(0), "");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
-  }
+void sleepForever() {
+  for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
-const Ending endings[] = {
-    {"Idle",
-     [] {
-       std::promise<void> ran;
-       leaked()->post([&] { ran.set_value(); });
-       ran.get_future().wait();
-       std::exit(0);
-     }},
-    {"Busy",
-     [] {
-       keepBusy(leaked());
-       keepBusy(leaked());
-       std::exit(0);
-     }},
-    {"InAJobThatNeverReturns",
-     [] {
-       std::promise<void> running;
-       leaked()->post([&] {
-         running.set_value();
-         for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
-       });
-       running.get_future().wait();
-       std::exit(0);
-     }},
-    {"CalledByAJob",
-     [] {
-       leaked()->post([] { std::exit(0); });
-       for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
-     }},
-    {"AfterTheThreadIsDestroyed",
-     [] {
-       auto thread = std::make_shared<BackgroundThread>();
-       keepBusy(thread);
-       thread = nullptr;
-       std::exit(0);
-     }},
-};
-INSTANTIATE_TEST_SUITE_P(Exit, ThreadsExitTest, ::testing::ValuesIn(endings),
-                         [](const auto& each) { return each.param.name; });
+TEST(ThreadsExitTest, EndsQuicklyAndWithoutACrash) {
+  constexpr int status = 3;
+  // What happens before the process exits.
+  const std::pair<const char*, std::function<void()>> cases[] = {
+      {"an idle thread", [] { start(*leaked(), [] {}); }},
+      {"busy threads",
+       [] {
+         keepBusy(leaked());
+         keepBusy(leaked());
+       }},
+      {"a job that never returns", [] { start(*leaked(), sleepForever); }},
+      {"a job that calls exit",
+       [] {
+         leaked()->post([] { std::exit(status); });
+         sleepForever();
+       }},
+      {"a thread that was destroyed", [] { keepBusy(std::make_shared<BackgroundThread>()); }},
+  };
+  for (int run = 0; run < 5; ++run) {
+    for (const auto& [name, prepare] : cases) {
+      SCOPED_TRACE(name);
+      const auto began = std::chrono::steady_clock::now();
+      ChildProcess child([&work = prepare](const ProcessChannel&) {
+        work();
+        std::exit(status);
+      });
+      EXPECT_EQ(child.wait(), status);
+      EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::seconds(10));
+    }
+  }
+}
 
 TEST(ParkedThreadTest, RestoresTheSignalMaskIfNoThreadCanStart) {
   pthread_attr_t usual;

@@ -1,11 +1,8 @@
 // Tests the local consent service as a program: starts it, sends HTTP requests, and stops it.
 
-#include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstdint>
 #include <deque>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <thread>
@@ -17,6 +14,7 @@
 
 #include "tests/apps/ConsentServiceProcess.h"
 #include "tests/support/ResidentMemory.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK::testing {
@@ -35,32 +33,23 @@ std::string filled(std::string text, const std::map<std::string, std::string>& v
   return text;
 }
 
-// A path that no other test uses. The destructor removes the file.
-class TemporaryFile : public std::string {
- public:
-  explicit TemporaryFile(const std::string& name)
-      : std::string(::testing::TempDir() + "talvo-service-" + std::to_string(getpid()) + name) {}
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() { std::filesystem::remove(c_str()); }
-};
-
 // Each file in tests/apps/exchanges holds options, and pairs of lines: a request (method, path, body), and
 // the expected status, followed by part of the body or, after "not", by a text that the body must not
 // contain. Without a text, the body must be empty. URL stands for the service's URL, FIRST for the first
 // identifier that it returned, and STORE for a file. "restart" restarts the service.
-class Exchanges : public TestWithParam<std::string> {};
+class Exchanges : public TestWithParam<const char*> {};
 INSTANTIATE_TEST_SUITE_P(All, Exchanges, Values("consents", "documents", "refusals", "faults"),
                          [](const auto& each) { return each.param; });
 
 TEST_P(Exchanges, RunAsListed) {
-  const TemporaryFile store(".db");
-  std::ifstream file(TALVO_TEST_DATA "/apps/exchanges/" + GetParam() + ".txt");
+  const TemporaryFolder folder;
+  std::ifstream file(TALVO_TEST_DATA "/apps/exchanges/"s + GetParam() + ".txt");
   Texts options;
   std::string line;
   while (std::getline(file, line) && (line[0] == '#' || line.starts_with("options: "))) {
     if (line[0] != '#')
-      std::ranges::copy(words(filled(line.substr(9), {{"STORE", store}})), std::back_inserter(options));
+      std::ranges::copy(words(filled(line.substr(9), {{"STORE", folder.path / "store"}})),
+                        std::back_inserter(options));
   }
   std::optional<ConsentServiceProcess> service(options);
   std::map<std::string, std::string> values{{"URL", service->url()}};
@@ -97,8 +86,8 @@ TEST_P(Exchanges, RunAsListed) {
 }
 
 TEST(ConsentService, ServesHTTPS) {
-  const TemporaryFile key(".key");
-  const TemporaryFile certificate(".pem");
+  const TemporaryFolder folder;
+  const std::string key = folder.path / "key", certificate = folder.path / "certificate";
   const std::string make = "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 ";
   ASSERT_EQ(printedBy(make + "-subj /CN=localhost -keyout " + key + " -out " + certificate + " 2>&-"), "");
   const ConsentServiceProcess service({"--tls", certificate, key});
@@ -208,9 +197,7 @@ std::string expanded(std::string text) {
 // The table is tests/golden/service/bounds.txt.
 TEST(ConsentService, BoundsWhatAClientSendsInSizeAndTime) {
   const ConsentServiceProcess service({"--client-timeout", "300"});
-  const TemporaryFile zeros(".gz");
-  ASSERT_EQ(printedBy("head -c 300000000 /dev/zero | gzip -1 >" + zeros), "");
-  const std::string bomb = contentOf(zeros);
+  const std::string bomb = printedBy("head -c 300000000 /dev/zero | gzip -1");
   const long before = residentMemory("VmHWM:", service.process());
   const auto table = tableOf<4>("service/bounds.txt");
   for (const auto& [name, status, start, again] : table) {

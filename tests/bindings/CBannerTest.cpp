@@ -7,69 +7,61 @@
 namespace TalvoConsentSDK {
 namespace {
 
-template <const char* const& text>
-void add(void* ends) {
+using ::testing::Contains;
+
+void add(void* ends, const char* text) {
   static_cast<Texts*>(ends)->push_back(text);
 }
-const char* const accepted = "accepted";
-const char* const rejected = "rejected";
-const char* const saved = "saved";
-const char* const closed = "closed";
-const char* const replaced = "replaced";
-const char* const managed = "managed";
-const char* const released = "released";
 
 TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   BannerCustomization document;
   document.customization = customization("buttons:acceptAll,rejectAll,managePreferences closeButton",
                                          "buttons:savePreferences,managePreferences",
                                          R"(,"savePreference":"Save","preferencesButton":"Manage")");
+  answer("GET", "banner-customization/s?lng=en", 500, "500");
   answer("GET", "banner-customization/s?lng=en", 200, written(document));
   answer("GET", "cookies/s?lng=en", 200, "{}");
+  answer("POST", "cookie-consent/s", 422, R"({"id":"c"})");
   for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"c"})");
   created();
   talvo_cookies* const sdk = talvo_cookies_create("", "");
   Texts ends;
   talvo_banner_callbacks banner{};
   banner.size = sizeof banner;
-  banner.on_accept_all = add<accepted>;
-  banner.on_reject_all = add<rejected>;
-  banner.on_saved = add<saved>;
-  banner.on_closed = add<closed>;
-  banner.on_replaced = add<replaced>;
-  banner.on_manage_preferences = add<managed>;
-  banner.on_error = [](const talvo_error* error, void* other) {
-    static_cast<Texts*>(other)->push_back(std::to_string(error->status));
+  banner.on_accept_all = [](void* to) { add(to, "accepted"); };
+  banner.on_reject_all = [](void* to) { add(to, "rejected"); };
+  banner.on_saved = [](void* to) { add(to, "saved"); };
+  banner.on_closed = [](void* to) { add(to, "closed"); };
+  banner.on_replaced = [](void* to) { add(to, "replaced"); };
+  banner.on_manage_preferences = [](void* to) { add(to, "managed"); };
+  banner.on_shown = [](void* to) { add(to, "shown"); };
+  banner.on_error = [](const talvo_error* error, void* to) {
+    add(to, error->status == TALVO_NOT_SHOWN    ? "not shown"
+            : error->status == TALVO_NO_SURFACE ? "no surface"
+                                                : error->description);
   };
-  banner.release = add<released>;
+  banner.release = [](void* to) { add(to, "released"); };
   banner.user_data = &ends;
-  const struct {
-    std::string taps;
-    Texts ends;
-  } ways[] = {
-      {"button Accept", {"accepted", "released"}},
-      {"button Reject", {"rejected", "released"}},
-      {"button Manage; button Manage; button Save", {"managed", "saved", "released"}},
-      {"button Close", {"closed", "released"}},
-      {"another", {"replaced", "released"}},
-      {"nowhere", {std::to_string(TALVO_NOT_SHOWN), "released"}},
-  };
-  for (const auto& way : ways) {
+  for (const auto& [taps, called] : tableOf<2>("banner/ends.txt")) {
     const auto scenes = platform.application->scenes;
-    if (way.taps == "nowhere") platform.application->scenes.clear();
+    const bool isNowhere = taps == "nowhere";
+    if (isNowhere) platform.application->scenes.clear();
+    platform.scene->state =
+        taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
+    banner.time_limit = isNowhere ? 60'000 : 0;
     ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
     platform.settle();
     platform.application->scenes = scenes;
-    for (const std::string& each : split(way.taps, ';')) {
-      if (each == "another") CookiesSDK::getInstance()->showBanner({}, {}, {}, {});
-      const bool isTapped =
-          !each.starts_with("button") || tap(*platform.scene->windows().at(0)->controller, each);
-      EXPECT_TRUE(isTapped) << each;
-      platform.settle();
-    }
+    if (taps == "another") CookiesSDK::getInstance()->showBanner({}, {}, {}, {});
+    for (const std::string& each : split(taps, ';'))
+      EXPECT_TRUE(!each.starts_with("button") || tap(*platform.scene->windows().at(0)->controller, each))
+          << each;
+    platform.settle();
     for (const auto& window : platform.scene->windows()) window->finishAnimations();
     platform.settle();
-    EXPECT_EQ(std::exchange(ends, {}), way.ends) << way.taps;
+    EXPECT_EQ(joined(std::exchange(ends, {})), called + "; released");
+    EXPECT_EQ(platform.session->requests().back().totalTimeout,
+              isNowhere ? std::optional(60'000ms) : std::nullopt);
   }
 }
 
@@ -97,6 +89,27 @@ TEST_F(ClientTest, TranslatesTheBannersTextsInC) {
     EXPECT_NO_THROW(find(*platform.scene->windows().back()->controller, "button " + host.name));
   }
   EXPECT_EQ(releases, 1) << "of the table that was replaced";
+}
+
+TEST_F(ClientTest, ReportsFailuresOfTheBackgroundInC) {
+  created();
+  talvo_cookies* const sdk = talvo_cookies_create("", "");
+  char* json = nullptr;
+  EXPECT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_OK) << "there is no consent";
+  platform.userDefaults->failsToRead = true;
+  EXPECT_EQ(talvo_cookies_get_consent(sdk, &json), TALVO_PLATFORM_ERROR);
+  platform.userDefaults->failsToRead = false;
+
+  const auto note = [](const char* line, void* lines) { static_cast<Texts*>(lines)->push_back(line); };
+  Texts lines;
+  ASSERT_EQ(talvo_set_printer(note, &lines, [](void* to) { add(to, "released"); }), TALVO_OK);
+  answer("GET", "cookie-consent/s/identified/user", 500, "");
+  talvo_cookies_identify(sdk, "user");
+  platform.settle();
+  EXPECT_THAT(lines, Contains(StartsWith("Error fetching identified consent")));
+  lines.clear();
+  EXPECT_EQ(talvo_set_printer(nullptr, nullptr, nullptr), TALVO_OK);
+  EXPECT_THAT(lines, ElementsAre("released"));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "bindings/qml/ConsentSdk.h"
 #include "bindings/qml/QmlConsentGate.h"
 #include "tests/core/ClientTest.h"
+#include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
 namespace {
@@ -90,6 +91,25 @@ TEST_F(QmlTest, GatesACategoryOrAVendor) {
   EXPECT_TRUE(sdk.eraseConsent());
   platform.settle();
   EXPECT_EQ(reports, QStringList("-statistics"));
+}
+
+TEST_F(QmlTest, TellsWhenTheBannerIsOnScreen) {
+  BannerCustomization document;
+  document.customization = customization("closeButton", "closeButton");
+  answer("GET", "banner-customization/s?lng=en", 200, written(document));
+  answer("GET", "cookies/s?lng=en", 200, "{}");
+  answer("GET", "cookies/s/configurations", 200, "{}");
+  Item sdk;
+  QStringList signalled;
+  sdk.connect(&sdk, &ConsentSdk::bannerShown, [&] { signalled << "shown"; });
+  sdk.connect(&sdk, &ConsentSdk::bannerEnded, [&](const QString& outcome) { signalled << outcome; });
+  sdk.componentComplete();
+  sdk.showBanner();
+  platform.settle();
+  EXPECT_EQ(signalled, QStringList("shown"));
+  tap(*platform.scene->windows().at(0)->controller, "button Close");
+  platform.settle();
+  EXPECT_EQ(signalled, QStringList({"shown", "closed"}));
 }
 
 TEST_F(QmlTest, LimitsHowLongABannerMayTake) {

@@ -57,6 +57,35 @@ TEST_F(ClientTest, CallsListenersAndCompletionsInOrderOnAnExecutorOfTheirOwn) {
   EXPECT_EQ(trace.back(), "second in background");
 }
 
+TEST_F(ClientTest, DeliversEventsInOrderToTheListenersOfThatMoment) {
+  using enum ConsentEvent;
+  for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"new"})");
+  const auto client = created();
+  const auto listener = [this](
+                            const std::string& name, std::function<void()> work = [] {}) {
+    return std::make_shared<ConsentEventClosureCallback>([=, this] { work(), note(name); }, [] {});
+  };
+  const auto heard = [&] {
+    client->submitConsent(BasicConsent::rejectAll(), nullptr);
+    platform.settle();
+    return std::exchange(trace, {});
+  };
+  const auto a = listener("a");
+  for (const auto& each : {a, listener("b"), a}) client->addEventListener(rejectAll, each);
+  client->addEventListener(consentSent, listener("c", [&] {
+                             client->removeAllEventListeners();
+                             for (const auto event : {rejectAll, consentSent})
+                               client->addEventListener(event, listener("later"));
+                           }));
+  client->addEventListener(consentSent, listener("d"));
+  EXPECT_THAT(heard(), ElementsAre("a in background", "b in background", "a in background", "c in background",
+                                   "d in background"));
+  EXPECT_EQ(a.use_count(), 1) << "the client still holds the listener";
+  EXPECT_THAT(heard(), ElementsAre("later in background", "later in background"));
+  client->removeEventListener(rejectAll);
+  EXPECT_THAT(heard(), ElementsAre("later in background"));
+}
+
 // A store whose first save blocks, as if waiting for another process, until the test releases it.
 struct WaitingStore : InMemoryUserDefaults {
   Result<void> commit(const std::vector<StoreChange>& changes) override {

@@ -54,32 +54,6 @@ TEST_P(GoldenRecordsTest, ReadsAndWritesTheFrozenForm) {
 
 INSTANTIATE_TEST_SUITE_P(Records, GoldenRecordsTest, ValuesIn(records), byName);
 
-// Finds swapped keys: in these documents, each text is derived from its key.
-TEST(GoldenFieldsTest, EveryKeyHasItsOwnField) {
-  const auto banner =
-      parsed<BannerCustomization>(golden("BannerCustomization", "normal")).customization.value();
-  const auto& m = banner.messages.bannerMessages;
-  const auto catalogue = parsed<Services>(golden("Services", "normal"));
-  const auto& s = catalogue.libraries->front();
-  const auto& d = catalogue.services->front();
-  EXPECT_THAT((Texts{*m.preferences, *m.preferenceTitle, *m.preferencesTitle, *m.marketing, *m.marketingTitle,
-                     m.title}),
-              ElementsAre("preferences text", "preferenceTitle text", "preferencesTitle text",
-                          "marketing text", "marketingTitle text", "title text"));
-  EXPECT_THAT((Texts{*s.name, *s.fullName, *s.vendor, *s.domain, *s.id}),
-              ElementsAre("name text", "fullName text", "vendor text", "domain text", "id text"));
-  EXPECT_THAT((Texts{*d.id, *d.cookiePolicyURL, *d.privacyPolicyURL}),
-              ElementsAre("id text", "cookiePolicyURL text", "privacyPolicyURL text"));
-  const auto& c = banner.colors;
-  EXPECT_THAT((Texts{c.background, c.buttonBackground, c.buttonFontColor, c.font}),
-              ElementsAre("#FFFFFF", "#1A73E8", "#FFF", "FF202124"));
-  const auto& tab = banner.components->secondaryScreen->at(1).tabs->at(0);
-  EXPECT_TRUE(banner.settings.isShowBlurBackground && !banner.settings.isShowPoweredBy && !tab.readOnly);
-  const auto consent = parsed<FullConsent>(golden("FullConsent", "normal"));
-  EXPECT_THAT((Texts{*consent.userId, *consent.id, *consent.siteId}),
-              ElementsAre("user@example.com", "c-17", "site-1"));
-}
-
 Result<std::string> recoded(const std::string& name, const std::string& json) {
   return std::ranges::find(records, name, &GoldenRecord::name)->recode(json);
 }

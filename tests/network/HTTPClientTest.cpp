@@ -13,10 +13,6 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
 
 const std::string address = "https://service.example/x";
@@ -122,7 +118,7 @@ TEST_F(HTTPClientTest, RequestsOnlyTheNamedUser) {
   }
 }
 
-TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesOnTheGivenExecutor) {
+TEST_F(HTTPClientTest, CompletesOnTheSessionsThread) {
   platform.session->answer("POST", address, 200, R"({"id":"1"})");
   client.postJSON(url, {}, {}, [&](const Result<JSONObject>&) {
     EXPECT_TRUE(platform.sessionThread->isCurrent());
@@ -133,17 +129,6 @@ TEST_F(HTTPClientTest, CompletesOnTheSessionsThreadAndDecodesOnTheGivenExecutor)
 
   URLSessionHTTPClient inlined(Platform().urlSession);  // its session completes inside the call
   EXPECT_NO_THROW(inlined.postJSON(url, {}, {}, [](const Result<JSONObject>&) { throw 1; }));
-
-  URLSessionHTTPClient decoding(platform.session, platform.background);
-  std::string text;
-  spawn<ConsentResponse>(platform.mainActor, decoding.post<ConsentResponse>(url, record, {}),
-                         [&](const Result<ConsentResponse>& reply) { text = reply->id; });
-  EXPECT_EQ(platform.mainActor->runAll() + platform.background->runAll() + platform.sessionThread->runAll(),
-            3u);
-  EXPECT_EQ(platform.background->runAll(), 1u) << "decoding";
-  EXPECT_EQ(text, "");
-  EXPECT_EQ(platform.mainActor->runAll(), 1u);
-  EXPECT_EQ(text, "1");
 }
 
 // A host's session that violates its contract.

@@ -10,9 +10,6 @@
 #include "tests/support/Testing.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-
 namespace {
 
 template <class T>
@@ -61,41 +58,6 @@ TEST(TaskTest, ReturnsOrThrowsWhenAwaited) {
   EXPECT_EQ(*outcome(caughtFrom(failing(false))), "not ours");
   EXPECT_TRUE(outcome(failing(true)).error().as<PlatformError>());
   EXPECT_EQ(failure(outcome(failing(false))), "not ours");
-}
-
-std::string where(const MemoryPlatform& threads) {
-  return threads.mainActor->isCurrent()    ? " main"
-         : threads.background->isCurrent() ? " background"
-                                           : " caller";
-}
-
-Task<std::string> whereItRuns(const MemoryPlatform& threads) {
-  co_return where(threads);
-}
-
-Task<void> visit(const MemoryPlatform& threads, std::string& trace) {
-  trace += where(threads);
-  auto inherited = whereItRuns(threads);
-  trace += co_await std::move(inherited);
-  auto moved = whereItRuns(threads).on(threads.background);
-  trace += co_await std::move(moved);
-  trace += where(threads);
-  CallbackAwaiter<int> callback([&threads](const std::function<void(int)>& report) {
-    threads.sessionThread->post([report] { report(1); });
-  });
-  co_await std::move(callback);
-  trace += where(threads);
-}
-
-TEST(TaskTest, ResumesOnItsExecutorAfterEveryWait) {
-  MemoryPlatform threads;
-  std::string bound, unbound;
-  spawn(threads.mainActor, visit(threads, bound));
-  spawn(nullptr, visit(threads, unbound));
-  EXPECT_EQ(bound, "");
-  threads.settle();
-  EXPECT_EQ(bound, " main main background main main");
-  EXPECT_EQ(unbound, " caller caller background background caller") << "continues where its last wait ended";
 }
 
 // Runs each job on another thread and waits for it before `post` returns.
@@ -164,12 +126,6 @@ TEST(TaskTest, EndsOnceWhateverItsExecutorsThrow) {
   const auto late = std::make_shared<FailingExecutor>(Platform().background);
   late->throwsAfterwards = true;  // after running the job
   EXPECT_EQ(*outcome(value(1), late), 1);
-  const auto refusing = std::make_shared<FailingExecutor>(nullptr);
-  refusing->refuses = true;
-  EXPECT_EQ(failure(outcome(value(1), refusing)), "The executor is out of order");
-  int runs = 0;
-  platform::postOrRun(refusing, [&] { ++runs; });
-  EXPECT_EQ(runs, 1);
 }
 
 TEST(TaskTest, CountsTheFirstReportOnly) {

@@ -12,9 +12,6 @@
 #include "tests/support/Golden.h"
 
 namespace TalvoConsentSDK {
-
-using namespace view;
-
 namespace {
 
 Texts events;  // such as "Focus: Title"
@@ -59,13 +56,14 @@ class AccessibilityTest : public ::testing::Test {
   }
   ~AccessibilityTest() override { QAccessible::installUpdateHandler(nullptr); }
 
-  void show(const std::string& site, const std::string& language = "en", const std::string& blur = "true") {
+  void show(const std::string& site, const std::string& language = "en", const std::string& blur = "true",
+            const std::string& code = "en") {
     const std::string customization = siteFile(site + "/customization." + language + ".json");
     const std::regex shown(R"("showBlurBackground": true)");
     const std::string services = site == "demo" ? "services." + language + ".json" : "services.json";
     banner = std::make_unique<ShownBanner>(
         std::regex_replace(customization, shown, R"("showBlurBackground": )" + blur),
-        siteFile(site + "/" + services));
+        siteFile(site + "/" + services), QtOptions(), code);
   }
 
   QAccessibleInterface& root() { return *banner->surface().accessibleRoot(); }
@@ -146,6 +144,34 @@ TEST_F(AccessibilityTest, ReadsEveryScreen) {
 
 TEST_F(AccessibilityTest, ReportsChanges) {
   expectMatchesFile("changes");
+}
+
+// The platform knows no texts in other languages than English.
+TEST_F(AccessibilityTest, TellsTheLanguageOfEachName) {
+  const std::pair<std::string, QString> codes[] = {
+      {"ar", "language:ar"}, {"ar_EG", "language:ar-EG"}, {"not;a:code", {}}, {"", {}}};
+  for (const auto& [code, attributes] : codes) {
+    show("demo", "ar", "true", code);
+    for (const char* tapped : {"Button 'إدارة", "Button 'التسويق'", "Button 'Adlantern'"}) use(tapped);
+    const std::pair<const char*, QString> names[] = {{"Button 'Back'", "language:en"},
+                                                     {"Button 'Close'", "language:en"},
+                                                     {"StaticText 'Company Name'", "language:en"},
+                                                     {"Heading 'Stored Information'", "language:en"},
+                                                     {"StaticText 'Adlantern Inc.'", attributes},
+                                                     {"CheckBox 'Adlantern'", attributes}};
+    for (const auto& [name, expected] : names) {
+      QAccessibleInterface* const item = find(name);
+      ASSERT_TRUE(item) << name;
+      QAccessibleTextInterface* const text = item->textInterface();
+      ASSERT_EQ(text == nullptr, expected.isEmpty()) << name << " with the code " << code;
+      int start = 1;
+      int end = 0;
+      if (!text) continue;
+      EXPECT_EQ(text->attributes(0, &start, &end), expected) << name;
+      EXPECT_EQ(text->text(start, end), item->text(QAccessible::Name));
+    }
+    EXPECT_FALSE(dialog().textInterface()) << "its name is that of the heading";
+  }
 }
 
 TEST_F(AccessibilityTest, ActsOnRowsThatAreScrolledOut) {

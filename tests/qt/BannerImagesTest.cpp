@@ -6,29 +6,9 @@
 #include "tests/qt/ShownBanner.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
 
 constexpr QSize imageSize(195, 422);  // half a pixel per point, to keep the files small
-
-const struct Image {
-  const char* name;
-  std::string site;
-  std::string language;
-  std::string tapped = "";  // a control to tap first, if any
-  int tabs = 0;             // how often to press the Tab key after that
-  QtOptions options = {};
-} cases[] = {
-    {"main_en", "demo", ".en.json", ""},
-    {"main_ar", "demo", ".ar.json", ""},
-    {"preferences_en", "demo", ".en.json", "Manage preferences"},
-    {"minimal", "minimal", ".en.json"},
-    {"contrast", "demo", ".en.json", "Manage preferences", 2, {.highContrast = true}},
-    {"large_de", "demo", ".de.json", "Einstellungen verwalten", 0, {.text = {.scale = 3.1}}},
-};
 
 // Compares what is on screen with the picture of this name.
 void expectImage(OverlaySurface& surface, const std::string& name) {
@@ -60,18 +40,22 @@ void expectImage(OverlaySurface& surface, const std::string& name) {
   EXPECT_LE(unlike, 0.005) << "see " << actual;
 }
 
-class BannerImagesTest : public TestWithParam<Image> {};
-INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(cases), byName);
+class BannerImagesTest : public TestWithParam<std::array<std::string, 7>> {};
+INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(tableOf<7>("images/banners.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
-  const auto& [name, site, language, tapped, tabs, options] = GetParam();
-  ShownBanner banner(siteFile(site + "/customization" + language),
-                     site == "demo" ? siteFile("demo/services" + language) : "{}", options);
+  const auto& [name, site, language, tapped, tabs, scale, contrast] = GetParam();
+  QtOptions options;
+  options.textScale = std::stod(scale);
+  options.highContrast = contrast == "high";
+  ShownBanner banner(siteFile(site + "/customization." + language + ".json"),
+                     site == "demo" ? siteFile("demo/services." + language + ".json") : "{}", options);
   OverlaySurface& surface = banner.surface();
   for (const auto& each : std::vector(surface.controller()->accessibleElements())) {
     if (each.name == tapped) surface.controller()->activate(each.id);
   }
-  for (int i = 0; i < tabs; ++i) surface.controller()->press(Key::tab);
+  for (int i = 0; i < std::stoi(tabs); ++i) surface.controller()->press(Key::tab);
   EXPECT_TRUE(banner.isStill());
   EXPECT_THAT(banner.session->unexpected(), IsEmpty());
   expectImage(surface, name);

@@ -11,10 +11,6 @@
 #include "tests/qt/QtTesting.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
 
 using namespace std::chrono_literals;

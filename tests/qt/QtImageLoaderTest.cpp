@@ -1,4 +1,5 @@
 #include <QBuffer>
+#include <map>
 
 #include "adapters/qt/QtImageLoader.h"
 
@@ -26,37 +27,43 @@ const std::string hugePicture(
     "\x89PNG\r\n\x1A\n\0\0\0\x0DIHDR\0\0\xEA\x60\0\0\xEA\x60\x08\x02\0\0\0\x0F\xB0\xE2\x15\0\0\0\x01IDAT",
     41);
 
-const struct Download {
-  const char* name;
-  std::optional<int> status;
-  std::optional<std::string> body;
-  std::string error;  // the start of the error; empty if the picture loads
-  const char* url = "https://a.example/logo";
-} cases[] = {
-    {"picture", 201, picture, ""},
-    {"notFound", 404, picture, "No picture received"},
-    {"noHTTP", std::nullopt, picture, "No picture received"},
-    {"noBody", 204, std::nullopt, "No picture received"},
-    {"empty", 200, "", "The picture cannot be read"},
-    {"broken", 200, picture.substr(0, 50), "The picture cannot be read"},
-    {"icon", 200, icon, "The picture cannot be read: It is not PNG"},
-    {"huge", 200, hugePicture, "The picture is too large"},
-    {"lost", 200, picture, "Unexpected request", "https://other.example"},
-    {"noHost", 200, picture, "The URL cannot be requested", "data:text"},
-};
+std::string svg(const std::string& content) {
+  return R"(<?xml version="1.0"?><svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 20 10">)" + content +
+         R"(<rect width="30" height="20" fill="#0f0"/></svg>)";
+}
 
-class QtImageLoaderTest : public TestWithParam<Download> {};
-INSTANTIATE_TEST_SUITE_P(All, QtImageLoaderTest, ValuesIn(cases), byName);
+std::string nested(int levels) {
+  std::string all;
+  for (int i = 0; i < levels; ++i) all += "<g>";
+  for (int i = 0; i < levels; ++i) all += "</g>";
+  return svg(all);
+}
+
+// What a row of the table calls them. All other bodies are the content of an SVG.
+const std::map<std::string, std::string> bodies{
+    {"", ""},
+    {"picture", picture},
+    {"half a picture", picture.substr(0, 50)},
+    {"icon", icon},
+    {"huge picture", hugePicture},
+    {"31 groups", nested(31)},
+    {"32 groups", nested(32)},
+    {"long text", svg("<desc>" + std::string(262'144, 'a') + "</desc>")},
+    {"entity", "<!DOCTYPE svg [<!ENTITY a 'a'>]>" + svg("&a;")}};
+
+class QtImageLoaderTest : public TestWithParam<std::array<std::string, 6>> {};
+INSTANTIATE_TEST_SUITE_P(All, QtImageLoaderTest, ValuesIn(tableOf<6>("downloads.txt")),
+                         [](const auto& each) { return each.param[0]; });
 
 TEST_P(QtImageLoaderTest, AnswersOnceOnTheMainActorAndDecodesInTheBackground) {
+  const auto& [name, status, body, url, width, error] = GetParam();
   MemoryPlatform platform;
-  URLResponse response;
-  response.statusCode = GetParam().status;
-  response.body = GetParam().body;
+  URLResponse response = replyOf(status, "nothing");
+  if (body != "nothing") response.body = bodies.contains(body) ? bodies.at(body) : svg(body);
   platform.session->answer("GET", "https://a.example/logo", response);
   QtImageLoader loader(platform.session, platform.mainActor, platform.background);
   std::vector<Result<std::shared_ptr<const Image>>> answers;
-  loader.load(*URL::parse(GetParam().url), [&](Result<std::shared_ptr<const Image>> answer) {
+  loader.load(*URL::parse(url), [&](Result<std::shared_ptr<const Image>> answer) {
     EXPECT_TRUE(platform.mainActor->isCurrent());
     answers.push_back(std::move(answer));
   });
@@ -65,12 +72,12 @@ TEST_P(QtImageLoaderTest, AnswersOnceOnTheMainActorAndDecodesInTheBackground) {
   EXPECT_EQ(platform.background->runAll(), responses);
   platform.mainActor->runAll();
   ASSERT_EQ(answers.size(), 1U);
-  EXPECT_THAT(failure(answers[0]), StartsWith(GetParam().error));
-  ASSERT_EQ(answers[0].has_value(), GetParam().error.empty());
+  EXPECT_THAT(failure(answers[0]), StartsWith(error));
+  ASSERT_EQ(answers[0].has_value(), error.empty());
   if (!answers[0]) return;
   const auto& image = dynamic_cast<const QtImage&>(**answers[0]);
-  EXPECT_EQ(image.size(), (Size{20, 10}));
-  EXPECT_EQ(image.content().pixelColor(19, 9), QColor(Qt::green));
+  EXPECT_EQ(image.size(), (Size{std::stod(width), std::stod(width) / 2}));
+  EXPECT_EQ(image.content().pixelColor(image.content().width() - 1, 9), QColor(Qt::green));
 }
 
 }  // namespace

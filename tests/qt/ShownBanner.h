@@ -23,7 +23,8 @@ inline std::string siteFile(const std::string& name) {
 
 class ShownBanner {
  public:
-  ShownBanner(const std::string& customization, const std::string& services, const QtOptions& options = {}) {
+  ShownBanner(const std::string& customization, const std::string& services, const QtOptions& options = {},
+              const std::string& language = "en") {
     host.setColor(QColor(0xF4, 0xF5, 0xF6));
     host.resize(390, 844);
     host.show();
@@ -36,7 +37,7 @@ class ShownBanner {
     addQtWindows(platform, options);
     Platform::install(platform);
     const auto document = parsed<BannerCustomization>(customization);
-    const ConsentBannerView banner(*document.customization, parsed<Services>(services), {}, {}, {});
+    const ConsentBannerView banner(*document.customization, parsed<Services>(services), {}, {}, {}, language);
     ConsentBannerPresenter::shared()->show(banner, *document.customization);
     EXPECT_TRUE(isStill());
   }

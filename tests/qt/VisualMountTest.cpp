@@ -11,10 +11,6 @@
 #include "tests/qt/QtTesting.h"
 
 namespace TalvoConsentSDK {
-
-using namespace platform;
-using namespace view;
-
 namespace {
 
 // A picture whose pixel a test can change without a notification, so that a repaint is visible.
@@ -36,7 +32,7 @@ class VisualMountTest : public ::testing::Test {
   QColor at(int x, int y) { return colorAt(window, {x, y}); }
 
   QQuickWindow window;
-  VisualMount mount{*window.contentItem(), {}};
+  VisualMount mount{*window.contentItem()};
 };
 
 TEST_F(VisualMountTest, RepaintsOnlyWhatHasChanged) {
@@ -106,12 +102,22 @@ QImage drawnAt(double ratio, const std::vector<Visual>& visuals) {
   target.setDevicePixelRatio(ratio);
   window.setRenderTarget(target);
   window.resize(100, 100);
-  VisualMount mount(*window.contentItem(), {});
+  VisualMount mount(*window.contentItem());
   mount.update(visuals);
   control.polishItems();
   control.sync();
   control.render();
   return image;
+}
+
+TEST_F(VisualMountTest, FadesABoxFromEdgeToEdge) {
+  mount.update({{1, 0, {0, 0, 40, 40}, {}, 1, visual::Box{{0, 0, 1, 1}, 0, 1}},
+                {2, 0, {50, 0, 40, 40}, {}, 1, visual::Box{{0, 0, 1, 1}, 0, -1}}});
+  for (const int y : {1, 10, 20, 30, 38}) {
+    EXPECT_NEAR(at(20, y).red(), 255 - at(70, y).red(), 8) << y;
+    EXPECT_LT(at(20, y - 1).red(), at(20, y + 1).red()) << y;
+  }
+  EXPECT_EQ(at(20, 0), QColor(Qt::blue));
 }
 
 TEST_F(VisualMountTest, FillsTranslucentBoxesEvenly) {

@@ -91,12 +91,19 @@ inline bool tap(HostingController& controller, const std::string& start) {
 inline const node::Frame wholeWindow{
     .maxWidth = infinity, .maxHeight = infinity, .alignment = {{}, VerticalAlignment::top}};
 
-/// A view at the top of a window without a toolkit.
+/// A view at the top of a window without a toolkit. Nothing moves unless a test asks for it.
 struct TestScreen : HostingController {
   explicit TestScreen(const AnyView& view, Size size = {390, 844}, LayoutDirection direction = {},
                       Insets safeArea = {}, double textScale = 1)
       : HostingController(view.frame(wholeWindow), direction) {
-    setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, textScale, size, safeArea, {}, false});
+    setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, textScale, size, safeArea, {}, true});
+  }
+
+  void setMotion() {
+    ViewEnvironment moving = environment();
+    moving.reducesMotion = false;
+    setEnvironment(moving);
+    frame({});
   }
 
   /// What is drawn, one entry each: a text or "box", and its frame.

@@ -125,6 +125,27 @@ TEST_F(ConsentBannerPresenterTest, ReportsBeforeItDismissesAlsoWithReducedMotion
   EXPECT_EQ(alone->fades.size(), 1u);
 }
 
+TEST_F(ConsentBannerPresenterTest, DrawsTextThatCanBeSeen) {
+  const auto table = tableOf<6>("banner/colors.txt");
+  for (const auto& [background, button, label, font, drawn, replaced] : table) {
+    site.colors.background = background;
+    site.colors.buttonBackground = button;
+    site.colors.buttonFontColor = label;
+    site.colors.font = font;
+    const auto window = show();
+    Texts found;
+    for (const Visual& each : window->controller->frame({})) {
+      const auto* text = std::get_if<visual::Text>(&each.content);
+      if (!text || text->text == "Reject" || text->text == "Manage Preferences") continue;
+      const bool isWhite = text->color == Color{1, 1, 1, 1};
+      found.push_back(text->color == Color::black() ? "black" : isWhite ? "white" : "own");
+    }
+    EXPECT_EQ(joined(found, " "), drawn) << background;
+    const std::string line = "⚠️ Text that could not be seen is drawn in black or white: " + replaced;
+    EXPECT_EQ(joined(platform.printer->take()), replaced.empty() ? "" : line) << background;
+  }
+}
+
 TEST_F(ConsentBannerPresenterTest, PlacesTheBanner) {
   const auto table = tableOf<5>("banner/places.txt");
   site.messages.bannerMessages.mainMessage = "A";

@@ -33,8 +33,8 @@ TEST_F(HostingControllerTest, ListsElementsAndTheirHitAreas) {
   EXPECT_EQ(takeTrace(), "");
 }
 
-// The close control lies over every screen and must not overlap other controls or texts. Above a long list of
-// vendors, only the buttons at the end stay visible.
+// The close control lies over every screen and must not overlap other controls or texts, unless they are
+// scrolled. Above a long list of vendors, only the buttons at the end stay visible.
 TEST_F(HostingControllerTest, KeepsControlsInReach) {
   site.messages.bannerMessages.title = std::string(200, 'T');
   for (const char* first :
@@ -44,13 +44,33 @@ TEST_F(HostingControllerTest, KeepsControlsInReach) {
     const ConsentBannerView view = banner();
     view.handleMainAction("preferences");
     TestScreen screen(view.view(), {390, 400});
-    tap(screen, "expander Marketing");
-    EXPECT_FALSE(find(screen, "button Save").clip) << first;
     const Rect close = find(screen, "button Close").control->frame;
     for (const auto& each : screen.accessibleElements()) {
       if (each.role == Role::dialog || each.isDismissal) continue;
       EXPECT_FALSE(close.intersects(each.control ? each.control->frame : each.frame)) << first << line(each);
     }
+    tap(screen, "expander Marketing");
+    EXPECT_FALSE(find(screen, "button Save").clip) << first;
+  }
+}
+
+TEST_F(HostingControllerTest, CanLeaveEveryScreen) {
+  const auto table = tableOf<3>("banner/exits.txt");
+  for (const auto& [screenName, listed, expected] : table) {
+    site = customization(screenName == "main" ? listed : "", listed);
+    if (listed == "-") site.components.reset();
+    const ConsentBannerView view = banner();
+    if (screenName != "main") view.handleMainAction("preferences");
+    if (screenName == "vendor") view.showVendorDetail(vendors.groupedByVendor("marketing").front());
+    TestScreen screen(view.view());
+    const Rect card = find(screen, "dialog").frame;
+    Texts found;
+    for (const auto& each : screen.accessibleElements()) {
+      if (!each.isControl() || each.role == Role::toggle) continue;
+      found.push_back(each.name);
+      EXPECT_EQ(each.control->frame.intersection(card), each.control->frame) << screenName << listed;
+    }
+    EXPECT_EQ(joined(found), expected) << screenName << listed;
   }
 }
 
@@ -122,15 +142,15 @@ TEST_F(HostingControllerTest, MovesTheFocusByKeys) {
     }
     return all;
   };
-  EXPECT_EQ(press({enter, down}), "Title! Title! ");
+  EXPECT_EQ(press({enter}), "Title! ");
   EXPECT_EQ(press({tab, tab, backtab, space}), "Accept Reject Accept Acceptaccept ");
   EXPECT_EQ(press({escape, backtab, enter, tab}), "Acceptclose Close Closeclose Accept ");
   EXPECT_EQ(press({backtab, backtab, enter}), "Close Manage Title ") << "a new screen focuses its title";
   EXPECT_EQ(press({escape}), "Title! ") << "this screen cannot be closed";
   EXPECT_EQ(press({tab, space, tab, tab, tab}), "Marketing Marketing Marketing A A ")
       << "skips disabled controls";
-  EXPECT_EQ(press({backtab, enter, backtab, space}), "A Title Back Title ") << "opens a vendor and goes back";
-  EXPECT_EQ(press({backtab, backtab}), "Save B ");
+  EXPECT_EQ(press({backtab, enter, backtab, space}), "A A Back A ") << "opens a vendor and goes back";
+  EXPECT_EQ(press({backtab, backtab}), "Marketing Marketing ");
   const Visual ring = screen.frame(at(0)).back();
   EXPECT_TRUE(std::holds_alternative<visual::FocusRing>(ring.content));
   screen.touch({{0, 0}});
@@ -179,8 +199,8 @@ TEST_F(ScrollingTest, FollowsAFingerAndCoasts) {
 
 TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
   using enum Key;
-  const Key keys[] = {down, up, up, pageDown, pageUp, end, home, backtab, tab};
-  const double offsets[] = {40, 0, 0, 270, 0, 2700, 0, 2700, 0};
+  const Key keys[] = {down, down, up, pageDown, pageUp, end, home, backtab, tab};
+  const double offsets[] = {0, 100, 0, 270, 0, 2700, 0, 2700, 0};
   for (std::size_t i = 0; i < std::size(keys); ++i) {
     EXPECT_TRUE(screen.press(keys[i]));
     EXPECT_EQ(offset(), offsets[i]);
@@ -190,6 +210,117 @@ TEST_F(ScrollingTest, ObeysWheelAndKeysAndShowsTheFocus) {
   screen.scroll({50, 100}, 33);
   screen.scroll({150, 100}, 33);  // beside the scrolling part, so it does nothing
   EXPECT_EQ(offset(), 33);
+}
+
+/// The preferences of a banner at the bottom of the window, with two categories of 100 vendors each.
+class PreferencesTest : public HostingControllerTest {
+ protected:
+  PreferencesTest() {
+    view.handleMainAction("preferences");
+    screen.setMotion();
+  }
+
+  static Services manyVendors() {
+    std::string names = "v";
+    for (int i = 0; i < 99; ++i) names += ",v" + std::to_string(i);
+    return catalogue("statistics:" + names + " marketing:" + names);
+  }
+
+  double top(const std::string& element) { return find(screen, element).frame.y; }
+
+  void touchAt(Point point, int time) {
+    screen.touchBegan(point, at(time));
+    screen.touchEnded(point, at(time));
+  }
+
+  /// Draws frames until nothing moves, and returns when that was.
+  int settle(int time) {
+    do screen.frame(at(time += 10));
+    while (screen.isMoving());
+    return time;
+  }
+
+  const ConsentBannerView view{[this] {
+    site = customization(
+        "title", "title tabs:statistics,preferences,marketing,doNotSell buttons:savePreferences closeButton");
+    return banner({}, manyVendors());
+  }()};
+  TestScreen screen{bannerComposition(view.view(), site)};
+};
+
+TEST_F(PreferencesTest, OpensAListBelowTheFinger) {
+  const double card = find(screen, "dialog").frame.height;
+  const double marketing = top("expander Marketing");
+  const double first = top("expander Statistics");
+  touchAt(find(screen, "expander Statistics").frame.center(), 1000);
+  double before = marketing;
+  for (int time = 1010; time < 1060; time += 10) {
+    screen.frame(at(time));
+    EXPECT_GT(top("expander Marketing"), std::exchange(before, top("expander Marketing"))) << "slides down";
+    EXPECT_EQ(top("expander Statistics"), first);
+  }
+  EXPECT_NEAR(settle(1060), 1250, 20);
+  EXPECT_EQ(top("expander Statistics"), first);
+  EXPECT_EQ(find(screen, "dialog").frame.height, card) << "a card that grows would lift the row";
+
+  touchAt(find(screen, "expander Statistics").frame.center(), 2000);
+  settle(2000);
+  EXPECT_EQ(top("expander Marketing"), marketing) << "closed again";
+
+  touchAt(find(screen, "expander Marketing").frame.center(), 3000);
+  settle(3000);
+  const AccessibleElement& third = find(screen, "button v1");
+  EXPECT_LT(third.frame.bottom(), third.clip->bottom()) << "the first vendors can be seen";
+  EXPECT_GT(top("expander Marketing"), marketing - 200) << "the list moves no farther than needed";
+  screen.scroll({200, 600}, 1000);
+  screen.frame(at(4000));
+  EXPECT_GT(find(screen, "dialog").frame.height, card + 200) << "scrolling makes use of the whole window";
+}
+
+TEST_F(PreferencesTest, IgnoresTapsOnRowsThatMove) {
+  const Point finger = find(screen, "expander Marketing").frame.center();
+  touchAt(finger, 1000);
+  for (int time = 1010; screen.isMoving() || time == 1010; time += 10) {
+    for (const double y : {finger.y, finger.y + 60, finger.y + 100}) {
+      screen.touchBegan({finger.x, y}, at(time));
+      if (y > finger.y) screen.touchEnded({finger.x, y}, at(time));
+      screen.touchCancelled();
+    }
+    EXPECT_TRUE(std::holds_alternative<ConsentBannerView::PreferencesScreen>(view.currentScreen())) << time;
+    screen.frame(at(time));
+  }
+}
+
+TEST_F(PreferencesTest, ComeBackAsTheyWereLeft) {
+  tap(screen, "expander Marketing");
+  settle(1000);
+  screen.scroll({200, 600}, 1500);
+  screen.frame(at(2000));
+  const auto& elements = screen.accessibleElements();
+  const auto seen = std::ranges::find_if(elements, [](const AccessibleElement& each) {
+    return each.role == Role::button && each.clip && each.clip->intersection(each.frame) == each.frame;
+  });
+  const std::string vendor = line(*seen);
+  const double y = seen->frame.y;
+  touchAt(seen->frame.center(), 2000);
+  EXPECT_EQ(find(screen, "heading").name, words(vendor).back());
+  screen.scroll({200, 600}, 1000);
+  EXPECT_FALSE(find(screen, "button Back").clip) << "the way back does not scroll";
+  EXPECT_TRUE(screen.press(Key::escape));
+  EXPECT_EQ(top(vendor), y);
+  EXPECT_EQ(find(screen, vendor).id, screen.focused());
+}
+
+TEST_F(HostingControllerTest, LeadsToTheDoNotSellSwitch) {
+  const ConsentBannerView view = banner();
+  TestScreen screen(bannerComposition(view.view(), site), {390, 300});
+  for (int time = 0; time < 2; ++time) {
+    tap(screen, "link");
+    const AccessibleElement& found = find(screen, "switch Don't Sell My Data");
+    EXPECT_EQ(screen.focused(), found.id);
+    EXPECT_EQ(found.frame.intersection(*found.clip), found.frame) << "in view";
+    screen.press(Key::home);
+  }
 }
 
 // Rendering gets texts from the host and prints lines with its printer. Either may run an event loop, whose

@@ -1,6 +1,8 @@
 // Checks exact frames. Every character of body text is 8.5 points wide, and every line of it is 22 points
 // high.
 
+#include <cmath>
+
 #include "tests/ui/BannerTesting.h"
 
 namespace TalvoConsentSDK {
@@ -30,6 +32,9 @@ TEST(LayoutTest, PlacesViews) {
        "ten letter 0 0 85 22; ten letter 101 0 85 22; ten letter + ten more 0 38 178.5 22"},
       {horizontalStack(links, {body("more letters than a line can hold")}),
        "more letters than a line can hold 0 0 161.5 44"},
+      {scrollView(
+           horizontalStack({}, {body("ab").frame({.maxHeight = infinity}).background({}), box(20, 50)})),
+       "box 0 0 17 50; ab 0 14 17 22; box 17 0 20 50"},  // as high as its neighbour
       {horizontalStack({.alignment = top, .spacing = 10}, {body("one two three"), box(120, 5)}),
        "one two three 0 0 59.5 44; box 69.5 0 120 5"},
       {horizontalStack({.spacing = 8}, {none, shape({}), none, shape({}).padding({.top = 10})}),
@@ -44,6 +49,44 @@ TEST(LayoutTest, PlacesViews) {
   for (const auto& [view, expected] : table) EXPECT_EQ(TestScreen(view, {200, 140}).drawn(), expected);
 }
 
+TEST(LayoutTest, KeepsAPicturesProportions) {
+  struct Loader : ImageLoader, Image {
+    explicit Loader(Size size) : own(size) {}
+    void load(const URL&, Completion loaded) override { completion = std::move(loaded); }
+    Size size() const override { return own; }
+    Size own;
+    Completion completion;
+  };
+  const std::pair<Size, std::string> table[] = {{{100, 50}, "box 0 20 92 46; line 0 66 34 22"},
+                                                {{1600, 100}, "box 0 36.75 200 12.5; line 0 66 34 22"},
+                                                {{0, 0}, "line 0 66 34 22"}};
+  for (const auto& [natural, expected] : table) {
+    const auto loader = std::make_shared<Loader>(natural);
+    TestScreen screen(verticalStack({.alignment = HorizontalAlignment::leading},
+                                    {box(10, 20), asyncImage(*URL::parse("https://a.b"), 46), body("line")}),
+                      {200, 140});
+    ViewEnvironment environment = screen.environment();
+    environment.imageLoader = loader;
+    screen.setEnvironment(environment);
+    screen.frame({});
+    loader->completion(std::shared_ptr<const Image>(loader));
+    EXPECT_EQ(screen.drawn(), "box 0 0 10 20; " + expected);
+  }
+}
+
+TEST(LayoutTest, ScalesControlsWithTheTextButAtMostToTwiceTheirSize) {
+  const AnyView view = verticalStack(
+      {}, {symbol({.size = 10}).padding({.bottom = 50}), toggle(Binding<bool>::constant(true), {})});
+  const std::pair<double, std::string> table[] = {
+      {0.8, "box 20.5 0 10 10; box 0 60 51 31; switch  0 53.5 51 44"},
+      {1.5, "box 30.75 0 15 15; box 0 65 76.5 46.5; switch  0 55.25 76.5 66"},
+      {3.1, "box 41 0 20 20; box 0 70 102 62; switch  0 57 102 88"}};
+  for (const auto& [scale, expected] : table) {
+    TestScreen screen(view, {200, 140}, {}, {}, scale);
+    EXPECT_EQ(screen.drawn() + "; " + screen.list(true), expected);
+  }
+}
+
 TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
   const AnyView view =
       depthStack({HorizontalAlignment::leading, VerticalAlignment::bottom},
@@ -55,12 +98,37 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
             "box 0 0 200 100; box 150 64 20 10; ab 128 58 17 22");
 }
 
-// Scrolled content ends in a hairline, which is listed as a box.
-TEST(LayoutTest, PinsTheFooter) {
-  const auto table = tableOf<4>("banner/footer.txt");
-  for (const auto& [content, height, scale, expected] : table) {
-    const AnyView view = pinnedFooter(box(100, std::stod(content)), box(100, 40), 28);
-    EXPECT_EQ(TestScreen(view, {100, std::stod(height)}, {}, {}, std::stod(scale)).drawn(), expected);
+// The bar is 20 points wide and 30 high, the title as high as the table says, and the footer 100 by 40. The
+// edges of what scrolls are listed as boxes, too.
+TEST(LayoutTest, PinsTheTitleAndTheFooter) {
+  const auto table = tableOf<5>("banner/pinned.txt");
+  for (const auto& [title, content, height, scale, expected] : table) {
+    const bool hasBar = title.ends_with(" bar");
+    const AnyView bar = hasBar ? text("bar", {}).frame({.minHeight = 30}) : AnyView();
+    const AnyView name =
+        title == "none" ? AnyView() : text("title", {}).frame({.minHeight = std::stod(title)});
+    const AnyView view = pinnedEnds({}, {bar, name, box(100, std::stod(content)), box(100, 40)});
+    TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
+                      std::stod(scale));
+    EXPECT_EQ(screen.drawn(), expected) << title << " " << content << " " << height << " " << scale;
+  }
+}
+
+// Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
+// points high. At the end of the content, nothing is cut off.
+TEST(LayoutTest, CutsALineAtTheLowerEdge) {
+  for (int height = 250; height < 350; ++height) {
+    std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 28}));
+    TestScreen screen(pinnedEnds({}, {{}, {}, verticalStack({}, texts), box(100, 40)}),
+                      {100, static_cast<double>(height)});
+    const auto& elements = screen.accessibleElements();
+    const bool isCut = std::ranges::any_of(elements, [](const AccessibleElement& each) {
+      const double shown = each.clip->bottom() - each.frame.y;
+      return shown > 0 && shown < each.frame.height && std::fmod(shown, 22) > 5 && std::fmod(shown, 22) < 20;
+    });
+    EXPECT_TRUE(isCut) << height;
+    screen.press(Key::end);
+    EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
   }
 }
 
@@ -96,7 +164,8 @@ TEST(LayoutTest, MakesOnlyNearbyRows) {
   EXPECT_EQ(rows.seen(), "0 9");
   EXPECT_LE(rows.accessibleElements().size(), 22u);
   EXPECT_EQ(rows.seen(Key::end), "9990 9999");
-  EXPECT_EQ(rows.seen(Key::up), "9988 9997");
+  rows.scroll({50, 100}, -40);
+  EXPECT_EQ(rows.seen(), "9988 9997");
   const auto& all = rows.accessibleElements(Layout::Rows::all);
   const auto revision = rows.accessibleRevision();
   ASSERT_EQ(all.size(), 10'000u);
@@ -127,14 +196,14 @@ TEST(LayoutTest, KeepsVisibleRowsInPlaceWhileRowsAboveAreMeasured) {
   for (const double height : {50.0, 12.0}) {
     Rows rows(300, height, 30);
     rows.seen(Key::backtab);
-    EXPECT_LE(find(rows, "button 299").control->frame.bottom(), 188)
+    EXPECT_LE(find(rows, "button 299").control->frame.bottom(), 180)
         << "entered from below, the last row is scrolled into view";
     for (int i = 0; i < 100; ++i) {
-      // The row in the middle moves only by the key's 40 points, even if a row is switched and all are
+      // The row in the middle moves only by the wheel's 40 points, even if a row is switched and all are
       // measured.
       const auto isBelow = [](const auto& each) { return each.control->frame.bottom() > 80; };
       const auto seen = *std::ranges::find_if(rows.accessibleElements(), isBelow);
-      rows.press(Key::up);
+      rows.scroll({50, 100}, -40);
       if (i % 10 == 0) tap(rows, "button " + seen.name);
       if (i % 30 == 0) rows.accessibleElements(Layout::Rows::all);
       EXPECT_EQ(find(rows, "button " + seen.name).frame.y, seen.frame.y + 40) << i;

@@ -55,5 +55,23 @@ TEST(PictureTest, ShowsEveryScreen) {
   expectPicture("without-components", all + textPicture(bare.body()));
 }
 
+TEST(PictureTest, LeavesNoHoles) {
+  Customization site =
+      customization("", "title description tabs:statistics,marketing tabs:necessary buttons:-,-,-,a",
+                    R"(,"statisticsTitle":" ","marketingTitle":"","marketing":" ","necessary":"")");
+  site.messages.bannerMessages.title = site.messages.bannerMessages.mainMessage = " ";
+  auto& items = *site.components->secondaryScreen;
+  for (const std::size_t absent : {0U, 1U, 2U}) items.back().buttons->at(absent).id.reset();
+  items[2].tabs->front().showCategoryDescription = true;
+  items[3].tabs->front().services = false;
+  std::string all;
+  for (const std::optional<Services>& shown : {std::optional(services), std::optional<Services>()}) {
+    const ConsentBannerView view(site, shown, {}, {}, {});
+    view.handleMainAction("preferences");
+    all += textPicture(view.body());
+  }
+  expectPicture("odd-rows", all);
+}
+
 }  // namespace
 }  // namespace TalvoConsentSDK

@@ -141,7 +141,8 @@ TEST_F(ShowBannerTest, EndsInOneWay) {
                           .onReplaced = recording("replaced"),
                           .onNotShown = recording("not shown"),
                           .onError = [this, host](const Error& error) { note(error.what()); },
-                          .onManagePreferences = recording("managed")};
+                          .onManagePreferences = recording("managed"),
+                          .onShown = recording("shown")};
   };
   const auto awaitOne = [](CookiesSDK& sdk) -> Task<std::string> {
     const Texts names{"accepted", "rejected", "saved", "closed", "replaced", "not shown"};
@@ -154,6 +155,8 @@ TEST_F(ShowBannerTest, EndsInOneWay) {
       SCOPED_TRACE(taps + (isAwaited ? " awaited" : ""));
       const auto scenes = platform.application->scenes;
       if (taps == "nowhere") platform.application->scenes.clear();
+      platform.scene->state =
+          taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
       if (!isAwaited) client->showBanner(handlers());
       if (isAwaited)
         spawn<std::string>(platform.mainActor, awaitOne(*client),
@@ -169,6 +172,7 @@ TEST_F(ShowBannerTest, EndsInOneWay) {
       for (const auto& each : platform.scene->windows()) each->finishAnimations();
       platform.settle();
       Texts expected = split(called, ';');
+      if (expected.back() == "no surface") expected = {"not shown"};  // told apart only in C
       if (isAwaited) expected = {expected.back()};
       if (!isAwaited) expected.push_back("released");
       for (std::string& each : expected) each += " on main";

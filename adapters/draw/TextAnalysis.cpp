@@ -1,0 +1,107 @@
+#include "adapters/draw/TextAnalysis.h"
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+
+#include <fribidi/fribidi.h>
+#include <hb.h>
+#include <linebreak.h>
+
+namespace TalvoConsentSDK {
+
+using namespace platform;
+
+namespace {
+
+// Thai, Lao, Burmese and Khmer, whose line breaks need a dictionary (Line_Break SA, by block).
+bool needsDictionary(char32_t c) {
+  return (c >= 0x0E00 && c <= 0x0EFF) || (c >= 0x1000 && c <= 0x109F) || (c >= 0x1780 && c <= 0x17FF);
+}
+
+bool isLineBreak(char32_t c) {
+  return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
+}
+
+}  // namespace
+
+Characters charactersOf(std::string_view utf8) {
+  Characters result;
+  utf8 = utf8.substr(0, INT_MAX / 8);
+  const std::unique_ptr<hb_buffer_t, void (*)(hb_buffer_t*)> buffer(hb_buffer_create(), hb_buffer_destroy);
+  hb_buffer_add_utf8(buffer.get(), utf8.data(), static_cast<int>(utf8.size()), 0, -1);
+  unsigned count = 0;
+  const hb_glyph_info_t* const infos = hb_buffer_get_glyph_infos(buffer.get(), &count);
+  result.codes.reserve(count);
+  result.offsets.reserve(count + 1);
+  for (unsigned i = 0; i < count; ++i) {
+    result.codes.push_back(infos[i].codepoint);
+    result.offsets.push_back(infos[i].cluster);
+  }
+  result.offsets.push_back(static_cast<std::uint32_t>(utf8.size()));
+  return result;
+}
+
+std::vector<std::int8_t> bidiLevels(std::u32string_view text, LayoutDirection base) {
+  const bool isRightToLeft = base == LayoutDirection::rightToLeft;
+  std::vector<std::int8_t> levels(text.size(), isRightToLeft ? 1 : 0);
+  std::vector<FriBidiChar> codes(text.begin(), text.end());
+  std::vector<FriBidiCharType> types(codes.size());
+  std::vector<FriBidiBracketType> brackets(codes.size());
+  for (std::size_t begin = 0, end = 0; begin < codes.size(); begin = end) {
+    while (end < codes.size() && !isLineBreak(text[end])) ++end;
+    if (end < codes.size()) ++end;
+    const auto length = static_cast<FriBidiStrIndex>(end - begin);
+    fribidi_get_bidi_types(&codes[begin], length, &types[begin]);
+    fribidi_get_bracket_types(&codes[begin], length, &types[begin], &brackets[begin]);
+    FriBidiParType direction = isRightToLeft ? FRIBIDI_PAR_RTL : FRIBIDI_PAR_LTR;
+    static_assert(sizeof(FriBidiLevel) == 1);
+    auto* const found = reinterpret_cast<FriBidiLevel*>(&levels[begin]);
+    if (fribidi_get_par_embedding_levels_ex(&types[begin], &brackets[begin], length, &direction, found) ==
+        0) {
+      std::fill_n(found, length, static_cast<FriBidiLevel>(isRightToLeft));  // out of memory
+    }
+  }
+  return levels;
+}
+
+std::vector<LineBreak> lineBreaks(std::string_view utf8, const Characters& text, const std::string& language,
+                                  const LineBreaker& breaker) {
+  static const bool isReady = [] {
+    init_linebreak();
+    return true;
+  }();
+  const std::size_t count = text.codes.size();
+  std::vector<LineBreak> result(count + 1, LineBreak::none);
+  if (!isReady || count == 0) return result;
+  std::vector<utf32_t> codes(text.codes.begin(), text.codes.end());
+  std::ranges::replace(codes, 0xFFFFU,
+                       0xFFFDU);  // the library takes U+FFFF for the end of the text, and aborts
+  std::vector<char> after(count);
+  set_linebreaks_utf32(codes.data(), count, language.c_str(), after.data());
+  bool hasDictionaryText = false;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (after[i] == LINEBREAK_ALLOWBREAK) result[i + 1] = LineBreak::allowed;
+    if (after[i] == LINEBREAK_MUSTBREAK) result[i + 1] = LineBreak::mandatory;
+    if (i == 0 || !needsDictionary(text.codes[i])) continue;
+    hasDictionaryText = true;
+    if (!breaker && needsDictionary(text.codes[i - 1])) result[i] = LineBreak::allowed;
+  }
+  // The library also reports a break at the end of every text.
+  if (!isLineBreak(text.codes.back())) result[count] = LineBreak::none;
+  if (!breaker || !hasDictionaryText) return result;
+  for (const std::size_t offset : breaker(utf8, language)) {
+    const auto found = std::ranges::lower_bound(text.offsets, offset);
+    if (found == text.offsets.end() || *found != offset || found == text.offsets.begin()) continue;
+    LineBreak& place = result[static_cast<std::size_t>(found - text.offsets.begin())];
+    if (place == LineBreak::none && offset < utf8.size()) place = LineBreak::allowed;
+  }
+  return result;
+}
+
+bool isBlank(char32_t c) {
+  return c == ' ' || c == '\t' || c == 0x1680 || (c >= 0x2000 && c <= 0x200B && c != 0x2007) || c == 0x205F ||
+         c == 0x3000 || isLineBreak(c);
+}
+
+}  // namespace TalvoConsentSDK

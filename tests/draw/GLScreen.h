@@ -1,0 +1,89 @@
+#pragma once
+
+// An OpenGL ES 2 context with a framebuffer in memory, without a display, and a renderer in it.
+
+#include <EGL/egl.h>
+#include <EGL/eglext.h>
+#include <GLES2/gl2.h>
+
+#include "adapters/gles/GLESRenderer.h"
+
+#include "tests/draw/SavedPicture.h"
+
+namespace TalvoConsentSDK {
+
+class GLScreen {
+ public:
+  GLScreen(int width, int height) {
+    EXPECT_TRUE(eglInitialize(display_, nullptr, nullptr));
+    resize(width, height);
+  }
+  ~GLScreen() {
+    makeCurrent();
+    renderer.reset();
+    end();
+  }
+
+  void resize(int width, int height) {
+    width_ = width;
+    height_ = height;
+    EGLConfig config = nullptr;
+    EGLint count = 0;
+    const EGLint wanted[] = {
+        EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT, EGL_GREEN_SIZE, 8,
+        EGL_NONE};
+    const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
+    const EGLint size[] = {EGL_WIDTH, width, EGL_HEIGHT, height, EGL_NONE};
+    EXPECT_TRUE(eglChooseConfig(display_, wanted, &config, 1, &count));
+    if (!context_) context_ = eglCreateContext(display_, config, EGL_NO_CONTEXT, version);
+    if (surface_) eglDestroySurface(display_, surface_);
+    surface_ = eglCreatePbufferSurface(display_, config, size);
+    makeCurrent();
+  }
+
+  /// Makes a new context, which has none of the old one's objects.
+  void loseContext() {
+    end();
+    context_ = surface_ = nullptr;
+    resize(width_, height_);
+  }
+
+  void makeCurrent() { EXPECT_TRUE(eglMakeCurrent(display_, surface_, surface_, context_)); }
+
+  Bytes draw(const DrawList& list) {
+    makeCurrent();
+    glClearColor(0.8F, 0.82F, 0.84F, 1);
+    glClear(GL_COLOR_BUFFER_BIT);
+    EXPECT_TRUE(renderer->draw(list, width_, height_));
+    const int row = width_ * 4;
+    Bytes pixels(static_cast<std::size_t>(row * height_));
+    glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    Bytes bytes(pixels.size() / 4 * 3);
+    for (int y = 0; y < height_; ++y) {
+      for (int i = 0; i < width_ * 3; ++i) {
+        bytes[static_cast<std::size_t>(y * width_ * 3 + i)] =
+            pixels[static_cast<std::size_t>((height_ - 1 - y) * row + i / 3 * 4 + i % 3)];
+      }
+    }
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    return bytes;
+  }
+
+  std::unique_ptr<GLESRenderer> renderer = std::make_unique<GLESRenderer>();
+
+ private:
+  void end() {
+    eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroySurface(display_, surface_);
+    eglDestroyContext(display_, context_);
+  }
+
+  const EGLDisplay display_ =
+      eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+  EGLContext context_ = nullptr;
+  EGLSurface surface_ = nullptr;
+  int width_ = 0;
+  int height_ = 0;
+};
+
+}  // namespace TalvoConsentSDK
