@@ -52,7 +52,7 @@ FontSet::FontSet(const std::vector<FontSource>& sources, bool usesSystemFonts) {
   pending_.assign(look::fontFamilies.begin(), look::fontFamilies.end());
 }
 
-// Of a collection that contains a family with this name, adds only this family.
+// Adds the faces of a file. If one of its families has this name, adds only that family.
 void FontSet::add(const FontSource& source, const std::string& name) {
   auto faces = FontFace::open(source);
   if (faces.empty()) platform::print("A font of the banner cannot be read: " + source.path);

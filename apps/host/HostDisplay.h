@@ -67,7 +67,7 @@ class HostDisplay {
   /// The banner's texts and controls in reading order, including those that are scrolled out of sight.
   virtual std::vector<ShownElement> elements() = 0;
 
-  /// Those of the host's own screen that are in sight.
+  /// The texts and controls of the host's own screen, without those that are scrolled out of sight.
   virtual std::vector<ShownElement> hostElements() = 0;
   /// What the display gives assistive technology about the banner, in its order.
   virtual std::vector<ShownElement> accessibleElements() = 0;
