@@ -39,7 +39,9 @@ class ConsentSurface::Implementation {
 
   Point point(double x, double y) const {
     const double scale = stage->options().size.scale;
-    return {x / scale, y / scale};
+    // Further away nothing is different, and sums of distances stay finite.
+    constexpr double far = 1e6;
+    return {std::clamp(x, -far, far) / scale, std::clamp(y, -far, far) / scale};
   }
 
   std::shared_ptr<HostingController> top() const {

@@ -45,7 +45,8 @@ class ConsentSurface {
   /// Whether the banner is modal: it then takes all input, and the host should pause what is below.
   bool isModal();
 
-  /// Whether the list that `frame` would return differs from the last one. Cheap.
+  /// Whether the list that `frame` would return may differ from the last one. If not, there is nothing to
+  /// draw again. Cheap.
   bool needsFrame() const;
 
   /// Returns what to draw now; without a banner, a list without commands. If nothing has changed, returns the
@@ -55,8 +56,10 @@ class ConsentSurface {
   /// Call it if the renderer has lost its textures. The next list then uploads them under new ids.
   void forgetTextures();
 
-  // Input. Each function returns whether the banner took the input; if not, it is for the host. What began
-  // outside the banner stays with the host until it ends.
+  // Input. Each function returns whether the banner took the input; if not, it is for the host. A touch, a
+  // mouse button or a stick that began outside the banner stays with the host until it ends. A key that the
+  // host received does not operate the banner while it is held, and the host receives its release. Positions
+  // are finite.
   bool touchBegan(std::int64_t finger, double x, double y);
   bool touchMoved(std::int64_t finger, double x, double y);
   bool touchEnded(std::int64_t finger, double x, double y);
@@ -69,7 +72,8 @@ class ConsentSurface {
   bool scrolled(double x, double y, double pixels);
   bool wheelTurned(double x, double y, double notches);
 
-  /// For a key that is held down, call `keyPressed` for each repetition.
+  /// For a key that is held down, call `keyPressed` for each repetition. The host receives the releases of
+  /// all keys that are `SurfaceKey::other`, because they cannot be told apart.
   bool keyPressed(SurfaceKey key);
   bool keyReleased(SurfaceKey key);
 

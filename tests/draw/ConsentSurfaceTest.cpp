@@ -152,9 +152,14 @@ TEST(ConsentSurfaceTest, PassesOnWhatIsOutsideTheCard) {
   EXPECT_TRUE(surface.touchEnded(2, inside.x, inside.y));
   EXPECT_TRUE(surface.touchCancelled(1));
   EXPECT_TRUE(shown.find(Role::button, "Manage preferences")) << "a cancelled touch presses nothing";
+  EXPECT_TRUE(surface.touchBegan(-1, inside.x, inside.y));
+  EXPECT_FALSE(surface.mouseReleased(MouseButton::left, inside.x, inside.y)) << "the mouse is no finger";
+  EXPECT_TRUE(surface.touchMoved(-1, 1e308, -1e308));
+  EXPECT_TRUE(surface.touchCancelled(-1));
   EXPECT_TRUE(surface.mousePressed(MouseButton::left, inside.x, inside.y));
   EXPECT_TRUE(surface.mouseReleased(MouseButton::left, inside.x, inside.y));
   EXPECT_FALSE(shown.find(Role::button, "Manage preferences")) << "the preferences are open";
+  for (const SurfaceElement& each : surface.accessibleElements()) EXPECT_TRUE(std::isfinite(each.frame.y));
 }
 
 std::string focusedName(ConsentSurface& surface) {
@@ -162,6 +167,35 @@ std::string focusedName(ConsentSurface& surface) {
     if (each.isFocused) return each.name;
   }
   return {};
+}
+
+TEST(ConsentSurfaceTest, LeavesToTheHostWhatItHolds) {
+  ShownSurface shown;
+  ConsentSurface& surface = shown.surface;
+  shown.presenter->dismiss();
+  shown.settle();
+  EXPECT_FALSE(surface.keyPressed(SurfaceKey::enter));
+  EXPECT_FALSE(surface.keyPressed(SurfaceKey::other));
+  EXPECT_FALSE(surface.stickMoved(ControllerStick::left, 0, 1));
+  showSite(*shown.presenter, "en");
+  shown.settle();
+  const auto* const manage = shown.find(Role::button, "Manage preferences");
+  ASSERT_TRUE(manage);
+  EXPECT_TRUE(surface.perform(manage->id, SurfaceAction::focus));
+  for (int i = 0; i < 3; ++i) {
+    shown.time += std::chrono::milliseconds(600);
+    EXPECT_TRUE(surface.keyPressed(SurfaceKey::enter)) << "a repetition, which the host does not need";
+  }
+  EXPECT_TRUE(surface.keyPressed(SurfaceKey::other));
+  EXPECT_FALSE(surface.stickMoved(ControllerStick::left, 0, -1));
+  EXPECT_EQ(focusedName(surface), "Manage preferences") << "what is held does not operate the banner";
+  EXPECT_FALSE(surface.keyReleased(SurfaceKey::other));
+  EXPECT_FALSE(surface.keyReleased(SurfaceKey::enter));
+  EXPECT_FALSE(surface.stickMoved(ControllerStick::left, 0, 0));
+  EXPECT_TRUE(surface.stickMoved(ControllerStick::left, 0, -1));
+  EXPECT_NE(focusedName(surface), "Manage preferences");
+  EXPECT_TRUE(surface.keyPressed(SurfaceKey::enter));
+  EXPECT_TRUE(surface.keyReleased(SurfaceKey::enter));
 }
 
 TEST(ConsentSurfaceTest, FollowsAControllerAndAssistiveTechnology) {

@@ -49,7 +49,10 @@ TALVO_API int talvo_surface_is_showing(talvo_surface* surface);
 /* Returns 1 if the banner is modal: it then takes all input, and the host should pause what is below. */
 TALVO_API int talvo_surface_is_modal(talvo_surface* surface);
 
-/* Returns 1 if the list that talvo_surface_frame would return differs from the last one. Cheap. */
+/*
+ * Returns 1 if the list that talvo_surface_frame would return may differ from the last one. If it returns 0,
+ * there is nothing to draw again. Cheap.
+ */
 TALVO_API int talvo_surface_needs_frame(talvo_surface* surface);
 
 /*
