@@ -198,7 +198,8 @@ TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const
 TALVO_API talvo_status talvo_cookies_erase_consent(talvo_cookies* client);
 
 /*
- * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it.
+ * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it. If nothing
+ * was stored before the login, the user's consent stays: talvo_cookies_erase_consent removes it, too.
  * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended. If it has failed, one line is
  * printed before that (talvo_set_printer).
  */
