@@ -91,11 +91,11 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
   const AnyView view =
       depthStack({HorizontalAlignment::leading, VerticalAlignment::bottom},
                  {shape({}).ignoresSafeArea(), horizontalStack({.spacing = 5}, {box(20, 10), body("ab")})});
-  const Insets safeArea{.top = 10, .leading = 30, .bottom = 20, .trailing = 0};
+  const SafeArea safeArea{.top = 10, .left = 30, .bottom = 20, .right = 5};
   EXPECT_EQ(TestScreen(view, {200, 100}, LayoutDirection::leftToRight, safeArea).drawn(),
             "box 0 0 200 100; box 30 64 20 10; ab 55 58 17 22");
   EXPECT_EQ(TestScreen(view, {200, 100}, LayoutDirection::rightToLeft, safeArea).drawn(),
-            "box 0 0 200 100; box 150 64 20 10; ab 128 58 17 22");
+            "box 0 0 200 100; box 175 64 20 10; ab 153 58 17 22");
 }
 
 // The bar is 20 points wide and 30 high, the title as high as the table says, and the footer 100 by 40. The
