@@ -11,9 +11,10 @@ namespace view {
 
 namespace {
 
-constexpr double titleGap = 12;   // on both sides of a title that is beside a bar
-constexpr double maxCut = 48;     // of a scrolling part
-constexpr double hiddenPart = 6;  // of the line that the lower edge cuts
+constexpr double titleGap = 12;        // on both sides of a title that is beside a bar
+constexpr double maxHeader = 1.0 / 3;  // of the room; the title of a taller header scrolls
+constexpr double maxCut = 48;          // of a scrolling part
+constexpr double hiddenPart = 6;       // of the line that the lower edge cuts
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
@@ -80,14 +81,18 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
   const auto leaves = [&](double rest) {
     return room - parts.top - rest >= std::min(parts.scrolled, minMiddle);
   };
+  const auto scrollTitle = [&] {
+    parts.scrollsTitle = true;
+    if (bar.width > 0) parts.title = natural;
+    parts.top = parts.contentTop = bar.height;
+    parts.scrolled =
+        size(titleElement, parts.title).height + content.height + (parts.scrollsFooter ? footer.height : 0);
+  };
+  if (parts.titleX == 0 && title.height > 0 && header > room * maxHeader) scrollTitle();
   if (leaves(footer.height + pinned.gap)) return parts;
   parts.scrollsFooter = true;
   parts.scrolled += footer.height;
-  if (leaves(0) || title.height == 0) return parts;
-  parts.scrollsTitle = true;
-  if (bar.width > 0) parts.title = natural;
-  parts.top = parts.contentTop = bar.height;
-  parts.scrolled = size(titleElement, parts.title).height + content.height + footer.height;
+  if (!leaves(0) && title.height > 0) scrollTitle();
   return parts;
 }
 

@@ -96,7 +96,8 @@ struct TestScreen : HostingController {
   explicit TestScreen(const AnyView& view, Size size = {390, 844}, LayoutDirection direction = {},
                       SafeArea safeArea = {}, double textScale = 1)
       : HostingController(view.frame(wholeWindow), direction) {
-    setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, textScale, size, safeArea, {}, true});
+    setEnvironment(
+        {std::make_shared<FixedWidthMeasurer>(textScale), nullptr, textScale, size, safeArea, {}, true});
   }
 
   void setMotion() {

@@ -98,8 +98,8 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
             "box 0 0 200 100; box 175 64 20 10; ab 153 58 17 22");
 }
 
-// The bar is 20 points wide and 30 high, the title as high as the table says, and the footer 100 by 40. The
-// edges of what scrolls are listed as boxes, too.
+// The bar is at least 30 points high, the title as high as the table says, and the footer 100 by 40. The edges
+// of what scrolls are listed as boxes, too.
 TEST(LayoutTest, PinsTheTitleAndTheFooter) {
   const auto table = tableOf<5>("banner/pinned.txt");
   for (const auto& [title, content, height, scale, expected] : table) {
@@ -110,6 +110,7 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
     const AnyView view = pinnedEnds({}, {bar, name, box(100, std::stod(content)), box(100, 40)});
     TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
                       std::stod(scale));
+    screen.scroll({50, 100}, 30);
     EXPECT_EQ(screen.drawn(), expected) << title << " " << content << " " << height << " " << scale;
   }
 }
