@@ -25,7 +25,7 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
   focusIsVisible_ = false;
   const AccessibleElement* control = controlAt(accessibleElements(), point);
   // While a list opens, its rows move below the finger: only what opens and closes lists can be tapped then.
-  const bool isStill = !wasFlinging && (!layout_.isMoving() || (control && control->role == Role::expander));
+  const bool isStill = !wasFlinging && (!layout_.movesRows() || (control && control->role == Role::expander));
   if (control && control->isEnabled && isStill) pressed_ = control->id;
   if (const ScrollRegion* region = regionAt(point)) motion_.grab(region->id, point.y, now);
   requestFrame();

@@ -37,7 +37,7 @@ struct SurfaceSettings {
   double textScale = 1;  // multiplies every font size; from 1 to about 3
   bool highContrast = false;
   bool reducesMotion = false;
-  platform::Insets safeArea = {};  // what the system's bars and notches cover, in points
+  platform::SafeArea safeArea = {};
 
   /// If absent, the direction of the banner's texts.
   std::optional<platform::LayoutDirection> layoutDirection = {};

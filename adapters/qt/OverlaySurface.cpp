@@ -178,8 +178,8 @@ bool OverlaySurface::passOn(QEvent& event) {
   return event.isAccepted();
 }
 
-Insets OverlaySurface::safeArea() const {
-  return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
+SafeArea OverlaySurface::safeArea() const {
+  return options_.safeArea && host_ ? options_.safeArea(*host_) : SafeArea();
 }
 
 // Returns the keyboard focus to the host, which gives it to the item that had it before. If another banner

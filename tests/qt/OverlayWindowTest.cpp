@@ -39,7 +39,7 @@ class Host : public QQuickWindow {
 class OverlayWindowTest : public ::testing::Test {
  protected:
   OverlayWindowTest() {
-    options.safeArea = [](const QWindow& over) { return Insets{over.width() / 100.0, 2, 3, 2}; };
+    options.safeArea = [](const QWindow& over) { return SafeArea{over.width() / 100.0, 2, 3, 2}; };
     openHost();
   }
 

@@ -94,9 +94,10 @@ inline const node::Frame wholeWindow{
 /// A view at the top of a window without a toolkit. Nothing moves unless a test asks for it.
 struct TestScreen : HostingController {
   explicit TestScreen(const AnyView& view, Size size = {390, 844}, LayoutDirection direction = {},
-                      Insets safeArea = {}, double textScale = 1)
+                      SafeArea safeArea = {}, double textScale = 1)
       : HostingController(view.frame(wholeWindow), direction) {
-    setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, textScale, size, safeArea, {}, true});
+    setEnvironment(
+        {std::make_shared<FixedWidthMeasurer>(textScale), nullptr, textScale, size, safeArea, {}, true});
   }
 
   void setMotion() {

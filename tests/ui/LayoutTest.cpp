@@ -91,14 +91,14 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
   const AnyView view =
       depthStack({HorizontalAlignment::leading, VerticalAlignment::bottom},
                  {shape({}).ignoresSafeArea(), horizontalStack({.spacing = 5}, {box(20, 10), body("ab")})});
-  const Insets safeArea{.top = 10, .leading = 30, .bottom = 20, .trailing = 0};
+  const SafeArea safeArea{.top = 10, .left = 30, .bottom = 20, .right = 5};
   EXPECT_EQ(TestScreen(view, {200, 100}, LayoutDirection::leftToRight, safeArea).drawn(),
             "box 0 0 200 100; box 30 64 20 10; ab 55 58 17 22");
   EXPECT_EQ(TestScreen(view, {200, 100}, LayoutDirection::rightToLeft, safeArea).drawn(),
-            "box 0 0 200 100; box 150 64 20 10; ab 128 58 17 22");
+            "box 0 0 200 100; box 175 64 20 10; ab 153 58 17 22");
 }
 
-// The bar is 20 points wide and 30 high, the title as high as the table says, and the footer 100 by 40. The
+// The bar is at least 30 points high, the title as high as the table says, and the footer 100 by 40. The
 // edges of what scrolls are listed as boxes, too.
 TEST(LayoutTest, PinsTheTitleAndTheFooter) {
   const auto table = tableOf<5>("banner/pinned.txt");
@@ -110,25 +110,35 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
     const AnyView view = pinnedEnds({}, {bar, name, box(100, std::stod(content)), box(100, 40)});
     TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
                       std::stod(scale));
+    screen.scroll({50, 100}, 30);
     EXPECT_EQ(screen.drawn(), expected) << title << " " << content << " " << height << " " << scale;
   }
 }
 
 // Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
-// points high. At the end of the content, nothing is cut off.
+// points high, times the text scale. So is an opened list. At the end of the content, nothing is cut off.
 TEST(LayoutTest, CutsALineAtTheLowerEdge) {
-  for (int height = 250; height < 350; ++height) {
-    std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 28}));
-    TestScreen screen(pinnedEnds({}, {{}, {}, verticalStack({}, texts), box(100, 40)}),
-                      {100, static_cast<double>(height)});
-    const auto& elements = screen.accessibleElements();
-    const bool isCut = std::ranges::any_of(elements, [](const AccessibleElement& each) {
-      const double shown = each.clip->bottom() - each.frame.y;
-      return shown > 0 && shown < each.frame.height && std::fmod(shown, 22) > 5 && std::fmod(shown, 22) < 20;
+  const std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 28}));
+  for (const auto& [opens, scale, least] :
+       {std::tuple(false, 1.0, 250.0), {false, 3.1, 440.0}, {true, 1.0, 200.0}, {true, 3.1, 440.0}}) {
+    const AnyView list = component("list", [&](RenderContext& context) {
+      const State<bool> isOpen = context.state<bool>(!opens);
+      const AnyView header = button(box(100, 10), [isOpen] { isOpen.set(true); });
+      return verticalStack({}, {header, disclosure(isOpen.get(), verticalStack({}, texts))});
     });
-    EXPECT_TRUE(isCut) << height;
-    screen.press(Key::end);
-    EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
+    for (double height = least; height < least + 100; ++height) {
+      TestScreen screen(pinnedEnds({.growsUp = true}, {{}, {}, list, box(100, 40)}), {100 * scale, height},
+                        {}, {}, scale);
+      if (opens) tap(screen, "button");
+      const bool isCut = std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
+        const double shown = each.clip->bottom() - each.frame.y;
+        const double ofLine = std::fmod(shown / scale, 22);
+        return shown > 0 && shown < each.frame.height && ofLine > 5 && ofLine < 20;
+      });
+      EXPECT_TRUE(isCut) << opens << " " << scale << " " << height;
+      screen.press(Key::end);
+      EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
+    }
   }
 }
 

@@ -30,11 +30,11 @@ typedef struct talvo_surface_settings {
 
   double text_scale; /* multiplies every font size, from 1 to about 3; 0 for 1 */
 
-  /* What the system's bars and notches cover, in points. Lines begin on the leading side. */
+  /* What the system's bars and notches cover, in points. Left is left in right-to-left layouts, too. */
   double safe_area_top;
-  double safe_area_leading;
+  double safe_area_left;
   double safe_area_bottom;
-  double safe_area_trailing;
+  double safe_area_right;
 
   talvo_direction direction; /* of the whole banner */
   int high_contrast;
