@@ -46,10 +46,13 @@ bool isJapanese(const std::u32string& text) {
   });
 }
 
-// Cuts a width in ems to 1/64 of a point.
-double cut(double width, double fontSize) {
-  constexpr double rounding = 1e-6;
-  return std::floor(width * fontSize * 64 + rounding) / 64 / fontSize;
+// Scales a width in ems as FreeType does, and cuts it to 1/64 of a point, as Qt does. FreeType's scale is a
+// whole number, so a letter of one em may be a little narrower than the font size and lose 1/64 of a point.
+double cut(double width, double fontSize, const FontFace& face) {
+  const double scale =
+      std::round(fontSize * 64 * 65536 * face.unit);  // 1/64 of a point to a unit, in 1/65536
+  const double scaled = std::round(std::round(width / face.unit) * scale / 64);  // in 1/65536 of a point
+  return std::floor(scaled / 1024) / 64 / fontSize;
 }
 
 bool hasOwnScript(hb_script_t script) {
@@ -141,7 +144,12 @@ std::shared_ptr<const std::vector<double>> ShapedText::edges(double fontSize) co
   auto found = std::make_shared<std::vector<double>>();
   found->reserve(size() + 1);
   found->push_back(0);
-  for (const double advance : advances_) found->push_back(found->back() + cut(advance, fontSize) * fontSize);
+  for (const Run& run : runs_) {
+    for (std::size_t i = run.begin; i < run.end; ++i) {
+      const double width = run.face ? cut(advances_[i], fontSize, *run.face) * fontSize : 0;
+      found->push_back(found->back() + width);
+    }
+  }
   edgesSize_ = fontSize;
   return edges_ = std::move(found);
 }
@@ -216,7 +224,7 @@ ShapedLine ShapedText::line(std::size_t begin, std::size_t end, double fontSize)
       if (!isInvisible(text_.codes[glyph.character])) {
         line.glyphs.push_back({part.face, glyph.glyph, line.width + glyph.x, glyph.y});
       }
-      line.width += cut(glyph.advance, fontSize);
+      line.width += cut(glyph.advance, fontSize, *part.face);
     }
   }
   return line;
