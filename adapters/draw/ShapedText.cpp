@@ -88,7 +88,8 @@ ShapedText::ShapedText(std::string_view utf8, FontWeight weight, FontSet& fonts,
 }
 
 // Splits the runs of one level by script and font. Characters that belong to no script, such as full stops,
-// join the script before them, or after them at the start of a run.
+// join the script before them, or after them at the start of a run. They are drawn with this script's font if
+// it has them.
 void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
   std::vector<Run> split;
   for (const Run& whole : runs_) {
@@ -97,14 +98,16 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
       script = hb_unicode_script(unicode(), text_.codes[i]);
     }
     Run run{whole.begin, whole.begin, whole.level, static_cast<std::uint32_t>(script), nullptr};
+    const FontFace* scriptFace = nullptr;  // of the last letter with a script, if the font is for this script
     for (std::size_t i = whole.begin; i < whole.end; ++i) {
       const char32_t c = text_.codes[i];
       const hb_script_t own = hb_unicode_script(unicode(), c);
       if (hasOwnScript(own)) script = own;
-      const bool joins = run.face && (continuesCharacter(c) || isInvisible(c));
-      const bool keepsFont =
-          joins || (run.face && run.face->isForScript && !hasOwnScript(own) && run.face->has(c));
-      const FontFace* const face = keepsFont ? run.face : fonts.faceFor(c, weight);
+      const bool continues = run.face && continuesCharacter(c);
+      const bool keepsFont = !continues && scriptFace && !hasOwnScript(own) && scriptFace->has(c);
+      const bool joins = continues || (run.face && !keepsFont && isInvisible(c));
+      const FontFace* const face = joins ? run.face : keepsFont ? scriptFace : fonts.faceFor(c, weight);
+      if (hasOwnScript(own)) scriptFace = face && face->isForScript ? face : nullptr;
       const bool isSame = run.face == face && run.script == static_cast<std::uint32_t>(script);
       if (run.end > run.begin && !isSame && !joins) {
         split.push_back(run);
