@@ -4,7 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "adapters/draw/DrawImageLoader.h"
+#include "TalvoConsentSDK/platform/DownloadingImageLoader.h"
+
+#include "adapters/draw/PictureDecoder.h"
 #include "adapters/draw/SurfaceApplication.h"
 #include "adapters/draw/SurfaceGestures.h"
 #include "adapters/draw/SurfaceStage.h"
@@ -79,8 +81,8 @@ void ConsentSurface::addTo(Platform& platform) {
   Platform filledIn = platform;
   filledIn.fillIn();
   implementation_->stage->setPlatform(
-      filledIn.mainActor,
-      std::make_shared<DrawImageLoader>(filledIn.urlSession, filledIn.mainActor, filledIn.background));
+      filledIn.mainActor, std::make_shared<DownloadingImageLoader>(filledIn.urlSession, filledIn.mainActor,
+                                                                   filledIn.background, decodedPicture));
   platform.application = std::make_shared<SurfaceApplication>(implementation_->stage);
 }
 

@@ -16,7 +16,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The area in which a host shows the banner. Main thread only. Positions are in pixels from the top left.
+/// The area in which a host shows the banner. Main thread only. Positions are in pixels from the top left. If
+/// it is destroyed, a banner on it counts as closed.
 ///
 ///     ConsentSurface surface({.size = {1170, 2532, 3}});
 ///     Platform platform = makePosixPlatform(mainQueue);

@@ -30,7 +30,11 @@ void SurfaceStage::close() {
   options_.openURL = nullptr;
   options_.onNeedsFrame = nullptr;
   std::vector<std::function<void()>> completions;
-  for (SurfaceWindow* window : windows_) window->takeCompletions(completions, std::nullopt);
+  std::vector<std::shared_ptr<HostingController>> lost;
+  for (SurfaceWindow* window : windows_) {
+    window->takeCompletions(completions, std::nullopt);
+    if (window->controller()) lost.push_back(window->controller());
+  }
   // A completion may keep its window, and a window keeps the stage.
   const auto mainActor = std::exchange(mainActor_, nullptr);
   imageLoader_ = nullptr;
@@ -41,6 +45,7 @@ void SurfaceStage::close() {
       completion();
     }
   }
+  for (const auto& controller : lost) controller->loseWindow();
 }
 
 void SurfaceStage::resize(const SurfaceSize& size) {

@@ -216,7 +216,7 @@ typedef struct talvo_banner_callbacks {
   talvo_callback on_accept_all;
   talvo_callback on_reject_all;
   talvo_callback on_saved;
-  talvo_callback on_closed;      /* without a decision */
+  talvo_callback on_closed;      /* without a decision, also because the surface was destroyed */
   talvo_callback on_replaced;    /* by another banner */
   talvo_error_callback on_error; /* the banner could not be shown, or the decision could not be submitted */
   /* Called besides those: the user asks for preferences that the host must show itself. */

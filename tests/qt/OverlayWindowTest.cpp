@@ -230,8 +230,11 @@ TEST_F(OverlayWindowTest, OutlivesItsHostHidden) {
   for (const auto kind : {OverlayKind::opaque, OverlayKind::translucent, OverlayKind::child}) {
     show(true, kind);
     int ends = 0;
+    int losses = 0;
+    controller->setOnWindowLost([&] { ++losses; });
     window->animateAlpha(0, 50ms, [&] { ++ends; });
     host.reset();
+    EXPECT_EQ(losses, 1);
     EXPECT_TRUE(spinUntil([&] { return ends == 1; }));
     window->animateAlpha(1, 0ms, [&] { ++ends; });
     EXPECT_EQ(ends, 2);

@@ -24,6 +24,7 @@ TEST(LayoutTest, PlacesViews) {
   const auto trailing = HorizontalAlignment::trailing;
   const HorizontalOptions links{.spacing = 16, .overflow = Overflow::wrap};
   const AnyView none;
+  const auto onBlack = [](const AnyView& view) { return view.background({.color = Color::black()}); };
   const std::pair<AnyView, std::string> table[] = {
       {buttons("a", "bbbb"), "a 42.75 12 8.5 22; bbbb 136 12 34 22"},
       {buttons("two words", "a"), "two words 25.75 12 42.5 44; a 148.75 23 8.5 22"},
@@ -45,6 +46,10 @@ TEST(LayoutTest, PlacesViews) {
       {body("ab").frame({.minWidth = 40, .minHeight = 30, .alignment = {trailing}}), "ab 23 4 17 22"},
       {body("ab").padding({1, 2, 3, 4}).background({}).overlay(box(10, 10), {trailing, bottom}),
        "box 0 0 23 26; ab 2 1 17 22; box 13 16 10 10"},
+      {onBlack(body("ab").padding({.leading = 30})).overlay(onBlack(body("x")), {trailing}),
+       "box 0 0 47 22; ab 30 0 17 22; box 38.5 0 8.5 22; x 38.5 0 8.5 22"},
+      {onBlack(body("ab").padding({.leading = 30})).overlay(onBlack(body("y")), {}),
+       "box 0 0 47 22; ab 30 0 17 22; y 19.25 0 8.5 22"},
   };
   for (const auto& [view, expected] : table) EXPECT_EQ(TestScreen(view, {200, 140}).drawn(), expected);
 }

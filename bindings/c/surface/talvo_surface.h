@@ -32,8 +32,8 @@ TALVO_API talvo_surface* talvo_surface_create(const talvo_surface_options* optio
 
 /*
  * Destroys the surface; null is ignored. If banners were shown on this surface, none is shown until the host
- * creates another one. A banner that is on the surface now disappears. It reports its end when another banner
- * replaces it.
+ * creates another one. A banner that is on the surface now counts as closed: its `on_closed` is called the
+ * next time that the main thread's work is run.
  */
 TALVO_API void talvo_surface_destroy(talvo_surface* surface);
 
