@@ -34,19 +34,19 @@ std::vector<Mix> mixes(int from, int to) {
   return all;
 }
 
-// Scales the rows of premultiplied pixels and exchanges rows and columns, so that two calls scale both
-// directions.
-std::vector<float> scaledAndTransposed(const std::vector<float>& pixels, int width, int height,
-                                       int newWidth) {
+// Scales the rows of premultiplied pixels, which `row` returns, and exchanges rows and columns, so that two
+// calls scale both directions.
+template <class Row>
+std::vector<float> scaledAndTransposed(Row row, int width, int height, int newWidth) {
   const auto columns = static_cast<std::size_t>(newWidth);
   const auto rows = static_cast<std::size_t>(height);
   std::vector<float> result(columns * rows * channels);
   const std::vector<Mix> all = mixes(width, newWidth);
   for (std::size_t y = 0; y < rows; ++y) {
+    const float* const pixels = row(y);
     for (std::size_t x = 0; x < columns; ++x) {
       float* const target = &result[(x * rows + y) * channels];
-      const float* source =
-          &pixels[(y * static_cast<std::size_t>(width) + static_cast<std::size_t>(all[x].first)) * channels];
+      const float* source = pixels + static_cast<std::size_t>(all[x].first) * channels;
       for (const float weight : all[x].weights) {
         for (std::size_t c = 0; c < channels; ++c) target[c] += weight * *source++;
       }
@@ -59,14 +59,20 @@ std::vector<float> scaledAndTransposed(const std::vector<float>& pixels, int wid
 
 PixelImage resampled(const PixelImage& image, int width, int height) {
   if (image.width == width && image.height == height) return image;
-  std::vector<float> pixels(image.bytes.size());
-  for (std::size_t i = 0; i < pixels.size(); i += channels) {
-    const float alpha = image.bytes[i + 3];
-    for (std::size_t c = 0; c < 3; ++c) pixels[i + c] = static_cast<float>(image.bytes[i + c]) * alpha / 255;
-    pixels[i + 3] = alpha;
-  }
-  pixels = scaledAndTransposed(pixels, image.width, image.height, width);
-  pixels = scaledAndTransposed(pixels, image.height, width, height);
+  std::vector<float> line(static_cast<std::size_t>(image.width) * channels);
+  const auto premultiplied = [&](std::size_t y) {
+    const std::uint8_t* const bytes = &image.bytes[y * line.size()];
+    for (std::size_t i = 0; i < line.size(); i += channels) {
+      const float alpha = bytes[i + 3];
+      for (std::size_t c = 0; c < 3; ++c) line[i + c] = static_cast<float>(bytes[i + c]) * alpha / 255;
+      line[i + 3] = alpha;
+    }
+    return line.data();
+  };
+  const std::vector<float> columns = scaledAndTransposed(premultiplied, image.width, image.height, width);
+  const std::size_t column = static_cast<std::size_t>(image.height) * channels;
+  const std::vector<float> pixels =
+      scaledAndTransposed([&](std::size_t x) { return &columns[x * column]; }, image.height, width, height);
   PixelImage result{width, height, std::vector<std::uint8_t>(pixels.size())};
   for (std::size_t i = 0; i < pixels.size(); i += channels) {
     const float alpha = pixels[i + 3];
