@@ -71,6 +71,7 @@ std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) 
       const bool isKnown = face && !faces.empty() && faces.back()->family == face->family &&
                            faces.back()->weight == face->weight;
       if (!face || isKnown) break;
+      face->path = source.path;
       faces.push_back(std::move(face));
     }
   }
@@ -81,15 +82,8 @@ std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) 
 std::unique_ptr<FontFace> FontFace::open(hb_blob_t* blob, unsigned index, int wantedWeight) {
   static std::uint32_t lastId = 0;
   std::unique_ptr<FontFace> opened(new FontFace);
-  opened->library_ = freeType();
-  if (!opened->library_) return nullptr;
-  unsigned size = 0;
-  const char* const bytes = hb_blob_get_data(blob, &size);
   opened->blob_ = hb_blob_reference(blob);
-  if (FT_New_Memory_Face(opened->library_.get(), reinterpret_cast<const FT_Byte*>(bytes),
-                         static_cast<FT_Long>(size), static_cast<FT_Long>(index), &opened->face_) != 0) {
-    return nullptr;
-  }
+  opened->index_ = index;
   hb_face_t* const face = hb_face_create(blob, index);
   opened->shaper_ = hb_font_create(face);
   opened->family = familyOf(face);
@@ -100,18 +94,31 @@ std::unique_ptr<FontFace> FontFace::open(hb_blob_t* blob, unsigned index, int wa
 
   const hb_variation_t weight{HB_OT_TAG_VAR_AXIS_WEIGHT, static_cast<float>(wantedWeight)};
   hb_font_set_variations(opened->shaper_, &weight, 1);
-  unsigned axes = 0;
-  const int* const place = hb_font_get_var_coords_normalized(opened->shaper_, &axes);
-  if (axes > 0) {
-    std::vector<FT_Fixed> coordinates;
-    for (unsigned i = 0; i < axes; ++i) coordinates.push_back(place[i] * 4);  // from 2.14 bits to 16.16
-    FT_Set_Var_Blend_Coordinates(opened->face_, axes, coordinates.data());
-  }
   opened->id = ++lastId;
   opened->unit = 1.0 / unitsPerEm;
   opened->weight = static_cast<int>(std::lround(hb_style_get_value(opened->shaper_, HB_STYLE_TAG_WEIGHT)));
-  opened->readMetrics();
   return opened;
+}
+
+bool FontFace::prepare() {
+  if (face_) return true;
+  library_ = freeType();
+  unsigned size = 0;
+  const char* const bytes = hb_blob_get_data(blob_, &size);
+  if (!library_ ||
+      FT_New_Memory_Face(library_.get(), reinterpret_cast<const FT_Byte*>(bytes), static_cast<FT_Long>(size),
+                         static_cast<FT_Long>(index_), &face_) != 0) {
+    return false;
+  }
+  unsigned axes = 0;
+  const int* const place = hb_font_get_var_coords_normalized(shaper_, &axes);
+  if (axes > 0) {
+    std::vector<FT_Fixed> coordinates;
+    for (unsigned i = 0; i < axes; ++i) coordinates.push_back(place[i] * 4);  // from 2.14 bits to 16.16
+    FT_Set_Var_Blend_Coordinates(face_, axes, coordinates.data());
+  }
+  readMetrics();
+  return true;
 }
 
 void FontFace::readMetrics() {

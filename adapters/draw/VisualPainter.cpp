@@ -327,15 +327,15 @@ const std::vector<double>& VisualPainter::shadowCorner(const CornerCurve& curve,
   constexpr std::size_t maxShadows = 32;
   if (shadows_.size() >= maxShadows) shadows_.clear();
   std::vector<double>& opacities = shadows_[{curve.extent, deviation, step}];
-  for (int row = 0; row <= shadowSteps && opacities.size() < (shadowSteps + 1) * (shadowSteps + 1); ++row) {
-    for (int column = 0; column <= shadowSteps; ++column) {
-      const double start = -shadowReach * deviation;
-      // At the outermost edge nothing, so that the edge cannot be seen.
-      const bool isEdge = row == 0 || column == 0;
-      opacities.push_back(
-          isEdge ? 0 : shadowOpacity(curve, deviation, start + column * step, start + row * step));
-    }
+  if (!opacities.empty()) return opacities;
+  std::vector<double> places;
+  for (int i = 0; i <= shadowSteps; ++i) places.push_back(i * step - shadowReach * deviation);
+  for (const double y : places) {
+    std::vector<double> row = shadowOpacities(curve, deviation, places, y);
+    row.front() = 0;  // at the outermost edge nothing, so that the edge cannot be seen
+    opacities.insert(opacities.end(), row.begin(), row.end());
   }
+  std::fill_n(opacities.begin(), places.size(), 0);
   return opacities;
 }
 

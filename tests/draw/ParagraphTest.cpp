@@ -83,6 +83,17 @@ TEST_P(HostileTextTest, StaysInItsWidth) {
   }
 }
 
+TEST(FontFaceTest, IsReplacedIfItCannotBeDrawn) {
+  std::string damaged = contentOf(SystemFonts().family("Inter").front().path);
+  damaged.replace(damaged.find("CFF "), 4, "lost");  // the letters' outlines
+  const FontSource bad{"damaged", std::make_shared<const std::string>(damaged)};
+  EXPECT_EQ(FontSet({bad}, false).first(FontWeight::bold), nullptr);
+  FontSet fonts({bad, SystemFonts().family("Noto Sans").front()}, true);
+  const ShapedText text("a\u0416", FontWeight::bold, fonts, "", nullptr);
+  for (const PlacedGlyph& each : text.line(0, 2, 17).glyphs)
+    EXPECT_FALSE(each.face->draw(each.glyph, 17, 2, 0).bytes.empty());
+}
+
 TEST(FontFaceTest, SurvivesDamagedFiles) {
   std::mt19937 random(11);
   for (const char* family : {"Inter", "Noto Sans Arabic"}) {
