@@ -19,7 +19,8 @@ class SurfaceScene : public Scene {
     if (options.size.width <= 0 || options.size.height <= 0) return ActivationState::background;
     if (!options.activationState) return ActivationState::foregroundActive;
     const ActivationState state = askHost(ActivationState::background, options.activationState);
-    return stage_->isClosed() ? ActivationState::background : state;  // the host may have destroyed the surface
+    return stage_->isClosed() ? ActivationState::background
+                              : state;  // the host may have destroyed the surface
   }
 
   bool isWindowScene() const override { return true; }
