@@ -123,7 +123,7 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
 // Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
 // points high, times the text scale. So is an opened list. At the end of the content, nothing is cut off.
 TEST(LayoutTest, CutsALineAtTheLowerEdge) {
-  const std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 28}));
+  const std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 24}));
   for (const auto& [opens, scale, least] :
        {std::tuple(false, 1.0, 250.0), {false, 3.1, 440.0}, {true, 1.0, 200.0}, {true, 3.1, 440.0}}) {
     const AnyView list = component("list", [&](RenderContext& context) {
@@ -138,7 +138,7 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
       const bool isCut = std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
         const double shown = each.clip->bottom() - each.frame.y;
         const double ofLine = std::fmod(shown / scale, 22);
-        return shown > 0 && shown < each.frame.height && ofLine > 5 && ofLine < 20;
+        return shown > 0 && shown < each.frame.height && ofLine > 13 && ofLine < 17;
       });
       EXPECT_TRUE(isCut) << opens << " " << scale << " " << height;
       screen.press(Key::end);
