@@ -119,7 +119,9 @@ void HostingController::reveal(const AccessibleElement& element) {
   const ScrollRegion* region = regionAt(clip.center());
   if (!region) return;
   const double above = frame.y - clip.y - ScrollRegion::fadedEdge;
-  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge;
+  // Shows the beginning of the next row, too, so that the content does not seem to end here.
+  const double next = 16 * std::max(1.0, environment_.textScale);
+  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge + next;
   scrollBy(region->id, std::min(above, std::max(0.0, below)));
 }
 

@@ -14,9 +14,8 @@ namespace {
 constexpr double titleGap = 12;        // on both sides of a title that is beside a bar
 constexpr double maxHeader = 1.0 / 3;  // of the room; the title of a taller header scrolls
 constexpr double maxCut = 54;          // of a scrolling part; more of a high one if texts are larger
-// Of the line that the lower edge cuts; times the text scale. The upper part has to be seen through the fade.
-constexpr double seenPart = 14;
-constexpr double hiddenPart = 6;
+constexpr double hiddenPart = 6;       // of the line that the lower edge cuts; times the text scale
+constexpr double fadedPart = 8;        // of the same line; as much as is hidden is seen above it
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
@@ -143,7 +142,7 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   const double scale = std::max(1.0, environment_.textScale);
   const double hidden = hiddenPart * scale;
   const auto wanted = [&](double least) {
-    return std::max(least, end - endOfLine(content, end - least - seenPart * scale) + hidden);
+    return std::max(least, end - endOfLine(content, end - least - fadedPart - hidden) + hidden);
   };
   if (!isAtStart && wanted(offset.cut) == offset.cut) return;
   const double gap = parts.scrollsFooter ? 0 : pinned.gap;

@@ -138,7 +138,7 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
       const bool isCut = std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
         const double shown = each.clip->bottom() - each.frame.y;
         const double ofLine = std::fmod(shown / scale, 22);
-        return shown > 0 && shown < each.frame.height && ofLine > 13 && ofLine < 17;
+        return shown > 0 && shown < each.frame.height && ofLine > 8 && ofLine < 17;
       });
       EXPECT_TRUE(isCut) << opens << " " << scale << " " << height;
       screen.press(Key::end);
