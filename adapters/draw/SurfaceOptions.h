@@ -42,8 +42,8 @@ struct SurfaceSettings {
   /// If absent, the direction of the banner's texts.
   std::optional<platform::LayoutDirection> layoutDirection = {};
 
-  /// The language of the banner as a BCP 47 tag such as "ar" or "pt-BR", which is what the host passed to
-  /// `setLanguage`. Reported to assistive technology and used to shape text and break lines. May be empty.
+  /// The language of the banner as a BCP 47 tag such as "ar" or "pt-BR", used to shape text and break lines.
+  /// It is not taken from the client: set it to what you pass to `setLanguage`. May be empty.
   std::string language = {};
 };
 

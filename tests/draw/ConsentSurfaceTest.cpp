@@ -36,6 +36,13 @@ TEST_P(ScreensTest, TakeFewCallsAndNothingWhileStill) {
     EXPECT_EQ(shown.list.revision, revision);
     EXPECT_THAT(shown.list.uploads, IsEmpty());
   }
+
+  if (!settings.highContrast) return;
+  const Point middle = shown.find(Role::toggle, "Statistics")->frame.center();
+  const int top = static_cast<int>(middle.y) - 35;  // of the switch's outline
+  for (int x = static_cast<int>(middle.x) - 60; x < middle.x + 60; ++x) {
+    EXPECT_NEAR(shown.screen.at(x, top)[0], shown.screen.at(x + 1, top)[0], 0.2) << "a step at " << x;
+  }
 }
 
 int unlikePixels(const Rasterizer& a, const Rasterizer& b) {

@@ -24,8 +24,8 @@ enum {
 typedef struct talvo_surface_settings {
   size_t size; /* sizeof(talvo_surface_settings) */
 
-  /* The language of the banner as a BCP 47 tag, which is what the host passed to talvo_cookies_set_language.
-   * Reported to assistive technology and used to shape text and break lines. May be null. */
+  /* The language of the banner as a BCP 47 tag, used to shape text and break lines. It is not taken from the
+   * client: set it to what you pass to talvo_cookies_set_language. May be null. */
   const char* language;
 
   double text_scale; /* multiplies every font size, from 1 to about 3; 0 for 1 */
@@ -52,7 +52,8 @@ typedef struct talvo_font {
   size_t length; /* of `bytes` */
 } talvo_font;
 
-/* Returns whether the host is in the foreground (not 0). Otherwise no banner is shown. */
+/* Returns whether the host is in the foreground (not 0). Called when a banner is to be shown: if it returns
+ * 0, that is not shown, and `on_error` receives TALVO_NOT_SHOWN. */
 typedef int (*talvo_foreground_callback)(void* user_data);
 
 /* Opens a URL outside the host. */
