@@ -189,8 +189,7 @@ TEST_P(CacheRules, Hold) {
     play(Step(step));
   }
 }
-INSTANTIATE_TEST_SUITE_P(Table, CacheRules, ValuesIn(tableOf<3>("cache/rules.txt")),
-                         [](const auto& row) { return row.param[0]; });
+INSTANTIATE_TEST_SUITE_P(Table, CacheRules, ValuesIn(tableOf<3>("cache/rules.txt")), byFirstCell);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

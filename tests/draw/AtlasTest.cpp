@@ -18,8 +18,7 @@ struct Copy {
 };
 
 class AtlasTest : public TestWithParam<std::array<std::string, 7>> {};
-INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<7>("draw/atlas.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<7>("draw/atlas.txt")), byFirstCell);
 
 TEST_P(AtlasTest, ShowsEachPictureInUse) {
   const auto& [name, maxSize, kindCount, perList, maxSide, finalSize, fits] = GetParam();

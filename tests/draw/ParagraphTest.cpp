@@ -27,8 +27,7 @@ std::string textOf(const std::string& beginning, const std::string& part, const 
 }
 
 class LineBreakTest : public TestWithParam<std::array<std::string, 7>> {};
-INSTANTIATE_TEST_SUITE_P(All, LineBreakTest, ValuesIn(tableOf<7>("texts/breaks.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, LineBreakTest, ValuesIn(tableOf<7>("texts/breaks.txt")), byFirstCell);
 
 TEST_P(LineBreakTest, BreaksAsExpected) {
   const auto& [name, beginning, part, count, width, lines, breaks] = GetParam();
@@ -66,8 +65,7 @@ TEST(ParagraphTest, OrdersDirectionsOnALine) {
 }
 
 class HostileTextTest : public TestWithParam<std::array<std::string, 4>> {};
-INSTANTIATE_TEST_SUITE_P(All, HostileTextTest, ValuesIn(tableOf<4>("texts/hostile.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, HostileTextTest, ValuesIn(tableOf<4>("texts/hostile.txt")), byFirstCell);
 
 TEST_P(HostileTextTest, StaysInItsWidth) {
   const auto& [name, beginning, part, count] = GetParam();

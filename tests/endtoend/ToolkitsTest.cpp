@@ -113,8 +113,7 @@ std::vector<double> differences(Picture& a, Picture& b, const std::string& name)
 }
 
 class PicturesTest : public TestWithParam<std::array<std::string, 5>> {};
-INSTANTIATE_TEST_SUITE_P(All, PicturesTest, ValuesIn(tableOf<5>("draw/toolkits.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, PicturesTest, ValuesIn(tableOf<5>("draw/toolkits.txt")), byFirstCell);
 
 TEST_P(PicturesTest, AgreeWithQt) {
   const auto& [name, options, language, preferences, category] = GetParam();

@@ -13,7 +13,6 @@
 namespace TalvoConsentSDK {
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = HostingController::Clock;
 
 const QPoint outside(10, 12);

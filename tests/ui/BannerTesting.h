@@ -12,7 +12,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace std::chrono_literals;
 using Customization = BannerCustomization::Customization;
 using URLs = decltype(Customization::urls)::value_type;
 
@@ -47,6 +46,14 @@ inline Customization customization(const std::string& mainScreen, const std::str
   site.components->mainScreen = components(mainScreen);
   site.components->secondaryScreen = components(secondaryScreen);
   return site;
+}
+
+/// The document from which a site's banner is made, as the service sends it.
+inline std::string bannerDocument(const Customization& site) {
+  BannerCustomization document;
+  document.bannerType = "popup";
+  document.customization = site;
+  return written(document);
 }
 
 /// A catalogue with one service per vendor, from a text such as "marketing:A,B statistics:A".
