@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "TalvoConsentSDK/platform/DownloadingImageLoader.h"
+#include "TalvoConsentSDK/platform/Printer.h"
 
 #include "adapters/draw/PictureDecoder.h"
 #include "adapters/draw/SurfaceApplication.h"
@@ -80,6 +81,10 @@ ConsentSurface::~ConsentSurface() = default;
 void ConsentSurface::addTo(Platform& platform) {
   Platform filledIn = platform;
   filledIn.fillIn();
+  if (!platform.urlSession || !platform.mainActor)
+    callHost([&] {
+      filledIn.printer->print("⚠️ No logo: addTo was called before the session and main actor were set");
+    });
   implementation_->stage->setPlatform(
       filledIn.mainActor, std::make_shared<DownloadingImageLoader>(filledIn.urlSession, filledIn.mainActor,
                                                                    filledIn.background, decodedPicture));
