@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iomanip>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -33,9 +33,11 @@ class OwnStore : public platform::UserDefaults {
   explicit OwnStore(std::filesystem::path file) : file_(std::move(file)) {
     std::ifstream in(file_, std::ios::binary);
     if (!in && std::filesystem::exists(file_)) throw std::runtime_error("The store cannot be read");
-    std::string kind, key, value;  // an entry: D (data) or S (string), the key, the value
-    while (in >> kind >> std::quoted(key) >> std::quoted(value)) {
-      values_[key] = kind == "D" ? Value(Data(value)) : Value(value);
+    char kind = 0;  // an entry: D (data) or S (string), two lengths and a line end, the key, the value
+    for (std::size_t keySize = 0, size = 0; in >> kind >> keySize >> size && in.get() == '\n';) {
+      std::string key(keySize, '\0'), value(size, '\0');
+      if (!in.read(key.data(), std::ssize(key)).read(value.data(), std::ssize(value))) break;
+      values_[key] = kind == 'D' ? Value(Data(value)) : Value(value);
     }
   }
 
@@ -67,8 +69,8 @@ class OwnStore : public platform::UserDefaults {
     std::ofstream out(fresh, std::ios::binary);
     for (const auto& [key, value] : changed) {
       const Data* const data = std::get_if<Data>(&value);
-      out << (data ? "D " : "S ") << std::quoted(key) << ' ';
-      out << std::quoted(data ? data->bytes : std::get<std::string>(value)) << '\n';
+      const std::string& bytes = data ? data->bytes : std::get<std::string>(value);
+      out << (data ? "D " : "S ") << key.size() << ' ' << bytes.size() << '\n' << key << bytes;
     }
     out.close();
     if (!out || std::rename(fresh.c_str(), file_.c_str()) != 0) return failure("The file cannot be written");
