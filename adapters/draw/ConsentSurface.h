@@ -33,8 +33,8 @@ class ConsentSurface {
   ~ConsentSurface();
 
   /// Makes this surface the application of `platform`. Call it once the session and the executors of
-  /// `platform` are set: the logo is loaded with those that it has at the time of the call. If it lacks the
-  /// session or the main actor, one line is printed. Once the surface is gone, no banner is shown.
+  /// `platform` are set: the logo is loaded with those that it has at the time of the call. Without a
+  /// session, one line is printed. Once the surface is gone, no banner is shown.
   void addTo(Platform& platform);
 
   void resize(const SurfaceSize& size);
