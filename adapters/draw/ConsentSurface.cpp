@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <optional>
+#include <typeinfo>
 #include <utility>
 
 #include "TalvoConsentSDK/platform/DownloadingImageLoader.h"
+#include "TalvoConsentSDK/platform/Printer.h"
 
 #include "adapters/draw/PictureDecoder.h"
 #include "adapters/draw/SurfaceApplication.h"
@@ -80,6 +82,10 @@ ConsentSurface::~ConsentSurface() = default;
 void ConsentSurface::addTo(Platform& platform) {
   Platform filledIn = platform;
   filledIn.fillIn();
+  const Platform missing;
+  const URLSession &session = *filledIn.urlSession, &none = *missing.urlSession;
+  if (typeid(session) == typeid(none))
+    callHost([&] { filledIn.printer->print("⚠️ No logo: addTo was called before the session was set"); });
   implementation_->stage->setPlatform(
       filledIn.mainActor, std::make_shared<DownloadingImageLoader>(filledIn.urlSession, filledIn.mainActor,
                                                                    filledIn.background, decodedPicture));

@@ -32,9 +32,9 @@ class ConsentSurface {
   ConsentSurface& operator=(const ConsentSurface&) = delete;
   ~ConsentSurface();
 
-  /// Makes this surface the application of `platform`. Its pictures are loaded with the session and the
-  /// executors that `platform` has at the time of the call. Once the surface
-  /// is gone, no banner is shown.
+  /// Makes this surface the application of `platform`. Call it once the session and the executors of
+  /// `platform` are set: the logo is loaded with those that it has at the time of the call. Without a
+  /// session, one line is printed. Once the surface is gone, no banner is shown.
   void addTo(Platform& platform);
 
   void resize(const SurfaceSize& size);

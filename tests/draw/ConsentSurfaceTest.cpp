@@ -91,7 +91,9 @@ const struct Disturbance {
      [](ShownSurface& shown) {
        ConsentSurface other({.size = {400, 400, 1}});
        Platform platform;
+       platform.printer = shown.fakes.printer;
        other.addTo(platform);
+       EXPECT_THAT(shown.fakes.printer->take(), ElementsAre(HasSubstr("No logo")));
        const auto window = platform.application->connectedScenes().front()->makeWindow();
        window->setRootViewController(std::make_shared<HostingController>(text("Another surface", {})));
        window->makeKeyAndVisible();
