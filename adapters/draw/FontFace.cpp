@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <mutex>
 #include <utility>
 
@@ -40,12 +41,12 @@ std::shared_ptr<FT_LibraryRec_> freeType() {
   return library;
 }
 
-hb_blob_t* contentOf(const FontSource& source) {
-  if (!source.bytes) return hb_blob_create_from_file(source.path.c_str());
-  auto* const owner = new std::shared_ptr<const std::string>(source.bytes);
-  return hb_blob_create(source.bytes->data(), static_cast<unsigned>(source.bytes->size()),
-                        HB_MEMORY_MODE_READONLY, owner,
-                        [](void* data) { delete static_cast<std::shared_ptr<const std::string>*>(data); });
+// `owner` keeps the bytes.
+hb_blob_t* blobOf(std::string_view bytes, std::shared_ptr<const void> owner) {
+  using Owner = std::shared_ptr<const void>;
+  if (bytes.size() > std::numeric_limits<unsigned>::max()) return hb_blob_get_empty();
+  return hb_blob_create(bytes.data(), static_cast<unsigned>(bytes.size()), HB_MEMORY_MODE_READONLY,
+                        new Owner(std::move(owner)), [](void* data) { delete static_cast<Owner*>(data); });
 }
 
 std::string familyOf(hb_face_t* face) {
@@ -62,7 +63,10 @@ std::string familyOf(hb_face_t* face) {
 
 std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) {
   std::vector<std::unique_ptr<FontFace>> faces;
-  hb_blob_t* const blob = contentOf(source);
+  const auto file = source.bytes ? nullptr : FontFile::open(source.path);
+  hb_blob_t* const blob = source.bytes ? blobOf(*source.bytes, source.bytes)
+                          : file       ? blobOf(file->bytes(), file)
+                                       : hb_blob_create_from_file(source.path.c_str());
   const unsigned count = std::min(hb_face_count(blob), maxMembers);
   for (unsigned index = 0; index < count; ++index) {
     for (const int weight : wantedWeights) {
@@ -72,6 +76,7 @@ std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) 
                            faces.back()->weight == face->weight;
       if (!face || isKnown) break;
       face->path = source.path;
+      face->file_ = file;
       faces.push_back(std::move(face));
     }
   }
@@ -134,6 +139,10 @@ void FontFace::readMetrics() {
   if (hb_font_get_nominal_glyph(shaper_, ' ', &space) != 0) {
     spaceWidth = std::clamp(hb_font_get_glyph_h_advance(shaper_, space) * unit, 0.0, 4.0);
   }
+}
+
+void FontFace::releasePages() const {
+  if (file_) file_->releasePages();
 }
 
 FontFace::~FontFace() {

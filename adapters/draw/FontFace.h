@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/draw/FontFile.h"
 #include "adapters/draw/SurfaceOptions.h"
 
 struct hb_font_t;
@@ -53,6 +54,9 @@ class FontFace {
   /// How far a letter reaches beyond its width, in whole points.
   double overhang(std::uint32_t glyph, double points) const;
 
+  /// Releases the pages of its file, see FontFile.
+  void releasePages() const;
+
   hb_font_t* shaper() const { return shaper_; }
 
   std::uint32_t id = 0;  // unique in the process
@@ -79,6 +83,7 @@ class FontFace {
   bool load(std::uint32_t glyph, double points, double scale) const;
   GlyphPicture scaledBitmap(double pixels, double available) const;
 
+  std::shared_ptr<FontFile> file_;  // null for bytes in memory
   hb_blob_t* blob_ = nullptr;
   hb_font_t* shaper_ = nullptr;
   unsigned index_ = 0;  // in a collection

@@ -129,4 +129,10 @@ const FontFace* FontSet::faceFor(char32_t character, FontWeight weight) {
   return faceFor(character, weight);
 }
 
+void FontSet::releasePages() const {
+  for (const auto& family : families_) {
+    for (const auto& face : family->faces) face->releasePages();
+  }
+}
+
 }  // namespace TalvoConsentSDK

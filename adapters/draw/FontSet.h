@@ -27,6 +27,9 @@ class FontSet {
   /// Returns the font that sets the height of lines. Null only if there is no font at all.
   const FontFace* first(platform::FontWeight weight) { return faceFor(U'a', weight); }
 
+  /// Releases the pages of all fonts' files, see FontFile.
+  void releasePages() const;
+
  private:
   struct Family {
     std::string name;

@@ -16,8 +16,8 @@ using namespace view;
 
 SurfaceStage::SurfaceStage(SurfaceOptions options)
     : options_(std::move(options)),
-      paragraphs_(std::make_shared<Paragraphs>(
-          std::make_shared<FontSet>(options_.fonts, options_.usesSystemFonts), options_.breakLines)),
+      fonts_(std::make_shared<FontSet>(options_.fonts, options_.usesSystemFonts)),
+      paragraphs_(std::make_shared<Paragraphs>(fonts_, options_.breakLines)),
       painter_(paragraphs_, options_.maxTextureSize) {
   setSettings(options_.settings);
 }
@@ -151,6 +151,7 @@ const DrawList& SurfaceStage::frame() {
   } else {
     list = &painter_.repeat();
   }
+  if (!isMoving_) fonts_->releasePages();  // a banner may stay on the screen for long
   for (const auto& completion : completions) completion();
   return *list;
 }

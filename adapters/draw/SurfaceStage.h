@@ -63,6 +63,7 @@ class SurfaceStage {
   void updateEnvironments();
 
   SurfaceOptions options_;
+  std::shared_ptr<FontSet> fonts_;
   std::shared_ptr<Paragraphs> paragraphs_;
   VisualPainter painter_;
   std::shared_ptr<platform::TextMeasurer> measurer_;

@@ -1,5 +1,7 @@
 // The banner on a surface: what it draws, what it costs, and how it takes input.
 
+#include <fstream>
+
 #include "TalvoConsentSDK/view/HostingController.h"
 #include "TalvoConsentSDK/view/Views.h"
 
@@ -43,6 +45,26 @@ TEST_P(ScreensTest, TakeFewCallsAndNothingWhileStill) {
   for (int x = static_cast<int>(middle.x) - 60; x < middle.x + 60; ++x) {
     EXPECT_NEAR(shown.screen.at(x, top)[0], shown.screen.at(x + 1, top)[0], 0.2) << "a step at " << x;
   }
+}
+
+// How much of the fonts' files the process has in memory, in kB.
+int memoryOfFonts() {
+  std::ifstream mappings("/proc/self/smaps");
+  int sum = 0;
+  bool isFont = false;
+  for (std::string line; std::getline(mappings, line);) {
+    if (line.find('/') != std::string::npos) isFont = line.ends_with(".otf") || line.ends_with(".ttf");
+    if (isFont && line.starts_with("Rss:")) sum += std::stoi(line.substr(4));
+  }
+  return sum;
+}
+
+TEST(FontMemoryTest, IsGivenBackByAStillBanner) {
+  ShownSurface shown;
+  shown.frame();
+  EXPECT_GT(memoryOfFonts(), 0);
+  shown.settle();
+  EXPECT_EQ(memoryOfFonts(), 0);
 }
 
 int unlikePixels(const Rasterizer& a, const Rasterizer& b) {
