@@ -103,6 +103,21 @@ function(talvo_add_library target alias)
   endif()
 endfunction()
 
+# talvo_optional_component(NAME DESCRIPTION IS_POSSIBLE NEEDS): adds the option TALVO_BUILD_NAME, which is on by default
+# if IS_POSSIBLE says that everything in the text NEEDS is there. If the option is off, the calling file ends here. If it
+# is switched on explicitly, what is missing is an error.
+macro(talvo_optional_component name description is_possible needs)
+  string(TOUPPER TALVO_BUILD_${name} option_name)
+  option(${option_name} "${description}" ${is_possible})
+  if(NOT ${option_name})
+    message(STATUS "TalvoConsentSDK: without the component ${name}, which needs ${needs}")
+    return()
+  endif()
+  if(NOT "${is_possible}")
+    message(FATAL_ERROR "${option_name} needs ${needs}")
+  endif()
+endmacro()
+
 # talvo_precompile(NAME): precompiles the headers that most sources include, in debug builds of this project. Release
 # builds do not, and so detect a source that does not include what it uses.
 function(talvo_precompile target)

@@ -46,7 +46,7 @@ void setEnvironment(HostingController& controller, Choices& choices) {
   environment.textScale = scales[choices.below(std::size(scales))];
   environment.textMeasurer = std::make_shared<FixedWidthMeasurer>(environment.textScale);
   environment.size = sizes[choices.below(std::size(sizes))];
-  environment.safeArea = choices.below(2) == 0 ? Insets() : Insets{59, 20, 34, 0};
+  environment.safeArea = choices.below(2) == 0 ? SafeArea() : SafeArea{59, 20, 34, 0};
   environment.reducesMotion = choices.below(2) == 1;
   controller.setEnvironment(environment);
 }

@@ -62,7 +62,7 @@ class Visit {
     const double y = static_cast<double>(choices_.below(64)) * 32;
     switch (choices_.below(10)) {
       case 0:
-        surface_.keyPressed(static_cast<SurfaceKey>(choices_.below(18)));
+        surface_.keyPressed(static_cast<SurfaceKey>(choices_.below(20)));
         break;
       case 1:
         surface_.scrolled(x, y, static_cast<double>(choices_.below(256)) * 40 - 5000);

@@ -223,8 +223,7 @@ HTTP2Frame LoopbackServer::Connection::frame(const std::string& word) const {
 std::size_t LoopbackServer::Connection::read(char* bytes, std::size_t count) {
   const auto got = tls_ ? SSL_read(tls_, bytes, static_cast<int>(count)) : ::recv(socket_, bytes, count, 0);
   if (got <= 0) return 0;
-  const std::scoped_lock guard(server_->lock_);
-  server_->received_[number_].append(bytes, static_cast<std::size_t>(got));
+  server_->received(number_, {bytes, static_cast<std::size_t>(got)});
   return static_cast<std::size_t>(got);
 }
 
@@ -285,6 +284,7 @@ std::optional<LoopbackServer::Request> LoopbackServer::Connection::receiveHTTP2(
     if (frame.type == HTTP2Frame::headers) {
       Request request = newRequest();
       for (auto& [name, value] : headers_.read(frame)) {
+        server_->received(number_, name + ": " + value + "\r\n");
         (name == ":method" ? request.method
          : name == ":path" ? request.target
                            : request.headers[name]) = value;
@@ -361,6 +361,11 @@ std::size_t LoopbackServer::seen(std::string_view text) const {
     for (std::size_t at = 0; (at = bytes.find(text, at)) != std::string::npos; ++at) ++times;
   }
   return times;
+}
+
+void LoopbackServer::received(int connection, std::string_view text) {
+  const std::scoped_lock guard(lock_);
+  received_[connection].append(text);
 }
 
 std::size_t LoopbackServer::note(Request request) {

@@ -122,12 +122,14 @@ class LoopbackServer {
   void holdUntilConnections(int count) { minConnections_ = count; }
   /// All requests whose header has arrived; their bodies may still be arriving.
   std::vector<Request> requests() const;
-  /// How often a text has arrived, on any connection.
+  /// How often a text has arrived, on any connection. A header of HTTP/2 counts as the line that it would be
+  /// in HTTP/1.1.
   std::size_t seen(std::string_view text) const;
 
  private:
   void accept();
   std::size_t note(Request request);
+  void received(int connection, std::string_view text);
   void serve(int socket, int number);
 
   const Handler handler_;
@@ -139,7 +141,7 @@ class LoopbackServer {
   std::atomic<int> minConnections_ = 0;
   mutable std::mutex lock_;
   std::vector<Request> requests_;
-  std::map<int, std::string> received_;  // all bytes received, by connection
+  std::map<int, std::string> received_;  // by connection: all bytes, and the decoded headers of HTTP/2
   std::vector<int> open_;                // sockets of open connections
   std::vector<std::thread> threads_;
   std::thread acceptor_;

@@ -66,7 +66,8 @@ def unexplained_names(root, page, text):
 
 def main():
     root = pathlib.Path(sys.argv[1])
-    pages = {name: (root / name).read_text() for name in ("docs/sites.md", "docs/first-change.md")}
+    names = ("docs/sites.md", "docs/guide.md", "docs/first-change.md")
+    pages = {name: (root / name).read_text() for name in names}
     wrong = [each for page in pages.items() for each in wrong_excerpts(root, *page)]
     wrong += wrong_patches(root, "docs/first-change.md", pages["docs/first-change.md"])
     wrong += unexplained_names(root, "docs/sites.md", pages["docs/sites.md"])

@@ -37,6 +37,15 @@ struct Insets {
   friend bool operator==(const Insets&, const Insets&) = default;
 };
 
+/// What the system's own bars and notches cover at each edge of a window. They do not change sides with the
+/// text, so `left` is left in right-to-left layouts, too.
+struct SafeArea {
+  double top = 0;
+  double left = 0;
+  double bottom = 0;
+  double right = 0;
+};
+
 struct Rect {
   double x = 0;
   double y = 0;

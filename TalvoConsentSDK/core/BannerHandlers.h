@@ -16,14 +16,14 @@ enum class BannerOutcome {
   accepted,  // everything was accepted, and the decision was accepted
   rejected,  // everything was rejected, and the decision was accepted
   saved,     // the user's own choices were saved, and the decision was accepted
-  closed,    // closed without a decision; nothing was stored
+  closed,    // closed without a decision, also by a host that destroys what it lies on; nothing was stored
   replaced,  // another banner took its place before the user decided; nothing was stored
   notShown,  // the host has no window in the foreground
 };
 
 /// Closures for the ways in which a banner ends. Exactly one of them is called, once, on the main actor.
-/// `onManagePreferences` and `onShown` are extra and may be called before. None is called if the host
-/// destroys the window under the banner. Each may be empty.
+/// `onManagePreferences` and `onShown` are extra and may be called before. `onClosed` is also called if the
+/// host destroys the window or the surface under the banner. Each may be empty.
 struct BannerHandlers {
   std::function<void()> onAcceptAll{};
   std::function<void()> onRejectAll{};

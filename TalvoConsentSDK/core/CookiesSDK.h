@@ -102,15 +102,16 @@ class CookiesSDK {
   /// process has stored something else.
   void identify(const std::string& userId);
 
-  /// Forgets the user and restores the consent that was set aside, in one step. Sends nothing and raises no
+  /// Forgets the user and restores the consent that was set aside, in one step. If nothing was stored before
+  /// the login, the user's consent stays, without the identifier of its record. Sends nothing and raises no
   /// event.
   void removeIdentity();
 
-  /// Removes everything that is stored on the device about the person: the consent, the one set aside, and
-  /// the user. Requests under way can no longer store anything, and gates close. Sends nothing: what the
-  /// service keeps stays there. Implicit consent may be given again when the app next starts. Returns whether
-  /// the store has removed everything; if it has not, one line is printed, this process behaves as if it had,
-  /// and the next operation tries again.
+  /// Removes everything that is stored on the device about the person for this site: the consent, the one set
+  /// aside, and the user. Requests under way can no longer store anything, and gates close. Sends nothing:
+  /// what the service keeps stays there. Implicit consent may be given again when the app next starts.
+  /// Returns whether the store has removed everything; if it has not, one line is printed, this process
+  /// behaves as if it had, and the next operation tries again.
   bool eraseConsent();
 
   /// Fetches the banner's data and shows the banner above the host's windows. Returns at once. If the host

@@ -70,9 +70,11 @@ bool ConsentBannerPresenter::show(const ConsentBannerView& bannerView,
   }
 
   const auto isOver = std::make_shared<bool>(false);
+  const ConsentBannerView reporting = wrapped(bannerView, isOver);
   const auto controller = std::make_shared<HostingController>(
-      bannerComposition(wrapped(bannerView, isOver).view(), customization), bannerDirection(customization));
+      bannerComposition(reporting.view(), customization), bannerDirection(customization));
   controller->setBackgroundColor(Color::clear());
+  controller->setOnWindowLost(reporting.callbacks().onClose);
 
   const auto window = scene->makeWindow();
   if (!window) return false;
@@ -122,7 +124,7 @@ ConsentBannerView ConsentBannerPresenter::wrapped(const ConsentBannerView& banne
   const auto dismissing = [self = weak_from_this(), isOver](auto callback) {
     return [self, isOver, callback = std::move(callback)](const auto&... arguments) {
       if (std::exchange(*isOver, true)) return;
-      callback(arguments...);
+      if (callback) callback(arguments...);
       const auto presenter = self.lock();
       // If the callback has shown another banner, keep that one.
       if (presenter && presenter->isOver_ == isOver) presenter->dismiss();

@@ -25,8 +25,9 @@ class ConsentBannerPresenter : public std::enable_shared_from_this<ConsentBanner
   /// does nothing, if there is no such scene or it makes no window. Replaces a banner that is still shown;
   /// `onReplaced` is called if this happens to the new banner before it has reported anything. When the user
   /// accepts, rejects, saves or closes, the banner first reports this and is then dismissed; managing
-  /// preferences does not dismiss it. Once a banner has made one of these four reports, or has been dismissed
-  /// or replaced, it reports nothing more, even while it is still visible.
+  /// preferences does not dismiss it. A banner whose window is lost also reports that it was closed. Once a
+  /// banner has made one of these four reports, or has been dismissed or replaced, it reports nothing more,
+  /// even while it is still visible.
   bool show(const ConsentBannerView& bannerView, const BannerCustomization::Customization& customization,
             std::function<void()> onReplaced = nullptr);
 

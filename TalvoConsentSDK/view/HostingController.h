@@ -54,6 +54,15 @@ class HostingController : public RootViewController {
   /// `needsFrame` is called when the last frame is out of date. The window then calls `frame` again.
   void setOnNeedsFrame(std::function<void()> needsFrame) { needsFrame_ = std::move(needsFrame); }
 
+  /// `windowLost` is called by `loseWindow`.
+  void setOnWindowLost(std::function<void()> windowLost) { windowLost_ = std::move(windowLost); }
+
+  /// A window calls this once if it can show nothing any more, because the host destroyed what it lies on.
+  /// The caller keeps the controller alive during the call, which may release the window's own reference.
+  void loseWindow() const {
+    if (windowLost_) windowLost_();
+  }
+
   /// Returns what to draw now. Valid until the next call.
   const std::vector<Visual>& frame(Clock::time_point now);
 
@@ -114,6 +123,7 @@ class HostingController : public RootViewController {
   Color backgroundColor_;
   ViewEnvironment environment_;
   std::function<void()> needsFrame_;
+  std::function<void()> windowLost_;
   ElementTree tree_;
   Animations animations_;
   Layout layout_;

@@ -25,7 +25,7 @@ void HostingController::touchBegan(Point point, Clock::time_point now) {
   focusIsVisible_ = false;
   const AccessibleElement* control = controlAt(accessibleElements(), point);
   // While a list opens, its rows move below the finger: only what opens and closes lists can be tapped then.
-  const bool isStill = !wasFlinging && (!layout_.isMoving() || (control && control->role == Role::expander));
+  const bool isStill = !wasFlinging && (!layout_.movesRows() || (control && control->role == Role::expander));
   if (control && control->isEnabled && isStill) pressed_ = control->id;
   if (const ScrollRegion* region = regionAt(point)) motion_.grab(region->id, point.y, now);
   requestFrame();
@@ -119,7 +119,9 @@ void HostingController::reveal(const AccessibleElement& element) {
   const ScrollRegion* region = regionAt(clip.center());
   if (!region) return;
   const double above = frame.y - clip.y - ScrollRegion::fadedEdge;
-  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge;
+  // Shows the beginning of the next row, too, so that the content does not seem to end here.
+  const double next = 16 * std::max(1.0, environment_.textScale);
+  const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge + next;
   scrollBy(region->id, std::min(above, std::max(0.0, below)));
 }
 

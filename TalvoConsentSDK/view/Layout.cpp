@@ -69,11 +69,13 @@ Layout::Layout(ElementTree& tree, const ViewEnvironment& environment, Animations
 void Layout::run(std::vector<ElementId> kept, Rows rows) {
   kept_ = std::move(kept);
   rows_ = rows;
-  const Insets& safe = environment_.safeArea;
+  const SafeArea& safe = environment_.safeArea;
   const Size window = environment_.size;
-  const Rect area{safe.leading, safe.top, std::max(0.0, window.width - safe.width()),
-                  std::max(0.0, window.height - safe.height())};
-  isOpening_ = false;
+  const bool isMirrored = environment_.layoutDirection == LayoutDirection::rightToLeft;
+  const Rect area{isMirrored ? safe.right : safe.left, safe.top,
+                  std::max(0.0, window.width - safe.left - safe.right),
+                  std::max(0.0, window.height - safe.top - safe.bottom)};
+  isOpening_ = isSettling_ = movesRows_ = false;
   // Repeats while lazy rows turn out taller or shorter than expected, and if a list that opens was moved.
   constexpr int maxPasses = 8;
   for (int pass = 0; pass < maxPasses && (pass == 0 || needsAnotherPass_); ++pass) {
@@ -90,7 +92,7 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   isMoving_ = !moving_.empty();
   for (Element* each : moving_) forgetSizes(*each);  // it will have another height in the next frame
   std::erase_if(scrollRegions_, [](const ScrollRegion& region) { return region.maxOffset() <= 0; });
-  if (environment_.layoutDirection == LayoutDirection::rightToLeft) {
+  if (isMirrored) {
     mirror(tree_.root());
     for (ScrollRegion& region : scrollRegions_) mirror(region.frame);
   }

@@ -41,8 +41,11 @@ class Layout {
   /// The regions that scroll, outermost first.
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
 
-  /// Whether something was opening or closing, so that the next frame has to be laid out again.
+  /// Whether something was moving, so that the next frame has to be laid out again.
   bool isMoving() const { return isMoving_; }
+
+  /// Whether a list was opening or closing.
+  bool movesRows() const { return movesRows_; }
 
  private:
   Size size(Element& element, Proposal proposal);
@@ -124,8 +127,10 @@ class Layout {
   std::vector<ElementId> kept_;
   Rows rows_ = Rows::nearby;
   bool needsAnotherPass_ = false;
-  bool isOpening_ = false;  // whether a disclosure was found that has begun to open
+  bool isOpening_ = false;   // whether a disclosure was found that has begun to open
+  bool isSettling_ = false;  // whether it has, or has just closed
   bool isMoving_ = false;
+  bool movesRows_ = false;
   std::vector<Element*> moving_;
 };
 

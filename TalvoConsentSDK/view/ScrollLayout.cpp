@@ -11,9 +11,11 @@ namespace view {
 
 namespace {
 
-constexpr double titleGap = 12;   // on both sides of a title that is beside a bar
-constexpr double maxCut = 48;     // of a scrolling part
-constexpr double hiddenPart = 6;  // of the line that the lower edge cuts
+constexpr double titleGap = 12;        // on both sides of a title that is beside a bar
+constexpr double maxHeader = 1.0 / 3;  // of the room; the title of a taller header scrolls
+constexpr double maxCut = 54;          // of a scrolling part; more of a high one if texts are larger
+constexpr double hiddenPart = 6;       // of the line that the lower edge cuts; times the text scale
+constexpr double fadedPart = 8;        // of the same line; as much as is hidden is seen above it
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
@@ -80,14 +82,18 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
   const auto leaves = [&](double rest) {
     return room - parts.top - rest >= std::min(parts.scrolled, minMiddle);
   };
+  const auto scrollTitle = [&] {
+    parts.scrollsTitle = true;
+    if (bar.width > 0) parts.title = natural;
+    parts.top = parts.contentTop = bar.height;
+    parts.scrolled =
+        size(titleElement, parts.title).height + content.height + (parts.scrollsFooter ? footer.height : 0);
+  };
+  if (parts.titleX == 0 && title.height > 0 && header > room * maxHeader) scrollTitle();
   if (leaves(footer.height + pinned.gap)) return parts;
   parts.scrollsFooter = true;
   parts.scrolled += footer.height;
-  if (leaves(0) || title.height == 0) return parts;
-  parts.scrollsTitle = true;
-  if (bar.width > 0) parts.title = natural;
-  parts.top = parts.contentTop = bar.height;
-  parts.scrolled = size(titleElement, parts.title).height + content.height + footer.height;
+  if (!leaves(0) && title.height > 0) scrollTitle();
   return parts;
 }
 
@@ -129,12 +135,19 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   viewport_ = outer;
   if (!parts.scrollsFooter) placeAt(footer, 0, footerTop, natural);
 
-  // A cut between two lines would look like the end of the content. Not done while scrolled, held or moving,
-  // so that the edge stays.
-  if (offset.y > 0 || offset.held < infinity || !moving_.empty()) return;
+  // A cut between two lines would look like the end of the content. While the user scrolls or a list moves,
+  // the edge stays. Once a list has opened or closed, the edge moves only if it has to.
+  const bool isAtStart = offset.y == 0 && offset.held == infinity;
+  if (needsAnotherPass_ || !moving_.empty() || (!isAtStart && !isSettling_)) return;
+  const double scale = std::max(1.0, environment_.textScale);
+  const double hidden = hiddenPart * scale;
+  const auto wanted = [&](double least) {
+    return std::max(least, end - endOfLine(content, end - least - fadedPart - hidden) + hidden);
+  };
+  if (!isAtStart && wanted(offset.cut) == offset.cut) return;
   const double gap = parts.scrollsFooter ? 0 : pinned.gap;
-  const double wanted = end - endOfLine(content, end - gap - hiddenPart) + hiddenPart;
-  const double newCut = wanted > maxCut || parts.scrolled == 0 ? gap : std::max(gap, wanted);
+  const double most = std::clamp(height / 5, maxCut, maxCut * scale);
+  const double newCut = wanted(gap) > most || parts.scrolled == 0 ? gap : wanted(gap);
   if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
 }
 
@@ -165,9 +178,12 @@ Size Layout::measureDisclosure(Element& element, const node::Disclosure& disclos
   const double shown = animations_.value(element.id, disclosure.isOpen ? 1 : 0);
   Disclosed& before = tree_.memory().get<Disclosed>(element.id, [&] { return Disclosed{shown == 1}; });
   if (!disclosure.isOpen) before.isDone = false;
-  if (shown == 0 && !disclosure.isOpen) element.children.clear();
+  if (shown == 0 && !disclosure.isOpen && !element.children.empty()) {
+    element.children.clear();
+    isSettling_ = true;
+  }
   if (element.children.empty()) return {};
-  if (!before.isDone && disclosure.isOpen) isOpening_ = true;
+  if (!before.isDone && disclosure.isOpen) isOpening_ = isSettling_ = true;
   const Size content = size(*element.children.front(), {proposal.width, std::nullopt});
   if (shown == 1) return content;
   // What lies below the window's edge does not count: the motion would be too fast to see.
@@ -178,7 +194,10 @@ Size Layout::measureDisclosure(Element& element, const node::Disclosure& disclos
 void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosure, const Rect& frame,
                              const Proposal& proposal) {
   const double shown = animations_.value(element.id, disclosure.isOpen ? 1 : 0);
-  if (shown != (disclosure.isOpen ? 1 : 0)) moving_.push_back(&element);
+  if (shown != (disclosure.isOpen ? 1 : 0)) {
+    moving_.push_back(&element);
+    movesRows_ = true;
+  }
   if (element.children.empty()) return;
   const Proposal offered{proposal.width, std::nullopt};
   const Size content = size(*element.children.front(), offered);

@@ -20,7 +20,7 @@ struct ViewEnvironment {
   std::shared_ptr<ImageLoader> imageLoader;
   double textScale = 1;  // the scale that the measurer applies
   Size size;             // of the window, in points
-  Insets safeArea;       // the parts of the window that the system's own bars and notches cover
+  SafeArea safeArea;
   LayoutDirection layoutDirection = LayoutDirection::leftToRight;  // set by the controller
   bool reducesMotion = false;
 

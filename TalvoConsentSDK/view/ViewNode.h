@@ -110,8 +110,9 @@ struct Scroll {
 
 /// Four children: a bar and a title on one line, or the title below the bar if it would need several lines
 /// otherwise; the content below them; and a footer. If they do not fit, the content scrolls and the others
-/// stay. If that would leave less than `minMiddle` points for what scrolls, the footer scrolls, too, and if
-/// that is not enough, the title as well. The bar always stays. `minMiddle` grows with text scales above 1.
+/// stay. A title that is not beside the bar scrolls, too, if the two take more than a third of the height. If
+/// less than `minMiddle` points are left for what scrolls, the footer scrolls as well, and if that is not
+/// enough, any title. The bar always stays. `minMiddle` grows with text scales above 1.
 struct PinnedEnds {
   double minMiddle = 120;
   double overlap = 12;   // how far content scrolls under the title's bottom padding

@@ -121,7 +121,8 @@ class Flattener {
       push(element.id, shadowPart, element.frame, element.clip, opacity,
            visual::BoxShadow{*background.shadow, background.cornerRadius});
     }
-    pushMain(element, opacity, visual::Box{solid(background.color), background.cornerRadius});
+    if (!isOnItsOwnColor(element.frame, solid(background.color)))
+      pushMain(element, opacity, visual::Box{solid(background.color), background.cornerRadius});
     if (background.outline) {
       addOutline(element, boxOutlineReach, opacity, *background.outline, background.cornerRadius);
     }
@@ -187,6 +188,16 @@ class Flattener {
 
   void pushMain(const Element& element, double opacity, visual::Content content) {
     push(element.id, mainPart, element.frame, element.clip, opacity, std::move(content));
+  }
+
+  // Whether a box would lie on nothing but a box of the same opaque colour. It is not drawn: it would appear
+  // while the window fades, because each visual is then translucent by itself.
+  bool isOnItsOwnColor(const Rect& frame, const Color& color) const {
+    const auto below = std::find_if(visuals_.rbegin(), visuals_.rend(),
+                                    [&](const Visual& each) { return each.frame.intersects(frame); });
+    if (below == visuals_.rend() || below->clip || below->frame.intersection(frame) != frame) return false;
+    const auto* box = std::get_if<visual::Box>(&below->content);
+    return box && box->fade == 0 && box->color == color && color.alpha >= 1;
   }
 
   void push(ElementId id, int part, const Rect& frame, const std::optional<Rect>& clip, double opacity,

@@ -14,17 +14,16 @@ seconds CacheTime::since(const CacheTime& earlier) const {
   return run == earlier.run ? std::max(byWall, steady - earlier.steady) : byWall;
 }
 
-namespace {
-
-std::uint64_t randomNumber() {
-  std::random_device device;
-  return std::uniform_int_distribution<std::uint64_t>()(device);
+std::uint64_t CacheClock::currentRun() {
+  static const std::uint64_t run = [] {
+    std::random_device device;
+    return std::uniform_int_distribution<std::uint64_t>()(device);
+  }();
+  return run;
 }
 
-}  // namespace
-
-CacheClock::CacheClock(Wall wall, Steady steady)
-    : wall_(std::move(wall)), steady_(std::move(steady)), run_(randomNumber()) {}
+CacheClock::CacheClock(Wall wall, Steady steady, std::uint64_t run)
+    : wall_(std::move(wall)), steady_(std::move(steady)), run_(run) {}
 
 CacheTime CacheClock::now() const {
   return {floor<seconds>(wall_()), floor<seconds>(steady_().time_since_epoch()), run_};

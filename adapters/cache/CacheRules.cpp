@@ -113,7 +113,8 @@ bool hasExpectedType(const URLRequest& request, const HTTPHeaders& headers) {
   if (!type || listMembers(*type).size() != 1) return false;
   if (const auto accept = fieldValue(request.headers, "Accept")) return acceptsType(accept, *type);
   const std::string media = mediaType(*type);
-  return media != "text/html" && media != "application/xhtml+xml";
+  // Whatever a browser could show as a page counts, written correctly or not.
+  return !media.starts_with("text/html") && media.find("xhtml") == std::string::npos;
 }
 
 bool mayStay(const HTTPHeaders& headers) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <new>
 #include <utility>
 
 namespace TalvoConsentSDK {
@@ -45,14 +46,11 @@ const AtlasPlace* Atlas::add(const AtlasKey& key, const AtlasPlace& place,
   entry.place.y = shelf->y + gap;
   if (shelf->changed < 0) shelf->changed = shelf->used;
   shelf->used += width + gap;
-  const std::size_t rowBytes = static_cast<std::size_t>(width) * pixelBytes();
-  for (int row = 0; row < height; ++row) {
-    const std::size_t target =
-        (static_cast<std::size_t>(entry.place.y + row) * static_cast<std::size_t>(size_) +
-         static_cast<std::size_t>(entry.place.x)) *
-        pixelBytes();
-    std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(row) * rowBytes),
-                rowBytes, bytes_.begin() + static_cast<std::ptrdiff_t>(target));
+  const std::size_t pictureRow = static_cast<std::size_t>(width) * pixelBytes();
+  std::uint8_t* target = &bytes_[static_cast<std::size_t>(entry.place.y) * rowBytes() +
+                                 static_cast<std::size_t>(entry.place.x) * pixelBytes()];
+  for (int row = 0; row < height; ++row, target += rowBytes()) {
+    std::copy_n(&bytes[static_cast<std::size_t>(row) * pictureRow], pictureRow, target);
   }
   return &entry.place;
 }
@@ -64,25 +62,38 @@ Atlas::Shelf* Atlas::shelfFor(int width, int height) {
   for (Shelf& shelf : shelves_) {
     const bool fits = shelf.height >= height + gap &&
                       shelf.height <= height + gap + std::max(2, height / 2) &&
-                      shelf.used + width + 2 * gap <= size_;
+                      shelf.used + width + 2 * gap <= width_;
     if (fits && (!best || shelf.height < best->height)) best = &shelf;
   }
   if (best) return best;
   const int y = shelves_.empty() ? 0 : shelves_.back().y + shelves_.back().height;
-  if (y + height + 2 * gap > size_ || width + 2 * gap > size_) return nullptr;
+  if (y + height + 2 * gap > height_ || width + 2 * gap > width_) return nullptr;
   return &shelves_.emplace_back(Shelf{y, height + gap});
 }
 
+Atlas::Pixels Atlas::clearPixels() const {
+  auto* const bytes = static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(height_), rowBytes()));
+  if (!bytes) throw std::bad_alloc();
+  return Pixels(bytes);
+}
+
+// Doubles the shorter side, so that little of a texture is empty.
 bool Atlas::grow() {
-  if (size_ >= maxSize_) return false;
-  const int old = size_;
-  size_ = std::min(maxSize_, std::max(firstSize, size_ * 2));
-  const std::size_t oldRow = static_cast<std::size_t>(old) * pixelBytes();
-  const std::size_t newRow = static_cast<std::size_t>(size_) * pixelBytes();
-  std::vector<std::uint8_t> grown(newRow * static_cast<std::size_t>(size_));
-  for (std::size_t row = 0; row < static_cast<std::size_t>(old); ++row) {
-    std::copy_n(bytes_.begin() + static_cast<std::ptrdiff_t>(row * oldRow), oldRow,
-                grown.begin() + static_cast<std::ptrdiff_t>(row * newRow));
+  if (height_ >= maxSize_) return false;
+  const std::size_t oldRow = rowBytes();
+  if (width_ == 0) {
+    width_ = height_ = firstSize;
+  } else {
+    int& side = width_ > height_ ? height_ : width_;
+    side = std::min(maxSize_, side * 2);
+  }
+  Pixels grown = clearPixels();
+  for (const Shelf& shelf : shelves_) {
+    const std::size_t used = static_cast<std::size_t>(shelf.used) * pixelBytes();
+    for (int row = shelf.y; row < shelf.y + shelf.height; ++row) {
+      const auto place = static_cast<std::size_t>(row);
+      std::copy_n(&bytes_[place * oldRow], used, &grown[place * rowBytes()]);
+    }
   }
   bytes_ = std::move(grown);
   replaceTexture();
@@ -92,12 +103,12 @@ bool Atlas::grow() {
 // Whether the pictures of the list that is being built, and of the one before, would fit easily if they were
 // alone.
 bool Atlas::isMostlyUnused() const {
-  if (clearedIn_ == list_ || size_ == 0) return false;
+  if (clearedIn_ == list_ || width_ == 0) return false;
   std::int64_t used = 0;
   for (const auto& [key, entry] : entries_) {
     if (entry.lastUsed + 1 >= list_) used += std::int64_t{entry.place.width} * entry.place.height;
   }
-  return used < std::int64_t{size_} * size_ / 4;
+  return used < std::int64_t{width_} * height_ / 4;
 }
 
 bool Atlas::clear() {
@@ -105,7 +116,7 @@ bool Atlas::clear() {
   clearedIn_ = list_;
   entries_.clear();
   shelves_.clear();
-  std::ranges::fill(bytes_, std::uint8_t{0});
+  bytes_ = clearPixels();
   return true;
 }
 
@@ -128,13 +139,12 @@ void Atlas::takeUploads(std::vector<TextureUpload>& uploads, std::vector<Texture
     if (shelf.changed < 0) continue;
     isUploaded_ = true;
     // With the gap below it, which the first row of the next shelf covers again.
-    const PixelRect area{shelf.changed, shelf.y, std::min(size_, shelf.used + gap) - shelf.changed,
-                         std::min(size_ - shelf.y, shelf.height + gap)};
+    const PixelRect area{shelf.changed, shelf.y, std::min(width_, shelf.used + gap) - shelf.changed,
+                         std::min(height_ - shelf.y, shelf.height + gap)};
     shelf.changed = -1;
-    const std::size_t row = static_cast<std::size_t>(size_) * pixelBytes();
     const std::size_t begin =
-        static_cast<std::size_t>(area.y) * row + static_cast<std::size_t>(area.x) * pixelBytes();
-    uploads.push_back({texture_, format_, size_, size_, area, bytes_.data() + begin, row});
+        static_cast<std::size_t>(area.y) * rowBytes() + static_cast<std::size_t>(area.x) * pixelBytes();
+    uploads.push_back({texture_, format_, width_, height_, area, &bytes_[begin], rowBytes()});
   }
 }
 

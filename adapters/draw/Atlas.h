@@ -6,6 +6,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -55,7 +57,8 @@ class Atlas {
 
   /// 0 until the first picture is added.
   TextureId texture() const { return texture_; }
-  int size() const { return size_; }
+  int width() const { return width_; }
+  int height() const { return height_; }
   int maxSize() const { return maxSize_; }
 
  private:
@@ -78,6 +81,14 @@ class Atlas {
     }
   };
 
+  struct Free {
+    void operator()(std::uint8_t* bytes) const { std::free(bytes); }
+  };
+  // Clear pixels. Those that are never written take no memory.
+  using Pixels = std::unique_ptr<std::uint8_t[], Free>;
+
+  Pixels clearPixels() const;
+  std::size_t rowBytes() const { return static_cast<std::size_t>(width_) * pixelBytes(); }
   bool grow();
   bool isMostlyUnused() const;
   Shelf* shelfFor(int width, int height);
@@ -86,10 +97,11 @@ class Atlas {
 
   const TextureFormat format_;
   const int maxSize_;
-  int size_ = 0;
+  int width_ = 0;
+  int height_ = 0;
   TextureId texture_ = 0;
   bool isUploaded_ = false;
-  std::vector<std::uint8_t> bytes_;
+  Pixels bytes_;
   std::vector<Shelf> shelves_;
   std::unordered_map<AtlasKey, Entry, KeyHash> entries_;
   std::vector<TextureId> released_;

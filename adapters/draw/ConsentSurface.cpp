@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <optional>
+#include <typeinfo>
 #include <utility>
 
-#include "adapters/draw/DrawImageLoader.h"
+#include "TalvoConsentSDK/platform/DownloadingImageLoader.h"
+#include "TalvoConsentSDK/platform/Printer.h"
+
+#include "adapters/draw/PictureDecoder.h"
 #include "adapters/draw/SurfaceApplication.h"
 #include "adapters/draw/SurfaceGestures.h"
 #include "adapters/draw/SurfaceStage.h"
@@ -39,7 +43,9 @@ class ConsentSurface::Implementation {
 
   Point point(double x, double y) const {
     const double scale = stage->options().size.scale;
-    return {x / scale, y / scale};
+    // Further away nothing is different, and sums of distances stay finite.
+    constexpr double far = 1e6;
+    return {std::clamp(x, -far, far) / scale, std::clamp(y, -far, far) / scale};
   }
 
   std::shared_ptr<HostingController> top() const {
@@ -76,9 +82,13 @@ ConsentSurface::~ConsentSurface() = default;
 void ConsentSurface::addTo(Platform& platform) {
   Platform filledIn = platform;
   filledIn.fillIn();
+  const Platform missing;
+  const URLSession &session = *filledIn.urlSession, &none = *missing.urlSession;
+  if (typeid(session) == typeid(none))
+    callHost([&] { filledIn.printer->print("⚠️ No logo: addTo was called before the session was set"); });
   implementation_->stage->setPlatform(
-      filledIn.mainActor,
-      std::make_shared<DrawImageLoader>(filledIn.urlSession, filledIn.mainActor, filledIn.background));
+      filledIn.mainActor, std::make_shared<DownloadingImageLoader>(filledIn.urlSession, filledIn.mainActor,
+                                                                   filledIn.background, decodedPicture));
   platform.application = std::make_shared<SurfaceApplication>(implementation_->stage);
 }
 

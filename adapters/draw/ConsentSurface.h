@@ -16,7 +16,8 @@
 
 namespace TalvoConsentSDK TALVO_EXPORT {
 
-/// The area in which a host shows the banner. Main thread only. Positions are in pixels from the top left.
+/// The area in which a host shows the banner. Main thread only. Positions are in pixels from the top left. If
+/// it is destroyed, a banner on it counts as closed.
 ///
 ///     ConsentSurface surface({.size = {1170, 2532, 3}});
 ///     Platform platform = makePosixPlatform(mainQueue);
@@ -31,9 +32,9 @@ class ConsentSurface {
   ConsentSurface& operator=(const ConsentSurface&) = delete;
   ~ConsentSurface();
 
-  /// Makes this surface the application of `platform`. Its pictures are loaded with the session and the
-  /// executors that `platform` has at the time of the call. Once the surface
-  /// is gone, no banner is shown.
+  /// Makes this surface the application of `platform`. Call it once the session and the executors of
+  /// `platform` are set: the logo is loaded with those that it has at the time of the call. Without a
+  /// session, one line is printed. Once the surface is gone, no banner is shown.
   void addTo(Platform& platform);
 
   void resize(const SurfaceSize& size);
@@ -45,7 +46,8 @@ class ConsentSurface {
   /// Whether the banner is modal: it then takes all input, and the host should pause what is below.
   bool isModal();
 
-  /// Whether the list that `frame` would return differs from the last one. Cheap.
+  /// Whether the list that `frame` would return may differ from the last one. If not, there is nothing to
+  /// draw again. Cheap.
   bool needsFrame() const;
 
   /// Returns what to draw now; without a banner, a list without commands. If nothing has changed, returns the
@@ -55,8 +57,10 @@ class ConsentSurface {
   /// Call it if the renderer has lost its textures. The next list then uploads them under new ids.
   void forgetTextures();
 
-  // Input. Each function returns whether the banner took the input; if not, it is for the host. What began
-  // outside the banner stays with the host until it ends.
+  // Input. Each function returns whether the banner took the input; if not, it is for the host. A touch, a
+  // mouse button or a stick that began outside the banner stays with the host until it ends. A key that the
+  // host received does not operate the banner while it is held, and the host receives its release. Positions
+  // are finite.
   bool touchBegan(std::int64_t finger, double x, double y);
   bool touchMoved(std::int64_t finger, double x, double y);
   bool touchEnded(std::int64_t finger, double x, double y);
@@ -69,7 +73,8 @@ class ConsentSurface {
   bool scrolled(double x, double y, double pixels);
   bool wheelTurned(double x, double y, double notches);
 
-  /// For a key that is held down, call `keyPressed` for each repetition.
+  /// For a key that is held down, call `keyPressed` for each repetition. The host receives the releases of
+  /// all keys that are `SurfaceKey::other`, because they cannot be told apart.
   bool keyPressed(SurfaceKey key);
   bool keyReleased(SurfaceKey key);
 

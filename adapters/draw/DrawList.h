@@ -64,8 +64,14 @@ struct TextureUpload {
 
 /// One frame. To draw it: apply `uploads` in order; draw `commands` in order, with the texture's colour
 /// multiplied by the vertex's, and blended as `source * source alpha + target * (1 - source alpha)`; delete
-/// `released`. Sample textures linearly or by the nearest pixel, which gives the same picture; clamp at the
-/// edges.
+/// `released`. Blend the bytes as they are, without converting them to linear light. Sample textures linearly
+/// or by the nearest pixel, which gives the same picture; clamp at the edges.
+///
+/// As on a GPU, a triangle covers the pixels whose centres are inside it. If a centre is exactly on an edge
+/// that two triangles share, only one of them covers the pixel.
+///
+/// After each list, a surface has at most two textures, one of each format. A texture that grows is replaced:
+/// the new one is uploaded and the old one is released in the same list.
 struct DrawList {
   /// Grows whenever what is drawn differs from the list before. While it stays the same, a renderer that
   /// keeps its last frame need not draw.

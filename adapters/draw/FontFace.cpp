@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <mutex>
 #include <utility>
 
@@ -40,12 +41,12 @@ std::shared_ptr<FT_LibraryRec_> freeType() {
   return library;
 }
 
-hb_blob_t* contentOf(const FontSource& source) {
-  if (!source.bytes) return hb_blob_create_from_file(source.path.c_str());
-  auto* const owner = new std::shared_ptr<const std::string>(source.bytes);
-  return hb_blob_create(source.bytes->data(), static_cast<unsigned>(source.bytes->size()),
-                        HB_MEMORY_MODE_READONLY, owner,
-                        [](void* data) { delete static_cast<std::shared_ptr<const std::string>*>(data); });
+// `owner` keeps the bytes.
+hb_blob_t* blobOf(std::string_view bytes, std::shared_ptr<const void> owner) {
+  using Owner = std::shared_ptr<const void>;
+  if (bytes.size() > std::numeric_limits<unsigned>::max()) return hb_blob_get_empty();
+  return hb_blob_create(bytes.data(), static_cast<unsigned>(bytes.size()), HB_MEMORY_MODE_READONLY,
+                        new Owner(std::move(owner)), [](void* data) { delete static_cast<Owner*>(data); });
 }
 
 std::string familyOf(hb_face_t* face) {
@@ -62,7 +63,10 @@ std::string familyOf(hb_face_t* face) {
 
 std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) {
   std::vector<std::unique_ptr<FontFace>> faces;
-  hb_blob_t* const blob = contentOf(source);
+  const auto file = source.bytes ? nullptr : FontFile::open(source.path);
+  hb_blob_t* const blob = source.bytes ? blobOf(*source.bytes, source.bytes)
+                          : file       ? blobOf(file->bytes(), file)
+                                       : hb_blob_create_from_file(source.path.c_str());
   const unsigned count = std::min(hb_face_count(blob), maxMembers);
   for (unsigned index = 0; index < count; ++index) {
     for (const int weight : wantedWeights) {
@@ -71,6 +75,8 @@ std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) 
       const bool isKnown = face && !faces.empty() && faces.back()->family == face->family &&
                            faces.back()->weight == face->weight;
       if (!face || isKnown) break;
+      face->path = source.path;
+      face->file_ = file;
       faces.push_back(std::move(face));
     }
   }
@@ -81,15 +87,8 @@ std::vector<std::unique_ptr<FontFace>> FontFace::open(const FontSource& source) 
 std::unique_ptr<FontFace> FontFace::open(hb_blob_t* blob, unsigned index, int wantedWeight) {
   static std::uint32_t lastId = 0;
   std::unique_ptr<FontFace> opened(new FontFace);
-  opened->library_ = freeType();
-  if (!opened->library_) return nullptr;
-  unsigned size = 0;
-  const char* const bytes = hb_blob_get_data(blob, &size);
   opened->blob_ = hb_blob_reference(blob);
-  if (FT_New_Memory_Face(opened->library_.get(), reinterpret_cast<const FT_Byte*>(bytes),
-                         static_cast<FT_Long>(size), static_cast<FT_Long>(index), &opened->face_) != 0) {
-    return nullptr;
-  }
+  opened->index_ = index;
   hb_face_t* const face = hb_face_create(blob, index);
   opened->shaper_ = hb_font_create(face);
   opened->family = familyOf(face);
@@ -100,18 +99,31 @@ std::unique_ptr<FontFace> FontFace::open(hb_blob_t* blob, unsigned index, int wa
 
   const hb_variation_t weight{HB_OT_TAG_VAR_AXIS_WEIGHT, static_cast<float>(wantedWeight)};
   hb_font_set_variations(opened->shaper_, &weight, 1);
-  unsigned axes = 0;
-  const int* const place = hb_font_get_var_coords_normalized(opened->shaper_, &axes);
-  if (axes > 0) {
-    std::vector<FT_Fixed> coordinates;
-    for (unsigned i = 0; i < axes; ++i) coordinates.push_back(place[i] * 4);  // from 2.14 bits to 16.16
-    FT_Set_Var_Blend_Coordinates(opened->face_, axes, coordinates.data());
-  }
   opened->id = ++lastId;
   opened->unit = 1.0 / unitsPerEm;
   opened->weight = static_cast<int>(std::lround(hb_style_get_value(opened->shaper_, HB_STYLE_TAG_WEIGHT)));
-  opened->readMetrics();
   return opened;
+}
+
+bool FontFace::prepare() {
+  if (face_) return true;
+  library_ = freeType();
+  unsigned size = 0;
+  const char* const bytes = hb_blob_get_data(blob_, &size);
+  if (!library_ ||
+      FT_New_Memory_Face(library_.get(), reinterpret_cast<const FT_Byte*>(bytes), static_cast<FT_Long>(size),
+                         static_cast<FT_Long>(index_), &face_) != 0) {
+    return false;
+  }
+  unsigned axes = 0;
+  const int* const place = hb_font_get_var_coords_normalized(shaper_, &axes);
+  if (axes > 0) {
+    std::vector<FT_Fixed> coordinates;
+    for (unsigned i = 0; i < axes; ++i) coordinates.push_back(place[i] * 4);  // from 2.14 bits to 16.16
+    FT_Set_Var_Blend_Coordinates(face_, axes, coordinates.data());
+  }
+  readMetrics();
+  return true;
 }
 
 void FontFace::readMetrics() {
@@ -127,6 +139,10 @@ void FontFace::readMetrics() {
   if (hb_font_get_nominal_glyph(shaper_, ' ', &space) != 0) {
     spaceWidth = std::clamp(hb_font_get_glyph_h_advance(shaper_, space) * unit, 0.0, 4.0);
   }
+}
+
+void FontFace::releasePages() const {
+  if (file_) file_->releasePages();
 }
 
 FontFace::~FontFace() {

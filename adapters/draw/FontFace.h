@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "adapters/draw/FontFile.h"
 #include "adapters/draw/SurfaceOptions.h"
 
 struct hb_font_t;
@@ -42,6 +43,10 @@ class FontFace {
 
   bool has(char32_t character) const;
 
+  /// Prepares the font for drawing at the first call, because that takes time and memory. Returns false if
+  /// the font is damaged. Call it before `draw` and `overhang`, and before reading lengths.
+  bool prepare();
+
   /// Draws a letter at a size in points, with `scale` pixels in a point, its origin moved to the right by
   /// `shift` pixels.
   GlyphPicture draw(std::uint32_t glyph, double points, double scale, double shift) const;
@@ -49,9 +54,13 @@ class FontFace {
   /// How far a letter reaches beyond its width, in whole points.
   double overhang(std::uint32_t glyph, double points) const;
 
+  /// Releases the pages of its file, see FontFile.
+  void releasePages() const;
+
   hb_font_t* shaper() const { return shaper_; }
 
   std::uint32_t id = 0;  // unique in the process
+  std::string path;      // of its file; may be empty
   std::string family;
   int weight = 400;  // from 1 to 1000
 
@@ -74,8 +83,10 @@ class FontFace {
   bool load(std::uint32_t glyph, double points, double scale) const;
   GlyphPicture scaledBitmap(double pixels, double available) const;
 
+  std::shared_ptr<FontFile> file_;  // null for bytes in memory
   hb_blob_t* blob_ = nullptr;
   hb_font_t* shaper_ = nullptr;
+  unsigned index_ = 0;  // in a collection
   FT_FaceRec_* face_ = nullptr;
   std::shared_ptr<FT_LibraryRec_> library_;
   mutable std::map<std::pair<std::uint32_t, double>, double> overhangs_;

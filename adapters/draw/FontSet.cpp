@@ -35,6 +35,10 @@ int weightNumber(FontWeight weight) {
   return 400;
 }
 
+void printUnreadable(const std::string& font) {
+  platform::print("A font of the banner cannot be read: " + font);
+}
+
 std::optional<std::string> familyForScript(char32_t character) {
   const auto script = [](char32_t c) { return hb_unicode_script(hb_unicode_funcs_get_default(), c); };
   const auto found = std::ranges::find(look::scriptFamilies, script(character),
@@ -55,7 +59,7 @@ FontSet::FontSet(const std::vector<FontSource>& sources, bool usesSystemFonts) {
 // Adds the faces of a file. If one of its families has this name, adds only that family.
 void FontSet::add(const FontSource& source, const std::string& name) {
   auto faces = FontFace::open(source);
-  if (faces.empty()) platform::print("A font of the banner cannot be read: " + source.path);
+  if (faces.empty()) printUnreadable(source.path);
   const bool isFound = std::ranges::any_of(faces, [&](const auto& face) { return face->family == name; });
   for (auto& face : faces) {
     if (isFound && face->family != name) continue;
@@ -78,14 +82,15 @@ void FontSet::addFamily(const std::string& name) {
   for (const FontSource& source : system_->family(name)) add(source, name);
 }
 
-const FontSet::Family* FontSet::find(char32_t character) {
+FontSet::Family* FontSet::find(char32_t character) {
   const auto known = known_.find(character);
   if (known != known_.end()) return known->second;
-  const Family* found = nullptr;
+  Family* found = nullptr;
   std::size_t searched = 0;
   const auto search = [&] {
     for (; !found && searched < families_.size(); ++searched) {
-      if (families_[searched]->faces.front()->has(character)) found = families_[searched].get();
+      const auto& faces = families_[searched]->faces;
+      if (!faces.empty() && faces.front()->has(character)) found = families_[searched].get();
     }
   };
   search();
@@ -107,16 +112,27 @@ const FontSet::Family* FontSet::find(char32_t character) {
 }
 
 const FontFace* FontSet::faceFor(char32_t character, FontWeight weight) {
-  const Family* family = find(character);
-  if (!family && families_.empty()) return nullptr;
-  if (!family) family = families_.front().get();
+  Family* family = find(character);
+  for (std::size_t i = 0; !family && i < families_.size(); ++i) {
+    if (!families_[i]->faces.empty()) family = families_[i].get();
+  }
+  if (!family) return nullptr;
   const int wanted = weightNumber(weight);
   // Of two weights at the same distance the heavier one, so that headings stand out.
-  return std::ranges::min_element(family->faces, {},
-                                  [wanted](const auto& face) {
-                                    return std::tuple(std::abs(face->weight - wanted), -face->weight);
-                                  })
-      ->get();
+  const auto nearest = std::ranges::min_element(family->faces, {}, [wanted](const auto& face) {
+    return std::tuple(std::abs(face->weight - wanted), -face->weight);
+  });
+  if ((*nearest)->prepare()) return nearest->get();
+  printUnreadable((*nearest)->path);
+  family->faces.erase(nearest);  // the family stays, so that it is not opened again
+  known_.clear();
+  return faceFor(character, weight);
+}
+
+void FontSet::releasePages() const {
+  for (const auto& family : families_) {
+    for (const auto& face : family->faces) face->releasePages();
+  }
 }
 
 }  // namespace TalvoConsentSDK

@@ -27,20 +27,23 @@ class FontSet {
   /// Returns the font that sets the height of lines. Null only if there is no font at all.
   const FontFace* first(platform::FontWeight weight) { return faceFor(U'a', weight); }
 
+  /// Releases the pages of all fonts' files, see FontFile.
+  void releasePages() const;
+
  private:
   struct Family {
     std::string name;
-    std::vector<std::unique_ptr<FontFace>> faces;
+    std::vector<std::unique_ptr<FontFace>> faces;  // empty if all are damaged
   };
 
   void add(const FontSource& source, const std::string& name = {});
   void addFamily(const std::string& name);
-  const Family* find(char32_t character);
+  Family* find(char32_t character);
 
   std::vector<std::unique_ptr<Family>> families_;
   std::unique_ptr<SystemFonts> system_;
   std::deque<std::string> pending_;  // families of the system that have not been needed yet
-  std::unordered_map<char32_t, const Family*> known_;
+  std::unordered_map<char32_t, Family*> known_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -22,7 +22,7 @@ constexpr int keptSide = 2048;  // pixels; larger pictures are made smaller
 constexpr std::size_t channels = 4;
 
 PlatformError failure(const std::string& reason) {
-  return {"DrawImageLoader", 1, "The picture cannot be read: " + reason};
+  return {"PictureDecoder", 1, "The picture cannot be read: " + reason};
 }
 
 // Makes room for a picture of a size that its file claims to have.

@@ -1,6 +1,7 @@
 #include "adapters/draw/Resampling.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace TalvoConsentSDK {
@@ -34,48 +35,39 @@ std::vector<Mix> mixes(int from, int to) {
   return all;
 }
 
-// Scales the rows of premultiplied pixels and exchanges rows and columns, so that two calls scale both
-// directions.
-std::vector<float> scaledAndTransposed(const std::vector<float>& pixels, int width, int height,
-                                       int newWidth) {
-  const auto columns = static_cast<std::size_t>(newWidth);
-  const auto rows = static_cast<std::size_t>(height);
-  std::vector<float> result(columns * rows * channels);
-  const std::vector<Mix> all = mixes(width, newWidth);
-  for (std::size_t y = 0; y < rows; ++y) {
-    for (std::size_t x = 0; x < columns; ++x) {
-      float* const target = &result[(x * rows + y) * channels];
-      const float* source =
-          &pixels[(y * static_cast<std::size_t>(width) + static_cast<std::size_t>(all[x].first)) * channels];
-      for (const float weight : all[x].weights) {
-        for (std::size_t c = 0; c < channels; ++c) target[c] += weight * *source++;
-      }
-    }
-  }
-  return result;
+std::uint8_t byte(float value) {
+  return static_cast<std::uint8_t>(std::clamp(value + 0.5F, 0.F, 255.F));
 }
 
 }  // namespace
 
 PixelImage resampled(const PixelImage& image, int width, int height) {
   if (image.width == width && image.height == height) return image;
-  std::vector<float> pixels(image.bytes.size());
-  for (std::size_t i = 0; i < pixels.size(); i += channels) {
-    const float alpha = image.bytes[i + 3];
-    for (std::size_t c = 0; c < 3; ++c) pixels[i + c] = static_cast<float>(image.bytes[i + c]) * alpha / 255;
-    pixels[i + 3] = alpha;
-  }
-  pixels = scaledAndTransposed(pixels, image.width, image.height, width);
-  pixels = scaledAndTransposed(pixels, image.height, width, height);
-  PixelImage result{width, height, std::vector<std::uint8_t>(pixels.size())};
-  for (std::size_t i = 0; i < pixels.size(); i += channels) {
-    const float alpha = pixels[i + 3];
-    const auto byte = [](float value) {
-      return static_cast<std::uint8_t>(std::clamp(value + 0.5F, 0.F, 255.F));
-    };
-    for (std::size_t c = 0; c < 3; ++c)
-      result.bytes[i + c] = alpha > 0 ? byte(pixels[i + c] * 255 / alpha) : 0;
-    result.bytes[i + 3] = byte(alpha);
+  const std::vector<Mix> columns = mixes(image.width, width);
+  PixelImage result{width, height, {}};
+  result.bytes.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * channels);
+  std::vector<float> line;  // a row of the result, premultiplied, but still as wide as the picture
+  for (const Mix& row : mixes(image.height, height)) {
+    line.assign(static_cast<std::size_t>(image.width) * channels, 0);
+    const std::uint8_t* source = &image.bytes[static_cast<std::size_t>(row.first) * line.size()];
+    for (const float weight : row.weights) {
+      for (std::size_t i = 0; i < line.size(); i += channels, source += channels) {
+        const float alpha = weight * source[3];
+        for (std::size_t c = 0; c < 3; ++c) line[i + c] += alpha * source[c] / 255;
+        line[i + 3] += alpha;
+      }
+    }
+    for (const Mix& column : columns) {
+      std::array<float, channels> mixed{};
+      const float* from = &line[static_cast<std::size_t>(column.first) * channels];
+      for (const float weight : column.weights) {
+        for (float& each : mixed) each += weight * *from++;
+      }
+      const float alpha = mixed[3];
+      for (std::size_t c = 0; c < 3; ++c)
+        result.bytes.push_back(alpha > 0 ? byte(mixed[c] * 255 / alpha) : std::uint8_t{0});
+      result.bytes.push_back(byte(alpha));
+    }
   }
   return result;
 }

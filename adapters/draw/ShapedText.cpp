@@ -46,10 +46,13 @@ bool isJapanese(const std::u32string& text) {
   });
 }
 
-// Cuts a width in ems to 1/64 of a point.
-double cut(double width, double fontSize) {
-  constexpr double rounding = 1e-6;
-  return std::floor(width * fontSize * 64 + rounding) / 64 / fontSize;
+// Scales a width in ems as FreeType does, and cuts it to 1/64 of a point, as Qt does. FreeType's scale is a
+// whole number, so a letter of one em may be a little narrower than the font size and lose 1/64 of a point.
+double cut(double width, double fontSize, const FontFace& face) {
+  const double scale =
+      std::round(fontSize * 64 * 65536 * face.unit);  // 1/64 of a point to a unit, in 1/65536
+  const double scaled = std::round(std::round(width / face.unit) * scale / 64);  // in 1/65536 of a point
+  return std::floor(scaled / 1024) / 64 / fontSize;
 }
 
 bool hasOwnScript(hb_script_t script) {
@@ -85,7 +88,8 @@ ShapedText::ShapedText(std::string_view utf8, FontWeight weight, FontSet& fonts,
 }
 
 // Splits the runs of one level by script and font. Characters that belong to no script, such as full stops,
-// join the script before them, or after them at the start of a run.
+// join the script before them, or after them at the start of a run. They are drawn with this script's font if
+// it has them.
 void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
   std::vector<Run> split;
   for (const Run& whole : runs_) {
@@ -94,14 +98,16 @@ void ShapedText::findRuns(FontSet& fonts, FontWeight weight) {
       script = hb_unicode_script(unicode(), text_.codes[i]);
     }
     Run run{whole.begin, whole.begin, whole.level, static_cast<std::uint32_t>(script), nullptr};
+    const FontFace* scriptFace = nullptr;  // of the last letter with a script, if the font is for this script
     for (std::size_t i = whole.begin; i < whole.end; ++i) {
       const char32_t c = text_.codes[i];
       const hb_script_t own = hb_unicode_script(unicode(), c);
       if (hasOwnScript(own)) script = own;
-      const bool joins = run.face && (continuesCharacter(c) || isInvisible(c));
-      const bool keepsFont =
-          joins || (run.face && run.face->isForScript && !hasOwnScript(own) && run.face->has(c));
-      const FontFace* const face = keepsFont ? run.face : fonts.faceFor(c, weight);
+      const bool continues = run.face && continuesCharacter(c);
+      const bool keepsFont = !continues && scriptFace && !hasOwnScript(own) && scriptFace->has(c);
+      const bool joins = continues || (run.face && !keepsFont && isInvisible(c));
+      const FontFace* const face = joins ? run.face : keepsFont ? scriptFace : fonts.faceFor(c, weight);
+      if (hasOwnScript(own)) scriptFace = face && face->isForScript ? face : nullptr;
       const bool isSame = run.face == face && run.script == static_cast<std::uint32_t>(script);
       if (run.end > run.begin && !isSame && !joins) {
         split.push_back(run);
@@ -141,7 +147,12 @@ std::shared_ptr<const std::vector<double>> ShapedText::edges(double fontSize) co
   auto found = std::make_shared<std::vector<double>>();
   found->reserve(size() + 1);
   found->push_back(0);
-  for (const double advance : advances_) found->push_back(found->back() + cut(advance, fontSize) * fontSize);
+  for (const Run& run : runs_) {
+    for (std::size_t i = run.begin; i < run.end; ++i) {
+      const double width = run.face ? cut(advances_[i], fontSize, *run.face) * fontSize : 0;
+      found->push_back(found->back() + width);
+    }
+  }
   edgesSize_ = fontSize;
   return edges_ = std::move(found);
 }
@@ -216,7 +227,7 @@ ShapedLine ShapedText::line(std::size_t begin, std::size_t end, double fontSize)
       if (!isInvisible(text_.codes[glyph.character])) {
         line.glyphs.push_back({part.face, glyph.glyph, line.width + glyph.x, glyph.y});
       }
-      line.width += cut(glyph.advance, fontSize);
+      line.width += cut(glyph.advance, fontSize, *part.face);
     }
   }
   return line;

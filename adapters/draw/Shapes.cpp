@@ -21,7 +21,7 @@ ShapePicture painted(int width, int height, Opacity opacity) {
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       const double value = std::clamp(opacity(x + 0.5, y + 0.5), 0.0, 1.0);
-      picture.bytes.push_back(static_cast<std::uint8_t>(std::lround(value * 255)));
+      picture.bytes.push_back(static_cast<std::uint8_t>(value * 255 + 0.5));
     }
   }
   return picture;
@@ -43,6 +43,8 @@ double cornerDistance(const CornerCurve& curve, double x, double y) {
   const double v = (extent - y) / extent;
   const double sum = std::pow(u, exponent) + std::pow(v, exponent);
   const double root = std::pow(sum, 1 / exponent);
+  const double least = extent * (root - 1);  // because the slope is at most 1
+  if (std::abs(least) >= 0.5) return least;  // for the coverage of a pixel that is exact enough
   // The value of the curve's equation over its slope estimates the distance well near the curve.
   const double slope = std::hypot(std::pow(u / root, exponent - 1), std::pow(v / root, exponent - 1));
   return extent * (root - 1) / slope;
@@ -120,13 +122,14 @@ ShapePicture trackPicture(int width, int height, double knobLeft, double knobTop
   });
 }
 
-double shadowOpacity(const CornerCurve& curve, double deviation, double x, double y) {
+std::vector<double> shadowOpacities(const CornerCurve& curve, double deviation, const std::vector<double>& x,
+                                    double y) {
   // Adds up what the rows of the box give: each row is blurred sideways, and then weighted by its distance.
   constexpr int steps = 32;
   constexpr double reach = 3;  // in deviations; what is farther away adds nothing that can be seen
   const double first = std::max(0.0, y - reach * deviation);
   const double last = y + reach * deviation;
-  double sum = 0;
+  std::vector<double> sums(x.size());
   double before = normalDistribution((first - y) / deviation);
   for (int i = 0; i < steps && last > first; ++i) {
     const double end = first + (last - first) * (i + 1) / steps;
@@ -137,10 +140,12 @@ double shadowOpacity(const CornerCurve& curve, double deviation, double x, doubl
       const double exponent = curve.isCircular ? 2 : look::cornerExponent;
       left = curve.extent * (1 - std::pow(1 - std::pow(1 - row / curve.extent, exponent), 1 / exponent));
     }
-    sum += (after - before) * normalDistribution((x - left) / deviation);
+    for (std::size_t place = 0; place < x.size(); ++place) {
+      sums[place] += (after - before) * normalDistribution((x[place] - left) / deviation);
+    }
     before = after;
   }
-  return sum;
+  return sums;
 }
 
 }  // namespace TalvoConsentSDK

@@ -45,8 +45,9 @@ ShapePicture knobShadowPicture(double diameter, int margin, double unit);
 /// A switch's background without the part that the knob covers, whose left edge is at `knobLeft`.
 ShapePicture trackPicture(int width, int height, double knobLeft, double knobTop, double diameter);
 
-/// The opacity of the blurred top left corner of a large opaque box, from 0 to 1, at a place seen from the
-/// vertex.
-double shadowOpacity(const CornerCurve& curve, double deviation, double x, double y);
+/// The opacities of the blurred top left corner of a large opaque box, from 0 to 1, at places in a row, seen
+/// from the vertex.
+std::vector<double> shadowOpacities(const CornerCurve& curve, double deviation, const std::vector<double>& x,
+                                    double y);
 
 }  // namespace TalvoConsentSDK

@@ -18,7 +18,9 @@ class SurfaceScene : public Scene {
     const SurfaceOptions& options = stage_->options();
     if (options.size.width <= 0 || options.size.height <= 0) return ActivationState::background;
     if (!options.activationState) return ActivationState::foregroundActive;
-    return askHost(ActivationState::background, options.activationState);
+    const ActivationState state = askHost(ActivationState::background, options.activationState);
+    return stage_->isClosed() ? ActivationState::background
+                              : state;  // the host may have destroyed the surface
   }
 
   bool isWindowScene() const override { return true; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace TalvoConsentSDK {
 
@@ -10,13 +11,13 @@ using namespace view;
 
 namespace {
 
-constexpr std::int64_t mouseFinger = -1;  // other than any finger that a host reports while a button is down
 constexpr double stickThreshold = 0.6;
 constexpr double stickRest = 0.4;  // below it, the stick counts as released
 constexpr double scrollDeadZone = 0.2;
 constexpr double maxScrollSpeed = 900;  // points per second
 constexpr std::chrono::milliseconds firstRepeat(400);
 constexpr std::chrono::milliseconds repeatInterval(150);
+constexpr std::chrono::seconds longestRepeat(1);  // between two presses that a system makes of one held key
 
 std::optional<Key> toKey(SurfaceKey key) {
   switch (key) {
@@ -73,35 +74,47 @@ bool SurfaceGestures::coversHost() const {
 }
 
 bool SurfaceGestures::touchBegan(std::int64_t finger, Point place) {
+  return pointerBegan({false, finger}, place);
+}
+
+bool SurfaceGestures::touchMoved(std::int64_t finger, Point place) {
+  return pointerMoved({false, finger}, place);
+}
+
+bool SurfaceGestures::touchEnded(std::int64_t finger, Point place, bool isCancelled) {
+  return pointerEnded({false, finger}, place, isCancelled);
+}
+
+bool SurfaceGestures::pointerBegan(Pointer pointer, Point place) {
   const Controller controller = covering(place);
   if (!controller) return false;
-  fingers_.insert(finger);
-  if (finger_) return true;
-  finger_ = finger;
+  pointers_.insert(pointer);
+  if (followed_) return true;
+  followed_ = pointer;
   touched_ = controller;
   controller->touchBegan(place, stage_->now());
   return true;
 }
 
-bool SurfaceGestures::touchMoved(std::int64_t finger, Point place) {
+bool SurfaceGestures::pointerMoved(Pointer pointer, Point place) {
   const Controller controller = touched_.lock();
-  if (finger_ == finger && controller) controller->touchMoved(place, stage_->now());
-  return fingers_.contains(finger);
+  if (followed_ == pointer && controller) controller->touchMoved(place, stage_->now());
+  return pointers_.contains(pointer);
 }
 
-bool SurfaceGestures::touchEnded(std::int64_t finger, Point place, bool isCancelled) {
+bool SurfaceGestures::pointerEnded(Pointer pointer, Point place, bool isCancelled) {
   const Controller controller = touched_.lock();
-  if (finger_ == finger) {
-    finger_.reset();
+  if (followed_ == pointer) {
+    followed_.reset();
     touched_.reset();
     if (controller && isCancelled) controller->touchCancelled();
     if (controller && !isCancelled) controller->touchEnded(place, stage_->now());
   }
-  return fingers_.erase(finger) > 0;
+  return pointers_.erase(pointer) > 0;
 }
 
 bool SurfaceGestures::mouseMoved(Point place) {
-  if (buttons_.contains(MouseButton::left)) touchMoved(mouseFinger, place);
+  if (buttons_.contains(MouseButton::left)) pointerMoved({.isMouse = true}, place);
   if (!buttons_.empty()) return true;
   return hostButtons_.empty() && covering(place) != nullptr;
 }
@@ -110,12 +123,12 @@ bool SurfaceGestures::mousePressed(MouseButton button, Point place) {
   const bool isForBanner =
       buttons_.empty() && hostButtons_.empty() ? covering(place) != nullptr : !buttons_.empty();
   (isForBanner ? buttons_ : hostButtons_).insert(button);
-  if (isForBanner && button == MouseButton::left) touchBegan(mouseFinger, place);
+  if (isForBanner && button == MouseButton::left) pointerBegan({.isMouse = true}, place);
   return isForBanner;
 }
 
 bool SurfaceGestures::mouseReleased(MouseButton button, Point place) {
-  if (button == MouseButton::left) touchEnded(mouseFinger, place, false);
+  if (button == MouseButton::left) pointerEnded({.isMouse = true}, place, false);
   hostButtons_.erase(button);
   return buttons_.erase(button) > 0;
 }
@@ -129,15 +142,32 @@ bool SurfaceGestures::scrolled(Point place, double points) {
 
 bool SurfaceGestures::keyPressed(SurfaceKey key) {
   const auto controllers = stage_->controllers();
-  if (controllers.empty()) return false;
   const bool isForAll = coversHost();
-  const bool isTaken = press(*controllers.front(), key) || isForAll;
-  if (isTaken) keys_.insert(key);
+  if (repeatsForHost(key)) return isForAll;  // a key that the user still holds does not operate the banner
+  const bool isTaken = !controllers.empty() && (press(*controllers.front(), key) || isForAll);
+  // Keys without a name of their own cannot be told apart, so the host receives all their releases.
+  if (key == SurfaceKey::other) return isTaken;
+  if (isTaken) {
+    keys_.insert(key);
+  } else {
+    hostKeys_[key] = stage_->now();
+  }
   return isTaken;
 }
 
+// Whether the host received the first press of a key that is held.
+bool SurfaceGestures::repeatsForHost(SurfaceKey key) {
+  const auto held = hostKeys_.find(key);
+  if (held == hostKeys_.end()) return false;
+  const Clock::time_point last = std::exchange(held->second, stage_->now());
+  if (held->second - last <= longestRepeat) return true;
+  hostKeys_.erase(held);  // its release was not reported
+  return false;
+}
+
 bool SurfaceGestures::keyReleased(SurfaceKey key) {
-  return keys_.erase(key) > 0;
+  const bool isForBanner = keys_.erase(key) > 0;
+  return hostKeys_.erase(key) == 0 && isForBanner;
 }
 
 bool SurfaceGestures::press(HostingController& controller, SurfaceKey key) {
@@ -146,7 +176,13 @@ bool SurfaceGestures::press(HostingController& controller, SurfaceKey key) {
 }
 
 bool SurfaceGestures::stickMoved(ControllerStick stick, double x, double y) {
-  const bool isTaken = !stage_->controllers().empty();
+  const double reach = std::max(std::abs(x), std::abs(y));
+  const bool isTaken = !stage_->controllers().empty() && !hostSticks_.contains(stick);
+  if (reach < stickRest) {
+    hostSticks_.erase(stick);
+  } else if (!isTaken) {
+    hostSticks_.insert(stick);
+  }
   if (stick == ControllerStick::right) {
     const bool isScrolling = isTaken && std::abs(y) > scrollDeadZone;
     if (isScrolling && scrollSpeed_ == 0) lastStep_ = stage_->now();
@@ -154,7 +190,6 @@ bool SurfaceGestures::stickMoved(ControllerStick stick, double x, double y) {
     if (isScrolling) stage_->invalidate();
     return isTaken;
   }
-  const double reach = std::max(std::abs(x), std::abs(y));
   if (reach < stickRest || !isTaken) heldKey_.reset();
   if (!isTaken || heldKey_ || reach < stickThreshold) return isTaken;
   if (std::abs(y) >= std::abs(x)) {

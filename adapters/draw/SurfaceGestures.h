@@ -3,7 +3,9 @@
 // Passes the user's input to the window it is meant for, and follows a touch or a key until it ends.
 
 #include <chrono>
+#include <compare>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -42,18 +44,32 @@ class SurfaceGestures {
   using Clock = SurfaceStage::Clock;
   using Controller = std::shared_ptr<view::HostingController>;
 
+  // A finger, or the mouse while its left button is down.
+  struct Pointer {
+    bool isMouse = false;
+    std::int64_t finger = 0;
+    friend auto operator<=>(const Pointer&, const Pointer&) = default;
+  };
+
+  bool pointerBegan(Pointer pointer, platform::Point place);
+  bool pointerMoved(Pointer pointer, platform::Point place);
+  bool pointerEnded(Pointer pointer, platform::Point place, bool isCancelled);
+  bool repeatsForHost(SurfaceKey key);
+
   Controller covering(platform::Point place) const;
   static bool press(view::HostingController& controller, SurfaceKey key);
 
   const std::shared_ptr<SurfaceStage> stage_;
 
-  // The finger or the mouse button that the banner follows, and the window below it.
-  std::optional<std::int64_t> finger_;
+  // What the banner follows, and the window below it.
+  std::optional<Pointer> followed_;
   std::weak_ptr<view::HostingController> touched_;
-  std::set<std::int64_t> fingers_;  // all that began on the banner
+  std::set<Pointer> pointers_;  // all that began on the banner
   std::set<MouseButton> hostButtons_;
   std::set<MouseButton> buttons_;
   std::set<SurfaceKey> keys_;
+  std::map<SurfaceKey, Clock::time_point> hostKeys_;  // with the time of the last press
+  std::set<ControllerStick> hostSticks_;
 
   std::optional<SurfaceKey> heldKey_;  // the direction of the left stick
   Clock::time_point nextRepeat_;

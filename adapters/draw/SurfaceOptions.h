@@ -37,13 +37,13 @@ struct SurfaceSettings {
   double textScale = 1;  // multiplies every font size; from 1 to about 3
   bool highContrast = false;
   bool reducesMotion = false;
-  platform::Insets safeArea = {};  // what the system's bars and notches cover, in points
+  platform::SafeArea safeArea = {};
 
   /// If absent, the direction of the banner's texts.
   std::optional<platform::LayoutDirection> layoutDirection = {};
 
-  /// The language of the banner as a BCP 47 tag such as "ar" or "pt-BR", which is what the host passed to
-  /// `setLanguage`. Reported to assistive technology and used to shape text and break lines. May be empty.
+  /// The language of the banner as a BCP 47 tag such as "ar" or "pt-BR", used to shape text and break lines.
+  /// It is not taken from the client: set it to what you pass to `setLanguage`. May be empty.
   std::string language = {};
 };
 

@@ -16,8 +16,8 @@ using namespace view;
 
 SurfaceStage::SurfaceStage(SurfaceOptions options)
     : options_(std::move(options)),
-      paragraphs_(std::make_shared<Paragraphs>(
-          std::make_shared<FontSet>(options_.fonts, options_.usesSystemFonts), options_.breakLines)),
+      fonts_(std::make_shared<FontSet>(options_.fonts, options_.usesSystemFonts)),
+      paragraphs_(std::make_shared<Paragraphs>(fonts_, options_.breakLines)),
       painter_(paragraphs_, options_.maxTextureSize) {
   setSettings(options_.settings);
 }
@@ -30,7 +30,11 @@ void SurfaceStage::close() {
   options_.openURL = nullptr;
   options_.onNeedsFrame = nullptr;
   std::vector<std::function<void()>> completions;
-  for (SurfaceWindow* window : windows_) window->takeCompletions(completions, std::nullopt);
+  std::vector<std::shared_ptr<HostingController>> lost;
+  for (SurfaceWindow* window : windows_) {
+    window->takeCompletions(completions, std::nullopt);
+    if (window->controller()) lost.push_back(window->controller());
+  }
   // A completion may keep its window, and a window keeps the stage.
   const auto mainActor = std::exchange(mainActor_, nullptr);
   imageLoader_ = nullptr;
@@ -41,6 +45,7 @@ void SurfaceStage::close() {
       completion();
     }
   }
+  for (const auto& controller : lost) controller->loseWindow();
 }
 
 void SurfaceStage::resize(const SurfaceSize& size) {
@@ -146,6 +151,7 @@ const DrawList& SurfaceStage::frame() {
   } else {
     list = &painter_.repeat();
   }
+  if (!isMoving_) fonts_->releasePages();  // a banner may stay on the screen for long
   for (const auto& completion : completions) completion();
   return *list;
 }

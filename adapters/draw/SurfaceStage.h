@@ -24,7 +24,8 @@ class SurfaceStage {
 
   explicit SurfaceStage(SurfaceOptions options);
 
-  /// Ends all fades, and shows nothing from here on, because the surface is gone.
+  /// Ends all fades, tells the controllers that their windows are lost, and shows nothing from here on,
+  /// because the surface is gone.
   void close();
   bool isClosed() const { return isClosed_; }
 
@@ -62,6 +63,7 @@ class SurfaceStage {
   void updateEnvironments();
 
   SurfaceOptions options_;
+  std::shared_ptr<FontSet> fonts_;
   std::shared_ptr<Paragraphs> paragraphs_;
   VisualPainter painter_;
   std::shared_ptr<platform::TextMeasurer> measurer_;

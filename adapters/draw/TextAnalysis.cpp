@@ -19,6 +19,20 @@ bool needsDictionary(char32_t c) {
   return (c >= 0x0E00 && c <= 0x0EFF) || (c >= 0x1000 && c <= 0x109F) || (c >= 0x1780 && c <= 0x17FF);
 }
 
+// Small kana and the sign for a long vowel (Line_Break CJ). They begin no line, as in Qt. The library breaks
+// before them.
+bool isSmallKana(char32_t c) {
+  constexpr std::u32string_view small =
+      U"\u3041\u3043\u3045\u3047\u3049\u3063\u3083\u3085\u3087\u308E\u3095\u3096"
+      U"\u30A1\u30A3\u30A5\u30A7\u30A9\u30C3\u30E3\u30E5\u30E7\u30EE\u30F5\u30F6\u30FC";
+  return small.find(c) != small.npos || (c >= 0x31F0 && c <= 0x31FF) || (c >= 0xFF67 && c <= 0xFF70);
+}
+
+// Korean is read more easily if its words stay whole, and Qt keeps them so. The standard allows both.
+bool isHangul(char32_t c) {
+  return (c >= 0xAC00 && c <= 0xD7A3) || (c >= 0x1100 && c <= 0x11FF) || (c >= 0x3131 && c <= 0x318E);
+}
+
 bool isLineBreak(char32_t c) {
   return (c >= 0x0A && c <= 0x0D) || c == 0x85 || c == 0x2028 || c == 0x2029;
 }
@@ -78,11 +92,13 @@ std::vector<LineBreak> lineBreaks(std::string_view utf8, const Characters& text,
   std::ranges::replace(codes, 0xFFFFU,
                        0xFFFDU);  // the library takes U+FFFF for the end of the text, and aborts
   std::vector<char> after(count);
+  std::ranges::replace_if(codes, isSmallKana, U'\u3005');
   set_linebreaks_utf32(codes.data(), count, language.c_str(), after.data());
   bool hasDictionaryText = false;
   for (std::size_t i = 0; i < count; ++i) {
     if (after[i] == LINEBREAK_ALLOWBREAK) result[i + 1] = LineBreak::allowed;
     if (after[i] == LINEBREAK_MUSTBREAK) result[i + 1] = LineBreak::mandatory;
+    if (i > 0 && isHangul(text.codes[i - 1]) && isHangul(text.codes[i])) result[i] = LineBreak::none;
     if (i == 0 || !needsDictionary(text.codes[i])) continue;
     hasDictionaryText = true;
     if (!breaker && needsDictionary(text.codes[i - 1])) result[i] = LineBreak::allowed;

@@ -27,7 +27,7 @@ bool encloses(const PixelRect& outer, const Rect& inner) {
 }
 
 std::uint8_t toByte(double share) {
-  return static_cast<std::uint8_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255));
+  return static_cast<std::uint8_t>(std::clamp(share, 0.0, 1.0) * 255 + 0.5);
 }
 
 }  // namespace
@@ -119,8 +119,8 @@ void TriangleList::finish(const Atlas& alphas, const Atlas& colors) {
     const std::size_t endVertex = isLast ? vertices_.size() : batches_[i + 1].firstVertex;
     const std::size_t endIndex = isLast ? indices_.size() : batches_[i + 1].firstIndex;
     for (std::size_t v = batch.firstVertex; v < endVertex; ++v) {
-      vertices_[v].u /= static_cast<float>(atlas.size());
-      vertices_[v].v /= static_cast<float>(atlas.size());
+      vertices_[v].u /= static_cast<float>(atlas.width());
+      vertices_[v].v /= static_cast<float>(atlas.height());
     }
     commands_.push_back({batch.clip, atlas.texture(), static_cast<std::uint32_t>(batch.firstIndex),
                          static_cast<std::uint32_t>(endIndex - batch.firstIndex)});

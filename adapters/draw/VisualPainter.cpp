@@ -58,12 +58,23 @@ Rect sourceOf(const AtlasPlace& place) {
           static_cast<double>(place.height)};
 }
 
-// A corner that is longer than half a side is cut off there, where it is nearly straight.
 CornerCurve continuousCorner(double radiusPixels, const Rect& box) {
   return {std::max(0.0, std::min({radiusPixels, box.width / 2, box.height / 2})) * look::cornerReach};
 }
 
 }  // namespace
+
+// How much of a corner's picture is drawn along each side. Where the corner is longer than half a side, the
+// mirrored halves meet in the middle. A middle row or column belongs to the upper or left half.
+struct VisualPainter::CornerSides {
+  CornerSides(const Rect& box, int whole)
+      : left(std::min(whole, (static_cast<int>(box.width) + 1) / 2)),
+        top(std::min(whole, (static_cast<int>(box.height) + 1) / 2)),
+        right(std::min(whole, static_cast<int>(box.width) / 2)),
+        bottom(std::min(whole, static_cast<int>(box.height) / 2)) {}
+
+  double left, top, right, bottom;
+};
 
 VisualPainter::VisualPainter(std::shared_ptr<Paragraphs> paragraphs, int maxTextureSize)
     : paragraphs_(std::move(paragraphs)),
@@ -246,15 +257,16 @@ void VisualPainter::draw(const Visual& visual, const visual::Symbol& symbol) {
 }
 
 // Draws a corner's picture in all four corners, mirrored where needed.
-void VisualPainter::drawCorners(const Rect& box, int side, const AtlasPlace& corner, const Color& color) {
-  const Rect from{static_cast<double>(corner.x), static_cast<double>(corner.y), static_cast<double>(side),
-                  static_cast<double>(side)};
+void VisualPainter::drawCorners(const Rect& box, const CornerSides& sides, const AtlasPlace& corner,
+                                const Color& color) {
   for (const bool isRight : {false, true}) {
     for (const bool isBottom : {false, true}) {
-      const Rect to{isRight ? box.right() - side : box.x, isBottom ? box.bottom() - side : box.y, from.width,
-                    from.height};
-      const Rect source{isRight ? from.right() : from.x, isBottom ? from.bottom() : from.y,
-                        isRight ? -from.width : from.width, isBottom ? -from.height : from.height};
+      const double width = isRight ? sides.right : sides.left;
+      const double height = isBottom ? sides.bottom : sides.top;
+      const Rect to{isRight ? box.right() - width : box.x, isBottom ? box.bottom() - height : box.y, width,
+                    height};
+      const Rect source{corner.x + (isRight ? width : 0), corner.y + (isBottom ? height : 0),
+                        isRight ? -width : width, isBottom ? -height : height};
       triangles_.addRect(TextureFormat::alpha8, to, source, color);
     }
   }
@@ -265,11 +277,12 @@ void VisualPainter::fillBox(const Rect& box, const CornerCurve& curve, const Col
   if (whole <= 0) return fill(box, color);
   const AtlasPlace corner = shape({cornerKind, sixteenths(curve.extent), curve.isCircular},
                                   [&] { return cornerPicture(curve, whole); });
-  const int side = std::min({whole, static_cast<int>(box.width / 2), static_cast<int>(box.height / 2)});
-  drawCorners(box, side, corner, color);
-  fill({box.x + side, box.y, box.width - 2 * side, static_cast<double>(side)}, color);
-  fill({box.x, box.y + side, box.width, box.height - 2 * side}, color);
-  fill({box.x + side, box.bottom() - side, box.width - 2 * side, static_cast<double>(side)}, color);
+  const CornerSides sides(box, whole);
+  drawCorners(box, sides, corner, color);
+  const double across = box.width - sides.left - sides.right;
+  fill({box.x + sides.left, box.y, across, sides.top}, color);
+  fill({box.x, box.y + sides.top, box.width, box.height - sides.top - sides.bottom}, color);
+  fill({box.x + sides.left, box.bottom() - sides.bottom, across, sides.bottom}, color);
 }
 
 void VisualPainter::draw(const Visual& visual, const visual::Box& box) {
@@ -327,15 +340,15 @@ const std::vector<double>& VisualPainter::shadowCorner(const CornerCurve& curve,
   constexpr std::size_t maxShadows = 32;
   if (shadows_.size() >= maxShadows) shadows_.clear();
   std::vector<double>& opacities = shadows_[{curve.extent, deviation, step}];
-  for (int row = 0; row <= shadowSteps && opacities.size() < (shadowSteps + 1) * (shadowSteps + 1); ++row) {
-    for (int column = 0; column <= shadowSteps; ++column) {
-      const double start = -shadowReach * deviation;
-      // At the outermost edge nothing, so that the edge cannot be seen.
-      const bool isEdge = row == 0 || column == 0;
-      opacities.push_back(
-          isEdge ? 0 : shadowOpacity(curve, deviation, start + column * step, start + row * step));
-    }
+  if (!opacities.empty()) return opacities;
+  std::vector<double> places;
+  for (int i = 0; i <= shadowSteps; ++i) places.push_back(i * step - shadowReach * deviation);
+  for (const double y : places) {
+    std::vector<double> row = shadowOpacities(curve, deviation, places, y);
+    row.front() = 0;  // at the outermost edge nothing, so that the edge cannot be seen
+    opacities.insert(opacities.end(), row.begin(), row.end());
   }
+  std::fill_n(opacities.begin(), places.size(), 0);
   return opacities;
 }
 
@@ -391,18 +404,18 @@ void VisualPainter::strokeBox(const Rect& box, double radius, double stroke, con
   if (color.alpha <= 0 || box.width < 2 * stroke || box.height < 2 * stroke) return;
   const CornerCurve outer = continuousCorner(radius, box);
   const CornerCurve inner = continuousCorner(radius - stroke, box.grownBy(-stroke));
-  const int side = std::min({static_cast<int>(std::ceil(std::max(outer.extent, inner.extent + stroke))),
-                             static_cast<int>(box.width / 2), static_cast<int>(box.height / 2)});
-  const AtlasPlace corner = shape({ringKind, sixteenths(outer.extent), sixteenths(inner.extent),
-                                   sixteenths(stroke), static_cast<std::uint32_t>(side)},
-                                  [&] { return ringCornerPicture(outer, inner, stroke, side); });
-  drawCorners(box, side, corner, color);
-  const double across = box.width - 2 * side;
-  const double down = box.height - 2 * side;
-  fill({box.x + side, box.y, across, stroke}, color);
-  fill({box.x + side, box.bottom() - stroke, across, stroke}, color);
-  fill({box.x, box.y + side, stroke, down}, color);
-  fill({box.right() - stroke, box.y + side, stroke, down}, color);
+  const int whole = static_cast<int>(std::ceil(std::max(outer.extent, inner.extent + stroke)));
+  const AtlasPlace corner =
+      shape({ringKind, sixteenths(outer.extent), sixteenths(inner.extent), sixteenths(stroke)},
+            [&] { return ringCornerPicture(outer, inner, stroke, whole); });
+  const CornerSides sides(box, whole);
+  drawCorners(box, sides, corner, color);
+  const double across = box.width - sides.left - sides.right;
+  const double down = box.height - sides.top - sides.bottom;
+  fill({box.x + sides.left, box.y, across, stroke}, color);
+  fill({box.x + sides.left, box.bottom() - stroke, across, stroke}, color);
+  fill({box.x, box.y + sides.top, stroke, down}, color);
+  fill({box.right() - stroke, box.y + sides.top, stroke, down}, color);
 }
 
 void VisualPainter::draw(const Visual& visual, const visual::FocusRing& ring) {

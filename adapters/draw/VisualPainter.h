@@ -54,7 +54,8 @@ class VisualPainter {
   void drawLine(const ShapedLine& line, double fontPixels, double x, double baseline,
                 const platform::Color& color);
   void fill(const platform::Rect& pixels, const platform::Color& color);
-  void drawCorners(const platform::Rect& box, int side, const AtlasPlace& corner,
+  struct CornerSides;
+  void drawCorners(const platform::Rect& box, const CornerSides& sides, const AtlasPlace& corner,
                    const platform::Color& color);
   void fillBox(const platform::Rect& pixels, const CornerCurve& curve, const platform::Color& color);
   void fillFading(const platform::Rect& area, int fade, const platform::Color& color);

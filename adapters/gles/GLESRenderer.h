@@ -21,8 +21,8 @@ class GLESRenderer {
 
   /// Draws a list into the bound framebuffer, above what is there. `width` and `height` are the surface's
   /// size in pixels. Leaves the context as it was, except for the vertex attributes 0 to 2. In a context of
-  /// version 3, no vertex array, sampler or unpack buffer may be bound. Returns false if the context cannot
-  /// draw.
+  /// version 3, no vertex array, sampler or unpack buffer may be bound, these attributes may have no divisor,
+  /// and rasterizer discard must be off. Returns false if the context cannot draw.
   bool draw(const DrawList& list, std::int32_t width, std::int32_t height);
 
   /// Call it if the context was lost, even if there is no new one yet. Call `ConsentSurface::forgetTextures`,

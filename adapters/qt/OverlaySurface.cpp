@@ -69,7 +69,13 @@ OverlaySurface::OverlaySurface(QWindow* host, const QtOptions& options, OverlayK
   hostIsRedrawn_.setSingleShot(true);
   hostIsRedrawn_.setInterval(redrawTime);
   QObject::connect(&hostIsRedrawn_, &QTimer::timeout, this, [this] { takeHostPicture(); });
-  if (host_) host_->installEventFilter(this);
+  if (host_) {
+    host_->installEventFilter(this);
+    QObject::connect(host_, &QObject::destroyed, this, [this] {
+      const auto lost = controller();  // the call may replace the banner
+      if (lost) lost->loseWindow();
+    });
+  }
   followHost();
 }
 
@@ -119,6 +125,7 @@ void OverlaySurface::setAlpha(double alpha) {
 
 void OverlaySurface::animateAlpha(double alpha, std::chrono::milliseconds duration,
                                   std::function<void()> completion) {
+  if (!host_) return completion();
   const auto now = Clock::now();
   fade_ = {alphaAt(now), alpha, now, duration};
   completions_.push_back({now + duration, std::move(completion)});
@@ -178,8 +185,8 @@ bool OverlaySurface::passOn(QEvent& event) {
   return event.isAccepted();
 }
 
-Insets OverlaySurface::safeArea() const {
-  return options_.safeArea && host_ ? options_.safeArea(*host_) : Insets();
+SafeArea OverlaySurface::safeArea() const {
+  return options_.safeArea && host_ ? options_.safeArea(*host_) : SafeArea();
 }
 
 // Returns the keyboard focus to the host, which gives it to the item that had it before. If another banner

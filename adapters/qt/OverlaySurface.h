@@ -39,7 +39,7 @@ class OverlaySurface : public ViewWindow {
   bool event(QEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool passOn(QEvent& event) override;
-  platform::Insets safeArea() const override;
+  platform::SafeArea safeArea() const override;
   bool frameDrawn(view::HostingController::Clock::time_point now,
                   const std::vector<view::Visual>& visuals) override;
   void hideEvent(QHideEvent* event) override;

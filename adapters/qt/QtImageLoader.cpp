@@ -15,8 +15,6 @@ using namespace platform;
 
 namespace {
 
-using Loaded = Result<std::shared_ptr<const Image>>;
-
 // Larger pictures are rejected as a mistake: no logo needs them, and decoding takes memory for every pixel.
 constexpr qint64 maxPixels = 16'000'000;
 
@@ -78,14 +76,8 @@ PlatformError failure(std::string description) {
   return {"QtImageLoader", 1, std::move(description)};
 }
 
-Loaded decoded(const Result<URLResponse>& outcome) try {
-  if (!outcome) return outcome.error();
-  const URLResponse& response = *outcome;
-  if (response.statusCode.value_or(0) < 200 || response.statusCode.value_or(0) > 299 || !response.body) {
-    return failure("No picture received");
-  }
-  QByteArray bytes =
-      QByteArray::fromRawData(response.body->data(), static_cast<qsizetype>(response.body->size()));
+DownloadingImageLoader::Loaded decoded(std::string_view file) {
+  QByteArray bytes = QByteArray::fromRawData(file.data(), static_cast<qsizetype>(file.size()));
   QBuffer buffer(&bytes);
   QImageReader reader(&buffer);
   if (std::ranges::find(formats, reader.format().toStdString()) == std::end(formats))
@@ -100,28 +92,12 @@ Loaded decoded(const Result<URLResponse>& outcome) try {
   QImage content = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
   if (content.isNull()) return failure("The picture cannot be read: " + reader.errorString().toStdString());
   return std::shared_ptr<const Image>(std::make_shared<QtImage>(std::move(content)));
-} catch (...) {
-  return Error::current();
 }
 
 }  // namespace
 
 QtImageLoader::QtImageLoader(std::shared_ptr<URLSession> session, std::shared_ptr<Executor> mainActor,
                              std::shared_ptr<Executor> background)
-    : session_(std::move(session)), mainActor_(std::move(mainActor)), background_(std::move(background)) {}
-
-void QtImageLoader::load(const URL& url, Completion completion) {
-  if (!url.isRequestable()) {
-    mainActor_->post([completion] { completion(failure("The URL cannot be requested")); });
-    return;
-  }
-  platform::runOnce(*session_, URLRequest(url),
-                    [mainActor = mainActor_, background = background_,
-                     completion = std::move(completion)](const Result<URLResponse>& outcome) {
-                      platform::postOrRun(background, [mainActor, completion, outcome] {
-                        mainActor->post([completion, loaded = decoded(outcome)] { completion(loaded); });
-                      });
-                    });
-}
+    : DownloadingImageLoader(std::move(session), std::move(mainActor), std::move(background), decoded) {}
 
 }  // namespace TalvoConsentSDK

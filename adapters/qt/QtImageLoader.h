@@ -5,9 +5,7 @@
 #include <QImage>
 #include <memory>
 
-#include "TalvoConsentSDK/platform/Executor.h"
-#include "TalvoConsentSDK/platform/ImageLoader.h"
-#include "TalvoConsentSDK/platform/URLSession.h"
+#include "TalvoConsentSDK/platform/DownloadingImageLoader.h"
 
 namespace TalvoConsentSDK {
 
@@ -24,17 +22,10 @@ class QtImage : public platform::Image {
   const QImage content_;
 };
 
-class QtImageLoader : public platform::ImageLoader {
+class QtImageLoader : public platform::DownloadingImageLoader {
  public:
   QtImageLoader(std::shared_ptr<platform::URLSession> session, std::shared_ptr<platform::Executor> mainActor,
                 std::shared_ptr<platform::Executor> background);
-
-  void load(const URL& url, Completion completion) override;
-
- private:
-  const std::shared_ptr<platform::URLSession> session_;
-  const std::shared_ptr<platform::Executor> mainActor_;
-  const std::shared_ptr<platform::Executor> background_;
 };
 
 }  // namespace TalvoConsentSDK

@@ -38,7 +38,7 @@ struct QtOptions {
 
   /// Returns the parts of a host window that the system's own bars and notches cover, in points. If absent,
   /// nothing is covered.
-  std::function<platform::Insets(const QWindow&)> safeArea = {};
+  std::function<platform::SafeArea(const QWindow&)> safeArea = {};
 
   /// How large the file of the HTTP cache may be, in bytes. 0 switches the cache off. Not used by
   /// `addQtWindows`.

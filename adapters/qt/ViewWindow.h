@@ -67,7 +67,7 @@ class ViewWindow : public QQuickWindow {
 
   /// The parts of the window that the system's own bars and notches cover. Called by setController, and after
   /// each change of the window's size.
-  virtual platform::Insets safeArea() const { return environment_.safeArea; }
+  virtual platform::SafeArea safeArea() const { return environment_.safeArea; }
 
   /// Called after every frame with its visuals. Returns whether to draw another frame.
   virtual bool frameDrawn(view::HostingController::Clock::time_point, const std::vector<view::Visual>&) {

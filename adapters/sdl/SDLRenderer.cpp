@@ -8,16 +8,34 @@ namespace TalvoConsentSDK {
 
 namespace {
 
+// A viewport or a clip rectangle. SDL keeps it in pixels, which may be fractions, but takes and returns whole
+// units of the renderer's scale. So it is read twice, and set by the scale at which nothing was lost.
+struct HostRect {
+  bool isExact(float scaleX, float scaleY) const {
+    const auto pixels = [](int units, float scale) {
+      return static_cast<int>(static_cast<float>(units) * scale);
+    };
+    return pixels(scaled.x, scaleX) == whole.x && pixels(scaled.y, scaleY) == whole.y &&
+           pixels(scaled.w, scaleX) == whole.w && pixels(scaled.h, scaleY) == whole.h;
+  }
+
+  SDL_Rect scaled = {};  // in units of the host's scale
+  SDL_Rect whole = {};   // in pixels
+};
+
 // The parts of a renderer that the host may have set. Restored at the end of the scope.
 class HostState {
  public:
   explicit HostState(SDL_Renderer* renderer) : renderer_(renderer) {
     SDL_RenderGetLogicalSize(renderer, &logicalWidth_, &logicalHeight_);
-    SDL_RenderGetViewport(renderer, &viewport_);
     SDL_RenderGetScale(renderer, &scaleX_, &scaleY_);
-    SDL_RenderGetClipRect(renderer, &clip_);
+    SDL_RenderGetViewport(renderer, &viewport_.scaled);
+    SDL_RenderGetClipRect(renderer, &clip_.scaled);
     isClipped_ = SDL_RenderIsClipEnabled(renderer);
-    SDL_RenderSetLogicalSize(renderer, 0, 0);
+    SDL_RenderSetScale(renderer, 1, 1);
+    SDL_RenderGetViewport(renderer, &viewport_.whole);
+    SDL_RenderGetClipRect(renderer, &clip_.whole);
+    if (logicalWidth_ > 0) SDL_RenderSetLogicalSize(renderer, 0, 0);
     SDL_RenderSetViewport(renderer, nullptr);
     SDL_RenderSetScale(renderer, 1, 1);
   }
@@ -25,19 +43,38 @@ class HostState {
   HostState& operator=(const HostState&) = delete;
   ~HostState() {
     SDL_RenderSetLogicalSize(renderer_, logicalWidth_, logicalHeight_);
+    SDL_RenderSetScale(renderer_, 1, 1);
+    // A logical size brings a viewport of its own, which needs no setting unless the host has changed it
+    // since.
+    SDL_Rect own{};
+    SDL_RenderGetViewport(renderer_, &own);
+    if (!SDL_RectEquals(&own, &viewport_.whole)) restore(viewport_, SDL_RenderSetViewport);
+    if (isClipped_) {
+      restore(clip_, SDL_RenderSetClipRect);
+    } else {
+      SDL_RenderSetClipRect(renderer_, nullptr);
+    }
     SDL_RenderSetScale(renderer_, scaleX_, scaleY_);
-    SDL_RenderSetViewport(renderer_, &viewport_);
-    SDL_RenderSetClipRect(renderer_, isClipped_ ? &clip_ : nullptr);
   }
 
  private:
+  void restore(const HostRect& rect, int (*set)(SDL_Renderer*, const SDL_Rect*)) const {
+    if (!rect.isExact(scaleX_, scaleY_)) {
+      set(renderer_, &rect.whole);
+      return;
+    }
+    SDL_RenderSetScale(renderer_, scaleX_, scaleY_);
+    set(renderer_, &rect.scaled);
+    SDL_RenderSetScale(renderer_, 1, 1);
+  }
+
   SDL_Renderer* const renderer_;
   int logicalWidth_ = 0;
   int logicalHeight_ = 0;
   float scaleX_ = 1;
   float scaleY_ = 1;
-  SDL_Rect viewport_ = {};
-  SDL_Rect clip_ = {};
+  HostRect viewport_;
+  HostRect clip_;
   SDL_bool isClipped_ = SDL_FALSE;
 };
 

@@ -24,8 +24,9 @@ class SDLRenderer {
   ~SDLRenderer() { forgetTextures(); }
 
   /// Draws a list into the renderer's target, above what is there. Positions are in pixels of the target,
-  /// whatever viewport, clip, scale and logical size the host has set; these are restored. Returns false if
-  /// SDL failed at something, and draws the rest; SDL_GetError then says why.
+  /// whatever viewport, clip, scale and logical size the host has set; these are restored. If the host set a
+  /// viewport or clip at one scale and then another scale, it may lose a fraction of a pixel. Returns false
+  /// if SDL failed at something, and draws the rest; SDL_GetError then says why.
   bool draw(const DrawList& list);
 
   /// Call it when SDL reports that the device was reset. Call `ConsentSurface::forgetTextures`, too.

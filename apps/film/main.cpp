@@ -1,5 +1,5 @@
 // Films the banner's motions: draws it every 33 ms by a clock of its own, and saves the pictures of each
-// motion side by side. So the strips show what a user sees, however slow the machine is.
+// motion in rows, to be read like a text. So they show what a user sees, however slow the machine is.
 //
 //   talvo-film SITE FOLDER LANGUAGE WIDTHxHEIGHT TEXTSCALE CATEGORY
 //
@@ -60,9 +60,10 @@ class Film {
     draw();
   }
 
-  /// Runs `action` and films until nothing moves. Returns the pictures side by side.
+  /// Runs `action` and films until nothing moves. Returns the pictures in rows, so that the whole is small
+  /// enough for programs that show images.
   QImage shoot(const std::function<void()>& action) {
-    constexpr int most = 60;
+    constexpr std::size_t most = 100;  // a fling lasts up to three seconds
     std::vector<QImage> pictures{draw()};
     action();
     do {
@@ -70,12 +71,16 @@ class Film {
       pictures.push_back(draw());
     } while (controller_.isMoving() && pictures.size() < most);
     constexpr int gap = 6;
+    constexpr int maxWidth = 4000;
     const int width = pictures.front().width() + gap;
-    QImage strip(static_cast<int>(pictures.size()) * width, pictures.front().height(), QImage::Format_RGB32);
+    const int height = pictures.front().height() + gap;
+    const int count = static_cast<int>(pictures.size());
+    const int perRow = std::clamp(maxWidth / width, 1, count);
+    QImage strip(perRow * width, (count + perRow - 1) / perRow * height, QImage::Format_RGB32);
     strip.fill(Qt::white);
     QPainter painter(&strip);
-    for (std::size_t i = 0; i < pictures.size(); ++i)
-      painter.drawImage(static_cast<int>(i) * width, 0, pictures[i]);
+    for (int i = 0; i < count; ++i)
+      painter.drawImage(i % perRow * width, i / perRow * height, pictures[static_cast<std::size_t>(i)]);
     return strip;
   }
 
@@ -97,9 +102,9 @@ class Film {
     }
   }
 
-  /// Moves a finger up by `distance` and lets go.
+  /// Moves a finger up by `distance` and lets go. It starts on the list, also on a low window.
   void fling(double distance) {
-    Point point{window_.width() / 2.0, window_.height() * 0.55};
+    Point point{window_.width() / 2.0, window_.height() * 0.4};
     controller_.touchBegan(point, now_);
     for (int i = 0; i < 6; ++i) {
       point.y -= distance / 6;
@@ -140,16 +145,15 @@ int main(int argc, char* argv[]) {
     Film film(banner, {size.at(0).toDouble(), size.at(1).toDouble()}, arguments[5].toDouble());
     banner.handleMainAction(std::string(preferencesAction));
     const std::string category = arguments[6].toStdString();
+    const auto vendor = [&] { return banner.bindings().vendorStates->get().at("marketing").begin()->first; };
     const std::pair<const char*, std::function<void()>> motions[] = {
         {"1-preferences", [] {}},
         {"2-open", [&] { film.tap(Role::expander, category); }},
-        {"3-scroll", [&] { film.fling(120); }},
-        {"4-vendor",
-         [&] {
-           film.tap(Role::button, banner.bindings().vendorStates->get().at("marketing").begin()->first);
-         }},
-        {"5-back", [&] { film.tap(Role::button, "Back"); }},
-        {"6-close", [&] { film.tap(Role::expander, category); }},
+        {"3-switch", [&] { film.tap(Role::toggle, vendor()); }},
+        {"4-scroll", [&] { film.fling(120); }},
+        {"5-vendor", [&] { film.tap(Role::button, vendor()); }},
+        {"6-back", [&] { film.tap(Role::button, "Back"); }},
+        {"7-close", [&] { film.tap(Role::expander, category); }},
     };
     for (const auto& [name, action] : motions) {
       const QString file = QStringLiteral("%1/%2.png").arg(arguments[2], QLatin1String(name));

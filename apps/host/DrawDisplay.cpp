@@ -82,7 +82,7 @@ void DrawDisplay::addWindows(Platform& platform) {
 
 // The host's own screen is a window on a surface of its own.
 void DrawDisplay::show(const AnyView& screen) {
-  Platform own;
+  Platform own = Platform::current();
   host_.addTo(own);
   window_ = own.application->connectedScenes().front()->makeWindow();
   const LayoutDirection direction = options_.settings.layoutDirection.value_or(LayoutDirection::leftToRight);

@@ -10,8 +10,8 @@ namespace TalvoConsentHost {
 
 namespace {
 
-using TalvoConsentSDK::platform::Insets;
 using TalvoConsentSDK::platform::LayoutDirection;
+using TalvoConsentSDK::platform::SafeArea;
 
 [[noreturn]] void fail(const QString& message) {
   std::fprintf(stderr, "talvo-host: %s\n", qPrintable(message));
@@ -40,7 +40,7 @@ QSize size(const QString& text) {
   return size;
 }
 
-Insets insets(const QString& text) {
+SafeArea safeArea(const QString& text) {
   const QStringList sides = text.split(QLatin1Char(','));
   double side[4] = {};
   bool isGood = sides.size() == 4;
@@ -135,7 +135,7 @@ HostOptions parseOptions(const QStringList& arguments) {
     options.layoutDirection = direction(parser.value(QStringLiteral("layout")));
   }
   if (parser.isSet(QStringLiteral("safe-area"))) {
-    options.safeArea = insets(parser.value(QStringLiteral("safe-area")));
+    options.safeArea = safeArea(parser.value(QStringLiteral("safe-area")));
   }
   if (parser.isSet(QStringLiteral("script"))) options.script = text("script");
   options.highContrast = parser.isSet(QStringLiteral("high-contrast"));

@@ -30,7 +30,7 @@ struct HostOptions {
   double pixelRatio = 0;            // 0: that of the screen
   std::optional<double> textScale;  // absent: as the system requests
   std::optional<TalvoConsentSDK::platform::LayoutDirection> layoutDirection;
-  TalvoConsentSDK::platform::Insets safeArea;
+  TalvoConsentSDK::platform::SafeArea safeArea;
   std::size_t maxCacheBytes = 10'000'000;  // 0: no cache
   bool highContrast = false;               // false: as the system requests
   bool reducesMotion = false;              // false: as the system requests

@@ -198,7 +198,8 @@ TALVO_API talvo_status talvo_cookies_submit_consent(talvo_cookies* client, const
 TALVO_API talvo_status talvo_cookies_erase_consent(talvo_cookies* client);
 
 /*
- * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it.
+ * talvo_cookies_identify ties the consent to a user, and talvo_cookies_remove_identity unties it. If nothing
+ * was stored before the login, the user's consent stays: talvo_cookies_erase_consent removes it, too.
  * TALVO_IDENTIFICATION_COMPLETE is raised when the identification has ended. If it has failed, one line is
  * printed before that (talvo_set_printer).
  */
@@ -215,7 +216,7 @@ typedef struct talvo_banner_callbacks {
   talvo_callback on_accept_all;
   talvo_callback on_reject_all;
   talvo_callback on_saved;
-  talvo_callback on_closed;      /* without a decision */
+  talvo_callback on_closed;      /* without a decision, also because the surface was destroyed */
   talvo_callback on_replaced;    /* by another banner */
   talvo_error_callback on_error; /* the banner could not be shown, or the decision could not be submitted */
   /* Called besides those: the user asks for preferences that the host must show itself. */

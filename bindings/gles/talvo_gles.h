@@ -24,8 +24,8 @@ TALVO_API void talvo_gles_destroy(talvo_gles* renderer);
 /*
  * Draws a list into the bound framebuffer, above what is there. `width` and `height` are the surface's size
  * in pixels. Leaves the context as it was, except for the vertex attributes 0 to 2. In a context of version
- * 3, no vertex array, sampler or unpack buffer may be bound. Returns 1, or 0 if the context cannot draw or
- * there is not enough memory.
+ * 3, no vertex array, sampler or unpack buffer may be bound, these attributes may have no divisor, and
+ * rasterizer discard must be off. Returns 1, or 0 if the context cannot draw or there is not enough memory.
  */
 TALVO_API int talvo_gles_draw(talvo_gles* renderer, const talvo_draw_list* list, int32_t width,
                               int32_t height);

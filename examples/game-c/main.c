@@ -6,6 +6,7 @@
  */
 
 #include <EGL/egl.h>
+#include <EGL/eglext.h>
 #include <GLES2/gl2.h>
 #include <math.h>
 #include <stdio.h>
@@ -50,10 +51,13 @@ static int make_context(void) {
                            EGL_NONE};
   const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
   const EGLint size[] = {EGL_WIDTH, WIDTH, EGL_HEIGHT, HEIGHT, EGL_NONE};
-  const EGLDisplay display = eglGetDisplay(EGL_DEFAULT_DISPLAY);
+  EGLDisplay display = eglGetDisplay(EGL_DEFAULT_DISPLAY);
   EGLConfig config = NULL;
   EGLint count = 0;
-  if (!eglInitialize(display, NULL, NULL)) return 0;
+  if (!eglInitialize(display, NULL, NULL)) { /* there is no screen */
+    display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, NULL);
+    if (!eglInitialize(display, NULL, NULL)) return 0;
+  }
   if (!eglChooseConfig(display, wanted, &config, 1, &count) || count == 0) return 0;
   const EGLContext context = eglCreateContext(display, config, EGL_NO_CONTEXT, version);
   const EGLSurface target = eglCreatePbufferSurface(display, config, size);

@@ -32,8 +32,9 @@ class FakeURLSession : public platform::URLSession {
   void answer(const std::string& method, const std::string& url, Result<platform::URLResponse> outcome);
   void answer(const std::string& method, const std::string& url, int statusCode, std::string body);
 
-  /// From now on, does not answer requests with this method and URL: they end when they are cancelled, or
-  /// fail at once if they have a `totalTimeout`, as if this time had passed.
+  /// From now on, does not answer requests with this method and URL: they end when they are cancelled. If
+  /// they have a `totalTimeout`, or a `timeout` below a second, they fail at once, as if this time had
+  /// passed.
   void stall(const std::string& method, const std::string& url);
 
   /// All requests so far, in order. Their cancellations show which of them were cancelled.

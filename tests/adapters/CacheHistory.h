@@ -100,8 +100,9 @@ class CacheHistory : public URLSession {
       };
     }
     const std::shared_ptr<URLSession> service(this, [](URLSession*) {});  // does not own this object
-    session_ = std::make_unique<CachingURLSession>(service, failing, executor_, clock_.cacheClock());
     ++run_;
+    session_ = std::make_unique<CachingURLSession>(service, failing, executor_,
+                                                   clock_.cacheClock(static_cast<std::uint64_t>(run_)));
   }
 
   void get(const std::string& path) {

@@ -54,7 +54,13 @@ class CacheRules : public TestWithParam<Row> {
  protected:
   CacheRules() { restart(); }
 
-  void restart() { session = std::make_unique<CachingURLSession>(curl, storage, thread, clock.cacheClock()); }
+  void restart() {
+    ++run;
+    openAnother();
+  }
+  void openAnother() {
+    session = std::make_unique<CachingURLSession>(curl, storage, thread, clock.cacheClock(run));
+  }
 
   void play(Step step) {
     const std::string& verb = step.verb;
@@ -64,6 +70,7 @@ class CacheRules : public TestWithParam<Row> {
     if (verb == "has") return expectFields(step.fields, latest);
     if (verb == "asked") return expectFields(step.fields, server.requests().back().headers);
     if (verb == "restart") return restart();
+    if (verb == "another") return openAnother();
     if (verb == "wait") return clock.wait(seconds(std::stoi(step.parts.at(0))));
     if (verb == "clock") return clock.set(seconds(std::stoi(step.parts.at(0))));
     const std::scoped_lock guard(lock);
@@ -160,7 +167,8 @@ class CacheRules : public TestWithParam<Row> {
   }
 
   TestClock clock;
-  std::mutex lock;  // guards what the server's thread uses
+  std::uint64_t run = 0;  // of the process
+  std::mutex lock;        // guards what the server's thread uses
   std::map<std::string, Reply> replies;
   Reply confirmation, acceptance;
   bool isConfirming = false, isDown = false;
@@ -181,8 +189,7 @@ TEST_P(CacheRules, Hold) {
     play(Step(step));
   }
 }
-INSTANTIATE_TEST_SUITE_P(Table, CacheRules, ValuesIn(tableOf<3>("cache/rules.txt")),
-                         [](const auto& row) { return row.param[0]; });
+INSTANTIATE_TEST_SUITE_P(Table, CacheRules, ValuesIn(tableOf<3>("cache/rules.txt")), byFirstCell);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

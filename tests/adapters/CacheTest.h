@@ -19,9 +19,11 @@ using std::chrono::seconds;
 /// A device's clocks. Thread-safe.
 class TestClock {
  public:
-  std::shared_ptr<CacheClock> cacheClock() {
+  /// Without a run, the process is this one.
+  std::shared_ptr<CacheClock> cacheClock(std::uint64_t run = CacheClock::currentRun()) {
     return std::make_shared<CacheClock>([this] { return std::chrono::system_clock::time_point(wall()); },
-                                        [this] { return std::chrono::steady_clock::time_point(steady()); });
+                                        [this] { return std::chrono::steady_clock::time_point(steady()); },
+                                        run);
   }
 
   void wait(seconds time) {

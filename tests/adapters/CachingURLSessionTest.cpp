@@ -85,12 +85,6 @@ class CachingURLSessionTest : public ::testing::Test {
   std::size_t reports = 0;
 };
 
-TEST_F(CachingURLSessionTest, ReportsLaterAndUsesTheStorageOnItsExecutor) {
-  const std::pair<const char*, const char*> steps[] = {
-      {"GET", "network"}, {"GET", "cache"}, {"POST", "network"}, {"GET", "network"}};
-  for (const auto& [method, expected] : steps) EXPECT_EQ(reportedTo(makeRequest(method, url)), expected);
-}
-
 TEST_F(CachingURLSessionTest, ReportsACancelledRequestOnceAndSendsNothing) {
   for (const bool isKept : {false, true}) {
     const auto request = makeCancellable("GET", url);

@@ -17,8 +17,6 @@
 namespace TalvoConsentSDK {
 namespace {
 
-using namespace std::chrono_literals;
-
 class CountingScene : public FakeScene {
  public:
   std::shared_ptr<Window> makeWindow() override {

@@ -12,7 +12,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace std::chrono_literals;
 using Connection = LoopbackServer::Connection;
 using Received = LoopbackServer::Request;
 

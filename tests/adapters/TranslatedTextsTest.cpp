@@ -66,11 +66,8 @@ class Recorder : public Localization {
 class BannerTextsTest : public ClientTest {
  protected:
   void show(const std::shared_ptr<Localization>& localization) {
-    Platform installed = Platform::current();
-    installed.localization = localization;
-    Platform::install(installed);
-    BannerCustomization document;
-    document.customization =
+    replaceSeam(&Platform::localization, localization);
+    const Customization site =
         customization("buttons:managePreferences closeButton", "tabs:marketing,statistics closeButton");
     Services services = catalogue("marketing:A,B statistics:A");
     services.libraries->front().version = "1";
@@ -80,7 +77,7 @@ class BannerTextsTest : public ClientTest {
                        &details.DTOProbableEmails, &details.privacyPolicyURL, &details.description}) {
       *each = "value";
     }
-    answer("GET", "banner-customization/s?lng=de", 200, written(document));
+    answer("GET", "banner-customization/s?lng=de", 200, bannerDocument(site));
     answer("GET", "cookies/s?lng=de", 200, written(services));
     const auto client = created();
     client->setLanguage("de");

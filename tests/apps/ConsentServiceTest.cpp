@@ -24,15 +24,6 @@ using ::testing::MatchesRegex;
 using ::testing::Not;
 using ::testing::Values;
 
-// Replaces the keys in a text by their values.
-std::string filled(std::string text, const std::map<std::string, std::string>& values) {
-  for (const auto& [name, value] : values) {
-    for (auto at = text.find(name); at != text.npos; at = text.find(name, at + value.size()))
-      text.replace(at, name.size(), value);
-  }
-  return text;
-}
-
 // Each file in tests/apps/exchanges holds options, and pairs of lines: a request (method, path, body), and
 // the expected status, followed by part of the body or, after "not", by a text that the body must not
 // contain. Without a text, the body must be empty. URL stands for the service's URL, FIRST for the first

@@ -39,12 +39,7 @@ std::string findings(const fs::path& file, const std::string& from, const std::s
   } else {
     std::ofstream(path) << text.replace(text.find(from), from.size(), to);
   }
-  std::string printed = lint(folder);
-  for (const auto& [each, name] : {std::pair(folder / "", ""), std::pair(folder, "SITE")}) {
-    for (auto at = printed.find(each); at != std::string::npos; at = printed.find(each))
-      printed.replace(at, each.string().size(), name);
-  }
-  return printed;
+  return filled(filled(lint(folder), {{folder / "", ""}}), {{folder, "SITE"}});
 }
 
 TEST(LintCommand, FindsEveryFault) {

@@ -14,12 +14,11 @@ void add(void* ends, const char* text) {
 }
 
 TEST_F(ClientTest, ReportsInCHowABannerEnds) {
-  BannerCustomization document;
-  document.customization = customization("buttons:acceptAll,rejectAll,managePreferences closeButton",
-                                         "buttons:savePreferences,managePreferences",
-                                         R"(,"savePreference":"Save","preferencesButton":"Manage")");
+  const Customization site = customization("buttons:acceptAll,rejectAll,managePreferences closeButton",
+                                           "buttons:savePreferences,managePreferences",
+                                           R"(,"savePreference":"Save","preferencesButton":"Manage")");
   answer("GET", "banner-customization/s?lng=en", 500, "500");
-  answer("GET", "banner-customization/s?lng=en", 200, written(document));
+  answer("GET", "banner-customization/s?lng=en", 200, bannerDocument(site));
   answer("GET", "cookies/s?lng=en", 200, "{}");
   answer("POST", "cookie-consent/s", 422, R"({"id":"c"})");
   for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"c"})");
@@ -43,32 +42,16 @@ TEST_F(ClientTest, ReportsInCHowABannerEnds) {
   banner.release = [](void* to) { add(to, "released"); };
   banner.user_data = &ends;
   for (const auto& [taps, called] : tableOf<2>("banner/ends.txt")) {
-    const auto scenes = platform.application->scenes;
-    const bool isNowhere = taps == "nowhere";
-    if (isNowhere) platform.application->scenes.clear();
-    platform.scene->state =
-        taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
-    banner.time_limit = isNowhere ? 60'000 : 0;
-    ASSERT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK);
-    platform.settle();
-    platform.application->scenes = scenes;
-    if (taps == "another") CookiesSDK::getInstance()->showBanner({}, {}, {}, {});
-    for (const std::string& each : split(taps, ';'))
-      EXPECT_TRUE(!each.starts_with("button") || tap(*platform.scene->windows().at(0)->controller, each))
-          << each;
-    platform.settle();
-    for (const auto& window : platform.scene->windows()) window->finishAnimations();
-    platform.settle();
+    banner.time_limit = taps == "nowhere" ? 60'000 : 0;
+    endBanner(taps, [&] { EXPECT_EQ(talvo_cookies_show_banner(sdk, &banner), TALVO_OK); });
     EXPECT_EQ(joined(std::exchange(ends, {})), called + "; released");
     EXPECT_EQ(platform.session->requests().back().totalTimeout,
-              isNowhere ? std::optional(60'000ms) : std::nullopt);
+              taps == "nowhere" ? std::optional(60'000ms) : std::nullopt);
   }
 }
 
 TEST_F(ClientTest, TranslatesTheBannersTextsInC) {
-  BannerCustomization document;
-  document.customization = customization("closeButton", "closeButton");
-  answer("GET", "banner-customization/s?lng=de", 200, written(document));
+  answer("GET", "banner-customization/s?lng=de", 200, bannerDocument(customization("closeButton")));
   answer("GET", "cookies/s?lng=de", 200, "{}");
   created();
   talvo_cookies* const sdk = talvo_cookies_create("", "");

@@ -11,13 +11,6 @@
 namespace TalvoConsentSDK {
 namespace {
 
-template <const char* const& text>
-void add(void* calls) {
-  static_cast<Texts*>(calls)->push_back(text);
-}
-const char* const released = "released";
-const char* const replaced = "replaced";
-
 struct CSurfaceTest : ClientTest {
   CSurfaceTest() {
     settings.size = sizeof settings;
@@ -25,7 +18,7 @@ struct CSurfaceTest : ClientTest {
     options.settings = &settings;
     options.width = options.height = 1000;
     options.user_data = &calls;
-    options.release = add<released>;
+    options.release = [](void* to) { static_cast<Texts*>(to)->push_back("released"); };
     options.open_url = [](const char* url, void* to) { static_cast<Texts*>(to)->push_back(url); };
     platform.application->scenes.clear();
   }
@@ -84,7 +77,7 @@ TEST_F(CSurfaceTest, EndsWhatItShowsWhenItIsDestroyed) {
   talvo_banner_callbacks banner{};
   banner.size = sizeof banner;
   banner.user_data = &calls;
-  banner.on_replaced = add<replaced>;
+  banner.on_closed = [](void* to) { static_cast<Texts*>(to)->push_back("closed"); };
   const auto show = [&] {
     ASSERT_EQ(talvo_cookies_show_banner(talvo_cookies_create("", ""), &banner), TALVO_OK);
     platform.settle();
@@ -101,7 +94,7 @@ TEST_F(CSurfaceTest, EndsWhatItShowsWhenItIsDestroyed) {
   EXPECT_TRUE(talvo_surface_perform(surface, (*link)->id, TALVO_ACTION_ACTIVATE));
   talvo_surface_destroy(surface);  // before the link is opened
   platform.settle();
-  EXPECT_THAT(calls, ElementsAre("released"));
+  EXPECT_THAT(calls, ElementsAre("released", "closed"));
 
   // The surface is destroyed by a callback during the call that resizes it.
   options.on_needs_frame = [](void* own) {
@@ -111,10 +104,11 @@ TEST_F(CSurfaceTest, EndsWhatItShowsWhenItIsDestroyed) {
   options.release = nullptr;
   surface = talvo_surface_create(&options);
   show();
-  EXPECT_THAT(calls, ElementsAre("released", "replaced"));
   ASSERT_TRUE(talvo_surface_frame(surface));
   EXPECT_EQ(talvo_surface_resize(surface, 100, 100, 1), TALVO_OK);
   EXPECT_EQ(surface, nullptr);
+  platform.settle();
+  EXPECT_THAT(calls, ElementsAre("released", "closed", "closed"));
 }
 
 }  // namespace

@@ -13,6 +13,10 @@ namespace {
 
 class QmlTest : public ClientTest {
  protected:
+  QmlTest() {
+    for (const char* method : {"POST", "PUT"}) answer(method, "cookie-consent/s", 200, R"({"id":"n"})");
+  }
+
   struct Item : ConsentSdk {
     Item() {
       setProperty("apiUrl", "https://service.example/");
@@ -29,8 +33,6 @@ class QmlTest : public ClientTest {
 TEST_F(QmlTest, KeepsTheHostsSettingsAndReportsEveryChange) {
   for (const char* path : {"banner-customization/s?lng=de", "cookies/s?lng=de"}) answer("GET", path, 500, "");
   answer("GET", "cookies/s/configurations", 200, R"({"implicitConsent":true})");
-  answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
-  answer("PUT", "cookie-consent/s", 200, R"({"id":"n"})");
   answer("GET", "cookie-consent/s/identified/u", 200, R"({"id":"k"})");
   auto first = std::make_unique<Item>();
   first->setLanguage("de");
@@ -57,8 +59,6 @@ TEST_F(QmlTest, KeepsTheHostsSettingsAndReportsEveryChange) {
 }
 
 TEST_F(QmlTest, GatesACategoryOrAVendor) {
-  answer("POST", "cookie-consent/s", 200, R"({"id":"n"})");
-  answer("PUT", "cookie-consent/s", 200, R"({"id":"n"})");
   answer("GET", "cookies/s/configurations", 200, "{}");
   Item sdk;
   QStringList reports;
@@ -94,9 +94,7 @@ TEST_F(QmlTest, GatesACategoryOrAVendor) {
 }
 
 TEST_F(QmlTest, TellsWhenTheBannerIsOnScreen) {
-  BannerCustomization document;
-  document.customization = customization("closeButton", "closeButton");
-  answer("GET", "banner-customization/s?lng=en", 200, written(document));
+  answer("GET", "banner-customization/s?lng=en", 200, bannerDocument(customization("closeButton")));
   answer("GET", "cookies/s?lng=en", 200, "{}");
   answer("GET", "cookies/s/configurations", 200, "{}");
   Item sdk;

@@ -52,6 +52,7 @@ def check(drawn, sizes):
         assert max(drawn.indices[command.first_index:last]) < drawn.vertex_count
     for texture in drawn.released[:drawn.released_count]:
         del sizes[texture]
+    assert len(sizes) <= 2, "there is at most one texture of each format"
 
 
 @contextlib.contextmanager
@@ -102,7 +103,7 @@ def test(types, talvo, url, store):
     assert talvo.talvo_cookies_show_banner(client, byref(banner)) == 0
     until(lambda: calls == [NO_SURFACE])
 
-    settings = structure("talvo_surface_settings", language=b"en")
+    settings = structure("talvo_surface_settings", language=b"ja")
     options = structure("talvo_surface_options", settings=ctypes.pointer(settings), scale=2, width=WIDTH,
                         height=HEIGHT, on_needs_frame=noting("needs frame"), release=noting("released"))
     surface = c_void_p(talvo.talvo_surface_create(byref(options)))
@@ -121,7 +122,8 @@ def test(types, talvo, url, store):
     assert talvo.talvo_surface_elements(surface, byref(elements), byref(count)) == 0
     accept = {(each.contents.role, each.contents.name): each.contents for each in elements[:count.value]}[
         BUTTON, b"Accept all"]
-    assert accept.language == b"en" and accept.is_enabled and accept.actions & REVEAL
+    assert accept.language == b"en", "the client's, not the surface's"
+    assert accept.is_enabled and accept.actions & REVEAL
     place = c_double(accept.x + accept.width / 2), c_double(accept.y + accept.height / 2)
     assert talvo.talvo_surface_touch_began(surface, c_int64(1), *place)
     assert talvo.talvo_surface_touch_ended(surface, c_int64(1), *place)

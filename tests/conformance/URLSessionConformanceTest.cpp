@@ -44,7 +44,9 @@ class FakeBackend {
 
   std::size_t seen(const std::string& text) const {
     const auto isSent = [&](const URLRequest& request) {
-      return request.body == text && !(request.cancellation && request.cancellation->isCancelled());
+      std::string all = request.body.value_or("");
+      for (const auto& [name, value] : request.headers) all += name + ": " + value + "\r\n";
+      return all.find(text) < all.npos && !(request.cancellation && request.cancellation->isCancelled());
     };
     return static_cast<std::size_t>(std::ranges::count_if(fake_->requests(), isSent));
   }

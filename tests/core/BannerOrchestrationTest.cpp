@@ -26,13 +26,10 @@ struct PendingSession : URLSession {
 class BannerOrchestrationTest : public ClientTest {
  protected:
   BannerOrchestrationTest() {
-    BannerCustomization document;
-    document.customization = customization("buttons:acceptAll closeButton", "tabs:marketing");
-    documents = {written(document), written(catalogue("marketing:A")), "{}"};
-    Platform installed = Platform::current();
-    installed.urlSession = session;
-    installed.mainActor = mainActor;
-    Platform::install(installed);
+    documents = {bannerDocument(customization("buttons:acceptAll closeButton", "tabs:marketing")),
+                 written(catalogue("marketing:A")), "{}"};
+    replaceSeam(&Platform::urlSession, session);
+    replaceSeam(&Platform::mainActor, mainActor);
     client = CookiesSDK::createInstance("https://service.example/", "s");
     platform.settle();
     report(0, PlatformError("net", 1, "offline"));

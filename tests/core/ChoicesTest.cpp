@@ -187,9 +187,7 @@ class ClientProcess {
   ClientProcess(const Texts& steps, SharedMemory& shared) : steps_(steps), shared_(shared) {
     if (has("one-by-one")) platform_.userDefaults = std::make_shared<OneByOne>(platform_.store);
     platform_.install();
-    Platform installed = Platform::current();
-    installed.urlSession = service_;
-    Platform::install(installed);
+    replaceSeam(&Platform::urlSession, service_);
     for (std::size_t i = 0; i < 3; ++i) {
       const std::string value = shared.values[i];
       if (!value.empty())

@@ -74,6 +74,27 @@ class ClientTest : public ::testing::Test {
     }
   }
 
+  /// Ends the banner that `show` shows in the way of a row of tests/golden/banner/ends.txt.
+  void endBanner(const std::string& taps, const std::function<void()>& show) {
+    const auto scenes = platform.application->scenes;
+    if (taps == "nowhere") platform.application->scenes.clear();
+    platform.scene->state =
+        taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
+    show();
+    platform.settle();
+    platform.application->scenes = scenes;
+    if (taps == "another") CookiesSDK::getInstance()->showBanner({}, {}, {}, {});
+    for (const std::string& each : split(taps, ';')) {
+      const std::string name = each.substr(each.find(' ') + 1);
+      EXPECT_TRUE(name == each || platform.scene->windows().at(0)->tap(Role::button, name)) << each;
+    }
+    platform.settle();
+    if (taps == "another") platform.scene->windows().back()->tap(Role::button, "Close");
+    platform.settle();
+    for (const auto& window : platform.scene->windows()) window->finishAnimations();
+    platform.settle();
+  }
+
   const std::string root = "https://service.example/public/";
   const std::string prefix = "com.talvo.consent.";
   MemoryPlatform platform;

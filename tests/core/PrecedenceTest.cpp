@@ -12,13 +12,9 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-const std::string document = [] {
-  BannerCustomization made;
-  made.customization =
-      customization("buttons:acceptAll,rejectAll,preferences", "tabs:marketing buttons:savePreferences",
-                    R"(,"savePreference":"Save","preferencesButton":"Manage")");
-  return written(made);
-}();
+const std::string document = bannerDocument(
+    customization("buttons:acceptAll,rejectAll,preferences", "tabs:marketing buttons:savePreferences",
+                  R"(,"savePreference":"Save","preferencesButton":"Manage")"));
 
 Task<void> awaited(Task<ConsentResponse> submission) {
   co_await std::move(submission);
@@ -199,8 +195,7 @@ TEST_P(PrecedenceTest, KeepsTheRightChoice) {
   EXPECT_EQ(checkedGates(), allowed) << "what runs is what is stored";
 }
 
-INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(tableOf<6>("precedence.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(Client, PrecedenceTest, ValuesIn(tableOf<6>("precedence.txt")), byFirstCell);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

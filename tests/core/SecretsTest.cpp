@@ -15,10 +15,8 @@ class Answering : public URLSession {
 TEST(SecretsTest, PrintsAndReportsNoSecrets) {
   MemoryPlatform fakes;
   fakes.install();
-  Platform platform = Platform::current();
   const auto session = std::make_shared<Answering>();
-  platform.urlSession = session;
-  Platform::install(platform);
+  replaceSeam(&Platform::urlSession, session);
   const auto client = CookiesSDK::createInstance("https://service.example/", "s");
   const auto topics = TalvoConsent::getInstance("t", "p", "secret-token", "https://service.example/");
   Texts reported;

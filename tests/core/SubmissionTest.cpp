@@ -128,13 +128,11 @@ TEST_F(ClientTest, EndsOnceIfExecutorsRefuseJobs) {
   answer("GET", "banner-customization/s?lng=en", 500, "down");
   answer("GET", "cookies/s?lng=en", 200, "{}");
   answer("GET", "cookie-consent/s/identified/u", 200, "null");
-  Platform installed = Platform::current();
   std::vector<std::shared_ptr<FailingExecutor>> executors;
   for (const auto member : {&Platform::mainActor, &Platform::background, &Platform::callbacks}) {
-    executors.push_back(std::make_shared<FailingExecutor>(installed.*member));
-    installed.*member = executors.back();
+    executors.push_back(std::make_shared<FailingExecutor>(Platform::current().*member));
+    replaceSeam(member, executors.back());
   }
-  Platform::install(installed);
   const auto client = created();
   std::map<std::string, int> ends;
   client->addEventListener(ConsentEvent::identificationComplete,

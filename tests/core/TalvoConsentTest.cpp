@@ -37,8 +37,7 @@ TEST_P(TopicsTest, SendsTopics) {
                 members + "}"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Client, TopicsTest, ValuesIn(tableOf<6>("topics.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(Client, TopicsTest, ValuesIn(tableOf<6>("topics.txt")), byFirstCell);
 
 }  // namespace
 }  // namespace TalvoConsentSDK

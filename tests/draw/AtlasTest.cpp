@@ -13,13 +13,12 @@ namespace TalvoConsentSDK {
 namespace {
 
 struct Copy {
-  int size = 0;
+  int width = 0;
   std::vector<int> pixels;  // -1 where nothing was uploaded
 };
 
 class AtlasTest : public TestWithParam<std::array<std::string, 7>> {};
-INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<7>("draw/atlas.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<7>("draw/atlas.txt")), byFirstCell);
 
 TEST_P(AtlasTest, ShowsEachPictureInUse) {
   const auto& [name, maxSize, kindCount, perList, maxSide, finalSize, fits] = GetParam();
@@ -56,11 +55,11 @@ TEST_P(AtlasTest, ShowsEachPictureInUse) {
     atlas.takeUploads(uploads, released);
     for (const TextureUpload& upload : uploads) {
       Copy& copy = copies[upload.texture];
-      copy.size = upload.textureWidth;
-      copy.pixels.resize(static_cast<std::size_t>(copy.size * copy.size), -1);
+      copy.width = upload.textureWidth;
+      copy.pixels.resize(static_cast<std::size_t>(copy.width * upload.textureHeight), -1);
       for (int y = 0; y < upload.area.height; ++y) {
         for (int x = 0; x < upload.area.width; ++x) {
-          copy.pixels[static_cast<std::size_t>((upload.area.y + y) * copy.size + upload.area.x + x)] =
+          copy.pixels[static_cast<std::size_t>((upload.area.y + y) * copy.width + upload.area.x + x)] =
               upload.bytes[static_cast<std::size_t>(y) * upload.bytesPerRow + static_cast<std::size_t>(x)];
         }
       }
@@ -73,13 +72,13 @@ TEST_P(AtlasTest, ShowsEachPictureInUse) {
         for (int x = -1; x <= place.width; ++x) {
           const bool isInside = x >= 0 && y >= 0 && x < place.width && y < place.height;
           const int expected = isInside ? static_cast<int>(1 + kind % 255) : 0;  // around it a gap
-          ASSERT_EQ(copy.pixels[static_cast<std::size_t>((place.y + y) * copy.size + place.x + x)], expected)
+          ASSERT_EQ(copy.pixels[static_cast<std::size_t>((place.y + y) * copy.width + place.x + x)], expected)
               << "picture " << kind << " in list " << list;
         }
       }
     }
   }
-  EXPECT_EQ(atlas.size(), std::stoi(finalSize));
+  EXPECT_EQ(std::to_string(atlas.width()) + " x " + std::to_string(atlas.height()), finalSize);
   EXPECT_EQ(leftOut == 0, fits == "fits");
 }
 

@@ -1,5 +1,7 @@
 // The banner on a surface: what it draws, what it costs, and how it takes input.
 
+#include <fstream>
+
 #include "TalvoConsentSDK/view/HostingController.h"
 #include "TalvoConsentSDK/view/Views.h"
 
@@ -36,6 +38,33 @@ TEST_P(ScreensTest, TakeFewCallsAndNothingWhileStill) {
     EXPECT_EQ(shown.list.revision, revision);
     EXPECT_THAT(shown.list.uploads, IsEmpty());
   }
+
+  if (!settings.highContrast) return;
+  const Point middle = shown.find(Role::toggle, "Statistics")->frame.center();
+  const int top = static_cast<int>(middle.y) - 35;  // of the switch's outline
+  for (int x = static_cast<int>(middle.x) - 60; x < middle.x + 60; ++x) {
+    EXPECT_NEAR(shown.screen.at(x, top)[0], shown.screen.at(x + 1, top)[0], 0.2) << "a step at " << x;
+  }
+}
+
+// How much of the fonts' files the process has in memory, in kB.
+int memoryOfFonts() {
+  std::ifstream mappings("/proc/self/smaps");
+  int sum = 0;
+  bool isFont = false;
+  for (std::string line; std::getline(mappings, line);) {
+    if (line.find('/') != std::string::npos) isFont = line.ends_with(".otf") || line.ends_with(".ttf");
+    if (isFont && line.starts_with("Rss:")) sum += std::stoi(line.substr(4));
+  }
+  return sum;
+}
+
+TEST(FontMemoryTest, IsGivenBackByAStillBanner) {
+  ShownSurface shown;
+  shown.frame();
+  EXPECT_GT(memoryOfFonts(), 0);
+  shown.settle();
+  EXPECT_EQ(memoryOfFonts(), 0);
 }
 
 int unlikePixels(const Rasterizer& a, const Rasterizer& b) {
@@ -84,7 +113,9 @@ const struct Disturbance {
      [](ShownSurface& shown) {
        ConsentSurface other({.size = {400, 400, 1}});
        Platform platform;
+       platform.printer = shown.fakes.printer;
        other.addTo(platform);
+       EXPECT_THAT(shown.fakes.printer->take(), ElementsAre(HasSubstr("No logo")));
        const auto window = platform.application->connectedScenes().front()->makeWindow();
        window->setRootViewController(std::make_shared<HostingController>(text("Another surface", {})));
        window->makeKeyAndVisible();
@@ -152,9 +183,14 @@ TEST(ConsentSurfaceTest, PassesOnWhatIsOutsideTheCard) {
   EXPECT_TRUE(surface.touchEnded(2, inside.x, inside.y));
   EXPECT_TRUE(surface.touchCancelled(1));
   EXPECT_TRUE(shown.find(Role::button, "Manage preferences")) << "a cancelled touch presses nothing";
+  EXPECT_TRUE(surface.touchBegan(-1, inside.x, inside.y));
+  EXPECT_FALSE(surface.mouseReleased(MouseButton::left, inside.x, inside.y)) << "the mouse is no finger";
+  EXPECT_TRUE(surface.touchMoved(-1, 1e308, -1e308));
+  EXPECT_TRUE(surface.touchCancelled(-1));
   EXPECT_TRUE(surface.mousePressed(MouseButton::left, inside.x, inside.y));
   EXPECT_TRUE(surface.mouseReleased(MouseButton::left, inside.x, inside.y));
   EXPECT_FALSE(shown.find(Role::button, "Manage preferences")) << "the preferences are open";
+  for (const SurfaceElement& each : surface.accessibleElements()) EXPECT_TRUE(std::isfinite(each.frame.y));
 }
 
 std::string focusedName(ConsentSurface& surface) {
@@ -162,6 +198,35 @@ std::string focusedName(ConsentSurface& surface) {
     if (each.isFocused) return each.name;
   }
   return {};
+}
+
+TEST(ConsentSurfaceTest, LeavesToTheHostWhatItHolds) {
+  ShownSurface shown;
+  ConsentSurface& surface = shown.surface;
+  shown.presenter->dismiss();
+  shown.settle();
+  EXPECT_FALSE(surface.keyPressed(SurfaceKey::enter));
+  EXPECT_FALSE(surface.keyPressed(SurfaceKey::other));
+  EXPECT_FALSE(surface.stickMoved(ControllerStick::left, 0, 1));
+  showSite(*shown.presenter, "en");
+  shown.settle();
+  const auto* const manage = shown.find(Role::button, "Manage preferences");
+  ASSERT_TRUE(manage);
+  EXPECT_TRUE(surface.perform(manage->id, SurfaceAction::focus));
+  for (int i = 0; i < 3; ++i) {
+    shown.time += std::chrono::milliseconds(600);
+    EXPECT_TRUE(surface.keyPressed(SurfaceKey::enter)) << "a repetition, which the host does not need";
+  }
+  EXPECT_TRUE(surface.keyPressed(SurfaceKey::other));
+  EXPECT_FALSE(surface.stickMoved(ControllerStick::left, 0, -1));
+  EXPECT_EQ(focusedName(surface), "Manage preferences") << "what is held does not operate the banner";
+  EXPECT_FALSE(surface.keyReleased(SurfaceKey::other));
+  EXPECT_FALSE(surface.keyReleased(SurfaceKey::enter));
+  EXPECT_FALSE(surface.stickMoved(ControllerStick::left, 0, 0));
+  EXPECT_TRUE(surface.stickMoved(ControllerStick::left, 0, -1));
+  EXPECT_NE(focusedName(surface), "Manage preferences");
+  EXPECT_TRUE(surface.keyPressed(SurfaceKey::enter));
+  EXPECT_TRUE(surface.keyReleased(SurfaceKey::enter));
 }
 
 TEST(ConsentSurfaceTest, FollowsAControllerAndAssistiveTechnology) {

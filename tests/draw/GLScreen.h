@@ -1,10 +1,11 @@
 #pragma once
 
-// An OpenGL ES 2 context with a framebuffer in memory, without a display, and a renderer in it.
+// An OpenGL ES 3 context with a framebuffer in memory, without a display, and a renderer in it. It can do all
+// that a context of version 2 can, and has more state that a host may set.
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
-#include <GLES2/gl2.h>
+#include <GLES3/gl3.h>
 
 #include "adapters/gles/GLESRenderer.h"
 
@@ -30,9 +31,9 @@ class GLScreen {
     EGLConfig config = nullptr;
     EGLint count = 0;
     const EGLint wanted[] = {
-        EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT, EGL_GREEN_SIZE, 8,
+        EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_RENDERABLE_TYPE, EGL_OPENGL_ES3_BIT, EGL_GREEN_SIZE, 8,
         EGL_NONE};
-    const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
+    const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 3, EGL_NONE};
     const EGLint size[] = {EGL_WIDTH, width, EGL_HEIGHT, height, EGL_NONE};
     EXPECT_TRUE(eglChooseConfig(display_, wanted, &config, 1, &count));
     if (!context_) context_ = eglCreateContext(display_, config, EGL_NO_CONTEXT, version);
@@ -52,8 +53,12 @@ class GLScreen {
 
   Bytes draw(const DrawList& list) {
     makeCurrent();
+    GLboolean mask[4] = {};
+    glGetBooleanv(GL_COLOR_WRITEMASK, mask);
+    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     glClearColor(0.8F, 0.82F, 0.84F, 1);
     glClear(GL_COLOR_BUFFER_BIT);
+    glColorMask(mask[0], mask[1], mask[2], mask[3]);
     EXPECT_TRUE(renderer->draw(list, width_, height_));
     const int row = width_ * 4;
     Bytes pixels(static_cast<std::size_t>(row * height_));

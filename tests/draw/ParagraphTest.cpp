@@ -27,8 +27,7 @@ std::string textOf(const std::string& beginning, const std::string& part, const 
 }
 
 class LineBreakTest : public TestWithParam<std::array<std::string, 7>> {};
-INSTANTIATE_TEST_SUITE_P(All, LineBreakTest, ValuesIn(tableOf<7>("texts/breaks.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, LineBreakTest, ValuesIn(tableOf<7>("texts/breaks.txt")), byFirstCell);
 
 TEST_P(LineBreakTest, BreaksAsExpected) {
   const auto& [name, beginning, part, count, width, lines, breaks] = GetParam();
@@ -66,8 +65,7 @@ TEST(ParagraphTest, OrdersDirectionsOnALine) {
 }
 
 class HostileTextTest : public TestWithParam<std::array<std::string, 4>> {};
-INSTANTIATE_TEST_SUITE_P(All, HostileTextTest, ValuesIn(tableOf<4>("texts/hostile.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, HostileTextTest, ValuesIn(tableOf<4>("texts/hostile.txt")), byFirstCell);
 
 TEST_P(HostileTextTest, StaysInItsWidth) {
   const auto& [name, beginning, part, count] = GetParam();
@@ -81,6 +79,17 @@ TEST_P(HostileTextTest, StaysInItsWidth) {
       EXPECT_TRUE(std::isfinite(paragraph->line(i).width));
     }
   }
+}
+
+TEST(FontFaceTest, IsReplacedIfItCannotBeDrawn) {
+  std::string damaged = contentOf(SystemFonts().family("Inter").front().path);
+  damaged.replace(damaged.find("CFF "), 4, "lost");  // the letters' outlines
+  const FontSource bad{"damaged", std::make_shared<const std::string>(damaged)};
+  EXPECT_EQ(FontSet({bad}, false).first(FontWeight::bold), nullptr);
+  FontSet fonts({bad, SystemFonts().family("Noto Sans").front()}, true);
+  const ShapedText text("a\u0416", FontWeight::bold, fonts, "", nullptr);
+  for (const PlacedGlyph& each : text.line(0, 2, 17).glyphs)
+    EXPECT_FALSE(each.face->draw(each.glyph, 17, 2, 0).bytes.empty());
 }
 
 TEST(FontFaceTest, SurvivesDamagedFiles) {

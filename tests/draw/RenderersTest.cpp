@@ -126,28 +126,54 @@ TEST(GLESRendererTest, DrawsTwoSurfaces) {
 TEST(GLESRendererTest, LeavesTheContextAsItWas) {
   ShownSurface shown({.settings = {.reducesMotion = true}});
   GLScreen gl(width, height);
-  shown.frame();
-  const Bytes expected = gl.draw(shown.list);
+  Bytes expected;
+  for (int i = 0; i < 3; ++i) {  // the logo comes later
+    shown.frame();
+    expected = gl.draw(shown.list);
+  }
   glActiveTexture(GL_TEXTURE3);
   glViewport(1, 2, 3, 4);
   glScissor(5, 6, 7, 8);
   glBlendEquationSeparate(GL_FUNC_SUBTRACT, GL_FUNC_REVERSE_SUBTRACT);
   glBlendFuncSeparate(GL_ONE, GL_ZERO, GL_DST_ALPHA, GL_SRC_COLOR);
   glPixelStorei(GL_UNPACK_ALIGNMENT, 8);
+  glPixelStorei(GL_UNPACK_ROW_LENGTH, 4096);
+  glPixelStorei(GL_UNPACK_SKIP_ROWS, 3);
+  glColorMask(GL_TRUE, GL_FALSE, GL_TRUE, GL_FALSE);
+  shown.surface.forgetTextures();  // so that there are uploads
+  shown.frame();
+  gl.renderer->forgetContext();
   for (const int each : {GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST}) glEnable(static_cast<GLenum>(each));
   const auto state = [] {
     std::vector<std::array<GLint, 4>> values;
-    for (const int each :
-         {GL_CURRENT_PROGRAM, GL_ARRAY_BUFFER_BINDING, GL_TEXTURE_BINDING_2D, GL_ACTIVE_TEXTURE,
-          GL_UNPACK_ALIGNMENT, GL_VIEWPORT, GL_SCISSOR_BOX, GL_BLEND_EQUATION_RGB, GL_BLEND_EQUATION_ALPHA,
-          GL_BLEND_SRC_RGB, GL_BLEND_DST_RGB, GL_BLEND_SRC_ALPHA, GL_BLEND_DST_ALPHA, GL_BLEND,
-          GL_SCISSOR_TEST, GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_DITHER}) {
+    for (const int each : {GL_CURRENT_PROGRAM,
+                           GL_ARRAY_BUFFER_BINDING,
+                           GL_TEXTURE_BINDING_2D,
+                           GL_ACTIVE_TEXTURE,
+                           GL_UNPACK_ALIGNMENT,
+                           GL_UNPACK_ROW_LENGTH,
+                           GL_UNPACK_SKIP_ROWS,
+                           GL_VIEWPORT,
+                           GL_SCISSOR_BOX,
+                           GL_BLEND_EQUATION_RGB,
+                           GL_BLEND_EQUATION_ALPHA,
+                           GL_BLEND_SRC_RGB,
+                           GL_BLEND_DST_RGB,
+                           GL_BLEND_SRC_ALPHA,
+                           GL_BLEND_DST_ALPHA,
+                           GL_BLEND,
+                           GL_SCISSOR_TEST,
+                           GL_CULL_FACE,
+                           GL_DEPTH_TEST,
+                           GL_STENCIL_TEST,
+                           GL_DITHER,
+                           GL_COLOR_WRITEMASK}) {
       glGetIntegerv(static_cast<GLenum>(each), values.emplace_back().data());
     }
     return values;
   };
   const auto before = state();
-  EXPECT_EQ(difference(gl.draw(shown.surface.frame()), expected), 0);
+  EXPECT_EQ(difference(gl.draw(shown.list), expected), 0);
   EXPECT_EQ(state(), before);
 }
 
@@ -165,14 +191,29 @@ TEST(SDLRendererTest, LeavesTheRendererAsItWas) {
     SDL_RenderGetClipRect(sdl.output, &clip);
     SDL_RenderGetLogicalSize(sdl.output, &logicalWidth, nullptr);
     SDL_RenderGetScale(sdl.output, nullptr, &scale);
-    return std::tuple(viewport.x, viewport.h, clip.x, clip.h, logicalWidth, scale);
+    // What SDL reports is rounded, so the place where the host draws counts, too.
+    SDL_SetRenderDrawColor(sdl.output, 0, 0, 0, 255);
+    SDL_RenderClear(sdl.output);
+    SDL_SetRenderDrawColor(sdl.output, 255, 0, 0, 255);
+    SDL_RenderFillRect(sdl.output, nullptr);
+    SDL_RenderFlush(sdl.output);
+    const auto* const pixels = static_cast<const std::uint32_t*>(sdl.surface->pixels);
+    const auto count = std::count(pixels, pixels + width * height, 0xFFFF0000);
+    return std::tuple(viewport.x, viewport.h, clip.x, clip.h, logicalWidth, scale, count);
   };
-  for (const int logicalWidth : {0, width / 2}) {
-    const SDL_Rect rect{10, 20, 300, 400};
-    SDL_RenderSetLogicalSize(sdl.output, logicalWidth, logicalWidth * 2);
-    SDL_RenderSetScale(sdl.output, 1.5, 1.25);
-    SDL_RenderSetViewport(sdl.output, &rect);
-    SDL_RenderSetClipRect(sdl.output, &rect);
+  const SDL_Rect rect{11, 21, 301, 401};
+  const std::function<void()> settings[] = {
+      [&] { SDL_RenderSetScale(sdl.output, 1.5, 1.25), SDL_RenderSetViewport(sdl.output, &rect); },
+      [&] { SDL_RenderSetClipRect(sdl.output, &rect); },
+      [&] { SDL_RenderSetScale(sdl.output, 1, 1), SDL_RenderSetViewport(sdl.output, &rect); },
+      [&] { SDL_RenderSetClipRect(sdl.output, &rect), SDL_RenderSetScale(sdl.output, 1.75, 1.2F); },
+      [&] { SDL_RenderSetViewport(sdl.output, nullptr), SDL_RenderSetClipRect(sdl.output, nullptr); },
+      [&] { SDL_RenderSetLogicalSize(sdl.output, 321, 240); },
+      [&] { SDL_RenderSetViewport(sdl.output, &rect); },
+      [&] { SDL_RenderSetLogicalSize(sdl.output, width / 2, width); },
+  };
+  for (const auto& change : settings) {
+    change();
     const auto before = state();
     EXPECT_EQ(difference(sdl.draw(shown.surface.frame()), expected), 0);
     EXPECT_EQ(state(), before);

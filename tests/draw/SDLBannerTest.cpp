@@ -84,8 +84,7 @@ SDL_Event made(const std::string& step, Uint32 window, const Point& share, const
 }
 
 class SDLInputTest : public TestWithParam<std::array<std::string, 3>> {};
-INSTANTIATE_TEST_SUITE_P(All, SDLInputTest, ValuesIn(tableOf<3>("draw/inputs.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, SDLInputTest, ValuesIn(tableOf<3>("draw/inputs.txt")), byFirstCell);
 
 TEST_P(SDLInputTest, OperatesTheBanner) {
   const auto& [name, logical, steps] = GetParam();

@@ -18,13 +18,9 @@
 namespace TalvoConsentSDK {
 
 inline std::string siteFile(const std::string& name) {
-  std::string text = contentOf(TALVO_SHIPPED_SITES "/" + name);
-  const std::string placeholder = "{{base}}";
-  for (auto at = text.find(placeholder); at != std::string::npos; at = text.find(placeholder)) {
-    text.replace(at, placeholder.size(), "https://service.example");
-  }
+  const std::string text = contentOf(TALVO_SHIPPED_SITES "/" + name);
   EXPECT_FALSE(text.empty()) << name;
-  return text;
+  return filled(text, {{"{{base}}", "https://service.example"}});
 }
 
 /// Shows the banner of the demo site on the installed platform.

@@ -22,23 +22,29 @@ std::string withoutRects(const std::string& line, std::vector<Rect>& rects) {
   return std::regex_replace(line, rect, "");
 }
 
-class AccessibleElementsTest : public TestWithParam<fs::path> {
- protected:
-  static Texts printed(const VisitFile& visit, const char* toolkit) {
-    Texts all = visit.run(HostFolder(), toolkit, "accessible\n");
-    std::erase_if(all, [](const std::string& line) { return !line.starts_with("{\"accessible\""); });
-    return all;
-  }
-};
+Texts accessibleAfterEach(const VisitFile& visit, const char* toolkit) {
+  Texts all = visit.run(HostFolder(), toolkit, "accessible\n");
+  std::erase_if(all, [](const std::string& line) { return !line.starts_with("{\"accessible\""); });
+  return all;
+}
 
-INSTANTIATE_TEST_SUITE_P(All, AccessibleElementsTest, ValuesIn(VisitFile::all()),
+class AccessibleElementsTest : public TestWithParam<fs::path> {};
+
+// The other visits show no banner, or only its first screen.
+std::vector<fs::path> visitsThatOperateTheBanner() {
+  std::vector<fs::path> files = VisitFile::all();
+  static const std::regex operates("\n(tap|key) ");
+  std::erase_if(files, [](auto& file) { return !std::regex_search(VisitFile(file).head, operates); });
+  return files;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, AccessibleElementsTest, ValuesIn(visitsThatOperateTheBanner()),
                          [](const auto& each) { return each.param.stem().string(); });
 
 // Qt gives whole points, and of an element that is partly scrolled out of sight the visible part.
 TEST_P(AccessibleElementsTest, AreThoseOfQt) {
-  const VisitFile visit(GetParam());
-  const Texts qt = printed(visit, "qt");
-  const Texts draw = printed(visit, "draw");
+  const Texts qt = accessibleAfterEach(VisitFile(GetParam()), "qt");
+  const Texts draw = accessibleAfterEach(VisitFile(GetParam()), "draw");
   ASSERT_EQ(qt.size(), draw.size());
   for (std::size_t i = 0; i < qt.size(); ++i) {
     std::vector<Rect> expected, actual;
@@ -107,23 +113,21 @@ std::vector<double> differences(Picture& a, Picture& b, const std::string& name)
 }
 
 class PicturesTest : public TestWithParam<std::array<std::string, 5>> {};
-INSTANTIATE_TEST_SUITE_P(All, PicturesTest, ValuesIn(tableOf<5>("draw/toolkits.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, PicturesTest, ValuesIn(tableOf<5>("draw/toolkits.txt")), byFirstCell);
 
 TEST_P(PicturesTest, AgreeWithQt) {
   const auto& [name, options, language, preferences, category] = GetParam();
-  const Texts steps{"banner", "tap " + preferences, "tap expander:" + category + "\ntap switch:Echotrail",
-                    "tap button:Adlantern\nkey Tab"};
+  Texts steps{"banner", "tap " + preferences, "tap expander:" + category + "\ntap switch:Echotrail",
+              "tap button:Adlantern\nkey Tab"};
+  if (preferences.empty()) steps.resize(1);
   const HostFolder folder;
   const ConsentServiceProcess service(folder.serviceOptions());
   for (const std::string toolkit : {"qt", "draw"}) {
     std::string script;
     for (std::size_t i = 0; i < steps.size(); ++i)
       script += steps[i] + "\nsettle\nscreenshot " + toolkit + std::to_string(i) + ".png\n";
-    Texts all = words(options);
-    std::ranges::copy(Texts{"--toolkit", toolkit, "--language", language, "--store", toolkit},
-                      std::back_inserter(all));
-    EXPECT_THAT(joined(folder.run(service, all, script)), ::testing::Not(HasSubstr("error")));
+    const std::string own = " --language " + language + " --toolkit " + toolkit + " --store " + toolkit;
+    EXPECT_EQ(joined(folder.run(service, words(options + own), script)).find("error"), std::string::npos);
   }
   for (std::size_t i = 0; i < steps.size(); ++i) {
     const std::string number = std::to_string(i);

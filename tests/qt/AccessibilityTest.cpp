@@ -61,6 +61,7 @@ class AccessibilityTest : public ::testing::Test {
     const std::string customization = siteFile(site + "/customization." + language + ".json");
     const std::regex shown(R"("showBlurBackground": true)");
     const std::string services = site == "demo" ? "services." + language + ".json" : "services.json";
+    banner.reset();  // otherwise the next banner may be shown on its host
     banner = std::make_unique<ShownBanner>(
         std::regex_replace(customization, shown, R"("showBlurBackground": )" + blur),
         siteFile(site + "/" + services), QtOptions(), code);

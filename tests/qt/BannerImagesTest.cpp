@@ -41,8 +41,7 @@ void expectImage(OverlaySurface& surface, const std::string& name) {
 }
 
 class BannerImagesTest : public TestWithParam<std::array<std::string, 7>> {};
-INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(tableOf<7>("images/banners.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, BannerImagesTest, ValuesIn(tableOf<7>("images/banners.txt")), byFirstCell);
 
 TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
   const auto& [name, site, language, tapped, tabs, scale, contrast] = GetParam();
@@ -62,8 +61,7 @@ TEST_P(BannerImagesTest, MatchesTheGoldenImages) {
 }
 
 class ScriptImagesTest : public TestWithParam<std::array<std::string, 9>> {};
-INSTANTIATE_TEST_SUITE_P(All, ScriptImagesTest, ValuesIn(tableOf<9>("texts/banners.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, ScriptImagesTest, ValuesIn(tableOf<9>("texts/banners.txt")), byFirstCell);
 
 TEST_P(ScriptImagesTest, MatchesTheGoldenImages) {
   const auto& [name, title, message, accept, reject, manage, privacy, cookies, rights] = GetParam();

@@ -32,8 +32,7 @@ void compareWidths(const std::string& text, double textScale, FontSet& fonts) {
 }
 
 class DrawLayoutTest : public TestWithParam<std::array<std::string, 4>> {};
-INSTANTIATE_TEST_SUITE_P(All, DrawLayoutTest, ValuesIn(tableOf<4>("draw/layouts.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, DrawLayoutTest, ValuesIn(tableOf<4>("draw/layouts.txt")), byFirstCell);
 
 TEST_P(DrawLayoutTest, AgreesWithQt) {
   const auto& [name, language, button, scale] = GetParam();

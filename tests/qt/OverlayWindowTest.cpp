@@ -13,7 +13,6 @@
 namespace TalvoConsentSDK {
 namespace {
 
-using namespace std::chrono_literals;
 using Clock = HostingController::Clock;
 
 const QPoint outside(10, 12);
@@ -39,7 +38,7 @@ class Host : public QQuickWindow {
 class OverlayWindowTest : public ::testing::Test {
  protected:
   OverlayWindowTest() {
-    options.safeArea = [](const QWindow& over) { return Insets{over.width() / 100.0, 2, 3, 2}; };
+    options.safeArea = [](const QWindow& over) { return SafeArea{over.width() / 100.0, 2, 3, 2}; };
     openHost();
   }
 
@@ -230,8 +229,11 @@ TEST_F(OverlayWindowTest, OutlivesItsHostHidden) {
   for (const auto kind : {OverlayKind::opaque, OverlayKind::translucent, OverlayKind::child}) {
     show(true, kind);
     int ends = 0;
+    int losses = 0;
+    controller->setOnWindowLost([&] { ++losses; });
     window->animateAlpha(0, 50ms, [&] { ++ends; });
     host.reset();
+    EXPECT_EQ(losses, 1);
     EXPECT_TRUE(spinUntil([&] { return ends == 1; }));
     window->animateAlpha(1, 0ms, [&] { ++ends; });
     EXPECT_EQ(ends, 2);

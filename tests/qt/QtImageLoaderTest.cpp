@@ -7,8 +7,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-
 namespace {
 
 const std::string picture = [] {
@@ -52,8 +50,7 @@ const std::map<std::string, std::string> bodies{
     {"entity", "<!DOCTYPE svg [<!ENTITY a 'a'>]>" + svg("&a;")}};
 
 class QtImageLoaderTest : public TestWithParam<std::array<std::string, 6>> {};
-INSTANTIATE_TEST_SUITE_P(All, QtImageLoaderTest, ValuesIn(tableOf<6>("downloads.txt")),
-                         [](const auto& each) { return each.param[0]; });
+INSTANTIATE_TEST_SUITE_P(All, QtImageLoaderTest, ValuesIn(tableOf<6>("downloads.txt")), byFirstCell);
 
 TEST_P(QtImageLoaderTest, AnswersOnceOnTheMainActorAndDecodesInTheBackground) {
   const auto& [name, status, body, url, width, error] = GetParam();

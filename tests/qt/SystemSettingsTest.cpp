@@ -18,9 +18,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 using Namespaces = QMap<QString, QVariantMap>;

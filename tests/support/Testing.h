@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -29,6 +31,7 @@ namespace TalvoConsentSDK {
 using namespace platform;
 using namespace view;
 
+using namespace std::chrono_literals;
 using namespace std::string_literals;
 using ::testing::Each;
 using ::testing::ElementsAre;
@@ -92,11 +95,29 @@ std::vector<std::array<std::string, columns>> tableOf(const std::string& file) {
   return rows<columns>(text);
 }
 
+/// Replaces the keys in a text by their values.
+inline std::string filled(std::string text, const std::map<std::string, std::string>& values) {
+  for (const auto& [name, value] : values) {
+    for (auto at = text.find(name); at != text.npos; at = text.find(name, at + value.size()))
+      text.replace(at, name.size(), value);
+  }
+  return text;
+}
+
 /// Replaces every "\xHH" in a text by that byte.
 inline std::string unescaped(std::string text) {
   for (std::size_t at = 0; (at = text.find("\\x", at)) != text.npos; ++at)
     text.replace(at, 4, 1, static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)));
   return text;
+}
+
+/// Installs the platform again with another object in place of `member`.
+template <class Seam>
+void replaceSeam(std::shared_ptr<Seam> Platform::* member,
+                 const std::type_identity_t<std::shared_ptr<Seam>>& seam) {
+  Platform installed = Platform::current();
+  installed.*member = seam;
+  Platform::install(installed);
 }
 
 /// A reply with this status and body. "nothing" leaves either of them out. The body may contain "\xHH".
@@ -136,5 +157,7 @@ std::string failure(const Result<T>& result) {
 
 /// Names the instances of a parameterized test by their member `name`.
 inline constexpr auto byName = [](const auto& each) { return std::string(each.param.name); };
+/// The same by the first cell of each row of a table.
+inline constexpr auto byFirstCell = [](const auto& each) { return each.param[0]; };
 
 }  // namespace TalvoConsentSDK

@@ -12,7 +12,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace std::chrono_literals;
 using Customization = BannerCustomization::Customization;
 using URLs = decltype(Customization::urls)::value_type;
 
@@ -47,6 +46,14 @@ inline Customization customization(const std::string& mainScreen, const std::str
   site.components->mainScreen = components(mainScreen);
   site.components->secondaryScreen = components(secondaryScreen);
   return site;
+}
+
+/// The document from which a site's banner is made, as the service sends it.
+inline std::string bannerDocument(const Customization& site) {
+  BannerCustomization document;
+  document.bannerType = "popup";
+  document.customization = site;
+  return written(document);
 }
 
 /// A catalogue with one service per vendor, from a text such as "marketing:A,B statistics:A".
@@ -94,9 +101,10 @@ inline const node::Frame wholeWindow{
 /// A view at the top of a window without a toolkit. Nothing moves unless a test asks for it.
 struct TestScreen : HostingController {
   explicit TestScreen(const AnyView& view, Size size = {390, 844}, LayoutDirection direction = {},
-                      Insets safeArea = {}, double textScale = 1)
+                      SafeArea safeArea = {}, double textScale = 1)
       : HostingController(view.frame(wholeWindow), direction) {
-    setEnvironment({std::make_shared<FixedWidthMeasurer>(), nullptr, textScale, size, safeArea, {}, true});
+    setEnvironment(
+        {std::make_shared<FixedWidthMeasurer>(textScale), nullptr, textScale, size, safeArea, {}, true});
   }
 
   void setMotion() {

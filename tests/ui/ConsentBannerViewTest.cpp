@@ -73,10 +73,8 @@ TEST_F(ConsentBannerViewTest, OpensLinks) {
     EXPECT_EQ(joined(std::exchange(platform.application->opened, {})), opened) << link;
     EXPECT_EQ(joined(platform.printer->take()), line) << link;
   }
-  Platform installed = Platform::current();
-  const auto refusing = std::make_shared<FailingExecutor>(installed.mainActor);
-  installed.mainActor = refusing;
-  Platform::install(installed);
+  const auto refusing = std::make_shared<FailingExecutor>(platform.mainActor);
+  replaceSeam(&Platform::mainActor, refusing);
   refusing->refuses = true;
   EXPECT_NO_THROW(banner().handleLinkAction("dsr"));
   EXPECT_THAT(platform.application->opened, ElementsAre("https://a.b/dsr"));

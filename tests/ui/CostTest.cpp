@@ -29,8 +29,7 @@ class CostTest : public TestWithParam<std::array<std::string, 5>> {
 
   MemoryPlatform platform;
 };
-INSTANTIATE_TEST_SUITE_P(All, CostTest, ValuesIn(tableOf<5>("banner/costs.txt")),
-                         [](const auto& each) { return each.param.front(); });
+INSTANTIATE_TEST_SUITE_P(All, CostTest, ValuesIn(tableOf<5>("banner/costs.txt")), byFirstCell);
 
 TEST_P(CostTest, GrowsWithTheDocument) {
   const auto& [name, count, parts, vendors, title] = GetParam();

@@ -5,9 +5,6 @@
 
 namespace TalvoConsentSDK {
 
-using namespace platform;
-using namespace view;
-
 namespace {
 
 class FocusMovesTest : public BannerTest {

@@ -24,6 +24,7 @@ TEST(LayoutTest, PlacesViews) {
   const auto trailing = HorizontalAlignment::trailing;
   const HorizontalOptions links{.spacing = 16, .overflow = Overflow::wrap};
   const AnyView none;
+  const auto onBlack = [](const AnyView& view) { return view.background({.color = Color::black()}); };
   const std::pair<AnyView, std::string> table[] = {
       {buttons("a", "bbbb"), "a 42.75 12 8.5 22; bbbb 136 12 34 22"},
       {buttons("two words", "a"), "two words 25.75 12 42.5 44; a 148.75 23 8.5 22"},
@@ -45,6 +46,10 @@ TEST(LayoutTest, PlacesViews) {
       {body("ab").frame({.minWidth = 40, .minHeight = 30, .alignment = {trailing}}), "ab 23 4 17 22"},
       {body("ab").padding({1, 2, 3, 4}).background({}).overlay(box(10, 10), {trailing, bottom}),
        "box 0 0 23 26; ab 2 1 17 22; box 13 16 10 10"},
+      {onBlack(body("ab").padding({.leading = 30})).overlay(onBlack(body("x")), {trailing}),
+       "box 0 0 47 22; ab 30 0 17 22; box 38.5 0 8.5 22; x 38.5 0 8.5 22"},
+      {onBlack(body("ab").padding({.leading = 30})).overlay(onBlack(body("y")), {}),
+       "box 0 0 47 22; ab 30 0 17 22; y 19.25 0 8.5 22"},
   };
   for (const auto& [view, expected] : table) EXPECT_EQ(TestScreen(view, {200, 140}).drawn(), expected);
 }
@@ -91,14 +96,14 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
   const AnyView view =
       depthStack({HorizontalAlignment::leading, VerticalAlignment::bottom},
                  {shape({}).ignoresSafeArea(), horizontalStack({.spacing = 5}, {box(20, 10), body("ab")})});
-  const Insets safeArea{.top = 10, .leading = 30, .bottom = 20, .trailing = 0};
+  const SafeArea safeArea{.top = 10, .left = 30, .bottom = 20, .right = 5};
   EXPECT_EQ(TestScreen(view, {200, 100}, LayoutDirection::leftToRight, safeArea).drawn(),
             "box 0 0 200 100; box 30 64 20 10; ab 55 58 17 22");
   EXPECT_EQ(TestScreen(view, {200, 100}, LayoutDirection::rightToLeft, safeArea).drawn(),
-            "box 0 0 200 100; box 150 64 20 10; ab 128 58 17 22");
+            "box 0 0 200 100; box 175 64 20 10; ab 153 58 17 22");
 }
 
-// The bar is 20 points wide and 30 high, the title as high as the table says, and the footer 100 by 40. The
+// The bar is at least 30 points high, the title as high as the table says, and the footer 100 by 40. The
 // edges of what scrolls are listed as boxes, too.
 TEST(LayoutTest, PinsTheTitleAndTheFooter) {
   const auto table = tableOf<5>("banner/pinned.txt");
@@ -110,25 +115,35 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
     const AnyView view = pinnedEnds({}, {bar, name, box(100, std::stod(content)), box(100, 40)});
     TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
                       std::stod(scale));
+    screen.scroll({50, 100}, 30);
     EXPECT_EQ(screen.drawn(), expected) << title << " " << content << " " << height << " " << scale;
   }
 }
 
 // Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
-// points high. At the end of the content, nothing is cut off.
+// points high, times the text scale. So is an opened list. At the end of the content, nothing is cut off.
 TEST(LayoutTest, CutsALineAtTheLowerEdge) {
-  for (int height = 250; height < 350; ++height) {
-    std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 28}));
-    TestScreen screen(pinnedEnds({}, {{}, {}, verticalStack({}, texts), box(100, 40)}),
-                      {100, static_cast<double>(height)});
-    const auto& elements = screen.accessibleElements();
-    const bool isCut = std::ranges::any_of(elements, [](const AccessibleElement& each) {
-      const double shown = each.clip->bottom() - each.frame.y;
-      return shown > 0 && shown < each.frame.height && std::fmod(shown, 22) > 5 && std::fmod(shown, 22) < 20;
+  const std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 24}));
+  for (const auto& [opens, scale, least] :
+       {std::tuple(false, 1.0, 250.0), {false, 3.1, 440.0}, {true, 1.0, 200.0}, {true, 3.1, 440.0}}) {
+    const AnyView list = component("list", [&](RenderContext& context) {
+      const State<bool> isOpen = context.state<bool>(!opens);
+      const AnyView header = button(box(100, 10), [isOpen] { isOpen.set(true); });
+      return verticalStack({}, {header, disclosure(isOpen.get(), verticalStack({}, texts))});
     });
-    EXPECT_TRUE(isCut) << height;
-    screen.press(Key::end);
-    EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
+    for (double height = least; height < least + 100; ++height) {
+      TestScreen screen(pinnedEnds({.growsUp = true}, {{}, {}, list, box(100, 40)}), {100 * scale, height},
+                        {}, {}, scale);
+      if (opens) tap(screen, "button");
+      const bool isCut = std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
+        const double shown = each.clip->bottom() - each.frame.y;
+        const double ofLine = std::fmod(shown / scale, 22);
+        return shown > 0 && shown < each.frame.height && ofLine > 8 && ofLine < 17;
+      });
+      EXPECT_TRUE(isCut) << opens << " " << scale << " " << height;
+      screen.press(Key::end);
+      EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
+    }
   }
 }
 

@@ -9,29 +9,22 @@ namespace TalvoConsentSDK {
 namespace {
 
 std::string document() {
-  BannerCustomization customized;
-  customized.bannerType = "popup";
-  customized.customization =
+  return bannerDocument(
       customization("buttons:acceptAll,rejectAll,preferences closeButton",
                     "tabs:statistics,marketing,doNotSell buttons:savePreferences,preferences",
-                    R"(,"doNotSellLabelText":"Sell","savePreference":"Save","preferencesButton":"Manage")");
-  return written(customized);
+                    R"(,"doNotSellLabelText":"Sell","savePreference":"Save","preferencesButton":"Manage")"));
 }
 
 // Returns a customization with 100 copies of an item whose texts have 40 KB each, more than 4 MB together. An
 // unknown item draws no text and is repeated 40,001 times.
 std::string documentWithMany(const std::string& item) {
   const std::string text(40'000, 'x');
-  BannerCustomization customized;
-  customized.customization =
+  Customization site =
       customization("", "", R"(,"doNotSellURLText":")" + text + R"(","statistics":")" + text + "\"");
-  for (std::string* each : {&customized.customization->messages.bannerMessages.title,
-                            &customized.customization->messages.bannerMessages.mainMessage,
-                            &customized.customization->messages.bannerMessages.acceptButton})
-    *each = text;
-  customized.customization->components->secondaryScreen->resize(item == "unknown" ? 40'001 : 100,
-                                                                components(item).front());
-  return written(customized);
+  auto& messages = site.messages.bannerMessages;
+  messages.title = messages.mainMessage = messages.acceptButton = text;
+  site.components->secondaryScreen->resize(item == "unknown" ? 40'001 : 100, components(item).front());
+  return bannerDocument(site);
 }
 
 const Texts documents{document(), written(catalogue("Marketing:A marketing:B statistics:S")), "{}"};
@@ -153,24 +146,11 @@ TEST_F(ShowBannerTest, EndsInOneWay) {
   for (const auto& [taps, called] : tableOf<2>("banner/ends.txt")) {
     for (const bool isAwaited : {false, true}) {
       SCOPED_TRACE(taps + (isAwaited ? " awaited" : ""));
-      const auto scenes = platform.application->scenes;
-      if (taps == "nowhere") platform.application->scenes.clear();
-      platform.scene->state =
-          taps == "background" ? ActivationState::background : ActivationState::foregroundActive;
-      if (!isAwaited) client->showBanner(handlers());
-      if (isAwaited)
+      endBanner(taps, [&] {
+        if (!isAwaited) return client->showBanner(handlers());
         spawn<std::string>(platform.mainActor, awaitOne(*client),
                            [this](const Result<std::string>& end) { note(end ? *end : end.error().what()); });
-      platform.settle();
-      platform.application->scenes = scenes;
-      if (taps == "another") client->showBanner({}, {}, {}, {});
-      for (const std::string& each : split(taps, ';'))
-        EXPECT_TRUE(!each.starts_with("button") || tap(*window()->controller, each)) << each;
-      platform.settle();
-      if (taps == "another") tap(*platform.scene->windows().back()->controller, "button Close");
-      platform.settle();
-      for (const auto& each : platform.scene->windows()) each->finishAnimations();
-      platform.settle();
+      });
       Texts expected = split(called, ';');
       if (expected.back() == "no surface") expected = {"not shown"};  // told apart only in C
       if (isAwaited) expected = {expected.back()};
@@ -193,10 +173,8 @@ TEST_F(ShowBannerTest, ContinuesIfTheHostsSeamsThrow) {
   answer("POST", "cookie-consent/s", 200, R"({"id":"new"})");
   const auto throwing = std::make_shared<Throwing>();
   throwing->scenes = platform.application->scenes;
-  Platform installed = Platform::current();
-  installed.localization = throwing;
-  installed.application = throwing;
-  Platform::install(installed);
+  replaceSeam(&Platform::localization, throwing);
+  replaceSeam(&Platform::application, throwing);
   EXPECT_EQ(show(*created()), fetched + " ");
   for (const char* each : {"button Manage", "button Save"}) EXPECT_TRUE(tap(*window()->controller, each));
   platform.settle();

@@ -78,9 +78,9 @@ SurfaceSettings surfaceSettings(const talvo_surface_settings* settings) {
   SurfaceSettings result;
   if (given.text_scale != 0) result.textScale = inRange(given.text_scale, 0, 100, "text_scale");
   result.safeArea = {.top = inRange(given.safe_area_top, 0, maxSize, "safe_area_top"),
-                     .leading = inRange(given.safe_area_leading, 0, maxSize, "safe_area_leading"),
+                     .left = inRange(given.safe_area_left, 0, maxSize, "safe_area_left"),
                      .bottom = inRange(given.safe_area_bottom, 0, maxSize, "safe_area_bottom"),
-                     .trailing = inRange(given.safe_area_trailing, 0, maxSize, "safe_area_trailing")};
+                     .right = inRange(given.safe_area_right, 0, maxSize, "safe_area_right")};
   result.layoutDirection = directionOf(given.direction);
   result.highContrast = given.high_contrast != 0;
   result.reducesMotion = given.reduces_motion != 0;

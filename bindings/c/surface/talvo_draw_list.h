@@ -7,8 +7,15 @@
  *
  * To draw a frame: apply the uploads in order; draw the commands in order, with the texture's colour
  * multiplied by the vertex's, and blended as `source * source alpha + target * (1 - source alpha)`; delete
- * the textures that are released. Sample textures linearly or by the nearest pixel, which gives the same
- * picture, and clamp at the edges.
+ * the textures that are released. Blend the bytes as they are, without converting them to linear light.
+ * Sample textures linearly or by the nearest pixel, which gives the same picture, and clamp at the edges.
+ *
+ * As on a GPU, a triangle covers the pixels whose centres are inside it. If a centre is exactly on an edge
+ * that two triangles share, only one of them covers the pixel: drawn twice, a translucent shape would have a
+ * visible line there.
+ *
+ * After each list, a surface has at most two textures, one of each format. A texture that grows is replaced:
+ * the new one is uploaded and the old one is released in the same list, so there are up to four meanwhile.
  *
  * Later versions may add fields at the end of talvo_draw_list. The other structures never change.
  */

@@ -32,8 +32,8 @@ TALVO_API talvo_surface* talvo_surface_create(const talvo_surface_options* optio
 
 /*
  * Destroys the surface; null is ignored. If banners were shown on this surface, none is shown until the host
- * creates another one. A banner that is on the surface now disappears. It reports its end when another banner
- * replaces it.
+ * creates another one. A banner that is on the surface now counts as closed: its `on_closed` is called the
+ * next time that the main thread's work is run.
  */
 TALVO_API void talvo_surface_destroy(talvo_surface* surface);
 
@@ -49,7 +49,10 @@ TALVO_API int talvo_surface_is_showing(talvo_surface* surface);
 /* Returns 1 if the banner is modal: it then takes all input, and the host should pause what is below. */
 TALVO_API int talvo_surface_is_modal(talvo_surface* surface);
 
-/* Returns 1 if the list that talvo_surface_frame would return differs from the last one. Cheap. */
+/*
+ * Returns 1 if the list that talvo_surface_frame would return may differ from the last one. If it returns 0,
+ * there is nothing to draw again. Cheap.
+ */
 TALVO_API int talvo_surface_needs_frame(talvo_surface* surface);
 
 /*

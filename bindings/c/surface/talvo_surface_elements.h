@@ -41,7 +41,7 @@ typedef struct talvo_element {
   const char* name;
   const char* value; /* "on" or "off" for a switch, "expanded" or "collapsed" for an expander */
   const char* description;
-  const char* language; /* from talvo_surface_settings */
+  const char* language; /* of the name: talvo_cookies_set_language's, or that of the library's own texts */
 
   /* In pixels. For a control, the area that can be touched. May be scrolled out of sight. */
   double x;

@@ -3,8 +3,10 @@
 
 /*
  * The user's input on a surface. Each function returns 1 if the banner took the input. If it returns 0, the
- * input is for the host. What began outside the banner stays with the host until it ends. Positions are
- * finite and in pixels, from the top left of the surface. Main thread only.
+ * input is for the host. A touch, a mouse button or a stick that began outside the banner stays with the host
+ * until it ends. A key that the host received does not operate the banner while it is held, and the host
+ * receives its release. Positions are finite and in pixels, from the top left of the surface. Main thread
+ * only.
  */
 
 #include "talvo_surface.h"
@@ -63,7 +65,10 @@ enum {
   TALVO_KEY_RIGHT = 19
 };
 
-/* For a key that is held down, call talvo_surface_key_pressed for each repetition. */
+/*
+ * For a key that is held down, call talvo_surface_key_pressed for each repetition. The host receives the
+ * releases of all keys that are TALVO_KEY_OTHER, because they cannot be told apart.
+ */
 TALVO_API int talvo_surface_key_pressed(talvo_surface* surface, talvo_key key);
 TALVO_API int talvo_surface_key_released(talvo_surface* surface, talvo_key key);
 

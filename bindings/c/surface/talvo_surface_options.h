@@ -24,17 +24,17 @@ enum {
 typedef struct talvo_surface_settings {
   size_t size; /* sizeof(talvo_surface_settings) */
 
-  /* The language of the banner as a BCP 47 tag, which is what the host passed to talvo_cookies_set_language.
-   * Reported to assistive technology and used to shape text and break lines. May be null. */
+  /* The language of the banner as a BCP 47 tag, used to shape text and break lines. It is not taken from the
+   * client: set it to what you pass to talvo_cookies_set_language. May be null. */
   const char* language;
 
   double text_scale; /* multiplies every font size, from 1 to about 3; 0 for 1 */
 
-  /* What the system's bars and notches cover, in points. Lines begin on the leading side. */
+  /* What the system's bars and notches cover, in points. Left is left in right-to-left layouts, too. */
   double safe_area_top;
-  double safe_area_leading;
+  double safe_area_left;
   double safe_area_bottom;
-  double safe_area_trailing;
+  double safe_area_right;
 
   talvo_direction direction; /* of the whole banner */
   int high_contrast;
@@ -52,7 +52,8 @@ typedef struct talvo_font {
   size_t length; /* of `bytes` */
 } talvo_font;
 
-/* Returns whether the host is in the foreground (not 0). Otherwise no banner is shown. */
+/* Returns whether the host is in the foreground (not 0). Called when a banner is to be shown: if it returns
+ * 0, that is not shown, and `on_error` receives TALVO_NOT_SHOWN. */
 typedef int (*talvo_foreground_callback)(void* user_data);
 
 /* Opens a URL outside the host. */
