@@ -168,9 +168,11 @@ void scrollHundredFrames(benchmark::State& state) {
   BannerScene scene(vendorCount(state));
   scene.use(Role::expander, "Marketing");
   scene.settle();
-  scene.scroll(400);  // afterwards the card has its full height, and only the list moves
+  scene.scroll(10'000);  // afterwards the card has its full height, and only the list moves
   scene.settle();
-  // Scroll up and down: at an end nothing would move, and no frame would be presented.
+  // At an end nothing would move, and no frame would be presented. So leave it, and scroll up and down.
+  scene.scroll(-100);
+  scene.settle();
   constexpr int turn = 20;
   for (auto _ : state) {
     for (int frame = 0; frame < 100; ++frame) {
