@@ -2,11 +2,11 @@
 
 #if __has_include(<sys/mman.h>)
 
+#include <algorithm>
 #include <cstddef>
 
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace TalvoConsentSDK {
@@ -14,15 +14,12 @@ namespace TalvoConsentSDK {
 std::shared_ptr<FontFile> FontFile::open(const std::string& path) {
   const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // a pipe must not block
   if (file < 0) return nullptr;
-  struct stat status{};
-  void* start = MAP_FAILED;
-  if (fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size > 0) {
-    start = mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_READ, MAP_PRIVATE, file, 0);
-  }
+  const off_t end = lseek(file, 0, SEEK_END);  // fstat would need a reason in the privacy manifest
+  const auto size = static_cast<std::size_t>(std::max<off_t>(end, 0));
+  void* const start = size > 0 ? mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file, 0) : MAP_FAILED;
   close(file);
   if (start == MAP_FAILED) return nullptr;
-  return std::shared_ptr<FontFile>(
-      new FontFile({static_cast<const char*>(start), static_cast<std::size_t>(status.st_size)}));
+  return std::shared_ptr<FontFile>(new FontFile({static_cast<const char*>(start), size}));
 }
 
 FontFile::~FontFile() {
