@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <string>
 
 #include <benchmark/benchmark.h>
@@ -11,6 +12,7 @@
 #include "adapters/draw/ConsentSurface.h"
 
 #include "benchmarks/Documents.h"
+#include "testing/fakes/FakeURLSession.h"
 
 namespace TalvoConsentBenchmarks {
 namespace {
@@ -24,6 +26,7 @@ class SurfaceScene {
       : surface_(
             {.size = {780, 1688, 2}, .settings = {.reducesMotion = true}, .now = [this] { return time_; }}) {
     Platform platform;
+    platform.urlSession = std::make_shared<FakeURLSession>();  // a surface without a session prints a line
     surface_.addTo(platform);
     Platform::install(platform);
     const ConsentBannerView banner = makeBanner(vendors);
