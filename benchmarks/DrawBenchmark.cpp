@@ -13,6 +13,7 @@
 
 #include "benchmarks/Documents.h"
 #include "testing/fakes/FakeURLSession.h"
+#include "testing/fakes/ManualExecutor.h"
 
 namespace TalvoConsentBenchmarks {
 namespace {
@@ -26,7 +27,8 @@ class SurfaceScene {
       : surface_(
             {.size = {780, 1688, 2}, .settings = {.reducesMotion = true}, .now = [this] { return time_; }}) {
     Platform platform;
-    platform.urlSession = std::make_shared<FakeURLSession>();  // a surface without a session prints a line
+    // A surface without a session prints a line, which the results must not contain.
+    platform.urlSession = std::make_shared<FakeURLSession>(std::make_shared<ManualExecutor>());
     surface_.addTo(platform);
     Platform::install(platform);
     const ConsentBannerView banner = makeBanner(vendors);

@@ -37,8 +37,7 @@ Task<std::optional<FullConsent>> APIClient::fetchIdentifiedConsent(
     const std::string path = "/cookie-consent/" + siteId_ + "/identified/" + userId;
     url = endpointURL(baseUrl_, consentId ? path + "?consentId=" + *consentId : path);
   }
-  return httpClient_->get<std::optional<FullConsent>>(std::move(url), endpointHeaders(),
-                                                      {.isPersonal = true});
+  return httpClient_->get<std::optional<FullConsent>>(url, endpointHeaders(), {.isPersonal = true});
 }
 
 std::optional<URL> APIClient::consentURL() const {

@@ -100,8 +100,8 @@ AnyView CategoryRow::header(const State<bool>& isExpanded) const {
     parts.push_back(text(
         vendorsOn, {.font = {TextStyle::footnote, FontWeight::medium}, .color = palette_.secondaryFont()}));
   }
-  const AnyView texts = horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts)
-                            .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
+  AnyView texts = horizontalStack({.spacing = 8, .overflow = Overflow::wrap}, parts)
+                      .frame({.maxWidth = infinity, .alignment = {HorizontalAlignment::leading}});
   if (!hasVendors()) return texts;
 
   const AnyView chevron = symbol({.glyph = Glyph::chevronRight,

@@ -119,7 +119,8 @@ bool FontFace::prepare() {
   const int* const place = hb_font_get_var_coords_normalized(shaper_, &axes);
   if (axes > 0) {
     std::vector<FT_Fixed> coordinates;
-    for (unsigned i = 0; i < axes; ++i) coordinates.push_back(place[i] * 4);  // from 2.14 bits to 16.16
+    constexpr FT_Fixed finer = 4;  // from 2.14 bits to 16.16
+    for (unsigned i = 0; i < axes; ++i) coordinates.push_back(place[i] * finer);
     FT_Set_Var_Blend_Coordinates(face_, axes, coordinates.data());
   }
   readMetrics();

@@ -52,8 +52,8 @@ PixelImage resampled(const PixelImage& image, int width, int height) {
     const std::uint8_t* source = &image.bytes[static_cast<std::size_t>(row.first) * line.size()];
     for (const float weight : row.weights) {
       for (std::size_t i = 0; i < line.size(); i += channels, source += channels) {
-        const float alpha = weight * source[3];
-        for (std::size_t c = 0; c < 3; ++c) line[i + c] += alpha * source[c] / 255;
+        const float alpha = weight * static_cast<float>(source[3]);
+        for (std::size_t c = 0; c < 3; ++c) line[i + c] += alpha * static_cast<float>(source[c]) / 255;
         line[i + 3] += alpha;
       }
     }

@@ -21,7 +21,7 @@ ShapePicture painted(int width, int height, Opacity opacity) {
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x) {
       const double value = std::clamp(opacity(x + 0.5, y + 0.5), 0.0, 1.0);
-      picture.bytes.push_back(static_cast<std::uint8_t>(value * 255 + 0.5));
+      picture.bytes.push_back(static_cast<std::uint8_t>(std::lround(value * 255)));
     }
   }
   return picture;

@@ -27,7 +27,7 @@ bool encloses(const PixelRect& outer, const Rect& inner) {
 }
 
 std::uint8_t toByte(double share) {
-  return static_cast<std::uint8_t>(std::clamp(share, 0.0, 1.0) * 255 + 0.5);
+  return static_cast<std::uint8_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255));
 }
 
 }  // namespace

@@ -116,7 +116,7 @@ bool GLESRenderer::draw(const DrawList& list, std::int32_t width, std::int32_t h
   const auto attribute = [](GLuint index, GLint count, GLenum type, std::size_t offset) {
     glEnableVertexAttribArray(index);
     glVertexAttribPointer(index, count, type, GL_TRUE, sizeof(DrawVertex),
-                          reinterpret_cast<const void*>(offset));
+                          reinterpret_cast<const void*>(offset));  // NOLINT(performance-no-int-to-ptr)
   };
   attribute(0, 2, GL_FLOAT, offsetof(DrawVertex, x));
   attribute(1, 2, GL_FLOAT, offsetof(DrawVertex, u));

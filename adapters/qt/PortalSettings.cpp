@@ -48,13 +48,12 @@ class PortalSettings : public SystemSettings {
     read();
   }
 
- private slots:
-  void settingChanged(const QString& space, const QString& key, const QDBusVariant& value) {
+ private:
+  Q_SLOT void settingChanged(const QString& space, const QString& key, const QDBusVariant& value) {
     values_[space][key] = value.variant();
     publish();
   }
 
- private:
   // The value of a setting, if it has the type that the portal documents.
   template <class T>
   std::optional<T> value(const QString& space, const char* key) const {

@@ -28,7 +28,7 @@ constexpr QSize svgSize(4096, 4 * 46);
 
 // SVG can take any amount of time and memory and include other files. Only documents without such parts are
 // drawn: plain shapes and gradients, without references, dashes, imports or deep nesting.
-constexpr qsizetype maxSVGBytes = 256 * 1024;
+constexpr qsizetype maxSVGBytes = qsizetype{256} * 1024;
 constexpr int maxSVGDepth = 32;
 constexpr std::string_view svgElements[] = {
     "svg",     "g",    "defs",     "title",   "desc",           "path",           "rect", "circle",

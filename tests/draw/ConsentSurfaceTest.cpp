@@ -53,7 +53,8 @@ int memoryOfFonts() {
   int sum = 0;
   bool isFont = false;
   for (std::string line; std::getline(mappings, line);) {
-    if (line.find('/') != std::string::npos) isFont = line.ends_with(".otf") || line.ends_with(".ttf");
+    const bool isAttribute = line.substr(0, line.find(' ')).ends_with(':');
+    if (!isAttribute) isFont = line.ends_with(".otf") || line.ends_with(".ttf");
     if (isFont && line.starts_with("Rss:")) sum += std::stoi(line.substr(4));
   }
   return sum;
