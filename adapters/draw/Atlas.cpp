@@ -44,6 +44,7 @@ const AtlasPlace* Atlas::add(const AtlasKey& key, const AtlasPlace& place,
   }
   entry.place.x = shelf->used + gap;
   entry.place.y = shelf->y + gap;
+  if (!bytes_) bytes_ = clearPixels();
   if (shelf->changed < 0) shelf->changed = shelf->used;
   shelf->used += width + gap;
   const std::size_t pictureRow = static_cast<std::size_t>(width) * pixelBytes();
@@ -79,7 +80,7 @@ Atlas::Pixels Atlas::clearPixels() const {
 
 // Doubles the shorter side, so that little of a texture is empty.
 bool Atlas::grow() {
-  if (height_ >= maxSize_) return false;
+  if (height_ >= maxSize_ || lacksPixels_) return false;
   const std::size_t oldRow = rowBytes();
   if (width_ == 0) {
     width_ = height_ = firstSize;
@@ -117,10 +118,21 @@ bool Atlas::clear() {
   entries_.clear();
   shelves_.clear();
   bytes_ = clearPixels();
+  lacksPixels_ = false;
   return true;
 }
 
+void Atlas::releasePixels() {
+  bytes_.reset();
+  lacksPixels_ = !shelves_.empty();
+}
+
 void Atlas::forgetTexture() {
+  if (lacksPixels_) {
+    entries_.clear();
+    shelves_.clear();
+    releasePixels();
+  }
   isUploaded_ = false;  // so that it is not released
   if (texture_ != 0) replaceTexture();
 }

@@ -52,8 +52,13 @@ class Atlas {
   /// Appends what has changed since the last call.
   void takeUploads(std::vector<TextureUpload>& uploads, std::vector<TextureId>& released);
 
-  /// The renderer has lost its texture. The next uploads are everything, under a new id.
+  /// The renderer has lost its texture. The next uploads are everything, under a new id. Build the next list
+  /// anew.
   void forgetTexture();
+
+  /// Frees the pixels, to which the last uploads point: the renderer's texture has them. If the texture has
+  /// to grow later, or the renderer loses it, all pictures have to be added again.
+  void releasePixels();
 
   /// 0 until the first picture is added.
   TextureId texture() const { return texture_; }
@@ -102,6 +107,7 @@ class Atlas {
   TextureId texture_ = 0;
   bool isUploaded_ = false;
   Pixels bytes_;
+  bool lacksPixels_ = false;  // of pictures that were uploaded
   std::vector<Shelf> shelves_;
   std::unordered_map<AtlasKey, Entry, KeyHash> entries_;
   std::vector<TextureId> released_;

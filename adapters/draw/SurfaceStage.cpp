@@ -128,7 +128,10 @@ bool SurfaceStage::needsFrame() const {
 }
 
 const DrawList& SurfaceStage::frame() {
-  if (!needsFrame()) return painter_.repeat();
+  if (!needsFrame()) {
+    painter_.releasePixels();  // a banner may stay on the screen for long
+    return painter_.repeat();
+  }
   const Clock::time_point time = now();
   isStale_ = isMoving_ = false;
   std::vector<Drawn> current;
@@ -151,7 +154,7 @@ const DrawList& SurfaceStage::frame() {
   } else {
     list = &painter_.repeat();
   }
-  if (!isMoving_) fonts_->releasePages();  // a banner may stay on the screen for long
+  if (!isMoving_) fonts_->releasePages();
   for (const auto& completion : completions) completion();
   return *list;
 }

@@ -112,6 +112,11 @@ const DrawList& VisualPainter::repeat() {
   return list_;
 }
 
+void VisualPainter::releasePixels() {
+  alphas_.releasePixels();
+  colors_.releasePixels();
+}
+
 void VisualPainter::forgetTextures() {
   alphas_.forgetTexture();
   colors_.forgetTexture();

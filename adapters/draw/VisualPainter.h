@@ -34,6 +34,9 @@ class VisualPainter {
   /// Returns the last list again, without its uploads.
   const DrawList& repeat();
 
+  /// Frees the memory to which the uploads of the last list from `paint` point.
+  void releasePixels();
+
   void forgetTextures();
 
  private:

@@ -49,13 +49,10 @@ std::int64_t checksum(std::string_view key, std::string_view value) {
 }
 
 void prepare(const SQLiteHandle& connection) {
-  // What is lost in a power cut is fetched again, so nothing needs to wait for the disk. Few pages are kept
-  // in memory, because each reply is written and read as a whole; those that SQLite has reserved are freed.
-  execute(
-      connection,
-      "PRAGMA synchronous = OFF; PRAGMA cache_size = 10; PRAGMA shrink_memory;"
-      " PRAGMA wal_autocheckpoint = 250; PRAGMA journal_size_limit = 1000000; PRAGMA cell_size_check = ON;"
-      " PRAGMA trusted_schema = OFF");
+  // What is lost in a power cut is fetched again, so nothing needs to wait for the disk.
+  execute(connection,
+          "PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 250; PRAGMA journal_size_limit = 1000000;"
+          " PRAGMA cell_size_check = ON; PRAGMA trusted_schema = OFF");
   if (numberOf(connection, "PRAGMA user_version") != 0) return;
   SQLiteTransaction transaction(connection);
   execute(connection,

@@ -161,7 +161,9 @@ SQLiteHandle prepared(const fs::path& file, const StoreWaitEnd& end, const std::
   }
   requireAllPages(handle);
   useWriteAheadLog(handle, end);
-  execute(handle, "PRAGMA temp_store = MEMORY");
+  // Few pages are kept in memory, because each value is read and written as a whole. Those that SQLite has
+  // reserved are freed.
+  execute(handle, "PRAGMA temp_store = MEMORY; PRAGMA cache_size = 10; PRAGMA shrink_memory");
   return handle;
 }
 

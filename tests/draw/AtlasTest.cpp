@@ -17,17 +17,22 @@ struct Copy {
   std::vector<int> pixels;  // -1 where nothing was uploaded
 };
 
-class AtlasTest : public TestWithParam<std::array<std::string, 7>> {};
-INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<7>("draw/atlas.txt")), byFirstCell);
+class AtlasTest : public TestWithParam<std::array<std::string, 8>> {};
+INSTANTIATE_TEST_SUITE_P(All, AtlasTest, ValuesIn(tableOf<8>("draw/atlas.txt")), byFirstCell);
 
 TEST_P(AtlasTest, ShowsEachPictureInUse) {
-  const auto& [name, maxSize, kindCount, perList, maxSide, finalSize, fits] = GetParam();
+  const auto& [name, maxSize, kindCount, perList, maxSide, pixels, finalSize, fits] = GetParam();
   const auto kinds = static_cast<std::uint32_t>(std::stoul(kindCount));
   std::mt19937 random(7);
   Atlas atlas(TextureFormat::alpha8, std::stoi(maxSize));
   std::map<TextureId, Copy> copies;
   int leftOut = 0;
   for (int list = 0; list < 60; ++list) {
+    if (pixels == "released" && list % 3 == 0) atlas.releasePixels();
+    if (list % 20 == 0 && list > 0) {
+      atlas.forgetTexture();
+      copies.clear();
+    }
     atlas.beginList();
     std::map<std::uint32_t, AtlasPlace> used;
     const auto first = static_cast<std::uint32_t>(random() % kinds);
