@@ -1,7 +1,7 @@
 #pragma once
 
 // Tests that every device store must pass if its process may be killed. `Maker` has `open()`, which returns a
-// store on the same file each time, and `kills()`, which returns the number of kills to try.
+// store on the same file each time, and `static int kills()`, which returns the number of kills to try.
 
 #include <csignal>
 #include <iostream>

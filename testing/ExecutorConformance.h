@@ -1,7 +1,9 @@
 #pragma once
 
-// Tests that every executor must pass. A `Driver` has an `executor`, `settle()`, which returns once the
-// executor is idle, and `isBackground`, which says whether jobs run on the executor's own thread.
+// Tests that every executor must pass. A `Driver` has
+//   an `executor`,
+//   void settle(): returns once no job is left, also none that a job has posted,
+//   static constexpr bool isBackground: whether jobs run on a thread of the executor's own.
 
 #include <atomic>
 #include <memory>

@@ -14,9 +14,8 @@
 //     less;
 //   URL breakOff(std::string method, std::string path): prepares a reset of the connection;
 //   URL unreachable(): a URL for which every request fails;
-//   std::size_t seen(std::string text): how often a text has arrived, at any origin, as HTTP/1.1 would send
-//   it:
-//     headers as "Name: value\r\n", in which the name may be in small letters.
+//   std::size_t seen(std::string text): how often exactly this text has arrived, at any origin, as HTTP/1.1
+//     would send it: headers as "Name: value\r\n". For the name of a header, the tests ask for each spelling.
 
 #include <algorithm>
 #include <atomic>
