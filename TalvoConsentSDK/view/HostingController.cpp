@@ -10,6 +10,9 @@ namespace view {
 
 namespace {
 
+// After the last movement. A wheel or a trackpad does not say when it ends.
+constexpr std::chrono::milliseconds settleDelay(200);
+
 // Keeps a flag set during the lifetime of this object.
 class ScopedFlag {
  public:
@@ -47,7 +50,13 @@ const std::vector<Visual>& HostingController::frame(Clock::time_point now) {
   if (isUpdating_) return visuals_;
   animations_.beginFrame(now);
   if (layout_.isMoving()) layoutIsStale_ = true;
-  if (motion_.isFlinging()) applyScroll(*motion_.region(), motion_.step(now));
+  if (motion_.isFlinging() && applyScroll(*motion_.region(), motion_.step(now))) hasScrolled_ = true;
+  if (std::exchange(hasScrolled_, false)) settleTime_ = now + settleDelay;
+  if (settlesSoon() && now >= *settleTime_ && !layout_.isMoving()) {
+    settleTime_.reset();
+    layout_.settle();
+    layoutIsStale_ = true;
+  }
   update();
   const VisualState state{pressed_, focusIsVisible_ ? focused_ : std::nullopt, layout_.scrollRegions()};
   visuals_ = visuals(tree_, environment_, state, animations_);

@@ -67,7 +67,9 @@ class HostingController : public RootViewController {
   const std::vector<Visual>& frame(Clock::time_point now);
 
   /// Whether something was still moving in the last frame, so that another frame is due.
-  bool isMoving() const { return animations_.isMoving() || layout_.isMoving() || motion_.isFlinging(); }
+  bool isMoving() const {
+    return animations_.isMoving() || layout_.isMoving() || motion_.isFlinging() || settlesSoon();
+  }
 
   /// Whether a touch at `point` belongs to the banner rather than to the host.
   bool covers(Point point);
@@ -110,6 +112,7 @@ class HostingController : public RootViewController {
   void requestFrame();
   bool applyScroll(ElementId region, double distance);
   bool scrollBy(ElementId region, double distance);
+  bool settlesSoon() const { return (hasScrolled_ || settleTime_) && !isDragging_; }
   const ScrollRegion* regionAt(Point point) const;
   const AccessibleElement* findElement(ElementId id);
   void moveFocus(int step);
@@ -140,6 +143,8 @@ class HostingController : public RootViewController {
   std::optional<ElementId> pressed_;
   Point touchStart_;
   bool isDragging_ = false;
+  bool hasScrolled_ = false;                     // since the last frame, by the user
+  std::optional<Clock::time_point> settleTime_;  // if the user has scrolled
   std::optional<ElementId> focused_;
   std::optional<ElementId> focusedBefore_;  // on the screen before this one
   int focusRequests_ = 0;                   // how many were granted

@@ -122,7 +122,7 @@ void HostingController::reveal(const AccessibleElement& element) {
   // Shows the beginning of the next row, too, so that the content does not seem to end here.
   const double next = 16 * std::max(1.0, environment_.textScale);
   const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge + next;
-  scrollBy(region->id, std::min(above, std::max(0.0, below)));
+  if (applyScroll(region->id, std::min(above, std::max(0.0, below)))) requestFrame();
 }
 
 std::optional<ElementId> HostingController::focused() {
@@ -160,9 +160,10 @@ bool HostingController::applyScroll(ElementId region, double distance) {
 }
 
 bool HostingController::scrollBy(ElementId region, double distance) {
-  const bool scrolls = applyScroll(region, distance);
-  if (scrolls) requestFrame();
-  return scrolls;
+  if (!applyScroll(region, distance)) return false;
+  hasScrolled_ = true;
+  requestFrame();
+  return true;
 }
 
 const ScrollRegion* HostingController::regionAt(Point point) const {

@@ -75,7 +75,8 @@ void Layout::run(std::vector<ElementId> kept, Rows rows) {
   const Rect area{isMirrored ? safe.right : safe.left, safe.top,
                   std::max(0.0, window.width - safe.left - safe.right),
                   std::max(0.0, window.height - safe.top - safe.bottom)};
-  isOpening_ = isSettling_ = movesRows_ = false;
+  isOpening_ = movesRows_ = false;
+  isSettling_ = std::exchange(settles_, false);
   // Repeats while lazy rows turn out taller or shorter than expected, and if a list that opens was moved.
   constexpr int maxPasses = 8;
   for (int pass = 0; pass < maxPasses && (pass == 0 || needsAnotherPass_); ++pass) {

@@ -38,6 +38,9 @@ class Layout {
   /// asks for and removes the others, except those that contain one of the `kept` elements.
   void run(std::vector<ElementId> kept, Rows rows = Rows::nearby);
 
+  /// In the next run, the lower edge of a scrolling part moves if it would lie between two lines.
+  void settle() { settles_ = true; }
+
   /// The regions that scroll, outermost first.
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
 
@@ -128,7 +131,8 @@ class Layout {
   Rows rows_ = Rows::nearby;
   bool needsAnotherPass_ = false;
   bool isOpening_ = false;   // whether a disclosure was found that has begun to open
-  bool isSettling_ = false;  // whether it has, or has just closed
+  bool isSettling_ = false;  // whether it has, or has just closed, or scrolling has ended
+  bool settles_ = false;     // in the next run
   bool isMoving_ = false;
   bool movesRows_ = false;
   std::vector<Element*> moving_;

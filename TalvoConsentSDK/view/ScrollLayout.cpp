@@ -136,7 +136,7 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   if (!parts.scrollsFooter) placeAt(footer, 0, footerTop, natural);
 
   // A cut between two lines would look like the end of the content. While the user scrolls or a list moves,
-  // the edge stays. Once a list has opened or closed, the edge moves only if it has to.
+  // the edge stays. Once a list has opened or closed, or scrolling has ended, it moves only if it has to.
   const bool isAtStart = offset.y == 0 && offset.held == infinity;
   if (needsAnotherPass_ || !moving_.empty() || (!isAtStart && !isSettling_)) return;
   const double scale = std::max(1.0, environment_.textScale);

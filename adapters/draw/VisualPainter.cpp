@@ -33,7 +33,6 @@ constexpr double rounding = 1.0 / 64;  // pixels; lengths that differ by less co
 constexpr Color opaqueWhite{1, 1, 1, 1};
 constexpr double shadowReach = 3;  // in standard deviations
 constexpr int shadowSteps = 12;    // of the grid that draws a shadow's corner
-constexpr int fadeSteps = 12;      // of the grid that draws a fading box
 
 // Lengths in keys are in 1/16 of a pixel.
 std::uint32_t sixteenths(double pixels) {
@@ -296,17 +295,12 @@ void VisualPainter::draw(const Visual& visual, const visual::Box& box) {
   fillBox(area, continuousCorner(box.cornerRadius * size_.scale, area), faded(box.color));
 }
 
-// In rows between which the renderer interpolates.
+// In rows of pixels, because renderers differ in how they interpolate between a triangle's corners.
 void VisualPainter::fillFading(const Rect& area, int fade, const Color& color) {
-  if (area.width <= 0 || area.height <= 0) return;
-  std::vector<double> y;
-  std::vector<Color> colors;
-  for (int i = 0; i <= fadeSteps; ++i) {
-    const double passed = static_cast<double>(i) / fadeSteps;
-    y.push_back(area.y + area.height * passed);
-    colors.insert(colors.end(), 2, color.withAlpha(color.alpha * look::fadeOpacity(fade, passed)));
+  for (double y = 0; y < area.height; ++y) {
+    const double opacity = look::fadeOpacity(fade, (y + 0.5) / area.height);
+    fill({area.x, area.y + y, area.width, 1}, color.withAlpha(color.alpha * opacity));
   }
-  triangles_.addGrid({area.x, area.right()}, y, colors, white());
 }
 
 // A grid whose corners have the shadow's opacity there. Between them the renderer interpolates, which differs

@@ -121,7 +121,8 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
 }
 
 // Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
-// points high, times the text scale. So is an opened list. At the end of the content, nothing is cut off.
+// points high, times the text scale. So is an opened list, and content that was scrolled and is still again.
+// At the end of the content, nothing is cut off.
 TEST(LayoutTest, CutsALineAtTheLowerEdge) {
   const std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 24}));
   for (const auto& [opens, scale, least] :
@@ -135,12 +136,23 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
       TestScreen screen(pinnedEnds({.growsUp = true}, {{}, {}, list, box(100, 40)}), {100 * scale, height},
                         {}, {}, scale);
       if (opens) tap(screen, "button");
-      const bool isCut = std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
-        const double shown = each.clip->bottom() - each.frame.y;
-        const double ofLine = std::fmod(shown / scale, 22);
-        return shown > 0 && shown < each.frame.height && ofLine > 8 && ofLine < 17;
-      });
-      EXPECT_TRUE(isCut) << opens << " " << scale << " " << height;
+      const auto isCut = [&] {
+        return std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
+          const double shown = each.clip->bottom() - each.frame.y;
+          const double ofLine = std::fmod(shown / scale, 22);
+          return shown > 0 && shown < each.frame.height && ofLine > 8 && ofLine < 17;
+        });
+      };
+      EXPECT_TRUE(isCut()) << opens << " " << scale << " " << height;
+      for (HostingController::Clock::time_point now;
+           now.time_since_epoch() < 20s && std::fmod(height, 20) == 0; now += 250ms) {
+        screen.scroll({50, 100}, 7 * scale);
+        screen.frame(now);
+        EXPECT_TRUE(screen.isMoving());
+        screen.frame(now + 200ms);
+        EXPECT_FALSE(screen.isMoving());
+        EXPECT_TRUE(isCut()) << opens << " " << scale << " " << height << " " << now.time_since_epoch() / 1ms;
+      }
       screen.press(Key::end);
       EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
     }
