@@ -23,8 +23,8 @@ namespace TalvoConsentSDK {
 namespace {
 
 constexpr std::array wantedWeights{400, 500, 600, 700};  // those that the banner's texts have
-constexpr unsigned maxMembers = 64;  // of a collection; a damaged one may claim any number
-constexpr double maxPixels = 1000;   // FreeType's rasteriser takes time for every pixel
+constexpr unsigned maxMembers = 64;     // of a collection; a damaged one may claim any number
+constexpr double maxFontPixels = 1000;  // FreeType's rasteriser takes time for every pixel
 
 std::shared_ptr<FT_LibraryRec_> freeType() {
   static std::mutex lock;
@@ -161,9 +161,9 @@ bool FontFace::has(char32_t character) const {
 // size in points, not on the display, so the outline is loaded in points.
 bool FontFace::load(std::uint32_t glyph, double points, double scale) const {
   if (FT_IS_SCALABLE(face_)) {
-    const double size = std::min(points, maxPixels);
+    const double size = std::min(points, maxFontPixels);
     FT_Matrix matrix{0, 0, 0, 0};
-    matrix.xx = matrix.yy = std::lround(std::min(scale, maxPixels / size) * 0x10000);
+    matrix.xx = matrix.yy = std::lround(std::min(scale, maxFontPixels / size) * 0x10000);
     if (FT_Set_Char_Size(face_, 0, static_cast<FT_F26Dot6>(std::lround(size * 64)), 72, 72) != 0)
       return false;
     FT_Set_Transform(face_, &matrix, nullptr);
@@ -204,7 +204,7 @@ GlyphPicture FontFace::draw(std::uint32_t glyph, double points, double scale, do
     FT_BBox box;
     FT_Outline_Get_CBox(&slot->outline, &box);
     constexpr FT_Pos limit =
-        static_cast<FT_Pos>(4 * maxPixels) * 64;  // a damaged font may have letters of any size
+        static_cast<FT_Pos>(4 * maxFontPixels) * 64;  // a damaged font may have letters of any size
     if (box.xMax - box.xMin > limit || box.yMax - box.yMin > limit) return picture;
     FT_Outline_Translate(&slot->outline, static_cast<FT_Pos>(std::lround(shift * 64)), 0);
   }

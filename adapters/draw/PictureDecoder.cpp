@@ -19,7 +19,6 @@ namespace {
 // Larger pictures are rejected as a mistake: no logo needs them, and decoding takes memory for every pixel.
 constexpr std::int64_t maxPixels = 16'000'000;
 constexpr int keptSide = 2048;  // pixels; larger pictures are made smaller
-constexpr std::size_t channels = 4;
 
 PlatformError failure(const std::string& reason) {
   return {"PictureDecoder", 1, "The picture cannot be read: " + reason};
@@ -29,8 +28,9 @@ PlatformError failure(const std::string& reason) {
 std::optional<PixelImage> blank(std::int64_t width, std::int64_t height) {
   if (width <= 0 || height <= 0 || width > maxPixels || height > maxPixels || width * height > maxPixels)
     return {};
-  return PixelImage{static_cast<int>(width), static_cast<int>(height),
-                    std::vector<std::uint8_t>(static_cast<std::size_t>(width * height) * channels)};
+  return PixelImage{
+      static_cast<int>(width), static_cast<int>(height),
+      std::vector<std::uint8_t>(static_cast<std::size_t>(width * height) * PixelImage::channels)};
 }
 
 Result<PixelImage> decodedPNG(std::string_view bytes) {
@@ -76,7 +76,7 @@ Result<PixelImage> decodedWebP(std::string_view bytes) {
   if (WebPGetInfo(data, bytes.size(), &width, &height) == 0) return failure("Its header is damaged");
   auto image = blank(width, height);
   if (!image) return failure("It is too large");
-  const int rowBytes = width * static_cast<int>(channels);
+  const int rowBytes = width * static_cast<int>(PixelImage::channels);
   if (!WebPDecodeRGBAInto(data, bytes.size(), image->bytes.data(), image->bytes.size(), rowBytes)) {
     return failure("Its content is damaged, or it is an animation");
   }

@@ -8,7 +8,7 @@ namespace TalvoConsentSDK {
 
 namespace {
 
-constexpr std::size_t channels = 4;
+constexpr std::size_t channels = PixelImage::channels;
 
 // The pixels of a row or a column that are mixed to one pixel, and their weights, which add up to 1.
 struct Mix {

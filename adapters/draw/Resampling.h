@@ -10,6 +10,8 @@ namespace TalvoConsentSDK {
 
 /// Red, green, blue and alpha of each pixel, not premultiplied, row by row.
 struct PixelImage {
+  static constexpr std::size_t channels = 4;
+
   int width = 0;
   int height = 0;
   std::vector<std::uint8_t> bytes{};

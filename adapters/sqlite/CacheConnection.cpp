@@ -9,7 +9,7 @@ using namespace platform;
 
 namespace {
 
-constexpr const char* schemaVersion = "1";
+constexpr const char* cacheVersion = "1";
 constexpr std::int64_t pageSize = 4096;
 constexpr std::int64_t tablesPages = 16;  // for the inner pages of the table and its indexes
 constexpr std::size_t maxRead = 100;
@@ -48,7 +48,7 @@ std::int64_t checksum(std::string_view key, std::string_view value) {
   return Checksum(key).add(value).value();
 }
 
-void prepare(const SQLiteHandle& connection) {
+void prepareCache(const SQLiteHandle& connection) {
   // What is lost in a power cut is fetched again, so nothing needs to wait for the disk.
   execute(connection,
           "PRAGMA synchronous = OFF; PRAGMA wal_autocheckpoint = 250; PRAGMA journal_size_limit = 1000000;"
@@ -59,7 +59,7 @@ void prepare(const SQLiteHandle& connection) {
           "CREATE TABLE IF NOT EXISTS replies(key BLOB NOT NULL UNIQUE, head BLOB NOT NULL,"
           " body BLOB NOT NULL, headSum INTEGER NOT NULL, bodySum INTEGER NOT NULL, used INTEGER NOT NULL);"
           " CREATE INDEX IF NOT EXISTS uses ON replies(used)");
-  execute(connection, std::string("PRAGMA user_version = ") + schemaVersion);
+  execute(connection, std::string("PRAGMA user_version = ") + cacheVersion);
   transaction.commit();
 }
 
@@ -70,7 +70,7 @@ std::int64_t pagesFor(std::size_t bytes) {
 }  // namespace
 
 CacheConnection::CacheConnection(const std::filesystem::path& named, StoreWaitEnd end, std::int64_t maxBytes)
-    : DatabaseFile(named, end, schemaVersion, prepare), maxPages_(maxBytes / pageSize - tablesPages) {
+    : DatabaseFile(named, end, cacheVersion, prepareCache), maxPages_(maxBytes / pageSize - tablesPages) {
   const std::int64_t most =
       std::max<std::int64_t>(maxPages_, 0) + tablesPages;  // a new file is never too large
   if (numberOf(handle(), "PRAGMA page_count") > most) throw storeFailure(SQLITE_TOOBIG);

@@ -21,13 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int maxAttempts = 4;
-
-fs::path absolutePath(const fs::path& file) {
-  std::error_code error;  // on failure the path is empty, and every operation fails to open it
-  return fs::absolute(file, error);
-}
-
 std::int64_t bytesOf(std::size_t bytes) {
   return static_cast<std::int64_t>(std::min<std::uint64_t>(bytes, std::numeric_limits<std::int64_t>::max()));
 }
@@ -40,6 +33,8 @@ bool mustRecreateFile(const PlatformError& error) {
 }  // namespace
 
 struct SQLiteCacheStorage::Access {
+  static constexpr int maxAttempts = 4;
+
   enum class Kind { reading, change };
 
   template <class T>

@@ -3,7 +3,6 @@
 #include <functional>
 #include <mutex>
 #include <string>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 
@@ -22,14 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int maxAttempts = 8;
-
-// Makes the path absolute, so that the store stays the same when the process changes its working directory.
-fs::path absolutePath(const fs::path& file) {
-  std::error_code error;  // on failure the path is empty, and every operation fails to open it
-  return fs::absolute(file, error);
-}
-
 struct SetAsideNotice {
   fs::path name;
   ~SetAsideNotice() {
@@ -41,6 +32,8 @@ struct SetAsideNotice {
 
 // Runs one operation at a time on the store that the path leads to.
 struct SQLiteUserDefaults::Access {
+  static constexpr int maxAttempts = 8;
+
   enum class Kind { reading, change };
   using Operation = std::function<void(StoreConnection&)>;
 

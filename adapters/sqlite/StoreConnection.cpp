@@ -15,7 +15,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr const char* schemaVersion = "1";
+constexpr const char* storeVersion = "1";
 
 // The file's application id says whether removed values may remain in its free space or its log. This number
 // means that there are none; any other number means that the file must be wiped. Each change that leaves
@@ -43,11 +43,11 @@ void createTable(const SQLiteHandle& connection) {
         "CREATE TABLE defaults(key BLOB PRIMARY KEY NOT NULL, isData INTEGER NOT NULL, value BLOB NOT NULL)"
         " WITHOUT ROWID");
   }
-  execute(connection, std::string("PRAGMA user_version = ") + schemaVersion);
+  execute(connection, std::string("PRAGMA user_version = ") + storeVersion);
   transaction.commit();
 }
 
-void prepare(const SQLiteHandle& connection) {
+void prepareStore(const SQLiteHandle& connection) {
   execute(connection, "PRAGMA synchronous = FULL");
   if (numberOf(connection, "PRAGMA user_version") == 0 || !hasTable(connection)) createTable(connection);
 }
@@ -55,7 +55,7 @@ void prepare(const SQLiteHandle& connection) {
 }  // namespace
 
 StoreConnection::StoreConnection(const std::filesystem::path& named, StoreWaitEnd end)
-    : DatabaseFile(named, end, schemaVersion, prepare) {}
+    : DatabaseFile(named, end, storeVersion, prepareStore) {}
 
 std::optional<std::string> StoreConnection::read(std::string_view key, bool isData) {
   return read_.run(key, isData);

@@ -62,6 +62,11 @@ bool pathExists(const fs::path& path) {
 
 }  // namespace
 
+fs::path absolutePath(const fs::path& file) {
+  std::error_code error;
+  return fs::absolute(file, error);
+}
+
 fs::path withoutLinks(const fs::path& file) {
   int linksLeft = 40;
   return withoutLinks(file, linksLeft);

@@ -17,6 +17,10 @@ namespace TalvoConsentSDK {
 /// The time at which a thread gives up waiting.
 using StoreWaitEnd = std::chrono::steady_clock::time_point;
 
+/// The absolute path, so that the store stays the same when the process changes its working directory. Empty
+/// if there is none: every operation then fails to open it.
+std::filesystem::path absolutePath(const std::filesystem::path& file);
+
 /// The path of `file` with every symbolic link followed, including links whose target is missing. SQLite
 /// keeps the side files beside this path.
 std::filesystem::path withoutLinks(const std::filesystem::path& file);

@@ -241,7 +241,7 @@ struct WrapperText {
   }
 };
 
-class Printer {
+class TextPrinter {
  public:
   void add(const Element& element, int depth) {
     std::string wrappers;
@@ -280,7 +280,7 @@ std::string textPicture(const AnyView& view) {
   ElementTree tree([] {});
   tree.render(view);
   makeRows(tree, tree.root());
-  Printer printer;
+  TextPrinter printer;
   printer.add(tree.root(), 0);
   return std::move(printer).take();
 }

@@ -188,8 +188,9 @@ TEST_F(CInterfaceTest, SubmitsStoresAndRaisesEvents) {
 
   for (const talvo_status failure : {TALVO_NETWORK_ERROR, TALVO_HTTP_ERROR}) {
     fault = failure;
+    const int before = heard.replies;
     ASSERT_EQ(talvo_cookies_submit_consent(sdk, "{}", Heard::reply, &heard), TALVO_OK);
-    heard.await(heard.replies + 1);
+    heard.await(before + 1);
     EXPECT_EQ(heard.status, failure);
   }
   EXPECT_EQ(heard.httpStatus, 503);
