@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -26,6 +27,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::size_t maxUnkept = 1'000;
+constexpr std::chrono::milliseconds removalPause(100);
 
 bool isCancelled(const URLRequest& request) {
   return request.cancellation && request.cancellation->isCancelled();
@@ -91,7 +93,8 @@ class CachingURLSession::Cache : public std::enable_shared_from_this<Cache> {
   std::mutex underWayLock_;
   std::unordered_set<Exchange*> underWay_;
   std::mutex changesLock_;  // held while a change is posted: `unkept_` is what the storage will not hold
-  std::unordered_set<std::string> unkept_;  // keys under which nothing is kept: these need not be looked up
+  // Keys under which nothing is kept, and when they were last removed. These need not be looked up.
+  std::unordered_map<std::string, SteadyClock::time_point> unkept_;
 };
 
 /// One GET. Only one thread at a time uses it, except for `isOutdated`.
@@ -251,9 +254,10 @@ void CachingURLSession::Cache::keep(const ExchangePointer& exchange, const Resul
                     return storage.write(key, {head, body});
                   });
   }
+  if (isUnkept(key)) return;
   const bool isGone = status == 404 || status == 410;
   const bool isCurrent = status == 200 && hasExpectedType(exchange->request, outcome->headers);
-  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome) && !isUnkept(key)) remove(key);
+  if ((isCurrent || isGone) && isFromItsURL(exchange->request, *outcome)) remove(key);
 }
 
 void CachingURLSession::Cache::forgetWhatChanged(const URL& requested, const Result<URLResponse>& outcome) {
@@ -272,11 +276,17 @@ bool CachingURLSession::Cache::isUnkept(const std::string& key) {
   return unkept_.contains(key);
 }
 
-// Removes also what another process may have kept since this one removed it last.
+// Removes also what another process may have kept since this one removed it last, but at most once in
+// `removalPause`: waking the executor for each of many changes would make them a quarter slower. So a reply
+// may stay that another process received within this time before a change. One that it receives after a
+// change may stay anyhow, although it was requested before.
 void CachingURLSession::Cache::remove(const std::string& key) {
   const std::scoped_lock guard(changesLock_);
+  const auto now = SteadyClock::now();
+  const auto former = unkept_.find(key);
+  if (former != unkept_.end() && now - former->second < removalPause) return;
   if (unkept_.size() >= maxUnkept) unkept_.clear();
-  unkept_.insert(key);
+  unkept_[key] = now;
   change(key, [key](CacheStorage& storage) { return storage.remove(key); });
 }
 

@@ -27,7 +27,8 @@ namespace TalvoConsentSDK TALVO_EXPORT {
 /// - the reply has a lifetime (max-age or Expires), stale-if-error, an ETag or Last-Modified. It guesses no
 ///   lifetime.
 /// It keeps one reply for each URL. Requests whose replies may not be kept go to the inner session unchanged.
-/// A successful POST or PUT removes what was kept for its URL.
+/// A successful POST or PUT removes what was kept for its URL. A reply that another process requested just
+/// before may stay.
 ///
 /// Vary is compared with the fields of `URLRequest::headers`. Accept-Encoding always matches, because
 /// sessions decode what they receive.
