@@ -3,7 +3,7 @@
 // Collects the body of a reply while it arrives.
 
 #include <cstddef>
-#include <deque>
+#include <list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -45,7 +45,7 @@ class CurlBody {
  private:
   static constexpr std::size_t pieceSize = 1U << 20U;
 
-  std::deque<std::string> pieces_;
+  std::list<std::string> pieces_;
   std::size_t size_ = 0;
 };
 

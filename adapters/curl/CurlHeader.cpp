@@ -9,6 +9,8 @@
 #include <curl/curl.h>
 #include <strings.h>
 
+#include "TalvoConsentSDK/base/ASCII.h"
+
 namespace TalvoConsentSDK {
 
 using namespace platform;
@@ -27,9 +29,11 @@ std::string_view trimmed(std::string_view text) {
 }  // namespace
 
 bool isHeaderName(std::string_view name) {
-  constexpr std::string_view allowed =
-      "!#$%&'*+-.^_`|~0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-  return !name.empty() && name.find_first_not_of(allowed) == name.npos;
+  return !name.empty() && std::ranges::all_of(name, [](char c) {
+    const char lower = lowercased(c);
+    return (lower >= 'a' && lower <= 'z') || (c >= '0' && c <= '9') ||
+           std::string_view("!#$%&'*+-.^_`|~").find(c) != std::string_view::npos;
+  });
 }
 
 PlatformError curlError(int code, std::string text) {
