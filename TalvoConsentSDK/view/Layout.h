@@ -123,6 +123,7 @@ class Layout {
     Rect visible;
     std::optional<Rect> clip;
     ScrollOffset* offset = nullptr;  // null if the element is in no scroll region
+    double end = 0;                  // of the region's content
   };
 
   std::vector<ScrollRegion> scrollRegions_;

@@ -16,6 +16,7 @@ constexpr double maxHeader = 1.0 / 3;  // of the room; the title of a taller hea
 constexpr double maxCut = 54;          // of a scrolling part; more of a high one if texts are larger
 constexpr double hiddenPart = 6;       // of the line that the lower edge cuts; times the text scale
 constexpr double fadedPart = 8;        // of the same line; as much as is hidden is seen above it
+constexpr double maxRest = 40;         // below a list that opens: margins, but no row
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
@@ -32,11 +33,13 @@ ScrollOffset& Layout::scrollOffset(const Element& region) {
 double Layout::placeScroller(Element& element, const Rect& region, double contentHeight) {
   const ScrollRegion scroller{element.id, &element, region, contentHeight};
   scrollRegions_.push_back(scroller);
-  auto& [visible, clip, offset] = viewport_;
+  auto& [visible, clip, offset, end] = viewport_;
   if (scroller.maxOffset() > 0) clip = clip ? clip->intersection(region) : region;
   visible = visible.intersection(region);
   offset = &scrollOffset(element);
-  return region.y - std::clamp(offset->y, 0.0, scroller.maxOffset());
+  const double top = region.y - std::clamp(offset->y, 0.0, scroller.maxOffset());
+  end = top + contentHeight;
+  return top;
 }
 
 Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds& pinned,
@@ -129,6 +132,7 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   const double shownCut = std::clamp(scrolled - height - offset.y, 0.0, std::min(cut, height));
   double y = placeScroller(element, {frame.x, top, frame.width, height - shownCut}, scrolled - shownCut) +
              parts.contentTop - parts.top;
+  viewport_.end += shownCut;
   if (parts.scrollsTitle) y = placeAt(title, 0, y, parts.title);
   y = placeAt(content, 0, y, natural);
   if (parts.scrollsFooter) placeAt(footer, 0, y, natural);
@@ -205,7 +209,9 @@ void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosur
   const Viewport outer = viewport_;
   Disclosed& before = tree_.memory().get<Disclosed>(element.id, [] { return Disclosed{}; });
   if (disclosure.isOpen && !before.isDone && outer.offset) {
-    const double wanted = std::min(content.height, firstHeight()) * shown;
+    const double rest = outer.end - frame.bottom();
+    const bool isLast = content.height <= firstHeight() && rest <= maxRest;
+    const double wanted = std::min(content.height + (isLast ? rest : 0), firstHeight()) * shown;
     // The row that opens stays in sight, too.
     const double distance =
         std::min(frame.y + wanted - outer.visible.bottom(),

@@ -280,6 +280,24 @@ TEST_F(PreferencesTest, OpensAListBelowTheFinger) {
   EXPECT_GT(find(screen, "dialog").frame.height, card + 200) << "scrolling makes use of the whole window";
 }
 
+TEST_F(PreferencesTest, ShowsAShortLastListWhole) {
+  site = customization("title", "title tabs:statistics,marketing buttons:savePreferences closeButton");
+  for (const double height : {844.0, 240.0}) {
+    const ConsentBannerView few = banner({}, catalogue("statistics:A marketing:B"));
+    few.handleMainAction("preferences");
+    TestScreen small(bannerComposition(few.view(), site), {390, height});
+    small.setMotion();
+    const double card = find(small, "dialog").frame.height;
+    tap(small, "expander Marketing");
+    int time = 1000;
+    do small.frame(at(time += 10));
+    while (small.isMoving());
+    const AccessibleElement& last = find(small, "switch B");
+    EXPECT_EQ(last.frame.intersection(last.clip.value_or(last.frame)), last.frame) << height;
+    EXPECT_EQ(find(small, "dialog").frame.height > card, height > 800) << height;
+  }
+}
+
 TEST_F(PreferencesTest, IgnoresTapsOnRowsThatMove) {
   const Point finger = find(screen, "expander Marketing").frame.center();
   touchAt(finger, 1000);
