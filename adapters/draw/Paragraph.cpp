@@ -13,8 +13,10 @@ using namespace view;
 
 namespace {
 
-constexpr double rounding = 1e-6;               // points; sums of widths differ by less
-constexpr std::size_t maxCharacters = 200'000;  // of all texts that are kept
+constexpr double rounding = 1e-6;  // points; sums of widths differ by less
+constexpr std::size_t maxCharacters =
+    200'000;                           // of all texts that are kept, if these are more than `minTexts`
+constexpr std::size_t minTexts = 200;  // more than a frame shows, so that no frame shapes its texts again
 constexpr std::size_t maxTexts = 2'000;
 constexpr std::size_t maxWidths = 8;         // at which one text is kept
 constexpr std::size_t maxShapedLines = 200;  // of one text
@@ -133,18 +135,21 @@ Paragraphs::Entry& Paragraphs::entry(std::string_view text, FontWeight weight) {
     ages_.splice(ages_.begin(), ages_, found->second.age);
     return found->second;
   }
-  while (!ages_.empty() && (ages_.size() >= maxTexts || characters_ + text.size() > maxCharacters)) {
+  Entry added{std::make_shared<ShapedText>(text, weight, *fonts_, language_, breaker_), {}, {}};
+  std::list<const Key*> age(1);
+  while (ages_.size() >= maxTexts ||
+         (ages_.size() >= minTexts && characters_ + text.size() > maxCharacters)) {
     const auto oldest = entries_.find(*ages_.back());
     characters_ -= std::get<std::string>(oldest->first).size();
     ages_.pop_back();
     entries_.erase(oldest);
   }
+  added.age = age.begin();
+  const auto place = entries_.try_emplace(std::move(key), std::move(added)).first;
+  *age.begin() = &place->first;
+  ages_.splice(ages_.begin(), age);
   characters_ += text.size();
-  const auto added = entries_.try_emplace(std::move(key)).first;
-  added->second.shaped = std::make_shared<ShapedText>(text, weight, *fonts_, language_, breaker_);
-  ages_.push_front(&added->first);
-  added->second.age = ages_.begin();
-  return added->second;
+  return place->second;
 }
 
 }  // namespace TalvoConsentSDK

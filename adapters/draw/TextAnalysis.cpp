@@ -8,6 +8,8 @@
 #include <hb.h>
 #include <linebreak.h>
 
+#include "TalvoConsentSDK/platform/Printer.h"
+
 namespace TalvoConsentSDK {
 
 using namespace platform;
@@ -31,6 +33,11 @@ bool isSmallKana(char32_t c) {
 // Korean is read more easily if its words stay whole, and Qt keeps them so. The standard allows both.
 bool isHangul(char32_t c) {
   return (c >= 0xAC00 && c <= 0xD7A3) || (c >= 0x1100 && c <= 0x11FF) || (c >= 0x3131 && c <= 0x318E);
+}
+
+// Two of these make a flag.
+bool isFlagLetter(char32_t c) {
+  return c >= 0x1F1E6 && c <= 0x1F1FF;
 }
 
 bool isLineBreak(char32_t c) {
@@ -89,16 +96,21 @@ std::vector<LineBreak> lineBreaks(std::string_view utf8, const Characters& text,
   std::vector<LineBreak> result(count + 1, LineBreak::none);
   if (!isReady || count == 0) return result;
   std::vector<utf32_t> codes(text.codes.begin(), text.codes.end());
-  std::ranges::replace(codes, 0xFFFFU,
-                       0xFFFDU);  // the library takes U+FFFF for the end of the text, and aborts
+  // The library takes U+FFFF for the end of the text, and does not know the letters of flags. It aborts at
+  // both.
+  std::ranges::replace(codes, 0xFFFFU, 0xFFFDU);
+  std::ranges::replace_if(codes, isFlagLetter, U'\u4E00');
   std::vector<char> after(count);
   std::ranges::replace_if(codes, isSmallKana, U'\u3005');
   set_linebreaks_utf32(codes.data(), count, language.c_str(), after.data());
   bool hasDictionaryText = false;
+  std::size_t flagLetters = 0;  // directly before the character
   for (std::size_t i = 0; i < count; ++i) {
     if (after[i] == LINEBREAK_ALLOWBREAK) result[i + 1] = LineBreak::allowed;
     if (after[i] == LINEBREAK_MUSTBREAK) result[i + 1] = LineBreak::mandatory;
     if (i > 0 && isHangul(text.codes[i - 1]) && isHangul(text.codes[i])) result[i] = LineBreak::none;
+    if (flagLetters % 2 == 1 && isFlagLetter(text.codes[i])) result[i] = LineBreak::none;
+    flagLetters = isFlagLetter(text.codes[i]) ? flagLetters + 1 : 0;
     if (i == 0 || !needsDictionary(text.codes[i])) continue;
     hasDictionaryText = true;
     if (!breaker && needsDictionary(text.codes[i - 1])) result[i] = LineBreak::allowed;
@@ -106,7 +118,9 @@ std::vector<LineBreak> lineBreaks(std::string_view utf8, const Characters& text,
   // The library also reports a break at the end of every text.
   if (!isLineBreak(text.codes.back())) result[count] = LineBreak::none;
   if (!breaker || !hasDictionaryText) return result;
-  for (const std::size_t offset : breaker(utf8, language)) {
+  std::vector<std::size_t> offsets;
+  callHost([&] { offsets = breaker(utf8, language); });
+  for (const std::size_t offset : offsets) {
     const auto found = std::ranges::lower_bound(text.offsets, offset);
     if (found == text.offsets.end() || *found != offset || found == text.offsets.begin()) continue;
     LineBreak& place = result[static_cast<std::size_t>(found - text.offsets.begin())];

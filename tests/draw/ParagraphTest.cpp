@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <random>
+#include <stdexcept>
 
 #include "TalvoConsentSDK/view/ViewTypes.h"
 
@@ -62,6 +63,26 @@ TEST(ParagraphTest, OrdersDirectionsOnALine) {
   EXPECT_EQ(mixed, joined(joined(letters(hebrew), letters(" ")), letters("ab")));
   // Mostly Latin.
   EXPECT_EQ(letters("abcd " + hebrew), joined(letters("abcd "), letters(hebrew)));
+}
+
+TEST(ParagraphTest, KeepsALongTextBesideOthers) {
+  Paragraphs paragraphs(systemFonts(), nullptr);
+  const std::string all = textOf("", "word ", "60000");
+  const auto first = paragraphs.wrapped(all, body, 1, 300);
+  for (int i = 0; i < 100; ++i) paragraphs.wrapped(std::to_string(i), body, 1, 300);
+  EXPECT_EQ(paragraphs.wrapped(all, body, 1, 300), first) << "each frame would shape it again";
+}
+
+TEST(ParagraphTest, OutlivesABreakerThatThrows) {
+  int calls = 0;
+  Paragraphs paragraphs(systemFonts(), [&](std::string_view, std::string_view) -> std::vector<std::size_t> {
+    ++calls;
+    throw std::runtime_error("no dictionary");
+  });
+  const std::string thai = textOf("", "\\xE0\\xB8\\x81", "60");
+  for (const double width : {100.0, 200.0})
+    EXPECT_GT(paragraphs.wrapped(thai, body, 1, width)->lineCount(), 1U);
+  EXPECT_EQ(calls, 1);
 }
 
 class HostileTextTest : public TestWithParam<std::array<std::string, 4>> {};
