@@ -43,9 +43,9 @@ void HostingController::touchMoved(Point point, Clock::time_point now) {
 }
 
 void HostingController::touchEnded(Point point, Clock::time_point now) {
+  touchMoved(point, now);  // the host may have reported no movement
   const auto tapped = std::exchange(pressed_, std::nullopt);
   if (isDragging_) {
-    touchMoved(point, now);
     motion_.release(now);
   } else {
     motion_.stop();

@@ -102,6 +102,8 @@ TEST_F(HostingControllerTest, TapsButDoesNotDrag) {
   screen.touchBegan({50, 50}, at(20));  // this touch never ends
   screen.touch({{300, 300}});
   screen.touch({{50, 50}, {58, 58}, {50, 50}});
+  screen.touchBegan({50, 50}, at(30));
+  screen.touchEnded({80, 80}, at(40));  // no movement was reported
   EXPECT_EQ(takeTrace(), "");
   screen.touch({{50, 50}, {56, 57}});
   EXPECT_EQ(takeTrace(), "tap");
