@@ -61,8 +61,9 @@ class RenderingState {
     return version && std::string_view(version).find("OpenGL ES 2") == std::string_view::npos;
   }
 
-  std::pair<GLenum, GLboolean> enabled_[6] = {{GL_BLEND, 0},      {GL_SCISSOR_TEST, 0}, {GL_CULL_FACE, 0},
-                                              {GL_DEPTH_TEST, 0}, {GL_STENCIL_TEST, 0}, {GL_DITHER, 0}};
+  std::pair<GLenum, GLboolean> enabled_[8] = {
+      {GL_BLEND, 0},        {GL_SCISSOR_TEST, 0}, {GL_CULL_FACE, 0},       {GL_DEPTH_TEST, 0},
+      {GL_STENCIL_TEST, 0}, {GL_DITHER, 0},       {GL_SAMPLE_COVERAGE, 0}, {GL_SAMPLE_ALPHA_TO_COVERAGE, 0}};
   std::pair<GLenum, GLint> integers_[10] = {{GL_CURRENT_PROGRAM, 0},      {GL_ARRAY_BUFFER_BINDING, 0},
                                             {GL_UNPACK_ALIGNMENT, 0},     {GL_BLEND_SRC_RGB, 0},
                                             {GL_BLEND_DST_RGB, 0},        {GL_BLEND_SRC_ALPHA, 0},

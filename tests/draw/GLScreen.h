@@ -51,8 +51,25 @@ class GLScreen {
 
   void makeCurrent() { EXPECT_TRUE(eglMakeCurrent(display_, surface_, surface_, context_)); }
 
+  /// From now on draws into a framebuffer with four samples a pixel.
+  void multisample() {
+    makeCurrent();
+    const auto framebuffer = [this](GLuint& name, int samples) {
+      GLuint colors = 0;
+      glGenRenderbuffers(1, &colors);
+      glBindRenderbuffer(GL_RENDERBUFFER, colors);
+      glRenderbufferStorageMultisample(GL_RENDERBUFFER, samples, GL_RGBA8, width_, height_);
+      glGenFramebuffers(1, &name);
+      glBindFramebuffer(GL_FRAMEBUFFER, name);
+      glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, colors);
+    };
+    framebuffer(resolved_, 0);
+    framebuffer(drawn_, 4);
+  }
+
   Bytes draw(const DrawList& list) {
     makeCurrent();
+    glBindFramebuffer(GL_FRAMEBUFFER, drawn_);
     GLboolean mask[4] = {};
     glGetBooleanv(GL_COLOR_WRITEMASK, mask);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
@@ -60,6 +77,11 @@ class GLScreen {
     glClear(GL_COLOR_BUFFER_BIT);
     glColorMask(mask[0], mask[1], mask[2], mask[3]);
     EXPECT_TRUE(renderer->draw(list, width_, height_));
+    if (resolved_ != drawn_) {
+      glBindFramebuffer(GL_DRAW_FRAMEBUFFER, resolved_);
+      glBlitFramebuffer(0, 0, width_, height_, 0, 0, width_, height_, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+      glBindFramebuffer(GL_FRAMEBUFFER, resolved_);
+    }
     const int row = width_ * 4;
     Bytes pixels(static_cast<std::size_t>(row * height_));
     glReadPixels(0, 0, width_, height_, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
@@ -87,6 +109,8 @@ class GLScreen {
       eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
   EGLContext context_ = nullptr;
   EGLSurface surface_ = nullptr;
+  GLuint drawn_ = 0;     // framebuffers; 0 is that of the surface
+  GLuint resolved_ = 0;  // with one sample a pixel
   int width_ = 0;
   int height_ = 0;
 };

@@ -126,6 +126,7 @@ TEST(GLESRendererTest, DrawsTwoSurfaces) {
 TEST(GLESRendererTest, LeavesTheContextAsItWas) {
   ShownSurface shown({.settings = {.reducesMotion = true}});
   GLScreen gl(width, height);
+  gl.multisample();
   Bytes expected;
   for (int i = 0; i < 3; ++i) {  // the logo comes later
     shown.frame();
@@ -143,7 +144,10 @@ TEST(GLESRendererTest, LeavesTheContextAsItWas) {
   shown.surface.forgetTextures();  // so that there are uploads
   shown.frame();
   gl.renderer->forgetContext();
-  for (const int each : {GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST}) glEnable(static_cast<GLenum>(each));
+  for (const int each :
+       {GL_CULL_FACE, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_SAMPLE_COVERAGE, GL_SAMPLE_ALPHA_TO_COVERAGE})
+    glEnable(static_cast<GLenum>(each));
+  glSampleCoverage(0.5F, GL_FALSE);
   const auto state = [] {
     std::vector<std::array<GLint, 4>> values;
     for (const int each : {GL_CURRENT_PROGRAM,
@@ -167,6 +171,8 @@ TEST(GLESRendererTest, LeavesTheContextAsItWas) {
                            GL_DEPTH_TEST,
                            GL_STENCIL_TEST,
                            GL_DITHER,
+                           GL_SAMPLE_COVERAGE,
+                           GL_SAMPLE_ALPHA_TO_COVERAGE,
                            GL_COLOR_WRITEMASK}) {
       glGetIntegerv(static_cast<GLenum>(each), values.emplace_back().data());
     }
