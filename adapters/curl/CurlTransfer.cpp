@@ -1,6 +1,7 @@
 #include "adapters/curl/CurlTransfer.h"
 
 #include <algorithm>
+#include <array>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -35,9 +36,12 @@ std::optional<std::chrono::milliseconds> totalLimit(const URLRequest& request, c
   return std::clamp<std::chrono::milliseconds>(limit, 1ms, 24h * 365);
 }
 
-// Headers that are not sent after a redirect to another origin.
-bool isCredential(const std::string& name) {
-  return sameText(name, "Authorization") || sameText(name, "Proxy-Authorization") || sameText(name, "Cookie");
+// Headers that are not sent after a redirect to another origin: credentials, and the marks of a reply that
+// this origin gave, by which another one could recognise the device.
+bool belongsToOrigin(const std::string& name) {
+  constexpr std::array names{"Authorization", "Proxy-Authorization", "Cookie", "If-None-Match",
+                             "If-Modified-Since"};
+  return std::ranges::any_of(names, [&](const char* each) { return sameText(name, each); });
 }
 
 bool mayHaveBody(const URLRequest& request) {
@@ -302,7 +306,7 @@ void CurlTransfer::configureMessage() {
     if (!request_.headers.contains("Content-Type")) add("Content-Type:");  // do not claim to send a form
   }
   for (const auto& [name, value] : request_.headers) {
-    if (leftOrigin_ && isCredential(name)) continue;
+    if (leftOrigin_ && belongsToOrigin(name)) continue;
     const bool blank = value.find_first_not_of(" \t") == std::string::npos;
     add(blank ? name + ";" : name + ": " + value);  // libcurl's way to send a header without a value
   }
