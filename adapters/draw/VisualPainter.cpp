@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 #include <utility>
 
+#include "TalvoConsentSDK/platform/Printer.h"
 #include "TalvoConsentSDK/view/Look.h"
 
 #include "adapters/draw/DrawImage.h"
@@ -151,6 +153,9 @@ AtlasPlace VisualPainter::added(Atlas& atlas, const AtlasKey& key, const AtlasPl
   const AtlasPlace* const known = atlas.add(key, place, bytes);
   if (known) return *known;
   if (!dropsWhatDoesNotFit_) throw TextureIsFull{atlas};
+  if (!std::exchange(hasReportedDrop_, true))
+    print("⚠️ Parts of the banner are missing, because no texture may have more than " +
+          std::to_string(atlas.maxSize()) + " x " + std::to_string(atlas.maxSize()) + " pixels");
   return {};
 }
 

@@ -91,6 +91,7 @@ class VisualPainter {
   double textScale_ = 1;
   double opacity_ = 1;
   bool dropsWhatDoesNotFit_ = false;
+  bool hasReportedDrop_ = false;
   std::map<std::vector<double>, std::vector<double>> shadows_;
   std::vector<TextureUpload> uploads_;
   std::vector<TextureId> released_;

@@ -266,6 +266,19 @@ TEST(ConsentSurfaceTest, FollowsAControllerAndAssistiveTechnology) {
   EXPECT_FALSE(surface.perform(0xFFFF'FFFF'FFFFU, SurfaceAction::activate)) << "there is no such element";
 }
 
+TEST(ConsentSurfaceTest, ReportsOnceThatATextureIsTooSmall) {
+  for (const int most : {2048, 512}) {
+    ShownSurface shown({.size = {1170, 2532, 3}, .settings = {.textScale = 2}, .maxTextureSize = most}, "ja");
+    shown.settle();
+    shown.tap(Role::button, "設定を管理");
+    shown.settle();
+    const auto printed = shown.fakes.printer->take();
+    EXPECT_EQ(std::ranges::count_if(printed, [](auto& line) { return line.find("missing") != line.npos; }),
+              most == 2048 ? 0 : 1);
+    ConsentBannerPresenter::shared()->dismiss();
+  }
+}
+
 TEST(ConsentSurfaceTest, OutlivesNothing) {
   auto shown = std::make_unique<ShownSurface>();
   shown->frame();
