@@ -211,7 +211,7 @@ void Layout::placeDisclosure(Element& element, const node::Disclosure& disclosur
   if (disclosure.isOpen && !before.isDone && outer.offset) {
     const double rest = outer.end - frame.bottom();
     const bool isLast = content.height <= firstHeight() && rest <= maxRest;
-    const double wanted = std::min(content.height + (isLast ? rest : 0), firstHeight()) * shown;
+    const double wanted = (isLast ? content.height + rest : std::min(content.height, firstHeight())) * shown;
     // The row that opens stays in sight, too.
     const double distance =
         std::min(frame.y + wanted - outer.visible.bottom(),

@@ -13,13 +13,12 @@ using namespace view;
 
 namespace {
 
-constexpr double rounding = 1e-6;  // points; sums of widths differ by less
-constexpr std::size_t maxCharacters =
-    200'000;                           // of all texts that are kept, if these are more than `minTexts`
+constexpr double rounding = 1e-6;      // points; sums of widths differ by less
 constexpr std::size_t minTexts = 200;  // more than a frame shows, so that no frame shapes its texts again
 constexpr std::size_t maxTexts = 2'000;
-constexpr std::size_t maxWidths = 8;         // at which one text is kept
-constexpr std::size_t maxShapedLines = 200;  // of one text
+constexpr std::size_t maxCharacters = 200'000;  // of all texts that are kept, beyond `minTexts`
+constexpr std::size_t maxWidths = 8;            // at which one text is kept
+constexpr std::size_t maxShapedLines = 200;     // of one text
 constexpr std::size_t maxWordLength = 1000;
 
 }  // namespace
@@ -136,7 +135,7 @@ Paragraphs::Entry& Paragraphs::entry(std::string_view text, FontWeight weight) {
     return found->second;
   }
   Entry added{std::make_shared<ShapedText>(text, weight, *fonts_, language_, breaker_), {}, {}};
-  std::list<const Key*> age(1);
+  std::list<const Key*> age(1);  // made here, because what follows the insertion must not throw
   while (ages_.size() >= maxTexts ||
          (ages_.size() >= minTexts && characters_ + text.size() > maxCharacters)) {
     const auto oldest = entries_.find(*ages_.back());

@@ -284,8 +284,8 @@ TEST_F(PreferencesTest, OpensAListBelowTheFinger) {
 
 TEST_F(PreferencesTest, ShowsAShortLastListWhole) {
   site = customization("title", "title tabs:statistics,marketing buttons:savePreferences closeButton");
-  for (const double height : {844.0, 240.0}) {
-    const ConsentBannerView few = banner({}, catalogue("statistics:A marketing:B"));
+  for (const auto& [vendors, height] : {std::pair("B", 844.0), {"A,A2,B", 844.0}, {"B", 240.0}}) {
+    const ConsentBannerView few = banner({}, catalogue("statistics:A marketing:"s + vendors));
     few.handleMainAction("preferences");
     TestScreen small(bannerComposition(few.view(), site), {390, height});
     small.setMotion();
@@ -295,8 +295,8 @@ TEST_F(PreferencesTest, ShowsAShortLastListWhole) {
     do small.frame(at(time += 10));
     while (small.isMoving());
     const AccessibleElement& last = find(small, "switch B");
-    EXPECT_EQ(last.frame.intersection(last.clip.value_or(last.frame)), last.frame) << height;
-    EXPECT_EQ(find(small, "dialog").frame.height > card, height > 800) << height;
+    EXPECT_EQ(last.frame.intersection(last.clip.value_or(last.frame)), last.frame) << vendors << height;
+    EXPECT_EQ(find(small, "dialog").frame.height > card, height > 800) << vendors << height;
   }
 }
 
