@@ -25,10 +25,6 @@ constexpr double closeInset = 8;
 constexpr double closeSize = 32;
 constexpr double roomForClose = closeInset + closeSize - margin;  // from the edge of the card's content
 
-bool isAction(const BannerCustomization::ComponentItem& item) {
-  return item.id == "buttons" || item.id == "links";
-}
-
 // Whether a user can leave the screen by one of its components. On the main screen, the button that opens the
 // preferences counts, because that screen always has a way out.
 bool hasWayOut(const CardScreen::Items& items, bool isMainScreen) {
@@ -42,7 +38,7 @@ bool hasWayOut(const CardScreen::Items& items, bool isMainScreen) {
 }
 
 bool hasControls(const BannerCustomization::ComponentItem& item) {
-  return isAction(item) || item.id == "tabs";
+  return item.id == "buttons" || item.id == "links" || item.id == "tabs";
 }
 
 bool isText(const BannerCustomization::ComponentItem& item) {
@@ -62,7 +58,7 @@ void CardScreen::setHeader(AnyView control, AnyView title) {
 
 void CardScreen::addText(std::string_view key) {
   views_.push_back(localizedText(key, {.color = palette_.font}).padding({.trailing = roomForClose}));
-  actionsFrom_ = views_.size();
+  linksFrom_ = buttonsFrom_ = views_.size();
 }
 
 void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTabs) {
@@ -82,7 +78,10 @@ void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTab
       isBelowClose_ = hasControls(item);
     }
     views_.push_back(std::move(view));
-    if (!isAction(item)) actionsFrom_ = views_.size();
+    const bool isLinks = item.id == "links";
+    if (item.id == "buttons" || (isLinks && buttonsFrom_ < views_.size() - 1)) continue;
+    buttonsFrom_ = views_.size();
+    if (!isLinks) linksFrom_ = views_.size();
   }
 }
 
@@ -112,19 +111,21 @@ AnyView CardScreen::componentView(const BannerCustomization::ComponentItem& item
 }
 
 AnyView CardScreen::content() const {
-  const auto stack = [](auto first, auto last) {
-    return verticalStack({.alignment = HorizontalAlignment::leading}, std::vector<AnyView>(first, last));
+  const auto stack = [this](std::size_t first, std::size_t end) {
+    const auto at = [this](std::size_t index) { return views_.begin() + static_cast<std::ptrdiff_t>(index); };
+    return verticalStack({.alignment = HorizontalAlignment::leading},
+                         std::vector<AnyView>(at(first), at(end)));
   };
-  const auto actions = views_.begin() + static_cast<std::ptrdiff_t>(actionsFrom_);
   if (title_.isEmpty() && control_.isEmpty() && views_.empty())
     return AnyView().frame({.minHeight = hasClose_ ? roomForClose : 0});
-  const AnyView rest = stack(views_.begin(), actions);
+  const AnyView rest = stack(0, linksFrom_);
   return pinnedEnds({.closeRoom = hasClose_ ? roomForClose : 0, .growsUp = !isAtTop(context_.customization)},
                     {
                         control_,
                         title_,
                         isBelowClose_ ? rest.padding({.top = roomForClose}) : rest,
-                        stack(actions, views_.end()),
+                        stack(linksFrom_, buttonsFrom_),
+                        stack(buttonsFrom_, views_.size()),
                     });
 }
 

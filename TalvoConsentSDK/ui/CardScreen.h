@@ -58,7 +58,8 @@ class CardScreen {
   view::AnyView control_;
   view::AnyView title_;
   std::vector<view::AnyView> views_;
-  std::size_t actionsFrom_ = 0;  // index of the first view of the trailing run of buttons and links
+  std::size_t linksFrom_ = 0;    // index of the first view of the trailing run of links and buttons
+  std::size_t buttonsFrom_ = 0;  // index of the first buttons of that run
   bool hasClose_ = true;         // a screen without components has nothing else to leave it by
   bool isBelowClose_ = false;    // whether the first component starts below the close control
 };

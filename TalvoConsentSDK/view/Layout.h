@@ -93,7 +93,9 @@ class Layout {
     double contentTop = 0;  // where its content begins if it is not scrolled
     double scrolled = 0;    // the height of what scrolls; 0 if everything fits
     double growth = 0;      // see ScrollOffset
+    double footer = 0;      // the height of what stays below
     bool scrollsTitle = false;
+    bool scrollsLinks = false;
     bool scrollsFooter = false;
   };
   PinnedParts pinnedParts(Element& element, const node::PinnedEnds& pinned, const Proposal& proposal);

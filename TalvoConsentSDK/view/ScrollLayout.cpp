@@ -1,6 +1,7 @@
 // How scrolling regions, what stays around them, disclosures and lazy rows are laid out.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -11,12 +12,15 @@ namespace view {
 
 namespace {
 
-constexpr double titleGap = 12;        // on both sides of a title that is beside a bar
-constexpr double maxHeader = 1.0 / 3;  // of the room; the title of a taller header scrolls
-constexpr double maxCut = 54;          // of a scrolling part; more of a high one if texts are larger
-constexpr double hiddenPart = 6;       // of the line that the lower edge cuts; times the text scale
-constexpr double fadedPart = 8;        // of the same line; as much as is hidden is seen above it
-constexpr double maxRest = 40;         // below a list that opens: margins, but no row
+constexpr double titleGap = 12;           // on both sides of a title that is beside a bar
+constexpr double maxHeader = 1.0 / 3;     // of the room; the title of a taller header scrolls
+constexpr double largeMiddle = 2.0 / 5;   // of the room; if less is left, links scroll
+constexpr double enoughMiddle = 1.0 / 3;  // of the room; then the footer stays, however large texts are
+constexpr double maxCut = 54;             // of a scrolling part; more of a high one if texts are larger
+constexpr double hiddenPart = 6;          // of the line that the lower edge cuts; times the text scale
+constexpr double fadedPart = 8;           // of the same line, likewise; as much as is hidden is seen above it
+constexpr double maxFadedPart = 14;
+constexpr double maxRest = 40;  // below a list that opens: margins, but no row
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
@@ -46,9 +50,10 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
                                         const Proposal& proposal) {
   Element& titleElement = *element.children[1];
   const Proposal natural{proposal.width, std::nullopt};
-  const Size content = size(*element.children[2], natural);
-  const Size footer = size(*element.children[3], natural);
   const Size bar = size(*element.children[0], {});
+  const Size content = size(*element.children[2], natural);
+  const Size links = size(*element.children[3], natural);
+  const Size footer = size(*element.children[4], natural);
 
   PinnedParts parts;
   parts.title = natural;
@@ -67,44 +72,48 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
   const Size title = size(titleElement, parts.title);
   const double header = std::max(bar.height, parts.titleY + title.height);
   if (parts.titleX > 0) parts.barY = std::max(0.0, (title.height - bar.height - pinned.overlap) / 2);
-  const double all = header + content.height + footer.height;
+  const double all = header + content.height + links.height + footer.height;
 
   ScrollOffset& offset = scrollOffset(element);
   const double room = proposal.height.value_or(infinity);
   const bool canHold = pinned.growsUp && offset.held == infinity && offset.height < room;
   if (isOpening_ && canHold) offset.held = offset.height;
   const double height = std::min({all, room, offset.held});
-  parts.size = {std::max({parts.titleX + title.width, content.width, footer.width}), height};
+  parts.size = {std::max({parts.titleX + title.width, content.width, links.width, footer.width}), height};
   parts.top = parts.contentTop = header;
+  parts.footer = links.height + footer.height;
   if (height == all) return parts;
 
   parts.growth = std::min(all, room) - height;
-  parts.top = std::max(0.0, header - pinned.overlap);
-  parts.scrolled = header - parts.top + content.height;
+  const Proposal naturalTitle = bar.width > 0 ? natural : parts.title;
   const double minMiddle = pinned.minMiddle * std::max(1.0, environment_.textScale);
-  const auto leaves = [&](double rest) {
-    return room - parts.top - rest >= std::min(parts.scrolled, minMiddle);
+  const double large = std::max(minMiddle, room * largeMiddle);
+  const double enough = std::min(minMiddle, std::max(pinned.minMiddle, room * enoughMiddle));
+  // Returns whether enough room is left.
+  const auto scroll = [&](bool scrollsTitle, bool scrollsLinks, bool scrollsFooter) {
+    parts.scrollsTitle = scrollsTitle;
+    parts.scrollsLinks = scrollsLinks;
+    parts.scrollsFooter = scrollsFooter;
+    parts.footer = (scrollsLinks ? 0 : links.height) + (scrollsFooter ? 0 : footer.height);
+    parts.top = scrollsTitle ? bar.height : std::max(0.0, header - pinned.overlap);
+    parts.contentTop = scrollsTitle ? bar.height : header;
+    const double scrolledTitle = scrollsTitle ? size(titleElement, naturalTitle).height : 0;
+    parts.scrolled = parts.contentTop - parts.top + scrolledTitle + content.height + links.height +
+                     footer.height - parts.footer;
+    const double gap = parts.footer > 0 ? pinned.gap : 0;
+    return room - parts.top - parts.footer - gap >= std::min(parts.scrolled, scrollsLinks ? enough : large);
   };
-  const auto scrollTitle = [&] {
-    parts.scrollsTitle = true;
-    if (bar.width > 0) parts.title = natural;
-    parts.top = parts.contentTop = bar.height;
-    parts.scrolled =
-        size(titleElement, parts.title).height + content.height + (parts.scrollsFooter ? footer.height : 0);
-  };
-  if (parts.titleX == 0 && title.height > 0 && header > room * maxHeader) scrollTitle();
-  if (leaves(footer.height + pinned.gap)) return parts;
-  parts.scrollsFooter = true;
-  parts.scrolled += footer.height;
-  if (!leaves(0) && title.height > 0) scrollTitle();
+  const bool hasTitle = title.height > 0;
+  const bool isHigh = hasTitle && parts.titleX == 0 && header > room * maxHeader;
+  scroll(isHigh, false, false) || scroll(isHigh, true, false) || scroll(hasTitle, true, false) ||
+      scroll(isHigh, true, true) || scroll(hasTitle, true, true);
+  if (parts.scrollsTitle) parts.title = naturalTitle;
   return parts;
 }
 
 void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                          const Proposal& proposal) {
   const Proposal natural{proposal.width, std::nullopt};
-  Element& content = *element.children[2];
-  Element& footer = *element.children[3];
   const PinnedParts parts = pinnedParts(element, pinned, proposal);
   ScrollOffset& offset = scrollOffset(element);
   const double cut = offset.height > 0 ? animations_.value(element.id, offset.cut) : offset.cut;
@@ -121,8 +130,7 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   placeAt(*element.children[0], 0, frame.y + parts.barY, {});
   Element& title = *element.children[1];
   if (!parts.scrollsTitle) placeAt(title, parts.titleX, frame.y + parts.titleY, parts.title);
-  const double footerTop = frame.bottom() - size(footer, natural).height;
-  const double end = parts.scrollsFooter ? frame.bottom() : footerTop;
+  const double end = frame.bottom() - parts.footer;
 
   const Viewport outer = viewport_;
   const double top = frame.y + parts.top;
@@ -134,10 +142,13 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
              parts.contentTop - parts.top;
   viewport_.end += shownCut;
   if (parts.scrollsTitle) y = placeAt(title, 0, y, parts.title);
-  y = placeAt(content, 0, y, natural);
-  if (parts.scrollsFooter) placeAt(footer, 0, y, natural);
+  y = placeAt(*element.children[2], 0, y, natural);
+  if (parts.scrollsLinks) y = placeAt(*element.children[3], 0, y, natural);
+  if (parts.scrollsFooter) placeAt(*element.children[4], 0, y, natural);
   viewport_ = outer;
-  if (!parts.scrollsFooter) placeAt(footer, 0, footerTop, natural);
+  y = end;
+  if (!parts.scrollsLinks) y = placeAt(*element.children[3], 0, y, natural);
+  if (!parts.scrollsFooter) placeAt(*element.children[4], 0, y, natural);
 
   // A cut between two lines would look like the end of the content. While the user scrolls or a list moves,
   // the edge stays. Once a list has opened or closed, or scrolling has ended, it moves only if it has to.
@@ -145,17 +156,25 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   if (needsAnotherPass_ || !moving_.empty() || (!isAtStart && !isSettling_)) return;
   const double scale = std::max(1.0, environment_.textScale);
   const double hidden = hiddenPart * scale;
+  const double unseen = hidden + std::min(fadedPart * scale, maxFadedPart);
+  const std::array<bool, 5> scrolls = {false, parts.scrollsTitle, true, parts.scrollsLinks,
+                                       parts.scrollsFooter};
   const auto wanted = [&](double least) {
-    return std::max(least, end - endOfLine(content, end - least - fadedPart - hidden) + hidden);
+    double line = 0;
+    for (std::size_t part = 0; part < scrolls.size(); ++part) {
+      if (!scrolls[part]) continue;
+      line = std::max(line, endOfLine(*element.children[part], end - least - unseen));
+    }
+    return std::max(least, end - line + hidden);
   };
   if (!isAtStart && wanted(offset.cut) == offset.cut) return;
-  const double gap = parts.scrollsFooter ? 0 : pinned.gap;
+  const double gap = parts.footer > 0 ? pinned.gap : 0;
   const double most = std::clamp(height / 5, maxCut, maxCut * scale);
   const double newCut = wanted(gap) > most || parts.scrolled == 0 ? gap : wanted(gap);
   if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
 }
 
-// Returns the end of the last line or switch that begins above `limit`.
+// Returns the end of the last line, switch or filled box that begins above `limit`.
 double Layout::endOfLine(Element& element, double limit) {
   const Rect& frame = element.frame;
   const auto& content = element.view.node().content;
@@ -163,10 +182,14 @@ double Layout::endOfLine(Element& element, double limit) {
   forEachChild(element, [&](Element& child) { end = std::max(end, endOfLine(child, limit)); });
   if (frame.y >= limit) return end;
   const auto* text = std::get_if<node::Text>(&content);
-  if (text || std::holds_alternative<node::Toggle>(content)) end = frame.bottom();
+  const bool isBox =
+      std::holds_alternative<node::Toggle>(content) || std::holds_alternative<node::Background>(content);
+  if (text || isBox) end = frame.bottom();
   if (text && end > limit) {
     const auto newlines = static_cast<double>(std::ranges::count(text->text, '\n'));
-    const double line = size(element, {infinity, std::nullopt}).height / (newlines + 1);
+    double line = size(element, {infinity, std::nullopt}).height / (newlines + 1);
+    const bool isShrunk = std::abs(std::remainder(frame.height, line)) > 0.5;
+    if (isShrunk) line *= frame.width / minContentWidth(element);
     end = frame.y + std::ceil((limit - frame.y) / line) * line;
   }
   return end;

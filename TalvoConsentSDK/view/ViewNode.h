@@ -108,11 +108,13 @@ struct Scroll {
   friend bool operator==(const Scroll&, const Scroll&) = default;
 };
 
-/// Four children: a bar and a title on one line, or the title below the bar if it would need several lines
-/// otherwise; the content below them; and a footer. If they do not fit, the content scrolls and the others
-/// stay. A title that is not beside the bar scrolls, too, if the two take more than a third of the height. If
-/// less than `minMiddle` points are left for what scrolls, the footer scrolls as well, and if that is not
-/// enough, any title. The bar always stays. `minMiddle` grows with text scales above 1.
+/// Five children: a bar and a title on one line, or the title below the bar if it would need several lines
+/// otherwise; the content below them; and links above a footer. If they do not fit, the content scrolls and
+/// the others stay. A title that is not beside the bar scrolls, too, if the two take more than a third of the
+/// height. If less than two fifths of the height are left for what scrolls, or less than `minMiddle` points
+/// (times the text scale, if that is above 1), the links scroll. For the title and the footer to stay, too, a
+/// third of the height, or those points, are enough, but never less than `minMiddle`. If less is left, the
+/// title scrolls; if that is not enough, the footer in its place; else both.
 struct PinnedEnds {
   double minMiddle = 120;
   double overlap = 12;   // how far content scrolls under the title's bottom padding

@@ -58,7 +58,7 @@ TALVO_EXPORT AnyView depthStack(Alignment alignment, std::vector<AnyView> childr
 TALVO_EXPORT AnyView divider(Color color);
 TALVO_EXPORT AnyView scrollView(const AnyView& content);
 
-/// See `node::PinnedEnds`. The children are the bar, the title, the content and the footer.
+/// See `node::PinnedEnds`. The children are the bar, the title, the content, the links and the footer.
 TALVO_EXPORT AnyView pinnedEnds(const node::PinnedEnds& options, std::vector<AnyView> children);
 
 /// See `node::Disclosure`. `content` is not used unless it is open.

@@ -103,44 +103,88 @@ TEST(LayoutTest, KeepsToTheSafeAreaAndMirrors) {
             "box 0 0 200 100; box 175 64 20 10; ab 153 58 17 22");
 }
 
-// The bar is at least 30 points high, the title as high as the table says, and the footer 100 by 40. The
-// edges of what scrolls are listed as boxes, too.
+// The bar is at least 30 points high, the title as high as the table says. The edges of what scrolls are
+// listed as boxes, too.
 TEST(LayoutTest, PinsTheTitleAndTheFooter) {
-  const auto table = tableOf<5>("banner/pinned.txt");
-  for (const auto& [title, content, height, scale, expected] : table) {
+  const auto table = tableOf<6>("banner/pinned.txt");
+  for (const auto& [title, content, ends, height, scale, expected] : table) {
     const bool hasBar = title.ends_with(" bar");
     const AnyView bar = hasBar ? text("bar", {}).frame({.minHeight = 30}) : AnyView();
     const AnyView name =
         title == "none" ? AnyView() : text("title", {}).frame({.minHeight = std::stod(title)});
-    const AnyView view = pinnedEnds({}, {bar, name, box(100, std::stod(content)), box(100, 40)});
+    const double links = std::stod(ends);
+    const AnyView view =
+        pinnedEnds({}, {bar, name, box(100, std::stod(content)), links > 0 ? box(100, links) : AnyView(),
+                        box(100, std::stod(ends.substr(ends.find(' '))))});
     TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
                       std::stod(scale));
     screen.scroll({50, 100}, 30);
-    EXPECT_EQ(screen.drawn(), expected) << title << " " << content << " " << height << " " << scale;
+    EXPECT_EQ(screen.drawn(), expected) << title << "|" << ends << "|" << height << "|" << scale;
   }
 }
+
+// Where the footer scrolls, too, it does not seem to end between two buttons, so that nobody takes the first
+// of them for the only one.
+TEST(LayoutTest, CutsAButtonAtTheLowerEdge) {
+  const AnyView label = text("text", {}).padding(Insets::all(12)).background({.color = Color::black()});
+  const std::vector<AnyView> buttons(4, button(label, [] {}));
+  for (const double scale : {1.0, 3.1}) {
+    const AnyView view =
+        pinnedEnds({}, {{}, {}, text("text", {}), {}, verticalStack({.spacing = 12}, buttons)});
+    const double all = 5 * 22 * scale + 4 * 24 + 3 * 12;
+    for (double height = all - 120; height < all - 5; ++height) {
+      TestScreen screen(view, {100 * scale, height}, {}, {}, scale);
+      const auto isCut = [](const AccessibleElement& each) {
+        const double shown = each.clip ? each.clip->bottom() - each.frame.y : 0;
+        return each.role == Role::button && shown > 8 && shown < each.frame.height - 5;
+      };
+      EXPECT_TRUE(std::ranges::any_of(screen.accessibleElements(), isCut)) << scale << " " << height;
+    }
+  }
+}
+
+/// Draws a text smaller if that avoids splitting a word.
+class ShrinkingMeasurer : public FixedWidthMeasurer {
+ public:
+  using FixedWidthMeasurer::FixedWidthMeasurer;
+
+  Size measure(std::string_view text, const Font& font, double width) override {
+    const double share = std::min(1.0, width / widestWord(text, font));
+    const Size size = FixedWidthMeasurer::measure(text, font, width / share);
+    return {size.width * share, size.height * share};
+  }
+};
 
 // Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
 // points high, times the text scale. So is an opened list, and content that was scrolled and is still again.
 // At the end of the content, nothing is cut off.
 TEST(LayoutTest, CutsALineAtTheLowerEdge) {
-  const std::vector<AnyView> texts(20, text("text text text text text text", {}).padding({.bottom = 24}));
-  for (const auto& [opens, scale, least] :
-       {std::tuple(false, 1.0, 250.0), {false, 3.1, 440.0}, {true, 1.0, 200.0}, {true, 3.1, 440.0}}) {
+  for (const auto& [opens, scale, least, word] : {std::tuple(false, 1.0, 250.0, "text"),
+                                                  {false, 3.1, 440.0, "text"},
+                                                  {false, 2.0, 440.0, "shrinkingword"},
+                                                  {true, 1.0, 200.0, "text"},
+                                                  {true, 3.1, 440.0, "text"}}) {
+    const std::vector<AnyView> texts(20,
+                                     text("text text text text text "s + word, {}).padding({.bottom = 24}));
+    const auto measurer = std::make_shared<ShrinkingMeasurer>(scale);
+    const double line = measurer->measure(word, Font(), 100 * scale).height;
     const AnyView list = component("list", [&](RenderContext& context) {
       const State<bool> isOpen = context.state<bool>(!opens);
       const AnyView header = button(box(100, 10), [isOpen] { isOpen.set(true); });
       return verticalStack({}, {header, disclosure(isOpen.get(), verticalStack({}, texts))});
     });
     for (double height = least; height < least + 100; ++height) {
-      TestScreen screen(pinnedEnds({.growsUp = true}, {{}, {}, list, box(100, 40)}), {100 * scale, height},
-                        {}, {}, scale);
+      TestScreen screen(pinnedEnds({.growsUp = true}, {{}, {}, list, {}, box(100, 40)}),
+                        {100 * scale, height}, {}, {}, scale);
+      ViewEnvironment environment = screen.environment();
+      environment.textMeasurer = measurer;
+      screen.setEnvironment(environment);
       if (opens) tap(screen, "button");
       const auto isCut = [&] {
         return std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
           const double shown = each.clip->bottom() - each.frame.y;
-          const double ofLine = std::fmod(shown / scale, 22);
-          return shown > 0 && shown < each.frame.height && ofLine > 8 && ofLine < 17;
+          const double ofLine = std::fmod(shown, line);
+          return shown > 0 && shown < each.frame.height && ofLine > 0.35 * line && ofLine < 0.8 * line;
         });
       };
       EXPECT_TRUE(isCut()) << opens << " " << scale << " " << height;
