@@ -102,6 +102,7 @@ class Layout {
   void placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                    const Proposal& proposal);
   double endOfLine(Element& element, double limit);
+  double endOfKept(const Element& element, double limit) const;
   ScrollOffset& scrollOffset(const Element& region);
   double placeScroller(Element& element, const Rect& region, double contentHeight);
 

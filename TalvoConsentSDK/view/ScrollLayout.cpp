@@ -169,7 +169,9 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   };
   if (!isAtStart && wanted(offset.cut) == offset.cut) return;
   const double gap = parts.footer > 0 ? pinned.gap : 0;
-  const double most = std::clamp(height / 5, maxCut, maxCut * scale);
+  const double largest = std::clamp(height / 5, maxCut, maxCut * scale);
+  const double seen = isAtStart ? 0 : endOfKept(element, end - cut) + ScrollRegion::fadedEdge;
+  const double most = std::min(largest, end - seen);
   const double newCut = wanted(gap) > most || parts.scrolled == 0 ? gap : wanted(gap);
   if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
 }
@@ -300,6 +302,14 @@ void Layout::placeRows(Element& element, const Rect& frame) {
     top += isAbove ? expected : height;
   }
   if (needsAnotherPass_) forgetSizes(element);
+}
+
+// Returns the end of the last kept element that ends above `limit`.
+double Layout::endOfKept(const Element& element, double limit) const {
+  double end = 0;
+  forEachChild(element, [&](const Element& child) { end = std::max(end, endOfKept(child, limit)); });
+  const double own = element.frame.bottom();
+  return own > limit || std::ranges::find(kept_, element.id) == kept_.end() ? end : std::max(end, own);
 }
 
 bool Layout::holdsKept(const Element& element) const {

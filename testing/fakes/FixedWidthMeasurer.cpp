@@ -25,6 +25,12 @@ void forEachPiece(std::string_view text, char separator, const std::function<voi
 }  // namespace
 
 Size FixedWidthMeasurer::measure(std::string_view text, const Font& font, double width) {
+  const double widestPart = shrinks_ ? widestWord(text, font) : 0;
+  if (width < widestPart) {
+    const double share = width / widestPart;
+    const Size size = measure(text, font, widestPart);
+    return {size.width * share, size.height * share};
+  }
   const double character = characterWidth(font);
   const double perLine = std::max(1.0, std::floor(width / character));
   double lines = 0;

@@ -107,10 +107,12 @@ struct TestScreen : HostingController {
         {std::make_shared<FixedWidthMeasurer>(textScale), nullptr, textScale, size, safeArea, {}, true});
   }
 
-  void setMotion() {
-    ViewEnvironment moving = environment();
-    moving.reducesMotion = false;
-    setEnvironment(moving);
+  /// Changes one part of the environment.
+  template <class Part, class Value>
+  void set(Part ViewEnvironment::* part, Value value) {
+    ViewEnvironment changed = environment();
+    changed.*part = std::move(value);
+    setEnvironment(changed);
     frame({});
   }
 

@@ -73,11 +73,8 @@ TEST_F(BannerTest, MeasuresATextOncePerWidthAndNotWhileScrolling) {
   site = customization("title description buttons:acceptAll,rejectAll links:doNotSellMyData");
   site.messages.bannerMessages.mainMessage = std::string(5000, 'x');
   TestScreen screen(bannerComposition(banner().view(), site));
-  ViewEnvironment environment = screen.environment();
   const auto measurer = std::make_shared<CountingMeasurer>();
-  environment.textMeasurer = measurer;
-  screen.setEnvironment(environment);
-  screen.frame({});
+  screen.set(&ViewEnvironment::textMeasurer, measurer);
   EXPECT_EQ(std::set(measurer->asked.begin(), measurer->asked.end()).size(), measurer->asked.size())
       << joined(measurer->asked);
   measurer->asked.clear();

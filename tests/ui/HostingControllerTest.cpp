@@ -222,7 +222,7 @@ class PreferencesTest : public HostingControllerTest {
  protected:
   PreferencesTest() {
     view.handleMainAction("preferences");
-    screen.setMotion();
+    screen.set(&ViewEnvironment::reducesMotion, false);
   }
 
   static Services manyVendors() {
@@ -288,7 +288,7 @@ TEST_F(PreferencesTest, ShowsAShortLastListWhole) {
     const ConsentBannerView few = banner({}, catalogue("statistics:A marketing:"s + vendors));
     few.handleMainAction("preferences");
     TestScreen small(bannerComposition(few.view(), site), {390, height});
-    small.setMotion();
+    small.set(&ViewEnvironment::reducesMotion, false);
     const double card = find(small, "dialog").frame.height;
     tap(small, "expander Marketing");
     int time = 1000;

@@ -9,6 +9,8 @@ namespace TalvoConsentSDK {
 
 namespace {
 
+using Clock = HostingController::Clock;
+
 const auto body = [](const std::string& content) { return text(content, {}); };
 
 AnyView buttons(const std::string& first, const std::string& second) {
@@ -70,10 +72,7 @@ TEST(LayoutTest, KeepsAPicturesProportions) {
     TestScreen screen(verticalStack({.alignment = HorizontalAlignment::leading},
                                     {box(10, 20), asyncImage(*URL::parse("https://a.b"), 46), body("line")}),
                       {200, 140});
-    ViewEnvironment environment = screen.environment();
-    environment.imageLoader = loader;
-    screen.setEnvironment(environment);
-    screen.frame({});
+    screen.set(&ViewEnvironment::imageLoader, loader);
     loader->completion(std::shared_ptr<const Image>(loader));
     EXPECT_EQ(screen.drawn(), "box 0 0 10 20; " + expected);
   }
@@ -126,12 +125,11 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
 // Where the footer scrolls, too, it does not seem to end between two buttons, so that nobody takes the first
 // of them for the only one.
 TEST(LayoutTest, CutsAButtonAtTheLowerEdge) {
-  const AnyView label = text("text", {}).padding(Insets::all(12)).background({.color = Color::black()});
+  const AnyView label = body("text").padding(Insets::all(12)).background({.color = Color::black()});
   const std::vector<AnyView> buttons(4, button(label, [] {}));
   for (const double scale : {1.0, 3.1}) {
-    const AnyView view =
-        pinnedEnds({}, {{}, {}, text("text", {}), {}, verticalStack({.spacing = 12}, buttons)});
-    const double all = 5 * 22 * scale + 4 * 24 + 3 * 12;
+    const AnyView view = pinnedEnds({}, {{}, {}, label, {}, verticalStack({.spacing = 12}, buttons)});
+    const double all = 5 * (22 * scale + 24) + 3 * 12;
     for (double height = all - 120; height < all - 5; ++height) {
       TestScreen screen(view, {100 * scale, height}, {}, {}, scale);
       const auto isCut = [](const AccessibleElement& each) {
@@ -142,18 +140,6 @@ TEST(LayoutTest, CutsAButtonAtTheLowerEdge) {
     }
   }
 }
-
-/// Draws a text smaller if that avoids splitting a word.
-class ShrinkingMeasurer : public FixedWidthMeasurer {
- public:
-  using FixedWidthMeasurer::FixedWidthMeasurer;
-
-  Size measure(std::string_view text, const Font& font, double width) override {
-    const double share = std::min(1.0, width / widestWord(text, font));
-    const Size size = FixedWidthMeasurer::measure(text, font, width / share);
-    return {size.width * share, size.height * share};
-  }
-};
 
 // Where the content would seem to end, between two lines, it is cut off within the line before. A line is 22
 // points high, times the text scale. So is an opened list, and content that was scrolled and is still again.
@@ -166,7 +152,7 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
                                                   {true, 3.1, 440.0, "text"}}) {
     const std::vector<AnyView> texts(20,
                                      text("text text text text text "s + word, {}).padding({.bottom = 24}));
-    const auto measurer = std::make_shared<ShrinkingMeasurer>(scale);
+    const auto measurer = std::make_shared<FixedWidthMeasurer>(scale, true);
     const double line = measurer->measure(word, Font(), 100 * scale).height;
     const AnyView list = component("list", [&](RenderContext& context) {
       const State<bool> isOpen = context.state<bool>(!opens);
@@ -176,9 +162,7 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
     for (double height = least; height < least + 100; ++height) {
       TestScreen screen(pinnedEnds({.growsUp = true}, {{}, {}, list, {}, box(100, 40)}),
                         {100 * scale, height}, {}, {}, scale);
-      ViewEnvironment environment = screen.environment();
-      environment.textMeasurer = measurer;
-      screen.setEnvironment(environment);
+      screen.set(&ViewEnvironment::textMeasurer, measurer);
       if (opens) tap(screen, "button");
       const auto isCut = [&] {
         return std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
@@ -188,8 +172,7 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
         });
       };
       EXPECT_TRUE(isCut()) << opens << " " << scale << " " << height;
-      for (HostingController::Clock::time_point now;
-           now.time_since_epoch() < 20s && std::fmod(height, 20) == 0; now += 250ms) {
+      for (Clock::time_point now; now.time_since_epoch() < 20s && std::fmod(height, 20) == 0; now += 250ms) {
         screen.scroll({50, 100}, 7 * scale);
         screen.frame(now);
         EXPECT_TRUE(screen.isMoving());
@@ -199,6 +182,31 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
       }
       screen.press(Key::end);
       EXPECT_EQ(screen.accessibleElements().back().clip->bottom(), height - 40);
+    }
+  }
+}
+
+// So it is when a key has moved the focus to a row and scrolled there, unless that would hide the focused
+// control.
+TEST(LayoutTest, CutsALineBelowTheFocus) {
+  const AnyView row = verticalStack({}, {text("text", {}), toggle(Binding<bool>::constant(true), {})});
+  for (double height = 240; height < 660; height == 330 ? height += 150 : ++height) {
+    const double scale = height < 330 ? 1 : 2;
+    const std::vector<AnyView> rows(9, row.padding({.bottom = scale == 1 ? 24.0 : 64}));
+    const AnyView view = pinnedEnds({}, {{}, {}, verticalStack({}, rows), {}, box(100, 40)});
+    TestScreen screen(view, {100 * scale, height}, {}, {}, scale);
+    for (int focused = 1; focused < 8; ++focused) {
+      screen.press(Key::tab);
+      for (const auto time : {0ms, 200ms}) screen.frame(Clock::time_point(focused * 1s + time));
+      const auto& elements = screen.accessibleElements();
+      const double edge = elements.back().clip->bottom();
+      const auto isCut = [&](const AccessibleElement& each) {
+        const double shown = edge - each.frame.y;
+        return each.control ? shown > 14 && shown < 33 : shown > 8 && shown < 18;
+      };
+      EXPECT_TRUE(scale == 2 || std::ranges::any_of(elements, isCut)) << height << " " << focused;
+      const auto& control = *std::ranges::find(elements, *screen.focused(), &AccessibleElement::id);
+      EXPECT_LE(control.frame.bottom(), edge - 20) << height << " " << focused;
     }
   }
 }
