@@ -79,7 +79,8 @@ void CardScreen::addComponents(const Items& items, const TabsRenderer& renderTab
     }
     views_.push_back(std::move(view));
     const bool isLinks = item.id == "links";
-    if (item.id == "buttons" || (isLinks && buttonsFrom_ < views_.size() - 1)) continue;
+    const bool isBelowButtons = isLinks && buttonsFrom_ < views_.size() - 1;
+    if (item.id == "buttons" || isBelowButtons) continue;
     buttonsFrom_ = views_.size();
     if (!isLinks) linksFrom_ = views_.size();
   }

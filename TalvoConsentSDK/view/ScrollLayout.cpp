@@ -15,12 +15,12 @@ namespace {
 constexpr double titleGap = 12;           // on both sides of a title that is beside a bar
 constexpr double maxHeader = 1.0 / 3;     // of the room; the title of a taller header scrolls
 constexpr double largeMiddle = 2.0 / 5;   // of the room; if less is left, links scroll
-constexpr double enoughMiddle = 1.0 / 3;  // of the room; then the footer stays, however large texts are
+constexpr double enoughMiddle = 1.0 / 3;  // of the room; if as much is left, the title and the footer stay
 constexpr double maxCut = 54;             // of a scrolling part; more of a high one if texts are larger
 constexpr double hiddenPart = 6;          // of the line that the lower edge cuts; times the text scale
 constexpr double fadedPart = 8;           // of the same line, likewise; as much as is hidden is seen above it
-constexpr double maxFadedPart = 14;
-constexpr double maxRest = 40;  // below a list that opens: margins, but no row
+constexpr double maxFadedPart = 14;       // whatever the text scale
+constexpr double maxRest = 40;            // below a list that opens: margins, but no row
 
 /// Whether a disclosure has been placed fully open. Stored under its identity.
 struct Disclosed {
@@ -88,8 +88,8 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
   const Proposal naturalTitle = bar.width > 0 ? natural : parts.title;
   const double minMiddle = pinned.minMiddle * std::max(1.0, environment_.textScale);
   const double large = std::max(minMiddle, room * largeMiddle);
-  const double enough = std::min(minMiddle, std::max(pinned.minMiddle, room * enoughMiddle));
-  // Returns whether enough room is left.
+  const double enough = std::clamp(room * enoughMiddle, pinned.minMiddle, minMiddle);
+  // Returns whether enough room is left for what scrolls.
   const auto scroll = [&](bool scrollsTitle, bool scrollsLinks, bool scrollsFooter) {
     parts.scrollsTitle = scrollsTitle;
     parts.scrollsLinks = scrollsLinks;
@@ -191,7 +191,7 @@ double Layout::endOfLine(Element& element, double limit) {
     const auto newlines = static_cast<double>(std::ranges::count(text->text, '\n'));
     double line = size(element, {infinity, std::nullopt}).height / (newlines + 1);
     const bool isShrunk = std::abs(std::remainder(frame.height, line)) > 0.5;
-    if (isShrunk) line *= frame.width / minContentWidth(element);
+    if (isShrunk) line *= std::min(1.0, frame.width / minContentWidth(element));
     end = frame.y + std::ceil((limit - frame.y) / line) * line;
   }
   return end;

@@ -111,10 +111,10 @@ struct Scroll {
 /// Five children: a bar and a title on one line, or the title below the bar if it would need several lines
 /// otherwise; the content below them; and links above a footer. If they do not fit, the content scrolls and
 /// the others stay. A title that is not beside the bar scrolls, too, if the two take more than a third of the
-/// height. If less than two fifths of the height are left for what scrolls, or less than `minMiddle` points
-/// (times the text scale, if that is above 1), the links scroll. For the title and the footer to stay, too, a
-/// third of the height, or those points, are enough, but never less than `minMiddle`. If less is left, the
-/// title scrolls; if that is not enough, the footer in its place; else both.
+/// height. The links scroll if less than two fifths of the height would be left for what scrolls, or less
+/// than `minMiddle` points times the text scale. The title scrolls if less than `minMiddle` points would be
+/// left then; with large text, if it is less than a third of the height. If that does not leave as much, the
+/// footer scrolls in place of the title, or else both. The bar always stays.
 struct PinnedEnds {
   double minMiddle = 120;
   double overlap = 12;   // how far content scrolls under the title's bottom padding
