@@ -172,7 +172,8 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
   const double largest = std::clamp(height / 5, maxCut, maxCut * scale);
   const double seen = isAtStart ? 0 : endOfKept(element, end - cut) + ScrollRegion::fadedEdge;
   const double most = std::min(largest, end - seen);
-  const double newCut = wanted(gap) > most || parts.scrolled == 0 ? gap : wanted(gap);
+  double newCut = parts.scrolled == 0 ? gap : wanted(gap);
+  if (newCut > most) newCut = gap;
   if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
 }
 
