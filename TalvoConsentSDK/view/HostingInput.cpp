@@ -205,7 +205,11 @@ void HostingController::settleFocus() {
   };
   if (isShown()) return;
   std::swap(focused_, focusedBefore_);
-  if (isShown()) return;
+  if (isShown()) {  // the user may have left before scrolling ended
+    layout_.settle();
+    layoutIsStale_ = true;
+    return;
+  }
   const auto title = std::ranges::find(accessible_, Role::heading, &AccessibleElement::role);
   focused_ = title == accessible_.end() ? std::nullopt : std::optional(title->id);
 }

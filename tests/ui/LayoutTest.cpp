@@ -145,13 +145,14 @@ TEST(LayoutTest, CutsAButtonAtTheLowerEdge) {
 // points high, times the text scale. So is an opened list, and content that was scrolled and is still again.
 // At the end of the content, nothing is cut off.
 TEST(LayoutTest, CutsALineAtTheLowerEdge) {
-  for (const auto& [opens, scale, least, word] : {std::tuple(false, 1.0, 250.0, "text"),
-                                                  {false, 3.1, 440.0, "text"},
-                                                  {false, 2.0, 440.0, "shrinkingword"},
-                                                  {true, 1.0, 200.0, "text"},
-                                                  {true, 3.1, 440.0, "text"}}) {
+  using Case = std::tuple<bool, double, double, std::string>;
+  for (const auto& [opens, scale, least, word] : {Case(false, 1, 250, "text"),
+                                                  {false, 3.1, 440, "text"},
+                                                  {false, 2, 440, "shrinkingword"},
+                                                  {true, 1, 200, "text"},
+                                                  {true, 3.1, 440, "text"}}) {
     const std::vector<AnyView> texts(20,
-                                     text("text text text text text "s + word, {}).padding({.bottom = 24}));
+                                     text("text text text text text " + word, {}).padding({.bottom = 24}));
     const auto measurer = std::make_shared<FixedWidthMeasurer>(scale, true);
     const double line = measurer->measure(word, Font(), 100 * scale).height;
     const AnyView list = component("list", [&](RenderContext& context) {
@@ -187,17 +188,27 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
 }
 
 // So it is when a key has moved the focus to a row and scrolled there, unless that would hide the focused
-// control.
+// control, and when a user returns to a screen that was left before scrolling had ended.
 TEST(LayoutTest, CutsALineBelowTheFocus) {
   const AnyView row = verticalStack({}, {text("text", {}), toggle(Binding<bool>::constant(true), {})});
   for (double height = 240; height < 660; height == 330 ? height += 150 : ++height) {
     const double scale = height < 330 ? 1 : 2;
     const std::vector<AnyView> rows(9, row.padding({.bottom = scale == 1 ? 24.0 : 64}));
     const AnyView view = pinnedEnds({}, {{}, {}, verticalStack({}, rows), {}, box(100, 40)});
-    TestScreen screen(view, {100 * scale, height}, {}, {}, scale);
+    const State<bool> isAway(false);
+    const AnyView screens = component("screens", [&](RenderContext& context) {
+      context.observe(isAway);
+      return isAway.get() ? body("away") : view;
+    });
+    TestScreen screen(screens, {100 * scale, height}, {}, {}, scale);
     for (int focused = 1; focused < 8; ++focused) {
       screen.press(Key::tab);
-      for (const auto time : {0ms, 200ms}) screen.frame(Clock::time_point(focused * 1s + time));
+      const bool returns = std::fmod(height, 2) == 1;
+      const Clock::time_point now(focused * 1s);
+      isAway.set(returns);
+      screen.frame(now);
+      isAway.set(false);
+      screen.frame(now + (returns ? 0ms : 200ms));
       const auto& elements = screen.accessibleElements();
       const double edge = elements.back().clip->bottom();
       const auto isCut = [&](const AccessibleElement& each) {
