@@ -115,11 +115,12 @@ void HostingController::update() {
   }
 }
 
-// The focused and the pressed element are kept, however far away they are scrolled.
+// The focused, the pressed and the last revealed element are kept, however far away they are scrolled.
 std::vector<ElementId> HostingController::keptElements() const {
   std::vector<ElementId> kept;
   if (focused_) kept.push_back(*focused_);
   if (pressed_) kept.push_back(*pressed_);
+  if (revealed_) kept.push_back(*revealed_);
   return kept;
 }
 

@@ -147,6 +147,7 @@ class HostingController : public RootViewController {
   std::optional<Clock::time_point> settleTime_;  // if the user has scrolled
   std::optional<ElementId> focused_;
   std::optional<ElementId> focusedBefore_;  // on the screen before this one
+  std::optional<ElementId> revealed_;       // whatever revealed it last
   int focusRequests_ = 0;                   // how many were granted
   bool focusIsVisible_ = false;
 

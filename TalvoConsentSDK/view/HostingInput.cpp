@@ -122,6 +122,7 @@ void HostingController::reveal(const AccessibleElement& element) {
   // Shows the beginning of the next row, too, so that the content does not seem to end here.
   const double next = 16 * std::max(1.0, environment_.textScale);
   const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge + next;
+  revealed_ = element.id;
   scrollBy(region->id, std::min(above, std::max(0.0, below)));
 }
 
