@@ -9,10 +9,10 @@
 
 namespace TalvoConsentSDK {
 
-/// Draws two buttons of equal width per row, or one below the other if a word would be split otherwise; an
-/// odd last button has a row of its own. All buttons look alike, whatever `color` they have, so that no
-/// choice is favoured. Reports the identifier of the tapped button. Buttons without an identifier are not
-/// drawn.
+/// Draws two buttons of equal width and height per row, or one below the other if a word would be split
+/// otherwise; an odd last button has a row of its own. All buttons look alike, whatever `color` they have, so
+/// that no choice is favoured. Reports the identifier of the tapped button. Buttons without an identifier are
+/// not drawn.
 class ButtonsComponentRenderer : public ComponentRenderer {
  public:
   ButtonsComponentRenderer(const std::vector<BannerCustomization::ButtonItem>& buttons,

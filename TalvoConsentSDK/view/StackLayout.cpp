@@ -114,6 +114,13 @@ std::vector<Layout::StackItem> Layout::distribute(Element& element, const Stack&
   const auto offered = along(axis, proposal);
   if (!offered) {
     for (StackItem& item : items) item.size = size(*item.element, item.proposal);
+    if (axis == stack.axis) return items;
+    // Stacked because they do not fit into a row, they are still as high as the highest one.
+    const double highest = extent(items, stack.axis, 0).height;
+    for (StackItem& item : items) {
+      item.proposal.height = highest;
+      item.size = size(*item.element, item.proposal);
+    }
     return items;
   }
 

@@ -15,10 +15,11 @@ const auto body = [](const std::string& content) { return text(content, {}); };
 
 AnyView buttons(const std::string& first, const std::string& second) {
   const auto wide = [](const std::string& title) {
-    return button(body(title).frame({.maxWidth = infinity}).padding(Insets::all(12)), [] {});
+    return button(body(title).frame({.maxWidth = infinity, .maxHeight = infinity}).padding(Insets::all(12)),
+                  [] {});
   };
-  return horizontalStack({.spacing = 12, .overflow = Overflow::stackAtBrokenWord},
-                         {wide(first), wide(second)});
+  return scrollView(
+      horizontalStack({.spacing = 12, .overflow = Overflow::stackAtBrokenWord}, {wide(first), wide(second)}));
 }
 
 TEST(LayoutTest, PlacesViews) {
@@ -31,6 +32,8 @@ TEST(LayoutTest, PlacesViews) {
       {buttons("a", "bbbb"), "a 42.75 12 8.5 22; bbbb 136 12 34 22"},
       {buttons("two words", "a"), "two words 25.75 12 42.5 44; a 148.75 23 8.5 22"},
       {buttons("unbreakable", "a"), "unbreakable 53.25 12 93.5 22; a 95.75 70 8.5 22"},
+      {buttons("unbreakable", "more than one line is needed"),
+       "unbreakable 53.25 23 93.5 22; more than one line is needed 23.5 92 153 44; box 0 120 200 20"},
       {horizontalStack(links, {body("ten letter"), none, body("ten letter"), body("ten letter + ten more")}),
        "ten letter 0 0 85 22; ten letter 101 0 85 22; ten letter + ten more 0 38 178.5 22"},
       {horizontalStack(links, {body("more letters than a line can hold")}),
