@@ -66,10 +66,12 @@ class HostingController : public RootViewController {
   /// Returns what to draw now. Valid until the next call.
   const std::vector<Visual>& frame(Clock::time_point now);
 
-  /// Whether something was still moving in the last frame, so that another frame is due.
-  bool isMoving() const {
-    return animations_.isMoving() || layout_.isMoving() || motion_.isFlinging() || settlesSoon();
-  }
+  /// Whether another frame is due, because something was still moving in the last one or the lower edge of
+  /// what was scrolled has not settled yet.
+  bool isMoving() const { return settlesSoon() || !isStill(); }
+
+  /// Whether nothing was moving in the last frame. The lower edge may be about to settle.
+  bool isStill() const { return !animations_.isMoving() && !layout_.isMoving() && !motion_.isFlinging(); }
 
   /// Whether a touch at `point` belongs to the banner rather than to the host.
   bool covers(Point point);
@@ -113,6 +115,7 @@ class HostingController : public RootViewController {
   bool applyScroll(ElementId region, double distance);
   bool scrollBy(ElementId region, double distance);
   bool settlesSoon() const { return (hasScrolled_ || settleTime_) && !isDragging_; }
+  ScrollOffset& scrollOffset(ElementId region);
   const ScrollRegion* regionAt(Point point) const;
   const AccessibleElement* findElement(ElementId id);
   void moveFocus(int step);
@@ -143,11 +146,10 @@ class HostingController : public RootViewController {
   std::optional<ElementId> pressed_;
   Point touchStart_;
   bool isDragging_ = false;
-  bool hasScrolled_ = false;                     // since the last frame, by the user
-  std::optional<Clock::time_point> settleTime_;  // if the user has scrolled
+  bool hasScrolled_ = false;                     // since the last frame
+  std::optional<Clock::time_point> settleTime_;  // when the lower edge settles after scrolling
   std::optional<ElementId> focused_;
   std::optional<ElementId> focusedBefore_;  // on the screen before this one
-  std::optional<ElementId> revealed_;       // whatever revealed it last
   int focusRequests_ = 0;                   // how many were granted
   bool focusIsVisible_ = false;
 

@@ -108,7 +108,7 @@ void ViewWindow::drawFrame() {
   const bool goesOn = frameDrawn(now, visuals);
   if (!timer_.isActive() && (goesOn || (controller_ && controller_->isMoving()))) timer_.start(frameInterval);
   // Notify only when nothing moves, because a client that is notified may query every element.
-  if (!timer_.isActive()) accessible_.notify();
+  if (!goesOn && (!controller_ || controller_->isStill())) accessible_.notify();
 }
 
 void ViewWindow::resized() {

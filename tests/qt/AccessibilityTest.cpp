@@ -190,6 +190,11 @@ TEST_F(AccessibilityTest, ActsOnRowsThatAreScrolledOut) {
   use("Button 'Necessary'", "SetFocus");
   EXPECT_FALSE(first->state().offscreen);
   EXPECT_TRUE(first->state().focused);
+  events.clear();
+  far->actionInterface()->doAction("SetFocus");
+  while (events.empty()) QCoreApplication::processEvents();
+  EXPECT_EQ(events.front(), "Focus: " + far->text(QAccessible::Name).toStdString());
+  EXPECT_TRUE(banner->surface().controller()->isMoving()) << "told before the lower edge settles";
 }
 
 }  // namespace
