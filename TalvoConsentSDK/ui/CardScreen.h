@@ -18,8 +18,8 @@ namespace TalvoConsentSDK {
 bool isAtTop(const BannerCustomization::Customization& customization);
 
 /// Builds one screen from top to bottom. If the window is too small for the whole list, the title at its
-/// start and the buttons and links at its end stay visible, and the rest scrolls. Assistive technology sees
-/// the card as the banner's dialog.
+/// start and the buttons and links at its end stay visible as far as there is room, and the rest scrolls.
+/// Assistive technology sees the card as the banner's dialog.
 class CardScreen {
  public:
   using Items = std::vector<BannerCustomization::ComponentItem>;

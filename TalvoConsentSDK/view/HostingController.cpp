@@ -42,6 +42,7 @@ void HostingController::setEnvironment(ViewEnvironment environment) {
   environment_ = std::move(environment);
   environment_.layoutDirection = direction_;
   animations_.setHasMotion(!environment_.reducesMotion);
+  layout_.settle();
   layoutIsStale_ = true;
   requestFrame();
 }
@@ -102,6 +103,7 @@ void HostingController::update() {
   const ScopedFlag updating(isUpdating_);
   if (std::exchange(sizesAreStale_, false)) forgetAllSizes(tree_.root());
   if (std::exchange(renderIsStale_, false)) {
+    layout_.forgetRegions();
     tree_.render(rootView_);
     layoutIsStale_ = true;
   }
@@ -115,12 +117,11 @@ void HostingController::update() {
   }
 }
 
-// The focused, the pressed and the last revealed element are kept, however far away they are scrolled.
+// The focused and the pressed element are kept, however far away they are scrolled.
 std::vector<ElementId> HostingController::keptElements() const {
   std::vector<ElementId> kept;
   if (focused_) kept.push_back(*focused_);
   if (pressed_) kept.push_back(*pressed_);
-  if (revealed_) kept.push_back(*revealed_);
   return kept;
 }
 

@@ -122,8 +122,8 @@ void HostingController::reveal(const AccessibleElement& element) {
   // Shows the beginning of the next row, too, so that the content does not seem to end here.
   const double next = 16 * std::max(1.0, environment_.textScale);
   const double below = frame.bottom() - clip.bottom() + ScrollRegion::fadedEdge + next;
-  revealed_ = element.id;
   scrollBy(region->id, std::min(above, std::max(0.0, below)));
+  scrollOffset(region->id).revealed = element.id;
 }
 
 std::optional<ElementId> HostingController::focused() {
@@ -145,7 +145,7 @@ bool HostingController::applyScroll(ElementId region, double distance) {
   const auto& regions = layout_.scrollRegions();
   const auto scrolled = std::ranges::find(regions, region, &ScrollRegion::id);
   const double maxOffset = scrolled == regions.end() ? 0 : scrolled->maxOffset();
-  ScrollOffset& offset = tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+  ScrollOffset& offset = scrollOffset(region);
   const double from = std::min(offset.y, maxOffset);
   const double target = std::clamp(from + distance, 0.0, maxOffset);
   if (target == from) {
@@ -153,6 +153,7 @@ bool HostingController::applyScroll(ElementId region, double distance) {
     return false;
   }
   if (offset.growth > 0) forgetSizes(*scrolled->element);
+  offset.revealed.reset();
   offset.y = from;
   offset.moveUp(target - from);
   if (target == maxOffset) offset.y = infinity;  // stays at the end, however tall unmeasured rows turn out
@@ -167,9 +168,15 @@ bool HostingController::scrollBy(ElementId region, double distance) {
   return true;
 }
 
+ScrollOffset& HostingController::scrollOffset(ElementId region) {
+  return tree_.memory().get<ScrollOffset>(region, [] { return ScrollOffset(); });
+}
+
+// Returns the region that a finger or a wheel at `point` scrolls: also what lies between parts that stay, if
+// the point is on one of these.
 const ScrollRegion* HostingController::regionAt(Point point) const {
   for (const ScrollRegion& region : std::views::reverse(layout_.scrollRegions())) {
-    if (region.frame.contains(point)) return &region;
+    if (region.element->frame.contains(point)) return &region;
   }
   return nullptr;
 }
@@ -193,7 +200,8 @@ void HostingController::moveFocus(int step) {
 }
 
 // Keeps the focus on an element that is shown: on one that asks for it, or else on the focused one. If that
-// is gone, a screen that was shown before gets its focus back, and any other screen has it on its title.
+// is gone, a screen that was shown before gets its focus back and has its lower edge settled, and any other
+// screen has the focus on its title.
 void HostingController::settleFocus() {
   for (const AccessibleElement& each : accessible_) {
     if (each.focusRequests <= focusRequests_) continue;

@@ -44,6 +44,9 @@ class Layout {
   /// The regions that scroll, outermost first.
   const std::vector<ScrollRegion>& scrollRegions() const { return scrollRegions_; }
 
+  /// Forgets the regions, because their elements may be destroyed before the next layout.
+  void forgetRegions() { scrollRegions_.clear(); }
+
   /// Whether something was moving, so that the next frame has to be laid out again.
   bool isMoving() const { return isMoving_; }
 
@@ -102,7 +105,7 @@ class Layout {
   void placePinned(Element& element, const node::PinnedEnds& pinned, const Rect& frame,
                    const Proposal& proposal);
   double endOfLine(Element& element, double limit);
-  double endOfKept(const Element& element, double limit) const;
+  double endOf(ElementId id, const Element& element) const;
   ScrollOffset& scrollOffset(const Element& region);
   double placeScroller(Element& element, const Rect& region, double contentHeight);
 

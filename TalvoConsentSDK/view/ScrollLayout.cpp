@@ -103,11 +103,14 @@ Layout::PinnedParts Layout::pinnedParts(Element& element, const node::PinnedEnds
     const double gap = parts.footer > 0 ? pinned.gap : 0;
     return room - parts.top - parts.footer - gap >= std::min(parts.scrolled, scrollsLinks ? enough : large);
   };
-  const bool hasTitle = title.height > 0;
+  const bool hasTitle = title.height > 0 && header - pinned.overlap > bar.height;
   const bool isHigh = hasTitle && parts.titleX == 0 && header > room * maxHeader;
   scroll(isHigh, false, false) || scroll(isHigh, true, false) || scroll(hasTitle, true, false) ||
       scroll(isHigh, true, true) || scroll(hasTitle, true, true);
-  if (parts.scrollsTitle) parts.title = naturalTitle;
+  if (parts.scrollsTitle) {
+    parts.title = naturalTitle;
+    parts.barY = 0;
+  }
   return parts;
 }
 
@@ -167,11 +170,13 @@ void Layout::placePinned(Element& element, const node::PinnedEnds& pinned, const
     }
     return std::max(least, end - line + hidden);
   };
-  if (!isAtStart && wanted(offset.cut) == offset.cut) return;
   const double gap = parts.footer > 0 ? pinned.gap : 0;
-  const double largest = std::clamp(height / 5, maxCut, maxCut * scale);
-  const double seen = isAtStart ? 0 : endOfKept(element, end - cut) + ScrollRegion::fadedEdge;
-  const double most = std::min(largest, end - seen);
+  double most = std::clamp(height / 5, maxCut, maxCut * scale);
+  if (!isAtStart && offset.revealed) {
+    const double revealed = endOf(*offset.revealed, element);
+    if (revealed <= end - gap) most = std::min(most, end - revealed - ScrollRegion::fadedEdge);
+  }
+  if (!isAtStart && offset.cut <= most && wanted(offset.cut) == offset.cut) return;
   double newCut = parts.scrolled == 0 ? gap : wanted(gap);
   if (newCut > most) newCut = gap;
   if (newCut != std::exchange(offset.cut, newCut)) needsAnotherPass_ = true;
@@ -305,12 +310,11 @@ void Layout::placeRows(Element& element, const Rect& frame) {
   if (needsAnotherPass_) forgetSizes(element);
 }
 
-// Returns the end of the last kept element that ends above `limit`.
-double Layout::endOfKept(const Element& element, double limit) const {
-  double end = 0;
-  forEachChild(element, [&](const Element& child) { end = std::max(end, endOfKept(child, limit)); });
-  const double own = element.frame.bottom();
-  return own > limit || std::ranges::find(kept_, element.id) == kept_.end() ? end : std::max(end, own);
+// Returns the end of the element `id` if it is in `element`, and 0 if it is not.
+double Layout::endOf(ElementId id, const Element& element) const {
+  double end = element.id == id ? element.frame.bottom() : 0;
+  forEachChild(element, [&](const Element& child) { end = std::max(end, endOf(id, child)); });
+  return end;
 }
 
 bool Layout::holdsKept(const Element& element) const {

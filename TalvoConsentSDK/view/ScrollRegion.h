@@ -3,6 +3,7 @@
 // The scrolling parts of a window, and how far they are scrolled.
 
 #include <algorithm>
+#include <optional>
 
 #include "TalvoConsentSDK/base/Export.h"
 #include "TalvoConsentSDK/base/Geometry.h"
@@ -15,7 +16,7 @@ namespace view TALVO_EXPORT {
 /// A part of the window whose content scrolls.
 struct ScrollRegion {
   ElementId id = 0;
-  Element* element = nullptr;  // valid until the next rendering
+  Element* element = nullptr;  // with what stays around `frame`; valid until the next rendering
   Rect frame;
   double contentHeight = 0;
 
@@ -36,6 +37,7 @@ struct ScrollOffset {
   double held = infinity;  // the height that is kept
   double growth = 0;       // how much taller it could be than `held`
   double cut = 0;          // how much of the bottom is left empty, so that the edge cuts a line
+  std::optional<ElementId> revealed = {};  // what the last scrolling brought into view, which is never cut
 
   /// Moves the content up: by growing as long as possible, then by scrolling.
   void moveUp(double distance) {

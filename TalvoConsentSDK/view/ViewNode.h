@@ -113,8 +113,8 @@ struct Scroll {
 /// the others stay. A title that is not beside the bar scrolls, too, if the two take more than a third of the
 /// height. The links scroll if less than two fifths of the height would be left for what scrolls, or less
 /// than `minMiddle` points times the text scale. The title scrolls if less than `minMiddle` points would be
-/// left then; with large text, if it is less than a third of the height. If that does not leave as much, the
-/// footer scrolls in place of the title, or else both. The bar always stays.
+/// left then, or, with large text, less than a third of the height. If that does not leave as much, the
+/// footer scrolls in place of the title, or else both do. The bar always stays.
 struct PinnedEnds {
   double minMiddle = 120;
   double overlap = 12;   // how far content scrolls under the title's bottom padding

@@ -117,7 +117,7 @@ TEST(SDLInputTest, ScrollsWithTheWheelAndLeavesOtherWindowsAlone) {
   const auto top = [&] { return shown.surface.accessibleElements()[2].frame.y; };
   const double before = top();
   const auto handle = [&](const std::string& each, Uint32 id) {
-    return input.handle(made(each, id, {0.5, 0.25}, {780, 1688}));
+    return input.handle(made(each, id, {0.5, 0.5}, {780, 1688}));
   };
   EXPECT_TRUE(handle("motion", window.id));
   EXPECT_TRUE(handle("wheel -1", window.id));

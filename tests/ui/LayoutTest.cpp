@@ -120,7 +120,7 @@ TEST(LayoutTest, PinsTheTitleAndTheFooter) {
                         box(100, std::stod(ends.substr(ends.find(' '))))});
     TestScreen screen(view.background({.color = Color::black()}), {100, std::stod(height)}, {}, {},
                       std::stod(scale));
-    screen.scroll({50, 100}, 30);
+    screen.scroll({50, std::stod(height) - 5}, 30);
     EXPECT_EQ(screen.drawn(), expected) << title << "|" << ends << "|" << height << "|" << scale;
   }
 }
@@ -190,11 +190,13 @@ TEST(LayoutTest, CutsALineAtTheLowerEdge) {
   }
 }
 
-// So it is when a key has moved the focus to a row and scrolled there, unless that would hide the focused
-// control, and when a user returns to a screen that was left before scrolling had ended.
-TEST(LayoutTest, CutsALineBelowTheFocus) {
+// So it is when a control was revealed, unless that would hide this control: by the focus or by a tool, while
+// the edge moves, before a user leaves the screen and returns, and before the window is resized.
+TEST(LayoutTest, CutsALineBelowARevealedControl) {
+  enum Way { focus, reveal, interrupt, leave, resize };
   const AnyView row = verticalStack({}, {text("text", {}), toggle(Binding<bool>::constant(true), {})});
   for (double height = 240; height < 660; height == 330 ? height += 150 : ++height) {
+    const auto way = static_cast<Way>(static_cast<int>(height) % 5);
     const double scale = height < 330 ? 1 : 2;
     const std::vector<AnyView> rows(9, row.padding({.bottom = scale == 1 ? 24.0 : 64}));
     const AnyView view = pinnedEnds({}, {{}, {}, verticalStack({}, rows), {}, box(100, 40)});
@@ -204,23 +206,37 @@ TEST(LayoutTest, CutsALineBelowTheFocus) {
       return isAway.get() ? body("away") : view;
     });
     TestScreen screen(screens, {100 * scale, height}, {}, {}, scale);
-    for (std::size_t focused = 1; focused < 14; focused += 2) {
-      const AccessibleElement control = screen.accessibleElements()[focused];
-      std::fmod(height, 4) == 0 ? screen.reveal(control) : screen.focus(control.id);
-      const bool returns = std::fmod(height, 2) == 1;
-      const Clock::time_point now(focused * 1s);
-      isAway.set(returns);
-      screen.frame(now);
-      isAway.set(false);
-      screen.frame(now + (returns ? 0ms : 200ms));
-      const auto& elements = screen.accessibleElements();
-      const double edge = elements.back().clip->bottom();
-      const auto isCut = [&](const AccessibleElement& each) {
-        const double shown = edge - each.frame.y;
+    screen.set(&ViewEnvironment::reducesMotion, way != interrupt);
+    const auto isCut = [&] {
+      return std::ranges::any_of(screen.accessibleElements(), [&](const AccessibleElement& each) {
+        const double shown = each.clip->bottom() - each.frame.y;
         return each.control ? shown > 14 && shown < 33 : shown > 8 && shown < 18;
+      });
+    };
+    for (std::size_t index = 1; index < 14; index += 2) {
+      SCOPED_TRACE(std::to_string(height) + " " + std::to_string(index));
+      Clock::time_point now(index * 10s);
+      const auto draw = [&](std::initializer_list<Clock::duration> pauses) {
+        for (const auto pause : pauses) screen.frame(now += pause);
       };
-      EXPECT_TRUE(scale == 2 || std::ranges::any_of(elements, isCut)) << height << " " << focused;
-      EXPECT_LE(elements[focused].frame.bottom(), edge - 20) << height << " " << focused;
+      if (way == interrupt) {
+        screen.scroll({50, 100}, 30 + 5 * static_cast<double>(index));
+        draw({0ms, 200ms, 40ms});
+      }
+      const AccessibleElement control = screen.accessibleElements()[index];
+      way == reveal ? screen.reveal(control) : screen.focus(control.id);
+      isAway.set(way == leave);
+      draw({0ms});
+      isAway.set(false);
+      if (way != leave) draw({200ms, 300ms, 300ms, 300ms});
+      if (way == resize) screen.set(&ViewEnvironment::size, Size{100 * scale, height + 9});
+      draw({0ms});
+      const AccessibleElement& shown = screen.accessibleElements()[index];
+      EXPECT_LE(shown.frame.bottom(), shown.clip->bottom() - 20);
+      EXPECT_TRUE(scale == 2 || isCut());
+      screen.scroll({50, 100}, -30);
+      draw({0ms, 200ms, 300ms, 300ms, 300ms});
+      EXPECT_TRUE(scale == 2 || isCut()) << "a user scrolls";
     }
   }
 }
