@@ -93,16 +93,14 @@ struct DoNotSellSwitch {
 
 }  // namespace
 
-bool isOn(const CategoryStates& states, const std::string& category) {
-  const auto entry = states.find(category);
+bool isOn(const CategoryStates& states, const std::string& key) {
+  const auto entry = states.find(key);
   return entry != states.end() && entry->second;
 }
 
 bool isOn(const VendorStates& states, const std::string& category, const std::string& vendor) {
   const auto vendors = states.find(category);
-  if (vendors == states.end()) return false;
-  const auto entry = vendors->second.find(vendor);
-  return entry != vendors->second.end() && entry->second;
+  return vendors != states.end() && isOn(vendors->second, vendor);
 }
 
 bool isGiven(const ConsentBindings& bindings, const std::string& category) {
@@ -116,7 +114,9 @@ std::size_t countVendorsOn(const ConsentBindings& bindings, const std::string& c
                            const std::vector<Services::ServiceGroup>& listed) {
   if (isWithheld(bindings, category)) return 0;
   const auto& states = bindings.vendorStates->get();
-  const auto on = [&](const auto& group) { return isOn(states, category, group.vendor); };
+  const auto vendors = states.find(category);
+  if (vendors == states.end()) return 0;
+  const auto on = [&](const auto& group) { return isOn(vendors->second, group.vendor); };
   return static_cast<std::size_t>(std::ranges::count_if(listed, on));
 }
 

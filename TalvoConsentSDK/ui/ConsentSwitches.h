@@ -11,7 +11,7 @@
 
 namespace TalvoConsentSDK {
 
-/// Whether each category is on, by category key.
+/// Whether each category is on, by category key; or each vendor of one category, by vendor name.
 using CategoryStates = std::map<std::string, bool, std::less<>>;
 /// Whether each vendor is on, by category key and then by vendor name.
 using VendorStates = std::map<std::string, CategoryStates, std::less<>>;
@@ -25,7 +25,7 @@ struct ConsentBindings {
 };
 
 /// Whether a category or a vendor is on; if it is not listed, it is off.
-bool isOn(const CategoryStates& states, const std::string& category);
+bool isOn(const CategoryStates& states, const std::string& key);
 bool isOn(const VendorStates& states, const std::string& category, const std::string& vendor);
 
 /// Whether saving would give consent to anything in a category. The category must be on and, if it has
