@@ -57,8 +57,8 @@ function(talvo_configure target)
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   if(PROJECT_IS_TOP_LEVEL)
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
-      # GCC 12 gives these two warnings for correct code when it optimises.
-      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-restrict>)
+      # GCC 12 gives the first two warnings for correct code when it optimises, the third in unity builds.
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized -Wno-restrict -Wno-subobject-linkage>)
   endif()
   # Set even if it is off, so that a host's CMAKE_COMPILE_WARNING_AS_ERROR does not apply here.
   set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ${TALVO_WARNINGS_AS_ERRORS})

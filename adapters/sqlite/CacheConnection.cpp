@@ -10,7 +10,7 @@ using namespace platform;
 namespace {
 
 constexpr const char* cacheVersion = "1";
-constexpr std::int64_t pageSize = 4096;
+constexpr std::int64_t bytesPerPage = 4096;
 constexpr std::int64_t tablesPages = 16;  // for the inner pages of the table and its indexes
 constexpr std::size_t maxRead = 100;
 
@@ -64,13 +64,13 @@ void prepareCache(const SQLiteHandle& connection) {
 }
 
 std::int64_t pagesFor(std::size_t bytes) {
-  return static_cast<std::int64_t>(bytes) / (pageSize - 4) + 3;
+  return static_cast<std::int64_t>(bytes) / (bytesPerPage - 4) + 3;
 }
 
 }  // namespace
 
 CacheConnection::CacheConnection(const std::filesystem::path& named, StoreWaitEnd end, std::int64_t maxBytes)
-    : DatabaseFile(named, end, cacheVersion, prepareCache), maxPages_(maxBytes / pageSize - tablesPages) {
+    : DatabaseFile(named, end, cacheVersion, prepareCache), maxPages_(maxBytes / bytesPerPage - tablesPages) {
   const std::int64_t most =
       std::max<std::int64_t>(maxPages_, 0) + tablesPages;  // a new file is never too large
   if (numberOf(handle(), "PRAGMA page_count") > most) throw storeFailure(SQLITE_TOOBIG);
