@@ -2,16 +2,15 @@
 // arguments.
 
 #include <atomic>
-#include <filesystem>
 #include <stdexcept>
 #include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "bindings/c/talvo_consent.h"
 #include "testing/LoopbackServer.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace TalvoConsentSDK {
 namespace {
@@ -56,8 +55,10 @@ struct Heard {
   }
 };
 
-std::filesystem::path storeFile() {
-  return std::filesystem::path(::testing::TempDir()) / ("c-" + std::to_string(getpid()) + ".sqlite");
+// In a folder that is removed when the process exits, because until then the store is open.
+fs::path storeFile() {
+  static const TemporaryFolder folder;
+  return folder.path / "store.sqlite";
 }
 
 TEST(CInterface, IsInstalledOnce) {
@@ -72,7 +73,6 @@ TEST(CInterface, IsInstalledOnce) {
   EXPECT_THAT(talvo_last_error(), StartsWith("api_url"));
   EXPECT_NE(talvo_cookies_create("http://127.0.0.1:1", "site"), nullptr);
   EXPECT_STREQ(talvo_last_error(), "");
-  std::filesystem::remove(storeFile());
 }
 
 TEST(CInterface, LimitsTheTimeOfRequests) {
@@ -87,7 +87,6 @@ TEST(CInterface, LimitsTheTimeOfRequests) {
                                &heard);
   heard.await(1);
   EXPECT_EQ(heard.status, TALVO_NETWORK_ERROR);
-  std::filesystem::remove(storeFile());
 }
 
 // An installed platform, and a client with three listeners.
@@ -105,8 +104,7 @@ class CInterfaceTest : public ::testing::Test {
   }
   void TearDown() override {
     talvo_cookies_remove_all_listeners(sdk);
-    std::filesystem::remove(storeFile());
-    EXPECT_FALSE(std::filesystem::exists(storeFile() += ".cache")) << "the cache is off";
+    EXPECT_FALSE(fs::exists(storeFile() += ".cache")) << "the cache is off";
   }
 
   std::atomic<talvo_status> fault = TALVO_OK;  // of the service

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -15,7 +16,10 @@ namespace fs = std::filesystem;
 class TemporaryFolder {
  public:
   TemporaryFolder() : path(make()) {}
-  ~TemporaryFolder() { fs::remove_all(path); }
+  ~TemporaryFolder() {
+    std::error_code ignored;  // a thread that outlives the test may still write
+    fs::remove_all(path, ignored);
+  }
   TemporaryFolder(const TemporaryFolder&) = delete;
 
   const fs::path path;
